@@ -1,0 +1,30 @@
+#ifndef PLATFORM_CORE_ADDATETIME_H
+#define PLATFORM_CORE_ADDATETIME_H
+
+#include "platform/foundation/obx_string.h"
+
+// A date and time of the Gregorian calendar, UTC, in whole seconds, years 1 to 9999.
+class AdDateTime {
+  public:
+    // Takes over the date and time in `text` and returns 1; returns 0 and stays as it was when the
+    // text is not one. Accepted is ISO 8601: "YYYY-MM-DD", a "T" or one blank, "HH:MM" with
+    // optional
+    // ":SS" and an optional fraction (which is dropped), then optionally "Z" or an offset (+HH:MM,
+    // +HHMM, +HH), which is turned into UTC. A date alone means midnight. Blanks around it are
+    // ignored. Impossible dates and times are refused. The flag is reserved and must be 0.
+    int ParseDateTime(const Obx_String& text, int reserved);
+
+    // The value by a pattern of %Y, %m, %d, %H, %M, %S and %%; other characters stand for
+    // themselves.
+    Obx_String Format(const char16_t* pattern) const;
+
+  private:
+    int m_year = 1970;
+    int m_month = 1;
+    int m_day = 1;
+    int m_hour = 0;
+    int m_minute = 0;
+    int m_second = 0;
+};
+
+#endif

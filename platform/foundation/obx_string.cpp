@@ -1,0 +1,173 @@
+#include "platform/foundation/obx_string.h"
+
+#include <unicode/uchar.h>
+#include <unicode/ustring.h>
+#include <unicode/utf16.h>
+
+#include <algorithm>
+#include <cstdint>
+
+#include "platform/foundation/cexception.h"
+#include "platform/foundation/utf.h"
+
+namespace {
+
+// Callers hand UTF-16 over as unsigned short, the string keeps char16_t. The two have the same size
+// and representation but are different types; reading one as the other is defined only through a
+// type that may alias.
+using AliasingUnit __attribute__((may_alias)) = unsigned short;
+
+std::u16string CopyUnits(const unsigned short* text) {
+    std::u16string copy;
+    if (text != nullptr) {
+        for (const AliasingUnit* unit = text; *unit != 0; ++unit) {
+            copy.push_back(static_cast<char16_t>(*unit));
+        }
+    }
+    return copy;
+}
+
+int AsciiLower(char16_t unit) {
+    return unit >= u'A' && unit <= u'Z' ? unit + 32 : unit;
+}
+
+int CompareFolded(std::u16string_view a, std::u16string_view b) {
+    UErrorCode status = U_ZERO_ERROR;
+    return u_strCaseCompare(a.data(), static_cast<std::int32_t>(a.size()), b.data(),
+                            static_cast<std::int32_t>(b.size()), U_FOLD_CASE_DEFAULT, &status);
+}
+
+[[noreturn]] void ThrowFormatMismatch(std::u16string_view format, const char16_t* what) {
+    throw new CException(Obx_String(u"The format \"") + Obx_String(format) + u"\" " + what);
+}
+
+}  // namespace
+
+Obx_String::Obx_String(const char16_t* text) {
+    if (text != nullptr) {
+        m_text = text;
+    }
+}
+
+Obx_String::Obx_String(const unsigned short* text) : m_text(CopyUnits(text)) {}
+
+Obx_String Obx_String::FromUtf8(std::string_view text) {
+    Obx_String result;
+    result.m_text = Utf8ToUtf16Lossy(text);
+    return result;
+}
+
+std::string Obx_String::ToUtf8() const {
+    return Utf16ToUtf8Lossy(m_text);
+}
+
+const unsigned short* Obx_String::Units() const {
+    return reinterpret_cast<const unsigned short*>(m_text.c_str());
+}
+
+Obx_String& Obx_String::operator+=(const Obx_String& text) {
+    m_text += text.m_text;
+    return *this;
+}
+
+Obx_String& Obx_String::operator+=(const char16_t* text) {
+    m_text += text;
+    return *this;
+}
+
+Obx_String& Obx_String::operator+=(char16_t unit) {
+    m_text += unit;
+    return *this;
+}
+
+Obx_String operator+(Obx_String left, const Obx_String& right) {
+    left += right;
+    return left;
+}
+
+Obx_String operator+(Obx_String left, const char16_t* right) {
+    left += right;
+    return left;
+}
+
+Obx_String operator+(const char16_t* left, const Obx_String& right) {
+    Obx_String result(left);
+    result += right;
+    return result;
+}
+
+int Obx_String::CompareNoCase(std::u16string_view other) const {
+    const std::u16string_view mine = m_text;
+    const std::size_t common = std::min(mine.size(), other.size());
+    for (std::size_t i = 0; i < common; ++i) {
+        if (mine[i] >= 0x80 || other[i] >= 0x80) {
+            return CompareFolded(mine, other);
+        }
+        const int difference = AsciiLower(mine[i]) - AsciiLower(other[i]);
+        if (difference != 0) {
+            return difference;
+        }
+    }
+    return mine.size() == other.size() ? 0 : (mine.size() < other.size() ? -1 : 1);
+}
+
+void Obx_String::TrimLeft() {
+    std::size_t first = 0;
+    while (first < m_text.size() && u_isUWhiteSpace(m_text[first]) != 0) {
+        ++first;
+    }
+    m_text.erase(0, first);
+}
+
+void Obx_String::TrimRight() {
+    std::size_t size = m_text.size();
+    while (size > 0 && u_isUWhiteSpace(m_text[size - 1]) != 0) {
+        --size;
+    }
+    m_text.resize(size);
+}
+
+Obx_String Obx_String::Mid(int first) const {
+    return Mid(first, GetLength());
+}
+
+Obx_String Obx_String::Mid(int first, int count) const {
+    const auto begin = static_cast<std::size_t>(std::clamp(first, 0, GetLength()));
+    return Obx_String(View().substr(begin, static_cast<std::size_t>(std::max(count, 0))));
+}
+
+int Obx_String::Find(std::u16string_view what, int start) const {
+    const std::size_t found = m_text.find(what, static_cast<std::size_t>(std::max(start, 0)));
+    return found == std::u16string::npos ? -1 : static_cast<int>(found);
+}
+
+void Obx_String::FormatList(std::u16string_view format,
+                            std::initializer_list<FormatArgument> arguments) {
+    std::u16string out;
+    const auto* next = arguments.begin();
+    for (std::size_t i = 0; i < format.size(); ++i) {
+        if (format[i] != u'%') {
+            out += format[i];
+            continue;
+        }
+        const char16_t kind = ++i < format.size() ? format[i] : u'\0';
+        if (kind == u'%') {
+            out += u'%';
+            continue;
+        }
+        if ((kind != u's' && kind != u'd') || next == arguments.end() ||
+            next->IsText() != (kind == u's')) {
+            ThrowFormatMismatch(format, u"does not fit its arguments");
+        }
+        if (kind == u's') {
+            out += next->Text();
+        } else {
+            out += Utf8ToUtf16Lossy(std::to_string(next->Number()));
+        }
+        ++next;
+    }
+    if (next != arguments.end()) {
+        ThrowFormatMismatch(format, u"has more arguments than places");
+    }
+    m_text = std::move(out);
+}

@@ -1,0 +1,98 @@
+#include "recorddb/database.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "recorddb/schema/stored_schema.h"
+#include "recorddb/sql/error.h"
+#include "recorddb/sql/open.h"
+
+namespace recorddb {
+
+namespace {
+
+[[noreturn]] void RefuseExisting(const std::string& location) {
+    throw DatabaseError(DatabaseError::Problem::FileExists,
+                        location + ": the file exists already; a database is made in a new file");
+}
+
+// The file in which a database is made, beside its final place. Removed with what the engine may
+// have put next to it, whatever happens.
+class WorkFile {
+  public:
+    explicit WorkFile(const std::string& location)
+        : m_path(fmt::format("{}.new-{}", location, getpid())) {}
+    WorkFile(const WorkFile&) = delete;
+    WorkFile& operator=(const WorkFile&) = delete;
+    ~WorkFile() {
+        for (const char* const suffix : {"", "-wal", "-shm", "-journal"}) {
+            std::error_code ignored;
+            std::filesystem::remove(m_path + suffix, ignored);
+        }
+    }
+
+    const std::string& Path() const { return m_path; }
+
+    // Gives the finished file its name. A link, unlike a rename, never replaces a file that has
+    // come into being meanwhile.
+    void MoveTo(const std::string& location) const {
+        if (link(m_path.c_str(), location.c_str()) == 0) {
+            return;
+        }
+        if (errno == EEXIST) {
+            RefuseExisting(location);
+        }
+        // Not every file system has links.
+        std::error_code error;
+        std::filesystem::rename(m_path, location, error);
+        if (error) {
+            throw sql::Error(sql::ErrorKind::Io, location + ": " + error.message(), "");
+        }
+    }
+
+  private:
+    std::string m_path;
+};
+
+void Fill(const std::string& path, const schema::Schema& schema) {
+    const auto connection = sql::Open(path, sql::OpenMode::CreateNew);
+    sql::Transaction transaction(*connection);
+    schema::StoreSchema(*connection, schema);
+    transaction.Commit();
+}
+
+}  // namespace
+
+void Database::Create(const std::string& location, const schema::Schema& schema) {
+    if (sql::IsServerUrl(location) || location.empty()) {
+        sql::Open(location, sql::OpenMode::CreateNew);
+    }
+    std::error_code ignored;
+    if (std::filesystem::exists(std::filesystem::symlink_status(location, ignored))) {
+        RefuseExisting(location);
+    }
+    const WorkFile file(location);
+    Fill(file.Path(), schema);
+    file.MoveTo(location);
+}
+
+std::unique_ptr<Database> Database::Open(const std::string& location, Mode mode) {
+    auto connection = sql::Open(
+        location, mode == Mode::ReadOnly ? sql::OpenMode::ReadOnly : sql::OpenMode::ReadWrite);
+    schema::Schema schema = schema::LoadSchema(*connection, location);
+    return std::unique_ptr<Database>(new Database(std::move(connection), std::move(schema)));
+}
+
+Database::Database(std::unique_ptr<sql::Connection> connection, schema::Schema schema)
+    : m_connection(std::move(connection)),
+      m_schema(std::move(schema)),
+      m_journal(*m_connection),
+      m_recordIds(*m_connection, m_schema),
+      m_searchIndexes(*m_connection, m_schema) {}
+
+}  // namespace recorddb

@@ -1,0 +1,59 @@
+#ifndef RECORDDB_DATABASE_H
+#define RECORDDB_DATABASE_H
+
+#include <memory>
+#include <string>
+
+#include "recorddb/database_error.h"
+#include "recorddb/journal/journal.h"
+#include "recorddb/schema/record_ids.h"
+#include "recorddb/schema/schema.h"
+#include "recorddb/schema/search_indexes.h"
+#include "recorddb/sql/connection.h"
+#include "recorddb/sql/transaction.h"
+
+namespace recorddb {
+
+// An open record database, for one thread. A location is the path of an SQLite file; server URLs
+// (postgresql://...) are refused with sql::Error of kind Unsupported. What it hands out by
+// reference lives as long as it does.
+class Database {
+  public:
+    enum class Mode { ReadOnly, ReadWrite };
+
+    // Makes a new database for a schema. The file appears at its place when it is whole: a failure
+    // leaves nothing behind. Throws DatabaseError (FileExists) when there is a file already,
+    // sql::Error otherwise.
+    static void Create(const std::string& location, const schema::Schema& schema);
+
+    // Opens a database. Throws DatabaseError when it is not a record database or has a format that
+    // this program cannot use, sql::Error otherwise: CannotOpen when there is no such file,
+    // NotADatabase, ReadOnly when Mode::ReadWrite is not to be had.
+    static std::unique_ptr<Database> Open(const std::string& location, Mode mode);
+
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+
+    const schema::Schema& GetSchema() const { return m_schema; }
+    sql::Connection& GetConnection() { return *m_connection; }
+    journal::Journal& GetJournal() { return m_journal; }
+    schema::RecordIds& GetRecordIds() { return m_recordIds; }
+    schema::SearchIndexes& GetSearchIndexes() { return m_searchIndexes; }
+
+    // Begins a transaction; everything written until it ends belongs to it. Throws sql::Error, and
+    // std::logic_error when one is open already.
+    sql::Transaction Begin() { return sql::Transaction(*m_connection); }
+
+  private:
+    Database(std::unique_ptr<sql::Connection> connection, schema::Schema schema);
+
+    std::unique_ptr<sql::Connection> m_connection;
+    schema::Schema m_schema;
+    journal::Journal m_journal;
+    schema::RecordIds m_recordIds;
+    schema::SearchIndexes m_searchIndexes;
+};
+
+}  // namespace recorddb
+
+#endif

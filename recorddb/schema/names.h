@@ -1,0 +1,35 @@
+#ifndef RECORDDB_SCHEMA_NAMES_H
+#define RECORDDB_SCHEMA_NAMES_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace recorddb::schema {
+
+// The longest name of a record type: a history entry has room for this much.
+constexpr std::size_t maxTypeNameLength = 30;
+// The longest name of a field, and of any table: PostgreSQL cuts longer identifiers.
+constexpr std::size_t maxIdentifierLength = 63;
+// The longest name of a state, in UTF-16 units: a history entry has room for this much.
+constexpr std::size_t maxStateLength = 30;
+
+// True when two names of record types or fields are the same: without regard to ASCII case, since
+// such names are SQL identifiers.
+bool SameName(std::string_view left, std::string_view right);
+
+// True for a letter or underscore followed by letters, digits and underscores, all ASCII.
+bool IsIdentifier(std::string_view name);
+
+// True for names that start like the database's own tables and columns.
+bool HasOwnPrefix(std::string_view name);
+
+// True for names of columns that PostgreSQL keeps for itself in every table.
+bool IsSystemColumn(std::string_view name);
+
+// Length of UTF-8 text in UTF-16 units.
+std::size_t Utf16Length(std::string_view utf8);
+
+}  // namespace recorddb::schema
+
+#endif

@@ -1,0 +1,150 @@
+#include "recorddb/schema/schema_file.h"
+
+#include <fmt/format.h>
+
+#include <array>
+#include <cerrno>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "recorddb/schema/names.h"
+#include "recorddb/schema/schema_error.h"
+#include "recorddb/schema/tables.h"
+#include "recorddb/schema/type_reader.h"
+
+namespace recorddb::schema {
+
+namespace {
+
+constexpr std::array<std::string_view, 1> schemaKeys = {"record_types"};
+
+YAML::Node LoadDocument(const YamlSource& source, const std::string& text) {
+    try {
+        const std::vector<YAML::Node> documents = YAML::LoadAll(text);
+        if (documents.empty() || documents.front().IsNull()) {
+            source.Fail(YAML::Mark::null_mark(), "the schema is empty; it needs 'record_types'");
+        }
+        if (documents.size() > 1) {
+            source.Fail(documents[1], "a schema is one YAML document, not several");
+        }
+        return documents.front();
+    } catch (const YAML::Exception& error) {
+        source.Fail(error.mark, "not valid YAML: " + error.msg);
+    }
+}
+
+void ResolveReferences(const YamlSource& source, std::vector<ReadType>& types) {
+    for (ReadType& read : types) {
+        for (const PendingReference& reference : read.references) {
+            Field& field = read.type.fields[reference.field];
+            for (const ReadType& candidate : types) {
+                if (SameName(candidate.type.name, reference.target.text)) {
+                    field.target = candidate.type.id;
+                }
+            }
+            if (field.target == 0) {
+                std::vector<std::string_view> names;
+                for (const ReadType& candidate : types) {
+                    names.push_back(candidate.type.name);
+                }
+                source.Fail(
+                    reference.target.node,
+                    fmt::format("field '{}' of record type '{}' refers to the unknown "
+                                "record type '{}'; record types are {}",
+                                field.name, read.type.name, reference.target.text, Joined(names)));
+            }
+        }
+    }
+}
+
+void CheckPrefixes(const YamlSource& source, const std::vector<ReadType>& types) {
+    for (std::size_t later = 0; later < types.size(); ++later) {
+        for (std::size_t earlier = 0; earlier < later; ++earlier) {
+            const RecordType& type = types[later].type;
+            const RecordType& other = types[earlier].type;
+            if (type.HasStates() && other.HasStates() && SameName(type.prefix, other.prefix)) {
+                source.Fail(types[later].prefixNode,
+                            fmt::format("record type '{}' has the prefix '{}' already", other.name,
+                                        other.prefix));
+            }
+        }
+    }
+}
+
+// Tables of reference lists are named after type and field, so they can run into the name of a
+// type or of another list, and can come out too long.
+void CheckTableNames(const YamlSource& source, const std::vector<ReadType>& types) {
+    std::vector<std::string> names;
+    names.reserve(types.size());
+    for (const ReadType& read : types) {
+        names.push_back(read.type.name);
+    }
+    for (const ReadType& read : types) {
+        for (const PendingReference& reference : read.references) {
+            const Field& field = read.type.fields[reference.field];
+            if (field.kind != FieldKind::ReferenceList) {
+                continue;
+            }
+            std::string table = ListTableName(read.type, field);
+            if (table.size() > maxIdentifierLength) {
+                source.Fail(reference.target.node,
+                            fmt::format("the table of this reference list would be named '{}', "
+                                        "which is longer than {} characters",
+                                        table, maxIdentifierLength));
+            }
+            for (const std::string& name : names) {
+                if (SameName(name, table)) {
+                    source.Fail(reference.target.node,
+                                fmt::format("the table of this reference list would be named "
+                                            "'{}', and so is another one",
+                                            table));
+                }
+            }
+            names.push_back(std::move(table));
+        }
+    }
+}
+
+}  // namespace
+
+Schema ReadSchema(const std::string& text, const std::string& file) {
+    const YamlSource source(file);
+    const YAML::Node document = LoadDocument(source, text);
+    const YamlMap map(source, {"", document, document, "the schema"});
+    map.AllowOnly(schemaKeys);
+    const YamlMap typeMap(source, map.Require("record_types", "it lists the record types"));
+
+    std::vector<ReadType> reads;
+    for (YamlEntry entry : typeMap.Entries()) {
+        entry.what = fmt::format("record type '{}'", entry.key);
+        ReadType read = ReadTypeEntry(source, entry);
+        read.type.id = static_cast<std::int64_t>(reads.size() + 1);
+        reads.push_back(std::move(read));
+    }
+    ResolveReferences(source, reads);
+    CheckPrefixes(source, reads);
+    CheckTableNames(source, reads);
+
+    std::vector<RecordType> types;
+    types.reserve(reads.size());
+    for (ReadType& read : reads) {
+        types.push_back(std::move(read.type));
+    }
+    return {std::move(types), text};
+}
+
+Schema ReadSchemaFile(const std::string& path) {
+    std::ifstream stream(path, std::ios::binary);
+    std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    if (!stream.is_open() || stream.bad()) {
+        throw SchemaError(path, 0, 0,
+                          "the file cannot be read: " +
+                              std::error_code(errno, std::generic_category()).message());
+    }
+    return ReadSchema(text, path);
+}
+
+}  // namespace recorddb::schema

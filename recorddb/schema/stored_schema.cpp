@@ -1,0 +1,75 @@
+#include "recorddb/schema/stored_schema.h"
+
+#include <fmt/format.h>
+
+#include "recorddb/database_error.h"
+#include "recorddb/schema/own_tables.h"
+#include "recorddb/schema/schema_file.h"
+#include "recorddb/schema/tables.h"
+
+namespace recorddb::schema {
+
+namespace {
+
+using Problem = DatabaseError::Problem;
+
+// Either side may know that the two go together: this program the older formats, the database the
+// older programs.
+void CheckFormat(std::int64_t format, std::int64_t oldest, std::int64_t newest,
+                 const std::string& location) {
+    const bool known = format >= oldestFormat && format <= formatVersion;
+    const bool welcome = formatVersion >= oldest && formatVersion <= newest;
+    if (known || welcome) {
+        return;
+    }
+    if (format > formatVersion) {
+        throw DatabaseError(
+            Problem::FormatTooNew,
+            fmt::format("{}: made by a newer version: found database format {}, which programs of "
+                        "the formats {} to {} can use; expected a format from {} to {}",
+                        location, format, oldest, newest, oldestFormat, formatVersion));
+    }
+    throw DatabaseError(Problem::FormatTooOld,
+                        fmt::format("{}: made by an older version: found database format {}; "
+                                    "expected a format from {} to {}",
+                                    location, format, oldestFormat, formatVersion));
+}
+
+[[noreturn]] void NotOurs(const std::string& location) {
+    throw DatabaseError(Problem::NotARecordDatabase,
+                        location + ": the database is not a record database (it has no schema)");
+}
+
+}  // namespace
+
+void StoreSchema(sql::Connection& connection, const Schema& schema) {
+    connection.ExecuteScript(OwnTablesScript(connection.GetDialect()));
+    connection.ExecuteScript(RecordTablesScript(schema, connection.GetDialect()));
+    sql::Statement& store = connection.Prepare(
+        "INSERT INTO zt_schema (format_version, oldest_readable, newest_readable, schema_text) "
+        "VALUES ($1, $2, $3, $4)");
+    store.BindAll(formatVersion, oldestReadable, newestReadable, schema.Text());
+    store.Execute();
+    sql::Statement& name =
+        connection.Prepare("INSERT INTO zt_record_type (id, name, kind) VALUES ($1, $2, $3)");
+    for (const RecordType& type : schema.Types()) {
+        name.BindAll(type.id, type.name, static_cast<int>(type.kind));
+        name.Execute();
+    }
+}
+
+Schema LoadSchema(sql::Connection& connection, const std::string& location) {
+    if (!connection.HasTable("zt_schema")) {
+        NotOurs(location);
+    }
+    sql::Statement& load = connection.Prepare(
+        "SELECT format_version, oldest_readable, newest_readable, schema_text FROM zt_schema");
+    const sql::ResetGuard guard(load);
+    if (!load.Step()) {
+        NotOurs(location);
+    }
+    CheckFormat(load.Int(0), load.Int(1), load.Int(2), location);
+    return ReadSchema(std::string(load.Text(3)), location + " (stored schema)");
+}
+
+}  // namespace recorddb::schema

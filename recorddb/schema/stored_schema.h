@@ -1,0 +1,32 @@
+#ifndef RECORDDB_SCHEMA_STORED_SCHEMA_H
+#define RECORDDB_SCHEMA_STORED_SCHEMA_H
+
+#include <cstdint>
+#include <string>
+
+#include "recorddb/schema/schema.h"
+#include "recorddb/sql/connection.h"
+
+namespace recorddb::schema {
+
+// The format of the tables that this program makes, and the oldest one that it can use as well.
+constexpr std::int64_t formatVersion = 1;
+constexpr std::int64_t oldestFormat = 1;
+
+// The range of programs, by their formatVersion, that can use a database of this format. A later
+// format that only adds to this one keeps the lower end, so that programs of today go on with it.
+constexpr std::int64_t oldestReadable = 1;
+constexpr std::int64_t newestReadable = formatVersion;
+
+// Makes all tables of a new database, in the transaction under way, and stores the schema there.
+// Throws sql::Error.
+void StoreSchema(sql::Connection& connection, const Schema& schema);
+
+// Reads the schema that a database was made from; location names the database in errors. Throws
+// DatabaseError when it is no record database or one of a format that this program cannot use,
+// SchemaError or sql::Error when what is stored is damaged.
+Schema LoadSchema(sql::Connection& connection, const std::string& location);
+
+}  // namespace recorddb::schema
+
+#endif

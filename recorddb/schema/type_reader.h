@@ -1,0 +1,29 @@
+#ifndef RECORDDB_SCHEMA_TYPE_READER_H
+#define RECORDDB_SCHEMA_TYPE_READER_H
+
+#include <vector>
+
+#include "recorddb/schema/record_type.h"
+#include "recorddb/schema/yaml_map.h"
+
+namespace recorddb::schema {
+
+// A reference field whose target is known by name only.
+struct PendingReference {
+    std::size_t field;  // position in RecordType::fields
+    YamlText target;
+};
+
+struct ReadType {
+    RecordType type;
+    std::vector<PendingReference> references;
+    YAML::Node nameNode;
+    YAML::Node prefixNode;  // of types with states only
+};
+
+// Reads one entry of `record_types`, all but what needs the other types. Throws SchemaError.
+ReadType ReadTypeEntry(const YamlSource& source, const YamlEntry& entry);
+
+}  // namespace recorddb::schema
+
+#endif

@@ -1,0 +1,76 @@
+#include "recorddb/sql/connection.h"
+
+#include <stdexcept>
+
+#include "recorddb/sql/error.h"
+
+namespace recorddb::sql {
+
+void Connection::BeginTransaction() {
+    if (m_inTransaction) {
+        throw std::logic_error("a transaction is open already; nest with a Savepoint");
+    }
+    Run(Control::Begin);
+    m_inTransaction = true;
+    m_savepointDepth = 0;
+    ++m_transactionCount;
+}
+
+void Connection::CommitTransaction() {
+    if (m_savepointDepth != 0) {
+        throw std::logic_error("commit while a savepoint is open");
+    }
+    Run(Control::Commit);
+    m_inTransaction = false;
+}
+
+void Connection::RollbackTransaction() noexcept {
+    m_inTransaction = false;
+    m_savepointDepth = 0;
+    ++m_rollbackCount;
+    try {
+        if (EngineInTransaction()) {
+            Run(Control::Rollback);
+        }
+    } catch (const Error&) {
+        // Nothing can be done about it here, and nothing is lost: what was not committed is undone
+        // when the database is next opened, and a Begin before that fails visibly.
+    }
+}
+
+int Connection::BeginSavepoint() {
+    if (!m_inTransaction) {
+        throw std::logic_error("a savepoint needs a transaction around it");
+    }
+    Run(Control::BeginSavepoint);
+    return ++m_savepointDepth;
+}
+
+void Connection::ReleaseSavepoint(int depth) {
+    if (depth != m_savepointDepth) {
+        throw std::logic_error("only the innermost savepoint can be released");
+    }
+    Run(Control::ReleaseSavepoint);
+    --m_savepointDepth;
+}
+
+void Connection::RollbackSavepoint(int depth) noexcept {
+    // A transaction that has ended meanwhile took its savepoints with it.
+    if (!m_inTransaction || depth > m_savepointDepth) {
+        return;
+    }
+    ++m_rollbackCount;
+    try {
+        if (EngineInTransaction()) {
+            for (; m_savepointDepth >= depth; --m_savepointDepth) {
+                Run(Control::RollbackToSavepoint);
+                Run(Control::ReleaseSavepoint);
+            }
+        }
+    } catch (const Error&) {
+        // The engine has lost the savepoint, and with it the transaction, whose end reports it.
+    }
+    m_savepointDepth = depth - 1;
+}
+
+}  // namespace recorddb::sql

@@ -1,0 +1,24 @@
+#ifndef RECORDDB_SQL_DIALECT_H
+#define RECORDDB_SQL_DIALECT_H
+
+#include <string_view>
+
+namespace recorddb::sql {
+
+// Where the engines' table definitions differ. Everything else is one SQL text for all of them.
+struct Dialect {
+    // Type and constraint of a column that numbers its rows itself.
+    std::string_view identityColumn;
+    // Type of a column of bytes.
+    std::string_view blobType;
+    // What stands behind the closing bracket of a table that is stored in the order of its primary
+    // key, so that the key needs no index beside the table; empty where there is no such thing.
+    std::string_view clusteredTable;
+    // True where a foreign key may name a table that is made later. Otherwise foreign keys are
+    // added once all tables stand.
+    bool foreignKeysAhead;
+};
+
+}  // namespace recorddb::sql
+
+#endif

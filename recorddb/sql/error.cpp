@@ -1,0 +1,67 @@
+#include "recorddb/sql/error.h"
+
+#include <utility>
+
+namespace recorddb::sql {
+
+namespace {
+
+std::string FullText(ErrorKind kind, const std::string& driverText, const std::string& sql) {
+    std::string text = "database error (";
+    text += KindName(kind);
+    text += "): ";
+    text += driverText;
+    if (!sql.empty()) {
+        text += " [";
+        text += sql;
+        text += ']';
+    }
+    return text;
+}
+
+}  // namespace
+
+std::string_view KindName(ErrorKind kind) {
+    switch (kind) {
+        case ErrorKind::UniqueViolation:
+            return "unique violation";
+        case ErrorKind::ForeignKeyViolation:
+            return "foreign key violation";
+        case ErrorKind::ConstraintViolation:
+            return "constraint violation";
+        case ErrorKind::Busy:
+            return "busy";
+        case ErrorKind::DiskFull:
+            return "disk full";
+        case ErrorKind::Io:
+            return "input/output";
+        case ErrorKind::ReadOnly:
+            return "read-only";
+        case ErrorKind::Corrupt:
+            return "corrupt";
+        case ErrorKind::NotADatabase:
+            return "not a database";
+        case ErrorKind::CannotOpen:
+            return "cannot open";
+        case ErrorKind::Unsupported:
+            return "unsupported";
+        case ErrorKind::Other:
+            break;
+    }
+    return "other";
+}
+
+Error::Error(ErrorKind kind, std::string driverText, std::string sql,
+             std::vector<std::string> columns)
+    : std::runtime_error(FullText(kind, driverText, sql)),
+      m_kind(kind),
+      m_driverText(std::move(driverText)),
+      m_sql(std::move(sql)),
+      m_columns(std::move(columns)) {}
+
+bool Error::IsConstraint() const {
+    return m_kind == ErrorKind::UniqueViolation || m_kind == ErrorKind::ForeignKeyViolation ||
+           m_kind == ErrorKind::ConstraintViolation;
+}
+
+}  // namespace recorddb::sql

@@ -1,0 +1,21 @@
+#include "recorddb/sql/open.h"
+
+#include "recorddb/sql/error.h"
+#include "recorddb/sql/sqlite/sqlite_connection.h"
+
+namespace recorddb::sql {
+
+bool IsServerUrl(const std::string& location) {
+    return location.starts_with("postgresql://") || location.starts_with("postgres://");
+}
+
+std::unique_ptr<Connection> Open(const std::string& location, OpenMode mode) {
+    if (IsServerUrl(location)) {
+        // The URL may hold a password, so it stays out of the text.
+        throw Error(ErrorKind::Unsupported,
+                    "PostgreSQL databases are not supported; give the path of an SQLite file", "");
+    }
+    return SqliteConnection::Open(location, mode);
+}
+
+}  // namespace recorddb::sql

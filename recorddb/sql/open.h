@@ -1,0 +1,27 @@
+#ifndef RECORDDB_SQL_OPEN_H
+#define RECORDDB_SQL_OPEN_H
+
+#include <memory>
+#include <string>
+
+#include "recorddb/sql/connection.h"
+
+namespace recorddb::sql {
+
+enum class OpenMode {
+    ReadOnly,
+    ReadWrite,  // an existing database
+    CreateNew   // a database that does not exist yet
+};
+
+// True for postgresql://... and postgres://..., false for what is taken as the path of a file.
+bool IsServerUrl(const std::string& location);
+
+// Opens the database at a location: the path of an SQLite file. Throws Error: Unsupported for a
+// server URL, CannotOpen when there is no such file (or, for CreateNew, already one),
+// NotADatabase when the file is something else.
+std::unique_ptr<Connection> Open(const std::string& location, OpenMode mode);
+
+}  // namespace recorddb::sql
+
+#endif

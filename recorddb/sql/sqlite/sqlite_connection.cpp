@@ -1,0 +1,96 @@
+#include "recorddb/sql/sqlite/sqlite_connection.h"
+
+#include <sqlite3.h>
+
+#include <utility>
+
+#include "recorddb/sql/error.h"
+#include "recorddb/sql/sqlite/sqlite_error.h"
+#include "recorddb/sql/sqlite/sqlite_statement.h"
+
+namespace recorddb::sql {
+
+namespace {
+
+constexpr Dialect sqliteDialect = {
+    .identityColumn = "INTEGER PRIMARY KEY",
+    .blobType = "BLOB",
+    .clusteredTable = " WITHOUT ROWID",
+    .foreignKeysAhead = true,
+};
+
+// In the order of Connection::Control. One name serves every savepoint: the engine always takes the
+// innermost one of that name, and so three statements do for any depth of nesting.
+constexpr std::array<std::string_view, 6> controlSql = {
+    "BEGIN IMMEDIATE",
+    "COMMIT",
+    "ROLLBACK",
+    "SAVEPOINT zt_savepoint",
+    "RELEASE SAVEPOINT zt_savepoint",
+    "ROLLBACK TO SAVEPOINT zt_savepoint",
+};
+
+}  // namespace
+
+void SqliteConnection::Closer::operator()(sqlite3* handle) const noexcept {
+    sqlite3_close_v2(handle);
+}
+
+SqliteConnection::SqliteConnection(Handle handle, OpenMode mode)
+    : m_handle(std::move(handle)), m_readOnly(mode == OpenMode::ReadOnly) {}
+
+SqliteConnection::~SqliteConnection() = default;
+
+Statement& SqliteConnection::Prepare(std::string_view sql) {
+    if (const auto found = m_statements.find(sql); found != m_statements.end()) {
+        return *found->second;
+    }
+    auto statement = PrepareOwn(sql);
+    return *m_statements.emplace(sql, std::move(statement)).first->second;
+}
+
+std::unique_ptr<Statement> SqliteConnection::PrepareOwn(std::string_view sql) {
+    return std::make_unique<SqliteStatement>(m_handle.get(), sql);
+}
+
+void SqliteConnection::ExecuteScript(std::string_view sql) {
+    const std::string script(sql);
+    CheckSqlite(m_handle.get(),
+                sqlite3_exec(m_handle.get(), script.c_str(), nullptr, nullptr, nullptr), script);
+}
+
+bool SqliteConnection::HasTable(std::string_view name) {
+    return HasObject("table", name);
+}
+
+bool SqliteConnection::HasIndex(std::string_view name) {
+    return HasObject("index", name);
+}
+
+bool SqliteConnection::HasObject(std::string_view type, std::string_view name) {
+    Statement& statement =
+        Prepare("SELECT 1 FROM sqlite_master WHERE type = $1 AND lower(name) = lower($2)");
+    statement.BindAll(type, name);
+    return QueryInt(statement).has_value();
+}
+
+const Dialect& SqliteConnection::GetDialect() const {
+    return sqliteDialect;
+}
+
+void SqliteConnection::Run(Control control) {
+    const auto index = static_cast<std::size_t>(control);
+    Statement*& statement = m_controls.at(index);
+    if (statement == nullptr) {
+        // A reader has no use for the write lock and may not take it.
+        const bool readerBegins = control == Control::Begin && m_readOnly;
+        statement = &Prepare(readerBegins ? "BEGIN" : controlSql.at(index));
+    }
+    statement->Execute();
+}
+
+bool SqliteConnection::EngineInTransaction() const {
+    return sqlite3_get_autocommit(m_handle.get()) == 0;
+}
+
+}  // namespace recorddb::sql

@@ -1,0 +1,69 @@
+#ifndef RECORDDB_SQL_SQLITE_SQLITE_CONNECTION_H
+#define RECORDDB_SQL_SQLITE_SQLITE_CONNECTION_H
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "recorddb/sql/connection.h"
+#include "recorddb/sql/open.h"
+
+struct sqlite3;
+
+namespace recorddb::sql {
+
+// A connection to one SQLite file.
+class SqliteConnection final : public Connection {
+  public:
+    // Opens the file at path. Throws Error as sql::Open does. A file that is not of our making is
+    // not changed by being opened.
+    static std::unique_ptr<Connection> Open(const std::string& path, OpenMode mode);
+
+    ~SqliteConnection() override;
+
+    Statement& Prepare(std::string_view sql) override;
+    std::unique_ptr<Statement> PrepareOwn(std::string_view sql) override;
+    void ExecuteScript(std::string_view sql) override;
+    bool HasTable(std::string_view name) override;
+    bool HasIndex(std::string_view name) override;
+    const Dialect& GetDialect() const override;
+    bool IsReadOnly() const override { return m_readOnly; }
+
+  protected:
+    void Run(Control control) override;
+    bool EngineInTransaction() const override;
+
+  private:
+    struct Closer {
+        void operator()(sqlite3* handle) const noexcept;
+    };
+    using Handle = std::unique_ptr<sqlite3, Closer>;
+
+    struct TextHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const {
+            return std::hash<std::string_view>()(text);
+        }
+    };
+
+    SqliteConnection(Handle handle, OpenMode mode);
+
+    static Handle OpenHandle(const std::string& path, int flags);
+    static Handle OpenReadOnly(const std::string& path);
+    static Handle OpenReadWrite(const std::string& path, bool create);
+    bool HasObject(std::string_view type, std::string_view name);
+
+    Handle m_handle;
+    bool m_readOnly;
+    // Destroyed before the handle that the statements belong to.
+    std::unordered_map<std::string, std::unique_ptr<Statement>, TextHash, std::equal_to<>>
+        m_statements;
+    std::array<Statement*, 6> m_controls{};
+};
+
+}  // namespace recorddb::sql
+
+#endif

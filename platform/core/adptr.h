@@ -1,6 +1,7 @@
 #ifndef PLATFORM_CORE_ADPTR_H
 #define PLATFORM_CORE_ADPTR_H
 
+#include <cstddef>
 #include <utility>
 
 // Base of the core's objects that are held through handles. The count is not atomic: an object and

@@ -26,8 +26,7 @@ class AdDiagnostic {
 
     // Flags are numbered 0 to 63; others are never set.
     static bool FlagSet(int flag) {
-        return ((s_flags.load(std::memory_order_relaxed) >> (static_cast<unsigned>(flag) & 63U)) &
-                1U) != 0;
+        return (s_flags.load(std::memory_order_relaxed) & Bit(flag)) != 0;
     }
 
     // True when the flag is set and a sink is installed that wants it.
@@ -43,6 +42,10 @@ class AdDiagnostic {
     static AdDiagnosticSink* SetSink(AdDiagnosticSink* sink);
 
   private:
+    static constexpr std::uint64_t Bit(int flag) {
+        return flag >= 0 && flag < 64 ? std::uint64_t{1} << static_cast<unsigned>(flag) : 0;
+    }
+
     static std::atomic<std::uint64_t> s_flags;
 };
 

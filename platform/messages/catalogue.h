@@ -19,4 +19,8 @@ std::span<const CatalogueMessage> MessageCatalogue();
 // The message with this id, or null.
 const CatalogueMessage* FindCatalogueMessage(int id);
 
+// The first parameter name in the text: a whole word of small letters and underscores that begins
+// and ends with an underscore. The result is a part of `text`; it is empty when there is none.
+std::u16string_view NextCatalogueParameter(std::u16string_view text);
+
 #endif

@@ -1,0 +1,37 @@
+#include "platform/core/adcharset.h"
+
+#include <optional>
+
+#include "platform/foundation/obx_string.h"
+#include "platform/foundation/utf.h"
+#include "platform/messages/message_ids.h"
+#include "platform/messages/pamsgexception.h"
+
+namespace {
+
+[[noreturn]] void ThrowInvalidUtf16(std::size_t position) {
+    Obx_String number;
+    number.Format(u"%d", position);
+    PaMessage message(message_id::kInvalidUtf16);
+    message.Type(3);
+    message.SetParam(u"_position_", number);
+    throw new PaMsgException(std::move(message));
+}
+
+}  // namespace
+
+const AdCharset& AdCharset::getUTF8Charset() {
+    static const AdCharset utf8("UTF-8");
+    return utf8;
+}
+
+// UTF-8 is the one character set there is, so that the argument leaves nothing to decide.
+void AdMbcsString::cvtFromTchar(const AdCharset& /*charset*/, const unsigned short* text,
+                                AdCharset::converter_t converter) {
+    const Obx_String units(text);
+    if (converter == AdCharset::converter_t::kLossy) {
+        m_data = units.ToUtf8();
+    } else if (const std::optional<std::size_t> invalid = Utf16ToUtf8(units.View(), m_data)) {
+        ThrowInvalidUtf16(*invalid);
+    }
+}

@@ -1,0 +1,192 @@
+#include "platform/core/addatetime.h"
+
+#include <chrono>
+#include <cstdio>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace {
+
+using Seconds = std::chrono::sys_seconds;
+
+constexpr int kMostSecondsAhead = 14 * 3600;
+constexpr int kMostSecondsBehind = 12 * 3600;
+
+bool IsDigit(char16_t unit) {
+    return unit >= u'0' && unit <= u'9';
+}
+
+// Takes the parts of a text off its front. A step that does not fit makes the reader fail, and it
+// stays failed, so that the result need be asked for only once.
+class Reader {
+  public:
+    explicit Reader(std::u16string_view text) : m_rest(text) {}
+
+    bool Failed() const { return m_failed; }
+    bool AtEnd() const { return m_rest.empty(); }
+    bool NextIsDigit() const { return !m_rest.empty() && IsDigit(m_rest.front()); }
+
+    // Takes the unit if it comes next.
+    bool Skip(char16_t unit) {
+        const bool next = !m_rest.empty() && m_rest.front() == unit;
+        m_rest.remove_prefix(next ? 1 : 0);
+        return next;
+    }
+
+    void Expect(char16_t unit) { m_failed = !Skip(unit) || m_failed; }
+
+    // A number of exactly `digits` digits, from `least` to `most`.
+    int Number(int digits, int least, int most) {
+        int number = 0;
+        for (int i = 0; i < digits; ++i) {
+            if (!NextIsDigit()) {
+                m_failed = true;
+                return least;
+            }
+            number = number * 10 + (m_rest.front() - u'0');
+            m_rest.remove_prefix(1);
+        }
+        m_failed = m_failed || number < least || number > most;
+        return number;
+    }
+
+    void Fail() { m_failed = true; }
+
+  private:
+    std::u16string_view m_rest;
+    bool m_failed = false;
+};
+
+std::chrono::sys_days ReadDate(Reader& reader) {
+    const std::chrono::year year(reader.Number(4, 1, 9999));
+    reader.Expect(u'-');
+    const std::chrono::month month(static_cast<unsigned>(reader.Number(2, 1, 12)));
+    reader.Expect(u'-');
+    const std::chrono::day day(static_cast<unsigned>(reader.Number(2, 1, 31)));
+    const std::chrono::year_month_day date(year, month, day);
+    if (reader.Failed() || !date.ok()) {
+        reader.Fail();
+        return {};
+    }
+    return date;
+}
+
+std::chrono::seconds ReadTime(Reader& reader) {
+    const int hour = reader.Number(2, 0, 23);
+    reader.Expect(u':');
+    const int minute = reader.Number(2, 0, 59);
+    int second = 0;
+    if (reader.Skip(u':')) {
+        second = reader.Number(2, 0, 59);
+        if (reader.Skip(u'.')) {
+            reader.Number(1, 0, 9);
+            while (reader.NextIsDigit()) {
+                reader.Number(1, 0, 9);
+            }
+        }
+    }
+    return std::chrono::seconds(hour * 3600 + minute * 60 + second);
+}
+
+// How far the local time is ahead of UTC.
+std::chrono::seconds ReadZone(Reader& reader) {
+    if (reader.AtEnd() || reader.Skip(u'Z')) {
+        return {};
+    }
+    const bool behind = reader.Skip(u'-');
+    if (!behind) {
+        reader.Expect(u'+');
+    }
+    const int hours = reader.Number(2, 0, 14);
+    const bool colon = reader.Skip(u':');
+    const int minutes = colon || !reader.AtEnd() ? reader.Number(2, 0, 59) : 0;
+    const int seconds = hours * 3600 + minutes * 60;
+    if (seconds > (behind ? kMostSecondsBehind : kMostSecondsAhead)) {
+        reader.Fail();
+    }
+    return std::chrono::seconds(behind ? -seconds : seconds);
+}
+
+std::optional<Seconds> ReadDateTime(std::u16string_view text) {
+    Reader reader(text);
+    Seconds time = ReadDate(reader);
+    if (!reader.Failed() && !reader.AtEnd()) {
+        if (!reader.Skip(u'T')) {
+            reader.Expect(u' ');
+        }
+        time += ReadTime(reader);
+        time -= ReadZone(reader);
+    }
+    return reader.Failed() || !reader.AtEnd() ? std::nullopt : std::optional(time);
+}
+
+void AppendNumber(Obx_String& out, int number, int digits) {
+    std::string text = std::to_string(number);
+    text.insert(0, static_cast<std::size_t>(digits) - text.size(), '0');
+    out += Obx_String::FromUtf8(text);
+}
+
+}  // namespace
+
+int AdDateTime::ParseDateTime(const Obx_String& text, int /*reserved*/) {
+    Obx_String trimmed = text;
+    trimmed.TrimLeft();
+    trimmed.TrimRight();
+    const std::optional<Seconds> time = ReadDateTime(trimmed.View());
+    if (!time) {
+        return 0;
+    }
+    const auto days = std::chrono::floor<std::chrono::days>(*time);
+    const std::chrono::year_month_day date(days);
+    // An offset can carry a time of the first or last day out of the calendar's years.
+    if (int(date.year()) < 1 || int(date.year()) > 9999) {
+        return 0;
+    }
+    const std::chrono::hh_mm_ss clock(*time - days);
+    m_year = int(date.year());
+    m_month = static_cast<int>(unsigned(date.month()));
+    m_day = static_cast<int>(unsigned(date.day()));
+    m_hour = static_cast<int>(clock.hours().count());
+    m_minute = static_cast<int>(clock.minutes().count());
+    m_second = static_cast<int>(clock.seconds().count());
+    return 1;
+}
+
+Obx_String AdDateTime::Format(const char16_t* pattern) const {
+    Obx_String out;
+    for (std::u16string_view rest = pattern; !rest.empty(); rest.remove_prefix(1)) {
+        if (rest.front() != u'%' || rest.size() == 1) {
+            out += rest.front();
+            continue;
+        }
+        rest.remove_prefix(1);
+        switch (rest.front()) {
+            case u'Y':
+                AppendNumber(out, m_year, 4);
+                break;
+            case u'm':
+                AppendNumber(out, m_month, 2);
+                break;
+            case u'd':
+                AppendNumber(out, m_day, 2);
+                break;
+            case u'H':
+                AppendNumber(out, m_hour, 2);
+                break;
+            case u'M':
+                AppendNumber(out, m_minute, 2);
+                break;
+            case u'S':
+                AppendNumber(out, m_second, 2);
+                break;
+            case u'%':
+                out += u'%';
+                break;
+            default:
+                out += u'%';
+                out += rest.front();
+        }
+    }
+    return out;
+}

@@ -1,0 +1,16 @@
+#ifndef TOOL_EXIT_CODE_H
+#define TOOL_EXIT_CODE_H
+
+namespace tool {
+
+// What the process tells its caller. Scripts rely on the numbers.
+enum class ExitCode {
+    Success = 0,          // everything was imported
+    RecordsRejected = 1,  // some records were rejected
+    BadInput = 2,         // bad usage, schema or source
+    DatabaseFailed = 3,   // the record database failed
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,96 @@
+#ifndef TOOL_PACKET_READER_H
+#define TOOL_PACKET_READER_H
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "tool/byte_source.h"
+#include "tool/record_cutter.h"
+#include "tool/text_decoder.h"
+#include "tool/text_window.h"
+
+namespace tool {
+
+struct ReaderOptions {
+    std::size_t chunk = TextDecoder::defaultChunk;            // bytes read at a time
+    std::size_t recordLimit = std::size_t{64} * 1024 * 1024;  // a record must stay below it
+    std::size_t configurationLimit = std::size_t{16} * 1024 * 1024;
+    std::size_t wholeLimit = std::size_t{1024} * 1024 * 1024;  // for record data handed out whole
+    UnseenHandler unseen;  // told of what looks like a record and is not read; may be empty
+};
+
+// One record, ready for the importer.
+struct SourceRecord {
+    // The record as a packet of its own; empty when it has a defect.
+    std::string packet;
+    // The record as it stands in the source, as UTF-8, with U+FFFD for what is no text; empty when
+    // it is TooLong. Valid until the next record is read.
+    std::string_view raw;
+    std::uint64_t ordinal = 0;  // its number in the source, from 0
+    std::uint64_t line = 0;     // line of its first byte, from 1
+    std::uint64_t offset = 0;   // place of its first byte in the source
+    RecordDefect defect = RecordDefect::None;
+    std::string error;         // what the defect is and where, for people; empty without one
+    bool openSection = false;  // a comment, CDATA section or instruction in it does not close
+};
+
+// A packet handed out whole.
+struct WholePacket {
+    std::string text;   // UTF-8 without byte order mark, beginning with the usual declaration
+    std::string error;  // set when the source holds what is no text; text then has U+FFFD there
+};
+
+// Reads one source: a configuration packet as a whole, record data record by record in constant
+// memory. Every text that it hands out is valid UTF-8 without NUL.
+class PacketReader {
+  public:
+    // Opens the file at PATH, called NAME in errors. Throws SourceError.
+    PacketReader(const std::filesystem::path& path, std::string name, ReaderOptions options = {});
+    // Reads BYTES.
+    explicit PacketReader(std::unique_ptr<ByteSource> bytes, ReaderOptions options = {});
+
+    // Whether the importer takes the source, as one packet, as configuration. Reads only as far as
+    // that takes. Throws SourceError.
+    bool IsConfiguration() const { return m_isConfiguration; }
+
+    // The configuration packet. To be called once, for a source that is one. Throws SourceError
+    // (Undecodable, TooLarge) since a configuration is good as a whole or not at all.
+    std::string ReadConfiguration();
+
+    // The whole source as one packet. To be called once, before any NextRecord. Throws SourceError
+    // (TooLarge).
+    WholePacket ReadWhole();
+
+    // Reads the next record. Returns false when there is none. Throws SourceError when the source
+    // cannot be read on.
+    bool NextRecord(SourceRecord& record);
+
+    // Bytes read from the source so far, for the progress.
+    std::uint64_t BytesRead() const { return m_decoder.BytesRead(); }
+
+  private:
+    void Classify();
+    WholePacket ReadAll(std::size_t limit, std::string_view limitName);
+    void ReportRecordsInConfiguration(std::string_view text) const;
+    void NoteDecodingError(const CutRecord& cut, SourceRecord& record);
+    std::string DecodingError(std::string_view text, std::size_t mark, std::uint64_t line,
+                              std::uint64_t offset) const;
+
+    ReaderOptions m_options;
+    std::unique_ptr<ByteSource> m_bytes;
+    TextDecoder m_decoder;
+    TextWindow m_window;
+    RecordCutter m_cutter;
+    bool m_isConfiguration = false;
+    std::uint64_t m_nextOrdinal = 0;
+    CutRecord m_cut;
+    std::string m_mended;  // holds the raw text of a record that needed marks replaced
+};
+
+}  // namespace tool
+
+#endif

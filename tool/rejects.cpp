@@ -1,0 +1,165 @@
+#include "tool/rejects.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <system_error>
+#include <utility>
+
+#include "tool/decoding_marks.h"
+#include "tool/packet_head.h"
+#include "tool/text_units.h"
+
+namespace tool {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view configurationKind = "configuration";
+constexpr std::string_view recordsKind = "records";
+constexpr std::string_view closingTag = "</records>\n";
+
+// With more digits the order of the names would not be the order of the numbers.
+constexpr int highestNumber = 9999;
+
+// Closes whatever a broken record leaves open, so that the records behind it can still be found. A
+// comment is the place where neither mark means anything if nothing is open.
+constexpr std::string_view closeOpenSection =
+    "<!-- a section of the record above is not closed: ]]> ?> -->\n";
+
+[[noreturn]] void Refuse(const fs::path& path, int error, std::string_view what) {
+    throw std::system_error(error, std::generic_category(),
+                            fmt::format("{}: {}", path.string(), what));
+}
+
+// Finds out before hours of loading, not after, that the place for rejects is of no use.
+void CheckWritable(const fs::path& directory) {
+    fs::path place = fs::absolute(directory);
+    while (!fs::exists(place) && place.has_relative_path()) {
+        place = place.parent_path();
+    }
+    if (!fs::is_directory(place)) {
+        Refuse(place, ENOTDIR, "rejected records need a directory");
+    }
+    if (::access(place.c_str(), W_OK | X_OK) != 0) {
+        Refuse(place, errno, "rejected records cannot be written here");
+    }
+}
+
+// The number of a file that an earlier run has left, or 0 for any other file.
+int NumberOf(const fs::path& file) {
+    std::string name = file.filename().string();
+    int number = 0;
+    auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
+    std::string_view rest(end, static_cast<std::size_t>(name.data() + name.size() - end));
+    bool ours = error == std::errc() && (rest == fmt::format("-{}.xml", configurationKind) ||
+                                         rest == fmt::format("-{}.xml", recordsKind));
+    return ours ? number : 0;
+}
+
+int HighestNumber(const fs::path& directory) {
+    int highest = 0;
+    for (const fs::directory_entry& entry : fs::directory_iterator(directory)) {
+        highest = std::max(highest, NumberOf(entry.path()));
+    }
+    return highest;
+}
+
+std::string Comment(const RejectedRecord& record) {
+    std::string text = fmt::format("{}, record {}, line {}: {}", record.source, record.number,
+                                   record.line, record.reason);
+    if (record.defect == RecordDefect::Undecodable) {
+        text += " (U+FFFD stands where the source holds what is no text)";
+    } else if (record.defect == RecordDefect::TooLong) {
+        text += " (the record is not repeated here: take it from the source)";
+    }
+    return fmt::format("<!-- {} -->\n", CommentText(text));
+}
+
+void ReplaceAll(std::string& text, std::string_view from, std::string_view to) {
+    for (std::size_t at = text.find(from); at != std::string::npos;
+         at = text.find(from, at + to.size())) {
+        text.replace(at, from.size(), to);
+    }
+}
+
+}  // namespace
+
+std::string CommentText(std::string_view text) {
+    std::string line(text);
+    bool marked = false;
+    MarkInvalidUtf8(line.data(), line.size(), true, marked);
+    line = ReplaceDecodingMarks(line);
+    std::replace_if(
+        line.begin(), line.end(),
+        [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, ' ');
+    std::size_t first = std::min(line.find_first_not_of(' '), line.size());
+    line.erase(0, first);
+    line.erase(line.find_last_not_of(' ') + 1);
+    // Once is not enough for three dashes in a row.
+    ReplaceAll(line, "--", "- -");
+    ReplaceAll(line, "--", "- -");
+    ReplaceAll(line, "<record>", "<record >");
+    return line;
+}
+
+RejectWriter::RejectWriter(fs::path directory) : m_directory(std::move(directory)) {
+    CheckWritable(m_directory);
+}
+
+void RejectWriter::SetConfiguration(std::string packet) {
+    if (packet == m_configuration) {
+        return;
+    }
+    m_configuration = std::move(packet);
+    m_records.reset();
+}
+
+void RejectWriter::Write(const RejectedRecord& record) {
+    if (!m_records) {
+        OpenPair();
+    }
+    std::string text = Comment(record);
+    text += record.raw;
+    if (!record.raw.empty()) {
+        text += '\n';
+    }
+    if (record.openSection) {
+        text += closeOpenSection;
+    }
+    std::size_t size = text.size();
+    text += closingTag;
+    m_records->WriteAt(m_end, text);
+    m_end += size;
+    ++m_count;
+}
+
+void RejectWriter::OpenPair() {
+    fs::create_directories(m_directory);
+    int number = HighestNumber(m_directory) + 1;
+    if (number > highestNumber) {
+        Refuse(m_directory, EEXIST,
+               "the numbers for files of rejected records are used up, use an empty directory");
+    }
+    if (!m_configuration.empty()) {
+        OutputFile file = Create(number, configurationKind);
+        file.Append(WithPacketDeclaration(m_configuration));
+        file.Close();
+    }
+    m_records = Create(number, recordsKind);
+    m_records->Append(fmt::format("{}\n<records>\n", packetDeclaration));
+    m_end = m_records->Size();
+}
+
+OutputFile RejectWriter::Create(int number, std::string_view kind) {
+    OutputFile file =
+        OutputFile::CreateNew(m_directory / fmt::format("{:04}-{}.xml", number, kind));
+    m_files.push_back(file.Path());
+    return file;
+}
+
+}  // namespace tool

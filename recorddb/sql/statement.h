@@ -6,9 +6,15 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
+#include <utility>
 
 namespace recorddb::sql {
+
+// Text that dies at the end of the expression it stands in, and so cannot be borrowed.
+template <typename T>
+concept DyingText = std::same_as<T, std::string> || std::same_as<T, std::optional<std::string>>;
 
 // A prepared statement with parameters $1, $2 ... One execution goes:
 //
@@ -69,11 +75,14 @@ class Statement {
         }
     }
 
+    template <DyingText T>
+    void Bind(int parameter, T&& text) = delete;
+
     // Binds $1, $2 ... in turn.
     template <typename... Values>
-    void BindAll(const Values&... values) {
+    void BindAll(Values&&... values) {
         int parameter = 0;
-        (Bind(++parameter, values), ...);
+        (Bind(++parameter, std::forward<Values>(values)), ...);
     }
 };
 

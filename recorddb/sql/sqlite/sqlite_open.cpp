@@ -105,7 +105,10 @@ SqliteConnection::Handle SqliteConnection::OpenReadOnly(const std::string& path)
     try {
         ReadHeader(handle.get());
     } catch (const Error& error) {
-        if (error.Kind() != ErrorKind::CannotOpen || std::filesystem::exists(path + "-wal")) {
+        // Which of the two it is depends on whether the database file itself may be written to.
+        const bool noIndexFile =
+            error.Kind() == ErrorKind::CannotOpen || error.Kind() == ErrorKind::ReadOnly;
+        if (!noIndexFile || std::filesystem::exists(path + "-wal")) {
             throw;
         }
         handle = OpenHandle(UriOf(path) + "?immutable=1", SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);

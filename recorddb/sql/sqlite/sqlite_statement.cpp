@@ -46,7 +46,7 @@ void SqliteStatement::ReadParameters(std::string_view sql) {
     m_indexes.assign(static_cast<std::size_t>(count), 0);
     for (int index = 1; index <= count; ++index) {
         const int number = ParameterNumber(sqlite3_bind_parameter_name(m_statement, index));
-        if (number < 1 || number > count) {
+        if (number < 1 || number > count || m_indexes[static_cast<std::size_t>(number - 1)] != 0) {
             throw Error(ErrorKind::Other, "parameters must be $1, $2 ... without a gap",
                         std::string(sql));
         }

@@ -1,0 +1,54 @@
+#ifndef TESTS_RECORDDB_SQL_SQL_TEST_H
+#define TESTS_RECORDDB_SQL_SQL_TEST_H
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "recorddb/sql/connection.h"
+#include "recorddb/sql/error.h"
+#include "recorddb/sql/open.h"
+#include "temporary_folder.h"
+
+namespace recorddb::sql {
+
+// An open database with a table `thing(name, size, data)`, whose names are unique.
+class SqlTest : public testing::Test {
+  protected:
+    SqlTest() : m_connection(Open(Path(), OpenMode::CreateNew)) {
+        m_connection->ExecuteScript(
+            "CREATE TABLE thing (name TEXT NOT NULL UNIQUE, size BIGINT, data BLOB)");
+    }
+
+    std::string Path() const { return m_folder.File("test.db"); }
+
+    void Insert(std::string_view name) {
+        Statement& insert = m_connection->Prepare("INSERT INTO thing (name) VALUES ($1)");
+        insert.BindAll(name);
+        insert.Execute();
+    }
+
+    std::int64_t Count() {
+        return QueryInt(m_connection->Prepare("SELECT count(*) FROM thing")).value();
+    }
+
+    // Runs the function and returns the error that it throws.
+    template <typename Function>
+    Error ErrorOf(Function function) {
+        try {
+            function();
+        } catch (const Error& error) {
+            return error;
+        }
+        ADD_FAILURE() << "no error";
+        return {ErrorKind::Other, "", ""};
+    }
+
+    TemporaryFolder m_folder;
+    std::unique_ptr<Connection> m_connection;
+};
+
+}  // namespace recorddb::sql
+
+#endif

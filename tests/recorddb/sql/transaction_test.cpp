@@ -1,0 +1,132 @@
+#include "recorddb/sql/transaction.h"
+
+#include <stdexcept>
+#include <utility>
+
+#include "recorddb/sql/savepoint.h"
+#include "sql/sql_test.h"
+
+namespace recorddb::sql {
+
+namespace {
+
+using TransactionTest = SqlTest;
+
+TEST_F(TransactionTest, CommitKeepsTheWork) {
+    {
+        Transaction transaction(*m_connection);
+        Insert("a");
+        transaction.Commit();
+        EXPECT_FALSE(transaction.IsOpen());
+    }
+    EXPECT_EQ(Count(), 1);
+    EXPECT_FALSE(m_connection->InTransaction());
+}
+
+TEST_F(TransactionTest, DestructorUndoesTheWork) {
+    {
+        const Transaction transaction(*m_connection);
+        Insert("a");
+        EXPECT_EQ(Count(), 1);
+    }
+    EXPECT_EQ(Count(), 0);
+    EXPECT_FALSE(m_connection->InTransaction());
+}
+
+TEST_F(TransactionTest, RollbackDisarms) {
+    Transaction first(*m_connection);
+    Insert("a");
+    first.Rollback();
+    EXPECT_EQ(Count(), 0);
+
+    Transaction second(*m_connection);
+    Insert("b");
+    first.Rollback();
+    second.Commit();
+    EXPECT_EQ(Count(), 1);
+}
+
+TEST_F(TransactionTest, EndedTransactionRefusesToCommit) {
+    Transaction transaction(*m_connection);
+    transaction.Commit();
+    EXPECT_THROW(transaction.Commit(), std::logic_error);
+}
+
+TEST_F(TransactionTest, OnlyOneAtATime) {
+    const Transaction transaction(*m_connection);
+    EXPECT_THROW(Transaction{*m_connection}, std::logic_error);
+    EXPECT_TRUE(m_connection->InTransaction());
+}
+
+TEST_F(TransactionTest, MovedTransactionEndsOnce) {
+    Transaction first(*m_connection);
+    Insert("a");
+    Transaction second(std::move(first));
+    first.Rollback();
+    second.Commit();
+    EXPECT_EQ(Count(), 1);
+}
+
+TEST_F(TransactionTest, CommitWithAnOpenSavepointIsRefused) {
+    Transaction transaction(*m_connection);
+    Savepoint savepoint(*m_connection);
+    EXPECT_THROW(transaction.Commit(), std::logic_error);
+    savepoint.Release();
+    EXPECT_NO_THROW(transaction.Commit());
+}
+
+TEST_F(TransactionTest, FailedCommitIsRolledBack) {
+    m_connection->ExecuteScript(
+        "CREATE TABLE child (parent BIGINT REFERENCES child (dbid) DEFERRABLE INITIALLY DEFERRED, "
+        "dbid INTEGER PRIMARY KEY)");
+    {
+        Transaction transaction(*m_connection);
+        m_connection->Prepare("INSERT INTO child (parent) VALUES (7)").Execute();
+        EXPECT_THROW(transaction.Commit(), Error);
+        EXPECT_TRUE(transaction.IsOpen());
+    }
+    EXPECT_EQ(QueryInt(m_connection->Prepare("SELECT count(*) FROM child")), 0);
+    EXPECT_NO_THROW(Transaction{*m_connection});
+}
+
+TEST_F(TransactionTest, TransactionThatTheEngineEndedItselfCanBeLeft) {
+    {
+        const Transaction transaction(*m_connection);
+        Insert("a");
+        m_connection->ExecuteScript("ROLLBACK");
+    }
+    EXPECT_EQ(Count(), 0);
+    EXPECT_NO_THROW(Transaction{*m_connection});
+}
+
+TEST_F(TransactionTest, HoldsTheWriteLockFromItsStart) {
+    const auto other = Open(Path(), OpenMode::ReadWrite);
+    other->ExecuteScript("PRAGMA busy_timeout = 0");
+    const Transaction transaction(*m_connection);
+    const Error error = ErrorOf([&other] { const Transaction second(*other); });
+    EXPECT_EQ(error.Kind(), ErrorKind::Busy);
+    EXPECT_FALSE(other->InTransaction());
+}
+
+TEST_F(TransactionTest, ReadersGoOnBesideAWriter) {
+    const auto reader = Open(Path(), OpenMode::ReadOnly);
+    const Transaction writing(*m_connection);
+    Insert("a");
+    const Transaction reading(*reader);
+    EXPECT_EQ(QueryInt(reader->Prepare("SELECT count(*) FROM thing")), 0);
+}
+
+TEST_F(TransactionTest, CountersTellBeginningsAndRollbacks) {
+    const std::uint64_t transactions = m_connection->TransactionCount();
+    const std::uint64_t rollbacks = m_connection->RollbackCount();
+    { const Transaction transaction(*m_connection); }
+    Transaction transaction(*m_connection);
+    { const Savepoint savepoint(*m_connection); }
+    transaction.Commit();
+    EXPECT_EQ(m_connection->TransactionCount(), transactions + 2);
+    EXPECT_EQ(m_connection->RollbackCount(), rollbacks + 2);
+}
+
+}  // namespace
+
+}  // namespace recorddb::sql

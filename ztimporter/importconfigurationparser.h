@@ -45,6 +45,8 @@ class AdImportConfigurationDataParser {
 
   private:
     const char* m_strXML = nullptr;
+    // The terminating NUL of the text, so that a question does not measure the text again.
+    const char* m_end = nullptr;
 };
 
 #endif

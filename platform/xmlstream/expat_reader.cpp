@@ -1,0 +1,262 @@
+#include "platform/xmlstream/expat_reader.h"
+
+#include <expat.h>
+
+#include <algorithm>
+#include <array>
+#include <new>
+
+#include "platform/foundation/obx_assert.h"
+
+namespace {
+
+// The importer reads one record of a packet through each stream, and records are smaller than this:
+// what is read beyond the record is wasted.
+constexpr std::size_t kSmallestChunk = 2048;
+
+// A value that goes on over many chunks is read in larger ones.
+constexpr std::size_t kLargestChunkOfText = 64 * 1024;
+constexpr std::size_t kLargestChunk = 256 * 1024 * 1024;
+
+// A parser that has read more than this is not kept.
+constexpr std::size_t kMostBytesForReuse = 256 * 1024;
+
+// Deeper than any real packet, and low enough that the parser's stack of open elements stays small.
+constexpr std::size_t kDeepestElement = 50000;
+
+// expat reads documents. Within an element that it is given first, it reads whatever may stand in
+// an element's content: text, several elements, nothing at all. The line feed lets the input begin
+// at the first column.
+constexpr std::string_view kSyntheticRoot = "<fragment>\n";
+constexpr long kLinesBeforeInput = 1;
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+bool BeginsWithDeclaration(std::string_view text) {
+    constexpr std::string_view kOpening = "<?xml";
+    constexpr std::string_view kWhiteSpace = " \t\r\n";
+    return text.starts_with(kOpening) && text.size() > kOpening.size() &&
+           kWhiteSpace.find(text[kOpening.size()]) != std::string_view::npos;
+}
+
+XmlPosition Advance(XmlPosition position, std::string_view text) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '\n' || (text[i] == '\r' && !text.substr(i).starts_with("\r\n"))) {
+            ++position.line;
+            position.column = 1;
+        } else if ((static_cast<unsigned char>(text[i]) & 0xC0U) != 0x80U && text[i] != '\r') {
+            ++position.column;
+        }
+    }
+    return position;
+}
+
+// Whether expat stopped behind a "<!" that begins neither a comment nor a CDATA section.
+bool StandsInDeclaration(XML_Parser parser) {
+    int offset = 0;
+    int size = 0;
+    const char* context = XML_GetInputContext(parser, &offset, &size);
+    return context != nullptr && offset >= 2 && offset < size &&
+           std::string_view(context, static_cast<std::size_t>(size))
+               .substr(static_cast<std::size_t>(offset) - 2)
+               .starts_with("<!");
+}
+
+}  // namespace
+
+// What expat calls. C code must not be crossed by exceptions, so they are kept until it returns.
+struct ExpatReader::Callbacks {
+    template <typename Event>
+    static void Take(void* reader, Event event) {
+        auto& self = *static_cast<ExpatReader*>(reader);
+        self.m_chunkHadEvents = true;
+        // The end of an empty element is reported even if its start has already stopped expat.
+        if (self.m_callbackFailure) {
+            return;
+        }
+        try {
+            event(self);
+        } catch (...) {
+            self.m_callbackFailure = std::current_exception();
+            XML_StopParser(self.m_parser.Get(), XML_FALSE);
+        }
+    }
+
+    static void StartTag(void* reader, const char* name, const char** attributes) {
+        Take(reader, [=](ExpatReader& self) {
+            if (self.m_queue.Depth() >= kDeepestElement) {
+                self.Fail(XmlException::Code::kTooDeep, u"elements are nested too deeply");
+            }
+            self.m_queue.AddStartTag(name, attributes);
+            XML_StopParser(self.m_parser.Get(), XML_TRUE);
+        });
+    }
+
+    static void EndTag(void* reader, const char* name) {
+        Take(reader, [=](ExpatReader& self) {
+            if (self.m_queue.Depth() == 0) {
+                self.Fail(XmlException::Code::kMalformed, u"an end tag without its start tag");
+            }
+            self.m_queue.AddEndTag(name);
+            XML_StopParser(self.m_parser.Get(), XML_TRUE);
+        });
+    }
+
+    // The default handler gets text as it is written, escapes in place, because there is no handler
+    // for character data.
+    static void Text(void* reader, const char* text, int length) {
+        Take(reader, [=](ExpatReader& self) {
+            self.m_queue.AddText({text, static_cast<std::size_t>(length)});
+        });
+    }
+
+    // Without handlers of their own, these would reach the default handler and count as text.
+    static void Comment(void* /*reader*/, const char* /*text*/) {}
+    static void Instruction(void* /*reader*/, const char* /*target*/, const char* /*data*/) {}
+    static void CdataBorder(void* /*reader*/) {}
+};
+
+ExpatReader::ExpatReader(std::istream& input) : m_input(input), m_chunkSize(kSmallestChunk) {}
+
+ExpatReader::~ExpatReader() {
+    if (m_bytesRead > kMostBytesForReuse) {
+        m_parser.DoNotReuse();
+    }
+}
+
+TokenQueue::Token* ExpatReader::Peek() {
+    Obx_Assert(!m_failed, u"an XML stream is not used after it has failed");
+    while (m_queue.IsEmpty() && !m_finished) {
+        ReadOn();
+    }
+    return m_queue.IsEmpty() ? nullptr : &m_queue.Front();
+}
+
+XmlPosition ExpatReader::Position() const {
+    if (!m_opened) {
+        return m_start;
+    }
+    const auto line = static_cast<long>(XML_GetCurrentLineNumber(m_parser.Get()));
+    const auto column = static_cast<long>(XML_GetCurrentColumnNumber(m_parser.Get()));
+    const bool onFirstLine = line == kLinesBeforeInput + 1;
+    return {line - kLinesBeforeInput - 1 + m_start.line,
+            column + (onFirstLine ? m_start.column : 1)};
+}
+
+void ExpatReader::ReadOn() {
+    if (!m_opened) {
+        OpenFragment();
+    } else if (m_suspended) {
+        Settle(XML_ResumeParser(m_parser.Get()));
+    } else {
+        ParseNextChunk();
+    }
+}
+
+void ExpatReader::OpenFragment() {
+    std::array<char, kSmallestChunk> chunk{};
+    std::string_view head(chunk.data(), static_cast<std::size_t>(Fill(chunk.data(), chunk.size())));
+    StepOverProlog(head);
+    m_opened = true;
+
+    XML_Parser parser = m_parser.Get();
+    XML_Parse(parser, kSyntheticRoot.data(), static_cast<int>(kSyntheticRoot.size()), XML_FALSE);
+    XML_SetUserData(parser, this);
+    XML_SetElementHandler(parser, Callbacks::StartTag, Callbacks::EndTag);
+    XML_SetDefaultHandler(parser, Callbacks::Text);
+    XML_SetCommentHandler(parser, Callbacks::Comment);
+    XML_SetProcessingInstructionHandler(parser, Callbacks::Instruction);
+    XML_SetCdataSectionHandler(parser, Callbacks::CdataBorder, Callbacks::CdataBorder);
+    Settle(XML_Parse(parser, head.data(), static_cast<int>(head.size()), XML_FALSE));
+}
+
+// Neither a byte order mark nor a declaration may stand within an element, where expat sees the
+// input. What the declaration says is of no interest: the input is UTF-8 whatever it names.
+void ExpatReader::StepOverProlog(std::string_view& head) {
+    if (head.starts_with(kByteOrderMark)) {
+        head.remove_prefix(kByteOrderMark.size());
+    }
+    if (!BeginsWithDeclaration(head)) {
+        return;
+    }
+    constexpr std::string_view kClosing = "?>";
+    const std::size_t end = head.find(kClosing);
+    if (end == std::string_view::npos) {
+        Fail(XmlException::Code::kMalformed, u"the XML declaration is not closed");
+    }
+    m_start = Advance(m_start, head.substr(0, end + kClosing.size()));
+    head.remove_prefix(end + kClosing.size());
+}
+
+int ExpatReader::Fill(char* buffer, std::size_t size) {
+    m_input.read(buffer, static_cast<std::streamsize>(size));
+    if (m_input.bad()) {
+        Fail(XmlException::Code::kUnreadable, u"the input cannot be read");
+    }
+    const auto count = static_cast<std::size_t>(m_input.gcount());
+    m_bytesRead += count;
+    return static_cast<int>(count);
+}
+
+void ExpatReader::ParseNextChunk() {
+    void* buffer = XML_GetBuffer(m_parser.Get(), static_cast<int>(m_chunkSize));
+    if (buffer == nullptr) {
+        throw std::bad_alloc();
+    }
+    const int length = Fill(static_cast<char*>(buffer), m_chunkSize);
+    m_chunkHadEvents = false;
+    Settle(XML_ParseBuffer(m_parser.Get(), length, length == 0 ? XML_TRUE : XML_FALSE));
+}
+
+// expat looks at an incomplete tag or comment again from its beginning whenever more of it comes,
+// so the chunks must grow with it to keep the work linear. Text is passed on as it comes.
+void ExpatReader::Settle(int status) {
+    m_suspended = status == XML_STATUS_SUSPENDED;
+    if (m_callbackFailure) {
+        m_failed = true;
+        std::rethrow_exception(m_callbackFailure);
+    }
+    if (status == XML_STATUS_ERROR) {
+        Finish();
+    } else if (m_suspended) {
+        m_chunkSize = kSmallestChunk;
+    } else {
+        m_chunkSize =
+            std::min(2 * m_chunkSize, m_chunkHadEvents ? kLargestChunkOfText : kLargestChunk);
+    }
+}
+
+// The synthetic root is never closed, so the end of the input is an error to expat.
+void ExpatReader::Finish() {
+    if (XML_GetErrorCode(m_parser.Get()) != XML_ERROR_NO_ELEMENTS) {
+        FailOnExpatError();
+    }
+    if (m_queue.Depth() > 0) {
+        Fail(XmlException::Code::kMalformed,
+             u"the element \"" + Obx_String::FromUtf8(m_queue.OpenName()) + u"\" is not closed");
+    }
+    m_finished = true;
+    m_queue.Finish();
+}
+
+void ExpatReader::Fail(XmlException::Code code, const Obx_String& what) {
+    m_failed = true;
+    throw new XmlException(code, Position(), what);
+}
+
+void ExpatReader::FailOnExpatError() {
+    const XML_Error error = XML_GetErrorCode(m_parser.Get());
+    Obx_String what = Obx_String::FromUtf8(XML_ErrorString(error));
+    if (error == XML_ERROR_NO_MEMORY) {
+        m_failed = true;
+        throw std::bad_alloc();
+    }
+    if (error == XML_ERROR_TAG_MISMATCH) {
+        what = m_queue.Depth() == 0 ? Obx_String(u"an end tag without its start tag")
+                                    : u"the end tag does not match the open element \"" +
+                                          Obx_String::FromUtf8(m_queue.OpenName()) + u"\"";
+    } else if (error == XML_ERROR_INVALID_TOKEN && StandsInDeclaration(m_parser.Get())) {
+        what = u"a DOCTYPE or another declaration is not allowed";
+    }
+    Fail(XmlException::Code::kMalformed, what);
+}

@@ -1,0 +1,59 @@
+#include "platform/xmlstream/token_queue.h"
+
+#include "platform/xmlstream/ixmlstream.h"
+
+void TokenQueue::AddStartTag(const char* name, const char** attributes) {
+    FlushText(false);
+    XmlSTag::Attributes pairs;
+    for (const char** pair = attributes; *pair != nullptr; pair += 2) {
+        pairs.emplace_back(Obx_String::FromUtf8(pair[0]), Obx_String::FromUtf8(pair[1]));
+    }
+    m_openNames += name;
+    m_openNameEnds.push_back(m_openNames.size());
+    Add({IXmlStream::kStartTag, Obx_String::FromUtf8(name), std::move(pairs)});
+    m_textFollowsStartTag = true;
+}
+
+void TokenQueue::AddEndTag(const char* name) {
+    FlushText(m_textFollowsStartTag);
+    m_openNames.resize(m_openNames.size() - OpenName().size());
+    m_openNameEnds.pop_back();
+    Add({IXmlStream::kEndTag, Obx_String::FromUtf8(name), {}});
+    m_textFollowsStartTag = false;
+}
+
+void TokenQueue::AddText(std::string_view text) {
+    m_text += text;
+    m_textHasMoreThanSpace =
+        m_textHasMoreThanSpace || text.find_first_not_of(" \t\r\n") != std::string_view::npos;
+}
+
+void TokenQueue::Finish() {
+    FlushText(false);
+}
+
+void TokenQueue::Pop() {
+    ++m_next;
+    if (IsEmpty()) {
+        m_tokens.clear();
+        m_next = 0;
+    }
+}
+
+std::string_view TokenQueue::OpenName() const {
+    const std::size_t outer = Depth() < 2 ? 0 : m_openNameEnds[Depth() - 2];
+    return std::string_view(m_openNames).substr(outer);
+}
+
+// Blanks between two fields are layout, but blanks that are all an element holds are its value.
+void TokenQueue::FlushText(bool keepWhiteSpace) {
+    if (!m_text.empty() && (m_textHasMoreThanSpace || keepWhiteSpace)) {
+        Add({IXmlStream::kCharData, Obx_String::FromUtf8(m_text), {}});
+    }
+    m_text.clear();
+    m_textHasMoreThanSpace = false;
+}
+
+void TokenQueue::Add(Token token) {
+    m_tokens.push_back(std::move(token));
+}

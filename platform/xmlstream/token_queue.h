@@ -1,0 +1,55 @@
+#ifndef PLATFORM_XMLSTREAM_TOKEN_QUEUE_H
+#define PLATFORM_XMLSTREAM_TOKEN_QUEUE_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/xmlstream/xmltokens.h"
+
+// Turns the events of an XML parser into the tokens of a stream: joins the pieces of character
+// data, decides which white space is a token, and knows which elements are open.
+//
+// A tag completes the character data before it, and an empty element is two tags, so one event of
+// the parser's can add up to three tokens.
+class TokenQueue {
+  public:
+    struct Token {
+        int type;                        // one of IXmlStream's kStartTag, kEndTag, kCharData
+        Obx_String text;                 // a tag's name, or the character data
+        XmlSTag::Attributes attributes;  // of a start tag
+    };
+
+    // All texts are UTF-8. `attributes` holds names and values by turns and ends with a null.
+    void AddStartTag(const char* name, const char** attributes);
+    void AddEndTag(const char* name);
+    void AddText(std::string_view text);
+    // The input has ended.
+    void Finish();
+
+    bool IsEmpty() const { return m_next == m_tokens.size(); }
+    // The next token; there must be one.
+    Token& Front() { return m_tokens[m_next]; }
+    void Pop();
+
+    // How many elements are open, and the name of the innermost one, of which there must be one.
+    std::size_t Depth() const { return m_openNameEnds.size(); }
+    std::string_view OpenName() const;
+
+  private:
+    void FlushText(bool keepWhiteSpace);
+    void Add(Token token);
+
+    std::vector<Token> m_tokens;
+    std::size_t m_next = 0;
+
+    std::string m_text;
+    bool m_textHasMoreThanSpace = false;
+    bool m_textFollowsStartTag = false;
+
+    // The names of the open elements, one behind the other, and where each of them ends.
+    std::string m_openNames;
+    std::vector<std::size_t> m_openNameEnds;
+};
+
+#endif

@@ -5,7 +5,6 @@
 #include <array>
 #include <cerrno>
 #include <fstream>
-#include <iterator>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -138,7 +137,12 @@ Schema ReadSchema(const std::string& text, const std::string& file) {
 
 Schema ReadSchemaFile(const std::string& path) {
     std::ifstream stream(path, std::ios::binary);
-    std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    std::string text;
+    std::array<char, 4096> part{};
+    while (stream.read(part.data(), part.size()) || stream.gcount() > 0) {
+        text.append(part.data(), static_cast<std::size_t>(stream.gcount()));
+    }
+    // Some files, such as folders, can be opened and fail at the first read.
     if (!stream.is_open() || stream.bad()) {
         throw SchemaError(path, 0, 0,
                           "the file cannot be read: " +

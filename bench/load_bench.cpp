@@ -1,0 +1,167 @@
+// Times `ztimport load` against a floor that writes the same rows by SQLite's own interface, both
+// in the same run: load_bench ZTIMPORT [RECORDS...], 10000 and 100000 by default.
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "child_process.h"
+#include "creation_floor.h"
+#include "generated_tracker.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// The fastest of so many runs counts: what slows a run down is never the program itself.
+constexpr int kRuns = 3;
+
+class TemporaryFolder {
+  public:
+    TemporaryFolder() {
+        std::string pattern = (fs::temp_directory_path() / "load_bench_XXXXXX").string();
+        if (mkdtemp(pattern.data()) == nullptr) {
+            throw std::runtime_error("cannot make a temporary folder");
+        }
+        m_path = pattern;
+    }
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    ~TemporaryFolder() { fs::remove_all(m_path); }
+    const fs::path& Path() const { return m_path; }
+
+  private:
+    fs::path m_path;
+};
+
+struct Measured {
+    double floor = 1e9;
+    bench::ChildRun create{1e9, 1e9, 0};
+    bench::ChildRun update{1e9, 1e9, 0};
+    bench::ChildRun history{1e9, 1e9, 0};
+};
+
+class LoadBench {
+  public:
+    LoadBench(std::string tool, std::int64_t records)
+        : m_tool(std::move(tool)),
+          m_records(records),
+          m_keywords(bench::WriteKeywordPackets(m_folder.Path())),
+          m_create(bench::WriteCreatePackets(m_folder.Path(), records)),
+          m_update(bench::WriteUpdatePackets(m_folder.Path(), records)),
+          m_history(bench::WriteHistoryPackets(m_folder.Path(), records)) {
+        std::ofstream(m_folder.Path() / "schema.yaml") << bench::SchemaText();
+    }
+
+    Measured Run() {
+        Measured best;
+        for (int run = 0; run < kRuns; ++run) {
+            best.floor = std::min(best.floor, bench::WriteFloor(NewDatabase("floor"), m_records));
+            const fs::path database = NewDatabase("load");
+            Load(database, m_keywords);
+            KeepFaster(best.create, Load(database, m_create));
+            KeepFaster(best.update, Load(database, m_update));
+            KeepFaster(best.history, Load(database, m_history));
+        }
+        return best;
+    }
+
+    double BytesPerRecord() const {
+        return static_cast<double>(m_create.bytes) / static_cast<double>(m_records);
+    }
+
+  private:
+    static void KeepFaster(bench::ChildRun& best, const bench::ChildRun& run) {
+        const long peak = std::max(best.peakKilobytes, run.peakKilobytes);
+        best = run.seconds < best.seconds ? run : best;
+        best.peakKilobytes = peak;
+    }
+
+    fs::path NewDatabase(const std::string& name) {
+        for (const char* suffix : {"", "-wal", "-shm"}) {
+            fs::remove(m_folder.Path() / (name + ".db" + suffix));
+        }
+        const fs::path database = m_folder.Path() / (name + ".db");
+        bench::RunChild({m_tool, "init", database, m_folder.Path() / "schema.yaml"});
+        return database;
+    }
+
+    bench::ChildRun Load(const fs::path& database, const bench::PacketFiles& files) {
+        std::vector<std::string> command = {m_tool, "load", "--quiet", database};
+        command.insert(command.end(), files.sources.begin(), files.sources.end());
+        return bench::RunChild(command);
+    }
+
+    std::string m_tool;
+    std::int64_t m_records;
+    TemporaryFolder m_folder;
+    bench::PacketFiles m_keywords;
+    bench::PacketFiles m_create;
+    bench::PacketFiles m_update;
+    bench::PacketFiles m_history;
+};
+
+void PrintLoad(const char* name, const bench::ChildRun& run, double floor, std::int64_t records,
+               double aim, double most) {
+    const auto count = static_cast<double>(records);
+    fmt::print(
+        "  {:<8} {:8.3f} s  {:6.1f} us/record  {:9.0f} records/s  {:5.2f} floors (aim {}, at "
+        "most {})  {:6.1f} MB\n",
+        name, run.seconds, run.seconds / count * 1e6, count / run.seconds, run.seconds / floor, aim,
+        most, static_cast<double>(run.peakKilobytes) / 1024);
+}
+
+void PrintMeasured(const Measured& measured, std::int64_t records, double bytesPerRecord) {
+    fmt::print("{} records of {:.0f} bytes of XML\n", records, bytesPerRecord);
+    fmt::print("  {:<8} {:8.3f} s  {:6.1f} us/record\n", "floor", measured.floor,
+               measured.floor / static_cast<double>(records) * 1e6);
+    PrintLoad("create", measured.create, measured.floor, records, 2.5, 4);
+    PrintLoad("update", measured.update, measured.floor, records, 1.8, 2.5);
+    PrintLoad("history", measured.history, measured.floor, records, 1.2, 2);
+}
+
+int Main(const std::vector<std::string>& arguments) {
+    if (arguments.empty()) {
+        fmt::print(stderr, "usage: load_bench ZTIMPORT [RECORDS...]\n");
+        return 2;
+    }
+    std::vector<std::int64_t> sizes = {10'000, 100'000};
+    if (arguments.size() > 1) {
+        sizes.clear();
+        for (std::size_t i = 1; i < arguments.size(); ++i) {
+            sizes.push_back(std::stoll(arguments[i]));
+        }
+    }
+    double firstCost = 0;
+    for (const std::int64_t records : sizes) {
+        LoadBench bench(arguments[0], records);
+        const Measured measured = bench.Run();
+        PrintMeasured(measured, records, bench.BytesPerRecord());
+        const double cost = measured.create.seconds / static_cast<double>(records);
+        if (firstCost > 0) {
+            fmt::print(
+                "  creating a record costs {:+.1f} % against {} records (aim: within 15 %)\n",
+                (cost / firstCost - 1) * 100, sizes.front());
+        } else {
+            firstCost = cost;
+        }
+    }
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return Main(std::vector<std::string>(argv + 1, argv + argc));
+    } catch (const std::exception& error) {
+        fmt::print(stderr, "load_bench: {}\n", error.what());
+        return 1;
+    }
+}

@@ -1,14 +1,21 @@
 #include "platform/core/adtext.h"
 
-#include <unicode/uchar.h>
-
 #include <limits>
 #include <string>
 #include <string_view>
 
+#include "platform/foundation/white_space.h"
+
 namespace {
 
 constexpr std::size_t kNone = std::u16string_view::npos;
+constexpr int kNotFound = -1;
+
+// The units from index `begin` up to, but without, index `end`.
+std::u16string_view Part(const Obx_String& text, int begin, int end) {
+    return text.View().substr(static_cast<std::size_t>(begin),
+                              static_cast<std::size_t>(end - begin));
+}
 
 bool IsDigit(char16_t unit) {
     return unit >= u'0' && unit <= u'9';
@@ -33,35 +40,32 @@ int AdIsEqualNoCase(const Obx_String& a, const Obx_String& b) {
 }
 
 void AdReplaceString(Obx_String& text, const Obx_String& from, const Obx_String& to) {
-    const std::u16string_view old = text.View();
-    std::size_t found = from.IsEmpty() ? kNone : old.find(from.View());
-    if (found == kNone) {
+    int found = from.IsEmpty() ? kNotFound : text.Find(from.View());
+    if (found == kNotFound) {
         return;
     }
     std::u16string out;
-    out.reserve(old.size());
-    std::size_t begin = 0;
-    for (; found != kNone; found = old.find(from.View(), begin)) {
-        out.append(old, begin, found - begin).append(to.View());
-        begin = found + from.View().size();
+    int begin = 0;
+    for (; found != kNotFound; found = text.Find(from.View(), begin)) {
+        out.append(Part(text, begin, found)).append(to.View());
+        begin = found + from.GetLength();
     }
-    out.append(old, begin);
+    out.append(Part(text, begin, text.GetLength()));
     text = Obx_String(std::move(out));
 }
 
 void AdSplitString(const Obx_String& text, const Obx_String& separator, CStringArray& parts) {
     parts.RemoveAll();
-    const std::u16string_view rest = text.View();
-    if (rest.empty()) {
+    if (text.IsEmpty()) {
         return;
     }
-    std::size_t begin = 0;
-    std::size_t found = separator.IsEmpty() ? kNone : rest.find(separator.View());
-    for (; found != kNone; found = rest.find(separator.View(), begin)) {
-        parts.Add(Obx_String(rest.substr(begin, found - begin)));
-        begin = found + separator.View().size();
+    int begin = 0;
+    int found = separator.IsEmpty() ? kNotFound : text.Find(separator.View());
+    for (; found != kNotFound; found = text.Find(separator.View(), begin)) {
+        parts.Add(Obx_String(Part(text, begin, found)));
+        begin = found + separator.GetLength();
     }
-    parts.Add(Obx_String(rest.substr(begin)));
+    parts.Add(Obx_String(Part(text, begin, text.GetLength())));
 }
 
 void AdSplitTextIntoLines(const Obx_String& text, CStringArray& lines) {
@@ -84,7 +88,7 @@ Obx_String AdBasename(const Obx_String& path) {
 
 long AdStrToLong(const Obx_String& text) {
     std::u16string_view rest = text.View();
-    while (!rest.empty() && u_isUWhiteSpace(rest.front()) != 0) {
+    while (!rest.empty() && IsWhiteSpace(rest.front())) {
         rest.remove_prefix(1);
     }
     const bool negative = !rest.empty() && rest.front() == u'-';

@@ -1,83 +1,137 @@
 #include "platform/foundation/cmapstringtostring.h"
 
-#include <iterator>
+#include <algorithm>
+#include <utility>
 
 namespace {
 
 constexpr std::size_t kLargestWithoutIndex = 24;
 
+// Spare slots keep the memory of their texts, but not that of a huge one.
+constexpr int kLongestSpareText = 4096;
+
+void LetGoOfHugeText(Obx_String& text) {
+    if (text.GetLength() > kLongestSpareText) {
+        const Obx_String freed(std::move(text));
+    }
+}
+
 }  // namespace
 
 void CMapStringToString::SetAt(const Obx_String& key, const Obx_String& value) {
-    if (Entry* entry = Find(key)) {
-        entry->value = value;
+    if (const Slot* slot = Find(key)) {
+        m_slots[IndexOf(slot)].value = value;
         return;
     }
-    m_entries.push_back({key, value, {}});
-    Entry& entry = m_entries.back();
-    entry.self = std::prev(m_entries.end());
-    if (m_entries.size() > kLargestWithoutIndex) {
-        if (m_index.empty()) {
-            BuildIndex();
-        } else {
-            m_index.emplace(entry.key.View(), &entry);
-        }
+    if (m_end == m_slots.size()) {
+        MakeRoom();
+    }
+    Slot& slot = m_slots[m_end];
+    slot.key = key;
+    slot.value = value;
+    slot.used = true;
+    ++m_end;
+    ++m_count;
+    if (!m_index.empty()) {
+        m_index.emplace(slot.key.View(), &slot);
+    } else if (m_count > kLargestWithoutIndex) {
+        BuildIndex();
     }
 }
 
 bool CMapStringToString::Lookup(const Obx_String& key, Obx_String& value) const {
-    const Entry* entry = Find(key);
-    if (entry == nullptr) {
+    const Slot* slot = Find(key);
+    if (slot == nullptr) {
         return false;
     }
-    value = entry->value;
+    value = slot->value;
     return true;
 }
 
 bool CMapStringToString::RemoveKey(const Obx_String& key) {
-    Entry* entry = Find(key);
-    if (entry == nullptr) {
+    const Slot* slot = Find(key);
+    if (slot == nullptr) {
         return false;
     }
-    m_index.erase(entry->key.View());
-    m_entries.erase(entry->self);
+    m_index.erase(slot->key.View());
+    Discard(m_slots[IndexOf(slot)]);
+    --m_count;
     return true;
 }
 
 void CMapStringToString::RemoveAll() {
     m_index.clear();
-    m_entries.clear();
-}
-
-CMapStringToString::Position CMapStringToString::GetStartPosition() const {
-    return m_entries.empty() ? nullptr : &m_entries.front();
+    for (; m_end > 0; --m_end) {
+        Discard(m_slots[m_end - 1]);
+    }
+    m_count = 0;
 }
 
 void CMapStringToString::GetNextAssoc(Position& position, Obx_String& key,
                                       Obx_String& value) const {
-    const auto* entry = static_cast<const Entry*>(position);
-    key = entry->key;
-    value = entry->value;
-    const auto next = std::next(entry->self);
-    position = next == m_entries.end() ? nullptr : &*next;
+    const auto* slot = static_cast<const Slot*>(position);
+    key = slot->key;
+    value = slot->value;
+    position = NextUsed(IndexOf(slot) + 1);
 }
 
-CMapStringToString::Entry* CMapStringToString::Find(const Obx_String& key) const {
+const CMapStringToString::Slot* CMapStringToString::NextUsed(std::size_t first) const {
+    while (first < m_end && !m_slots[first].used) {
+        ++first;
+    }
+    return first < m_end ? &m_slots[first] : nullptr;
+}
+
+const CMapStringToString::Slot* CMapStringToString::Find(const Obx_String& key) const {
     if (!m_index.empty()) {
         const auto found = m_index.find(key.View());
         return found == m_index.end() ? nullptr : found->second;
     }
-    for (const Entry& entry : m_entries) {
-        if (entry.key == key) {
-            return const_cast<Entry*>(&entry);
+    for (std::size_t i = 0; i < m_end; ++i) {
+        if (m_slots[i].used && m_slots[i].key == key) {
+            return &m_slots[i];
         }
     }
     return nullptr;
 }
 
+std::size_t CMapStringToString::IndexOf(const Slot* slot) const {
+    return static_cast<std::size_t>(slot - m_slots.data());
+}
+
+void CMapStringToString::Discard(Slot& slot) {
+    slot.used = false;
+    LetGoOfHugeText(slot.key);
+    LetGoOfHugeText(slot.value);
+}
+
+void CMapStringToString::MakeRoom() {
+    if (m_count * 2 < m_end) {
+        // Many holes: the entries close up, and the slots behind them are spare.
+        std::size_t end = 0;
+        for (std::size_t i = 0; i < m_end; ++i) {
+            if (m_slots[i].used) {
+                std::swap(m_slots[end], m_slots[i]);
+                ++end;
+            }
+        }
+        m_end = end;
+    } else {
+        m_slots.resize(
+            std::max({m_slots.size() * 2, static_cast<std::size_t>(m_blockSize), std::size_t{1}}));
+    }
+    if (!m_index.empty()) {
+        BuildIndex();
+    }
+}
+
+// Both a larger vector and closed holes move the texts to which the index refers.
 void CMapStringToString::BuildIndex() {
-    m_index.reserve(m_entries.size() + static_cast<std::size_t>(m_blockSize));
-    for (Entry& entry : m_entries) {
-        m_index.emplace(entry.key.View(), &entry);
+    m_index.clear();
+    m_index.reserve(m_slots.size());
+    for (std::size_t i = 0; i < m_end; ++i) {
+        if (m_slots[i].used) {
+            m_index.emplace(m_slots[i].key.View(), &m_slots[i]);
+        }
     }
 }

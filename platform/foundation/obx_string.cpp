@@ -2,29 +2,57 @@
 
 #include <unicode/uchar.h>
 #include <unicode/ustring.h>
-#include <unicode/utf16.h>
 
 #include <algorithm>
+#include <bit>
+#include <charconv>
 #include <cstdint>
+#include <cstring>
+#include <limits>
 
 #include "platform/foundation/cexception.h"
 #include "platform/foundation/utf.h"
+#include "platform/foundation/white_space.h"
 
 namespace {
 
 // Callers hand UTF-16 over as unsigned short, the string keeps char16_t. The two have the same size
-// and representation but are different types; reading one as the other is defined only through a
-// type that may alias.
+// and representation but are different types, so the units are counted through a type that may
+// alias and copied as bytes.
 using AliasingUnit __attribute__((may_alias)) = unsigned short;
 
 std::u16string CopyUnits(const unsigned short* text) {
     std::u16string copy;
     if (text != nullptr) {
-        for (const AliasingUnit* unit = text; *unit != 0; ++unit) {
-            copy.push_back(static_cast<char16_t>(*unit));
+        const AliasingUnit* end = text;
+        while (*end != 0) {
+            ++end;
         }
+        copy.resize(static_cast<std::size_t>(end - text));
+        std::memcpy(copy.data(), text, copy.size() * sizeof(char16_t));
     }
     return copy;
+}
+
+// The index of the first such unit at or after `start`. The library's search for one byte is many
+// times faster than a loop over units, and a unit's low byte is rarely met where it is not meant.
+std::size_t FindUnit(std::u16string_view text, char16_t unit, std::size_t start) {
+    constexpr std::size_t kLowByte = std::endian::native == std::endian::little ? 0 : 1;
+    const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
+    const std::size_t size = text.size() * sizeof(char16_t);
+    std::size_t at = start * sizeof(char16_t);
+    while (at < size) {
+        const void* found = std::memchr(bytes + at, unit & 0xFF, size - at);
+        if (found == nullptr) {
+            break;
+        }
+        at = static_cast<std::size_t>(static_cast<const unsigned char*>(found) - bytes);
+        if (at % sizeof(char16_t) == kLowByte && text[at / sizeof(char16_t)] == unit) {
+            return at / sizeof(char16_t);
+        }
+        ++at;
+    }
+    return std::u16string_view::npos;
 }
 
 int AsciiLower(char16_t unit) {
@@ -37,17 +65,19 @@ int CompareFolded(std::u16string_view a, std::u16string_view b) {
                             static_cast<std::int32_t>(b.size()), U_FOLD_CASE_DEFAULT, &status);
 }
 
+void AppendNumber(std::u16string& out, long long number) {
+    char digits[std::numeric_limits<long long>::digits10 + 2];
+    char* end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
+    out.append(std::begin(digits), end);
+}
+
 [[noreturn]] void ThrowFormatMismatch(std::u16string_view format, const char16_t* what) {
     throw new CException(Obx_String(u"The format \"") + Obx_String(format) + u"\" " + what);
 }
 
 }  // namespace
 
-Obx_String::Obx_String(const char16_t* text) {
-    if (text != nullptr) {
-        m_text = text;
-    }
-}
+Obx_String::Obx_String(const char16_t* text) : m_text(ViewOf(text)) {}
 
 Obx_String::Obx_String(const unsigned short* text) : m_text(CopyUnits(text)) {}
 
@@ -71,7 +101,7 @@ Obx_String& Obx_String::operator+=(const Obx_String& text) {
 }
 
 Obx_String& Obx_String::operator+=(const char16_t* text) {
-    m_text += text;
+    m_text += ViewOf(text);
     return *this;
 }
 
@@ -113,7 +143,7 @@ int Obx_String::CompareNoCase(std::u16string_view other) const {
 
 void Obx_String::TrimLeft() {
     std::size_t first = 0;
-    while (first < m_text.size() && u_isUWhiteSpace(m_text[first]) != 0) {
+    while (first < m_text.size() && IsWhiteSpace(m_text[first])) {
         ++first;
     }
     m_text.erase(0, first);
@@ -121,7 +151,7 @@ void Obx_String::TrimLeft() {
 
 void Obx_String::TrimRight() {
     std::size_t size = m_text.size();
-    while (size > 0 && u_isUWhiteSpace(m_text[size - 1]) != 0) {
+    while (size > 0 && IsWhiteSpace(m_text[size - 1])) {
         --size;
     }
     m_text.resize(size);
@@ -137,8 +167,18 @@ Obx_String Obx_String::Mid(int first, int count) const {
 }
 
 int Obx_String::Find(std::u16string_view what, int start) const {
-    const std::size_t found = m_text.find(what, static_cast<std::size_t>(std::max(start, 0)));
-    return found == std::u16string::npos ? -1 : static_cast<int>(found);
+    const std::u16string_view text = m_text;
+    std::size_t at = static_cast<std::size_t>(std::max(start, 0));
+    if (what.empty()) {
+        return at <= text.size() ? static_cast<int>(at) : -1;
+    }
+    while ((at = FindUnit(text, what.front(), at)) != std::u16string_view::npos) {
+        if (text.substr(at, what.size()) == what) {
+            return static_cast<int>(at);
+        }
+        ++at;
+    }
+    return -1;
 }
 
 void Obx_String::FormatList(std::u16string_view format,
@@ -162,7 +202,7 @@ void Obx_String::FormatList(std::u16string_view format,
         if (kind == u's') {
             out += next->Text();
         } else {
-            out += Utf8ToUtf16Lossy(std::to_string(next->Number()));
+            AppendNumber(out, next->Number());
         }
         ++next;
     }

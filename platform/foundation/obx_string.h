@@ -18,8 +18,7 @@ class Obx_String {
     class FormatArgument {
       public:
         FormatArgument(const Obx_String& text) : m_text(text.View()), m_isText(true) {}
-        FormatArgument(const char16_t* text)
-            : m_text(text == nullptr ? u"" : text), m_isText(true) {}
+        FormatArgument(const char16_t* text) : m_text(ViewOf(text)), m_isText(true) {}
         template <std::integral Integer>
         FormatArgument(Integer number) : m_number(static_cast<long long>(number)) {}
 
@@ -34,7 +33,7 @@ class Obx_String {
     };
 
     Obx_String() = default;
-    // Copies the zero-terminated text; a null pointer gives the empty string.
+    // Copies the zero-terminated text. A null pointer counts as the empty text, here and below.
     Obx_String(const char16_t* text);
     Obx_String(const unsigned short* text);
     explicit Obx_String(std::u16string_view text) : m_text(text) {}
@@ -68,7 +67,7 @@ class Obx_String {
     friend bool operator==(const Obx_String& a, const Obx_String& b) {
         return a.m_text == b.m_text;
     }
-    friend bool operator==(const Obx_String& a, const char16_t* b) { return a.m_text == b; }
+    friend bool operator==(const Obx_String& a, const char16_t* b) { return a.m_text == ViewOf(b); }
     friend std::strong_ordering operator<=>(const Obx_String& a, const Obx_String& b) {
         return a.m_text.compare(b.m_text) <=> 0;
     }
@@ -76,6 +75,7 @@ class Obx_String {
     // 0 when the texts are equal without regard to case, else below or above 0. Case is folded by
     // Unicode's full default folding, independent of the locale.
     int CompareNoCase(const Obx_String& other) const { return CompareNoCase(other.View()); }
+    int CompareNoCase(const char16_t* other) const { return CompareNoCase(ViewOf(other)); }
     int CompareNoCase(std::u16string_view other) const;
 
     // Remove white space (Unicode's White_Space property) from one end.
@@ -98,6 +98,9 @@ class Obx_String {
     }
 
   private:
+    static std::u16string_view ViewOf(const char16_t* text) {
+        return text == nullptr ? std::u16string_view() : std::u16string_view(text);
+    }
     void FormatList(std::u16string_view format, std::initializer_list<FormatArgument> arguments);
 
     std::u16string m_text;

@@ -79,7 +79,7 @@ std::chrono::seconds ReadTime(Reader& reader) {
     int second = 0;
     if (reader.Skip(u':')) {
         second = reader.Number(2, 0, 59);
-        if (reader.Skip(u'.')) {
+        if (reader.Skip(u'.') || reader.Skip(u',')) {
             reader.Number(1, 0, 9);
             while (reader.NextIsDigit()) {
                 reader.Number(1, 0, 9);

@@ -1,32 +1,35 @@
 #include "tool/packet_head.h"
 
-#include <algorithm>
-
 namespace tool {
 
 namespace {
 
 constexpr std::size_t npos = std::string_view::npos;
-constexpr std::string_view blanks = " \t\r\n";
 constexpr std::string_view cdataOpening = "<![CDATA[";
 
+bool IsBlank(char c) {
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
 std::string_view WithoutBlanks(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+    while (!text.empty() && IsBlank(text.front())) {
+        text.remove_prefix(1);
+    }
     return text;
 }
 
 // Position behind the ">" that ends the tag at the start of TEXT; one inside quotes does not.
 std::size_t TagEnd(std::string_view text) {
-    std::size_t at = 1;
-    while ((at = text.find_first_of("\"'>", at)) != npos) {
-        if (text[at] == '>') {
+    char quote = 0;
+    for (std::size_t at = 1; at < text.size(); ++at) {
+        char c = text[at];
+        if (quote != 0) {
+            quote = c == quote ? '\0' : quote;
+        } else if (c == '>') {
             return at + 1;
+        } else if (c == '"' || c == '\'') {
+            quote = c;
         }
-        at = text.find(text[at], at + 1);
-        if (at == npos) {
-            break;
-        }
-        ++at;
     }
     return npos;
 }
@@ -48,7 +51,9 @@ std::size_t Behind(std::string_view text, std::string_view mark, std::size_t fro
 }
 
 bool IsConfigurationTag(std::string_view tag) {
-    return tag.substr(1, tag.find_first_of(" \t\r\n/>", 1) - 1) == "configuration";
+    constexpr std::string_view opening = "<configuration";
+    return tag.starts_with(opening) &&
+           tag.substr(opening.size(), 1).find_first_of(" \t\r\n/>") == 0;
 }
 
 // Length of the comment, instruction or document type declaration at the start of TEXT: 0 when
@@ -103,7 +108,7 @@ HeadAnswer ClassifyHead(std::string_view text, bool complete) {
 std::string WithPacketDeclaration(std::string_view text) {
     std::string_view body = WithoutBlanks(text);
     std::size_t end = npos;
-    if (body.starts_with("<?xml") && body.size() > 5 && blanks.find(body[5]) != npos) {
+    if (body.starts_with("<?xml") && body.size() > 5 && IsBlank(body[5])) {
         end = body.find("?>");
     }
     std::string packet(packetDeclaration);

@@ -2,23 +2,19 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <utility>
 
 #include "tool/decoding_marks.h"
 #include "tool/packet_head.h"
 #include "tool/record_packet.h"
 #include "tool/source_error.h"
+#include "tool/text_units.h"
 
 namespace tool {
 
 namespace {
 
 constexpr std::size_t npos = std::string_view::npos;
-
-std::uint64_t CountLines(std::string_view text) {
-    return static_cast<std::uint64_t>(std::count(text.begin(), text.end(), '\n'));
-}
 
 std::string ShowSize(std::size_t bytes) {
     constexpr std::size_t mebibyte = 1024 * 1024;
@@ -108,7 +104,7 @@ void PacketReader::ReportRecordsInConfiguration(std::string_view text) const {
     }
     constexpr std::string_view tag = "<record>";
     for (std::size_t at = text.find(tag); at != npos; at = text.find(tag, at + 1)) {
-        m_options.unseen({UnseenKind::InsideConfiguration, 1 + CountLines(text.substr(0, at)),
+        m_options.unseen({UnseenKind::InsideConfiguration, 1 + CountLineEnds(text.substr(0, at)),
                           std::string(tag)});
     }
 }
@@ -156,7 +152,7 @@ std::string PacketReader::DecodingError(std::string_view text, std::size_t mark,
                                         std::uint64_t offset) const {
     std::string_view before = text.substr(0, mark);
     return fmt::format("{} at byte {} of the file (line {})", DescribeDecodingMark(text[mark]),
-                       offset + m_decoder.SourceBytes(before), line + CountLines(before));
+                       offset + m_decoder.SourceBytes(before), line + CountLineEnds(before));
 }
 
 }  // namespace tool

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "tool/decoding_marks.h"
+#include "tool/text_units.h"
 
 namespace tool {
 
@@ -28,12 +29,27 @@ bool IsBlank(char c) {
     return c == ' ' || c == '\t' || c == '\r' || c == '\n';
 }
 
-// Sorts out nearly every tag of a record at its second byte.
-bool MayMatter(std::string_view text) {
-    if (text.size() < 3) {
-        return false;
+// Sorts out nearly every tag of a record at its second byte. TAG has three bytes at least.
+bool MayMatter(const char* tag) {
+    return tag[1] == 'r' || tag[1] == '!' || tag[1] == '?' || (tag[1] == '/' && tag[2] == 'r');
+}
+
+// The first "<" in [FROM, END) that may begin something of interest, or that has too few bytes of
+// TEXT behind it to tell; npos when there is none.
+std::size_t ScanTags(std::string_view text, std::size_t from, std::size_t end) {
+    while (from < end) {
+        const void* found = std::memchr(text.data() + from, '<', end - from);
+        if (found == nullptr) {
+            break;
+        }
+        const char* tag = static_cast<const char*>(found);
+        auto at = static_cast<std::size_t>(tag - text.data());
+        if (at + lookahead > text.size() || MayMatter(tag)) {
+            return at;
+        }
+        from = at + 1;
     }
-    return text[1] == 'r' || text[1] == '!' || text[1] == '?' || (text[1] == '/' && text[2] == 'r');
+    return npos;
 }
 
 bool EqualsNoCase(std::string_view text, std::string_view lower) {
@@ -120,25 +136,18 @@ void RecordCutter::SkipMarkup() {
 std::size_t RecordCutter::FindMarkup(std::size_t from) {
     while (true) {
         std::string_view text = m_window.Text();
-        std::size_t size = std::min(text.size(), m_limit);
-        const void* found =
-            from < size ? std::memchr(text.data() + from, '<', size - from) : nullptr;
-        if (found == nullptr) {
-            from = std::max(from, size);
-            if (size == m_limit || !m_window.Grow()) {
+        std::size_t end = std::min(text.size(), m_limit);
+        std::size_t at = ScanTags(text, from, end);
+        if (at == npos) {
+            from = std::max(from, end);
+            if (end == m_limit || !m_window.Grow()) {
                 return npos;
             }
-            continue;
-        }
-        auto at = static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
-        if (at + lookahead > text.size() && m_window.Grow()) {
-            from = at;
-            continue;
-        }
-        if (MayMatter(text.substr(at))) {
+        } else if (at + lookahead <= text.size() || !m_window.Grow()) {
             return at;
+        } else {
+            from = at;
         }
-        from = at + 1;
     }
 }
 
@@ -203,9 +212,7 @@ void RecordCutter::ReportHidden(std::size_t size) {
     std::uint64_t line = m_window.Line();
     std::size_t counted = 0;
     for (std::size_t at = section.find(startTag); at != npos; at = section.find(startTag, at + 1)) {
-        line += static_cast<std::uint64_t>(
-            std::count(section.begin() + static_cast<std::ptrdiff_t>(counted),
-                       section.begin() + static_cast<std::ptrdiff_t>(at), '\n'));
+        line += CountLineEnds(section.substr(counted, at - counted));
         counted = at;
         m_unseen({UnseenKind::InsideSection, line, std::string(startTag)});
     }

@@ -1,5 +1,7 @@
 #include "tool/text_units.h"
 
+#include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -13,23 +15,37 @@ std::uint8_t Byte(char c) {
     return static_cast<std::uint8_t>(c);
 }
 
-// The length of the run of bytes 01 to 7F at the start. Eight bytes at a time: a NUL byte shows as
-// a borrow into its own high bit when 1 is taken from each byte.
+constexpr std::uint64_t ones = 0x0101010101010101U;
+constexpr std::uint64_t highs = 0x8080808080808080U;
+
+std::uint64_t Word(const char* bytes) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    return word;
+}
+
+// Has the high bit of a byte set where WORD holds a byte that is not 01 to 7F: a NUL byte borrows
+// when 1 is taken away. Bits above the lowest one that is set may be wrong.
+std::uint64_t OddBytes(std::uint64_t word) {
+    return (word | (word - ones)) & highs;
+}
+
+// The length of the run of bytes 01 to 7F at the start.
 std::size_t PlainRun(const char* bytes, std::size_t size) {
-    constexpr std::uint64_t ones = 0x0101010101010101U;
-    constexpr std::uint64_t highs = 0x8080808080808080U;
     std::size_t at = 0;
-    while (at + 32 <= size) {
-        std::uint64_t words[4];
-        std::memcpy(words, bytes + at, 32);
-        std::uint64_t odd = 0;
-        for (std::uint64_t word : words) {
-            odd |= word | (word - ones);
+    while (at + 32 <= size &&
+           (OddBytes(Word(bytes + at)) | OddBytes(Word(bytes + at + 8)) |
+            OddBytes(Word(bytes + at + 16)) | OddBytes(Word(bytes + at + 24))) == 0) {
+        at += 32;
+    }
+    for (; at + 8 <= size; at += 8) {
+        std::uint64_t odd = OddBytes(Word(bytes + at));
+        if (odd != 0 && std::endian::native == std::endian::little) {
+            return at + static_cast<std::size_t>(std::countr_zero(odd)) / 8;
         }
-        if ((odd & highs) != 0) {
+        if (odd != 0) {
             break;
         }
-        at += 32;
     }
     while (at < size && Byte(bytes[at]) - 1U < 0x7F) {
         ++at;
@@ -204,6 +220,21 @@ std::size_t CountUtf16Units(std::string_view text) {
         units += static_cast<std::size_t>(!IsContinuation(c)) + static_cast<std::size_t>(takesTwo);
     }
     return units;
+}
+
+std::size_t CountLineEnds(std::string_view text) {
+    // Sums that fit a byte are what compilers can count many bytes at a time with.
+    constexpr std::size_t block = 255;
+    std::size_t count = 0;
+    while (!text.empty()) {
+        std::uint8_t part = 0;
+        for (char c : text.substr(0, block)) {
+            part = static_cast<std::uint8_t>(part + (c == '\n' ? 1 : 0));
+        }
+        count += part;
+        text.remove_prefix(std::min(block, text.size()));
+    }
+    return count;
 }
 
 }  // namespace tool

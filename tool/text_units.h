@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-// The two decodings, over pieces of any size. Neither fails: what is no text becomes marks (see
-// decoding_marks.h).
+// The two decodings, over pieces of any size, and counts over decoded text. Decoding never fails:
+// what is no text becomes marks (see decoding_marks.h).
 namespace tool {
 
 // Checks BYTES as UTF-8 in place and puts a mark over each byte that is not valid and over each
@@ -24,6 +24,9 @@ std::size_t AppendUtf16(std::string_view bytes, bool bigEndian, bool last, std::
 
 // The number of UTF-16 units that the decoded TEXT stands for, a mark counting as one.
 std::size_t CountUtf16Units(std::string_view text);
+
+// The number of LF characters in TEXT.
+std::size_t CountLineEnds(std::string_view text);
 
 }  // namespace tool
 

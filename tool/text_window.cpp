@@ -1,6 +1,6 @@
 #include "tool/text_window.h"
 
-#include <algorithm>
+#include "tool/text_units.h"
 
 namespace tool {
 
@@ -28,7 +28,7 @@ bool TextWindow::Ensure(std::size_t size) {
 
 void TextWindow::Consume(std::size_t size) {
     std::string_view gone = Text().substr(0, size);
-    m_line += static_cast<std::uint64_t>(std::count(gone.begin(), gone.end(), '\n'));
+    m_line += CountLineEnds(gone);
     m_sourceOffset += m_decoder.SourceBytes(gone);
     m_consumed += gone.size();
     m_begin += gone.size();

@@ -71,7 +71,7 @@ int HighestNumber(const fs::path& directory) {
 
 std::string Comment(const RejectedRecord& record) {
     std::string text = fmt::format("{}, record {}, line {}: {}", record.source, record.number,
-                                   record.line, record.reason);
+                                   record.line, CommentText(record.reason));
     if (record.defect == RecordDefect::Undecodable) {
         text += " (U+FFFD stands where the source holds what is no text)";
     } else if (record.defect == RecordDefect::TooLong) {

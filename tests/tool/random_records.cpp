@@ -1,0 +1,64 @@
+#include "random_records.h"
+
+#include <array>
+
+namespace reading {
+
+std::string RandomText::Soup() {
+    static constexpr std::array pieces = {
+        "<record>", "</record>", "</record >", "<record", "<records>", "<!--", "-->",
+        "--",       "<![CDATA[", "]]>",        "]",       "<?a",       "?>",   "<?",
+        "<!",       "<",         ">",          "/",       "r",         "\n",   "\r\n",
+        " x ",      "\xC3\xA4",  "\xFF",       "\xE2\x82"};
+    std::string text;
+    for (std::size_t count = Below(60); count > 0; --count) {
+        text += pieces[Below(pieces.size())];
+    }
+    return text;
+}
+
+std::string RandomText::Section() {
+    static constexpr std::array insides = {
+        "",    "x",  "<record>", "</record>", "<record>\n</record>",
+        "<a>", "]]", "->",       " ? ",       "<record><record>"};
+    std::string inside = insides[Below(insides.size())];
+    switch (Below(3)) {
+        case 0:
+            return "<!--" + inside + " -->";
+        case 1:
+            return "<![CDATA[" + inside + "]]>";
+        default:
+            return "<?p " + inside + " ?>";
+    }
+}
+
+std::string RandomText::Content() {
+    static constexpr std::array texts = {"", "a", " b\n", "&lt;c&amp;", "\xE2\x82\xAC", "d > e"};
+    std::string content;
+    for (std::size_t count = Below(4); count > 0; --count) {
+        content += Below(3) == 0 ? Section() : texts[Below(texts.size())];
+    }
+    return content;
+}
+
+std::string RandomText::Record() {
+    std::string record = "<record>";
+    for (std::size_t count = Below(5); count > 0; --count) {
+        record += "\n <field name=\"f" + std::to_string(count) + "\">" + Content() + "</field>";
+        if (Below(4) == 0) {
+            record += "<!--" + std::to_string(Below(100)) + "<record>-->";
+        }
+    }
+    return record + (Below(5) == 0 ? "</record\n>" : "</record>");
+}
+
+std::string RandomText::Gap() {
+    static constexpr std::array texts = {"", "\n", "<other>x</other>", " y ", "<record id='1'/>"};
+    return Below(4) == 0 ? Section() : texts[Below(texts.size())];
+}
+
+unsigned NewSeed() {
+    return std::random_device()();
+}
+
+}  // namespace reading

@@ -1,0 +1,33 @@
+#ifndef ZTIMPORTER_ADIMPORTER_CAUGHT_EXCEPTIONS_H
+#define ZTIMPORTER_ADIMPORTER_CAUGHT_EXCEPTIONS_H
+
+#include "platform/foundation/obx_string.h"
+
+namespace adimporter {
+
+enum class CaughtKind { kMessages, kException, kString, kUnknown };
+
+// What is known of an exception that was caught: its own text without any prefix, empty for an
+// unknown one.
+struct CaughtException {
+    CaughtKind kind;
+    Obx_String text;
+};
+
+// All of these are called from a catch (...) handler and end the exception being handled: it is
+// deleted and must not be thrown on.
+
+CaughtException TakeCaughtException();
+
+// Appends a line feed and the exception's text, with the prefix that tells its kind. This is how
+// every operation reports at its boundary, but for two.
+void AppendCaughtException(Obx_String& error);
+
+// The departure of GetResultSetWhere and ReallyImportHistory: an exception or a thrown string
+// replaces the error text, and the thrown string itself is dropped. Messages and unknown exceptions
+// are appended as everywhere.
+void ReplaceByCaughtException(const CaughtException& caught, Obx_String& error);
+
+}  // namespace adimporter
+
+#endif

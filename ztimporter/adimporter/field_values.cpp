@@ -1,0 +1,33 @@
+#include "ztimporter/adimporter/caught_exceptions.h"
+#include "ztimporter/adimporter/field_writer.h"
+#include "ztimporter/adimporter/importer_trace.h"
+
+using adimporter::EndWithError;
+using adimporter::TraceImporter;
+
+namespace {
+
+constexpr const char16_t* kEndsWithError = u"SetupFieldValues ends with error: %s";
+
+}  // namespace
+
+int AdImporter::SetupFieldValues(AdEntityPtr entity, Obx_String& error) {
+    TraceImporter(u"SetupFieldValues begins");
+    try {
+        FieldWriter writer(*this, entity, error);
+        CMapStringToString::Position position = m_recordMap.GetStartPosition();
+        Obx_String fieldName;
+        Obx_String value;
+        while (position != nullptr) {
+            m_recordMap.GetNextAssoc(position, fieldName, value);
+            if (!writer.Write(fieldName, value)) {
+                return EndWithError(kEndsWithError, error);
+            }
+        }
+        TraceImporter(u"SetupFieldValues ends");
+        return 1;
+    } catch (...) {
+        adimporter::AppendCaughtException(error);
+    }
+    return EndWithError(kEndsWithError, error);
+}

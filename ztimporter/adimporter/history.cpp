@@ -1,0 +1,72 @@
+#include "ztimporter/adimporter/caught_exceptions.h"
+#include "ztimporter/adimporter/importer_trace.h"
+#include "ztimporter/adimporter/owned_entries.h"
+#include "ztimporter/adimporter/record_fields.h"
+#include "ztimporter/adimporter/supplement.h"
+#include "ztimporter/importrecordparser.h"
+
+using adimporter::EndWithError;
+using adimporter::TraceImporter;
+
+namespace {
+
+constexpr const char16_t* kEndsWithError = u"ImportHistory ends with error: %s";
+
+}  // namespace
+
+// One record of a history packet.
+class AdImporter::HistorySupplement : public Supplement {
+  public:
+    HistorySupplement(AdImporter& importer, Obx_String& error)
+        : Supplement(importer, error, kEndsWithError) {}
+
+  protected:
+    bool Collect() override {
+        const CMapStringToString& map = m_importer.m_recordMap;
+        CMapStringToString::Position position = map.GetStartPosition();
+        Obx_String name;
+        Obx_String value;
+        while (position != nullptr) {
+            map.GetNextAssoc(position, name, value);
+            if (name.CompareNoCase(u"history") == 0) {
+                m_entries =
+                    adimporter::OwnedEntries(m_importer.m_recordParser->ExtractHistoryData(value));
+                break;
+            }
+        }
+        return !m_entries.IsEmpty();
+    }
+
+    // The valid entries are imported and stay, even when others were refused and the record is
+    // reverted for them.
+    void AddTo(const AdEntityPtr& entity) override {
+        m_recordDbid = adimporter::DbIdOf(*entity);
+        m_importer.AddHistory(m_recordDbid, m_entries.GetList(), m_error);
+        m_importer.ReallyImportHistory(m_error);
+    }
+
+    void Complete() override {
+        UpdateImportHistoryExpiredTimestamp(m_importer.m_session, m_importer.m_entityDef,
+                                            m_recordDbid);
+    }
+
+  private:
+    adimporter::OwnedEntries m_entries;
+    long m_recordDbid = 0;
+};
+
+int AdImporter::ImportHistory(Obx_String& error) {
+    TraceImporter(u"ImportHistory begins: m_originalID=%s", m_originalID);
+    try {
+        while (m_recordParser->NextRecord() != 0) {
+            if (!HistorySupplement(*this, error).Import()) {
+                return 0;
+            }
+        }
+        TraceImporter(u"ImportHistory ends successfully");
+        return 1;
+    } catch (...) {
+        adimporter::AppendCaughtException(error);
+    }
+    return EndWithError(kEndsWithError, error);
+}

@@ -1,0 +1,148 @@
+#include <string_view>
+
+#include "platform/core/adcharset.h"
+#include "platform/messages/message_ids.h"
+#include "platform/messages/pamsgexception.h"
+#include "ztimporter/adimporter.h"
+#include "ztimporter/adimporter/caught_exceptions.h"
+#include "ztimporter/adimporter/importer_trace.h"
+#include "ztimporter/adimporter/messages.h"
+#include "ztimporter/importconfigurationparser.h"
+#include "ztimporter/importrecordparser.h"
+
+using adimporter::AppendCaughtException;
+using adimporter::MessageText;
+using adimporter::TraceImporter;
+
+namespace {
+
+constexpr const char16_t* kEndsWithError = u"Import ends with error: %s";
+
+// Callers may have made the packet of char16_t, which is read as another type only through one that
+// may alias.
+using AliasingUnit __attribute__((may_alias)) = unsigned short;
+
+long LengthOf(const unsigned short* packet) {
+    if (packet == nullptr) {
+        return 0;
+    }
+    const AliasingUnit* const begin = packet;
+    const AliasingUnit* end = begin;
+    while (*end != 0) {
+        ++end;
+    }
+    return end - begin;
+}
+
+// The two parsers are made in functions of their own because some ways out of Import leave them
+// behind on purpose; the leak check of the tests excuses allocations by these names.
+[[gnu::noinline]] AdImportConfigurationDataParser* NewConfigurationParser() {
+    return new AdImportConfigurationDataParser;
+}
+
+[[gnu::noinline]] AdImportRecordParser* NewRecordParser() {
+    return new AdImportRecordParser;
+}
+
+}  // namespace
+
+AdImporter::AdImporter() {
+    TraceImporter(u"Constructor");
+    m_importDataType = record_data_type;
+}
+
+// A history batch is not released here: only the operations on the batch give it back.
+AdImporter::~AdImporter() {
+    TraceDestructor(adimporter::kTag);
+    delete m_recordParser;
+}
+
+void AdImporter::SetSession(const AdSessionPtr& session) {
+    TraceImporter(u"SetSession");
+    m_session.SetPtr(session.GetPtr());
+}
+
+Obx_String AdImporter::Import(const unsigned short* xml_packet) {
+    TraceImporter(u"Import begins, xml_packet length = %d", [&] { return LengthOf(xml_packet); });
+    Obx_String result;
+    try {
+        AdMbcsString text;
+        text.cvtFromTchar(AdCharset::getUTF8Charset(), xml_packet, AdCharset::converter_t::kStrict);
+        AdImportConfigurationDataParser* configuration = NewConfigurationParser();
+        configuration->SetInputData(text.getData());
+        const bool accepted = configuration->IsConfigurationData() != 0
+                                  ? StoreConfiguration(*configuration, result)
+                                  : ImportData(text.getData(), result);
+        if (!accepted) {
+            // A refused packet leaves the configuration parser behind, as an exception does: its
+            // "Destructor" trace tells readers of a trace that the packet was worked through.
+            return result;
+        }
+        delete configuration;
+        if (result.IsEmpty()) {
+            TraceImporter(u"Import ends successfully.");
+        } else {
+            TraceImporter(kEndsWithError, result);
+        }
+    } catch (...) {
+        AppendCaughtException(result);
+        TraceImporter(kEndsWithError, result);
+    }
+    return result;
+}
+
+bool AdImporter::StoreConfiguration(AdImportConfigurationDataParser& configuration,
+                                    Obx_String& result) {
+    TraceImporter(u"Import IsConfigurationData");
+    const Obx_String recordType = configuration.GetRecordType();
+    try {
+        m_entityDef = GetEntityDef(m_session, recordType);
+    } catch (PaMsgException* exception) {
+        const Obx_String coreText = AdExtractFirstMsgAndDeleteException(exception);
+        result = MessageText(message_id::kUnknownRecordType, {{u"_datatype_", recordType}});
+        TraceImporter(u"Import ends with error: %s, Core error: %s", result, coreText);
+        return false;
+    }
+    m_originalID = configuration.GetOriginalID();
+    m_duplicateID = configuration.GetDuplicateID();
+    m_importDataType = configuration.GetImportDataType();
+    m_importState = configuration.GetImportState();
+    m_updateRecord = configuration.GetUpdateRecord();
+    m_replaceRefList = configuration.GetReplaceRefList();
+    m_updateInsert = configuration.GetUpdateInsert();
+    // The map is not emptied first: mappings of earlier configurations stay in force.
+    configuration.GetRecordReferenceMapping(m_recordReferenceMapping);
+    m_configurationReceived = 1;
+    return true;
+}
+
+bool AdImporter::ImportData(const char* text, Obx_String& result) {
+    TraceImporter(u"Import is record data");
+    if (m_configurationReceived == 0) {
+        result = MessageText(message_id::kNoConfiguration, {});
+        TraceImporter(kEndsWithError, result);
+        return false;
+    }
+    // A batch that an exception left behind is dropped without release: its entries belong to no
+    // record of this packet. AddHistory starts a new batch at 0.
+    m_historyBuffer = nullptr;
+    // A parser that an exception left behind is replaced without release; its text is gone.
+    m_recordParser = NewRecordParser();
+    m_recordParser->SetInputData(text);
+    if (m_importDataType.CompareNoCase(record_data_type) == 0) {
+        while (m_recordParser->NextRecord() != 0) {
+            if (m_updateRecord != 0) {
+                UpdateRecord(result);
+            } else {
+                ImportRecord(result);
+            }
+        }
+    } else if (m_importDataType.CompareNoCase(history_data_type) == 0) {
+        ImportHistory(result);
+    } else if (m_importDataType.CompareNoCase(attachment_data_type) == 0) {
+        ImportAttachment(result);
+    }
+    delete m_recordParser;
+    m_recordParser = nullptr;
+    return true;
+}

@@ -1,7 +1,9 @@
 #include "ztimporter/importrecordparser.h"
 
+#include <algorithm>
 #include <array>
 #include <memory>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -27,18 +29,43 @@ constexpr int kMostHistoryColumns = 6;
 
 const Obx_String kColumnSeparator = u"\t";
 
-// The ampersand comes first, so that what was escaped twice ("&amp;lt;") is decoded twice.
-const std::array<std::pair<Obx_String, Obx_String>, 8> escape_table = {{{u"&amp;", u"&"},
-                                                                        {u"&lt;", u"<"},
-                                                                        {u"&gt;", u">"},
-                                                                        {u"&apos;", u"'"},
-                                                                        {u"&quot;", u"\""},
-                                                                        {u"&#x9;", u"\t"},
-                                                                        {u"&#xA;", u"\n"},
-                                                                        {u"&#xD;", u"\r"}}};
+struct Escape {
+    std::u16string_view sequence;
+    char16_t character;
+};
+constexpr std::array<Escape, 8> escape_table = {{{u"&amp;", u'&'},
+                                                 {u"&lt;", u'<'},
+                                                 {u"&gt;", u'>'},
+                                                 {u"&apos;", u'\''},
+                                                 {u"&quot;", u'"'},
+                                                 {u"&#x9;", u'\t'},
+                                                 {u"&#xA;", u'\n'},
+                                                 {u"&#xD;", u'\r'}}};
 
 // A record is found by these bytes alone; a tag with attributes or blanks is not one.
 constexpr std::string_view kRecordTag = "<record>";
+
+// Replaces the escapes of the table from left to right; what was put in is not looked at again.
+Obx_String ReplaceEscapes(const Obx_String& text, std::span<const Escape> table) {
+    std::u16string_view rest = text.View();
+    std::size_t ampersand = rest.find(u'&');
+    if (ampersand == std::u16string_view::npos) {
+        return text;
+    }
+    std::u16string out;
+    out.reserve(rest.size());
+    for (; ampersand != std::u16string_view::npos; ampersand = rest.find(u'&')) {
+        out += rest.substr(0, ampersand);
+        rest.remove_prefix(ampersand);
+        const auto escape = std::find_if(table.begin(), table.end(), [=](const Escape& candidate) {
+            return rest.starts_with(candidate.sequence);
+        });
+        out += escape == table.end() ? u'&' : escape->character;
+        rest.remove_prefix(escape == table.end() ? 1 : escape->sequence.size());
+    }
+    out += rest;
+    return Obx_String(std::move(out));
+}
 
 // Owns the maps of a list until the list is complete.
 class EntryListBuilder {
@@ -159,15 +186,13 @@ int AdImportRecordParser::GetRecordMap(CMapStringToString& map) {
     return map.GetCount();
 }
 
+// The escapes are replaced one after the other, the ampersand's first, so that what was escaped
+// twice
+// ("&amp;lt;") is decoded twice. None of the other seven can arise from one of them being replaced,
+// which lets these share one pass.
 Obx_String AdImportRecordParser::UnEscape(const Obx_String& text) {
-    Obx_String result = text;
-    if (text.View().find(u'&') == std::u16string_view::npos) {
-        return result;
-    }
-    for (const auto& [escape, character] : escape_table) {
-        AdReplaceString(result, escape, character);
-    }
-    return result;
+    const std::span<const Escape> table(escape_table);
+    return ReplaceEscapes(ReplaceEscapes(text, table.first(1)), table.subspan(1));
 }
 
 int AdImportRecordParser::SplitReferenceListValue(const Obx_String& value, CStringArray& items) {

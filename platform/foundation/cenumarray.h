@@ -1,6 +1,7 @@
 #ifndef PLATFORM_FOUNDATION_CENUMARRAY_H
 #define PLATFORM_FOUNDATION_CENUMARRAY_H
 
+#include <algorithm>
 #include <cstddef>
 #include <vector>
 
@@ -8,9 +9,9 @@
 template <typename Value, typename Argument>
 class CEnumArray {
   public:
-    // An empty array with room for `initialSize` values.
+    // An empty array with room for `initialSize` values (none when it is below 0).
     explicit CEnumArray(int initialSize = 0) {
-        m_items.reserve(static_cast<std::size_t>(initialSize));
+        m_items.reserve(static_cast<std::size_t>(std::max(initialSize, 0)));
     }
 
     int GetSize() const { return static_cast<int>(m_items.size()); }

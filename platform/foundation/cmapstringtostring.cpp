@@ -56,6 +56,9 @@ bool CMapStringToString::RemoveKey(const Obx_String& key) {
     m_index.erase(slot->key.View());
     Discard(m_slots[IndexOf(slot)]);
     --m_count;
+    if (m_count == 0) {
+        m_end = 0;
+    }
     return true;
 }
 
@@ -117,8 +120,8 @@ void CMapStringToString::MakeRoom() {
         }
         m_end = end;
     } else {
-        m_slots.resize(
-            std::max({m_slots.size() * 2, static_cast<std::size_t>(m_blockSize), std::size_t{1}}));
+        const auto first = static_cast<std::size_t>(std::max(m_blockSize, 1));
+        m_slots.resize(std::max(m_slots.size() * 2, first));
     }
     if (!m_index.empty()) {
         BuildIndex();

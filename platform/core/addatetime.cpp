@@ -1,8 +1,8 @@
 #include "platform/core/addatetime.h"
 
 #include <chrono>
-#include <cstdio>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -121,10 +121,26 @@ std::optional<Seconds> ReadDateTime(std::u16string_view text) {
     return reader.Failed() || !reader.AtEnd() ? std::nullopt : std::optional(time);
 }
 
-void AppendNumber(Obx_String& out, int number, int digits) {
-    std::string text = std::to_string(number);
-    text.insert(0, static_cast<std::size_t>(digits) - text.size(), '0');
-    out += Obx_String::FromUtf8(text);
+struct Field {
+    char16_t name;
+    int value;
+    std::size_t digits;
+};
+
+// The field of this name; % itself; any other unit with the % that stood before it.
+void AppendField(Obx_String& out, std::span<const Field> fields, char16_t name) {
+    for (const Field& field : fields) {
+        if (field.name == name) {
+            std::string number = std::to_string(field.value);
+            number.insert(0, field.digits - number.size(), '0');
+            out += Obx_String::FromUtf8(number);
+            return;
+        }
+    }
+    out += u'%';
+    if (name != u'%') {
+        out += name;
+    }
 }
 
 }  // namespace
@@ -154,38 +170,15 @@ int AdDateTime::ParseDateTime(const Obx_String& text, int /*reserved*/) {
 }
 
 Obx_String AdDateTime::Format(const char16_t* pattern) const {
+    const Field fields[] = {{u'Y', m_year, 4}, {u'm', m_month, 2},  {u'd', m_day, 2},
+                            {u'H', m_hour, 2}, {u'M', m_minute, 2}, {u'S', m_second, 2}};
     Obx_String out;
     for (std::u16string_view rest = pattern; !rest.empty(); rest.remove_prefix(1)) {
-        if (rest.front() != u'%' || rest.size() == 1) {
+        if (rest.front() == u'%' && rest.size() > 1) {
+            rest.remove_prefix(1);
+            AppendField(out, fields, rest.front());
+        } else {
             out += rest.front();
-            continue;
-        }
-        rest.remove_prefix(1);
-        switch (rest.front()) {
-            case u'Y':
-                AppendNumber(out, m_year, 4);
-                break;
-            case u'm':
-                AppendNumber(out, m_month, 2);
-                break;
-            case u'd':
-                AppendNumber(out, m_day, 2);
-                break;
-            case u'H':
-                AppendNumber(out, m_hour, 2);
-                break;
-            case u'M':
-                AppendNumber(out, m_minute, 2);
-                break;
-            case u'S':
-                AppendNumber(out, m_second, 2);
-                break;
-            case u'%':
-                out += u'%';
-                break;
-            default:
-                out += u'%';
-                out += rest.front();
         }
     }
     return out;

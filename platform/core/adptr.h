@@ -40,7 +40,8 @@ class AdPtr {
         return *this;
     }
     AdPtr& operator=(AdPtr&& other) noexcept {
-        std::swap(m_object, other.m_object);
+        AdPtr taken(std::move(other));
+        std::swap(m_object, taken.m_object);
         return *this;
     }
     ~AdPtr() { SetPtr(nullptr); }

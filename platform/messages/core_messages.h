@@ -8,7 +8,7 @@
 
 // The core's part of the catalogue, by ascending id.
 inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
-    {message_id::kBadValue, u"A value cannot be used: _text_ (_file_, line _line_)",
+    {message_id::kBadValue, u"A value cannot be used: _text_ (_file_, line _line_).",
      "An operation was given an argument that it cannot take, such as a session that is not open. "
      "This is a fault of the program that makes the call; report it with the whole text."},
     {message_id::kInvalidUtf16,

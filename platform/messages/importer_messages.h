@@ -11,16 +11,19 @@ inline constexpr auto kImporterMessages = std::to_array<CatalogueMessage>({
     {message_id::kInvalidActionTimestamp,
      u"The action time \"_value_\" in line _linenum_ of the history of the record whose \"_id_\" "
      u"is \"_idvalue_\" is not a valid date and time.",
-     "A history line's first column holds the time of the action. It is missing, not written as "
-     "\"YYYY-MM-DD HH:MM:SS\", or names a date that does not exist. The line was left out; the "
-     "record's other history lines were imported. Correct the time in the source and import the "
-     "history of this record again."},
+     "The second column of a history line, the time of the action, is missing, is no date and "
+     "time such as \"2011-02-03 04:05:06\", or names a date that does not exist. The line is not "
+     "imported. In a packet of history the record's other lines are imported; in a packet of "
+     "records the record is not imported at all. Correct the time in the source and import "
+     "what was left out."},
     {message_id::kInvalidExpiredTimestamp,
      u"The expiry time \"_value_\" in line _linenum_ of the history of the record whose \"_id_\" "
      u"is \"_idvalue_\" is not a valid date and time.",
-     "A history line gives an expiry time that is not written as \"YYYY-MM-DD HH:MM:SS\" or names "
-     "a date that does not exist. The line was left out. Correct the time in the source, or leave "
-     "it empty: the database then works it out from the next entry of the same record."},
+     "A history line gives an expiry time that is no date and time such as \"2011-02-03 "
+     "04:05:06\" or names a date that does not exist. The line is not imported. In a packet of "
+     "history the record's other lines are imported; in a packet of records the record is not "
+     "imported at all. Correct the time in the source, or leave it empty: the database then "
+     "works it out from the next entry of the same record."},
     {message_id::kMarkDuplicateFailed,
      u"The record whose \"_entityid_\" is \"_entityidvalue_\" could not be marked as a duplicate "
      u"of the record whose \"_parentid_\" is \"_parentidvalue_\".",
@@ -35,8 +38,9 @@ inline constexpr auto kImporterMessages = std::to_array<CatalogueMessage>({
     {message_id::kAttachmentFailed,
      u"The attachment with the identifier \"_attachmentid_\" could not be added.",
      "The database refused the file, most often because it does not exist below the folder for "
-     "attachments or cannot be read. The trace names the reason. The record's other attachments "
-     "were still tried. Provide the file and import the record's attachments again."},
+     "attachments or cannot be read; the trace names the reason. The other attachments of the "
+     "record are still tried, but the record is left as it was. Provide the file and import "
+     "the record or its attachments again."},
     {message_id::kNoConfiguration,
      u"Record data arrived before any configuration packet, so nothing was imported.",
      "Record data means nothing until a configuration packet has said which record type it belongs "
@@ -48,21 +52,26 @@ inline constexpr auto kImporterMessages = std::to_array<CatalogueMessage>({
      "chooses between them. Make the value unique in the database, or map the reference to a field "
      "that is. The record was not imported."},
     {message_id::kValidationFailed, u"The record is not valid and was not written: _coreinfo_",
-     "The record breaks a rule of its type; the text ends with the database's own message, which "
-     "names the field and the rule. Correct the value in the source, or the rule in the schema, "
-     "and import the record again."},
+     "The record breaks a rule of its type; the text ends with the database's own message, "
+     "which names the field and the rule. Correct the value in the source, or the rule in the "
+     "schema, and import the record again. A record that breaks the rule only when it is "
+     "marked as a duplicate stays imported, without the mark."},
     {message_id::kCommitFailed, u"The record could not be written: _coreinfo_",
-     "The database refused the record when it was to be made permanent; the text ends with its own "
-     "message. If another program changed the record at the same time, import it again."},
+     "The database refused the record when its changes were to be made permanent; the text "
+     "ends with its own message. If another program changed the record at the same time, "
+     "import it again. A record that is refused only when it is marked as a duplicate stays "
+     "imported, without the mark."},
     {message_id::kRecordNotFound,
      u"No record of type \"_datatype_\" has \"_value_\" in its field \"_field_\".",
-     "The packet concerns a record that should be in the database already: one to be updated, to "
-     "receive history or attachments, or to be named as the original of a duplicate. Import that "
-     "record first, or correct its identity in the source."},
+     "The packet concerns a record that should be in the database already: one to be updated, "
+     "one to receive history or attachments, or the original of a duplicate (the duplicate "
+     "itself is then imported, without the mark). Import that record first, or correct its "
+     "identity in the source."},
     {message_id::kHistoryEntryInvalid,
      u"The history entry with the identifier \"_historyid_\" was left out: _coreinfo_",
-     "One line of a record's history could not be imported; the text ends with the reason. The "
-     "record's other history lines were imported."},
+     "One line of a record's history could not be imported; the text ends with the reason, "
+     "whose own explanation says more. In a packet of history the record's other lines are "
+     "imported; in a packet of records the record is not imported at all."},
     {message_id::kUnknownRecordType, u"The database has no record type \"_datatype_\".",
      "A configuration packet names a record type that the database's schema does not have. The "
      "packet was ignored and the earlier configuration stays in force. Correct the name, or add "
@@ -75,8 +84,10 @@ inline constexpr auto kImporterMessages = std::to_array<CatalogueMessage>({
     {message_id::kHistoryFieldEmpty,
      u"The column \"_field_name_\" is empty in line _linenum_ of the history of the record whose "
      u"\"_id_\" is \"_idvalue_\".",
-     "Every column of a history line but the comments needs a value. The line was left out. Fill "
-     "in the column in the source and import the history of this record again."},
+     "The columns for the user, the action, the old and the new state need a value. The line "
+     "is not imported. In a packet of history the record's other lines are imported; in a "
+     "packet of records the record is not imported at all. Fill in the column in the source "
+     "and import what was left out."},
 });
 
 #endif

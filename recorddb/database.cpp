@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "recorddb/schema/stored_schema.h"
+#include "recorddb/session/session.h"
 #include "recorddb/sql/error.h"
 #include "recorddb/sql/open.h"
 
@@ -94,5 +95,9 @@ Database::Database(std::unique_ptr<sql::Connection> connection, schema::Schema s
       m_journal(*m_connection),
       m_recordIds(*m_connection, m_schema),
       m_searchIndexes(*m_connection, m_schema) {}
+
+AdPtr<Session> Database::OpenSession(const SessionOptions& options) {
+    return AdPtr<Session>(new Session(*this, options));
+}
 
 }  // namespace recorddb

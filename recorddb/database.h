@@ -4,15 +4,19 @@
 #include <memory>
 #include <string>
 
+#include "platform/core/adptr.h"
 #include "recorddb/database_error.h"
 #include "recorddb/journal/journal.h"
 #include "recorddb/schema/record_ids.h"
 #include "recorddb/schema/schema.h"
 #include "recorddb/schema/search_indexes.h"
+#include "recorddb/session/session_options.h"
 #include "recorddb/sql/connection.h"
 #include "recorddb/sql/transaction.h"
 
 namespace recorddb {
+
+class Session;
 
 // An open record database, for one thread. A location is the path of an SQLite file; server URLs
 // (postgresql://...) are refused with sql::Error of kind Unsupported. What it hands out by
@@ -39,6 +43,10 @@ class Database {
     journal::Journal& GetJournal() { return m_journal; }
     schema::RecordIds& GetRecordIds() { return m_recordIds; }
     schema::SearchIndexes& GetSearchIndexes() { return m_searchIndexes; }
+
+    // A session, through which the core works on the records (recorddb/session/session.h). It must
+    // not outlive the database; one at a time.
+    AdPtr<Session> OpenSession(const SessionOptions& options);
 
     // Begins a transaction; everything written until it ends belongs to it. Throws sql::Error, and
     // std::logic_error when one is open already.

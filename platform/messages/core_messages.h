@@ -15,6 +15,122 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
      u"The text is not valid UTF-16: the unit at index _position_ belongs to no character.",
      "A packet contains half of a surrogate pair, so it was damaged or cut on its way. Nothing of "
      "it was imported. Produce the packet again, and check how it was converted to UTF-16."},
+    {message_id::kDatabaseFailed, u"The database failed (_coreinfo_): _text_",
+     "The database itself refused to work: the disk is full, the file is locked by another program "
+     "or damaged, or it may not be written to. The text ends with the database engine's reason. "
+     "Nothing is wrong with the data. Mend the cause and run the same work again."},
+    {message_id::kNoRecordType, u"There is no record type \"_value_\".",
+     "A name was given that is not a record type of this database. Case does not matter. Compare "
+     "it with the schema that the database was made from."},
+    {message_id::kNoField, u"The record type \"_datatype_\" has no field \"_field_\".",
+     "A name was given that is not a field of the record type. Case does not matter. Compare it "
+     "with the schema, or rename the field in the source."},
+    {message_id::kNoRecord,
+     u"There is no record of type \"_datatype_\" with the identifier \"_value_\".",
+     "A record was asked for by its dbid or display id and is not in the database."},
+    {message_id::kNoState,
+     u"\"_value_\" is not a state of the record type \"_datatype_\"; its states are: _states_.",
+     "Only the states that the schema lists can be given to a record; case matters. Correct the "
+     "state in the source, or do not import states."},
+    {message_id::kNoAction, u"The record type \"_datatype_\" has no action of the kind _value_.",
+     "Only record types with states can change state and have duplicates (kinds 3 and 4)."},
+    {message_id::kValueNotText,
+     u"The field \"_field_\" of a record of type \"_datatype_\" cannot take \"_value_\": it is "
+     u"not valid text.",
+     "The value holds half of a surrogate pair or a NUL character, so it was damaged on its way. "
+     "Produce the source again."},
+    {message_id::kValueTooLong,
+     u"The field \"_field_\" of a record of type \"_datatype_\" cannot take \"_value_\": it has "
+     u"_length_ characters, and the field takes _limit_.",
+     "The schema limits the length of the field's values. Nothing is cut silently. Shorten the "
+     "value in the source, or make the database with a schema that allows more."},
+    {message_id::kValueNotInteger,
+     u"The field \"_field_\" of a record of type \"_datatype_\" cannot take \"_value_\": it is "
+     u"not a whole number of at most 64 bits.",
+     "The schema says that the field holds whole numbers. Correct the value in the source."},
+    {message_id::kValueNotDateTime,
+     u"The field \"_field_\" of a record of type \"_datatype_\" cannot take \"_value_\": it is "
+     u"not a valid date and time.",
+     "The schema says that the field holds dates and times, written as \"YYYY-MM-DD HH:MM:SS\" or "
+     "in another form of ISO 8601. The value is written otherwise, or names a date that does not "
+     "exist. Correct it in the source."},
+    {message_id::kValueNotChoice,
+     u"The field \"_field_\" of a record of type \"_datatype_\" cannot take \"_value_\": its "
+     u"choices are: _choices_.",
+     "The schema lists the values that the field can have; case matters. Correct the value in the "
+     "source, or make the database with a schema that has it among the choices."},
+    {message_id::kFieldOfDatabase,
+     u"The field \"_field_\" of a record of type \"_datatype_\" cannot be set to \"_value_\": "
+     u"the database fills it in.",
+     "The dbid and the display id of a record are given by the database. Leave the field out."},
+    {message_id::kFieldNotPlain,
+     u"The field \"_field_\" of a record of type \"_datatype_\" cannot be set to \"_value_\": it "
+     u"does not hold a single value.",
+     "The field is a reference list, or holds attachments or history, which are added one by one. "
+     "This is a fault of the program that makes the call."},
+    {message_id::kFieldNotList,
+     u"\"_value_\" cannot be added to or taken out of the field \"_field_\" of a record of type "
+     u"\"_datatype_\": it is not a reference list.",
+     "Only reference lists take values one by one. This is a fault of the program that makes the "
+     "call."},
+    {message_id::kReferenceUnknown,
+     u"The field \"_field_\" of a record of type \"_datatype_\" cannot refer to \"_value_\": "
+     u"there is no record of type \"_refentitydef_\" with this key.",
+     "A reference names a record by its unique key: its display id, or the fields that the schema "
+     "says, separated by blanks. Import the records that are referred to first, correct the value "
+     "in the source, or map the reference to the field that the source uses."},
+    {message_id::kReferenceUnclear,
+     u"The field \"_field_\" of a record of type \"_datatype_\" cannot refer to \"_value_\": "
+     u"several records of type \"_refentitydef_\" could be meant.",
+     "The unique key has several fields, which are separated by blanks, and contains blanks itself "
+     "in such a way that it fits more than one record. Rename one of them."},
+    {message_id::kNotInList,
+     u"\"_value_\" cannot be taken out of the field \"_field_\" of a record of type "
+     u"\"_datatype_\": the list does not hold it.",
+     "The record named exists but is not in the list, so there is nothing to take out."},
+    {message_id::kRequiredFieldEmpty,
+     u"The field \"_field_\" of a record of type \"_datatype_\" is empty, but needs a value.",
+     "The schema says that the field is required. Give it a value in the source."},
+    {message_id::kValueNotUnique,
+     u"The field \"_field_\" of a record of type \"_datatype_\" cannot be \"_value_\": the record "
+     u"\"_id_\" has this value already.",
+     "The schema says that no two records have the same value here. Either the record was imported "
+     "before, then import it as an update; or the source has the value twice."},
+    {message_id::kKeyNotUnique,
+     u"There is a record of type \"_datatype_\" with the key \"_value_\" already (dbid _id_).",
+     "The fields of the unique key together tell the records of a type apart. Either the record "
+     "was "
+     "imported before, then import it as an update; or the source has the key twice."},
+    {message_id::kReferencedRecordGone,
+     u"The field \"_field_\" of a record of type \"_datatype_\" refers to the record of type "
+     u"\"_refentitydef_\" with the dbid _value_, which is gone.",
+     "The record was there when the reference was set and has been removed since. Import the "
+     "record "
+     "again."},
+    {message_id::kRecordChanged,
+     u"The record \"_value_\" of type \"_datatype_\" was changed by somebody else: it has version "
+     u"_found_, and this change was made to version _based_.",
+     "Two programs changed the record at the same time. The later change was refused, so that it "
+     "does not overwrite the other silently. Import the record again."},
+    {message_id::kRecordGone, u"The record of type \"_datatype_\" with the dbid _value_ is gone.",
+     "The record was opened, and before it was written it was removed, or its creation was undone "
+     "with a failed transaction. Import it again."},
+    {message_id::kDbIdTaken,
+     u"The dbid _value_, under which a new record of type \"_datatype_\" was to be written, was "
+     u"given to another record meanwhile.",
+     "Another program created a record at the same time. Import the record again."},
+    {message_id::kConstraintBroken,
+     u"The database refused a record of type \"_datatype_\": _coreinfo_",
+     "The record breaks a rule that the database's tables have and that its schema does not tell. "
+     "Has somebody changed the tables by hand?"},
+    {message_id::kFieldNotSearchable,
+     u"The field \"_field_\" of the record type \"_datatype_\" cannot be searched or selected.",
+     "Queries work on fields with a single value, not on reference lists, attachments or history. "
+     "Where a record is found by its original id, that must be a field with a single value."},
+    {message_id::kNoColumn,
+     u"A query on the record type \"_datatype_\" has no value in column _value_.",
+     "A column was asked for that the query does not have, or before a row was fetched. This is a "
+     "fault of the program that makes the call."},
 });
 
 #endif

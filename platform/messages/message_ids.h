@@ -25,6 +25,42 @@ inline constexpr int kBadValue = 20001;
 // A packet that is not valid UTF-16; parameter "_position_" (the unit's index, from 0).
 inline constexpr int kInvalidUtf16 = 20002;
 
+// Of the record database. "_datatype_" is a record type, "_field_" a field, "_value_" what was
+// given for it, in UTF-16 and cut when it is long.
+inline constexpr int kDatabaseFailed = 20010;
+inline constexpr int kNoRecordType = 20011;
+inline constexpr int kNoField = 20012;
+inline constexpr int kNoRecord = 20013;
+inline constexpr int kNoState = 20014;
+inline constexpr int kNoAction = 20015;
+
+// Of one value, refused when it is given.
+inline constexpr int kValueNotText = 20020;
+inline constexpr int kValueTooLong = 20021;
+inline constexpr int kValueNotInteger = 20022;
+inline constexpr int kValueNotDateTime = 20023;
+inline constexpr int kValueNotChoice = 20024;
+inline constexpr int kFieldOfDatabase = 20025;
+inline constexpr int kFieldNotPlain = 20026;
+inline constexpr int kFieldNotList = 20027;
+inline constexpr int kReferenceUnknown = 20028;
+inline constexpr int kReferenceUnclear = 20029;
+inline constexpr int kNotInList = 20030;
+
+// Of a whole record, refused by Validate and Commit.
+inline constexpr int kRequiredFieldEmpty = 20040;
+inline constexpr int kValueNotUnique = 20041;
+inline constexpr int kKeyNotUnique = 20042;
+inline constexpr int kReferencedRecordGone = 20043;
+inline constexpr int kRecordChanged = 20044;
+inline constexpr int kRecordGone = 20045;
+inline constexpr int kDbIdTaken = 20046;
+inline constexpr int kConstraintBroken = 20047;
+
+// Of queries.
+inline constexpr int kFieldNotSearchable = 20050;
+inline constexpr int kNoColumn = 20051;
+
 }  // namespace message_id
 
 #endif

@@ -1,0 +1,164 @@
+#include "recorddb/records/record_writer.h"
+
+#include <algorithm>
+#include <string>
+
+#include "platform/messages/message_ids.h"
+#include "recorddb/messages/error_message.h"
+#include "recorddb/records/atomic_write.h"
+#include "recorddb/records/record_checks.h"
+#include "recorddb/sql/error.h"
+
+namespace recorddb {
+
+namespace {
+
+using schema::Field;
+using schema::FieldKind;
+
+// Which tables the changes of a record reach.
+struct Reach {
+    bool row = false;
+    bool lists = false;
+};
+
+Reach ReachOf(const EditedRecord& record) {
+    Reach reach;
+    reach.row = record.IsNew();
+    for (const Field& field : record.Type().fields) {
+        if (record.buffer.IsChanged(field.index)) {
+            // A list that changes counts as a change of its record.
+            reach.row = true;
+            reach.lists = reach.lists || field.kind == FieldKind::ReferenceList;
+        }
+    }
+    return reach;
+}
+
+void SaveLists(SessionParts& parts, EditedRecord& record) {
+    for (const Field& field : record.Type().fields) {
+        if (field.kind == FieldKind::ReferenceList && record.buffer.IsChanged(field.index)) {
+            parts.tables.List(record.Type(), field)
+                .Save(record.dbid, record.buffer.Saved(field.index),
+                      record.buffer.Get(field.index));
+        }
+    }
+}
+
+void FillInDisplayId(EditedRecord& record) {
+    const schema::RecordType& type = record.Type();
+    if (type.HasStates()) {
+        record.buffer.Set(type.key.front(), schema::FormatDisplayId(type.prefix, record.dbid));
+    }
+}
+
+PaMessage Outdated(SessionParts& parts, const EditedRecord& record) {
+    const schema::RecordType& type = record.Type();
+    const auto version = parts.tables.Records(type).Version(record.dbid);
+    if (!version) {
+        return ErrorMessage(message_id::kRecordGone, {{u"_datatype_", type.name},
+                                                      {u"_value_", std::to_string(record.dbid)}});
+    }
+    const std::string id = parts.keys.KeyOf(type, record.dbid).value_or("");
+    return ErrorMessage(message_id::kRecordChanged, {{u"_datatype_", type.name},
+                                                     {u"_value_", id},
+                                                     {u"_found_", std::to_string(*version)},
+                                                     {u"_based_", std::to_string(record.version)}});
+}
+
+// True when the key changed by which references know the record.
+bool KeyChanged(const EditedRecord& record) {
+    const auto& key = record.Type().key;
+    return std::any_of(key.begin(), key.end(),
+                       [&record](std::size_t part) { return record.buffer.IsChanged(part); });
+}
+
+PaMessage Update(SessionParts& parts, EditedRecord& record) {
+    if (KeyChanged(record)) {
+        parts.keys.Forget();
+    }
+    if (!parts.tables.Records(record.Type()).Update(record.dbid, record.version, record.buffer)) {
+        return Outdated(parts, record);
+    }
+    SaveLists(parts, record);
+    return {};
+}
+
+void Insert(SessionParts& parts, EditedRecord& record) {
+    if (record.dbid == 0) {
+        record.dbid = parts.dbids.Reserve(record.Type());
+    }
+    FillInDisplayId(record);
+    parts.tables.Records(record.Type()).Insert(record.dbid, record.buffer);
+    SaveLists(parts, record);
+}
+
+PaMessage WriteAll(SessionParts& parts, EditedRecord& record, Reach reach) {
+    AtomicWrite write(parts.connection, reach.lists ? AtomicWrite::Extent::SeveralStatements
+                                                    : AtomicWrite::Extent::OneStatement);
+    if (record.IsNew()) {
+        Insert(parts, record);
+    } else if (PaMessage problem = Update(parts, record); problem.ID() != 0) {
+        return problem;
+    }
+    write.Keep();
+    return {};
+}
+
+// A constraint is broken only when another writer came in between, or when the caller did without
+// Validate: a broken one is looked for where Validate looks.
+PaMessage Explain(SessionParts& parts, const EditedRecord& record, const sql::Error& error) {
+    PaMessage problem;
+    if (error.Kind() == sql::ErrorKind::UniqueViolation) {
+        const auto& columns = error.Columns();
+        const auto names = [&columns](std::string_view name) {
+            return std::find(columns.begin(), columns.end(), name) != columns.end();
+        };
+        if (names(schema::dbIdName) ||
+            (record.Type().HasStates() && names(schema::displayIdName))) {
+            return ErrorMessage(
+                message_id::kDbIdTaken,
+                {{u"_datatype_", record.Type().name}, {u"_value_", std::to_string(record.dbid)}});
+        }
+        problem = CheckUnique(parts, record);
+    } else if (error.Kind() == sql::ErrorKind::ForeignKeyViolation) {
+        problem = CheckReferences(parts, record);
+    }
+    if (problem.ID() != 0) {
+        return problem;
+    }
+    return ErrorMessage(message_id::kConstraintBroken,
+                        {{u"_datatype_", record.Type().name}, {u"_coreinfo_", error.DriverText()}});
+}
+
+}  // namespace
+
+PaMessage WriteRecord(SessionParts& parts, EditedRecord& record) {
+    const Reach reach = ReachOf(record);
+    const std::int64_t reserved = record.dbid;
+    PaMessage problem;
+    if (reach.row) {
+        try {
+            problem = WriteAll(parts, record, reach);
+        } catch (const sql::Error& error) {
+            if (!error.IsConstraint()) {
+                throw;
+            }
+            problem = Explain(parts, record, error);
+        }
+    }
+    const bool failed = problem.ID() != 0;
+    if (record.IsNew() && (!failed || reserved == 0)) {
+        parts.dbids.Release(record.Type(), record.dbid);
+    }
+    if (failed) {
+        // Nobody has seen a dbid that was given in here, so the next attempt takes a fresh one.
+        record.dbid = reserved;
+        return problem;
+    }
+    record.version += reach.row ? 1 : 0;
+    record.buffer.AcceptChanges();
+    return {};
+}
+
+}  // namespace recorddb

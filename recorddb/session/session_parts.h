@@ -1,0 +1,49 @@
+#ifndef RECORDDB_SESSION_SESSION_PARTS_H
+#define RECORDDB_SESSION_SESSION_PARTS_H
+
+#include "platform/core/adptr.h"
+#include "recorddb/database.h"
+#include "recorddb/definitions/definitions.h"
+#include "recorddb/queries/query_statements.h"
+#include "recorddb/records/dbid_reservations.h"
+#include "recorddb/records/record_tables.h"
+#include "recorddb/records/reference_keys.h"
+#include "recorddb/records/value_rules.h"
+#include "recorddb/session/database_failures.h"
+#include "recorddb/session/statistics.h"
+
+namespace recorddb {
+
+// What a session, its records and its result sets share. Each of them holds a handle, so that they
+// may be let go of in any order.
+class SessionParts final : public AdRefCounted {
+  public:
+    // The database outlives the session and all that it handed out.
+    explicit SessionParts(Database& base)
+        : database(base),
+          connection(base.GetConnection()),
+          schema(base.GetSchema()),
+          failures(connection),
+          definitions(schema),
+          tables(connection, schema),
+          keys(connection, schema),
+          rules(schema, keys),
+          dbids(connection, base.GetRecordIds()),
+          queryStatements(connection) {}
+
+    Database& database;
+    sql::Connection& connection;
+    const schema::Schema& schema;
+    DatabaseFailures failures;
+    Statistics statistics;
+    Definitions definitions;
+    RecordTables tables;
+    ReferenceKeys keys;
+    ValueRules rules;
+    DbIdReservations dbids;
+    QueryStatements queryStatements;
+};
+
+}  // namespace recorddb
+
+#endif

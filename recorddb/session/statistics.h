@@ -1,0 +1,25 @@
+#ifndef RECORDDB_SESSION_STATISTICS_H
+#define RECORDDB_SESSION_STATISTICS_H
+
+#include <cstdint>
+
+namespace recorddb {
+
+// What a session has done. What is rolled back is taken off again.
+struct Statistics {
+    std::int64_t recordsCreated = 0;
+    // Commits of existing records on which fields were set, whether or not the values differed.
+    std::int64_t recordsUpdated = 0;
+    std::int64_t historyEntries = 0;
+    std::int64_t attachments = 0;
+    // Marks committed, whether or not the same link stood there before.
+    std::int64_t duplicateLinks = 0;
+    // Commits of records that went through, those that had nothing to write included.
+    std::int64_t commits = 0;
+
+    bool operator==(const Statistics&) const = default;
+};
+
+}  // namespace recorddb
+
+#endif

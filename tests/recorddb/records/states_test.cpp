@@ -1,0 +1,49 @@
+#include "session_fixture.h"
+
+namespace recorddb {
+
+namespace {
+
+class StatesTest : public SessionTest {};
+
+TEST_F(StatesTest, NewRecordTakesTheStateItIsOpenedWith) {
+    const AdEntityPtr bug = New("bug", "CLOSED");
+    Set(bug, "title", "t");
+    Save(bug);
+    EXPECT_EQ(Row("SELECT state FROM bug"), "CLOSED");
+}
+
+TEST_F(StatesTest, ExistingRecordMovesOnlyToAGivenState) {
+    Given("bug", {{"title", "t"}});
+    Save(Open("bug", "1", "ASSIGNED"));
+    EXPECT_EQ(Row("SELECT state, zt_version FROM bug"), "ASSIGNED|2");
+    Save(Open("bug", "1"));
+    EXPECT_EQ(Row("SELECT state, zt_version FROM bug"), "ASSIGNED|2");
+}
+
+TEST_F(StatesTest, UnknownStateIsRefusedWithTheStatesThereAre) {
+    EXPECT_EQ(Thrown([&] { New("bug", "new"); }),
+              "\"new\" is not a state of the record type \"bug\"; its states are: NEW, ASSIGNED, "
+              "CLOSED.");
+    EXPECT_EQ(Refusal(New("bug"), "state", "SOLVED"),
+              "\"SOLVED\" is not a state of the record type \"bug\"; its states are: NEW, "
+              "ASSIGNED, CLOSED.");
+}
+
+TEST_F(StatesTest, TypeWithoutStatesTakesNone) {
+    EXPECT_EQ(Thrown([&] { New("user", "NEW"); }),
+              "\"NEW\" is not a state of the record type \"user\"; its states are: none.");
+}
+
+TEST_F(StatesTest, StateCannotBeEmptied) {
+    const AdEntityPtr bug = New("bug");
+    Set(bug, "title", "t");
+    Set(bug, "state", "");
+    EXPECT_EQ(Fault(bug),
+              "The field \"state\" of a record of type \"bug\" is empty, but needs a "
+              "value.");
+}
+
+}  // namespace
+
+}  // namespace recorddb

@@ -1,0 +1,115 @@
+#include "recorddb/session/session_transaction.h"
+
+#include "session_fixture.h"
+
+namespace recorddb {
+
+namespace {
+
+class SessionTransactionTest : public SessionTest {
+  protected:
+    // What another program sees.
+    std::string Seen(std::string_view sql) {
+        const auto other = Database::Open(File(), Database::Mode::ReadOnly);
+        return std::to_string(sql::QueryInt(other->GetConnection().Prepare(sql)).value_or(-1));
+    }
+};
+
+TEST_F(SessionTransactionTest, GroupsManyCommits) {
+    const auto transaction = Core().BeginTransaction();
+    Given("bug", {{"title", "a"}});
+    Given("bug", {{"title", "b"}});
+    EXPECT_EQ(Seen("SELECT count(*) FROM bug"), "0");
+    transaction->Commit();
+    EXPECT_EQ(Seen("SELECT count(*) FROM bug"), "2");
+    EXPECT_EQ(Core().GetStatistics().recordsCreated, 2);
+}
+
+TEST_F(SessionTransactionTest, ThatIsDroppedLeavesNothing) {
+    {
+        const auto transaction = Core().BeginTransaction();
+        Given("bug", {{"title", "a"}});
+    }
+    EXPECT_EQ(Seen("SELECT count(*) FROM bug"), "0");
+    EXPECT_EQ(Core().GetStatistics(), Statistics());
+}
+
+TEST_F(SessionTransactionTest, SavepointIsUndoneByItself) {
+    const auto transaction = Core().BeginTransaction();
+    Given("bug", {{"title", "a"}});
+    {
+        const auto savepoint = transaction->Savepoint();
+        Given("bug", {{"title", "b"}});
+        savepoint->Rollback();
+        EXPECT_EQ(Core().GetStatistics().recordsCreated, 1);
+    }
+    {
+        const auto savepoint = transaction->Savepoint();
+        Given("bug", {{"title", "c"}});
+        savepoint->Release();
+    }
+    transaction->Commit();
+    EXPECT_EQ(Row("SELECT id, title FROM bug ORDER BY dbid"), "BUG00000001|a;BUG00000002|c");
+    EXPECT_EQ(Core().GetStatistics().recordsCreated, 2);
+}
+
+TEST_F(SessionTransactionTest, RecordOfAnUndoneSavepointIsNotWrittenAgainByMistake) {
+    const auto transaction = Core().BeginTransaction();
+    AdEntityPtr bug;
+    {
+        const auto savepoint = transaction->Savepoint();
+        bug = Given("bug", {{"title", "a"}});
+    }
+    Set(bug, "title", "b");
+    EXPECT_EQ(CommitFault(bug), "The record of type \"bug\" with the dbid 1 is gone.");
+}
+
+TEST_F(SessionTransactionTest, DbidsOfOpenRecordsStayApartAfterARollback) {
+    const auto transaction = Core().BeginTransaction();
+    const AdEntityPtr first = New("bug");
+    EXPECT_EQ(Value(first, "dbid"), "1");
+    transaction->Savepoint()->Rollback();
+    const AdEntityPtr second = New("bug");
+    EXPECT_EQ(Value(second, "dbid"), "2");
+    Set(first, "title", "first");
+    Set(second, "title", "second");
+    Save(first);
+    Save(second);
+}
+
+TEST_F(SessionTransactionTest, FailingCommitLeavesNothingOfItself) {
+    Given("user", {{"login", "ann"}});
+    Base().GetConnection().ExecuteScript(
+        "CREATE TRIGGER refuse BEFORE INSERT ON bug__watchers BEGIN "
+        "SELECT RAISE(ABORT, 'no watchers'); END");
+    const auto transaction = Core().BeginTransaction();
+    const AdEntityPtr bug = New("bug");
+    Set(bug, "title", "t");
+    EXPECT_EQ(Add(bug, "watchers", "ann"), "");
+    EXPECT_NE(CommitFault(bug).find("no watchers"), std::string::npos);
+    EXPECT_EQ(Row("SELECT count(*) FROM bug"), "0");
+    Given("bug", {{"title", "u"}});
+    transaction->Commit();
+    EXPECT_EQ(Row("SELECT id, title FROM bug"), "BUG00000001|u");
+}
+
+TEST_F(SessionTransactionTest, EverythingIsRefusedAfterAFailureUntilItEnds) {
+    const AdEntityPtr bug = Given("bug", {{"title", "t"}});
+    auto transaction = Core().BeginTransaction();
+    Base().GetConnection().ExecuteScript("ALTER TABLE user RENAME TO hidden");
+    EXPECT_NE(Thrown([&] { Refusal(bug, "owner", "ann"); }), "");
+    EXPECT_NE(Thrown([&] { CommitFault(bug); }), "");
+    EXPECT_NE(Thrown([&] { New("bug"); }), "");
+    transaction.reset();
+    EXPECT_NE(Refusal(bug, "owner", "ann"), "");
+    Save(bug);
+}
+
+TEST_F(SessionTransactionTest, OnlyOneIsOpenAtATime) {
+    const auto transaction = Core().BeginTransaction();
+    EXPECT_THROW(Core().BeginTransaction(), std::logic_error);
+}
+
+}  // namespace
+
+}  // namespace recorddb

@@ -127,7 +127,7 @@ ReadField ReadFieldEntry(const YamlSource& source, const YamlEntry& entry) {
     }
     if (Applies("to", field.kind)) {
         const YamlEntry& to = map.Require("to", "it names the record type that is referenced");
-        read.target = {ReadText(source, to), to.value};
+        read.target = {ReadText(source, to), to.value.Mark()};
     }
     return read;
 }

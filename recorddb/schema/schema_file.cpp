@@ -35,26 +35,28 @@ YAML::Node LoadDocument(const YamlSource& source, const std::string& text) {
     }
 }
 
+// The id of the type that a field refers to.
+std::int64_t TargetId(const YamlSource& source, const std::vector<ReadType>& types,
+                      const ReadType& from, const PendingReference& reference) {
+    std::vector<std::string_view> names;
+    names.reserve(types.size());
+    for (const ReadType& candidate : types) {
+        if (SameName(candidate.type.name, reference.target.text)) {
+            return candidate.type.id;
+        }
+        names.push_back(candidate.type.name);
+    }
+    source.Fail(reference.target.place,
+                fmt::format("field '{}' of record type '{}' refers to the unknown record type "
+                            "'{}'; record types are {}",
+                            from.type.fields[reference.field].name, from.type.name,
+                            reference.target.text, Joined(names)));
+}
+
 void ResolveReferences(const YamlSource& source, std::vector<ReadType>& types) {
     for (ReadType& read : types) {
         for (const PendingReference& reference : read.references) {
-            Field& field = read.type.fields[reference.field];
-            for (const ReadType& candidate : types) {
-                if (SameName(candidate.type.name, reference.target.text)) {
-                    field.target = candidate.type.id;
-                }
-            }
-            if (field.target == 0) {
-                std::vector<std::string_view> names;
-                for (const ReadType& candidate : types) {
-                    names.push_back(candidate.type.name);
-                }
-                source.Fail(
-                    reference.target.node,
-                    fmt::format("field '{}' of record type '{}' refers to the unknown "
-                                "record type '{}'; record types are {}",
-                                field.name, read.type.name, reference.target.text, Joined(names)));
-            }
+            read.type.fields[reference.field].target = TargetId(source, types, read, reference);
         }
     }
 }
@@ -65,10 +67,25 @@ void CheckPrefixes(const YamlSource& source, const std::vector<ReadType>& types)
             const RecordType& type = types[later].type;
             const RecordType& other = types[earlier].type;
             if (type.HasStates() && other.HasStates() && SameName(type.prefix, other.prefix)) {
-                source.Fail(types[later].prefixNode,
+                source.Fail(types[later].prefixPlace,
                             fmt::format("record type '{}' has the prefix '{}' already", other.name,
                                         other.prefix));
             }
+        }
+    }
+}
+
+void CheckListTableName(const YamlSource& source, const YamlText& target, const std::string& table,
+                        const std::vector<std::string>& others) {
+    const std::string start =
+        fmt::format("the table of this reference list would be named '{}', ", table);
+    if (table.size() > maxIdentifierLength) {
+        source.Fail(target.place, fmt::format("{}which is longer than {} characters", start,
+                                              maxIdentifierLength));
+    }
+    for (const std::string& other : others) {
+        if (SameName(other, table)) {
+            source.Fail(target.place, start + "and so is another one");
         }
     }
 }
@@ -84,25 +101,11 @@ void CheckTableNames(const YamlSource& source, const std::vector<ReadType>& type
     for (const ReadType& read : types) {
         for (const PendingReference& reference : read.references) {
             const Field& field = read.type.fields[reference.field];
-            if (field.kind != FieldKind::ReferenceList) {
-                continue;
+            if (field.kind == FieldKind::ReferenceList) {
+                const std::string table = ListTableName(read.type, field);
+                CheckListTableName(source, reference.target, table, names);
+                names.push_back(table);
             }
-            std::string table = ListTableName(read.type, field);
-            if (table.size() > maxIdentifierLength) {
-                source.Fail(reference.target.node,
-                            fmt::format("the table of this reference list would be named '{}', "
-                                        "which is longer than {} characters",
-                                        table, maxIdentifierLength));
-            }
-            for (const std::string& name : names) {
-                if (SameName(name, table)) {
-                    source.Fail(reference.target.node,
-                                fmt::format("the table of this reference list would be named "
-                                            "'{}', and so is another one",
-                                            table));
-                }
-            }
-            names.push_back(std::move(table));
         }
     }
 }

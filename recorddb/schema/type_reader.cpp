@@ -65,7 +65,7 @@ std::string ReadPrefix(const YamlSource& source, const YamlEntry& entry) {
 void ReadStates(const YamlMap& map, const YamlEntry& entry, RecordType& type) {
     for (YamlText& state : ReadTexts(map.Source(), entry)) {
         if (Utf16Length(state.text) > maxStateLength) {
-            map.Source().Fail(state.node,
+            map.Source().Fail(state.place,
                               fmt::format("state '{}' is longer than {} characters, which is the "
                                           "room that history has for it",
                                           state.text, maxStateLength));
@@ -107,7 +107,7 @@ void ReadFields(const YamlMap& map, ReadType& read) {
         }
         ReadField field = ReadFieldEntry(map.Source(), fieldEntry);
         field.field.index = read.type.fields.size();
-        if (field.target.node.IsDefined() && !field.target.text.empty()) {
+        if (!field.target.text.empty()) {
             read.references.push_back({field.field.index, std::move(field.target)});
         }
         read.type.fields.push_back(std::move(field.field));
@@ -120,19 +120,19 @@ void ReadKey(const YamlMap& map, RecordType& type) {
     for (const YamlText& part : ReadTexts(map.Source(), entry)) {
         const Field* const found = type.FindField(part.text);
         if (found == nullptr) {
-            map.Source().Fail(part.node, fmt::format("{} names '{}', which is not a field of the "
-                                                     "type",
-                                                     entry.what, part.text));
+            map.Source().Fail(part.place, fmt::format("{} names '{}', which is not a field of the "
+                                                      "type",
+                                                      entry.what, part.text));
         }
         Field& field = type.fields[found->index];
         if (!HasColumn(field.kind) || field.kind == FieldKind::Multiline) {
-            map.Source().Fail(part.node,
+            map.Source().Fail(part.place,
                               fmt::format("{} names '{}', a field of type {}, which cannot be part "
                                           "of a key",
                                           entry.what, part.text, FieldKindName(field.kind)));
         }
         if (std::find(type.key.begin(), type.key.end(), field.index) != type.key.end()) {
-            map.Source().Fail(part.node,
+            map.Source().Fail(part.place,
                               fmt::format("'{}' stands twice in {}", part.text, entry.what));
         }
         // A record without a part of its key could not be told from others.
@@ -149,7 +149,7 @@ void ReadWithStates(const YamlMap& map, const YamlEntry& states, ReadType& read)
     const YamlEntry& prefix =
         map.Require("prefix", "a record type with states needs one for its display ids");
     type.prefix = ReadPrefix(map.Source(), prefix);
-    read.prefixNode = prefix.value;
+    read.prefixPlace = prefix.value.Mark();
     ReadStates(map, states, type);
     AddOwnField(type, displayIdName, FieldKind::DisplayId);
     type.key.push_back(type.fields.back().index);
@@ -172,7 +172,6 @@ ReadType ReadTypeEntry(const YamlSource& source, const YamlEntry& entry) {
     map.AllowOnly(typeKeys);
 
     ReadType read;
-    read.nameNode = entry.keyNode;
     read.type.name = entry.key;
     AddOwnField(read.type, dbIdName, FieldKind::DbId);
     if (const YamlEntry* const states = map.Find("states")) {

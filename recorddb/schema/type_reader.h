@@ -17,8 +17,7 @@ struct PendingReference {
 struct ReadType {
     RecordType type;
     std::vector<PendingReference> references;
-    YAML::Node nameNode;
-    YAML::Node prefixNode;  // of types with states only
+    YAML::Mark prefixPlace;  // of types with states only
 };
 
 // Reads one entry of `record_types`, all but what needs the other types. Throws SchemaError.

@@ -126,7 +126,7 @@ std::vector<YamlText> ReadTexts(const YamlSource& source, const YamlEntry& entry
                         [&text](const YamlText& earlier) { return earlier.text == text; })) {
             source.Fail(node, fmt::format("'{}' stands twice in {}", text, entry.what));
         }
-        texts.push_back({std::move(text), node});
+        texts.push_back({std::move(text), node.Mark()});
     }
     return texts;
 }

@@ -68,10 +68,10 @@ std::string ReadText(const YamlSource& source, const YamlEntry& entry);
 bool ReadBool(const YamlSource& source, const YamlEntry& entry);
 std::int64_t ReadPositive(const YamlSource& source, const YamlEntry& entry);
 
-// A text in a list, with its place.
+// A text with its place.
 struct YamlText {
     std::string text;
-    YAML::Node node;
+    YAML::Mark place;
 };
 
 // A list of at least one text, all different (exact).

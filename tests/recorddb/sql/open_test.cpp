@@ -61,6 +61,7 @@ TEST_F(OpenTest, EveryConnectionHasTheSameSettings) {
         EXPECT_EQ(Pragma("temp_store"), "2");
         EXPECT_EQ(Pragma("cache_size"), "-32768");
         EXPECT_EQ(Pragma("busy_timeout"), "10000");
+        EXPECT_EQ(Pragma("wal_autocheckpoint"), "10000");
     }
 }
 

@@ -36,7 +36,8 @@ class AdPtr {
     AdPtr(const AdPtr& other) { SetPtr(other.m_object); }
     AdPtr(AdPtr&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
     AdPtr& operator=(const AdPtr& other) {
-        SetPtr(other.m_object);
+        AdPtr copied(other);
+        std::swap(m_object, copied.m_object);
         return *this;
     }
     AdPtr& operator=(AdPtr&& other) noexcept {

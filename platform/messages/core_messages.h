@@ -131,6 +131,83 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
      u"A query on the record type \"_datatype_\" has no value in column _value_.",
      "A column was asked for that the query does not have, or before a row was fetched. This is a "
      "fault of the program that makes the call."},
+    {message_id::kHistoryTextTooLong,
+     u"_field_ of history entry _linenum_ is longer than _limit_ characters",
+     "A history entry has limited room for each of its texts, and nothing is cut silently. The "
+     "entry was left out, the others of the record were imported. Shorten the text in the source "
+     "and import this entry again."},
+    {message_id::kHistoryNotText,
+     u"_field_ of history entry _linenum_ is not valid UTF-16 at index _position_",
+     "The text holds half of a surrogate pair, so it was damaged on its way. The entry was left "
+     "out."},
+    {message_id::kHistoryNotTime,
+     u"_field_ of history entry _linenum_ is not a date and time: \"_value_\"",
+     "Times of history entries are handed over as \"YYYY-MM-DD HH:MM:SS\", UTC. The entry was left "
+     "out. This is a fault of the program that makes the call."},
+    {message_id::kHistoryOtherType,
+     u"history entry _linenum_ is of record type \"_datatype_\" with the number _value_, which do "
+     u"not belong together",
+     "The name and the number of the record type contradict each other, or there is no such type. "
+     "The entry was left out. This is a fault of the program that makes the call."},
+    {message_id::kHistoryNoField,
+     u"history entry _linenum_ cannot be imported: the record type \"_datatype_\" has no history "
+     u"field",
+     "Only record types for which the schema has a field of type history keep history. Add one to "
+     "the schema and make the database again, or leave the history out."},
+    {message_id::kHistoryNoRecord,
+     u"history entry _linenum_ belongs to a record of type \"_datatype_\" with the dbid _value_, "
+     u"which does not exist",
+     "History can be imported only for records that are in the database. The entry was left out."},
+    {message_id::kAttachmentNoFolder,
+     u"The file \"_value_\" cannot be attached, because no folder for attachments was given.",
+     "Files of attachments are read below one folder only, so that a packet cannot reach anything "
+     "else. Say which folder that is."},
+    {message_id::kAttachmentBadName,
+     u"\"_value_\" cannot be attached, because it is not the name of a file.",
+     "An attachment needs the name of its file, in one line. Correct it in the source."},
+    {message_id::kAttachmentOutside,
+     u"The file \"_value_\" cannot be attached, because it lies outside of the folder for "
+     u"attachments.",
+     "The name is absolute, or it leaves the folder through \"..\" or a symbolic link. Names of "
+     "attachments are relative to the folder and stay below it. Copy the file into the folder and "
+     "correct the name in the source."},
+    {message_id::kAttachmentNotAFile, u"\"_value_\" cannot be attached, because it is not a file.",
+     "The name is that of a folder or a device. Correct it in the source."},
+    {message_id::kAttachmentUnreadable,
+     u"The file \"_value_\" cannot be attached, because it cannot be read: _coreinfo_.",
+     "There is no such file below the folder for attachments, or it may not be read; the text ends "
+     "with the system's reason. Provide the file and import the record's attachments again."},
+    {message_id::kAttachmentChanged,
+     u"The file \"_value_\" cannot be attached, because it changed while it was read.",
+     "Another program writes to the file. Wait for it to end and import the record's attachments "
+     "again."},
+    {message_id::kAttachmentUnknown,
+     u"The field \"_field_\" of a record of type \"_datatype_\" has no attachment \"_value_\".",
+     "An attachment was to be removed that the record does not have. It is told by the text with "
+     "which the field gives it."},
+    {message_id::kFieldNotAttachments,
+     u"\"_value_\" cannot be attached to or removed from the field \"_field_\" of a record of type "
+     u"\"_datatype_\": it does not hold attachments.",
+     "Only fields of type attachments hold files. Correct the name of the field in the source."},
+    {message_id::kDuplicateOtherType,
+     u"The record \"_value_\" of type \"_datatype_\" cannot be marked as a duplicate of a record "
+     u"of "
+     u"type \"_refentitydef_\".",
+     "A record and its duplicates are of one type."},
+    {message_id::kDuplicateNotSaved,
+     u"A record of type \"_datatype_\" cannot be marked as a duplicate of one that has not been "
+     u"written.",
+     "The original must be in the database first. This is a fault of the program that makes the "
+     "call."},
+    {message_id::kDuplicateOfItself,
+     u"The record \"_value_\" of type \"_datatype_\" cannot be marked as a duplicate of itself.",
+     "The source names a record as its own original. Remove the reference there."},
+    {message_id::kDuplicateCircle,
+     u"The record \"_value_\" of type \"_datatype_\" cannot be marked as a duplicate of \"_id_\", "
+     u"which is a duplicate of it in turn.",
+     "Originals would go round in a circle, directly or through other records. Decide in the "
+     "source "
+     "which of them is the original."},
 });
 
 #endif

@@ -61,6 +61,30 @@ inline constexpr int kConstraintBroken = 20047;
 inline constexpr int kFieldNotSearchable = 20050;
 inline constexpr int kNoColumn = 20051;
 
+// Of history entries, refused by ImportHistoryData.
+inline constexpr int kHistoryTextTooLong = 20060;
+inline constexpr int kHistoryNotText = 20061;
+inline constexpr int kHistoryNotTime = 20062;
+inline constexpr int kHistoryOtherType = 20063;
+inline constexpr int kHistoryNoField = 20064;
+inline constexpr int kHistoryNoRecord = 20065;
+
+// Of attachments; "_value_" is the file name as it was given.
+inline constexpr int kAttachmentNoFolder = 20070;
+inline constexpr int kAttachmentBadName = 20071;
+inline constexpr int kAttachmentOutside = 20072;
+inline constexpr int kAttachmentNotAFile = 20073;
+inline constexpr int kAttachmentUnreadable = 20074;
+inline constexpr int kAttachmentChanged = 20075;
+inline constexpr int kAttachmentUnknown = 20076;
+inline constexpr int kFieldNotAttachments = 20077;
+
+// Of duplicates; "_value_" is the duplicate and "_id_" its original, by display id.
+inline constexpr int kDuplicateOtherType = 20080;
+inline constexpr int kDuplicateNotSaved = 20081;
+inline constexpr int kDuplicateOfItself = 20082;
+inline constexpr int kDuplicateCircle = 20083;
+
 }  // namespace message_id
 
 #endif

@@ -2,8 +2,10 @@
 #define RECORDDB_RECORDS_EDITED_RECORD_H
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
+#include "recorddb/attachments/attachment_changes.h"
 #include "recorddb/definitions/entity_def.h"
 #include "recorddb/records/record_buffer.h"
 
@@ -27,6 +29,10 @@ struct EditedRecord {
     // Nothing is changed before it is loaded. Of no account for a new record.
     bool columnsLoaded = false;
     std::vector<bool> listsLoaded;
+    AttachmentChanges attachments;
+    // The record that this one was marked as a duplicate of, and whether the link is there already.
+    std::optional<std::int64_t> original;
+    bool linked = false;
 };
 
 }  // namespace recorddb

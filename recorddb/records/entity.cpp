@@ -1,5 +1,7 @@
 #include "recorddb/records/entity.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <string>
 #include <utility>
@@ -76,41 +78,6 @@ AdFieldInfoPtr Entity::GetFieldValue(const Obx_String& fieldName) const {
         new FieldInfo(m_parts->failures.Guard([&self, &field] { return self.ValuesOf(field); })));
 }
 
-std::vector<Obx_String> Entity::ValuesOf(const Field& field) {
-    if (field.kind == FieldKind::DbId) {
-        return {Obx_String::FromUtf8(std::to_string(DbId()))};
-    }
-    if (field.kind == FieldKind::DisplayId && m_record.IsNew()) {
-        return {Obx_String::FromUtf8(schema::FormatDisplayId(m_record.Type().prefix, DbId()))};
-    }
-    Load(field);
-    const FieldValue& value = m_record.buffer.Get(field.index);
-    if (const auto* const text = std::get_if<std::string>(&value)) {
-        return {Obx_String::FromUtf8(*text)};
-    }
-    if (const auto* const number = std::get_if<std::int64_t>(&value)) {
-        return {field.kind == FieldKind::Reference ? KeyOf(field, *number)
-                                                   : Obx_String::FromUtf8(std::to_string(*number))};
-    }
-    std::vector<Obx_String> items;
-    for (const std::int64_t target : CurrentList(field)) {
-        items.push_back(KeyOf(field, target));
-    }
-    return items;
-}
-
-Obx_String Entity::KeyOf(const Field& field, std::int64_t target) {
-    const auto key = m_parts->keys.KeyOf(m_parts->schema.Type(field.target), target);
-    return Obx_String::FromUtf8(key.value_or(""));
-}
-
-std::int64_t Entity::DbId() {
-    if (m_record.dbid == 0) {
-        m_record.dbid = m_parts->dbids.Reserve(m_record.Type());
-    }
-    return m_record.dbid;
-}
-
 void Entity::Load(const Field& field) {
     if (m_record.IsNew()) {
         return;
@@ -160,32 +127,25 @@ ReferenceList Entity::CurrentList(const Field& field) {
     return list != nullptr ? *list : ReferenceList();
 }
 
-template <typename Operation>
-Obx_String Entity::OnField(const Obx_String& fieldName, const Obx_String& value,
-                           Operation operation) {
-    const FieldDef* const field = m_record.def.FindField(fieldName.View());
-    if (field == nullptr) {
-        return ErrorMessage(message_id::kNoField, {{u"_datatype_", m_record.Type().name},
-                                                   {u"_field_", fieldName.ToUtf8()}})
-            .FullMsg();
-    }
-    const auto run = [&] { return (this->*operation)(field->Field(), value); };
-    return m_parts->failures.Guard(run).FullMsg();
+Obx_String Entity::NoField(const Obx_String& fieldName) const {
+    return ErrorMessage(message_id::kNoField,
+                        {{u"_datatype_", m_record.Type().name}, {u"_field_", fieldName.ToUtf8()}})
+        .FullMsg();
 }
 
 Obx_String Entity::SetFieldValue(const Obx_String& fieldName, const Obx_String& value,
                                  int /*import*/) {
-    return OnField(fieldName, value, &Entity::Set);
+    return OnField(fieldName, [&](const Field& field) { return Set(field, value); });
 }
 
 Obx_String Entity::AddFieldValue(const Obx_String& fieldName, const Obx_String& value,
                                  int /*import*/) {
-    return OnField(fieldName, value, &Entity::Add);
+    return OnField(fieldName, [&](const Field& field) { return Add(field, value); });
 }
 
 Obx_String Entity::DeleteFieldValue(const Obx_String& fieldName, const Obx_String& value,
                                     int /*import*/) {
-    return OnField(fieldName, value, &Entity::Delete);
+    return OnField(fieldName, [&](const Field& field) { return Delete(field, value); });
 }
 
 PaMessage Entity::Set(const Field& field, const Obx_String& value) {
@@ -240,16 +200,6 @@ PaMessage Entity::Delete(const Field& field, const Obx_String& value) {
     return {};
 }
 
-Obx_String Entity::AddAttachment(const Obx_String& /*fieldName*/, const Obx_String& /*fileName*/,
-                                 const Obx_String& /*description*/) {
-    return u"attachments are not supported yet";
-}
-
-Obx_String Entity::DeleteAttachment(const Obx_String& /*fieldName*/,
-                                    const Obx_String& /*attachment*/) {
-    return u"attachments are not supported yet";
-}
-
 void Entity::SetState(const Obx_String& state) {
     const Field* const field = StateField(m_record.def);
     if (field == nullptr) {
@@ -265,8 +215,12 @@ void Entity::SetState(const Obx_String& state) {
     if (m_record.IsNew()) {
         m_firstState = value;
     }
-    Load(*field);
-    m_record.buffer.Set(field->index, std::move(value));
+    MoveToState(*field, std::move(value));
+}
+
+void Entity::MoveToState(const Field& field, FieldValue state) {
+    Load(field);
+    m_record.buffer.Set(field.index, std::move(state));
     m_checked = false;
 }
 
@@ -293,6 +247,8 @@ PaMessage Entity::Write() {
         return problem;
     }
     const bool isNew = m_record.IsNew();
+    const auto added = static_cast<std::int64_t>(m_record.attachments.added.size());
+    const bool marked = m_record.original.has_value();
     problem = WriteRecord(*m_parts, m_record);
     if (problem.ID() != 0) {
         return problem;
@@ -301,6 +257,8 @@ PaMessage Entity::Write() {
     ++statistics.commits;
     statistics.recordsCreated += isNew ? 1 : 0;
     statistics.recordsUpdated += !isNew && m_fieldsSet ? 1 : 0;
+    statistics.attachments += added;
+    statistics.duplicateLinks += marked ? 1 : 0;
     m_fieldsSet = false;
     if (isNew) {
         m_record.columnsLoaded = true;
@@ -311,6 +269,8 @@ PaMessage Entity::Write() {
 
 void Entity::Revert() {
     m_record.buffer.DropChanges();
+    m_record.attachments.Clear();
+    m_record.original.reset();
     const Field* const state = StateField(m_record.def);
     if (state != nullptr && m_record.IsNew()) {
         m_record.buffer.Set(state->index, m_firstState);

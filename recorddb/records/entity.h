@@ -39,6 +39,10 @@ class Entity final : public AdEntity {
     // Moves the record to a state. Throws a PaMsgException* when the type does not have it.
     void SetState(const Obx_String& state);
 
+    // Marks the record as a duplicate of another one and moves it to the state that its type names
+    // for duplicates. Throws a PaMsgException* when the two cannot be duplicate and original.
+    void MarkAsDuplicateOf(Entity& original);
+
   private:
     Entity(AdPtr<SessionParts> parts, EntityDef& def);
     ~Entity() override;
@@ -51,6 +55,14 @@ class Entity final : public AdEntity {
     void Change(const schema::Field& field, FieldValue value);
     ReferenceList CurrentList(const schema::Field& field);
     std::vector<Obx_String> ValuesOf(const schema::Field& field);
+    std::vector<Obx_String> HistoryLines();
+    std::vector<Attachment> Attachments(const schema::Field& field);
+    PaMessage Attach(const schema::Field& field, const Obx_String& fileName,
+                     const Obx_String& description);
+    PaMessage Detach(const schema::Field& field, const Obx_String& attachment);
+    void MoveToState(const schema::Field& field, FieldValue state);
+    void CheckDuplicate(Entity& original);
+    std::string DisplayKey();
     Obx_String KeyOf(const schema::Field& field, std::int64_t target);
     PaMessage Set(const schema::Field& field, const Obx_String& value);
     PaMessage Add(const schema::Field& field, const Obx_String& value);
@@ -58,9 +70,16 @@ class Entity final : public AdEntity {
     PaMessage Check();
     PaMessage Write();
 
-    // Runs one of the operations that return a text on a field known by name.
-    template <typename Operation>
-    Obx_String OnField(const Obx_String& fieldName, const Obx_String& value, Operation operation);
+    // Does the work on the field of that name and returns the text of the message that it returns.
+    template <typename Work>
+    Obx_String OnField(const Obx_String& fieldName, Work work) {
+        const FieldDef* const field = m_record.def.FindField(fieldName.View());
+        if (field == nullptr) {
+            return NoField(fieldName);
+        }
+        return m_parts->failures.Guard([&] { return work(field->Field()); }).FullMsg();
+    }
+    Obx_String NoField(const Obx_String& fieldName) const;
 
     AdPtr<SessionParts> m_parts;
     EditedRecord m_record;

@@ -18,18 +18,18 @@ using schema::FieldKind;
 
 // Which tables the changes of a record reach.
 struct Reach {
-    bool row = false;
-    bool lists = false;
+    bool row = false;  // a change of anything of a record counts as a change of its row
+    bool others = false;
 };
 
 Reach ReachOf(const EditedRecord& record) {
     Reach reach;
-    reach.row = record.IsNew();
+    reach.others = !record.attachments.Empty() || (record.original && !record.linked);
+    reach.row = reach.others || record.IsNew();
     for (const Field& field : record.Type().fields) {
         if (record.buffer.IsChanged(field.index)) {
-            // A list that changes counts as a change of its record.
             reach.row = true;
-            reach.lists = reach.lists || field.kind == FieldKind::ReferenceList;
+            reach.others = reach.others || field.kind == FieldKind::ReferenceList;
         }
     }
     return reach;
@@ -73,36 +73,39 @@ bool KeyChanged(const EditedRecord& record) {
                        [&record](std::size_t part) { return record.buffer.IsChanged(part); });
 }
 
-PaMessage Update(SessionParts& parts, EditedRecord& record) {
-    if (KeyChanged(record)) {
-        parts.keys.Forget();
+PaMessage WriteRow(SessionParts& parts, EditedRecord& record) {
+    RecordTable& table = parts.tables.Records(record.Type());
+    if (!record.IsNew()) {
+        if (KeyChanged(record)) {
+            parts.keys.Forget();
+        }
+        const bool updated = table.Update(record.dbid, record.version, record.buffer);
+        return updated ? PaMessage() : Outdated(parts, record);
     }
-    if (!parts.tables.Records(record.Type()).Update(record.dbid, record.version, record.buffer)) {
-        return Outdated(parts, record);
-    }
-    SaveLists(parts, record);
-    return {};
-}
-
-void Insert(SessionParts& parts, EditedRecord& record) {
     if (record.dbid == 0) {
         record.dbid = parts.dbids.Reserve(record.Type());
     }
     FillInDisplayId(record);
-    parts.tables.Records(record.Type()).Insert(record.dbid, record.buffer);
-    SaveLists(parts, record);
+    table.Insert(record.dbid, record.buffer);
+    return {};
 }
 
 PaMessage WriteAll(SessionParts& parts, EditedRecord& record, Reach reach) {
-    AtomicWrite write(parts.connection, reach.lists ? AtomicWrite::Extent::SeveralStatements
-                                                    : AtomicWrite::Extent::OneStatement);
-    if (record.IsNew()) {
-        Insert(parts, record);
-    } else if (PaMessage problem = Update(parts, record); problem.ID() != 0) {
-        return problem;
+    AtomicWrite write(parts.connection, reach.others ? AtomicWrite::Extent::SeveralStatements
+                                                     : AtomicWrite::Extent::OneStatement);
+    PaMessage problem = WriteRow(parts, record);
+    if (problem.ID() == 0 && reach.others) {
+        SaveLists(parts, record);
+        if (record.original && !record.linked) {
+            parts.duplicates.Link(record.Type().id, record.dbid, *record.original);
+        }
+        problem = WriteAttachments(parts.attachments, parts.contents, record.Type().id, record.dbid,
+                                   record.attachments);
     }
-    write.Keep();
-    return {};
+    if (problem.ID() == 0) {
+        write.Keep();
+    }
+    return problem;
 }
 
 // A constraint is broken only when another writer came in between, or when the caller did without
@@ -158,6 +161,8 @@ PaMessage WriteRecord(SessionParts& parts, EditedRecord& record) {
     }
     record.version += reach.row ? 1 : 0;
     record.buffer.AcceptChanges();
+    record.attachments.Clear();
+    record.original.reset();
     return {};
 }
 

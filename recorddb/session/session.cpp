@@ -16,15 +16,21 @@ namespace {
     AdThrowMsgExcept(AdGetBadValue0MsgID(), text, u"recorddb/session/session", line);
 }
 
-[[noreturn]] void ThrowNoRecord(const EntityDef& def, const Obx_String& identifier) {
-    ThrowMessage(ErrorMessage(message_id::kNoRecord, {{u"_datatype_", def.Type().name},
-                                                      {u"_value_", identifier.ToUtf8()}}));
+// The record with that dbid; the identifier is what it was asked for by.
+AdPtr<Entity> OpenEntity(const AdPtr<SessionParts>& parts, EntityDef& def, std::int64_t dbid,
+                         std::string_view identifier) {
+    AdPtr<Entity> entity = Entity::Open(parts, def, dbid);
+    if (!entity) {
+        ThrowMessage(ErrorMessage(message_id::kNoRecord,
+                                  {{u"_datatype_", def.Type().name}, {u"_value_", identifier}}));
+    }
+    return entity;
 }
 
 }  // namespace
 
-Session::Session(Database& database, const SessionOptions& /*options*/)
-    : m_parts(new SessionParts(database)) {}
+Session::Session(Database& database, const SessionOptions& options)
+    : m_parts(new SessionParts(database, options)) {}
 
 AdEntityDef* Session::GetEntityDef(const Obx_String& recordTypeName) {
     return &m_parts->definitions.Find(recordTypeName);
@@ -32,33 +38,26 @@ AdEntityDef* Session::GetEntityDef(const Obx_String& recordTypeName) {
 
 AdEntityPtr Session::GetEntity(AdEntityDef* recordType, const Obx_String& identifier) {
     EntityDef& def = m_parts->definitions.Own(recordType);
-    return m_parts->failures.Guard([&]() -> AdEntityPtr {
+    return m_parts->failures.Guard([&] {
         const std::string text = identifier.ToUtf8();
         std::int64_t dbid = IntegerOf(text).value_or(0);
         if (dbid == 0 && def.Type().HasStates()) {
             dbid = m_parts->keys.Find(def.Type(), text).dbid;
         }
-        const AdPtr<Entity> entity = Entity::Open(m_parts, def, dbid);
-        if (!entity) {
-            ThrowNoRecord(def, identifier);
-        }
-        return AdEntityPtr(entity.GetPtr());
+        return AdEntityPtr(OpenEntity(m_parts, def, dbid, text).GetPtr());
     });
 }
 
 AdEntityPtr Session::ImportEntity(AdEntityDef* recordType, const unsigned short* state,
                                   const unsigned short* existingId) {
     EntityDef& def = m_parts->definitions.Own(recordType);
-    return m_parts->failures.Guard([&]() -> AdEntityPtr {
+    return m_parts->failures.Guard([&] {
         AdPtr<Entity> entity;
         if (existingId == nullptr) {
             entity = Entity::New(m_parts, def);
         } else {
-            const Obx_String identifier(existingId);
-            entity = Entity::Open(m_parts, def, IntegerOf(identifier.ToUtf8()).value_or(0));
-            if (!entity) {
-                ThrowNoRecord(def, identifier);
-            }
+            const std::string text = Obx_String(existingId).ToUtf8();
+            entity = OpenEntity(m_parts, def, IntegerOf(text).value_or(0), text);
         }
         if (const Obx_String wanted(state); !wanted.IsEmpty()) {
             entity->SetState(wanted);
@@ -67,10 +66,19 @@ AdEntityPtr Session::ImportEntity(AdEntityDef* recordType, const unsigned short*
     });
 }
 
-void Session::MarkEntityAsDuplicate(const AdEntityPtr& /*duplicate*/,
-                                    const AdEntityPtr& /*original*/, AdActionDef* /*action*/,
-                                    int /*import*/) {
-    ThrowBadValue(u"not yet", __LINE__);
+void Session::MarkEntityAsDuplicate(const AdEntityPtr& duplicate, const AdEntityPtr& original,
+                                    AdActionDef* action, int /*import*/) {
+    auto* const ownDuplicate = dynamic_cast<Entity*>(duplicate.GetPtr());
+    auto* const ownOriginal = dynamic_cast<Entity*>(original.GetPtr());
+    if (ownDuplicate == nullptr || ownOriginal == nullptr) {
+        ThrowBadValue(u"the duplicate and its original must be records of this session", __LINE__);
+    }
+    if (action == nullptr || action->GetType() != AdActionType_t::kDuplicate) {
+        ThrowBadValue(u"a record is marked as a duplicate by its duplicate action", __LINE__);
+    }
+    // Of record types without states, which have none.
+    ownDuplicate->GetEntityDef()->LookupActionDef(AdActionType_t::kDuplicate);
+    m_parts->failures.Guard([&] { ownDuplicate->MarkAsDuplicateOf(*ownOriginal); });
 }
 
 AdQueryDefPtr Session::BuildQueryDef(AdEntityDef* recordType, int /*reserved*/) {
@@ -93,17 +101,36 @@ void Session::UnbuildResultSet(AdResultSetPtr& resultSet) {
     resultSet.SetPtr(nullptr);
 }
 
-void Session::ImportHistoryData(const AdHistory* /*entries*/, long /*count*/, long /*options*/,
-                                CEnumArray<int, int>& /*problemEntries*/, Obx_String& /*problems*/,
-                                AdHistoryCallback /*callback*/, void* /*context*/) {
-    ThrowBadValue(u"not yet", __LINE__);
+void Session::ImportHistoryData(const AdHistory* entries, long count, long /*options*/,
+                                CEnumArray<int, int>& problemEntries, Obx_String& problems,
+                                AdHistoryCallback callback, void* context) {
+    for (long i = 0; i < count; ++i) {
+        const PaMessage problem =
+            m_parts->failures.Guard([&] { return m_parts->history.Add(entries[i], i + 1); });
+        if (problem.ID() != 0) {
+            problemEntries.Add(static_cast<int>(i));
+            problems += problems.IsEmpty() ? u"" : u"\n";
+            problems += problem.FullMsg();
+        }
+        if (callback != nullptr) {
+            callback(i + 1, count, context);
+        }
+    }
 }
 
-void Session::CommitImportHistory() {}
+void Session::CommitImportHistory() {
+    m_parts->statistics.historyEntries +=
+        m_parts->failures.Guard([this] { return m_parts->history.Commit(); });
+}
 
-void Session::RevertImportHistory() {}
+void Session::RevertImportHistory() {
+    m_parts->history.DropPending(0);
+}
 
-void Session::UpdateImportHistoryExpiredTimestamp(AdEntityDef* /*recordType*/, long /*recordId*/) {}
+void Session::UpdateImportHistoryExpiredTimestamp(AdEntityDef* recordType, long recordId) {
+    const EntityDef& def = m_parts->definitions.Own(recordType);
+    m_parts->failures.Guard([&] { m_parts->history.UpdateExpiry(def.Type(), recordId); });
+}
 
 std::unique_ptr<SessionTransaction> Session::BeginTransaction() {
     return std::make_unique<SessionTransaction>(m_parts);

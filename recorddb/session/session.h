@@ -51,8 +51,6 @@ class Session final : public AdSession {
   private:
     ~Session() override = default;
 
-    AdEntityPtr OpenEntity(EntityDef& def, const Obx_String& identifier);
-
     AdPtr<SessionParts> m_parts;
 };
 

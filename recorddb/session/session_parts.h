@@ -2,14 +2,20 @@
 #define RECORDDB_SESSION_SESSION_PARTS_H
 
 #include "platform/core/adptr.h"
+#include "recorddb/attachments/attachment_folder.h"
+#include "recorddb/attachments/attachment_table.h"
+#include "recorddb/attachments/content_store.h"
 #include "recorddb/database.h"
 #include "recorddb/definitions/definitions.h"
+#include "recorddb/duplicates/duplicate_table.h"
+#include "recorddb/history/history_import.h"
 #include "recorddb/queries/query_statements.h"
 #include "recorddb/records/dbid_reservations.h"
 #include "recorddb/records/record_tables.h"
 #include "recorddb/records/reference_keys.h"
 #include "recorddb/records/value_rules.h"
 #include "recorddb/session/database_failures.h"
+#include "recorddb/session/session_options.h"
 #include "recorddb/session/statistics.h"
 
 namespace recorddb {
@@ -19,7 +25,7 @@ namespace recorddb {
 class SessionParts final : public AdRefCounted {
   public:
     // The database outlives the session and all that it handed out.
-    explicit SessionParts(Database& base)
+    SessionParts(Database& base, const SessionOptions& options)
         : database(base),
           connection(base.GetConnection()),
           schema(base.GetSchema()),
@@ -29,7 +35,12 @@ class SessionParts final : public AdRefCounted {
           keys(connection, schema),
           rules(schema, keys),
           dbids(connection, base.GetRecordIds()),
-          queryStatements(connection) {}
+          queryStatements(connection),
+          history(connection, schema, tables),
+          folder(options.attachmentsFolder),
+          attachments(connection),
+          contents(connection),
+          duplicates(connection) {}
 
     Database& database;
     sql::Connection& connection;
@@ -42,6 +53,11 @@ class SessionParts final : public AdRefCounted {
     ValueRules rules;
     DbIdReservations dbids;
     QueryStatements queryStatements;
+    HistoryImport history;
+    AttachmentFolder folder;
+    AttachmentTable attachments;
+    ContentStore contents;
+    DuplicateTable duplicates;
 };
 
 }  // namespace recorddb

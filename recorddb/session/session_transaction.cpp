@@ -4,8 +4,21 @@
 
 namespace recorddb {
 
+namespace {
+
+SessionState StateOf(const SessionParts& parts) {
+    return {.statistics = parts.statistics, .pendingHistory = parts.history.PendingCount()};
+}
+
+void GoBackTo(const SessionState& state, SessionParts& parts) noexcept {
+    parts.statistics = state.statistics;
+    parts.history.DropPending(state.pendingHistory);
+}
+
+}  // namespace
+
 SessionSavepoint::SessionSavepoint(AdPtr<SessionParts> parts)
-    : m_parts(std::move(parts)), m_before(m_parts->statistics), m_savepoint(m_parts->connection) {}
+    : m_parts(std::move(parts)), m_before(StateOf(*m_parts)), m_savepoint(m_parts->connection) {}
 
 SessionSavepoint::~SessionSavepoint() {
     Rollback();
@@ -22,12 +35,12 @@ void SessionSavepoint::Rollback() noexcept {
     }
     m_open = false;
     m_savepoint.Rollback();
-    m_parts->statistics = m_before;
+    GoBackTo(m_before, *m_parts);
 }
 
 SessionTransaction::SessionTransaction(AdPtr<SessionParts> parts)
     : m_parts(std::move(parts)),
-      m_before(m_parts->statistics),
+      m_before(StateOf(*m_parts)),
       m_transaction(m_parts->failures.Watch([this] { return m_parts->database.Begin(); })) {}
 
 SessionTransaction::~SessionTransaction() {
@@ -48,7 +61,7 @@ void SessionTransaction::Rollback() noexcept {
         return;
     }
     m_transaction.Rollback();
-    m_parts->statistics = m_before;
+    GoBackTo(m_before, *m_parts);
 }
 
 std::unique_ptr<SessionSavepoint> SessionTransaction::Savepoint() {

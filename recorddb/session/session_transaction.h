@@ -1,6 +1,7 @@
 #ifndef RECORDDB_SESSION_SESSION_TRANSACTION_H
 #define RECORDDB_SESSION_SESSION_TRANSACTION_H
 
+#include <cstddef>
 #include <memory>
 
 #include "platform/core/adptr.h"
@@ -9,6 +10,12 @@
 #include "recorddb/sql/transaction.h"
 
 namespace recorddb {
+
+// What a session has in memory and must go back to when work is undone.
+struct SessionState {
+    Statistics statistics;
+    std::size_t pendingHistory = 0;
+};
 
 // A part of a session's transaction that can be undone by itself, such as the work on one record.
 // The destructor undoes one that is still open. Made by SessionTransaction::Savepoint; savepoints
@@ -30,7 +37,7 @@ class SessionSavepoint {
 
   private:
     AdPtr<SessionParts> m_parts;
-    Statistics m_before;
+    SessionState m_before;
     sql::Savepoint m_savepoint;
     bool m_open = true;
 };
@@ -57,7 +64,7 @@ class SessionTransaction {
 
   private:
     AdPtr<SessionParts> m_parts;
-    Statistics m_before;
+    SessionState m_before;
     sql::Transaction m_transaction;
 };
 

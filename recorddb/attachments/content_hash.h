@@ -1,0 +1,32 @@
+#ifndef RECORDDB_ATTACHMENTS_CONTENT_HASH_H
+#define RECORDDB_ATTACHMENTS_CONTENT_HASH_H
+
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <string>
+
+namespace recorddb {
+
+// The SHA-256 of content that is given piece by piece.
+class ContentHash {
+  public:
+    // Throws std::runtime_error when the cryptographic library refuses to work.
+    ContentHash();
+    ~ContentHash();
+    ContentHash(const ContentHash&) = delete;
+    ContentHash& operator=(const ContentHash&) = delete;
+
+    void Update(std::span<const std::byte> piece);
+
+    // The hash of all pieces as 64 lower-case hex digits. Nothing may follow it.
+    std::string HexDigest();
+
+  private:
+    struct Context;
+    std::unique_ptr<Context> m_context;
+};
+
+}  // namespace recorddb
+
+#endif

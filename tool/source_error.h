@@ -16,6 +16,8 @@ enum class SourceProblem {
     UnsupportedEncoding,  // neither UTF-8 nor UTF-16
     Undecodable,          // bytes that are no text in a packet that is needed whole
     TooLarge,             // a packet that is needed whole and does not fit the limit
+    NotAPacket,           // a configuration that is not well-formed XML
+    Refused,              // a packet that the load as a whole has no use for
 };
 
 // A source that cannot be used. what() names the source and says what to do about it.

@@ -20,6 +20,16 @@ struct Statistics {
     bool operator==(const Statistics&) const = default;
 };
 
+// What was done between two moments, given what had been done at each.
+inline Statistics operator-(const Statistics& later, const Statistics& earlier) {
+    return {later.recordsCreated - earlier.recordsCreated,
+            later.recordsUpdated - earlier.recordsUpdated,
+            later.historyEntries - earlier.historyEntries,
+            later.attachments - earlier.attachments,
+            later.duplicateLinks - earlier.duplicateLinks,
+            later.commits - earlier.commits};
+}
+
 }  // namespace recorddb
 
 #endif

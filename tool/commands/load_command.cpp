@@ -1,0 +1,89 @@
+#include "tool/commands/load_command.h"
+
+#include <fmt/format.h>
+
+#include <optional>
+
+#include "recorddb/database.h"
+#include "recorddb/session/session.h"
+#include "tool/exit_code.h"
+#include "tool/interrupt.h"
+#include "tool/load_output.h"
+#include "tool/source_list.h"
+#include "tool/source_loader.h"
+#include "tool/trace_file.h"
+#include "tool/usage_error.h"
+
+namespace tool {
+
+namespace {
+
+void CheckFolder(const std::filesystem::path& folder) {
+    std::error_code ignored;
+    if (!folder.empty() && !std::filesystem::is_directory(folder, ignored)) {
+        throw UsageError("the attachments folder " + folder.string() +
+                         " does not exist; name the folder that the file names in the packets "
+                         "start from");
+    }
+}
+
+int ExitCodeOf(const LoadOutput& output) {
+    if (const int signal = Interrupted()) {
+        return 128 + signal;
+    }
+    const bool rejected = output.Totals().rejected > 0 || output.LeavesRejectedBefore();
+    return static_cast<int>(rejected ? ExitCode::RecordsRejected : ExitCode::Success);
+}
+
+void SayWhyStopped(const LoadOptions& options, LoadOutput& output) {
+    if (Interrupted() != 0) {
+        output.Warn("Stopped. Everything up to here is in the database; the same command goes on.");
+    } else {
+        output.Warn(
+            fmt::format("Stopped, since more than {} records were rejected. Everything up "
+                        "to here is in the database; the same command goes on.",
+                        options.maxRejects.value_or(0)));
+    }
+}
+
+void LoadSources(const SourceList& sources, SourceLoader& loader) {
+    for (const Source& source : sources.Sources()) {
+        loader.Load(source);
+        if (loader.Stopped()) {
+            return;
+        }
+    }
+}
+
+}  // namespace
+
+int RunLoad(const LoadOptions& options, std::ostream& out, std::ostream& err) {
+    CheckFolder(options.attachments);
+    const SourceList sources(options.sources);
+    std::optional<TraceFile> trace;
+    if (!options.trace.empty()) {
+        trace.emplace(options.trace);
+    }
+    const auto database =
+        recorddb::Database::Open(options.database, recorddb::Database::Mode::ReadWrite);
+    recorddb::SessionOptions sessionOptions;
+    sessionOptions.attachmentsFolder = options.attachments.string();
+    const AdPtr<recorddb::Session> session = database->OpenSession(sessionOptions);
+    LoadOutput output(options, sources.TotalSize(), out, err);
+    SourceLoader loader(*database, session, options, output);
+    WatchInterrupts();
+    try {
+        LoadSources(sources, loader);
+    } catch (...) {
+        // What was imported and rejected before is true all the same, and the report says so.
+        output.Finish();
+        throw;
+    }
+    if (loader.Stopped()) {
+        SayWhyStopped(options, output);
+    }
+    output.Finish();
+    return ExitCodeOf(output);
+}
+
+}  // namespace tool

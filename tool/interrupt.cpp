@@ -1,0 +1,30 @@
+#include "tool/interrupt.h"
+
+#include <csignal>
+
+namespace tool {
+
+namespace {
+
+volatile std::sig_atomic_t interruptedBy = 0;
+
+void Remember(int signal) {
+    interruptedBy = signal;
+}
+
+}  // namespace
+
+void WatchInterrupts() {
+    struct sigaction action = {};
+    action.sa_handler = Remember;
+    // The handler serves once: whoever presses Ctrl-C again means it.
+    action.sa_flags = SA_RESETHAND | SA_RESTART;
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+}
+
+int Interrupted() {
+    return interruptedBy;
+}
+
+}  // namespace tool

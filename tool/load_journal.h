@@ -1,0 +1,68 @@
+#ifndef TOOL_LOAD_JOURNAL_H
+#define TOOL_LOAD_JOURNAL_H
+
+#include <cstdint>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include "recorddb/journal/journal.h"
+#include "tool/report.h"
+
+namespace tool {
+
+// What becomes of a record of a source, as far as the journal knows.
+enum class RecordTask {
+    Import,  // not handled yet
+    Retry,   // was rejected, and is to be tried again
+    Pass,    // handled in an earlier load
+};
+
+// The journal of one source under one configuration, during a load.
+class LoadJournal {
+  public:
+    // JOURNAL stays the caller's. With FRESH the journal is taken as empty, and what it knew of the
+    // source is forgotten at the first Save. With RETRY the records that were rejected in a source
+    // that was read to its end are tasks again; those of an interrupted load are not, since the
+    // result must be the one of an undisturbed load.
+    LoadJournal(recorddb::journal::Journal& journal, recorddb::journal::JournalKey key,
+                std::string sourceName, bool fresh, bool retry);
+
+    // What an earlier load left.
+    bool WasComplete() const { return m_wasComplete; }
+    std::uint64_t HandledBefore() const { return m_handledBefore; }
+    std::uint64_t RejectedBefore() const { return m_rejectedBefore; }
+
+    // True when nothing of the source is left to do.
+    bool NothingToDo() const { return m_wasComplete && m_retry.empty(); }
+
+    RecordTask TaskOf(std::uint64_t ordinal) const;
+
+    // Notes what became of a record. Records are noted in the order of their ordinals.
+    void NoteImported(std::uint64_t ordinal, const LoadTotals& done);
+    void NoteRejected(std::uint64_t ordinal);
+
+    // Notes that the source holds no more records.
+    void NoteEnd() { m_entry.complete = true; }
+
+    // Writes what was noted, in the transaction that is open.
+    void Save();
+
+  private:
+    void NoteHandled(std::uint64_t ordinal);
+
+    recorddb::journal::Journal& m_journal;
+    recorddb::journal::JournalKey m_key;
+    recorddb::journal::JournalEntry m_entry;
+    bool m_forget;
+    bool m_wasComplete = false;
+    std::uint64_t m_handledBefore = 0;
+    std::uint64_t m_rejectedBefore = 0;
+    std::unordered_set<std::uint64_t> m_retry;
+    std::vector<std::int64_t> m_newRejects;
+    std::vector<std::int64_t> m_mended;
+};
+
+}  // namespace tool
+
+#endif

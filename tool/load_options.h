@@ -1,0 +1,29 @@
+#ifndef TOOL_LOAD_OPTIONS_H
+#define TOOL_LOAD_OPTIONS_H
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tool {
+
+// What `ztimport load` was asked to do.
+struct LoadOptions {
+    std::string database;
+    std::vector<std::string> sources;
+    std::filesystem::path rejects;      // folder; empty for none
+    std::filesystem::path report;       // file; empty for none
+    std::filesystem::path attachments;  // folder; empty for none
+    std::filesystem::path trace;        // file; empty for none
+    std::optional<std::uint64_t> maxRejects;
+    bool wholePackets = false;
+    bool fresh = false;          // ignore the journal
+    bool retryRejected = false;  // import what the journal knows as rejected once more
+    bool quiet = false;
+};
+
+}  // namespace tool
+
+#endif

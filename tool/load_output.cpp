@@ -1,0 +1,123 @@
+#include "tool/load_output.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+namespace tool {
+
+namespace {
+
+// A load that rejects everything must not bury what else it says.
+constexpr std::uint64_t kShownRejects = 20;
+
+std::string PlaceOf(const RejectedRecord& record, const std::string& sourceId) {
+    const std::string id = sourceId.empty() ? "" : fmt::format(" ({})", sourceId);
+    return fmt::format("{}, record {}{}, line {}", record.source, record.number, id, record.line);
+}
+
+}  // namespace
+
+void Add(LoadTotals& totals, const LoadTotals& more) {
+    totals.read += more.read;
+    totals.created += more.created;
+    totals.updated += more.updated;
+    totals.rejected += more.rejected;
+    totals.skipped += more.skipped;
+    totals.history += more.history;
+    totals.attachments += more.attachments;
+    totals.duplicates += more.duplicates;
+}
+
+LoadOutput::LoadOutput(const LoadOptions& options, std::uint64_t totalBytes, std::ostream& out,
+                       std::ostream& err)
+    : m_quiet(options.quiet),
+      m_out(out),
+      m_progress(err, ChooseProgressStyle(options.quiet, STDERR_FILENO), totalBytes),
+      m_start(std::chrono::steady_clock::now()) {
+    if (!options.rejects.empty()) {
+        m_rejects.emplace(options.rejects);
+    }
+    if (!options.report.empty()) {
+        m_report.emplace(options.report);
+    }
+}
+
+void LoadOutput::Say(std::string_view line) {
+    if (!m_quiet) {
+        m_progress.Print(line);
+    }
+}
+
+void LoadOutput::Warn(std::string_view line) {
+    m_progress.Print(line);
+}
+
+void LoadOutput::SetConfiguration(std::string packet) {
+    if (m_rejects) {
+        m_rejects->SetConfiguration(std::move(packet));
+    }
+}
+
+void LoadOutput::AddImported(const LoadTotals& done) {
+    Add(m_totals, done);
+}
+
+void LoadOutput::AddReject(const RejectedRecord& record, const std::string& sourceId) {
+    ++m_totals.rejected;
+    if (m_rejects) {
+        m_rejects->Write(record);
+    }
+    if (m_report) {
+        m_report->AddReject({record.source, record.number, sourceId, record.reason});
+    }
+    ShowReject(record, sourceId);
+}
+
+void LoadOutput::NoteRejectedBefore(const std::string& source, std::uint64_t records,
+                                    bool retried) {
+    if (retried) {
+        Say(fmt::format("{}: tries the rejected ones again ({})", source, records));
+        return;
+    }
+    m_leavesRejectedBefore = true;
+    Warn(
+        fmt::format("{}: {} of its records were rejected by an earlier load; mend and load what "
+                    "that load left in its rejects folder, or try them again as they are with "
+                    "--retry-rejected",
+                    source, records));
+}
+
+void LoadOutput::ShowReject(const RejectedRecord& record, const std::string& sourceId) {
+    if (m_totals.rejected <= kShownRejects) {
+        m_progress.Print(fmt::format("rejected: {}: {}", PlaceOf(record, sourceId), record.reason));
+    } else if (m_totals.rejected == kShownRejects + 1) {
+        m_progress.Print("rejected: further records are counted; --rejects and --report list all");
+    }
+}
+
+void LoadOutput::Finish() {
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - m_start;
+    m_totals.seconds = elapsed.count();
+    m_progress.Finish();
+    if (m_report) {
+        m_report->Finish(m_totals);
+    }
+    if (m_quiet) {
+        return;
+    }
+    m_out << fmt::format(
+        "{} records read: {} created, {} updated, {} rejected, {} skipped\n"
+        "{} history entries, {} attachments, {} duplicate marks\n"
+        "{:.1f} seconds, {:.0f} records per second\n",
+        m_totals.read, m_totals.created, m_totals.updated, m_totals.rejected, m_totals.skipped,
+        m_totals.history, m_totals.attachments, m_totals.duplicates, m_totals.seconds,
+        static_cast<double>(m_totals.read) / std::max(m_totals.seconds, 0.001));
+    if (m_rejects && m_rejects->Count() > 0) {
+        m_out << fmt::format("The rejected records are in {}; mend them and load that folder.\n",
+                             m_rejects->Files().front().parent_path().string());
+    }
+}
+
+}  // namespace tool

@@ -1,0 +1,51 @@
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <iostream>
+
+#include "platform/foundation/cexception.h"
+#include "recorddb/database_error.h"
+#include "recorddb/schema/schema_error.h"
+#include "recorddb/sql/error.h"
+#include "tool/command_line.h"
+#include "tool/exception_text.h"
+#include "tool/exit_code.h"
+#include "tool/source_error.h"
+#include "tool/usage_error.h"
+
+namespace {
+
+int Fail(const std::string& text, tool::ExitCode code) {
+    std::cerr << "ztimport: " << text << '\n';
+    return static_cast<int>(code);
+}
+
+// The one place that turns an exception into words and an exit code.
+int FailWithCurrentException() {
+    try {
+        throw;
+    } catch (const tool::UsageError& error) {
+        return Fail(error.what(), tool::ExitCode::BadInput);
+    } catch (const tool::SourceError& error) {
+        return Fail(error.what(), tool::ExitCode::BadInput);
+    } catch (const recorddb::schema::SchemaError& error) {
+        return Fail(error.what(), tool::ExitCode::BadInput);
+    } catch (const recorddb::DatabaseError& error) {
+        return Fail(error.what(), tool::ExitCode::DatabaseFailed);
+    } catch (const recorddb::sql::Error& error) {
+        return Fail(error.what(), tool::ExitCode::DatabaseFailed);
+    } catch (CException* exception) {
+        return Fail(tool::TakeText(exception), tool::ExitCode::DatabaseFailed);
+    } catch (const std::exception& error) {
+        return Fail(error.what(), tool::ExitCode::BadInput);
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return tool::RunCommandLine(argc, argv, std::cout, std::cerr);
+    } catch (...) {
+        return FailWithCurrentException();
+    }
+}

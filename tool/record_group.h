@@ -1,0 +1,37 @@
+#ifndef TOOL_RECORD_GROUP_H
+#define TOOL_RECORD_GROUP_H
+
+#include <cstddef>
+#include <memory>
+
+#include "recorddb/session/session.h"
+
+namespace tool {
+
+// Groups the records of a load into transactions. A transaction of its own for every record costs
+// four times as much as the records themselves; one that never ends makes each savepoint in it
+// dearer. About a hundred records to a transaction is near the best.
+class RecordGroup {
+  public:
+    static constexpr std::size_t kRecords = 100;
+
+    explicit RecordGroup(AdPtr<recorddb::Session> session) : m_session(std::move(session)) {}
+
+    // Makes sure that a transaction is open.
+    recorddb::SessionTransaction& Open();
+
+    // Counts a record; true when the group has as many as it should have.
+    bool AddRecord() { return ++m_count >= kRecords; }
+
+    // Makes the group's work permanent; nothing happens when no transaction is open.
+    void Commit();
+
+  private:
+    AdPtr<recorddb::Session> m_session;
+    std::unique_ptr<recorddb::SessionTransaction> m_transaction;
+    std::size_t m_count = 0;
+};
+
+}  // namespace tool
+
+#endif

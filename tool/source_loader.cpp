@@ -1,0 +1,234 @@
+#include "tool/source_loader.h"
+
+#include <fmt/format.h>
+
+#include <utility>
+
+#include "tool/content_hash.h"
+#include "tool/interrupt.h"
+#include "tool/packet_head.h"
+#include "tool/record_fields.h"
+#include "tool/source_error.h"
+
+namespace tool {
+
+namespace {
+
+LoadTotals TotalsOf(const ImportOutcome& outcome, ImportedData data) {
+    LoadTotals totals;
+    const auto count = [](std::int64_t number) { return static_cast<std::uint64_t>(number); };
+    totals.history = count(outcome.done.historyEntries);
+    totals.attachments = count(outcome.done.attachments);
+    totals.duplicates = count(outcome.done.duplicateLinks);
+    // History and attachments are committed through the record that they belong to, which by that
+    // is not updated in the sense of the word.
+    if (data == ImportedData::Records) {
+        totals.created = count(outcome.done.recordsCreated);
+        totals.updated = count(outcome.done.recordsUpdated);
+    }
+    totals.skipped = outcome.Skipped() ? 1 : 0;
+    return totals;
+}
+
+std::string Plural(std::uint64_t number, std::string_view noun) {
+    return fmt::format("{} {}{}", number, noun, number == 1 ? "" : "s");
+}
+
+}  // namespace
+
+SourceLoader::SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session> session,
+                           const LoadOptions& options, LoadOutput& output)
+    : m_database(database),
+      m_session(session),
+      m_options(options),
+      m_output(output),
+      m_importer(session),
+      m_group(std::move(session)) {}
+
+void SourceLoader::Load(const Source& source) {
+    ReaderOptions options;
+    options.unseen = [&](const UnseenRecord& unseen) {
+        m_output.Warn(fmt::format("warning: {}, line {}: not read as a record: {}", source.name,
+                                  unseen.line, unseen.text));
+    };
+    PacketReader reader(source.path, source.name, options);
+    if (reader.IsConfiguration()) {
+        LoadConfiguration(reader, source);
+    } else {
+        LoadData(reader, source);
+    }
+    m_bytesBefore += source.size;
+    m_output.Advance(m_bytesBefore);
+}
+
+void SourceLoader::LoadConfiguration(PacketReader& reader, const Source& source) {
+    ImportConfiguration next = m_configuration;
+    next.Apply(reader.ReadConfiguration(), source.name);
+    const std::string error = m_importer.Configure(next);
+    if (const auto& failure = m_session->Failure()) {
+        throw *failure;
+    }
+    if (!error.empty()) {
+        throw SourceError(SourceProblem::Refused, source.name, source.name + ": " + error);
+    }
+    m_configuration = std::move(next);
+    m_output.SetConfiguration(m_configuration.ToPacket());
+    if (m_configuration.Data() == ImportedData::Nothing) {
+        m_output.Warn(
+            fmt::format("warning: {}: import_data is \"{}\", so that nothing of the "
+                        "packets that follow is imported; it must be record, history or "
+                        "attachments",
+                        source.name, m_configuration.ImportData()));
+    }
+}
+
+void SourceLoader::LoadData(PacketReader& reader, const Source& source) {
+    CheckData(source);
+    LoadJournal journal = OpenJournal(source);
+    if (journal.NothingToDo()) {
+        m_output.AddRead(journal.HandledBefore());
+        m_output.AddSkipped(journal.HandledBefore());
+        return;
+    }
+    if (m_options.wholePackets) {
+        LoadWhole(reader, source, journal);
+    } else {
+        LoadRecords(reader, source, journal);
+    }
+}
+
+// Refuses data that cannot be imported at all, which is no fault of its records.
+void SourceLoader::CheckData(const Source& source) {
+    if (!m_configuration.Received()) {
+        throw SourceError(SourceProblem::Refused, source.name,
+                          source.name +
+                              ": no configuration packet comes before these records; "
+                              "name it before them on the command line");
+    }
+    if (m_configuration.Data() == ImportedData::Attachments && m_options.attachments.empty()) {
+        throw SourceError(SourceProblem::Refused, source.name,
+                          source.name +
+                              ": attachments are imported only from a folder that "
+                              "--attachments names");
+    }
+}
+
+LoadJournal SourceLoader::OpenJournal(const Source& source) {
+    const auto* type = m_database.GetSchema().FindType(m_configuration.RecordType());
+    const auto isField = [&](std::string_view name) { return type->FindField(name) != nullptr; };
+    LoadJournal journal(m_database.GetJournal(),
+                        {HashFile(source.path, source.name), m_configuration.Fingerprint(isField)},
+                        source.name, m_options.fresh, m_options.retryRejected);
+    if (journal.WasComplete()) {
+        m_output.Say(fmt::format("{}: already loaded ({})", source.name,
+                                 Plural(journal.HandledBefore(), "record")));
+    } else if (journal.HandledBefore() > 0) {
+        m_output.Say(fmt::format("{}: goes on behind record {}, where an earlier load stopped",
+                                 source.name, journal.HandledBefore()));
+    }
+    if (journal.RejectedBefore() > 0) {
+        m_output.NoteRejectedBefore(source.name, journal.RejectedBefore(), m_options.retryRejected);
+    }
+    return journal;
+}
+
+void SourceLoader::LoadRecords(PacketReader& reader, const Source& source, LoadJournal& journal) {
+    SourceRecord record;
+    while (!m_stopped && reader.NextRecord(record)) {
+        m_output.AddRead();
+        if (journal.TaskOf(record.ordinal) == RecordTask::Pass) {
+            m_output.AddSkipped(1);
+            continue;
+        }
+        LoadRecord(record, source, journal);
+        m_output.Advance(m_bytesBefore + reader.BytesRead());
+        m_stopped = MustStop();
+    }
+    if (!m_stopped) {
+        journal.NoteEnd();
+    }
+    m_group.Open();
+    CommitGroup(journal);
+}
+
+void SourceLoader::LoadRecord(const SourceRecord& record, const Source& source,
+                              LoadJournal& journal) {
+    std::string error = record.error;
+    if (record.defect != RecordDefect::None ||
+        !ImportOne(record.packet, record.ordinal, journal, error)) {
+        Reject(record, source, error, journal);
+    }
+    if (m_group.AddRecord()) {
+        CommitGroup(journal);
+    }
+}
+
+void SourceLoader::LoadWhole(PacketReader& reader, const Source& source, LoadJournal& journal) {
+    if (journal.HandledBefore() > 0 && !journal.WasComplete()) {
+        throw SourceError(SourceProblem::Refused, source.name,
+                          source.name +
+                              ": an earlier load of its records was interrupted; finish "
+                              "that without --whole-packets first");
+    }
+    const WholePacket whole = reader.ReadWhole();
+    SourceRecord record;
+    // The rejects file has a declaration of its own.
+    record.raw = std::string_view(whole.text).substr(packetDeclaration.size());
+    record.line = 1;
+    std::string error = whole.error;
+    m_output.AddRead();
+    if (!error.empty() || !ImportOne(whole.text, 0, journal, error)) {
+        Reject(record, source, error, journal);
+    }
+    m_stopped = MustStop();
+    journal.NoteEnd();
+    CommitGroup(journal);
+}
+
+// Imports one packet; when it fails, nothing of it stays.
+bool SourceLoader::ImportOne(std::string_view packet, std::uint64_t ordinal, LoadJournal& journal,
+                             std::string& error) {
+    const auto savepoint = m_group.Open().Savepoint();
+    const ImportOutcome outcome = m_importer.Import(packet);
+    if (const auto& failure = m_session->Failure()) {
+        throw *failure;
+    }
+    if (outcome.Failed()) {
+        savepoint->Rollback();
+        error = outcome.error;
+        return false;
+    }
+    savepoint->Release();
+    const LoadTotals done = TotalsOf(outcome, m_configuration.Data());
+    journal.NoteImported(ordinal, done);
+    m_output.AddImported(done);
+    return true;
+}
+
+void SourceLoader::Reject(const SourceRecord& record, const Source& source,
+                          const std::string& reason, LoadJournal& journal) {
+    m_group.Open();
+    RejectedRecord rejected;
+    rejected.source = source.name;
+    rejected.number = record.ordinal + 1;
+    rejected.line = record.line;
+    rejected.reason = reason;
+    rejected.raw = record.raw;
+    rejected.defect = record.defect;
+    rejected.openSection = record.openSection;
+    m_output.AddReject(rejected,
+                       FindFieldValue(record.raw, m_configuration.OriginalId()).value_or(""));
+    journal.NoteRejected(record.ordinal);
+}
+
+void SourceLoader::CommitGroup(LoadJournal& journal) {
+    journal.Save();
+    m_group.Commit();
+}
+
+bool SourceLoader::MustStop() const {
+    return Interrupted() ||
+           (m_options.maxRejects && m_output.Totals().rejected > *m_options.maxRejects);
+}
+
+}  // namespace tool

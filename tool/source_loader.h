@@ -1,0 +1,65 @@
+#ifndef TOOL_SOURCE_LOADER_H
+#define TOOL_SOURCE_LOADER_H
+
+#include <cstdint>
+#include <string>
+
+#include "recorddb/database.h"
+#include "recorddb/session/session.h"
+#include "tool/import_configuration.h"
+#include "tool/load_journal.h"
+#include "tool/load_options.h"
+#include "tool/load_output.h"
+#include "tool/packet_reader.h"
+#include "tool/record_group.h"
+#include "tool/record_importer.h"
+#include "tool/source_list.h"
+
+namespace tool {
+
+// Loads sources one after the other: configurations are put in force, records are imported each by
+// itself. What a rejected record had written is undone, so that a record is in the database as a
+// whole or not at all, and the journal is written with the records it speaks of.
+class SourceLoader {
+  public:
+    // All of them stay the caller's.
+    SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session> session,
+                 const LoadOptions& options, LoadOutput& output);
+
+    // Throws SourceError when the source or its configuration cannot be used, and sql::Error when
+    // the database fails. What was made permanent before stays, and the same load goes on from
+    // there.
+    void Load(const Source& source);
+
+    // True when the load was to end early, because of a signal or of too many rejected records.
+    bool Stopped() const { return m_stopped; }
+
+  private:
+    void LoadConfiguration(PacketReader& reader, const Source& source);
+    void LoadData(PacketReader& reader, const Source& source);
+    void CheckData(const Source& source);
+    LoadJournal OpenJournal(const Source& source);
+    void LoadRecords(PacketReader& reader, const Source& source, LoadJournal& journal);
+    void LoadRecord(const SourceRecord& record, const Source& source, LoadJournal& journal);
+    void LoadWhole(PacketReader& reader, const Source& source, LoadJournal& journal);
+    bool ImportOne(std::string_view packet, std::uint64_t ordinal, LoadJournal& journal,
+                   std::string& error);
+    void Reject(const SourceRecord& record, const Source& source, const std::string& reason,
+                LoadJournal& journal);
+    void CommitGroup(LoadJournal& journal);
+    bool MustStop() const;
+
+    recorddb::Database& m_database;
+    AdPtr<recorddb::Session> m_session;
+    const LoadOptions& m_options;
+    LoadOutput& m_output;
+    ImportConfiguration m_configuration;
+    RecordImporter m_importer;
+    RecordGroup m_group;
+    std::uint64_t m_bytesBefore = 0;  // sizes of the sources dealt with
+    bool m_stopped = false;
+};
+
+}  // namespace tool
+
+#endif

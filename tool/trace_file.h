@@ -1,0 +1,31 @@
+#ifndef TOOL_TRACE_FILE_H
+#define TOOL_TRACE_FILE_H
+
+#include <filesystem>
+#include <fstream>
+
+#include "platform/messages/addiagnostic.h"
+
+namespace tool {
+
+// Writes the importer's traces to a file, one line each, for as long as it lives: it switches the
+// importer's diagnostic flag on and takes the process's diagnostic sink.
+class TraceFile : public AdDiagnosticSink {
+  public:
+    // Replaces the file at PATH. Throws UsageError when it cannot be written.
+    explicit TraceFile(const std::filesystem::path& path);
+    ~TraceFile() override;
+    TraceFile(const TraceFile&) = delete;
+    TraceFile& operator=(const TraceFile&) = delete;
+
+    bool Wants(int flag) override { return flag == AdDiagnostic::kImportFlag; }
+    void Write(const Obx_String& tag, const Obx_String& text) override;
+
+  private:
+    std::ofstream m_file;
+    AdDiagnosticSink* m_former;
+};
+
+}  // namespace tool
+
+#endif

@@ -29,7 +29,7 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
      u"There is no record of type \"_datatype_\" with the identifier \"_value_\".",
      "A record was asked for by its dbid or display id and is not in the database."},
     {message_id::kNoState,
-     u"\"_value_\" is not a state of the record type \"_datatype_\"; its states are: _states_.",
+     u"The record type \"_datatype_\" has no state \"_value_\"; its states are: _states_.",
      "Only the states that the schema lists can be given to a record; case matters. Correct the "
      "state in the source, or do not import states."},
     {message_id::kNoAction, u"The record type \"_datatype_\" has no action of the kind _value_.",
@@ -69,8 +69,8 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
      "The field is a reference list, or holds attachments or history, which are added one by one. "
      "This is a fault of the program that makes the call."},
     {message_id::kFieldNotList,
-     u"\"_value_\" cannot be added to or taken out of the field \"_field_\" of a record of type "
-     u"\"_datatype_\": it is not a reference list.",
+     u"The field \"_field_\" of a record of type \"_datatype_\" is not a reference list: "
+     u"\"_value_\" can be neither added to it nor taken out.",
      "Only reference lists take values one by one. This is a fault of the program that makes the "
      "call."},
     {message_id::kReferenceUnknown,
@@ -85,8 +85,8 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
      "The unique key has several fields, which are separated by blanks, and contains blanks itself "
      "in such a way that it fits more than one record. Rename one of them."},
     {message_id::kNotInList,
-     u"\"_value_\" cannot be taken out of the field \"_field_\" of a record of type "
-     u"\"_datatype_\": the list does not hold it.",
+     u"The field \"_field_\" of a record of type \"_datatype_\" does not hold \"_value_\", which "
+     u"was to be taken out.",
      "The record named exists but is not in the list, so there is nothing to take out."},
     {message_id::kRequiredFieldEmpty,
      u"The field \"_field_\" of a record of type \"_datatype_\" is empty, but needs a value.",
@@ -121,8 +121,9 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
      "Another program created a record at the same time. Import the record again."},
     {message_id::kConstraintBroken,
      u"The database refused a record of type \"_datatype_\": _coreinfo_",
-     "The record breaks a rule that the database's tables have and that its schema does not tell. "
-     "Has somebody changed the tables by hand?"},
+     "The record breaks a rule that the database's tables have and that its schema does not tell, "
+     "so "
+     "the tables have been changed by hand. The text ends with the database engine's reason."},
     {message_id::kFieldNotSearchable,
      u"The field \"_field_\" of the record type \"_datatype_\" cannot be searched or selected.",
      "Queries work on fields with a single value, not on reference lists, attachments or history. "
@@ -137,33 +138,34 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
      "entry was left out, the others of the record were imported. Shorten the text in the source "
      "and import this entry again."},
     {message_id::kHistoryNotText,
-     u"_field_ of history entry _linenum_ is not valid UTF-16 at index _position_",
+     u"History entry _linenum_ cannot be imported: its _field_ is not valid UTF-16 at index "
+     u"_position_.",
      "The text holds half of a surrogate pair, so it was damaged on its way. The entry was left "
      "out."},
     {message_id::kHistoryNotTime,
-     u"_field_ of history entry _linenum_ is not a date and time: \"_value_\"",
+     u"History entry _linenum_ cannot be imported: its _field_ \"_value_\" is not a date and time.",
      "Times of history entries are handed over as \"YYYY-MM-DD HH:MM:SS\", UTC. The entry was left "
      "out. This is a fault of the program that makes the call."},
     {message_id::kHistoryOtherType,
-     u"history entry _linenum_ is of record type \"_datatype_\" with the number _value_, which do "
-     u"not belong together",
+     u"History entry _linenum_ cannot be imported: the record type \"_datatype_\" does not have "
+     u"the number _value_.",
      "The name and the number of the record type contradict each other, or there is no such type. "
      "The entry was left out. This is a fault of the program that makes the call."},
     {message_id::kHistoryNoField,
-     u"history entry _linenum_ cannot be imported: the record type \"_datatype_\" has no history "
-     u"field",
+     u"History entry _linenum_ cannot be imported: the record type \"_datatype_\" has no history "
+     u"field.",
      "Only record types for which the schema has a field of type history keep history. Add one to "
      "the schema and make the database again, or leave the history out."},
     {message_id::kHistoryNoRecord,
-     u"history entry _linenum_ belongs to a record of type \"_datatype_\" with the dbid _value_, "
-     u"which does not exist",
+     u"History entry _linenum_ cannot be imported: there is no record of type \"_datatype_\" with "
+     u"the dbid _value_.",
      "History can be imported only for records that are in the database. The entry was left out."},
     {message_id::kAttachmentNoFolder,
      u"The file \"_value_\" cannot be attached, because no folder for attachments was given.",
      "Files of attachments are read below one folder only, so that a packet cannot reach anything "
      "else. Say which folder that is."},
     {message_id::kAttachmentBadName,
-     u"\"_value_\" cannot be attached, because it is not the name of a file.",
+     u"The file \"_value_\" cannot be attached, because this is not the name of a file.",
      "An attachment needs the name of its file, in one line. Correct it in the source."},
     {message_id::kAttachmentOutside,
      u"The file \"_value_\" cannot be attached, because it lies outside of the folder for "
@@ -171,7 +173,8 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
      "The name is absolute, or it leaves the folder through \"..\" or a symbolic link. Names of "
      "attachments are relative to the folder and stay below it. Copy the file into the folder and "
      "correct the name in the source."},
-    {message_id::kAttachmentNotAFile, u"\"_value_\" cannot be attached, because it is not a file.",
+    {message_id::kAttachmentNotAFile,
+     u"The name \"_value_\" cannot be attached, because it is not that of a file.",
      "The name is that of a folder or a device. Correct it in the source."},
     {message_id::kAttachmentUnreadable,
      u"The file \"_value_\" cannot be attached, because it cannot be read: _coreinfo_.",
@@ -186,14 +189,15 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
      "An attachment was to be removed that the record does not have. It is told by the text with "
      "which the field gives it."},
     {message_id::kFieldNotAttachments,
-     u"\"_value_\" cannot be attached to or removed from the field \"_field_\" of a record of type "
-     u"\"_datatype_\": it does not hold attachments.",
+     u"The field \"_field_\" of a record of type \"_datatype_\" does not hold attachments: "
+     u"\"_value_\" can be neither attached to it nor removed.",
      "Only fields of type attachments hold files. Correct the name of the field in the source."},
     {message_id::kDuplicateOtherType,
      u"The record \"_value_\" of type \"_datatype_\" cannot be marked as a duplicate of a record "
      u"of "
      u"type \"_refentitydef_\".",
-     "A record and its duplicates are of one type."},
+     "A record and its duplicates are of one type. Correct the reference to the original in the "
+     "source."},
     {message_id::kDuplicateNotSaved,
      u"A record of type \"_datatype_\" cannot be marked as a duplicate of one that has not been "
      u"written.",

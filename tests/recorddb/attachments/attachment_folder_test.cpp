@@ -86,7 +86,8 @@ TEST_F(AttachmentFolderTest, WhatIsNoFileIsRefused) {
     ASSERT_EQ(mkfifo(m_folder.File("files/pipe").c_str(), 0600), 0);
     for (const std::string name : {"sub", "pipe", "."}) {
         const std::string text = Refusal(name);
-        EXPECT_TRUE(text == "\"" + name + "\" cannot be attached, because it is not a file." ||
+        EXPECT_TRUE(text == "The name \"" + name +
+                                "\" cannot be attached, because it is not that of a file." ||
                     text == Outside(name))
             << text;
     }
@@ -101,9 +102,10 @@ TEST_F(AttachmentFolderTest, FileThatMayNotBeReadIsRefused) {
 }
 
 TEST_F(AttachmentFolderTest, NamesThatCannotBeNamesAreRefused) {
-    EXPECT_EQ(Refusal(""), "\"\" cannot be attached, because it is not the name of a file.");
+    EXPECT_EQ(Refusal(""),
+              "The file \"\" cannot be attached, because this is not the name of a file.");
     EXPECT_EQ(Refusal("a\nb"),
-              "\"a\nb\" cannot be attached, because it is not the name of a file.");
+              "The file \"a\nb\" cannot be attached, because this is not the name of a file.");
 }
 
 TEST_F(AttachmentFolderTest, WithoutAFolderEveryNameIsRefused) {

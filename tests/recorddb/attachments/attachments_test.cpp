@@ -168,8 +168,8 @@ TEST_F(AttachmentsTest, FileThatVanishesBeforeCommitFailsTheWholeCommit) {
 TEST_F(AttachmentsTest, OtherFieldsTakeNone) {
     const AdEntityPtr bug = Open("bug", "1");
     const std::string refusal =
-        "\"same.txt\" cannot be attached to or removed from the field \"title\" of a record of "
-        "type \"bug\": it does not hold attachments.";
+        "The field \"title\" of a record of type \"bug\" does not hold attachments: \"same.txt\" "
+        "can be neither attached to it nor removed.";
     EXPECT_EQ(bug->AddAttachment(Text("title"), Text("same.txt"), Text("")).ToUtf8(), refusal);
     EXPECT_EQ(bug->DeleteAttachment(Text("title"), Text("same.txt")).ToUtf8(), refusal);
     EXPECT_NE(bug->AddAttachment(Text("colour"), Text("same.txt"), Text("")).ToUtf8(), "");

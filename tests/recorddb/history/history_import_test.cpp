@@ -150,31 +150,34 @@ TEST_F(HistoryImportTest, GoodEntriesAreImportedAlthoughOthersAreRefused) {
 TEST_F(HistoryImportTest, TimesMustBeDates) {
     AdHistory entry = Entry("99");
     EXPECT_EQ(Hand({entry}),
-              "action_time of history entry 1 is not a date and time: \"2020-01-01 00:00:99\"");
+              "History entry 1 cannot be imported: its action_time \"2020-01-01 00:00:99\" is not "
+              "a date and time.");
     entry = Entry("01");
     Put(entry.expiryTime, "2020-01-01");
     EXPECT_EQ(Hand({entry}),
-              "expiry_time of history entry 1 is not a date and time: \"2020-01-01\"");
+              "History entry 1 cannot be imported: its expiry_time \"2020-01-01\" is not a date "
+              "and time.");
 }
 
 TEST_F(HistoryImportTest, TextMustBeValid) {
     AdHistory entry = Entry("01");
     entry.userName[1] = char16_t{0xDC00};
-    EXPECT_EQ(Hand({entry}), "user_name of history entry 1 is not valid UTF-16 at index 1");
+    EXPECT_EQ(Hand({entry}),
+              "History entry 1 cannot be imported: its user_name is not valid UTF-16 at index 1.");
 }
 
 TEST_F(HistoryImportTest, RecordMustExist) {
-    EXPECT_EQ(Hand({Entry("01", "ann", 9)}),
-              "history entry 1 belongs to a record of type \"bug\" with the dbid 9, which does not "
-              "exist");
+    EXPECT_EQ(
+        Hand({Entry("01", "ann", 9)}),
+        "History entry 1 cannot be imported: there is no record of type \"bug\" with the dbid 9.");
 }
 
 TEST_F(HistoryImportTest, NameAndNumberOfTheTypeMustBelongTogether) {
     AdHistory entry = Entry("01");
     Put(entry.recordTypeName, "user");
-    EXPECT_EQ(Hand({Entry("01"), entry}),
-              "history entry 2 is of record type \"user\" with the number 5, which do not belong "
-              "together");
+    EXPECT_EQ(
+        Hand({Entry("01"), entry}),
+        "History entry 2 cannot be imported: the record type \"user\" does not have the number 5.");
     entry = Entry("01");
     entry.recordTypeId = 99;
     EXPECT_NE(Hand({entry}), "");
@@ -186,7 +189,7 @@ TEST_F(HistoryImportTest, TypeMustHaveAHistoryField) {
     Put(entry.recordTypeName, "user");
     entry.recordTypeId = Type("user")->GetDbId();
     EXPECT_EQ(Hand({entry}),
-              "history entry 1 cannot be imported: the record type \"user\" has no history field");
+              "History entry 1 cannot be imported: the record type \"user\" has no history field.");
 }
 
 TEST_F(HistoryImportTest, SavepointTakesHistoryAlong) {

@@ -100,11 +100,11 @@ TEST_F(ReferenceListsTest, RefuseWhatDoesNotExistOrIsNotInThem) {
         "no record of type \"user\" with this key.");
     EXPECT_NE(Add(bug, "watchers", ""), "");
     EXPECT_EQ(Remove(bug, "watchers", "bob"),
-              "\"bob\" cannot be taken out of the field \"watchers\" of a record of type \"bug\": "
-              "the list does not hold it.");
+              "The field \"watchers\" of a record of type \"bug\" does not hold \"bob\", which was "
+              "to be taken out.");
     EXPECT_EQ(Add(bug, "title", "ann"),
-              "\"ann\" cannot be added to or taken out of the field \"title\" of a record of type "
-              "\"bug\": it is not a reference list.");
+              "The field \"title\" of a record of type \"bug\" is not a reference list: \"ann\" "
+              "can be neither added to it nor taken out.");
 }
 
 TEST_F(ReferenceListsTest, ChangedByTwoWritersAreNotMixed) {

@@ -22,17 +22,17 @@ TEST_F(StatesTest, ExistingRecordMovesOnlyToAGivenState) {
 }
 
 TEST_F(StatesTest, UnknownStateIsRefusedWithTheStatesThereAre) {
-    EXPECT_EQ(Thrown([&] { New("bug", "new"); }),
-              "\"new\" is not a state of the record type \"bug\"; its states are: NEW, ASSIGNED, "
-              "CLOSED.");
-    EXPECT_EQ(Refusal(New("bug"), "state", "SOLVED"),
-              "\"SOLVED\" is not a state of the record type \"bug\"; its states are: NEW, "
-              "ASSIGNED, CLOSED.");
+    EXPECT_EQ(
+        Thrown([&] { New("bug", "new"); }),
+        "The record type \"bug\" has no state \"new\"; its states are: NEW, ASSIGNED, CLOSED.");
+    EXPECT_EQ(
+        Refusal(New("bug"), "state", "SOLVED"),
+        "The record type \"bug\" has no state \"SOLVED\"; its states are: NEW, ASSIGNED, CLOSED.");
 }
 
 TEST_F(StatesTest, TypeWithoutStatesTakesNone) {
     EXPECT_EQ(Thrown([&] { New("user", "NEW"); }),
-              "\"NEW\" is not a state of the record type \"user\"; its states are: none.");
+              "The record type \"user\" has no state \"NEW\"; its states are: none.");
 }
 
 TEST_F(StatesTest, StateCannotBeEmptied) {

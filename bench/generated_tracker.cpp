@@ -65,15 +65,18 @@ std::string HistoryField(std::string_view name, const GeneratedRecord& record) {
     return Field(name, lines);
 }
 
-std::string CreateXml(const GeneratedRecord& record) {
+std::string FieldsXml(const GeneratedRecord& record) {
     std::string xml;
     for (std::size_t i = 0; i < kFieldNames.size(); ++i) {
         xml += Field(kFieldNames[i], record.fields[i]);
     }
-    xml += Field("description", record.description);
-    xml +=
-        Field("keywords", KeywordName(record.keywords[0]) + "," + KeywordName(record.keywords[1]));
-    return xml + HistoryField("log", record);
+    return xml + Field("description", record.description) +
+           Field("keywords",
+                 KeywordName(record.keywords[0]) + "," + KeywordName(record.keywords[1]));
+}
+
+std::string CreateXml(const GeneratedRecord& record) {
+    return FieldsXml(record) + HistoryField("log", record);
 }
 
 std::string UpdateXml(const GeneratedRecord& record) {
@@ -81,13 +84,7 @@ std::string UpdateXml(const GeneratedRecord& record) {
     changed.fields[1] = "Changed: " + changed.fields[1];
     changed.fields[2] = "later";
     changed.description.replace(0, 7, "Changed");
-    std::string xml;
-    for (std::size_t i = 0; i < kFieldNames.size(); ++i) {
-        xml += Field(kFieldNames[i], changed.fields[i]);
-    }
-    xml += Field("description", changed.description);
-    return xml + Field("keywords",
-                       KeywordName(record.keywords[0]) + "," + KeywordName(record.keywords[1]));
+    return FieldsXml(changed);
 }
 
 std::string HistoryXml(const GeneratedRecord& record) {
@@ -177,6 +174,11 @@ PacketFiles WriteKeywordPackets(const std::filesystem::path& folder) {
 PacketFiles WriteCreatePackets(const std::filesystem::path& folder, std::int64_t records) {
     return WritePackets(folder, "1-create", Configuration("record", "source_id", "bug", false),
                         records, [](std::int64_t i) { return CreateXml(GeneratedRecord(i)); });
+}
+
+PacketFiles WriteBarePackets(const std::filesystem::path& folder, std::int64_t records) {
+    return WritePackets(folder, "1-bare", Configuration("record", "source_id", "bug", false),
+                        records, [](std::int64_t i) { return FieldsXml(GeneratedRecord(i)); });
 }
 
 PacketFiles WriteUpdatePackets(const std::filesystem::path& folder, std::int64_t records) {

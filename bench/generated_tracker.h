@@ -48,9 +48,11 @@ struct PacketFiles {
 // Write the packets of RECORDS records into FOLDER.
 PacketFiles WriteKeywordPackets(const std::filesystem::path& folder);
 PacketFiles WriteCreatePackets(const std::filesystem::path& folder, std::int64_t records);
+// The same records without their history, for which the history packets are then loaded.
+PacketFiles WriteBarePackets(const std::filesystem::path& folder, std::int64_t records);
 // Each record's title, milestone and description are other ones than before.
 PacketFiles WriteUpdatePackets(const std::filesystem::path& folder, std::int64_t records);
-// Four more history lines for each record.
+// The four history lines of each record.
 PacketFiles WriteHistoryPackets(const std::filesystem::path& folder, std::int64_t records);
 
 }  // namespace bench

@@ -2,10 +2,10 @@
 # that layer's folder. A target therefore can include "recorddb/..." only when it links recorddb,
 # and an include against the arrows (ztimporter -> recorddb, say) does not compile.
 function(zt_layer_root layer out)
-    set(root ${CMAKE_BINARY_DIR}/include-roots/${layer})
+    set(root ${PROJECT_BINARY_DIR}/include-roots/${layer})
     file(MAKE_DIRECTORY ${root})
     if(NOT EXISTS ${root}/${layer})
-        file(CREATE_LINK ${CMAKE_SOURCE_DIR}/${layer} ${root}/${layer} SYMBOLIC)
+        file(CREATE_LINK ${PROJECT_SOURCE_DIR}/${layer} ${root}/${layer} SYMBOLIC)
     endif()
     set(${out} ${root} PARENT_SCOPE)
 endfunction()

@@ -46,6 +46,7 @@ class ScriptedCore {
     const std::vector<Obx_String>* FindFieldValues(const Obx_String& field) const;
     // The database identifiers of new records count up from 101.
     long NextDbId() { return m_nextDbId++; }
+    void StartDbIdsAgain() { m_nextDbId = 101; }
 
     // What it answers.
     ScriptedAnswers& Answers() { return m_answers; }

@@ -25,7 +25,7 @@ Obx_String ScriptedFieldInfo::GetValue() const {
 }
 
 void ScriptedFieldInfo::GetValue(CStringArray& values) const {
-    m_core.Called(CallLog::Kind::kCall, m_field.ToUtf8() + ".", "GetValue(list)", {});
+    m_core.Called(CallLog::Kind::kCall, m_field.ToUtf8() + ".", "GetValues", {});
     values.RemoveAll();
     for (const Obx_String& value : m_values) {
         values.Add(value);

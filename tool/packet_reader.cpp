@@ -17,7 +17,7 @@ namespace {
 constexpr std::size_t npos = std::string_view::npos;
 
 std::string ShowSize(std::size_t bytes) {
-    constexpr std::size_t mebibyte = 1024 * 1024;
+    constexpr std::size_t mebibyte = std::size_t{1024} * 1024;
     return bytes % mebibyte == 0 ? fmt::format("{} MiB", bytes / mebibyte)
                                  : fmt::format("{} bytes", bytes);
 }

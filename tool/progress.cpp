@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace tool {
@@ -28,7 +29,7 @@ std::uint64_t Percent(std::uint64_t bytes, std::uint64_t total) {
 }
 
 std::string ShowTime(double seconds) {
-    auto whole = static_cast<std::uint64_t>(seconds + 0.5);
+    auto whole = static_cast<std::uint64_t>(std::llround(seconds));
     std::uint64_t hours = whole / 3600;
     std::uint64_t minutes = whole / 60 % 60;
     return hours > 0 ? fmt::format("{}:{:02}:{:02}", hours, minutes, whole % 60)

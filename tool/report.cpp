@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t pieceSize = 256 * 1024;
+constexpr std::size_t pieceSize = std::size_t{256} * 1024;
 
 // A neighbour of PATH, since only within one file system a rename replaces a file at once.
 fs::path Neighbour(const fs::path& path, std::string_view suffix) {

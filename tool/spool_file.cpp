@@ -14,7 +14,7 @@ namespace tool {
 
 namespace {
 
-constexpr std::size_t pieceSize = 256 * 1024;
+constexpr std::size_t pieceSize = std::size_t{256} * 1024;
 
 OutputFile CreateTemporary() {
     std::string path = (std::filesystem::temp_directory_path() / "ztimport-XXXXXX").string();

@@ -20,7 +20,7 @@ enum class Encoding { Utf8, Utf16LittleEndian, Utf16BigEndian };
 // of the text. What is no text becomes marks (see decoding_marks.h) and never stops the reading.
 class TextDecoder {
   public:
-    static constexpr std::size_t defaultChunk = 256 * 1024;
+    static constexpr std::size_t defaultChunk = std::size_t{256} * 1024;
 
     // SOURCE stays the caller's and must outlive the decoder. CHUNK is the number of bytes read and
     // decoded at a time. Reads the first bytes; throws SourceError (UnsupportedEncoding, or what

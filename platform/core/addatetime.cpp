@@ -131,9 +131,14 @@ struct Field {
 void AppendField(Obx_String& out, std::span<const Field> fields, char16_t name) {
     for (const Field& field : fields) {
         if (field.name == name) {
-            std::string number = std::to_string(field.value);
-            number.insert(0, field.digits - number.size(), '0');
-            out += Obx_String::FromUtf8(number);
+            char16_t digits[] = u"0000";
+            int rest = field.value;
+            for (std::size_t i = field.digits; i > 0; --i) {
+                digits[i - 1] = static_cast<char16_t>(u'0' + rest % 10);
+                rest /= 10;
+            }
+            digits[field.digits] = u'\0';
+            out += digits;
             return;
         }
     }

@@ -36,6 +36,19 @@ constexpr const char16_t* kFlushEndsWithError = u"ReallyImportHistory ends with 
     return new AdHistory[kBatchRoom];
 }
 
+// The keys of an entry, made once: looking one up takes a string.
+struct EntryKeys {
+    Obx_String dbid = u"dbid";
+    Obx_String actionTime = u"action_timestamp";
+    Obx_String expiryTime = u"expired_timestamp";
+    Obx_String userName = u"user_name";
+    Obx_String actionName = u"action_name";
+    Obx_String oldState = u"old_state";
+    Obx_String newState = u"new_state";
+    Obx_String comments = u"comments";
+};
+const EntryKeys kKeys;
+
 Obx_String ValueOf(const CMapStringToString& entry, const Obx_String& key) {
     Obx_String value;
     entry.Lookup(key, value);
@@ -97,20 +110,20 @@ void AdImporter::AddHistory(long recordDbid, EntryList& entries, Obx_String& err
 
 void AdImporter::BatchHistoryEntry(long recordDbid, const CMapStringToString& source,
                                    long lineNumber, Obx_String& error) {
-    const Obx_String historyId = ValueOf(source, u"dbid");
+    const Obx_String historyId = ValueOf(source, kKeys.dbid);
     const auto invalidTime = [&](int id, const Obx_String& time) {
         return EntryText(historyId, MessageText(id, {{u"_value_", time},
                                                      {u"_linenum_", Digits(lineNumber)},
                                                      {u"_id_", m_originalID},
                                                      {u"_idvalue_", m_originalID_value}}));
     };
-    Obx_String actionTime = ValueOf(source, u"action_timestamp");
+    Obx_String actionTime = ValueOf(source, kKeys.actionTime);
     if (!Reformat(actionTime)) {
         error += invalidTime(message_id::kInvalidActionTimestamp, actionTime) + u"\n";
         TraceImporter(kAddError, error);
         return;
     }
-    Obx_String expiryTime = ValueOf(source, u"expired_timestamp");
+    Obx_String expiryTime = ValueOf(source, kKeys.expiryTime);
     if (AdIsEmpty(expiryTime) == 0 && !Reformat(expiryTime)) {
         // Replaces what the lines before reported, where an invalid action time adds to it.
         error = invalidTime(message_id::kInvalidExpiredTimestamp, expiryTime);
@@ -118,10 +131,10 @@ void AdImporter::BatchHistoryEntry(long recordDbid, const CMapStringToString& so
         return;
     }
     AdHistory& entry = ClaimHistoryEntry(recordDbid);
-    const Obx_String userName = ValueOf(source, u"user_name");
-    const Obx_String actionName = ValueOf(source, u"action_name");
-    const Obx_String oldState = ValueOf(source, u"old_state");
-    const Obx_String newState = ValueOf(source, u"new_state");
+    const Obx_String userName = ValueOf(source, kKeys.userName);
+    const Obx_String actionName = ValueOf(source, kKeys.actionName);
+    const Obx_String oldState = ValueOf(source, kKeys.oldState);
+    const Obx_String newState = ValueOf(source, kKeys.newState);
     if (IsHistoryFieldEmpty(historyId, u"user_name", userName, lineNumber, error) != 0 ||
         IsHistoryFieldEmpty(historyId, u"action_name", actionName, lineNumber, error) != 0 ||
         IsHistoryFieldEmpty(historyId, u"old_state", oldState, lineNumber, error) != 0 ||
@@ -135,7 +148,7 @@ void AdImporter::BatchHistoryEntry(long recordDbid, const CMapStringToString& so
     CopyText(actionName, entry.actionName);
     CopyText(oldState, entry.oldState);
     CopyText(newState, entry.newState);
-    CopyText(ValueOf(source, u"comments"), entry.comments);
+    CopyText(ValueOf(source, kKeys.comments), entry.comments);
     ++m_historyCount;
 }
 

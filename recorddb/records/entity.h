@@ -63,7 +63,6 @@ class Entity final : public AdEntity {
     void MoveToState(const schema::Field& field, FieldValue state);
     void CheckDuplicate(Entity& original);
     std::string DisplayKey();
-    Obx_String KeyOf(const schema::Field& field, std::int64_t target);
     PaMessage Set(const schema::Field& field, const Obx_String& value);
     PaMessage Add(const schema::Field& field, const Obx_String& value);
     PaMessage Delete(const schema::Field& field, const Obx_String& value);

@@ -29,19 +29,11 @@ std::vector<Obx_String> Entity::ValuesOf(const Field& field) {
         return texts;
     }
     Load(field);
-    const FieldValue& value = m_record.buffer.Get(field.index);
-    if (const auto* const text = std::get_if<std::string>(&value)) {
-        return {Obx_String::FromUtf8(*text)};
+    std::vector<Obx_String> values;
+    for (const std::string& text : m_parts->keys.TextsOf(field, m_record.buffer.Get(field.index))) {
+        values.push_back(Obx_String::FromUtf8(text));
     }
-    if (const auto* const number = std::get_if<std::int64_t>(&value)) {
-        return {field.kind == FieldKind::Reference ? KeyOf(field, *number)
-                                                   : Obx_String::FromUtf8(std::to_string(*number))};
-    }
-    std::vector<Obx_String> items;
-    for (const std::int64_t target : CurrentList(field)) {
-        items.push_back(KeyOf(field, target));
-    }
-    return items;
+    return values;
 }
 
 // The entries as the lines of a packet's history field.
@@ -54,11 +46,6 @@ std::vector<Obx_String> Entity::HistoryLines() {
                         entry.actionName, entry.oldState, entry.newState)));
     }
     return lines;
-}
-
-Obx_String Entity::KeyOf(const Field& field, std::int64_t target) {
-    const auto key = m_parts->keys.KeyOf(m_parts->schema.Type(field.target), target);
-    return Obx_String::FromUtf8(key.value_or(""));
 }
 
 std::int64_t Entity::DbId() {

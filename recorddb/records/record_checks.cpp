@@ -27,18 +27,6 @@ PaMessage CheckRequired(const EditedRecord& record) {
     return {};
 }
 
-// A value as people write it.
-std::string TextOf(SessionParts& parts, const Field& field, const FieldValue& value) {
-    if (const auto* const number = std::get_if<std::int64_t>(&value)) {
-        if (field.kind == FieldKind::Reference) {
-            return parts.keys.KeyOf(parts.schema.Type(field.target), *number).value_or("");
-        }
-        return std::to_string(*number);
-    }
-    const auto* const text = std::get_if<std::string>(&value);
-    return text != nullptr ? *text : std::string();
-}
-
 PaMessage NotUnique(SessionParts& parts, const EditedRecord& record,
                     const RecordTable::UniqueFields& fields, std::int64_t twin) {
     const RecordType& type = record.Type();
@@ -49,9 +37,9 @@ PaMessage NotUnique(SessionParts& parts, const EditedRecord& record,
             {{u"_datatype_", type.name}, {u"_value_", other}, {u"_id_", std::to_string(twin)}});
     }
     const Field& field = type.fields[fields.front()];
-    return FieldMessage(
-        message_id::kValueNotUnique, type, field,
-        {{u"_value_", TextOf(parts, field, record.buffer.Get(field.index))}, {u"_id_", other}});
+    const auto texts = parts.keys.TextsOf(field, record.buffer.Get(field.index));
+    return FieldMessage(message_id::kValueNotUnique, type, field,
+                        {{u"_value_", texts.front()}, {u"_id_", other}});
 }
 
 bool MayHaveTwin(const EditedRecord& record, const RecordTable::UniqueFields& fields) {

@@ -136,6 +136,15 @@ std::optional<std::int64_t> RecordTable::Load(std::int64_t dbid, RecordBuffer& r
     return m_load->Int(0);
 }
 
+std::optional<std::int64_t> RecordTable::NextAfter(std::int64_t dbid) {
+    if (m_next == nullptr) {
+        m_next = &m_connection.Prepare(fmt::format("SELECT min({0}) FROM {1} WHERE {0} > $1",
+                                                   schema::dbIdName, Quoted(m_type.name)));
+    }
+    m_next->BindInt(1, dbid);
+    return sql::QueryInt(*m_next);
+}
+
 void RecordTable::CollectUniqueSets() {
     const auto isFilledIn = [this](std::size_t field) {
         const schema::FieldKind kind = m_type.fields[field].kind;

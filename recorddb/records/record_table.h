@@ -33,6 +33,9 @@ class RecordTable {
     // version, or nothing when there is no such record.
     std::optional<std::int64_t> Load(std::int64_t dbid, RecordBuffer& record);
 
+    // The lowest dbid above the one given; nothing when there is none.
+    std::optional<std::int64_t> NextAfter(std::int64_t dbid);
+
     // The sets of fields, of one or more, in which no two records may have the same values: the key
     // and the unique fields, save those that the database fills in itself.
     using UniqueFields = std::vector<std::size_t>;
@@ -57,6 +60,7 @@ class RecordTable {
     sql::Statement* m_insert = nullptr;
     sql::Statement* m_version = nullptr;
     sql::Statement* m_load = nullptr;
+    sql::Statement* m_next = nullptr;
     // By which of the columns they write.
     std::unordered_map<std::vector<bool>, sql::Statement*> m_updates;
 };

@@ -154,6 +154,27 @@ std::optional<std::string> ReferenceKeys::KeyOf(const schema::RecordType& type, 
     return fmt::format("{}", fmt::join(parts, " "));
 }
 
+std::vector<std::string> ReferenceKeys::TextsOf(const schema::Field& field,
+                                                const FieldValue& value) {
+    const auto keyOf = [this, &field](std::int64_t target) {
+        return KeyOf(m_schema.Type(field.target), target).value_or("");
+    };
+    if (const auto* const text = std::get_if<std::string>(&value)) {
+        return {*text};
+    }
+    if (const auto* const number = std::get_if<std::int64_t>(&value)) {
+        const bool isReference = field.kind == schema::FieldKind::Reference;
+        return {isReference ? keyOf(*number) : std::to_string(*number)};
+    }
+    std::vector<std::string> keys;
+    if (const auto* const list = std::get_if<ReferenceList>(&value)) {
+        for (const std::int64_t target : *list) {
+            keys.push_back(keyOf(target));
+        }
+    }
+    return keys;
+}
+
 sql::Statement& ReferenceKeys::FindStatement(const schema::RecordType& type) {
     sql::Statement*& statement = Keys(type).find;
     if (statement == nullptr) {

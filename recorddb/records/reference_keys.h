@@ -35,6 +35,10 @@ class ReferenceKeys {
     // The key of a record; nothing when there is no such record. Throws sql::Error.
     std::optional<std::string> KeyOf(const schema::RecordType& type, std::int64_t dbid);
 
+    // A value as people write it, references by key: one text, those of a list in its order, or
+    // none. Throws sql::Error.
+    std::vector<std::string> TextsOf(const schema::Field& field, const FieldValue& value);
+
     // The keys of records of this session may have changed.
     void Forget();
 

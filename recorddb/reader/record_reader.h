@@ -1,0 +1,82 @@
+#ifndef RECORDDB_READER_RECORD_READER_H
+#define RECORDDB_READER_RECORD_READER_H
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "recorddb/attachments/attachment_table.h"
+#include "recorddb/attachments/content_store.h"
+#include "recorddb/database.h"
+#include "recorddb/duplicates/duplicate_table.h"
+#include "recorddb/history/history_table.h"
+#include "recorddb/reader/record_view.h"
+#include "recorddb/records/record_tables.h"
+#include "recorddb/records/reference_keys.h"
+
+namespace recorddb {
+
+// Reads what is in a database, for programs that show or compare it. It takes the memory of one
+// record, however many there are. Each operation sees the database of its own moment; who needs all
+// of one moment holds a transaction (Database::Begin) around them. Every operation throws
+// sql::Error.
+class RecordReader {
+  public:
+    // The database outlives the reader.
+    explicit RecordReader(Database& database);
+
+    std::int64_t Count(const schema::RecordType& type);
+
+    // The first record with a dbid above the one given; nothing when there is none. A walk through
+    // all records begins with 0 and goes on with the dbid of the record before.
+    std::optional<RecordView> Next(const schema::RecordType& type, std::int64_t after);
+
+    // A record by its dbid, or by what people call it: its unique key or, in digits, its dbid.
+    // The key goes first. Nothing when there is no such record.
+    std::optional<RecordView> Get(const schema::RecordType& type, std::int64_t dbid);
+    std::optional<RecordView> Find(const schema::RecordType& type, std::string_view identifier);
+
+    // The dbids of the records that have a value in a field with a column, in ascending order; at
+    // most `limit` of them. The value is compared as it is stored: a reference as a dbid.
+    std::vector<std::int64_t> FindByValue(const schema::RecordType& type,
+                                          const schema::Field& field, std::string_view value,
+                                          std::size_t limit);
+
+    // The unique key of a record; empty when there is no such record.
+    std::string Key(const schema::RecordType& type, std::int64_t dbid);
+
+    // By time, entries of one time in the order of arrival.
+    std::vector<HistoryEntry> History(const RecordView& record);
+
+    // In the order in which they were added.
+    std::vector<Attachment> Attachments(const RecordView& record);
+
+    // Hands the content of an attachment over piece by piece.
+    void ReadContent(const Attachment& attachment,
+                     const std::function<void(std::span<const std::byte>)>& take);
+
+    // The SHA-256 of the content that is really stored, which is the attachment's own unless the
+    // database is damaged; that of no content when there is none.
+    std::string HashContent(const Attachment& attachment);
+
+    // The record that a record is a duplicate of, and those that are duplicates of it.
+    std::optional<LinkedRecord> Original(const RecordView& record);
+    std::vector<LinkedRecord> Duplicates(const RecordView& record);
+
+  private:
+    Database& m_database;
+    RecordTables m_tables;
+    ReferenceKeys m_keys;
+    HistoryTable m_history;
+    AttachmentTable m_attachments;
+    ContentStore m_contents;
+    DuplicateTable m_duplicates;
+};
+
+}  // namespace recorddb
+
+#endif

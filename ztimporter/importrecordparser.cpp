@@ -47,23 +47,25 @@ constexpr std::string_view kRecordTag = "<record>";
 
 // Replaces the escapes of the table from left to right; what was put in is not looked at again.
 Obx_String ReplaceEscapes(const Obx_String& text, std::span<const Escape> table) {
-    std::u16string_view rest = text.View();
-    std::size_t ampersand = rest.find(u'&');
-    if (ampersand == std::u16string_view::npos) {
+    int ampersand = text.Find(u"&");
+    if (ampersand < 0) {
         return text;
     }
+    const std::u16string_view whole = text.View();
     std::u16string out;
-    out.reserve(rest.size());
-    for (; ampersand != std::u16string_view::npos; ampersand = rest.find(u'&')) {
-        out += rest.substr(0, ampersand);
-        rest.remove_prefix(ampersand);
+    out.reserve(whole.size());
+    std::size_t begin = 0;
+    for (; ampersand >= 0; ampersand = text.Find(u"&", static_cast<int>(begin))) {
+        const std::u16string_view rest = whole.substr(static_cast<std::size_t>(ampersand));
         const auto escape = std::find_if(table.begin(), table.end(), [=](const Escape& candidate) {
             return rest.starts_with(candidate.sequence);
         });
-        out += escape == table.end() ? u'&' : escape->character;
-        rest.remove_prefix(escape == table.end() ? 1 : escape->sequence.size());
+        const bool known = escape != table.end();
+        out.append(whole, begin, static_cast<std::size_t>(ampersand) - begin);
+        out += known ? escape->character : u'&';
+        begin = static_cast<std::size_t>(ampersand) + (known ? escape->sequence.size() : 1);
     }
-    out += rest;
+    out.append(whole, begin);
     return Obx_String(std::move(out));
 }
 

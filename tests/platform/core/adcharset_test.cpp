@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <vector>
 
 #include "tests/platform/thrown_text.h"
@@ -56,13 +57,18 @@ TEST(AdMbcsString, TheLossyConverterReplacesWhatIsInvalid) {
               "b");
 }
 
+struct Invalid {
+    std::vector<unsigned short> text;
+    const char* position;
+};
+
 TEST(AdMbcsString, TheStrictConverterRefusesWhatIsInvalidWithItsPosition) {
-    const std::vector<std::pair<std::vector<unsigned short>, int>> cases = {
-        {{0xD83D}, 0}, {{'a', 'b', 0xDEA2, 'c'}, 2}, {{0xD83D, 0xDEA2, 0xD83D, 'x'}, 2}};
-    for (const auto& [text, position] : cases) {
-        EXPECT_EQ(ThrownText([&] { Convert(text, Converter::kStrict); }),
-                  "The text is not valid UTF-16: the unit at index " + std::to_string(position) +
-                      " belongs to no character.");
+    const Invalid cases[] = {
+        {{0xD83D}, "0"}, {{'a', 'b', 0xDEA2, 'c'}, "2"}, {{0xD83D, 0xDEA2, 0xD83D, 'x'}, "2"}};
+    for (const Invalid& invalid : cases) {
+        EXPECT_EQ(ThrownText([&] { Convert(invalid.text, Converter::kStrict); }),
+                  std::string("The text is not valid UTF-16: the unit at index ") +
+                      invalid.position + " belongs to no character.");
     }
 }
 

@@ -4,7 +4,6 @@
 
 #include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "tests/platform/thrown_text.h"
@@ -17,10 +16,13 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-// The free functions, each called once on the session given, by name.
-using NamedCalls = std::vector<std::pair<const char*, std::function<void(const AdSessionPtr&)>>>;
+struct NamedCall {
+    const char* name;
+    std::function<void(const AdSessionPtr&)> run;
+};
 
-NamedCalls AllCalls(AdEntityDef* type) {
+// Each free function, to be called on a session.
+std::vector<NamedCall> AllCalls(AdEntityDef* type) {
     return {
         {"GetEntityDef", [](const auto& session) { GetEntityDef(session, u"bug"); }},
         {"GetEntity", [=](const auto& session) { GetEntity(session, type, u"33"); }},
@@ -69,9 +71,9 @@ class AdSessionTest : public testing::Test {
 };
 
 TEST_F(AdSessionTest, EachFunctionNeedsAnOpenSession) {
-    for (const auto& [name, call] : AllCalls(m_core.FindRecordType(u"bug"))) {
-        const std::string text = ThrownText([&] { call(AdSessionPtr()); });
-        EXPECT_THAT(text, HasSubstr(std::string("A value cannot be used: ") + name +
+    for (const NamedCall& call : AllCalls(m_core.FindRecordType(u"bug"))) {
+        const std::string text = ThrownText([&] { call.run(AdSessionPtr()); });
+        EXPECT_THAT(text, HasSubstr(std::string("A value cannot be used: ") + call.name +
                                     " was called without an open session (platform/core/adsession,"
                                     " line "));
     }
@@ -79,8 +81,8 @@ TEST_F(AdSessionTest, EachFunctionNeedsAnOpenSession) {
 }
 
 TEST_F(AdSessionTest, EachFunctionHandsItsCallToTheSession) {
-    for (const auto& [name, call] : AllCalls(m_core.FindRecordType(u"bug"))) {
-        call(m_session);
+    for (const NamedCall& call : AllCalls(m_core.FindRecordType(u"bug"))) {
+        call.run(m_session);
     }
     EXPECT_THAT(
         m_core.Log().Lines({CallLog::Kind::kCall}),

@@ -2,16 +2,13 @@
 
 #include <gmock/gmock.h>
 
-#include <fstream>
-#include <map>
-#include <regex>
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "platform/foundation/obx_string.h"
 #include "platform/messages/message_ids.h"
+#include "tests/platform/messages/declared_ids.h"
 
 namespace {
 
@@ -26,21 +23,6 @@ std::vector<std::string> ParametersOf(std::u16string_view text) {
         text = text.substr(static_cast<std::size_t>(name.data() - text.data()) + name.size());
     }
     return names;
-}
-
-// The ids that the header declares, by their names.
-std::map<std::string, int> DeclaredIds() {
-    std::ifstream file(ZT_SOURCE_DIR "/platform/messages/message_ids.h");
-    std::ostringstream text;
-    text << file.rdbuf();
-    const std::string header = text.str();
-    const std::regex declaration(R"(constexpr int (k\w+) = (\d+);)");
-    std::map<std::string, int> ids;
-    for (std::sregex_iterator found(header.begin(), header.end(), declaration), end; found != end;
-         ++found) {
-        ids.emplace((*found)[1], std::stoi((*found)[2]));
-    }
-    return ids;
 }
 
 TEST(Catalogue, IdsAscend) {

@@ -5,6 +5,7 @@
 
 #include "tool/commands/init_command.h"
 #include "tool/commands/load_command.h"
+#include "tool/commands/show_command.h"
 #include "tool/exit_code.h"
 
 namespace tool {
@@ -20,6 +21,7 @@ struct Commands {
     std::string database;
     std::string schema;
     LoadOptions load;
+    ShowOptions show;
 };
 
 constexpr const char* kDatabaseHelp = "the database: the path of an SQLite file";
@@ -61,15 +63,31 @@ void AddLoad(CLI::App& app, Commands& commands) {
     });
 }
 
+void AddShow(CLI::App& app, Commands& commands) {
+    CLI::App* show = app.add_subcommand(
+        "show", "Show record types and counts, the records of a type, or one record");
+    ShowOptions& options = commands.show;
+    show->add_option("DATABASE", options.database, kDatabaseHelp)->required();
+    show->add_option("TYPE", options.type, "a record type");
+    show->add_option("ID", options.id, "a record's display id, unique key or dbid");
+    show->callback([&commands] {
+        commands.run = [&commands] {
+            RunShow(commands.show, commands.out);
+            return static_cast<int>(ExitCode::Success);
+        };
+    });
+}
+
 }  // namespace
 
 int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::ostream& err) {
     CLI::App app("Moves tracker data from XML packets into a record database.", "ztimport");
     app.require_subcommand(1);
     app.set_version_flag("--version", "ztimport " ZT_VERSION);
-    Commands commands{out, err, {}, {}, {}, {}};
+    Commands commands{out, err, {}, {}, {}, {}, {}};
     AddInit(app, commands);
     AddLoad(app, commands);
+    AddShow(app, commands);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -30,7 +30,9 @@ int FailWithCurrentException() {
     } catch (const recorddb::schema::SchemaError& error) {
         return Fail(error.what(), tool::ExitCode::BadInput);
     } catch (const recorddb::DatabaseError& error) {
-        return Fail(error.what(), tool::ExitCode::DatabaseFailed);
+        const bool exists = error.GetProblem() == recorddb::DatabaseError::Problem::FileExists;
+        return Fail(error.what(),
+                    exists ? tool::ExitCode::BadInput : tool::ExitCode::DatabaseFailed);
     } catch (const recorddb::sql::Error& error) {
         return Fail(error.what(), tool::ExitCode::DatabaseFailed);
     } catch (CException* exception) {

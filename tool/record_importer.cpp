@@ -48,6 +48,10 @@ ImportOutcome RecordImporter::Import(std::string_view packet) {
     ImportOutcome outcome;
     outcome.error = ForPeople(ImportText(*m_importer, m_packet));
     outcome.done = m_session->GetStatistics() - before;
+    const Obx_String cause = m_session->TakeLastRefusal();
+    if (outcome.Failed() && !cause.IsEmpty()) {
+        outcome.error += " " + cause.ToUtf8();
+    }
     if (outcome.Failed() || outcome.Skipped()) {
         m_importer = MakeImporter();
         if (!m_configuration.empty()) {

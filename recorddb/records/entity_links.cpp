@@ -41,8 +41,12 @@ std::vector<Attachment> Entity::Attachments(const Field& field) {
 
 Obx_String Entity::AddAttachment(const Obx_String& fieldName, const Obx_String& fileName,
                                  const Obx_String& description) {
-    return OnField(fieldName,
-                   [&](const Field& field) { return Attach(field, fileName, description); });
+    Obx_String refusal = OnField(
+        fieldName, [&](const Field& field) { return Attach(field, fileName, description); });
+    if (!refusal.IsEmpty()) {
+        m_parts->lastRefusal = refusal;
+    }
+    return refusal;
 }
 
 Obx_String Entity::DeleteAttachment(const Obx_String& fieldName, const Obx_String& attachment) {

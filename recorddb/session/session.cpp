@@ -78,7 +78,12 @@ void Session::MarkEntityAsDuplicate(const AdEntityPtr& duplicate, const AdEntity
     }
     // Of record types without states, which have none.
     ownDuplicate->GetEntityDef()->LookupActionDef(AdActionType_t::kDuplicate);
-    m_parts->failures.Guard([&] { ownDuplicate->MarkAsDuplicateOf(*ownOriginal); });
+    try {
+        m_parts->failures.Guard([&] { ownDuplicate->MarkAsDuplicateOf(*ownOriginal); });
+    } catch (PaMsgException* exception) {
+        m_parts->lastRefusal = exception->Messages().front().FullMsg();
+        throw;
+    }
 }
 
 AdQueryDefPtr Session::BuildQueryDef(AdEntityDef* recordType, int /*reserved*/) {

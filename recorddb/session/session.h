@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "platform/core/adsession.h"
 #include "recorddb/session/session_options.h"
@@ -39,6 +40,10 @@ class Session final : public AdSession {
 
     // What the session has done so far.
     const Statistics& GetStatistics() const { return m_parts->statistics; }
+
+    // The text with which an attachment or a duplicate mark was refused last, empty when none was
+    // since the last call. The importer's own messages for these two leave the cause out.
+    Obx_String TakeLastRefusal() { return std::exchange(m_parts->lastRefusal, Obx_String()); }
 
     // Begins a transaction around many commits, which otherwise are one transaction each. One at a
     // time. Throws sql::Error; std::logic_error when one is open already.

@@ -58,6 +58,7 @@ class SessionParts final : public AdRefCounted {
     AttachmentTable attachments;
     ContentStore contents;
     DuplicateTable duplicates;
+    Obx_String lastRefusal;  // see Session::TakeLastRefusal
 };
 
 }  // namespace recorddb

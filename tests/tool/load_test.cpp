@@ -195,6 +195,26 @@ TEST_F(LoadTest, AttachmentsAreTakenFromTheirFolder) {
               "note.txt5a note");
 }
 
+TEST_F(LoadTest, ARefusedAttachmentNamesItsCause) {
+    Load(Bugs({{{"source_id", "a"}, {"title", "A"}}}));
+    m_options.attachments = m_folder.Path();
+    EXPECT_EQ(
+        Load({Configuration("files.xml", "attachments", "bug", "source_id"),
+              Records("data.xml", {{{"source_id", "a"}, {"files", "7\n../note.txt\n5\nd"}}})}),
+        1);
+    EXPECT_THAT(Said(), HasSubstr("../note.txt"));
+}
+
+TEST_F(LoadTest, ARefusedDuplicateMarkNamesItsCause) {
+    const auto configuration = Configuration("bugs-configuration.xml", "record", "bug", "source_id",
+                                             "<duplicate_id name=\"duplicate_of\"/>");
+    EXPECT_EQ(
+        Load({configuration,
+              Records("bugs.xml", {{{"source_id", "a"}, {"title", "A"}, {"duplicate_of", "a"}}})}),
+        1);
+    EXPECT_THAT(Said(), ContainsRegex("could not be marked.*of itself"));
+}
+
 TEST_F(LoadTest, HistoryIsNotCountedAsAnUpdate) {
     Load(Bugs({{{"source_id", "a"}, {"title", "A"}}}));
     EXPECT_EQ(Load({Configuration("history.xml", "history", "bug", "source_id"),

@@ -118,9 +118,16 @@ TEST_F(OpenTest, CreationRefusesAnExistingFile) {
     EXPECT_EQ(error.Kind(), ErrorKind::CannotOpen);
 }
 
-TEST_F(OpenTest, NamesThatMeanNoFileAreTakenAsFiles) {
-    EXPECT_EQ(ErrorOf([] { Open("", OpenMode::ReadWrite); }).Kind(), ErrorKind::CannotOpen);
-    EXPECT_EQ(ErrorOf([] { Open(":memory:", OpenMode::ReadWrite); }).Kind(), ErrorKind::CannotOpen);
+TEST_F(OpenTest, EmptyNameIsRefused) {
+    EXPECT_EQ(ErrorOf([] { Open("", OpenMode::CreateNew); }).Kind(), ErrorKind::CannotOpen);
+}
+
+TEST_F(OpenTest, NameThatMeansMemoryToTheEngineIsThatOfAFile) {
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(m_folder.Path());
+    Open(":memory:", OpenMode::CreateNew);
+    std::filesystem::current_path(before);
+    EXPECT_TRUE(std::filesystem::exists(m_folder.File(":memory:")));
 }
 
 TEST_F(OpenTest, DamagedFileIsTold) {

@@ -116,13 +116,13 @@ TEST_F(CarryOverTest, AnotherImporterKnowsNothingOfIt) {
     EXPECT_FALSE(Wrote("notes", "old"));
 }
 
-TEST_F(CarryOverTest, UpdatesOfAnUncountedRecordLeaveTheirFields) {
+TEST_F(CarryOverTest, UpdatesOfAnUncountedRecordLeaveNothing) {
     GivenConfiguration({.updateRecord = true});
     GivenRowCount(u"core-1", -1);
     GivenRecords(u"core-2", {u"34"});
     ImportRecords({{{"source_id", "core-1"}, {"notes", "old"}}, {{"source_id", "core-2"}}});
     ExpectErrorText(u"");
-    EXPECT_TRUE(Wrote("notes", "old"));
+    EXPECT_FALSE(Wrote("notes", "old"));
     EXPECT_TRUE(Wrote("source_id", "core-2"));
 }
 

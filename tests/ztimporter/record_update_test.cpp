@@ -147,7 +147,8 @@ TEST_P(UncountedRecordsTest, AreSkippedAsASuccess) {
     GivenRowCount(u"core-1", GetParam());
     Update();
     ExpectErrorText(u"");
-    ExpectRecordStory(Joined(Begin(), Found(), Lines{"trace: UpdateRecord ends successfully"}));
+    ExpectRecordStory(
+        Joined(Begin(), Found(), Lines{CleanUp(), "trace: UpdateRecord ends successfully"}));
 }
 
 TEST_P(UncountedRecordsTest, AreSkippedAlsoWithUpdateInsert) {
@@ -164,8 +165,8 @@ TEST_F(RecordUpdateTest, ASkippedRecordReleasesItsResultSetBeforeTheEndTrace) {
     GivenRowCount(u"core-1", -1);
     Update();
     const Lines lines = m_core.Log().Lines({CallLog::Kind::kRelease, CallLog::Kind::kTrace});
-    EXPECT_EQ(Lines(lines.end() - 3, lines.end()),
-              (Lines{"release: result set of source_id = core-1",
+    EXPECT_EQ(Lines(lines.end() - 4, lines.end()),
+              (Lines{"release: result set of source_id = core-1", CleanUp(),
                      "trace: UpdateRecord ends successfully", "trace: Import ends successfully."}));
 }
 

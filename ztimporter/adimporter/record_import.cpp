@@ -69,9 +69,9 @@ int AdImporter::UpdateRecord(Obx_String& error) {
             case OriginalRecord::Matches::kOne:
                 return UpdateOriginal(original, error);
             case OriginalRecord::Matches::kUnknown:
-                // A count that the core cannot give is nothing to do, neither here nor in the record
-                // map, whose values reach the next record as after every silent skip.
+                // A count that the core cannot give is nothing to do; nothing is unbuilt either.
                 original.Release();
+                CleanupRecordMap();
                 TraceImporter(u"UpdateRecord ends successfully");
                 return 1;
             case OriginalRecord::Matches::kNone:

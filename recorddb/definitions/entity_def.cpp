@@ -42,10 +42,18 @@ EntityDef::EntityDef(const schema::RecordType& type)
 }
 
 const FieldDef* EntityDef::FindField(std::u16string_view name) const {
-    const auto found =
-        std::find_if(m_fields.begin(), m_fields.end(),
-                     [name](const FieldDef& field) { return SameName(field.Name().View(), name); });
-    return found == m_fields.end() ? nullptr : &*found;
+    const auto hasName = [name](const FieldDef& field) {
+        return SameName(field.Name().View(), name);
+    };
+    if (hasName(m_fields[m_lastFound])) {
+        return &m_fields[m_lastFound];
+    }
+    const auto found = std::find_if(m_fields.begin(), m_fields.end(), hasName);
+    if (found == m_fields.end()) {
+        return nullptr;
+    }
+    m_lastFound = found->Field().index;
+    return &*found;
 }
 
 const FieldDef& EntityDef::Field(const Obx_String& name) const {

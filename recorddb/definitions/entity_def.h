@@ -49,6 +49,8 @@ class EntityDef final : public AdEntityDef {
     mutable std::deque<FieldDef> m_fields;
     mutable std::vector<ActionDef> m_actions;
     FieldDef* m_stateField = nullptr;
+    // A field is asked for several times in a row: for its type, to be set.
+    mutable std::size_t m_lastFound = 0;
 };
 
 }  // namespace recorddb

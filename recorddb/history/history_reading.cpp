@@ -20,24 +20,30 @@ class TextReader {
   public:
     explicit TextReader(long number) : m_number(std::to_string(number)) {}
 
+    // The text up to its terminator; without one it was too long.
+    template <std::size_t room>
+    std::u16string_view TextIn(const char16_t (&text)[room], std::string_view name) {
+        const auto* const end = std::find(text, text + room, u'\0');
+        if (end == text + room && m_problem.ID() == 0) {
+            Refuse(message_id::kHistoryTextTooLong, name, u"_limit_", std::to_string(room - 1));
+        }
+        return {text, static_cast<std::size_t>(end - text)};
+    }
+
     template <std::size_t room>
     void Read(const char16_t (&text)[room], std::string_view name, std::string& utf8) {
         if (m_problem.ID() != 0) {
             return;
         }
-        const auto* const end = std::find(text, text + room, u'\0');
-        if (end == text + room) {
-            Refuse(message_id::kHistoryTextTooLong, name, u"_limit_", std::to_string(room - 1));
-            return;
-        }
-        const std::u16string_view given(text, static_cast<std::size_t>(end - text));
-        if (const auto position = Utf16ToUtf8(given, utf8)) {
+        const std::u16string_view given = TextIn(text, name);
+        const auto position = Utf16ToUtf8(given, utf8);
+        if (position && m_problem.ID() == 0) {
             Refuse(message_id::kHistoryNotText, name, u"_position_", std::to_string(*position));
         }
     }
 
     void CheckTime(std::string_view name, const std::string& time) {
-        if (m_problem.ID() == 0 && DateTimeOf(time) != time) {
+        if (m_problem.ID() == 0 && !IsStoredDateTime(time)) {
             Refuse(message_id::kHistoryNotTime, name, u"_value_", time);
         }
     }
@@ -60,9 +66,8 @@ PaMessage ReadHistoryEntry(const AdHistory& given, long number, HistoryEntry& en
     entry.recordType = given.recordTypeId;
     entry.record = given.recordId;
     TextReader reader(number);
-    std::string unused;
-    reader.Read(given.sourceIdField, "source_id_field", unused);
-    reader.Read(given.recordTypeName, "record_type", unused);
+    reader.TextIn(given.sourceIdField, "source_id_field");
+    reader.TextIn(given.recordTypeName, "record_type");
     reader.Read(given.actionTime, "action_time", entry.actionTime);
     reader.Read(given.expiryTime, "expiry_time", entry.expiryTime);
     reader.Read(given.userName, "user_name", entry.userName);

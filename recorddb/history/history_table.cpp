@@ -44,11 +44,13 @@ std::vector<HistoryTimes> HistoryTable::Times(std::int64_t recordType, std::int6
 
 void HistoryTable::SetExpiry(std::int64_t recordType, std::int64_t record,
                              const HistoryTimes& times) {
-    sql::Statement& update = m_connection.Prepare(
-        "UPDATE zt_history SET expiry_time = $4 "
-        "WHERE record_type = $1 AND record = $2 AND entry = $3");
-    update.BindAll(recordType, record, times.entry, NullIfEmpty(times.expiryTime));
-    update.Execute();
+    if (m_setExpiry == nullptr) {
+        m_setExpiry = &m_connection.Prepare(
+            "UPDATE zt_history SET expiry_time = $4 "
+            "WHERE record_type = $1 AND record = $2 AND entry = $3");
+    }
+    m_setExpiry->BindAll(recordType, record, times.entry, NullIfEmpty(times.expiryTime));
+    m_setExpiry->Execute();
 }
 
 std::vector<HistoryEntry> HistoryTable::Load(std::int64_t recordType, std::int64_t record) {

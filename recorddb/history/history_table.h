@@ -31,6 +31,7 @@ class HistoryTable {
     sql::Connection& m_connection;
     sql::Statement* m_insert = nullptr;
     sql::Statement* m_times = nullptr;
+    sql::Statement* m_setExpiry = nullptr;
 };
 
 }  // namespace recorddb

@@ -67,6 +67,13 @@ void RecordTable::Insert(std::int64_t dbid, const RecordBuffer& record) {
     m_insert->Execute();
 }
 
+void RecordTable::Remove(std::int64_t dbid) {
+    sql::Statement& remove = m_connection.Prepare(
+        fmt::format("DELETE FROM {} WHERE {} = $1", Quoted(m_type.name), schema::dbIdName));
+    remove.BindInt(1, dbid);
+    remove.Execute();
+}
+
 sql::Statement& RecordTable::UpdateStatement(const std::vector<bool>& changed) {
     if (const auto found = m_updates.find(changed); found != m_updates.end()) {
         return *found->second;

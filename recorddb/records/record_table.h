@@ -22,6 +22,9 @@ class RecordTable {
     // Inserts a record, which then has version 1.
     void Insert(std::int64_t dbid, const RecordBuffer& record);
 
+    // Removes a record, and with it its reference lists.
+    void Remove(std::int64_t dbid);
+
     // Writes the changed columns of a record and counts its version up, provided that it still has
     // the version given; else returns false.
     bool Update(std::int64_t dbid, std::int64_t version, const RecordBuffer& record);

@@ -19,20 +19,29 @@ using schema::FieldKind;
 // Which tables the changes of a record reach.
 struct Reach {
     bool row = false;  // a change of anything of a record counts as a change of its row
-    bool others = false;
+    bool lists = false;
+    bool links = false;  // attachments and the mark of a duplicate
 };
 
 Reach ReachOf(const EditedRecord& record) {
     Reach reach;
-    reach.others = !record.attachments.Empty() || (record.original && !record.linked);
-    reach.row = reach.others || record.IsNew();
+    reach.links = !record.attachments.Empty() || (record.original && !record.linked);
+    reach.row = reach.links || record.IsNew();
     for (const Field& field : record.Type().fields) {
         if (record.buffer.IsChanged(field.index)) {
             reach.row = true;
-            reach.others = reach.others || field.kind == FieldKind::ReferenceList;
+            reach.lists = reach.lists || field.kind == FieldKind::ReferenceList;
         }
     }
     return reach;
+}
+
+// A savepoint costs a tenth of what writing a record does, so one is made only where it is needed.
+// The row goes first; when it is refused, nothing was written. The lists of a new record go with
+// its row, if need be.
+AtomicWrite::Extent ExtentOf(const EditedRecord& record, Reach reach) {
+    return reach.links || (reach.lists && !record.IsNew()) ? AtomicWrite::Extent::SeveralStatements
+                                                           : AtomicWrite::Extent::OneStatement;
 }
 
 void SaveLists(SessionParts& parts, EditedRecord& record) {
@@ -90,17 +99,37 @@ PaMessage WriteRow(SessionParts& parts, EditedRecord& record) {
     return {};
 }
 
-PaMessage WriteAll(SessionParts& parts, EditedRecord& record, Reach reach) {
-    AtomicWrite write(parts.connection, reach.others ? AtomicWrite::Extent::SeveralStatements
-                                                     : AtomicWrite::Extent::OneStatement);
-    PaMessage problem = WriteRow(parts, record);
-    if (problem.ID() == 0 && reach.others) {
+PaMessage WriteLinks(SessionParts& parts, const EditedRecord& record) {
+    if (record.original && !record.linked) {
+        parts.duplicates.Link(record.Type().id, record.dbid, *record.original);
+    }
+    return WriteAttachments(parts.attachments, parts.contents, record.Type().id, record.dbid,
+                            record.attachments);
+}
+
+void SaveListsOfNew(SessionParts& parts, EditedRecord& record) {
+    try {
         SaveLists(parts, record);
-        if (record.original && !record.linked) {
-            parts.duplicates.Link(record.Type().id, record.dbid, *record.original);
+    } catch (const sql::Error& error) {
+        if (error.IsConstraint()) {
+            parts.tables.Records(record.Type()).Remove(record.dbid);
         }
-        problem = WriteAttachments(parts.attachments, parts.contents, record.Type().id, record.dbid,
-                                   record.attachments);
+        throw;
+    }
+}
+
+PaMessage WriteAll(SessionParts& parts, EditedRecord& record, Reach reach) {
+    AtomicWrite write(parts.connection, ExtentOf(record, reach));
+    PaMessage problem = WriteRow(parts, record);
+    if (problem.ID() == 0 && reach.lists) {
+        if (record.IsNew()) {
+            SaveListsOfNew(parts, record);
+        } else {
+            SaveLists(parts, record);
+        }
+    }
+    if (problem.ID() == 0 && reach.links) {
+        problem = WriteLinks(parts, record);
     }
     if (problem.ID() == 0) {
         write.Keep();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 
 #include "platform/core/addatetime.h"
 
@@ -19,12 +20,12 @@ std::string_view Trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-bool HasStoredForm(std::string_view text) {
-    constexpr std::string_view form = "0000-00-00 00:00:00";
-    return text.size() == form.size() &&
-           std::equal(text.begin(), text.end(), form.begin(), [](char given, char expected) {
-               return expected == '0' ? given >= '0' && given <= '9' : given == expected;
-           });
+int Number(std::string_view digits) {
+    int number = 0;
+    for (const char digit : digits) {
+        number = number * 10 + (digit - '0');
+    }
+    return number;
 }
 
 }  // namespace
@@ -46,13 +47,34 @@ std::optional<std::int64_t> IntegerOf(std::string_view text) {
     return number;
 }
 
+bool IsStoredDateTime(std::string_view text) {
+    constexpr std::string_view form = "0000-00-00 00:00:00";
+    const auto fits = [](char given, char expected) {
+        return expected == '0' ? given >= '0' && given <= '9' : given == expected;
+    };
+    if (text.size() != form.size() || !std::equal(text.begin(), text.end(), form.begin(), fits)) {
+        return false;
+    }
+    const auto part = [text](std::size_t first, std::size_t length) {
+        return Number(text.substr(first, length));
+    };
+    const std::chrono::year_month_day date(std::chrono::year(part(0, 4)),
+                                           std::chrono::month(static_cast<unsigned>(part(5, 2))),
+                                           std::chrono::day(static_cast<unsigned>(part(8, 2))));
+    return date.ok() && int(date.year()) >= 1 && part(11, 2) < 24 && part(14, 2) < 60 &&
+           part(17, 2) < 60;
+}
+
 std::optional<std::string> DateTimeOf(std::string_view text) {
+    // Most sources write the stored form, which need not be taken apart and put together again.
+    if (IsStoredDateTime(text)) {
+        return std::string(text);
+    }
     AdDateTime time;
     if (time.ParseDateTime(Obx_String::FromUtf8(text), 0) == 0) {
         return std::nullopt;
     }
-    // Most sources write the stored form, which need not be put together again.
-    return HasStoredForm(text) ? std::string(text) : time.Format(u"%Y-%m-%d %H:%M:%S").ToUtf8();
+    return time.Format(u"%Y-%m-%d %H:%M:%S").ToUtf8();
 }
 
 std::int64_t CharacterCount(std::string_view utf8) {

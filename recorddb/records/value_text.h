@@ -12,6 +12,9 @@ namespace recorddb {
 // not one or has more than 64 bits.
 std::optional<std::int64_t> IntegerOf(std::string_view text);
 
+// True for a date and time that exists, in the form in which the database stores it.
+bool IsStoredDateTime(std::string_view text);
+
 // The date and time that a text is, as the database stores it ('YYYY-MM-DD HH:MM:SS', UTC);
 // nothing when it is not one. AdDateTime says what is accepted.
 std::optional<std::string> DateTimeOf(std::string_view text);

@@ -46,6 +46,8 @@ TEST_F(ValueRulesTest, IntegersAreWholeNumbersOf64Bits) {
 TEST_F(ValueRulesTest, DatesAreStoredInUtc) {
     const std::vector<std::pair<const char*, const char*>> dates = {
         {"2020-01-02 03:04:05", "2020-01-02 03:04:05"},
+        {"0001-01-01 23:59:59", "0001-01-01 23:59:59"},
+        {"2024-02-29 00:00:00", "2024-02-29 00:00:00"},
         {"2020-01-02", "2020-01-02 00:00:00"},
         {"2020-01-02T03:04Z", "2020-01-02 03:04:00"},
         {" 2020-01-02 03:04:05.999 ", "2020-01-02 03:04:05"},
@@ -56,8 +58,10 @@ TEST_F(ValueRulesTest, DatesAreStoredInUtc) {
         Set(bug, "opened", given);
         EXPECT_EQ(Value(bug, "opened"), stored);
     }
-    for (const char* const bad : {"2023-02-29 00:00:00", "yesterday", "2020-13-01 00:00:00",
-                                  "2020-01-02 24:00:00", "0000-00-00 00:00:00"}) {
+    for (const char* const bad :
+         {"2023-02-29 00:00:00", "yesterday", "2020-13-01 00:00:00", "2020-01-02 24:00:00",
+          "2020-01-02 00:60:00", "2020-01-02 00:00:60", "2020-00-02 00:00:00",
+          "2020-01-00 00:00:00", "0000-01-01 00:00:00"}) {
         EXPECT_EQ(Refusal(bug, "opened", bad),
                   Cannot("opened", bad, "it is not a valid date and time."));
     }

@@ -8,6 +8,13 @@ namespace {
 
 class SessionTransactionTest : public SessionTest {
   protected:
+    void GivenThatNobodyMayWatch(const std::string& login) {
+        Base().GetConnection().ExecuteScript(
+            "CREATE TRIGGER refuse BEFORE INSERT ON bug__watchers WHEN NEW.target = "
+            "(SELECT dbid FROM user WHERE login = '" +
+            login + "') BEGIN SELECT RAISE(ABORT, 'no watchers'); END");
+    }
+
     // What another program sees.
     std::string Seen(std::string_view sql) {
         const auto other = Database::Open(File(), Database::Mode::ReadOnly);
@@ -77,20 +84,37 @@ TEST_F(SessionTransactionTest, DbidsOfOpenRecordsStayApartAfterARollback) {
     Save(second);
 }
 
-TEST_F(SessionTransactionTest, FailingCommitLeavesNothingOfItself) {
+TEST_F(SessionTransactionTest, FailingCommitOfANewRecordLeavesNothingOfItself) {
     Given("user", {{"login", "ann"}});
-    Base().GetConnection().ExecuteScript(
-        "CREATE TRIGGER refuse BEFORE INSERT ON bug__watchers BEGIN "
-        "SELECT RAISE(ABORT, 'no watchers'); END");
+    Given("user", {{"login", "bob"}});
+    GivenThatNobodyMayWatch("bob");
     const auto transaction = Core().BeginTransaction();
     const AdEntityPtr bug = New("bug");
     Set(bug, "title", "t");
     EXPECT_EQ(Add(bug, "watchers", "ann"), "");
+    EXPECT_EQ(Add(bug, "watchers", "bob"), "");
     EXPECT_NE(CommitFault(bug).find("no watchers"), std::string::npos);
-    EXPECT_EQ(Row("SELECT count(*) FROM bug"), "0");
     Given("bug", {{"title", "u"}});
     transaction->Commit();
-    EXPECT_EQ(Row("SELECT id, title FROM bug"), "BUG00000001|u");
+    EXPECT_EQ(Row("SELECT title FROM bug"), "u");
+    EXPECT_EQ(Row("SELECT count(*) FROM bug__watchers"), "0");
+    EXPECT_EQ(Core().GetStatistics().recordsCreated, 1 + 2);
+}
+
+TEST_F(SessionTransactionTest, FailingCommitOfAnExistingRecordLeavesNothingOfItself) {
+    Given("user", {{"login", "ann"}});
+    Given("user", {{"login", "bob"}});
+    Given("bug", {{"title", "t"}});
+    GivenThatNobodyMayWatch("bob");
+    const auto transaction = Core().BeginTransaction();
+    const AdEntityPtr bug = Open("bug", "1");
+    Set(bug, "title", "u");
+    EXPECT_EQ(Add(bug, "watchers", "ann"), "");
+    EXPECT_EQ(Add(bug, "watchers", "bob"), "");
+    EXPECT_NE(CommitFault(bug).find("no watchers"), std::string::npos);
+    transaction->Commit();
+    EXPECT_EQ(Row("SELECT title, zt_version FROM bug"), "t|1");
+    EXPECT_EQ(Row("SELECT count(*) FROM bug__watchers"), "0");
 }
 
 TEST_F(SessionTransactionTest, EverythingIsRefusedAfterAFailureUntilItEnds) {

@@ -2,7 +2,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <algorithm>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -255,6 +258,49 @@ TEST(PacketReader, CountsTheBytesItHasRead) {
     while (reader.NextRecord(record)) {
     }
     EXPECT_EQ(reader.BytesRead(), text.size());
+}
+
+// Gives the same record again and again.
+class ManyRecords : public tool::ByteSource {
+  public:
+    explicit ManyRecords(std::size_t count) : m_left(count * m_record.size()) {}
+
+    std::size_t Read(char* buffer, std::size_t size) override {
+        std::size_t begin = m_given % m_record.size();
+        std::size_t count = std::min({size, m_left, m_record.size() - begin});
+        m_record.copy(buffer, count, begin);
+        m_given += count;
+        m_left -= count;
+        return count;
+    }
+
+    const std::string& Name() const override { return m_name; }
+
+  private:
+    std::string m_name = "many";
+    std::string m_record = "<record>" + std::string(983, 'x') + "</record>";
+    std::size_t m_left;
+    std::size_t m_given = 0;
+};
+
+long PeakMemoryInKilobytes() {
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
+}
+
+TEST(PacketReader, ReadsASourceOfAnySizeInConstantMemory) {
+    constexpr std::size_t count = 60000;
+    tool::PacketReader reader(std::make_unique<ManyRecords>(count));
+    long before = PeakMemoryInKilobytes();
+    tool::SourceRecord record;
+    std::size_t read = 0;
+    while (reader.NextRecord(record)) {
+        ++read;
+    }
+    EXPECT_EQ(read, count);
+    EXPECT_GT(reader.BytesRead(), 50U * 1024 * 1024);
+    EXPECT_LT(PeakMemoryInKilobytes() - before, 10 * 1024);
 }
 
 TEST(PacketReader, NamesAFileThatIsNotThere) {

@@ -186,6 +186,24 @@ TEST(RecordCutter, SearchesTheEndOfASectionWithinTheLimitOnly) {
     EXPECT_EQ(records[1].raw, filler);
 }
 
+TEST(RecordCutter, ClosesASectionWithTheMarkThatWasTooFarForTheOneBefore) {
+    const std::string open = "<record><![CDATA[ x</record>";
+    constexpr std::size_t limit = 80;
+    for (std::size_t size = 25; size < 50; ++size) {
+        std::string second = "<record><![CDATA[" + std::string(size, 'y') + "]]></record>";
+        bool reached = open.size() + second.find("]]>") + 3 <= limit;
+        std::vector<Read> records = ReadWithLimit(open + second, limit);
+        if (reached) {
+            EXPECT_EQ(records.at(0).openSection, false) << size;
+        } else {
+            ASSERT_EQ(records.size(), 2U) << size;
+            EXPECT_EQ(records[0].raw, open);
+            EXPECT_EQ(records[1].raw, second);
+            EXPECT_FALSE(records[1].openSection);
+        }
+    }
+}
+
 struct UnseenCase {
     const char* what;
     const char* text;

@@ -194,6 +194,16 @@ TEST_P(CMapStringToStringOfSize, AWalkMayRemoveSomeOfTheEntriesItReturns) {
     EXPECT_EQ(Entries(m_map), left);
 }
 
+TEST_P(CMapStringToStringOfSize, ARemovedKeyIsGoneUntilItIsSetAgain) {
+    const Obx_String last = Numbered(u"key", GetParam() - 1);
+    EXPECT_TRUE(m_map.RemoveKey(last));
+    EXPECT_EQ(ValueOf(m_map, last), u"none");
+    EXPECT_FALSE(m_map.RemoveKey(last));
+    m_map.SetAt(last, u"again");
+    EXPECT_EQ(ValueOf(m_map, last), u"again");
+    EXPECT_EQ(m_map.GetCount(), GetParam());
+}
+
 TEST_P(CMapStringToStringOfSize, AWalkMayReplaceValues) {
     Obx_String key;
     Obx_String value;

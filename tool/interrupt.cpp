@@ -15,6 +15,7 @@ void Remember(int signal) {
 }  // namespace
 
 void WatchInterrupts() {
+    interruptedBy = 0;
     struct sigaction action = {};
     action.sa_handler = Remember;
     // The handler serves once: whoever presses Ctrl-C again means it.

@@ -7,7 +7,7 @@ namespace tool {
 // hand can be finished and made permanent. A second one ends the process at once.
 void WatchInterrupts();
 
-// The signal that came since, 0 for none.
+// The signal that came since WatchInterrupts, 0 for none.
 int Interrupted();
 
 }  // namespace tool

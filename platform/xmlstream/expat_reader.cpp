@@ -15,11 +15,11 @@ namespace {
 constexpr std::size_t kSmallestChunk = 2048;
 
 // A value that goes on over many chunks is read in larger ones.
-constexpr std::size_t kLargestChunkOfText = 64 * 1024;
-constexpr std::size_t kLargestChunk = 256 * 1024 * 1024;
+constexpr std::size_t kLargestChunkOfText = std::size_t{64} * 1024;
+constexpr std::size_t kLargestChunk = std::size_t{256} * 1024 * 1024;
 
 // A parser that has read more than this is not kept.
-constexpr std::size_t kMostBytesForReuse = 256 * 1024;
+constexpr std::size_t kMostBytesForReuse = std::size_t{256} * 1024;
 
 // Deeper than any real packet, and low enough that the parser's stack of open elements stays small.
 constexpr std::size_t kDeepestElement = 50000;

@@ -12,7 +12,7 @@ namespace recorddb {
 
 namespace {
 
-constexpr std::size_t chunkSize = 256 * 1024;
+constexpr std::size_t chunkSize = std::size_t{256} * 1024;
 
 // A file read in chunks; a file that is empty has one empty chunk.
 class ChunkedFile {

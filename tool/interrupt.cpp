@@ -19,7 +19,7 @@ void WatchInterrupts() {
     struct sigaction action = {};
     action.sa_handler = Remember;
     // The handler serves once: whoever presses Ctrl-C again means it.
-    action.sa_flags = SA_RESETHAND | SA_RESTART;
+    action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
 }

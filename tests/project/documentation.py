@@ -3,8 +3,9 @@
 
 The page's blocks are taken in order, in one temporary folder that sees the project's examples/:
   ```console            each line after "$ " is run by bash and must end with exit code 0; the lines below it are what
-                        it must print (standard error included). "..." stands for any text within a line, and alone
-                        on a line for any number of lines. A line that ends with a backslash goes on in the next.
+                        it must print (standard error included, the progress of loads left out). "..." stands for any
+                        text within a line, and alone on a line for any number of lines. A line that ends with a
+                        backslash goes on in the next.
   ```LANGUAGE file=NAME  is written to NAME.
 Other blocks are for readers only.
 """
@@ -17,6 +18,8 @@ import sys
 import tempfile
 
 FENCE = re.compile(r"^```(\S*)\s*(.*)$")
+# What a load says of its progress, if the machine is slow enough for it.
+PROGRESS = re.compile(r"\d+ records, \d+ records/s\b.*")
 
 
 def blocks(page):
@@ -72,7 +75,8 @@ def run(command, folder, tool_dir):
     environment = dict(os.environ, PATH=tool_dir + os.pathsep + os.environ["PATH"], LC_ALL="C.UTF-8", TZ="UTC")
     done = subprocess.run(["bash", "-c", command], cwd=folder, env=environment, stdin=subprocess.DEVNULL,
                           stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=120, check=False)
-    return done.returncode, done.stdout.decode("utf-8", "replace").splitlines()
+    printed = done.stdout.decode("utf-8", "replace").splitlines()
+    return done.returncode, [line for line in printed if not PROGRESS.fullmatch(line)]
 
 
 def check_command(page, number, command, expected, folder, tool_dir):

@@ -65,11 +65,11 @@ std::size_t WidestName(const RecordView& record) {
 }
 
 std::string Keys(const std::vector<LinkedRecord>& records) {
-    std::vector<std::string> keys;
+    std::string keys;
     for (const LinkedRecord& record : records) {
-        keys.push_back(record.key);
+        keys += (keys.empty() ? "" : ", ") + record.key;
     }
-    return fmt::format("{}", fmt::join(keys, ", "));
+    return keys;
 }
 
 void PrintDuplicates(const RecordView& record, RecordReader& reader, std::ostream& out) {

@@ -191,6 +191,7 @@ std::size_t AppendUtf16(std::string_view bytes, bool bigEndian, bool last, std::
             AppendMark(NulMark, out, marked);
         } else if (!IsHighSurrogate(unit) && !IsLowSurrogate(unit)) {
             AppendCodePoint(unit, out);
+            // NOLINTNEXTLINE(bugprone-branch-clone): a half that comes first and one left alone.
         } else if (IsLowSurrogate(unit)) {
             AppendMark(SurrogateMark, out, marked);
         } else if (at + 4 > bytes.size()) {

@@ -249,7 +249,7 @@ std::list<CMapStringToString*> AdImportRecordParser::ExtractAttachmentData(
         }
         entry->SetAt(attachment_label[key], text);
         if (key == attachment_label.size() - 1) {
-            entries.Add(std::move(entry));
+            entries.Add(std::exchange(entry, nullptr));
         }
     }
     Trace(kTag, u"ExtractAttachmentData, result size = %d", entries.Size());

@@ -1,0 +1,49 @@
+#include "tool/losses/loss.h"
+
+#include <array>
+#include <cstddef>
+
+namespace tool {
+
+namespace {
+
+struct KindWords {
+    std::string_view name;
+    std::string_view title;
+};
+
+// In the order of LossKind.
+constexpr std::array<KindWords, 16> kWords = {{
+    {"long-history-line", "history lines of seven or more columns"},
+    {"history-beyond-limit", "history entries behind the 501st of a record"},
+    {"incomplete-attachment", "incomplete attachments"},
+    {"unseen-record", "records that are not read as such"},
+    {"nameless-field", "fields without a name"},
+    {"nested-field", "fields inside another field"},
+    {"unread-field", "fields behind the end of what is read of a record"},
+    {"changed-text", "texts that the decoding of escapes changes"},
+    {"skipped-field", "fields of a type that is never written"},
+    {"repeated-field", "fields named more than once in a record"},
+    {"cleared-value", "values BLANK in new records"},
+    {"unused-field", "fields that history and attachment packets have no use for"},
+    {"empty-packet", "packets without a record"},
+    {"nothing-imported", "configurations under which nothing is imported"},
+    {"unused-mapping", "mappings without an effect"},
+    {"no-configuration", "packets before any configuration"},
+}};
+
+const KindWords& WordsOf(LossKind kind) {
+    return kWords[static_cast<std::size_t>(kind)];
+}
+
+}  // namespace
+
+std::string_view LossKindName(LossKind kind) {
+    return WordsOf(kind).name;
+}
+
+std::string_view LossKindTitle(LossKind kind) {
+    return WordsOf(kind).title;
+}
+
+}  // namespace tool

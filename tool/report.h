@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <utility>
 
-#include "tool/byte_source.h"
-#include "tool/output_file.h"
+#include "tool/list_report.h"
 
 namespace tool {
 
@@ -34,17 +34,11 @@ struct ReportedReject {
 // Writes a load's report as JSON: an object of the totals, in the order of LoadTotals, and
 // "rejects", a list of objects with "file", "record", "source_id" and "error".
 //
-// Rejections go to a file without a name as they come, so memory does not grow with their number.
-// The report appears at its path complete or not at all, in place of an earlier one.
-// All operations throw std::system_error that names the file when something cannot be written.
+// See ListReport for how the file comes into being and what its operations throw.
 class ReportWriter {
   public:
-    // Makes a file beside PATH, so that a place that cannot be written shows before the load.
-    explicit ReportWriter(std::filesystem::path path);
-    // Without Finish nothing is left.
-    ~ReportWriter();
-    ReportWriter(const ReportWriter&) = delete;
-    ReportWriter& operator=(const ReportWriter&) = delete;
+    // A place that cannot be written shows before the load.
+    explicit ReportWriter(std::filesystem::path path) : m_list(std::move(path)) {}
 
     void AddReject(const ReportedReject& reject);
 
@@ -52,18 +46,7 @@ class ReportWriter {
     void Finish(const LoadTotals& totals);
 
   private:
-    // What is written to it can be read back; the directory does not show it.
-    struct Spool {
-        explicit Spool(const std::filesystem::path& path);
-        OutputFile in;
-        FileBytes out;
-    };
-
-    std::filesystem::path m_path;
-    Spool m_rejects;
-    OutputFile m_report;
-    std::uint64_t m_rejectCount = 0;
-    bool m_finished = false;
+    ListReport m_list;
 };
 
 // The totals as the members of a JSON object, without its braces: "\"read\":1,...".

@@ -8,6 +8,19 @@
 
 namespace recorddb {
 
+namespace {
+
+std::vector<std::int64_t> TargetsOf(const schema::Field& field, const FieldValue& value) {
+    if (const auto* const list = std::get_if<ReferenceList>(&value)) {
+        return *list;
+    }
+    const auto* const number = std::get_if<std::int64_t>(&value);
+    const bool isTarget = field.kind == schema::FieldKind::Reference && number != nullptr;
+    return isTarget ? std::vector<std::int64_t>{*number} : std::vector<std::int64_t>();
+}
+
+}  // namespace
+
 RecordReader::RecordReader(Database& database)
     : m_database(database),
       m_tables(database.GetConnection(), database.GetSchema()),
@@ -34,14 +47,16 @@ std::optional<RecordView> RecordReader::Get(const schema::RecordType& type, std:
     if (!version) {
         return std::nullopt;
     }
-    RecordView view{.type = &type, .dbid = dbid, .version = *version, .values = {}};
+    RecordView view{.type = &type, .dbid = dbid, .version = *version, .values = {}, .targets = {}};
     for (const schema::Field& field : type.fields) {
         if (field.kind == schema::FieldKind::DbId) {
             buffer.SetSaved(field.index, dbid);
         } else if (field.kind == schema::FieldKind::ReferenceList) {
             buffer.SetSaved(field.index, m_tables.List(type, field).Load(dbid));
         }
-        view.values.push_back(m_keys.TextsOf(field, buffer.Get(field.index)));
+        const FieldValue& value = buffer.Get(field.index);
+        view.values.push_back(m_keys.TextsOf(field, value));
+        view.targets.push_back(TargetsOf(field, value));
     }
     return view;
 }

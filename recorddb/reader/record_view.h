@@ -20,6 +20,10 @@ struct RecordView {
     // them; attachments and history are not.
     std::vector<std::vector<std::string>> values;
 
+    // By position in the type's fields: the dbids behind the keys of a reference or reference list;
+    // none for other fields.
+    std::vector<std::vector<std::int64_t>> targets;
+
     // The text of a field that is not a list; empty when it has no value.
     std::string Text(const schema::Field& field) const {
         const auto& texts = values[field.index];

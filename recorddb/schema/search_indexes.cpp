@@ -14,6 +14,10 @@ bool IsIndexedFromTheStart(const RecordType& type, const Field& field) {
            type.key.front() == field.index;
 }
 
+std::string IndexName(const RecordType& type, const Field& field) {
+    return fmt::format("zt_search_{}_{}", type.id, field.index);
+}
+
 }  // namespace
 
 SearchIndexes::SearchIndexes(sql::Connection& connection, const Schema& schema)
@@ -28,7 +32,7 @@ SearchIndexes::SearchIndexes(sql::Connection& connection, const Schema& schema)
 }
 
 void SearchIndexes::Ensure(const RecordType& type, const Field& field) {
-    State& state = m_states[static_cast<std::size_t>(type.id - 1)][field.index];
+    State& state = StateOf(type, field);
     if (state.permanent || m_connection.IsReadOnly()) {
         return;
     }
@@ -37,8 +41,13 @@ void SearchIndexes::Ensure(const RecordType& type, const Field& field) {
     }
 }
 
+bool SearchIndexes::Has(const RecordType& type, const Field& field) {
+    return HasColumn(field.kind) &&
+           (StateOf(type, field).permanent || m_connection.HasIndex(IndexName(type, field)));
+}
+
 void SearchIndexes::Make(const RecordType& type, const Field& field, State& state) {
-    const std::string name = fmt::format("zt_search_{}_{}", type.id, field.index);
+    const std::string name = IndexName(type, field);
     // Looked up first, since making one takes the write lock even when it is there.
     const bool exists = m_connection.HasIndex(name);
     if (exists && !m_connection.InTransaction()) {

@@ -22,6 +22,10 @@ class SearchIndexes {
     // or in one of its own. Throws sql::Error.
     void Ensure(const RecordType& type, const Field& field);
 
+    // True when an equality search on a field of a type is an index search as things stand. False
+    // for fields without a column. Throws sql::Error.
+    bool Has(const RecordType& type, const Field& field);
+
   private:
     // What is known about one column: nothing, that its index stands for good, or that it was
     // made when the connection had rolled back so many times and stands until the next time.
@@ -30,6 +34,9 @@ class SearchIndexes {
         std::optional<std::uint64_t> madeAtRollbackCount;
     };
 
+    State& StateOf(const RecordType& type, const Field& field) {
+        return m_states[static_cast<std::size_t>(type.id - 1)][field.index];
+    }
     void Make(const RecordType& type, const Field& field, State& state);
 
     sql::Connection& m_connection;

@@ -18,4 +18,8 @@ std::unique_ptr<Connection> Open(const std::string& location, OpenMode mode) {
     return SqliteConnection::Open(location, mode);
 }
 
+std::unique_ptr<Connection> OpenScratch() {
+    return SqliteConnection::OpenScratch();
+}
+
 }  // namespace recorddb::sql

@@ -22,6 +22,11 @@ bool IsServerUrl(const std::string& location);
 // NotADatabase when the file is something else.
 std::unique_ptr<Connection> Open(const std::string& location, OpenMode mode);
 
+// Opens an empty database for intermediate results of any size: a file without a name among the
+// system's temporary files, which goes with the connection. It takes a few MiB of memory. Nothing
+// in it survives a failure, so a transaction rolled back leaves it useless.
+std::unique_ptr<Connection> OpenScratch();
+
 }  // namespace recorddb::sql
 
 #endif

@@ -22,6 +22,9 @@ class SqliteConnection final : public Connection {
     // not changed by being opened.
     static std::unique_ptr<Connection> Open(const std::string& path, OpenMode mode);
 
+    // Opens a database of its own in a temporary file without a name.
+    static std::unique_ptr<Connection> OpenScratch();
+
     ~SqliteConnection() override;
 
     Statement& Prepare(std::string_view sql) override;

@@ -36,6 +36,15 @@ constexpr const char* settings =
     "PRAGMA wal_autocheckpoint = 10000;"
     "PRAGMA trusted_schema = OFF;";
 
+// For a file that is thrown away: nothing is synced and nothing can be undone. What does not fit
+// the cache, sorting included, goes to disk; that is what the file is for.
+constexpr const char* scratchSettings =
+    "PRAGMA journal_mode = OFF;"
+    "PRAGMA synchronous = OFF;"
+    "PRAGMA locking_mode = EXCLUSIVE;"
+    "PRAGMA cache_size = -4096;"
+    "PRAGMA temp_store = FILE;";
+
 void Execute(sqlite3* handle, const char* sql) {
     CheckSqlite(handle, sqlite3_exec(handle, sql, nullptr, nullptr, nullptr), sql);
 }
@@ -159,6 +168,14 @@ std::unique_ptr<Connection> SqliteConnection::Open(const std::string& path, Open
             path + ": " + (foreign ? "the file is not an SQLite database" : error.DriverText()),
             error.Sql());
     }
+}
+
+std::unique_ptr<Connection> SqliteConnection::OpenScratch() {
+    // The engine's name for a database in a temporary file that only this connection knows.
+    Handle handle = OpenHandle("", SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    Execute(handle.get(), scratchSettings);
+    return std::unique_ptr<Connection>(
+        new SqliteConnection(std::move(handle), OpenMode::ReadWrite));
 }
 
 }  // namespace recorddb::sql

@@ -1,0 +1,59 @@
+#include "tool/verify/verify_report.h"
+
+#include <fmt/format.h>
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+namespace tool {
+
+namespace {
+
+using nlohmann::ordered_json;
+
+// Replaces what is not UTF-8, in a file name or a damaged database, where the default would throw.
+std::string TextOf(const ordered_json& json) {
+    return json.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
+}
+
+ordered_json ToJson(const VerifiedType& type) {
+    return {{"type", type.name},
+            {"compared", type.compared},
+            {"equal", type.equal},
+            {"different", type.different},
+            {"missing", type.missing},
+            {"fields", type.fields},
+            {"references", type.references},
+            {"history", type.history},
+            {"attachments", type.attachments},
+            {"duplicates", type.duplicates}};
+}
+
+}  // namespace
+
+void VerifyReport::Differs(const Difference& difference) {
+    m_list.AddItem(TextOf({{"file", difference.source},
+                           {"record", difference.record},
+                           {"line", difference.line},
+                           {"source_id", difference.sourceId},
+                           {"type", difference.type},
+                           {"id", difference.id},
+                           {"field", difference.field},
+                           {"source", difference.sourceValue},
+                           {"database", difference.databaseValue},
+                           {"problem", difference.problem}}));
+}
+
+void VerifyReport::Finish(const VerifySummary& summary) {
+    ordered_json types = ordered_json::array();
+    for (const VerifiedType& type : summary.types) {
+        types.push_back(ToJson(type));
+    }
+    m_list.Finish(fmt::format(R"({{"read":{},"compared":{},"differing":{},"missing":{},)"
+                              R"("seconds":{:.3f},"types":{},"differences":[)",
+                              summary.read, summary.compared, summary.differing, summary.missing,
+                              summary.seconds, TextOf(types)),
+                  "]}\n");
+}
+
+}  // namespace tool

@@ -1,0 +1,26 @@
+#ifndef TOOL_VERIFY_VERIFY_SINK_H
+#define TOOL_VERIFY_VERIFY_SINK_H
+
+#include "tool/verify/difference.h"
+#include "tool/verify/verify_summary.h"
+
+namespace tool {
+
+// Takes what a comparison finds: a report, say. Differences come as they are found, those that show
+// while the sources are read first, then those of one record after the other.
+class VerifySink {
+  public:
+    VerifySink() = default;
+    VerifySink(const VerifySink&) = delete;
+    VerifySink& operator=(const VerifySink&) = delete;
+    virtual ~VerifySink() = default;
+
+    virtual void Differs(const Difference& difference) = 0;
+
+    // The end: called once, behind the last difference. Not called when the comparison fails.
+    virtual void Finish(const VerifySummary& summary) = 0;
+};
+
+}  // namespace tool
+
+#endif

@@ -116,7 +116,7 @@ void LoadOutput::Finish() {
         static_cast<double>(m_totals.read) / std::max(m_totals.seconds, 0.001));
     if (m_rejects && m_rejects->Count() > 0) {
         m_out << fmt::format("The rejected records are in {}; mend them and load that folder.\n",
-                             m_rejects->Files().front().parent_path().string());
+                             m_rejects->Directory().string());
     }
 }
 

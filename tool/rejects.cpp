@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <system_error>
 #include <utility>
 
@@ -19,8 +18,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::string_view configurationKind = "configuration";
-constexpr std::string_view recordsKind = "records";
 constexpr std::string_view closingTag = "</records>\n";
 
 // With more digits the order of the names would not be the order of the numbers.
@@ -50,21 +47,10 @@ void CheckWritable(const fs::path& directory) {
     }
 }
 
-// The number of a file that an earlier run has left, or 0 for any other file.
-int NumberOf(const fs::path& file) {
-    std::string name = file.filename().string();
-    int number = 0;
-    auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
-    std::string_view rest(end, static_cast<std::size_t>(name.data() + name.size() - end));
-    bool ours = error == std::errc() && (rest == fmt::format("-{}.xml", configurationKind) ||
-                                         rest == fmt::format("-{}.xml", recordsKind));
-    return ours ? number : 0;
-}
-
 int HighestNumber(const fs::path& directory) {
     int highest = 0;
     for (const fs::directory_entry& entry : fs::directory_iterator(directory)) {
-        highest = std::max(highest, NumberOf(entry.path()));
+        highest = std::max(highest, RejectFileNumber(entry.path()));
     }
     return highest;
 }
@@ -78,6 +64,19 @@ std::string Comment(const RejectedRecord& record) {
         text += " (the record is not repeated here: take it from the source)";
     }
     return fmt::format("<!-- {} -->\n", CommentText(text));
+}
+
+// What stands in the file for a record, in whole lines.
+std::string Entry(const RejectedRecord& record) {
+    std::string text = Comment(record);
+    text += record.raw;
+    if (!record.raw.empty()) {
+        text += '\n';
+    }
+    if (record.openSection) {
+        text += closeOpenSection;
+    }
+    return text;
 }
 
 void ReplaceAll(std::string& text, std::string_view from, std::string_view to) {
@@ -112,6 +111,9 @@ RejectWriter::RejectWriter(fs::path directory) : m_directory(std::move(directory
 }
 
 void RejectWriter::SetConfiguration(std::string packet) {
+    if (!packet.empty()) {
+        packet = WithPacketDeclaration(packet);
+    }
     if (packet == m_configuration) {
         return;
     }
@@ -120,22 +122,26 @@ void RejectWriter::SetConfiguration(std::string packet) {
 }
 
 void RejectWriter::Write(const RejectedRecord& record) {
+    ++m_count;
+    std::string text = Entry(record);
+    if (Known().Contain(m_configuration, text)) {
+        return;
+    }
     if (!m_records) {
         OpenPair();
-    }
-    std::string text = Comment(record);
-    text += record.raw;
-    if (!record.raw.empty()) {
-        text += '\n';
-    }
-    if (record.openSection) {
-        text += closeOpenSection;
     }
     std::size_t size = text.size();
     text += closingTag;
     m_records->WriteAt(m_end, text);
     m_end += size;
-    ++m_count;
+}
+
+// Looked for when the first record is rejected, since most loads reject none.
+const KnownRejects& RejectWriter::Known() {
+    if (!m_known) {
+        m_known = fs::exists(m_directory) ? KnownRejects(m_directory) : KnownRejects();
+    }
+    return *m_known;
 }
 
 void RejectWriter::OpenPair() {
@@ -146,18 +152,17 @@ void RejectWriter::OpenPair() {
                "the numbers for files of rejected records are used up, use an empty directory");
     }
     if (!m_configuration.empty()) {
-        OutputFile file = Create(number, configurationKind);
-        file.Append(WithPacketDeclaration(m_configuration));
+        OutputFile file = Create(number, rejectConfigurationKind);
+        file.Append(m_configuration);
         file.Close();
     }
-    m_records = Create(number, recordsKind);
+    m_records = Create(number, rejectRecordsKind);
     m_records->Append(fmt::format("{}\n<records>\n", packetDeclaration));
     m_end = m_records->Size();
 }
 
 OutputFile RejectWriter::Create(int number, std::string_view kind) {
-    OutputFile file =
-        OutputFile::CreateNew(m_directory / fmt::format("{:04}-{}.xml", number, kind));
+    OutputFile file = OutputFile::CreateNew(m_directory / RejectFileName(number, kind));
     m_files.push_back(file.Path());
     return file;
 }

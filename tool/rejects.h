@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tool/known_rejects.h"
 #include "tool/output_file.h"
 #include "tool/record_cutter.h"
 
@@ -31,7 +32,8 @@ struct RejectedRecord {
 // of loading. Each record stands under an XML comment that names its place and reason. After every
 // Write the files are complete and closed XML documents, as far as the records in them are
 // well-formed. Nothing is made before the first record is rejected, and files of earlier runs stay:
-// numbering goes on behind them.
+// numbering goes on behind them, and a record that stands in one of them with the same
+// configuration, place, reason and text is not written again.
 //
 // All operations throw std::system_error that names the file when something cannot be written.
 class RejectWriter {
@@ -46,18 +48,22 @@ class RejectWriter {
     // Writes RECORD behind those rejected before.
     void Write(const RejectedRecord& record);
 
-    // Number of records written.
+    // Number of records rejected, those that stood there already among them.
     std::uint64_t Count() const { return m_count; }
+
+    const std::filesystem::path& Directory() const { return m_directory; }
 
     // The files made, in order.
     const std::vector<std::filesystem::path>& Files() const { return m_files; }
 
   private:
+    const KnownRejects& Known();
     void OpenPair();
     OutputFile Create(int number, std::string_view kind);
 
     std::filesystem::path m_directory;
     std::string m_configuration;
+    std::optional<KnownRejects> m_known;
     std::optional<OutputFile> m_records;
     std::uint64_t m_end = 0;  // where the next record goes, in front of the closing tag
     std::uint64_t m_count = 0;

@@ -145,6 +145,49 @@ TEST_F(RejectsTest, LeaveTheFilesOfEarlierRuns) {
     EXPECT_THAT(Content("0001-records.xml"), HasSubstr("<record>a</record>"));
 }
 
+TEST_F(RejectsTest, AreNotWrittenAgainWhereTheyStandAlready) {
+    const std::string odd = "<record>\n<!-- a line of its own -->\n</record>";
+    for (int run = 0; run < 3; ++run) {
+        RejectWriter writer(Directory());
+        writer.SetConfiguration(bugs);
+        writer.Write(Rejected("<record>a</record>"));
+        writer.Write(Rejected(odd));
+        EXPECT_EQ(writer.Count(), 2U);
+    }
+    EXPECT_THAT(ReadBack(), ElementsAre(declaration + bugs, "<record>a</record>", odd));
+}
+
+struct OtherReject {
+    const char* difference;
+    const char* configuration;
+    std::uint64_t number;
+    const char* reason;
+    const char* raw;
+};
+
+class OtherRejects : public RejectsTest, public testing::WithParamInterface<OtherReject> {};
+
+TEST_P(OtherRejects, AreWrittenBesideThoseThatStandThere) {
+    for (const bool second : {false, true}) {
+        RejectWriter writer(Directory());
+        writer.SetConfiguration(second ? GetParam().configuration : bugs);
+        RejectedRecord record = Rejected(second ? GetParam().raw : "<record>a</record>",
+                                         second ? GetParam().reason : "no good");
+        record.number = second ? GetParam().number : 12;
+        writer.Write(record);
+    }
+    EXPECT_EQ(Names().size(), 4U);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, OtherRejects,
+    testing::Values(OtherReject{"configuration", users.c_str(), 12, "no good",
+                                "<record>a</record>"},
+                    OtherReject{"number", bugs.c_str(), 13, "no good", "<record>a</record>"},
+                    OtherReject{"reason", bugs.c_str(), 12, "bad", "<record>a</record>"},
+                    OtherReject{"text", bugs.c_str(), 12, "no good", "<record>b</record>"}),
+    [](const auto& test) { return std::string(test.param.difference); });
+
 TEST_F(RejectsTest, AreNumberedBehindTheHighestNumber) {
     fs::create_directory(Directory());
     for (const char* name :

@@ -1,6 +1,7 @@
 #include "load_fixture.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include "recorddb/database.h"
 #include "recorddb/schema/schema_file.h"
@@ -35,9 +36,27 @@ constexpr const char* kSchema = R"(record_types:
       log: {type: history}
 )";
 
-// Everything a load writes for people to keep; names first, so that the dump is stable.
-constexpr const char* kTables[] = {"user",       "keyword",       "bug",       "bug__keywords",
-                                   "zt_history", "zt_attachment", "zt_content"};
+std::vector<std::string> FirstColumn(recorddb::Database& database, const std::string& sql) {
+    auto& statement = database.GetConnection().Prepare(sql);
+    const recorddb::sql::ResetGuard guard(statement);
+    std::vector<std::string> rows;
+    while (statement.Step()) {
+        rows.emplace_back(statement.Text(0));
+    }
+    return rows;
+}
+
+// The rows of a table as SQL literals, in an order that depends on nothing but them.
+std::vector<std::string> RowsOf(recorddb::Database& database, const std::string& table) {
+    std::string row;
+    for (const std::string& column :
+         FirstColumn(database, fmt::format("SELECT name FROM pragma_table_info('{}') "
+                                           "WHERE name <> 'action_time' OR '{}' <> 'zt_duplicate'",
+                                           table, table))) {
+        row += fmt::format("{}quote(\"{}\")", row.empty() ? "" : " || '|' || ", column);
+    }
+    return FirstColumn(database, fmt::format("SELECT {} FROM \"{}\" ORDER BY 1", row, table));
+}
 
 }  // namespace
 
@@ -83,26 +102,20 @@ int LoadFixture::Load(std::vector<std::string> sources) {
 
 std::string LoadFixture::Query(const std::string& sql) {
     const auto database = recorddb::Database::Open(m_database, recorddb::Database::Mode::ReadOnly);
-    auto& statement = database->GetConnection().Prepare(sql);
-    std::string rows;
-    while (statement.Step()) {
-        rows += (rows.empty() ? "" : "\n") + std::string(statement.Text(0));
-    }
-    return rows;
+    return fmt::format("{}", fmt::join(FirstColumn(*database, sql), "\n"));
 }
 
 std::string LoadFixture::Dump() {
     const auto database = recorddb::Database::Open(m_database, recorddb::Database::Mode::ReadOnly);
     std::string dump;
-    for (const char* table : kTables) {
-        auto& statement = database->GetConnection().Prepare(
-            fmt::format("SELECT * FROM {} ORDER BY 1, 2, 3", table));
-        while (statement.Step()) {
-            dump += table;
-            for (int column = 0; column < statement.ColumnCount(); ++column) {
-                dump += "|" + std::string(statement.Text(column));
-            }
-            dump += '\n';
+    for (const std::string& statement :
+         FirstColumn(*database, "SELECT sql FROM sqlite_master ORDER BY name")) {
+        dump += statement + '\n';
+    }
+    for (const std::string& table : FirstColumn(
+             *database, "SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name")) {
+        for (const std::string& row : RowsOf(*database, table)) {
+            dump += table + '|' + row + '\n';
         }
     }
     return dump;

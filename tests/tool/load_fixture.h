@@ -35,7 +35,8 @@ class LoadFixture : public testing::Test {
     // The first column of the rows that SQL selects, one row a line.
     std::string Query(const std::string& sql);
 
-    // All that the database holds, but for the times of the load itself.
+    // All that the database holds, its tables' definitions among it, but for the times at which
+    // duplicates were marked.
     std::string Dump();
 
     const TemporaryFolder m_folder;

@@ -28,14 +28,6 @@ icu::UnicodeString ToUnicode(std::string_view text) {
         icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
 }
 
-bool EqualNames(std::string_view a, std::string_view b) {
-    if (IsPlain(a) && IsPlain(b)) {
-        return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                          [](char x, char y) { return Lower(x) == Lower(y); });
-    }
-    return ToUnicode(a).caseCompare(ToUnicode(b), U_FOLD_CASE_DEFAULT) == 0;
-}
-
 void ReplaceAll(std::string& text, std::string_view from, char to) {
     std::size_t found = text.find(from);
     if (found == npos) {
@@ -146,6 +138,17 @@ std::size_t SkipOther(std::string_view text, std::size_t at) {
 
 }  // namespace
 
+bool SameFieldName(std::string_view field, std::string_view name) {
+    if (name.empty()) {
+        return false;
+    }
+    if (IsPlain(field) && IsPlain(name)) {
+        return std::equal(field.begin(), field.end(), name.begin(), name.end(),
+                          [](char x, char y) { return Lower(x) == Lower(y); });
+    }
+    return ToUnicode(field).caseCompare(ToUnicode(name), U_FOLD_CASE_DEFAULT) == 0;
+}
+
 std::string DecodePacketEscapes(std::string_view text) {
     static constexpr std::array<std::pair<std::string_view, char>, 8> escapes = {{
         {"&amp;", '&'},
@@ -179,7 +182,7 @@ std::optional<std::string> FindFieldValue(std::string_view record, std::string_v
             continue;
         }
         StartTag tag = ReadStartTag(record, at);
-        if (EqualNames(DecodePacketEscapes(tag.name), name)) {
+        if (SameFieldName(DecodePacketEscapes(tag.name), name)) {
             value = tag.empty ? std::string() : DecodePacketEscapes(ReadContent(record, tag.end));
         }
         at = record.find('<', tag.end);

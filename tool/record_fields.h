@@ -14,6 +14,10 @@ namespace tool {
 // when there is no such field, or NAME is empty.
 std::optional<std::string> FindFieldValue(std::string_view record, std::string_view name);
 
+// True when the importer takes two field names for the same: without regard to case, which is
+// folded by Unicode. An empty NAME is no field's.
+bool SameFieldName(std::string_view field, std::string_view name);
+
 // TEXT with the eight escapes of the packet format replaced one after the other, "&amp;" first, so
 // that "&amp;lt;" becomes "<".
 std::string DecodePacketEscapes(std::string_view text);

@@ -1,0 +1,78 @@
+#include "tool/losses/record_readings.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "random_records.h"
+#include "reading.h"
+
+namespace {
+
+// A record of field elements, texts and comments, nested at random.
+std::string RandomRecord(reading::RandomText& random) {
+    static constexpr const char* pieces[] = {"<f name='a'>",
+                                             "<f name='b'>",
+                                             "<f name='A'>",
+                                             "<f>",
+                                             "text",
+                                             " ",
+                                             "\n",
+                                             "&#32;",
+                                             "<!-- c -->",
+                                             "<?p?>",
+                                             "&amp;",
+                                             "<![CDATA[ ]]>",
+                                             "<g name='c'/>",
+                                             "</f>",
+                                             "<![CDATA[d]]>",
+                                             "</f>"};
+    std::string text = "<record>";
+    int open = 0;
+    for (std::size_t count = random.Below(16); count > 0; --count) {
+        const std::string piece = pieces[random.Below(std::size(pieces))];
+        open += piece.starts_with("<f") ? 1 : piece == "</f>" && open > 0 ? -1 : 0;
+        text += piece == "</f>" && text.ends_with("<record>") ? "" : piece;
+    }
+    // Most of them are well-formed, some are not.
+    for (; open > 0; --open) {
+        text += "</f>";
+    }
+    return text + "</record>";
+}
+
+TEST(RecordReadings, AgreeOnWhatTheImporterReads) {
+    const unsigned seed = reading::NewSeed();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    reading::RandomText random(seed);
+    tool::RecordReadings readings;
+    int read = 0;
+    int stopped = 0;
+    for (int round = 0; round < 5'000; ++round) {
+        const std::string text = RandomRecord(random);
+        tool::PacketReader reader = reading::ReaderOf(text);
+        tool::SourceRecord record;
+        ASSERT_TRUE(reader.NextRecord(record)) << text;
+        bool readable = false;
+        ASSERT_NO_THROW(readable = readings.Read(record)) << text;
+        read += readable ? 1 : 0;
+        stopped +=
+            readable && readings.Elements().Stop() != tool::RecordElements::StopCause::None ? 1 : 0;
+    }
+    EXPECT_GT(read, 1'000);
+    EXPECT_GT(stopped, 200);
+}
+
+TEST(RecordReadings, TellTheSpellingsOfANameFromOtherNames) {
+    tool::PacketReader reader = reading::ReaderOf(
+        "<record><f name='b'/><f name='aa'/><f name='B'/><f name='a'/><f name='AA'/></record>");
+    tool::SourceRecord record;
+    ASSERT_TRUE(reader.NextRecord(record));
+    tool::RecordReadings readings;
+    ASSERT_TRUE(readings.Read(record));
+    const std::vector<std::vector<std::size_t>> expected = {{1, 4}, {0, 2}};
+    EXPECT_EQ(readings.Spellings(), expected);
+}
+
+}  // namespace

@@ -1,0 +1,39 @@
+#ifndef TOOL_LOSSES_IMPORTER_FIELDS_H
+#define TOOL_LOSSES_IMPORTER_FIELDS_H
+
+#include <cstddef>
+#include <string>
+
+#include "platform/foundation/cmapstringtostring.h"
+
+namespace tool {
+
+// The fields of a record as the importer reads them, with its own parser. Texts in UTF-8.
+class ImporterFields {
+  public:
+    struct Field {
+        std::string name;
+        std::string value;
+    };
+
+    // Reads the one record of PACKET. Returns false when it is not well-formed as far as the
+    // importer reads it. What was read lasts until the next call.
+    bool Read(const std::string& packet);
+
+    // In the order in which the names first occur.
+    std::size_t Count() const { return m_count; }
+    const Field& At(std::size_t index) const { return m_fields[index]; }
+
+  private:
+    bool ReadMap(const std::string& packet);
+
+    CMapStringToString m_map;
+    std::vector<Field> m_fields;  // the first m_count are in use; the others keep their memory
+    std::size_t m_count = 0;
+    Obx_String m_name;
+    Obx_String m_value;
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,265 @@
+#include "tool/losses/record_losses.h"
+
+#include <fmt/format.h>
+
+#include <string_view>
+#include <utility>
+
+#include "tool/losses/value_losses.h"
+#include "tool/record_fields.h"
+#include "tool/text_units.h"
+
+namespace tool {
+
+namespace {
+
+// The most history entries that the importer takes of one record.
+constexpr std::size_t mostHistoryEntries = 501;
+
+constexpr std::string_view blanks = " \t\r\n";
+
+bool IsBlank(std::string_view text) {
+    return text.find_first_not_of(blanks) == std::string_view::npos;
+}
+
+// The value that clears a field; a reference is trimmed before it is looked at.
+bool AsksToClear(std::string_view value, FieldUse use) {
+    if (use == FieldUse::Reference) {
+        value.remove_prefix(std::min(value.find_first_not_of(blanks), value.size()));
+        value = value.substr(0, value.find_last_not_of(blanks) + 1);
+    }
+    return (use == FieldUse::Value || use == FieldUse::Reference) && SameFieldName(value, "BLANK");
+}
+
+// Blanks in front of an element are layout.
+std::string_view TextOf(const RecordPart& part) {
+    return part.holdsElement && IsBlank(part.text) ? std::string_view() : part.text;
+}
+
+std::string_view Describe(RecordElements::StopCause cause) {
+    switch (cause) {
+        case RecordElements::StopCause::Text:
+            return "at text that stands outside a field or behind an element in one";
+        case RecordElements::StopCause::EndTag:
+            return "at the end of a field that holds another element";
+        default:
+            return "at what is not well-formed XML";
+    }
+}
+
+}  // namespace
+
+void RecordLosses::Find(const SourceRecord& record, const std::string& source,
+                        const LossTaker& take) {
+    if (m_configuration.Data() == ImportedData::Nothing || !m_readings.Read(record)) {
+        return;
+    }
+    m_record = &record;
+    m_source = &source;
+    m_take = &take;
+    m_historyEntries = 0;
+    m_historySeen = false;
+    FindStructure();
+    FindOverwritten();
+    FindOtherSpellings();
+    for (std::size_t field = 0; field < m_readings.Fields().Count(); ++field) {
+        FindInField(field);
+    }
+}
+
+void RecordLosses::FindStructure() {
+    const RecordElements& elements = m_readings.Elements();
+    for (std::size_t index = 0; index < elements.Count(); ++index) {
+        const RecordPart& part = elements.Part(index);
+        if (!part.read) {
+            FindUnread(part);
+        } else if (TextOf(part).empty()) {
+            continue;
+        } else if (part.parent != RecordPart::none) {
+            const RecordPart& outer = elements.Part(part.parent);
+            Add(LossKind::NestedField, part, part.name.empty() ? outer.name : part.name,
+                fmt::format("{} stands in an element inside the field \"{}\"; the importer takes "
+                            "that element for a field of its own",
+                            Quoted(part.text), outer.name));
+        } else if (part.name.empty()) {
+            Add(LossKind::NamelessField, part, "",
+                fmt::format("{} stands in an element without a name, which is no field",
+                            Quoted(part.text)));
+        }
+    }
+}
+
+void RecordLosses::FindUnread(const RecordPart& part) {
+    const RecordElements& elements = m_readings.Elements();
+    const std::string why = fmt::format("the importer stops reading the record on line {}, {}",
+                                        LineAt(elements.StopOffset()), Describe(elements.Stop()));
+    if (part.kind == RecordPart::Kind::Broken) {
+        Add(LossKind::UnreadField, part, "", "the rest of the record is not read: " + why);
+    } else if (!TextOf(part).empty()) {
+        const bool inField = part.name.empty() && part.parent != RecordPart::none;
+        Add(LossKind::UnreadField, part, inField ? elements.Part(part.parent).name : part.name,
+            fmt::format("{} is not read: {}", Quoted(part.text), why));
+    }
+}
+
+void RecordLosses::FindOverwritten() {
+    for (const auto& [index, field] : m_readings.OverwrittenParts()) {
+        const RecordPart& part = m_readings.Elements().Part(index);
+        const bool isLost = !part.name.empty() && !TextOf(part).empty() &&
+                            !SameButForLineEnds(part.text, m_readings.Fields().At(field).value);
+        if (isLost) {
+            Add(LossKind::RepeatedField, part, part.name,
+                fmt::format("{} is dropped: the field is named again on line {}, and the last "
+                            "one counts",
+                            Quoted(part.text), LineAt(m_readings.PartOf(field))));
+        }
+    }
+}
+
+// Names are told apart by case until the fields are written, one after the other, to the same
+// place. Empty ones are not written.
+void RecordLosses::FindOtherSpellings() {
+    const ImporterFields& fields = m_readings.Fields();
+    for (const std::vector<std::size_t>& spellings : m_readings.Spellings()) {
+        if (AddsToOthers(UseOf(fields.At(spellings.front()).name, m_configuration, m_type))) {
+            continue;
+        }
+        const ImporterFields::Field* winner = nullptr;
+        for (auto field = spellings.rbegin(); field != spellings.rend(); ++field) {
+            const auto& [name, value] = fields.At(*field);
+            if (winner != nullptr && !value.empty() && value != winner->value) {
+                Add(LossKind::RepeatedField, m_readings.PartOf(*field), name,
+                    fmt::format("{} is dropped: the record names the same field as \"{}\", and "
+                                "that one counts",
+                                Quoted(value), winner->name));
+            }
+            if (winner == nullptr && !value.empty()) {
+                winner = &fields.At(*field);
+            }
+        }
+    }
+}
+
+// Whether several fields of the same name are written one beside the other. Those that have no use
+// are each reported as such.
+bool RecordLosses::AddsToOthers(FieldUse use) const {
+    switch (use) {
+        case FieldUse::ReferenceList:
+            return !m_configuration.ReplaceRefList();
+        case FieldUse::History:
+        case FieldUse::Attachments:
+        case FieldUse::NeverWritten:
+        case FieldUse::Unused:
+        case FieldUse::Unknown:
+            return true;
+        default:
+            return false;
+    }
+}
+
+void RecordLosses::FindInField(std::size_t field) {
+    const auto& [name, value] = m_readings.Fields().At(field);
+    if (name.empty()) {
+        return;
+    }
+    FindChangedText(field);
+    if (!value.empty()) {
+        FindInValue(field, UseOf(name, m_configuration, m_type));
+    }
+}
+
+void RecordLosses::FindChangedText(std::size_t field) {
+    const RecordPart& part = m_readings.PartOf(field);
+    const auto& [name, value] = m_readings.Fields().At(field);
+    if (!SameButForLineEnds(TextOf(part), value)) {
+        Add(LossKind::ChangedText, part, name, DescribeChange(TextOf(part), value));
+    }
+}
+
+void RecordLosses::FindInValue(std::size_t field, FieldUse use) {
+    const RecordPart& part = m_readings.PartOf(field);
+    const auto& [name, value] = m_readings.Fields().At(field);
+    const bool creates =
+        m_configuration.Data() == ImportedData::Records && !m_configuration.UpdateRecord();
+    if (use == FieldUse::NeverWritten) {
+        Add(LossKind::SkippedField, part, name,
+            fmt::format("{} is not written: the database itself gives this field its value",
+                        Quoted(value)));
+    } else if (use == FieldUse::Unused) {
+        Add(LossKind::UnusedField, part, name,
+            fmt::format("{} is not read: {}", Quoted(value), WhatIsUsed()));
+    } else if (use == FieldUse::History) {
+        m_historyEntries = FindInHistory(field);
+    } else if (use == FieldUse::Attachments) {
+        FindInAttachments(field);
+    } else if (creates && AsksToClear(value, use)) {
+        Add(LossKind::ClearedValue, part, name,
+            fmt::format("{} stands for the empty value, and the field stays empty", Quoted(value)));
+    }
+}
+
+// Returns the number of entries that the record's fields have up to this one.
+std::size_t RecordLosses::FindInHistory(std::size_t field) {
+    const RecordPart& part = m_readings.PartOf(field);
+    const auto& [name, value] = m_readings.Fields().At(field);
+    if (m_configuration.Data() == ImportedData::History && std::exchange(m_historySeen, true)) {
+        Add(LossKind::UnusedField, part, name,
+            Quoted(value) + " is not read: a history packet uses the first such field only");
+        return m_historyEntries;
+    }
+    const std::size_t entries = ReadHistoryValue(value, [&](const LongLine& line) {
+        Add(LossKind::LongHistoryLine, part, name,
+            fmt::format("line {} of the value (entry {}) is dropped: it has {} columns, and six "
+                        "are the most",
+                        line.line, Quoted(line.id), line.columns));
+    });
+    const std::size_t room = mostHistoryEntries - std::min(mostHistoryEntries, m_historyEntries);
+    if (entries > room) {
+        Add(LossKind::HistoryBeyondLimit, part, name,
+            fmt::format("the last {} of {} entries are dropped: a record takes no more than {} "
+                        "at a time",
+                        entries - room, entries, mostHistoryEntries));
+    }
+    return m_historyEntries + entries;
+}
+
+void RecordLosses::FindInAttachments(std::size_t field) {
+    const auto& [name, value] = m_readings.Fields().At(field);
+    if (const std::size_t lines = LinesLeftOver(value); lines > 0) {
+        Add(LossKind::IncompleteAttachment, m_readings.PartOf(field), name,
+            fmt::format("{}: an attachment takes four lines (id, file name, size, description)",
+                        lines == 1 ? "the last line is dropped"
+                                   : fmt::format("the last {} lines are dropped", lines)));
+    }
+}
+
+std::string RecordLosses::WhatIsUsed() const {
+    const bool history = m_configuration.Data() == ImportedData::History;
+    return fmt::format("{} packet uses only \"{}\" and {}",
+                       history ? "a history" : "an attachments", m_configuration.OriginalId(),
+                       history ? "the field \"history\"" : "fields of attachments");
+}
+
+std::uint64_t RecordLosses::LineAt(std::size_t offset) const {
+    return m_record->line + CountLineEnds(m_record->raw.substr(0, offset));
+}
+
+// The importer keeps the last one that is not empty.
+std::string RecordLosses::OriginalId() const {
+    const ImporterFields& fields = m_readings.Fields();
+    for (std::size_t index = fields.Count(); index > 0; --index) {
+        const auto& [name, value] = fields.At(index - 1);
+        if (!value.empty() && SameFieldName(name, m_configuration.OriginalId())) {
+            return value;
+        }
+    }
+    return {};
+}
+
+void RecordLosses::Add(LossKind kind, const RecordPart& part, const std::string& field,
+                       std::string text) const {
+    (*m_take)({kind, *m_source, m_record->ordinal + 1, LineAt(part), OriginalId(), field,
+               std::move(text)});
+}
+
+}  // namespace tool

@@ -1,0 +1,70 @@
+#ifndef TOOL_LOSSES_RECORD_LOSSES_H
+#define TOOL_LOSSES_RECORD_LOSSES_H
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "recorddb/schema/record_type.h"
+#include "tool/import_configuration.h"
+#include "tool/losses/field_use.h"
+#include "tool/losses/loss.h"
+#include "tool/losses/record_readings.h"
+#include "tool/packet_reader.h"
+
+namespace tool {
+
+using LossTaker = std::function<void(Loss)>;
+
+// Finds what an import under one configuration drops or changes of a record without an error.
+//
+// It reads the record twice, as any XML reader would and with the importer's own parser: what
+// stands in the one and not in the other is lost. Empty values are not. It knows nothing of the
+// database, so what it finds holds for a record that is imported; one that is rejected is lost as a
+// whole, and the rejection tells of it.
+class RecordLosses {
+  public:
+    // Both stay the caller's.
+    RecordLosses(const ImportConfiguration& configuration, const recorddb::schema::RecordType& type)
+        : m_configuration(configuration), m_type(type) {}
+
+    // Hands over the losses of RECORD, which comes from the source called SOURCE. A record that the
+    // importer cannot read, for a defect or since it is not well-formed, has none.
+    void Find(const SourceRecord& record, const std::string& source, const LossTaker& take);
+
+  private:
+    void FindStructure();
+    void FindUnread(const RecordPart& part);
+    void FindOverwritten();
+    void FindOtherSpellings();
+    void FindInField(std::size_t field);
+    void FindChangedText(std::size_t field);
+    void FindInValue(std::size_t field, FieldUse use);
+    std::size_t FindInHistory(std::size_t field);
+    void FindInAttachments(std::size_t field);
+
+    bool AddsToOthers(FieldUse use) const;
+    std::string WhatIsUsed() const;
+    std::string OriginalId() const;
+    std::uint64_t LineAt(const RecordPart& part) const { return LineAt(part.offset); }
+    std::uint64_t LineAt(std::size_t offset) const;
+    void Add(LossKind kind, const RecordPart& part, const std::string& field,
+             std::string text) const;
+
+    const ImportConfiguration& m_configuration;
+    const recorddb::schema::RecordType& m_type;
+    RecordReadings m_readings;
+
+    // The record in hand.
+    const SourceRecord* m_record = nullptr;
+    const std::string* m_source = nullptr;
+    const LossTaker* m_take = nullptr;
+    std::size_t m_historyEntries = 0;
+    bool m_historySeen = false;
+};
+
+}  // namespace tool
+
+#endif

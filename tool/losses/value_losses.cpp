@@ -1,0 +1,124 @@
+#include "tool/losses/value_losses.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "tool/record_fields.h"
+
+namespace tool {
+
+namespace {
+
+constexpr std::size_t npos = std::string_view::npos;
+
+// The most columns of a history line that the importer reads.
+constexpr std::size_t mostColumns = 6;
+constexpr std::size_t linesPerAttachment = 4;
+constexpr std::size_t longestQuotation = 60;
+
+// The longest reference is "&#x10FFFF;", and zeros in front of the number change nothing.
+constexpr std::size_t longestReference = 16;
+
+// Takes the next line off VALUE, which is not empty. The importer splits lines in the same way.
+std::string_view TakeLine(std::string_view& value) {
+    const std::size_t end = value.find_first_of("\r\n");
+    const std::string_view line = value.substr(0, end);
+    if (end == npos) {
+        value = {};
+    } else {
+        value.remove_prefix(end + (value.substr(end, 2) == "\r\n" ? 2 : 1));
+    }
+    return line;
+}
+
+std::string WithLineFeeds(std::string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\r') {
+            out += text[i];
+        } else if (i + 1 == text.size() || text[i + 1] != '\n') {
+            out += '\n';
+        }
+    }
+    return out;
+}
+
+// The reference, or what looks like one, that stands where TEXT begins to differ from another one.
+std::string_view ReferenceAt(std::string_view text, std::size_t at) {
+    const std::size_t begin = text.rfind('&', at);
+    const std::size_t end = begin == npos ? npos : text.find(';', begin);
+    const bool isOne = end != npos && end >= at && end - begin < longestReference;
+    return isOne ? text.substr(begin, end + 1 - begin) : std::string_view();
+}
+
+// Cut before a byte that goes on with a character.
+std::string_view Beginning(std::string_view text, std::size_t most) {
+    if (text.size() <= most) {
+        return text;
+    }
+    while (most > 0 && (static_cast<unsigned char>(text[most]) & 0xC0U) == 0x80U) {
+        --most;
+    }
+    return text.substr(0, most);
+}
+
+}  // namespace
+
+std::size_t ReadHistoryValue(std::string_view value,
+                             const std::function<void(const LongLine&)>& take) {
+    std::size_t entries = 0;
+    for (std::size_t number = 1; !value.empty(); ++number) {
+        const std::string_view line = TakeLine(value);
+        const auto columns =
+            static_cast<std::size_t>(std::count(line.begin(), line.end(), '\t')) + 1;
+        if (columns > mostColumns) {
+            take({number, columns, line.substr(0, line.find('\t'))});
+        } else {
+            ++entries;
+        }
+    }
+    return entries;
+}
+
+std::size_t LinesLeftOver(std::string_view value) {
+    std::size_t lines = 0;
+    for (; !value.empty(); ++lines) {
+        TakeLine(value);
+    }
+    return lines % linesPerAttachment;
+}
+
+bool SameButForLineEnds(std::string_view a, std::string_view b) {
+    return a == b || WithLineFeeds(a) == WithLineFeeds(b);
+}
+
+std::string DescribeChange(std::string_view written, std::string_view read) {
+    const std::string a = WithLineFeeds(written);
+    const std::string b = WithLineFeeds(read);
+    const auto differing = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
+    const auto at = static_cast<std::size_t>(differing.first - a.begin());
+    const std::string_view escape = ReferenceAt(a, at);
+    const std::string_view reference = ReferenceAt(b, at);
+    // Of "&amp;#7;" the reference is left when the escape is taken for one.
+    const bool isWritten =
+        reference.starts_with("&#") && a.find(reference.substr(1), at) == std::string::npos;
+    if (isWritten) {
+        return fmt::format("the reference \"{}\" stays as it is written", reference);
+    }
+    if (DecodePacketEscapes(escape) != escape) {
+        return fmt::format("the text \"{}\" is decoded as if it were an escape", escape);
+    }
+    return fmt::format("{} becomes {}", Quoted(std::string_view(a).substr(at)),
+                       Quoted(std::string_view(b).substr(at)));
+}
+
+std::string Quoted(std::string_view text) {
+    std::string line(Beginning(text, longestQuotation));
+    std::replace_if(
+        line.begin(), line.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; }, ' ');
+    return fmt::format("\"{}{}\"", line, text.size() > longestQuotation ? "..." : "");
+}
+
+}  // namespace tool

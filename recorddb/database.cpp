@@ -22,6 +22,24 @@ namespace {
                         location + ": the file exists already; a database is made in a new file");
 }
 
+// The engine only says that it cannot open a file, and the file is one that nobody has named.
+void CheckDirectory(const std::string& location) {
+    const auto directory = std::filesystem::absolute(location).parent_path();
+    std::error_code ignored;
+    if (!std::filesystem::is_directory(directory, ignored)) {
+        throw sql::Error(sql::ErrorKind::CannotOpen,
+                         fmt::format("{}: there is no directory {}; make it first", location,
+                                     directory.string()),
+                         "");
+    }
+    if (access(directory.c_str(), W_OK | X_OK) != 0) {
+        throw sql::Error(sql::ErrorKind::ReadOnly,
+                         fmt::format("{}: nothing can be written to the directory {}", location,
+                                     directory.string()),
+                         "");
+    }
+}
+
 // The file in which a database is made, beside its final place. Removed with what the engine may
 // have put next to it, whatever happens.
 class WorkFile {
@@ -77,6 +95,7 @@ void Database::Create(const std::string& location, const schema::Schema& schema)
     if (std::filesystem::exists(std::filesystem::symlink_status(location, ignored))) {
         RefuseExisting(location);
     }
+    CheckDirectory(location);
     const WorkFile file(location);
     Fill(file.Path(), schema);
     file.MoveTo(location);

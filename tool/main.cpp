@@ -7,6 +7,7 @@
 #include "recorddb/schema/schema_error.h"
 #include "recorddb/sql/error.h"
 #include "tool/command_line.h"
+#include "tool/database_failure.h"
 #include "tool/exception_text.h"
 #include "tool/exit_code.h"
 #include "tool/source_error.h"
@@ -34,7 +35,7 @@ int FailWithCurrentException() {
         return Fail(error.what(),
                     exists ? tool::ExitCode::BadInput : tool::ExitCode::DatabaseFailed);
     } catch (const recorddb::sql::Error& error) {
-        return Fail(error.what(), tool::ExitCode::DatabaseFailed);
+        return Fail(tool::ExplainFailure(error), tool::ExitCode::DatabaseFailed);
     } catch (CException* exception) {
         return Fail(tool::TakeText(exception), tool::ExitCode::DatabaseFailed);
     } catch (const std::exception& error) {

@@ -25,19 +25,22 @@ void CheckFormat(std::int64_t format, std::int64_t oldest, std::int64_t newest,
     if (format > formatVersion) {
         throw DatabaseError(
             Problem::FormatTooNew,
-            fmt::format("{}: made by a newer version: found database format {}, which programs of "
-                        "the formats {} to {} can use; expected a format from {} to {}",
-                        location, format, oldest, newest, oldestFormat, formatVersion));
+            fmt::format("{}: the database was made by a newer version of this program (its format "
+                        "is {}, and this version knows formats up to {}); use that version",
+                        location, format, formatVersion));
     }
     throw DatabaseError(Problem::FormatTooOld,
-                        fmt::format("{}: made by an older version: found database format {}; "
-                                    "expected a format from {} to {}",
-                                    location, format, oldestFormat, formatVersion));
+                        fmt::format("{}: the database was made by an older version of this program "
+                                    "(its format is {}, and this version knows formats from {}); "
+                                    "make a new one and load it again",
+                                    location, format, oldestFormat));
 }
 
 [[noreturn]] void NotOurs(const std::string& location) {
     throw DatabaseError(Problem::NotARecordDatabase,
-                        location + ": the database is not a record database (it has no schema)");
+                        location +
+                            ": this is a database of another program (it has no schema "
+                            "of record types); make a new one in another file");
 }
 
 }  // namespace

@@ -111,7 +111,7 @@ TEST_F(DatabaseTest, DatabaseOfAnotherKindIsRefusedAndNotChanged) {
         ->ExecuteScript("PRAGMA journal_mode = DELETE; CREATE TABLE other (a TEXT)");
     const auto before = std::filesystem::last_write_time(Path());
     ExpectProblem(Database::Mode::ReadWrite, DatabaseError::Problem::NotARecordDatabase,
-                  HasSubstr("not a record database"));
+                  HasSubstr("a database of another program"));
     EXPECT_EQ(std::filesystem::last_write_time(Path()), before);
 }
 
@@ -125,8 +125,8 @@ TEST_F(DatabaseTest, NewerFormatIsRefusedNamingExpectedAndFound) {
     GivenDatabase();
     GivenSql("UPDATE zt_schema SET format_version = 7, oldest_readable = 5, newest_readable = 7");
     ExpectProblem(Database::Mode::ReadOnly, DatabaseError::Problem::FormatTooNew,
-                  AllOf(HasSubstr("found database format 7"), HasSubstr("formats 5 to 7"),
-                        HasSubstr("expected a format from 1 to 1")));
+                  AllOf(HasSubstr("newer version"), HasSubstr("its format is 7"),
+                        HasSubstr("knows formats up to 1")));
 }
 
 TEST_F(DatabaseTest, NewerFormatThatWelcomesThisProgramIsOpened) {

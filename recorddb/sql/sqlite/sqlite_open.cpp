@@ -98,7 +98,7 @@ void CheckPath(const std::string& path, OpenMode mode) {
             CannotOpen(path, "the file exists already");
         }
     } else if (!exists) {
-        CannotOpen(path, "there is no such file");
+        CannotOpen(path, "there is no such file; check the path, or make the database first");
     } else if (std::filesystem::is_directory(status)) {
         CannotOpen(path, "it is a directory, not a file");
     }

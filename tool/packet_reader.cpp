@@ -59,6 +59,19 @@ void PacketReader::Classify() {
         more = more && answer == HeadAnswer::Undecided && m_window.Ensure(2 * size + 1);
     }
     m_isConfiguration = answer == HeadAnswer::Configuration;
+    m_isPacket = BeginsWithMarkup() || HoldsRecordNearby();
+}
+
+bool PacketReader::BeginsWithMarkup() const {
+    const std::string_view text = m_window.Text();
+    const std::size_t begin = text.find_first_not_of(" \t\r\n");
+    return begin != npos && text[begin] == '<';
+}
+
+bool PacketReader::HoldsRecordNearby() {
+    constexpr std::size_t nearby = std::size_t{64} * 1024;
+    m_window.Ensure(nearby);
+    return m_window.Text().find("<record>") != npos;
 }
 
 std::string PacketReader::ReadConfiguration() {

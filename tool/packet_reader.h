@@ -57,6 +57,10 @@ class PacketReader {
     // that takes. Throws SourceError.
     bool IsConfiguration() const { return m_isConfiguration; }
 
+    // False for a text, an archive, an empty file: the source does not begin with markup, white
+    // space aside, and no record begins in its first 64 KiB.
+    bool IsPacket() const { return m_isPacket; }
+
     // The configuration packet. To be called once, for a source that is one. Throws SourceError
     // (Undecodable, TooLarge) since a configuration is good as a whole or not at all.
     std::string ReadConfiguration();
@@ -74,6 +78,8 @@ class PacketReader {
 
   private:
     void Classify();
+    bool BeginsWithMarkup() const;
+    bool HoldsRecordNearby();
     WholePacket ReadAll(std::size_t limit, std::string_view limitName);
     void ReportRecordsInConfiguration(std::string_view text) const;
     void NoteDecodingError(const CutRecord& cut, SourceRecord& record);
@@ -86,6 +92,7 @@ class PacketReader {
     TextWindow m_window;
     RecordCutter m_cutter;
     bool m_isConfiguration = false;
+    bool m_isPacket = false;
     std::uint64_t m_nextOrdinal = 0;
     CutRecord m_cut;
     std::string m_mended;  // holds the raw text of a record that needed marks replaced

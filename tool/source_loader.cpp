@@ -1,8 +1,10 @@
 #include "tool/source_loader.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <utility>
+#include <vector>
 
 #include "tool/content_hash.h"
 #include "tool/interrupt.h"
@@ -34,6 +36,14 @@ std::string Plural(std::uint64_t number, std::string_view noun) {
     return fmt::format("{} {}{}", number, noun, number == 1 ? "" : "s");
 }
 
+std::string NamesOfTypes(const recorddb::schema::Schema& schema) {
+    std::vector<std::string> names;
+    for (const auto& type : schema.Types()) {
+        names.push_back(type.name);
+    }
+    return fmt::format("{}", fmt::join(names, ", "));
+}
+
 }  // namespace
 
 SourceLoader::SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session> session,
@@ -42,6 +52,7 @@ SourceLoader::SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session
       m_session(session),
       m_options(options),
       m_output(output),
+      m_missing(database),
       m_importer(session),
       m_group(std::move(session)) {}
 
@@ -52,6 +63,13 @@ void SourceLoader::Load(const Source& source) {
                                   unseen.line, unseen.text));
     };
     PacketReader reader(source.path, source.name, options);
+    if (!reader.IsPacket()) {
+        throw SourceError(SourceProblem::NotAPacket, source.name,
+                          source.name +
+                              ": this is no packet: a packet is XML with a <configuration> or with "
+                              "<record> elements; leave the file out, or see that it is the one "
+                              "you mean");
+    }
     if (reader.IsConfiguration()) {
         LoadConfiguration(reader, source);
     } else {
@@ -69,7 +87,9 @@ void SourceLoader::LoadConfiguration(PacketReader& reader, const Source& source)
         throw *failure;
     }
     if (!error.empty()) {
-        throw SourceError(SourceProblem::Refused, source.name, source.name + ": " + error);
+        throw SourceError(SourceProblem::Refused, source.name,
+                          fmt::format("{}: {} Its record types are: {}.", source.name, error,
+                                      NamesOfTypes(m_database.GetSchema())));
     }
     m_configuration = std::move(next);
     m_output.SetConfiguration(m_configuration.ToPacket());
@@ -212,12 +232,16 @@ void SourceLoader::Reject(const SourceRecord& record, const Source& source,
     rejected.source = source.name;
     rejected.number = record.ordinal + 1;
     rejected.line = record.line;
-    rejected.reason = reason;
+    const std::string missing = m_missing.Describe(record.raw, m_configuration);
+    rejected.reason = missing.empty() ? reason : reason + " " + missing;
     rejected.raw = record.raw;
     rejected.defect = record.defect;
     rejected.openSection = record.openSection;
-    m_output.AddReject(rejected,
-                       FindFieldValue(record.raw, m_configuration.OriginalId()).value_or(""));
+    const std::string sourceId =
+        FindFieldValue(record.raw, m_configuration.OriginalId()).value_or("");
+    m_output.AddReject(rejected, sourceId);
+    m_missing.NoteRejected(m_configuration, sourceId,
+                           fmt::format("{}, record {}", source.name, rejected.number));
     journal.NoteRejected(record.ordinal);
 }
 

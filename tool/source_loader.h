@@ -10,6 +10,7 @@
 #include "tool/load_journal.h"
 #include "tool/load_options.h"
 #include "tool/load_output.h"
+#include "tool/missing_records.h"
 #include "tool/packet_reader.h"
 #include "tool/record_group.h"
 #include "tool/record_importer.h"
@@ -54,6 +55,7 @@ class SourceLoader {
     const LoadOptions& m_options;
     LoadOutput& m_output;
     ImportConfiguration m_configuration;
+    MissingRecords m_missing;
     RecordImporter m_importer;
     RecordGroup m_group;
     std::uint64_t m_bytesBefore = 0;  // sizes of the sources dealt with

@@ -47,6 +47,7 @@ void AddLoad(CLI::App& app, Commands& commands) {
     load->add_option("SOURCE", options.sources, kSourceHelp)->required();
     load->add_option("--rejects", options.rejects, "folder to set rejected records aside in");
     load->add_option("--report", options.report, "file to write a report to (JSON)");
+    load->add_option("--html", options.html, "file to write a report for people to (HTML)");
     load->add_option("--attachments", options.attachments,
                      "folder that attachments' file names start from and cannot leave");
     load->add_option("--trace", options.trace, "file to write the importer's traces to");

@@ -7,6 +7,7 @@
 
 #include "tool/byte_source.h"
 #include "tool/output_file.h"
+#include "tool/replacing_file.h"
 
 namespace tool {
 
@@ -19,11 +20,8 @@ namespace tool {
 class ListReport {
   public:
     // Makes a file beside PATH, so that a place that cannot be written shows before the work.
-    explicit ListReport(std::filesystem::path path);
-    // Without Finish nothing is left.
-    ~ListReport();
-    ListReport(const ListReport&) = delete;
-    ListReport& operator=(const ListReport&) = delete;
+    // Without Finish nothing is left of it.
+    explicit ListReport(const std::filesystem::path& path);
 
     // Adds an item as it is to stand in the file, behind a comma where it is not the first.
     void AddItem(std::string_view text);
@@ -40,11 +38,9 @@ class ListReport {
         FileBytes out;
     };
 
-    std::filesystem::path m_path;
     Spool m_items;
-    OutputFile m_report;
+    ReplacingFile m_report;
     bool m_empty = true;
-    bool m_finished = false;
 };
 
 }  // namespace tool

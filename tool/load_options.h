@@ -15,6 +15,7 @@ struct LoadOptions {
     std::vector<std::string> sources;
     std::filesystem::path rejects;      // folder; empty for none
     std::filesystem::path report;       // file; empty for none
+    std::filesystem::path html;         // file; empty for none
     std::filesystem::path attachments;  // folder; empty for none
     std::filesystem::path trace;        // file; empty for none
     std::optional<std::uint64_t> maxRejects;

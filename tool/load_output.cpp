@@ -42,6 +42,9 @@ LoadOutput::LoadOutput(const LoadOptions& options, std::uint64_t totalBytes, std
     if (!options.report.empty()) {
         m_report.emplace(options.report);
     }
+    if (!options.html.empty()) {
+        m_html.emplace(options.html, options);
+    }
 }
 
 void LoadOutput::Say(std::string_view line) {
@@ -54,9 +57,19 @@ void LoadOutput::Warn(std::string_view line) {
     m_progress.Print(line);
 }
 
-void LoadOutput::SetConfiguration(std::string packet) {
+void LoadOutput::SetConfiguration(const ImportConfiguration& configuration) {
     if (m_rejects) {
-        m_rejects->SetConfiguration(std::move(packet));
+        m_rejects->SetConfiguration(configuration.ToPacket());
+    }
+    if (m_html) {
+        m_html->Summary().StartType(configuration.RecordType(), configuration.Data(), m_totals);
+    }
+}
+
+void LoadOutput::AddSkipped(std::uint64_t records) {
+    m_totals.skipped += records;
+    if (m_html) {
+        m_html->Summary().AddLoadedBefore(records);
     }
 }
 
@@ -72,6 +85,9 @@ void LoadOutput::AddReject(const RejectedRecord& record, const std::string& sour
     if (m_report) {
         m_report->AddReject({record.source, record.number, sourceId, record.reason});
     }
+    if (m_html) {
+        m_html->Summary().AddReject(record, sourceId);
+    }
     ShowReject(record, sourceId);
 }
 
@@ -82,6 +98,9 @@ void LoadOutput::NoteRejectedBefore(const std::string& source, std::uint64_t rec
         return;
     }
     m_leavesRejectedBefore = true;
+    if (m_html) {
+        m_html->Summary().AddRejectedBefore(records);
+    }
     Warn(
         fmt::format("{}: {} of its records were rejected by an earlier load; mend and load what "
                     "that load left in its rejects folder, or try them again as they are with "
@@ -97,12 +116,31 @@ void LoadOutput::ShowReject(const RejectedRecord& record, const std::string& sou
     }
 }
 
+void LoadOutput::NoteEarlyEnd(const std::string& why) {
+    if (m_html) {
+        m_html->Summary().NoteEarlyEnd(why);
+    }
+}
+
+void LoadOutput::Advance(std::uint64_t bytes) {
+    m_progress.Update(m_totals.read, bytes);
+    if (m_html) {
+        m_html->Summary().Advance(Elapsed(), m_totals.read);
+    }
+}
+
+double LoadOutput::Elapsed() const {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - m_start).count();
+}
+
 void LoadOutput::Finish() {
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - m_start;
-    m_totals.seconds = elapsed.count();
+    m_totals.seconds = Elapsed();
     m_progress.Finish();
     if (m_report) {
         m_report->Finish(m_totals);
+    }
+    if (m_html) {
+        m_html->Finish(m_totals);
     }
     if (m_quiet) {
         return;

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "tool/html/html_report.h"
 #include "tool/load_options.h"
 #include "tool/packet_reader.h"
 #include "tool/progress.h"
@@ -30,11 +31,12 @@ class LoadOutput {
     // A line that is shown in any case.
     void Warn(std::string_view line);
 
-    // Sets the configuration under which what follows is rejected.
-    void SetConfiguration(std::string packet);
+    // Sets the configuration that is in force for what follows.
+    void SetConfiguration(const ImportConfiguration& configuration);
 
     void AddRead(std::uint64_t records = 1) { m_totals.read += records; }
-    void AddSkipped(std::uint64_t records) { m_totals.skipped += records; }
+    // Counts records that the journal knows as loaded.
+    void AddSkipped(std::uint64_t records);
     void AddImported(const LoadTotals& done);
     void AddReject(const RejectedRecord& record, const std::string& sourceId);
 
@@ -43,8 +45,11 @@ class LoadOutput {
     void NoteRejectedBefore(const std::string& source, std::uint64_t records, bool retried);
     bool LeavesRejectedBefore() const { return m_leavesRejectedBefore; }
 
+    // Says why the load does not come to its end.
+    void NoteEarlyEnd(const std::string& why);
+
     // Says how many bytes of the sources have been read.
-    void Advance(std::uint64_t bytes) { m_progress.Update(m_totals.read, bytes); }
+    void Advance(std::uint64_t bytes);
 
     const LoadTotals& Totals() const { return m_totals; }
 
@@ -52,6 +57,7 @@ class LoadOutput {
     void Finish();
 
   private:
+    double Elapsed() const;
     void ShowReject(const RejectedRecord& record, const std::string& sourceId);
 
     bool m_quiet;
@@ -59,6 +65,7 @@ class LoadOutput {
     Progress m_progress;
     std::optional<RejectWriter> m_rejects;
     std::optional<ReportWriter> m_report;
+    std::optional<HtmlReport> m_html;
     LoadTotals m_totals;
     bool m_leavesRejectedBefore = false;
     std::chrono::steady_clock::time_point m_start;

@@ -92,7 +92,7 @@ void SourceLoader::LoadConfiguration(PacketReader& reader, const Source& source)
                                       NamesOfTypes(m_database.GetSchema())));
     }
     m_configuration = std::move(next);
-    m_output.SetConfiguration(m_configuration.ToPacket());
+    m_output.SetConfiguration(m_configuration);
     if (m_configuration.Data() == ImportedData::Nothing) {
         m_output.Warn(
             fmt::format("warning: {}: import_data is \"{}\", so that nothing of the "

@@ -36,13 +36,24 @@ int ExitCodeOf(const LoadOutput& output) {
 }
 
 void SayWhyStopped(const LoadOptions& options, LoadOutput& output) {
-    if (Interrupted() != 0) {
-        output.Warn("Stopped. Everything up to here is in the database; the same command goes on.");
-    } else {
-        output.Warn(
-            fmt::format("Stopped, since more than {} records were rejected. Everything up "
-                        "to here is in the database; the same command goes on.",
-                        options.maxRejects.value_or(0)));
+    const std::string why = Interrupted() != 0
+                                ? "Stopped."
+                                : fmt::format("Stopped, since more than {} records were rejected.",
+                                              options.maxRejects.value_or(0));
+    const std::string text =
+        why + " Everything up to here is in the database; the same command goes on.";
+    output.NoteEarlyEnd(text);
+    output.Warn(text);
+}
+
+// For the report only: the exception itself goes on to where it becomes an error.
+std::string TextOfCurrentException() {
+    try {
+        throw;
+    } catch (const std::exception& error) {
+        return error.what();
+    } catch (...) {
+        return "The database failed.";
     }
 }
 
@@ -76,6 +87,7 @@ int RunLoad(const LoadOptions& options, std::ostream& out, std::ostream& err) {
         LoadSources(sources, loader);
     } catch (...) {
         // What was imported and rejected before is true all the same, and the report says so.
+        output.NoteEarlyEnd(TextOfCurrentException());
         output.Finish();
         throw;
     }

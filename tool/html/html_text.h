@@ -1,0 +1,20 @@
+#ifndef TOOL_HTML_HTML_TEXT_H
+#define TOOL_HTML_HTML_TEXT_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace tool {
+
+// TEXT as it may stand in an HTML element or between the double quotes of an attribute. What is not
+// UTF-8, and control characters that HTML does not know, become U+FFFD.
+std::string HtmlText(std::string_view text);
+
+// TEXT, or what of its beginning fits into LIMIT bytes followed by an ellipsis; characters are left
+// whole.
+std::string Clipped(std::string_view text, std::size_t limit);
+
+}  // namespace tool
+
+#endif

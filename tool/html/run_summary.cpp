@@ -1,0 +1,96 @@
+#include "tool/html/run_summary.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "tool/html/html_text.h"
+#include "tool/load_output.h"
+
+namespace tool {
+
+namespace {
+
+constexpr std::size_t kTypeNameLimit = 200;
+
+LoadTotals Difference(const LoadTotals& now, const LoadTotals& before) {
+    LoadTotals difference;
+    difference.read = now.read - before.read;
+    difference.created = now.created - before.created;
+    difference.updated = now.updated - before.updated;
+    difference.rejected = now.rejected - before.rejected;
+    difference.skipped = now.skipped - before.skipped;
+    difference.history = now.history - before.history;
+    difference.attachments = now.attachments - before.attachments;
+    difference.duplicates = now.duplicates - before.duplicates;
+    return difference;
+}
+
+std::string TextOf(const Loss& loss) {
+    return loss.field.empty() ? loss.text : loss.field + ": " + loss.text;
+}
+
+}  // namespace
+
+void RunSummary::StartType(const std::string& type, ImportedData data, const LoadTotals& soFar) {
+    CloseType(soFar);
+    m_type = Clipped(type, kTypeNameLimit);
+    m_data = data;
+}
+
+void RunSummary::CloseType(const LoadTotals& soFar) {
+    const LoadTotals done = Difference(soFar, std::exchange(m_typeStart, soFar));
+    if (done.read > 0) {
+        Add(TotalsFor(m_type, m_data).totals, done);
+    }
+}
+
+TypeTotals& RunSummary::TotalsFor(const std::string& type, ImportedData data) {
+    const auto known = std::find_if(m_types.begin(), m_types.end(), [&](const TypeTotals& totals) {
+        return totals.type == type && totals.data == data;
+    });
+    if (known != m_types.end()) {
+        return *known;
+    }
+    if (m_types.size() < kTypesKept) {
+        m_types.push_back({type, data, {}});
+    } else if (m_types.size() == kTypesKept) {
+        m_types.push_back({"other record types", ImportedData::Nothing, {}});
+    }
+    return m_types.back();
+}
+
+void RunSummary::AddReject(const RejectedRecord& record, const std::string& sourceId) {
+    m_causes.Add({record.source, record.number, record.line, sourceId, record.reason});
+}
+
+void RunSummary::AddLoss(const Loss& loss) {
+    m_losses[loss.kind].Add({loss.source, loss.record, loss.line, loss.sourceId, TextOf(loss)});
+}
+
+void RunSummary::Advance(double seconds, std::uint64_t read) {
+    m_rate.Add(seconds, Handled(read));
+}
+
+void RunSummary::Finish(const LoadTotals& totals) {
+    CloseType(totals);
+    m_totals = totals;
+    m_rate.Finish(totals.seconds, Handled(totals.read));
+    for (auto& [kind, group] : m_losses) {
+        group.title = LossKindTitle(kind);
+    }
+}
+
+std::uint64_t RunSummary::LossCount() const {
+    std::uint64_t count = 0;
+    for (const auto& [kind, group] : m_losses) {
+        count += group.count;
+    }
+    return count;
+}
+
+double RunSummary::AverageRate() const {
+    return m_totals.seconds > 0 ? static_cast<double>(Handled(m_totals.read)) / m_totals.seconds
+                                : 0;
+}
+
+}  // namespace tool

@@ -105,6 +105,12 @@ std::string LoadFixture::Query(const std::string& sql) {
     return fmt::format("{}", fmt::join(FirstColumn(*database, sql), "\n"));
 }
 
+void LoadFixture::Execute(const std::string& sql) {
+    recorddb::Database::Open(m_database, recorddb::Database::Mode::ReadWrite)
+        ->GetConnection()
+        .ExecuteScript(sql);
+}
+
 std::string LoadFixture::Dump() {
     const auto database = recorddb::Database::Open(m_database, recorddb::Database::Mode::ReadOnly);
     std::string dump;

@@ -35,6 +35,9 @@ class LoadFixture : public testing::Test {
     // The first column of the rows that SQL selects, one row a line.
     std::string Query(const std::string& sql);
 
+    // Changes the database.
+    void Execute(const std::string& sql);
+
     // All that the database holds, its tables' definitions among it, but for the times at which
     // duplicates were marked.
     std::string Dump();

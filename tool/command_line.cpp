@@ -6,6 +6,7 @@
 #include "tool/commands/init_command.h"
 #include "tool/commands/load_command.h"
 #include "tool/commands/show_command.h"
+#include "tool/commands/verify_command.h"
 #include "tool/exit_code.h"
 
 namespace tool {
@@ -22,6 +23,7 @@ struct Commands {
     std::string schema;
     LoadOptions load;
     ShowOptions show;
+    VerifyOptions verify;
 };
 
 constexpr const char* kDatabaseHelp = "the database: the path of an SQLite file";
@@ -64,6 +66,22 @@ void AddLoad(CLI::App& app, Commands& commands) {
     });
 }
 
+void AddVerify(CLI::App& app, Commands& commands) {
+    CLI::App* verify = app.add_subcommand("verify", "Compare packets with what is in the database");
+    VerifyOptions& options = commands.verify;
+    verify->add_option("DATABASE", options.database, kDatabaseHelp)->required();
+    verify->add_option("SOURCE", options.sources, kSourceHelp)->required();
+    verify->add_option("--attachments", options.attachments,
+                       "folder that attachments' file names start from and cannot leave");
+    verify->add_option("--report", options.report, "file to write a report to (JSON)");
+    verify->add_flag("--quiet", options.quiet, "show differences only");
+    verify->callback([&commands] {
+        commands.run = [&commands] {
+            return RunVerify(commands.verify, commands.out, commands.err);
+        };
+    });
+}
+
 void AddShow(CLI::App& app, Commands& commands) {
     CLI::App* show = app.add_subcommand(
         "show", "Show record types and counts, the records of a type, or one record");
@@ -85,9 +103,10 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
     CLI::App app("Moves tracker data from XML packets into a record database.", "ztimport");
     app.require_subcommand(1);
     app.set_version_flag("--version", "ztimport " ZT_VERSION);
-    Commands commands{out, err, {}, {}, {}, {}, {}};
+    Commands commands{out, err, {}, {}, {}, {}, {}, {}};
     AddInit(app, commands);
     AddLoad(app, commands);
+    AddVerify(app, commands);
     AddShow(app, commands);
     try {
         app.parse(argc, argv);

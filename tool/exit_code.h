@@ -7,6 +7,7 @@ namespace tool {
 enum class ExitCode {
     Success = 0,          // everything was imported
     RecordsRejected = 1,  // some records were rejected
+    RecordsDiffer = 1,    // what is in the sources is not in the database
     BadInput = 2,         // bad usage, schema or source
     DatabaseFailed = 3,   // the record database failed
 };

@@ -10,6 +10,7 @@
 #include "tool/interrupt.h"
 #include "tool/packet_head.h"
 #include "tool/record_fields.h"
+#include "tool/source_checks.h"
 #include "tool/source_error.h"
 
 namespace tool {
@@ -119,17 +120,9 @@ void SourceLoader::LoadData(PacketReader& reader, const Source& source) {
 
 // Refuses data that cannot be imported at all, which is no fault of its records.
 void SourceLoader::CheckData(const Source& source) {
-    if (!m_configuration.Received()) {
-        throw SourceError(SourceProblem::Refused, source.name,
-                          source.name +
-                              ": no configuration packet comes before these records; "
-                              "name it before them on the command line");
-    }
-    if (m_configuration.Data() == ImportedData::Attachments && m_options.attachments.empty()) {
-        throw SourceError(SourceProblem::Refused, source.name,
-                          source.name +
-                              ": attachments are imported only from a folder that "
-                              "--attachments names");
+    RequireConfiguration(m_configuration, source.name);
+    if (m_configuration.Data() == ImportedData::Attachments) {
+        RequireAttachments(m_options.attachments, source.name);
     }
 }
 

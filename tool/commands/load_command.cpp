@@ -9,23 +9,14 @@
 #include "tool/exit_code.h"
 #include "tool/interrupt.h"
 #include "tool/load_output.h"
+#include "tool/source_checks.h"
 #include "tool/source_list.h"
 #include "tool/source_loader.h"
 #include "tool/trace_file.h"
-#include "tool/usage_error.h"
 
 namespace tool {
 
 namespace {
-
-void CheckFolder(const std::filesystem::path& folder) {
-    std::error_code ignored;
-    if (!folder.empty() && !std::filesystem::is_directory(folder, ignored)) {
-        throw UsageError("the attachments folder " + folder.string() +
-                         " does not exist; name the folder that the file names in the packets "
-                         "start from");
-    }
-}
 
 int ExitCodeOf(const LoadOutput& output) {
     if (const int signal = Interrupted()) {
@@ -69,7 +60,7 @@ void LoadSources(const SourceList& sources, SourceLoader& loader) {
 }  // namespace
 
 int RunLoad(const LoadOptions& options, std::ostream& out, std::ostream& err) {
-    CheckFolder(options.attachments);
+    RequireFolder(options.attachments);
     const SourceList sources(options.sources);
     std::optional<TraceFile> trace;
     if (!options.trace.empty()) {

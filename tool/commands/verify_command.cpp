@@ -1,0 +1,37 @@
+#include "tool/commands/verify_command.h"
+
+#include <optional>
+
+#include "recorddb/database.h"
+#include "tool/exit_code.h"
+#include "tool/interrupt.h"
+#include "tool/source_checks.h"
+#include "tool/source_list.h"
+#include "tool/verify/verifier.h"
+#include "tool/verify/verify_output.h"
+#include "tool/verify/verify_report.h"
+
+namespace tool {
+
+int RunVerify(const VerifyOptions& options, std::ostream& out, std::ostream& err) {
+    RequireFolder(options.attachments);
+    const SourceList sources(options.sources);
+    const auto database =
+        recorddb::Database::Open(options.database, recorddb::Database::Mode::ReadOnly);
+    VerifyOutput output(options.quiet, out, err);
+    std::optional<VerifyReport> report;
+    if (!options.report.empty()) {
+        output.Add(report.emplace(options.report));
+    }
+    WatchInterrupts();
+    Verifier verifier(*database, options.attachments, output);
+    const VerifySummary summary = verifier.Run(sources);
+    if (const int signal = Interrupted()) {
+        output.Warn("Stopped before the end, so nothing is known of the rest; verify again.");
+        return 128 + signal;
+    }
+    output.Finish(summary);
+    return static_cast<int>(summary.Verified() ? ExitCode::Success : ExitCode::RecordsDiffer);
+}
+
+}  // namespace tool

@@ -1,0 +1,18 @@
+#ifndef TOOL_COMMANDS_VERIFY_COMMAND_H
+#define TOOL_COMMANDS_VERIFY_COMMAND_H
+
+#include <ostream>
+
+#include "tool/verify/verify_options.h"
+
+namespace tool {
+
+// Compares sources with a database and shows the outcome: on ERR progress and differences, on OUT
+// the numbers and the verdict. Returns the exit code: 0 only when nothing differs. Throws
+// UsageError, SourceError, DatabaseError, sql::Error and std::system_error, when nothing can be
+// said.
+int RunVerify(const VerifyOptions& options, std::ostream& out, std::ostream& err);
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,24 @@
+#ifndef TOOL_SOURCE_CHECKS_H
+#define TOOL_SOURCE_CHECKS_H
+
+#include <filesystem>
+#include <string>
+
+#include "tool/import_configuration.h"
+
+namespace tool {
+
+// What must be right before the records of a source are looked at, whatever is done with them.
+
+// Throws UsageError when the attachments folder, as the command line names it, does not exist; an
+// empty path is none.
+void RequireFolder(const std::filesystem::path& attachments);
+
+// Throw SourceError when the data of the source called NAME cannot be used: because no
+// configuration came before them, because they are attachments and there is no folder for them.
+void RequireConfiguration(const ImportConfiguration& configuration, const std::string& name);
+void RequireAttachments(const std::filesystem::path& attachments, const std::string& name);
+
+}  // namespace tool
+
+#endif

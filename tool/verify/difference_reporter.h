@@ -1,0 +1,39 @@
+#ifndef TOOL_VERIFY_DIFFERENCE_REPORTER_H
+#define TOOL_VERIFY_DIFFERENCE_REPORTER_H
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <utility>
+
+#include "tool/verify/difference.h"
+#include "tool/verify/kept_record.h"
+
+namespace tool {
+
+// Tells the differences of one record of the database, and counts them.
+class DifferenceReporter {
+  public:
+    using Take = std::function<void(const Difference&)>;
+    using SourceName = std::function<std::string(std::size_t)>;
+
+    // SUBJECT has the type, id and source id of the record. TAKE gets the differences; NAMEOF gives
+    // the name of a source by its position.
+    DifferenceReporter(Difference subject, Take take, SourceName nameOf)
+        : m_subject(std::move(subject)), m_take(std::move(take)), m_nameOf(std::move(nameOf)) {}
+
+    void Report(const SourcePlace& place, std::string field, std::string sourceValue,
+                std::string databaseValue, std::string problem = {});
+
+    std::uint64_t Count() const { return m_count; }
+
+  private:
+    Difference m_subject;
+    Take m_take;
+    SourceName m_nameOf;
+    std::uint64_t m_count = 0;
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,222 @@
+#include "tool/verify/expected_record.h"
+
+#include <algorithm>
+
+#include "platform/core/adtext.h"
+#include "tool/verify/stored_text.h"
+
+namespace tool {
+
+using recorddb::schema::Field;
+using recorddb::schema::FieldKind;
+using recorddb::schema::RecordType;
+
+namespace {
+
+std::string BaseName(const std::string& path) {
+    return AdBasename(Obx_String::FromUtf8(path)).ToUtf8();
+}
+
+bool Holds(const std::vector<ExpectedTarget>& targets, const ExpectedTarget& target) {
+    return target.dbid != 0 &&
+           std::any_of(targets.begin(), targets.end(), [&target](const ExpectedTarget& other) {
+               return other.dbid == target.dbid;
+           });
+}
+
+}  // namespace
+
+ExpectedRecord::ExpectedRecord(const RecordType& type, ReferenceResolver& resolver)
+    : m_type(type),
+      m_resolver(resolver),
+      m_values(type.fields.size()),
+      m_targets(type.fields.size()),
+      m_attachments(type.fields.size()) {}
+
+void ExpectedRecord::Add(const KeptRecord& record, const ImportConfiguration& configuration) {
+    const bool creates =
+        configuration.Data() == ImportedData::Records && !configuration.UpdateRecord();
+    if (m_empty) {
+        m_firstPlace = record.place;
+        m_whole = creates;
+        m_empty = false;
+    }
+    m_creation += creates ? 1 : 0;
+    if (std::string id = OriginalIdOf(record.fields, m_type, configuration); !id.empty()) {
+        m_sourceId = std::move(id);
+    }
+    switch (configuration.Data()) {
+        case ImportedData::Records:
+            AddRecord(record, configuration);
+            break;
+        case ImportedData::History:
+            if (const std::string* const value = HistoryValue(record.fields)) {
+                AddHistory(record.place, *value);
+            }
+            break;
+        case ImportedData::Attachments:
+            for (const auto& [name, value] : record.fields) {
+                const Field* const field = m_type.FindField(name);
+                if (field != nullptr && field->kind == FieldKind::Attachments) {
+                    AddAttachments(record.place, *field, value);
+                }
+            }
+            break;
+        case ImportedData::Nothing:
+            break;
+    }
+}
+
+void ExpectedRecord::AddRecord(const KeptRecord& record, const ImportConfiguration& configuration) {
+    std::string duplicateOf;
+    for (const auto& [name, value] : record.fields) {
+        switch (RoleOf(name, m_type, configuration)) {
+            case FieldRole::State:
+                if (configuration.ImportState()) {
+                    m_values[m_type.FindField(name)->index] = {record.place, value, value};
+                }
+                break;
+            case FieldRole::DuplicateId:
+                duplicateOf = value;
+                break;
+            default:
+                AddField(record.place, name, value, configuration);
+        }
+    }
+    const bool marks = !configuration.DuplicateId().empty() && !configuration.OriginalId().empty();
+    if (marks && !duplicateOf.empty()) {
+        AddOriginal(record.place, duplicateOf, configuration);
+    }
+}
+
+void ExpectedRecord::AddField(const SourcePlace& place, const std::string& name,
+                              const std::string& value, const ImportConfiguration& configuration) {
+    const Field* const field = m_type.FindField(name);
+    if (field == nullptr) {
+        m_unknown[name] = {place, value, value};
+        return;
+    }
+    switch (field->kind) {
+        case FieldKind::Reference:
+            return AddReference(place, *field, name, value, configuration);
+        case FieldKind::ReferenceList:
+            return AddList(place, *field, name, value, configuration);
+        case FieldKind::Attachments:
+            return AddAttachments(place, *field, value);
+        case FieldKind::History:
+            return AddHistory(place, value);
+        case FieldKind::DisplayId:
+        case FieldKind::DbId:
+            return;
+        default:
+            return AddPlain(place, *field, value);
+    }
+}
+
+void ExpectedRecord::AddPlain(const SourcePlace& place, const Field& field,
+                              const std::string& value) {
+    m_values[field.index] = {place, value, IsBlankWord(value) ? "" : StoredText(field, value)};
+}
+
+void ExpectedRecord::AddReference(const SourcePlace& place, const Field& field,
+                                  const std::string& name, const std::string& value,
+                                  const ImportConfiguration& configuration) {
+    const std::string trimmed = Trimmed(value);
+    if (trimmed.empty()) {
+        return;
+    }
+    ExpectedTargets expected{.place = place, .targets = {}, .exact = true, .creation = m_creation};
+    if (!IsBlankWord(trimmed)) {
+        expected.targets.push_back(m_resolver.Resolve(field, name, trimmed, configuration));
+    }
+    m_targets[field.index] = std::move(expected);
+}
+
+void ExpectedRecord::AddList(const SourcePlace& place, const Field& field, const std::string& name,
+                             const std::string& value, const ImportConfiguration& configuration) {
+    const std::vector<std::string> items = ReadListItems(value);
+    const bool replaces = configuration.ReplaceRefList();
+    if (items.empty() && !replaces) {
+        return;
+    }
+    std::optional<ExpectedTargets>& expected = m_targets[field.index];
+    if (!expected || replaces || expected->creation != m_creation) {
+        expected = {place, {}, m_whole || replaces, m_creation};
+    }
+    expected->place = place;
+    for (const std::string& item : items) {
+        ExpectedTarget target = m_resolver.Resolve(field, name, item, configuration);
+        if (!Holds(expected->targets, target)) {
+            expected->targets.push_back(std::move(target));
+        }
+    }
+}
+
+void ExpectedRecord::AddHistory(const SourcePlace& place, const std::string& value) {
+    std::vector<HistoryLine> lines = ReadHistoryLines(value);
+    if (!lines.empty() && m_historyCreation != m_creation) {
+        m_history.clear();
+        m_historyCreation = m_creation;
+    }
+    for (HistoryLine& line : lines) {
+        m_history.push_back({place, std::move(line)});
+    }
+}
+
+void ExpectedRecord::AddAttachments(const SourcePlace& place, const Field& field,
+                                    const std::string& value) {
+    std::vector<AttachmentLines> added = ReadAttachmentLines(value);
+    ExpectedAttachments& expected = m_attachments[field.index];
+    if (!added.empty() && expected.creation != m_creation) {
+        expected = {.list = {}, .creation = m_creation};
+    }
+    // An attachment takes the place of one that was there before, never of one of its own packet.
+    std::size_t before = expected.list.size();
+    for (AttachmentLines& lines : added) {
+        std::string baseName = BaseName(lines.fileName);
+        const auto end = expected.list.begin() + static_cast<std::ptrdiff_t>(before);
+        const auto old = std::find_if(expected.list.begin(), end, [&](const auto& other) {
+            return EqualNoCase(other.baseName, baseName);
+        });
+        if (lines.complete && old != end) {
+            expected.list.erase(old);
+            --before;
+        }
+        expected.list.push_back({place, std::move(lines), std::move(baseName)});
+    }
+}
+
+void ExpectedRecord::AddOriginal(const SourcePlace& place, const std::string& value,
+                                 const ImportConfiguration& configuration) {
+    m_original = m_resolver.ResolveOriginal(m_type, value, configuration);
+    m_originalPlace = place;
+    if (m_type.duplicateState) {
+        const Field* const state = m_type.FindField(recorddb::schema::stateName);
+        m_values[state->index] = {place, *m_type.duplicateState, *m_type.duplicateState};
+    }
+}
+
+const ExpectedValue* ExpectedRecord::Value(std::size_t field) const {
+    return m_values[field] ? &*m_values[field] : nullptr;
+}
+
+const ExpectedTargets* ExpectedRecord::Targets(std::size_t field) const {
+    return m_targets[field] ? &*m_targets[field] : nullptr;
+}
+
+std::vector<const ExpectedEntry*> ExpectedRecord::History() const {
+    std::vector<const ExpectedEntry*> entries;
+    for (const ExpectedEntry& entry : m_history) {
+        entries.push_back(&entry);
+    }
+    std::stable_sort(entries.begin(), entries.end(), [](const auto* a, const auto* b) {
+        return a->line.columns[kTimeColumn] < b->line.columns[kTimeColumn];
+    });
+    return entries;
+}
+
+const std::vector<ExpectedAttachment>& ExpectedRecord::Attachments(std::size_t field) const {
+    return m_attachments[field].list;
+}
+
+}  // namespace tool

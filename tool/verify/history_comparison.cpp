@@ -1,0 +1,207 @@
+#include "tool/verify/history_comparison.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <map>
+#include <span>
+#include <string>
+
+namespace tool {
+
+namespace {
+
+// An entry of the database as the sources would write it.
+struct StoredEntry {
+    HistoryColumns columns;
+    bool matched = false;
+};
+
+struct ClaimedEntry {
+    const ExpectedEntry* entry;
+    const HistoryColumns& Columns() const { return entry->line.columns; }
+    bool matched = false;
+};
+
+std::string Joined(const HistoryColumns& columns) {
+    std::string text = fmt::format("{}", fmt::join(columns, "\t"));
+    // An entry without a comment, as nearly all are, ends with its new state.
+    text.resize(text.find_last_not_of('\t') + 1);
+    return text;
+}
+
+class HistoryComparison {
+  public:
+    HistoryComparison(const ExpectedRecord& expected,
+                      const std::vector<recorddb::HistoryEntry>& stored,
+                      DifferenceReporter& reporter)
+        : m_expected(expected), m_reporter(reporter) {
+        for (const ExpectedEntry* const entry : expected.History()) {
+            m_claimed.push_back({.entry = entry});
+        }
+        for (const recorddb::HistoryEntry& entry : stored) {
+            m_stored.push_back({.columns = {entry.actionTime, entry.userName, entry.actionName,
+                                            entry.oldState, entry.newState, entry.comments}});
+        }
+        for (const recorddb::schema::Field& field : expected.Type().fields) {
+            if (field.kind == recorddb::schema::FieldKind::History) {
+                m_fieldName = field.name;
+                break;
+            }
+        }
+    }
+
+    std::size_t ClaimedCount() const { return m_claimed.size(); }
+
+    void Run() {
+        MatchByTime();
+        for (std::size_t column = 0; column < kHistoryColumns.size(); ++column) {
+            PairButFor(column);
+        }
+        ReportRest();
+    }
+
+  private:
+    using Claimed = std::span<ClaimedEntry>;
+    using Stored = std::span<StoredEntry>;
+
+    // Both are in the order of time, so one walk along them meets the entries of each time.
+    void MatchByTime() {
+        auto stored = m_stored.begin();
+        for (auto claimed = m_claimed.begin(); claimed != m_claimed.end();) {
+            const std::string& time = claimed->Columns()[kTimeColumn];
+            const auto claimedEnd = std::find_if(claimed, m_claimed.end(), [&](const auto& entry) {
+                return entry.Columns()[kTimeColumn] != time;
+            });
+            stored = std::find_if(stored, m_stored.end(), [&](const auto& entry) {
+                return entry.columns[kTimeColumn] >= time;
+            });
+            const auto storedEnd = std::find_if(stored, m_stored.end(), [&](const auto& entry) {
+                return entry.columns[kTimeColumn] != time;
+            });
+            MatchOfOneTime({claimed, claimedEnd}, {stored, storedEnd});
+            claimed = claimedEnd;
+            stored = storedEnd;
+        }
+    }
+
+    void MatchOfOneTime(Claimed claimed, Stored stored) {
+        if (!IsPartOf(claimed, stored)) {
+            MatchInAnyOrder(claimed, stored);
+            return;
+        }
+        auto next = stored.begin();
+        for (ClaimedEntry& entry : claimed) {
+            next = std::find_if(next, stored.end(), [&entry](const StoredEntry& other) {
+                return other.columns == entry.Columns();
+            });
+            entry.matched = next->matched = true;
+            ++next;
+        }
+    }
+
+    // True when the database has the entries in their order, with or without others between them.
+    static bool IsPartOf(Claimed claimed, Stored stored) {
+        auto next = claimed.begin();
+        for (const StoredEntry& entry : stored) {
+            next += next != claimed.end() && next->Columns() == entry.columns ? 1 : 0;
+        }
+        return next == claimed.end();
+    }
+
+    void MatchInAnyOrder(Claimed claimed, Stored stored) {
+        std::multimap<std::string, StoredEntry*> free;
+        for (StoredEntry& entry : stored) {
+            free.emplace(Joined(entry.columns), &entry);
+        }
+        std::vector<std::string> inSource;
+        std::map<const StoredEntry*, std::string> inDatabase;
+        for (ClaimedEntry& entry : claimed) {
+            const std::string text = Joined(entry.Columns());
+            if (const auto found = free.find(text); found != free.end()) {
+                entry.matched = found->second->matched = true;
+                inSource.push_back(text);
+                inDatabase.emplace(found->second, text);
+                free.erase(found);
+            }
+        }
+        std::vector<std::string> asStored;
+        for (const auto& [entry, text] : inDatabase) {
+            asStored.push_back(text);
+        }
+        if (inSource != asStored) {
+            m_reporter.Report(claimed.front().entry->place, m_fieldName,
+                              fmt::format("{}", fmt::join(inSource, "\n")),
+                              fmt::format("{}", fmt::join(asStored, "\n")),
+                              "entries of one time in another order");
+        }
+    }
+
+    // Pairs what is left and equal in all columns but one, and tells that one.
+    void PairButFor(std::size_t column) {
+        const auto rest = [column](HistoryColumns columns) {
+            columns[column].clear();
+            return Joined(columns);
+        };
+        std::multimap<std::string, StoredEntry*> free;
+        for (StoredEntry& stored : m_stored) {
+            if (!stored.matched) {
+                free.emplace(rest(stored.columns), &stored);
+            }
+        }
+        for (ClaimedEntry& claimed : m_claimed) {
+            const auto found = claimed.matched ? free.end() : free.find(rest(claimed.Columns()));
+            if (found != free.end()) {
+                claimed.matched = found->second->matched = true;
+                Report(*claimed.entry, kHistoryColumns[column], claimed.Columns()[column],
+                       found->second->columns[column]);
+                free.erase(found);
+            }
+        }
+    }
+
+    void Report(const ExpectedEntry& entry, std::string_view column, std::string sourceValue,
+                std::string databaseValue) {
+        m_reporter.Report(entry.place,
+                          fmt::format("{}, {}, {}", m_fieldName, NameOf(entry), column),
+                          std::move(sourceValue), std::move(databaseValue));
+    }
+
+    void ReportRest() {
+        for (const ClaimedEntry& claimed : m_claimed) {
+            if (!claimed.matched) {
+                m_reporter.Report(claimed.entry->place,
+                                  fmt::format("{}, {}", m_fieldName, NameOf(*claimed.entry)),
+                                  Joined(claimed.Columns()), "");
+            }
+        }
+        for (const StoredEntry& stored : m_stored) {
+            if (!stored.matched && m_expected.IsWhole()) {
+                m_reporter.Report(m_expected.FirstPlace(), m_fieldName, "", Joined(stored.columns));
+            }
+        }
+    }
+
+    static std::string NameOf(const ExpectedEntry& entry) {
+        return entry.line.id.empty() ? "an entry" : "entry " + entry.line.id;
+    }
+
+    const ExpectedRecord& m_expected;
+    DifferenceReporter& m_reporter;
+    std::string m_fieldName = "history";
+    std::vector<ClaimedEntry> m_claimed;
+    std::vector<StoredEntry> m_stored;
+};
+
+}  // namespace
+
+void CompareHistory(const ExpectedRecord& expected,
+                    const std::vector<recorddb::HistoryEntry>& stored, DifferenceReporter& reporter,
+                    VerifiedType& tally) {
+    HistoryComparison comparison(expected, stored, reporter);
+    tally.history += comparison.ClaimedCount();
+    comparison.Run();
+}
+
+}  // namespace tool

@@ -1,0 +1,22 @@
+#ifndef TOOL_VERIFY_HISTORY_COMPARISON_H
+#define TOOL_VERIFY_HISTORY_COMPARISON_H
+
+#include <vector>
+
+#include "recorddb/history/history_entry.h"
+#include "tool/verify/difference_reporter.h"
+#include "tool/verify/expected_record.h"
+#include "tool/verify/verify_summary.h"
+
+namespace tool {
+
+// Compares a record's history with STORED, the database's, by time and, at one time, in the order
+// of arrival. Entries that differ in one column are told as such, others as missing or as unknown
+// to the sources; these are no difference where the sources do not create the record.
+void CompareHistory(const ExpectedRecord& expected,
+                    const std::vector<recorddb::HistoryEntry>& stored, DifferenceReporter& reporter,
+                    VerifiedType& tally);
+
+}  // namespace tool
+
+#endif

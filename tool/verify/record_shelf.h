@@ -1,0 +1,39 @@
+#ifndef TOOL_VERIFY_RECORD_SHELF_H
+#define TOOL_VERIFY_RECORD_SHELF_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "recorddb/sql/connection.h"
+#include "recorddb/sql/transaction.h"
+#include "tool/verify/kept_record.h"
+
+namespace tool {
+
+// Keeps any number of records in the order in which they come, and gives them back by the record of
+// the database that they speak of, those of one in the order in which they came. Takes the memory
+// of one record. Every operation throws sql::Error.
+class RecordShelf {
+  public:
+    // SCRATCH, an empty database, outlives the object.
+    explicit RecordShelf(recorddb::sql::Connection& scratch);
+
+    void Add(const KeptRecord& record);
+
+    std::uint64_t Count() const { return m_count; }
+
+    // The next record; false behind the last. Nothing can be added after the first call.
+    bool Next(KeptRecord& record);
+
+  private:
+    recorddb::sql::Connection& m_scratch;
+    recorddb::sql::Statement* m_insert = nullptr;
+    recorddb::sql::Statement* m_select = nullptr;
+    std::uint64_t m_count = 0;
+    std::string m_buffer;
+};
+
+}  // namespace tool
+
+#endif

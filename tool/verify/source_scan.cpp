@@ -1,0 +1,235 @@
+#include "tool/verify/source_scan.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "tool/interrupt.h"
+#include "tool/record_fields.h"
+#include "tool/source_checks.h"
+#include "tool/source_error.h"
+
+namespace tool {
+
+using recorddb::schema::Field;
+using recorddb::schema::FieldKind;
+
+namespace {
+
+// What the second stage finds missing from the database.
+bool IsComparedAnyway(LossKind kind) {
+    return kind == LossKind::LongHistoryLine || kind == LossKind::HistoryBeyondLimit ||
+           kind == LossKind::IncompleteAttachment;
+}
+
+}  // namespace
+
+SourceScan::SourceScan(RecordLookup& lookup, RecordShelf& shelf,
+                       const std::filesystem::path& attachments, VerifyTally& tally,
+                       VerifyOutput& output)
+    : m_lookup(lookup),
+      m_shelf(shelf),
+      m_attachments(attachments),
+      m_tally(tally),
+      m_output(output),
+      m_configurations(1) {}
+
+void SourceScan::Read(const Source& source) {
+    m_sources.push_back(source.name);
+    ReaderOptions options;
+    options.unseen = [this](const UnseenRecord& unseen) { ReportUnseen(unseen); };
+    PacketReader reader(source.path, source.name, options);
+    if (reader.IsConfiguration()) {
+        ReadConfiguration(reader);
+    } else {
+        ReadData(reader);
+    }
+    m_bytesBefore += source.size;
+    m_output.Advance(m_read, m_bytesBefore);
+}
+
+void SourceScan::ReadConfiguration(PacketReader& reader) {
+    ImportConfiguration next = Current();
+    next.Apply(reader.ReadConfiguration(), Name());
+    m_type = m_lookup.GetSchema().FindType(next.RecordType());
+    if (m_type == nullptr) {
+        throw SourceError(SourceProblem::Refused, Name(),
+                          fmt::format("{}: the database has no record type \"{}\"; name the "
+                                      "database that these packets were loaded into",
+                                      Name(), next.RecordType()));
+    }
+    m_configurations.push_back(std::move(next));
+    m_losses.emplace(Current(), *m_type);
+}
+
+void SourceScan::ReadData(PacketReader& reader) {
+    CheckData();
+    SourceRecord record;
+    while (Interrupted() == 0 && reader.NextRecord(record)) {
+        m_tally.AddRead();
+        ++m_read;
+        ReadRecord(record);
+        m_output.Advance(m_read, m_bytesBefore + reader.BytesRead());
+    }
+}
+
+void SourceScan::CheckData() const {
+    RequireConfiguration(Current(), Name());
+    if (Current().Data() == ImportedData::Attachments) {
+        RequireAttachments(m_attachments, Name());
+    }
+}
+
+void SourceScan::ReadRecord(const SourceRecord& record) {
+    if (const std::string problem = WhyNotImported(record); !problem.empty()) {
+        ReportMissing(record, "not imported: " + problem);
+        return;
+    }
+    CheckAttachments(m_record.fields);
+    const bool counts = SaysSomething(m_record.fields);
+    if (counts) {
+        if (const std::string problem = Locate(m_record.fields, m_record.dbid); !problem.empty()) {
+            ReportMissing(record, problem);
+            return;
+        }
+    }
+    m_record.differs = FindLosses(record);
+    if (counts) {
+        m_record.type = m_type->id;
+        m_record.place = {m_sources.size() - 1, record.ordinal + 1, record.line};
+        m_record.configuration = m_configurations.size() - 1;
+        m_shelf.Add(m_record);
+    }
+}
+
+// Reads the fields of a record; returns what keeps any import from taking it, or nothing.
+std::string SourceScan::WhyNotImported(const SourceRecord& record) {
+    if (record.defect != RecordDefect::None) {
+        return record.error;
+    }
+    if (Current().Data() == ImportedData::Nothing) {
+        return fmt::format("import_data is \"{}\"; it must be record, history or attachments",
+                           Current().ImportData());
+    }
+    return ReadPacketFields(record.packet, m_record.fields);
+}
+
+// Records of history and attachments packets that hold none are passed over by the import, too.
+bool SourceScan::SaysSomething(const PacketFields& fields) const {
+    switch (Current().Data()) {
+        case ImportedData::History:
+            return HistoryValue(fields) != nullptr;
+        case ImportedData::Attachments:
+            return std::any_of(fields.begin(), fields.end(), [this](const auto& field) {
+                const Field* const known = m_type->FindField(field.first);
+                return known != nullptr && known->kind == FieldKind::Attachments;
+            });
+        default:
+            return true;
+    }
+}
+
+void SourceScan::CheckAttachments(const PacketFields& fields) const {
+    if (!m_attachments.empty()) {
+        return;
+    }
+    for (const auto& [name, value] : fields) {
+        const Field* const field = m_type->FindField(name);
+        if (field != nullptr && field->kind == FieldKind::Attachments) {
+            RequireAttachments(m_attachments, Name());
+        }
+    }
+}
+
+// Tells what an import drops of a record that it takes; true when there is something.
+bool SourceScan::FindLosses(const SourceRecord& record) {
+    bool found = false;
+    m_losses->Find(record, Name(), [&](const Loss& loss) {
+        if (IsComparedAnyway(loss.kind)) {
+            return;
+        }
+        Difference difference = DifferenceAt(loss.record, loss.line);
+        difference.sourceId = loss.sourceId;
+        difference.field = loss.field;
+        difference.problem = loss.text;
+        m_output.Differs(difference);
+        found = true;
+    });
+    return found;
+}
+
+// Finds the record of the database; returns why there is not one, or nothing.
+std::string SourceScan::Locate(const PacketFields& fields, std::int64_t& dbid) {
+    const std::string id = OriginalIdOf(fields, *m_type, Current());
+    if (id.empty()) {
+        return LocateByKey(fields, dbid);
+    }
+    const Field* const field = m_type->FindField(Current().OriginalId());
+    if (field == nullptr) {
+        return fmt::format("cannot be compared: {} has no field {} to find it by", m_type->name,
+                           Current().OriginalId());
+    }
+    const auto dbids = m_lookup.Find(*m_type, *field, id);
+    if (dbids.empty()) {
+        return "missing from the database";
+    }
+    if (dbids.size() > 1) {
+        return fmt::format("cannot be compared: several records of the database have the {} \"{}\"",
+                           field->name, id);
+    }
+    dbid = dbids.front();
+    return {};
+}
+
+std::string SourceScan::LocateByKey(const PacketFields& fields, std::int64_t& dbid) {
+    const std::string noId = "cannot be compared: it has no original id";
+    if (m_type->HasStates()) {
+        return noId;
+    }
+    std::string key;
+    for (const std::size_t part : m_type->key) {
+        const Field& field = m_type->fields[part];
+        const auto found = std::find_if(fields.begin(), fields.end(), [&field](const auto& given) {
+            return EqualNoCase(given.first, field.name);
+        });
+        if (found == fields.end()) {
+            return noId;
+        }
+        const bool isReference = field.kind == FieldKind::Reference;
+        key += (key.empty() ? "" : " ") + (isReference ? Trimmed(found->second) : found->second);
+    }
+    dbid = m_lookup.FindKey(*m_type, key).dbid;
+    return dbid == 0 ? "missing from the database" : "";
+}
+
+Difference SourceScan::DifferenceAt(std::uint64_t record, std::uint64_t line) const {
+    Difference difference;
+    difference.source = Name();
+    difference.record = record;
+    difference.line = line;
+    difference.type = m_type != nullptr ? m_type->name : "";
+    return difference;
+}
+
+void SourceScan::ReportMissing(const SourceRecord& record, const std::string& problem) {
+    Difference difference = DifferenceAt(record.ordinal + 1, record.line);
+    difference.sourceId = FindFieldValue(record.raw, Current().OriginalId()).value_or("");
+    difference.problem = problem;
+    ++m_tally.Of(m_type).missing;
+    m_output.Differs(difference);
+}
+
+void SourceScan::ReportUnseen(const UnseenRecord& unseen) {
+    // A comment is no content of the source, whatever stands in it.
+    if (unseen.kind == UnseenKind::InsideSection) {
+        m_output.Warn(fmt::format("warning: {}, line {}: not read as a record: {}", Name(),
+                                  unseen.line, unseen.text));
+        return;
+    }
+    Difference difference = DifferenceAt(0, unseen.line);
+    difference.problem = "not imported, since it is not read as a record: " + unseen.text;
+    ++m_tally.Of(m_type).missing;
+    m_output.Differs(difference);
+}
+
+}  // namespace tool

@@ -1,0 +1,75 @@
+#ifndef TOOL_VERIFY_SOURCE_SCAN_H
+#define TOOL_VERIFY_SOURCE_SCAN_H
+
+#include <cstdint>
+#include <deque>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "recorddb/schema/schema.h"
+#include "tool/import_configuration.h"
+#include "tool/losses/record_losses.h"
+#include "tool/packet_reader.h"
+#include "tool/source_list.h"
+#include "tool/verify/record_lookup.h"
+#include "tool/verify/record_shelf.h"
+#include "tool/verify/verify_output.h"
+#include "tool/verify/verify_tally.h"
+
+namespace tool {
+
+// The first stage of a comparison: reads the sources in their order, finds for each of their
+// records the one of the database, and keeps them for the second stage. What cannot be found, and
+// what an import drops, is told as a difference.
+class SourceScan {
+  public:
+    // All of them outlive the object. ATTACHMENTS is the folder, empty for none.
+    SourceScan(RecordLookup& lookup, RecordShelf& shelf, const std::filesystem::path& attachments,
+               VerifyTally& tally, VerifyOutput& output);
+
+    // Reads the next source. Throws SourceError when the source or its configuration cannot be
+    // used, sql::Error when the database fails. Ends early when the process was interrupted.
+    void Read(const Source& source);
+
+    // What the numbers in kept records stand for.
+    const ImportConfiguration& Configuration(std::size_t number) const {
+        return m_configurations[number];
+    }
+    const std::string& SourceName(std::size_t number) const { return m_sources[number]; }
+
+  private:
+    void ReadConfiguration(PacketReader& reader);
+    void ReadData(PacketReader& reader);
+    void CheckData() const;
+    void ReadRecord(const SourceRecord& record);
+    std::string WhyNotImported(const SourceRecord& record);
+    bool SaysSomething(const PacketFields& fields) const;
+    void CheckAttachments(const PacketFields& fields) const;
+    bool FindLosses(const SourceRecord& record);
+    std::string Locate(const PacketFields& fields, std::int64_t& dbid);
+    std::string LocateByKey(const PacketFields& fields, std::int64_t& dbid);
+    void ReportMissing(const SourceRecord& record, const std::string& problem);
+    void ReportUnseen(const UnseenRecord& unseen);
+    Difference DifferenceAt(std::uint64_t record, std::uint64_t line) const;
+    const ImportConfiguration& Current() const { return m_configurations.back(); }
+    const std::string& Name() const { return m_sources.back(); }
+
+    RecordLookup& m_lookup;
+    RecordShelf& m_shelf;
+    const std::filesystem::path& m_attachments;
+    VerifyTally& m_tally;
+    VerifyOutput& m_output;
+    std::deque<ImportConfiguration> m_configurations;  // which stay where they are
+    std::vector<std::string> m_sources;
+    const recorddb::schema::RecordType* m_type = nullptr;  // of the configuration in force
+    std::optional<RecordLosses> m_losses;                  // under that configuration
+    std::uint64_t m_bytesBefore = 0;                       // sizes of the sources read
+    std::uint64_t m_read = 0;                              // records of all sources
+    KeptRecord m_record;
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,20 @@
+#ifndef TOOL_VERIFY_STORED_TEXT_H
+#define TOOL_VERIFY_STORED_TEXT_H
+
+#include <string>
+#include <string_view>
+
+#include "recorddb/schema/field.h"
+
+namespace tool {
+
+// A value that a source writes for a field, as the database would tell it: whole numbers and times
+// in their normal form. What is no such value stays as it is, and so equals nothing stored.
+std::string StoredText(const recorddb::schema::Field& field, std::string_view value);
+
+// A time as the database would tell it; what is none stays as it is.
+std::string StoredTime(std::string_view value);
+
+}  // namespace tool
+
+#endif

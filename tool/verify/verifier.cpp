@@ -1,0 +1,104 @@
+#include "tool/verify/verifier.h"
+
+#include <chrono>
+#include <optional>
+
+#include "recorddb/sql/open.h"
+#include "tool/interrupt.h"
+#include "tool/verify/attachment_comparison.h"
+#include "tool/verify/history_comparison.h"
+#include "tool/verify/value_comparison.h"
+
+namespace tool {
+
+namespace {
+
+void CompareDuplicate(const ExpectedRecord& expected,
+                      const std::optional<recorddb::LinkedRecord>& stored,
+                      DifferenceReporter& reporter, VerifiedType& tally) {
+    const std::string database = stored ? stored->key : "";
+    if (const auto& original = expected.Original()) {
+        ++tally.duplicates;
+        if (!stored || stored->dbid != original->dbid) {
+            reporter.Report(expected.OriginalPlace(), "duplicate of", original->text, database,
+                            original->problem);
+        }
+    } else if (expected.IsWhole() && stored) {
+        reporter.Report(expected.FirstPlace(), "duplicate of", "", database);
+    }
+}
+
+}  // namespace
+
+Verifier::Verifier(recorddb::Database& database, const std::filesystem::path& attachments,
+                   VerifyOutput& output)
+    : m_moment(database.Begin()),
+      m_scratch(recorddb::sql::OpenScratch()),
+      m_scratchWork(*m_scratch),
+      m_database(database),
+      m_reader(database),
+      m_lookup(database, m_reader, *m_scratch),
+      m_shelf(*m_scratch),
+      m_resolver(m_lookup),
+      m_files(attachments),
+      m_tally(database.GetSchema()),
+      m_output(output),
+      m_scan(m_lookup, m_shelf, attachments, m_tally, output) {}
+
+VerifySummary Verifier::Run(const SourceList& sources) {
+    const auto start = std::chrono::steady_clock::now();
+    m_output.BeginReading(sources.TotalSize());
+    for (const Source& source : sources.Sources()) {
+        m_scan.Read(source);
+    }
+    m_output.BeginComparing(m_shelf.Count());
+    CompareKept();
+    VerifySummary summary = m_tally.Summary();
+    summary.differences = m_output.Count();
+    summary.seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    return summary;
+}
+
+void Verifier::CompareKept() {
+    KeptRecord record;
+    std::uint64_t done = 0;
+    bool more = m_shelf.Next(record);
+    while (more && Interrupted() == 0) {
+        const std::int64_t type = record.type;
+        const std::int64_t dbid = record.dbid;
+        ExpectedRecord expected(m_database.GetSchema().Type(type), m_resolver);
+        bool differs = false;
+        for (; more && record.type == type && record.dbid == dbid; more = m_shelf.Next(record)) {
+            expected.Add(record, m_scan.Configuration(record.configuration));
+            differs = differs || record.differs;
+            ++done;
+        }
+        CompareRecord(expected, dbid, differs);
+        m_output.Advance(done, done);
+    }
+}
+
+void Verifier::CompareRecord(const ExpectedRecord& expected, std::int64_t dbid, bool differs) {
+    const auto record = m_reader.Get(expected.Type(), dbid);
+    if (!record) {
+        throw std::logic_error("a record is gone within one transaction");
+    }
+    Difference subject;
+    subject.type = expected.Type().name;
+    subject.id = m_reader.Key(expected.Type(), dbid);
+    subject.sourceId = expected.SourceId();
+    DifferenceReporter reporter(
+        std::move(subject), [this](const Difference& difference) { m_output.Differs(difference); },
+        [this](std::size_t source) { return m_scan.SourceName(source); });
+    VerifiedType& tally = m_tally.Of(&expected.Type());
+    CompareValues(expected, *record, reporter, tally);
+    CompareHistory(expected, m_reader.History(*record), reporter, tally);
+    CompareAttachments(expected, m_reader.Attachments(*record), m_reader, m_files, reporter, tally);
+    CompareDuplicate(expected, m_reader.Original(*record), reporter, tally);
+    const bool isDifferent = differs || reporter.Count() > 0;
+    ++tally.compared;
+    ++(isDifferent ? tally.different : tally.equal);
+}
+
+}  // namespace tool

@@ -1,0 +1,60 @@
+#ifndef TOOL_VERIFY_VERIFIER_H
+#define TOOL_VERIFY_VERIFIER_H
+
+#include <filesystem>
+#include <memory>
+
+#include "recorddb/database.h"
+#include "recorddb/reader/record_reader.h"
+#include "recorddb/sql/transaction.h"
+#include "tool/source_list.h"
+#include "tool/verify/attachment_files.h"
+#include "tool/verify/expected_record.h"
+#include "tool/verify/record_lookup.h"
+#include "tool/verify/record_shelf.h"
+#include "tool/verify/reference_resolver.h"
+#include "tool/verify/source_scan.h"
+#include "tool/verify/verify_output.h"
+#include "tool/verify/verify_tally.h"
+
+namespace tool {
+
+// Compares sources with a database, as it is at one moment and without writing to it, in memory
+// that does not grow with them.
+//
+// It works in two stages, since several records of the sources may speak of one record: the first
+// reads them all and finds the records they speak of, the second goes through these one by one,
+// works out what each must be, and looks.
+class Verifier {
+  public:
+    // All of them outlive the object. ATTACHMENTS is the folder of the attachments' files, empty
+    // for none. Throws sql::Error.
+    Verifier(recorddb::Database& database, const std::filesystem::path& attachments,
+             VerifyOutput& output);
+
+    // Compares; returns the numbers. Throws SourceError when a source cannot be used, sql::Error
+    // when the database fails. Ends early when the process was interrupted; the numbers then are of
+    // no use.
+    VerifySummary Run(const SourceList& sources);
+
+  private:
+    void CompareKept();
+    void CompareRecord(const ExpectedRecord& expected, std::int64_t dbid, bool differs);
+
+    recorddb::sql::Transaction m_moment;
+    std::unique_ptr<recorddb::sql::Connection> m_scratch;
+    recorddb::sql::Transaction m_scratchWork;
+    recorddb::Database& m_database;
+    recorddb::RecordReader m_reader;
+    RecordLookup m_lookup;
+    RecordShelf m_shelf;
+    ReferenceResolver m_resolver;
+    AttachmentFiles m_files;
+    VerifyTally m_tally;
+    VerifyOutput& m_output;
+    SourceScan m_scan;
+};
+
+}  // namespace tool
+
+#endif

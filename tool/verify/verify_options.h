@@ -1,0 +1,21 @@
+#ifndef TOOL_VERIFY_VERIFY_OPTIONS_H
+#define TOOL_VERIFY_VERIFY_OPTIONS_H
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace tool {
+
+// What `ztimport verify` was asked to do.
+struct VerifyOptions {
+    std::string database;
+    std::vector<std::string> sources;
+    std::filesystem::path attachments;  // folder; empty for none
+    std::filesystem::path report;       // file; empty for none
+    bool quiet = false;
+};
+
+}  // namespace tool
+
+#endif

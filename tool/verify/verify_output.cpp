@@ -1,0 +1,129 @@
+#include "tool/verify/verify_output.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include "tool/verify/value_pair.h"
+
+namespace tool {
+
+namespace {
+
+// A database that differs everywhere must not bury what else is said.
+constexpr std::uint64_t kShownDifferences = 50;
+
+std::string PlaceOf(const Difference& difference) {
+    std::string place = difference.source;
+    if (difference.record != 0) {
+        place += fmt::format(", record {}", difference.record);
+    }
+    if (!difference.sourceId.empty()) {
+        place += fmt::format(" ({})", ShowPair(difference.sourceId, "").source);
+    }
+    if (difference.line != 0) {
+        place += fmt::format(", line {}", difference.line);
+    }
+    return place;
+}
+
+std::string SubjectOf(const Difference& difference) {
+    std::string subject = difference.type;
+    if (!difference.id.empty()) {
+        subject += (subject.empty() ? "" : " ") + ShowPair(difference.id, "").source;
+    }
+    if (!difference.field.empty()) {
+        subject += (subject.empty() ? "" : ", ") + ShowPair(difference.field, "").source;
+    }
+    return subject.empty() ? "" : subject + ": ";
+}
+
+std::string Shown(std::string_view value) {
+    return value.empty() ? "nothing" : fmt::format("\"{}\"", value);
+}
+
+std::string Counted(std::uint64_t number, std::string_view one, std::string_view many) {
+    return fmt::format("{} {}", number, number == 1 ? one : many);
+}
+
+std::string DescribeType(const VerifiedType& type) {
+    return fmt::format("{}: {} compared, {} equal, {} different, {} missing; {}, {}, {}, {}, {}\n",
+                       type.name.empty() ? "of no type" : type.name, type.compared, type.equal,
+                       type.different, type.missing, Counted(type.fields, "field", "fields"),
+                       Counted(type.references, "reference", "references"),
+                       Counted(type.history, "history entry", "history entries"),
+                       Counted(type.attachments, "attachment", "attachments"),
+                       Counted(type.duplicates, "duplicate mark", "duplicate marks"));
+}
+
+}  // namespace
+
+std::string DescribeDifference(const Difference& difference) {
+    const ShownPair values = ShowPair(difference.sourceValue, difference.databaseValue);
+    std::string text = PlaceOf(difference) + ": " + SubjectOf(difference);
+    // What is wrong with a record as a whole is no matter of two values.
+    const bool hasValues = !difference.sourceValue.empty() || !difference.databaseValue.empty();
+    if (hasValues) {
+        text += fmt::format("source {}, database {}", Shown(values.source), Shown(values.database));
+    }
+    if (!difference.problem.empty()) {
+        text += hasValues ? fmt::format(" ({})", difference.problem) : difference.problem;
+    }
+    return text;
+}
+
+VerifyOutput::VerifyOutput(bool quiet, std::ostream& out, std::ostream& err)
+    : m_quiet(quiet), m_out(out), m_err(err) {}
+
+void VerifyOutput::Begin(std::uint64_t total) {
+    if (m_progress) {
+        m_progress->Finish();
+    }
+    m_progress.emplace(m_err, ChooseProgressStyle(m_quiet, STDERR_FILENO), total);
+}
+
+void VerifyOutput::BeginReading(std::uint64_t totalBytes) {
+    Begin(totalBytes);
+}
+
+void VerifyOutput::BeginComparing(std::uint64_t records) {
+    Begin(records);
+}
+
+void VerifyOutput::Advance(std::uint64_t records, std::uint64_t done) {
+    m_progress->Update(records, done);
+}
+
+void VerifyOutput::Warn(std::string_view line) {
+    m_progress->Print(line);
+}
+
+void VerifyOutput::Differs(const Difference& difference) {
+    ++m_count;
+    if (m_count <= kShownDifferences) {
+        Warn("differs: " + DescribeDifference(difference));
+    } else if (m_count == kShownDifferences + 1) {
+        Warn("differs: further differences are counted; --report lists all");
+    }
+    for (VerifySink* const sink : m_sinks) {
+        sink->Differs(difference);
+    }
+}
+
+void VerifyOutput::Finish(const VerifySummary& summary) {
+    m_progress->Finish();
+    for (VerifySink* const sink : m_sinks) {
+        sink->Finish(summary);
+    }
+    if (m_quiet) {
+        return;
+    }
+    for (const VerifiedType& type : summary.types) {
+        m_out << DescribeType(type);
+    }
+    m_out << fmt::format("{} read, {} found, {:.1f} seconds\n",
+                         Counted(summary.read, "record", "records"),
+                         Counted(summary.differences, "difference", "differences"), summary.seconds)
+          << summary.Verdict() << '\n';
+}
+
+}  // namespace tool

@@ -58,12 +58,14 @@ class Chromium:
         return self
 
     def __exit__(self, *_):
-        # The browser is several processes, which are a group of their own.
         try:
+            self._session = None
+            self.call("Browser.close")
+            self._process.wait(timeout=20)
+        except (OSError, RuntimeError, TimeoutError, subprocess.TimeoutExpired):
+            # The browser is several processes, which are a group of their own.
             os.killpg(self._process.pid, signal.SIGKILL)
-        except ProcessLookupError:
-            pass
-        self._process.wait()
+            self._process.wait()
         os.close(self._read)
         os.close(self._write)
 

@@ -53,7 +53,7 @@ table + .note { margin-top: 0.9rem; font-size: 0.875rem; }
 .verdict.attention { color: var(--attention); background: var(--attention-panel); }
 .verdict.bad { color: var(--bad); background: var(--bad-panel); }
 
-.figures { display: grid; grid-template-columns: repeat(auto-fit, minmax(8.5rem, 1fr)); gap: 1.75rem 1.5rem; }
+.figures { display: grid; grid-template-columns: repeat(auto-fit, minmax(7.5rem, 1fr)); gap: 1.75rem 1.5rem; }
 .figures div { display: flex; flex-direction: column-reverse; justify-content: flex-end; }
 .figures dt { color: var(--muted); font-size: 0.875rem; }
 .figures dd { font-size: 1.85rem; line-height: 1.25; font-weight: 600; letter-spacing: -0.02em; font-variant-numeric: tabular-nums; }
@@ -118,11 +118,23 @@ figcaption { color: var(--muted); font-size: 0.875rem; margin-top: 0.9rem; max-w
 
 footer { margin-top: 4.5rem; padding-top: 1.25rem; border-top: 1px solid var(--rule); color: var(--muted); font-size: 0.875rem; }
 
-@media screen and (min-width: 44.01rem), print {
+@media screen and (min-width: 60.01rem), print {
   .group table { table-layout: fixed; }
   .group th:nth-child(1) { width: 25%; }
   .group th:nth-child(2), .group th:nth-child(3) { width: 9%; }
   .group th:nth-child(4) { width: 15%; }
+}
+@media screen and (max-width: 60rem) {
+  table, caption, tr, tbody th, tfoot th, td { display: block; }
+  thead { position: absolute; width: 1px; height: 1px; overflow: hidden; clip-path: inset(50%); }
+  tbody, tfoot { display: grid; grid-template-columns: repeat(auto-fill, minmax(min(19rem, 100%), 1fr)); column-gap: 3rem; }
+  tr { padding: 0.75rem 0; border-top: 1px solid var(--rule); }
+  th, td { border: 0; padding: 0.1rem 0; }
+  tbody th, tfoot th { font-weight: 600; }
+  td { display: flex; justify-content: space-between; gap: 1.5rem; }
+  td::before { content: attr(data-label); color: var(--muted); flex: none; }
+  tbody td:has(> .zero), td:empty { display: none; }
+  td.long, td.long::before { display: block; }
 }
 @media screen and (max-width: 44rem) {
   body { padding: 2rem 1.1rem 3rem; }
@@ -133,16 +145,6 @@ footer { margin-top: 4.5rem; padding-top: 1.25rem; border-top: 1px solid var(--r
   .figures { grid-template-columns: repeat(2, 1fr); }
   .facts { display: block; }
   .facts dd { margin-bottom: 0.8rem; }
-  table, caption, tbody, tfoot, tr, tbody th, tfoot th, td { display: block; }
-  thead { position: absolute; width: 1px; height: 1px; overflow: hidden; clip-path: inset(50%); }
-  tr { padding: 0.75rem 0; border-bottom: 1px solid var(--rule); }
-  th, td { border: 0; padding: 0.1rem 0; }
-  tbody th, tfoot th { font-weight: 600; }
-  td { display: flex; justify-content: space-between; gap: 1.5rem; }
-  td::before { content: attr(data-label); color: var(--muted); flex: none; }
-  tbody td:has(> .zero), td:empty { display: none; }
-  td.long { display: block; }
-  td.long::before { display: block; }
   .chart .plot { margin-left: 3.5rem; }
   .plot > svg { height: 11rem; }
 }

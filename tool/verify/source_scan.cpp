@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "tool/content_hash.h"
 #include "tool/interrupt.h"
 #include "tool/record_fields.h"
 #include "tool/source_checks.h"
@@ -42,7 +43,7 @@ void SourceScan::Read(const Source& source) {
     if (reader.IsConfiguration()) {
         ReadConfiguration(reader);
     } else {
-        ReadData(reader);
+        ReadData(reader, source);
     }
     m_bytesBefore += source.size;
     m_output.Advance(m_read, m_bytesBefore);
@@ -62,8 +63,12 @@ void SourceScan::ReadConfiguration(PacketReader& reader) {
     m_losses.emplace(Current(), *m_type);
 }
 
-void SourceScan::ReadData(PacketReader& reader) {
+void SourceScan::ReadData(PacketReader& reader, const Source& source) {
     CheckData();
+    if (IsRepeated(source)) {
+        m_output.Warn(fmt::format("{}: read already, and passed over as in a load", Name()));
+        return;
+    }
     SourceRecord record;
     while (Interrupted() == 0 && reader.NextRecord(record)) {
         m_tally.AddRead();
@@ -71,6 +76,14 @@ void SourceScan::ReadData(PacketReader& reader) {
         ReadRecord(record);
         m_output.Advance(m_read, m_bytesBefore + reader.BytesRead());
     }
+}
+
+bool SourceScan::IsRepeated(const Source& source) {
+    const auto isField = [this](std::string_view name) {
+        return m_type->FindField(name) != nullptr;
+    };
+    return !m_contents.insert(HashFile(source.path, source.name) + Current().Fingerprint(isField))
+                .second;
 }
 
 void SourceScan::CheckData() const {

@@ -5,6 +5,7 @@
 #include <deque>
 #include <filesystem>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -30,7 +31,8 @@ class SourceScan {
                VerifyTally& tally, VerifyOutput& output);
 
     // Reads the next source. Throws SourceError when the source or its configuration cannot be
-    // used, sql::Error when the database fails. Ends early when the process was interrupted.
+    // used, sql::Error when the database fails. Ends early when the process was interrupted. Data
+    // that were read before, under the same configuration, are passed over as in a load.
     void Read(const Source& source);
 
     // What the numbers in kept records stand for.
@@ -41,7 +43,8 @@ class SourceScan {
 
   private:
     void ReadConfiguration(PacketReader& reader);
-    void ReadData(PacketReader& reader);
+    void ReadData(PacketReader& reader, const Source& source);
+    bool IsRepeated(const Source& source);
     void CheckData() const;
     void ReadRecord(const SourceRecord& record);
     std::string WhyNotImported(const SourceRecord& record);
@@ -63,6 +66,7 @@ class SourceScan {
     VerifyOutput& m_output;
     std::deque<ImportConfiguration> m_configurations;  // which stay where they are
     std::vector<std::string> m_sources;
+    std::set<std::string> m_contents;  // what was read, by hash and configuration
     const recorddb::schema::RecordType* m_type = nullptr;  // of the configuration in force
     std::optional<RecordLosses> m_losses;                  // under that configuration
     std::uint64_t m_bytesBefore = 0;                       // sizes of the sources read

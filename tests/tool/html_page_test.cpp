@@ -175,11 +175,11 @@ TEST_F(HtmlPageTest, StaysSmallHoweverMuchIsRejected) {
     EXPECT_LT(HtmlPage(summary).size(), std::size_t{2} * 1024 * 1024);
 }
 
-class RunVerdictTest : public HtmlPageTest {
+class VerdictOfRunTest : public HtmlPageTest {
   protected:
     // State and sentence of the run that SUMMARY tells of.
     static std::string Verdict(const RunSummary& summary) {
-        const tool::Verdict verdict = VerdictOf(summary);
+        const tool::RunVerdict verdict = VerdictOf(summary);
         return verdict.state + ": " + verdict.sentence;
     }
 
@@ -196,7 +196,7 @@ class RunVerdictTest : public HtmlPageTest {
     }
 };
 
-TEST_F(RunVerdictTest, IsCompleteWhenNothingWasRejected) {
+TEST_F(VerdictOfRunTest, IsCompleteWhenNothingWasRejected) {
     RunSummary summary = Start();
     summary.Finish(Totals(5000));
     EXPECT_EQ(Verdict(summary),
@@ -204,7 +204,7 @@ TEST_F(RunVerdictTest, IsCompleteWhenNothingWasRejected) {
     EXPECT_EQ(Commands(summary), "ztimport verify out/tracker.db packets \n");
 }
 
-TEST_F(RunVerdictTest, IsCompleteWhenAllWasLoadedBefore) {
+TEST_F(VerdictOfRunTest, IsCompleteWhenAllWasLoadedBefore) {
     RunSummary summary = Start();
     summary.AddLoadedBefore(48);
     LoadTotals totals;
@@ -215,7 +215,7 @@ TEST_F(RunVerdictTest, IsCompleteWhenAllWasLoadedBefore) {
               "Complete: All 48 records have been loaded before, so nothing was left to do.");
 }
 
-TEST_F(RunVerdictTest, TellsOfRejectedRecords) {
+TEST_F(VerdictOfRunTest, TellsOfRejectedRecords) {
     RunSummary summary = Start();
     summary.Finish(Totals(5000, 2));
     EXPECT_EQ(Verdict(summary),
@@ -223,7 +223,7 @@ TEST_F(RunVerdictTest, TellsOfRejectedRecords) {
               "in the database.");
 }
 
-TEST_F(RunVerdictTest, TellsOfRecordsThatAnEarlierLoadRejected) {
+TEST_F(VerdictOfRunTest, TellsOfRecordsThatAnEarlierLoadRejected) {
     RunSummary summary = Start();
     summary.AddLoadedBefore(48);
     summary.AddRejectedBefore(1);
@@ -235,7 +235,7 @@ TEST_F(RunVerdictTest, TellsOfRecordsThatAnEarlierLoadRejected) {
               "Rejected records remain: 1 record that an earlier load rejected is still missing.");
 }
 
-TEST_F(RunVerdictTest, TellsWhenTheImporterPassedOverEverything) {
+TEST_F(VerdictOfRunTest, TellsWhenTheImporterPassedOverEverything) {
     RunSummary summary = Start();
     LoadTotals totals;
     totals.read = 3;
@@ -246,14 +246,14 @@ TEST_F(RunVerdictTest, TellsWhenTheImporterPassedOverEverything) {
               "them.");
 }
 
-TEST_F(RunVerdictTest, TellsWhenThereWasNothing) {
+TEST_F(VerdictOfRunTest, TellsWhenThereWasNothing) {
     RunSummary summary = Start();
     summary.Finish({});
     EXPECT_EQ(Verdict(summary), "Nothing to load: The sources hold no records.");
     EXPECT_EQ(Commands(summary), "");
 }
 
-TEST_F(RunVerdictTest, TellsOfLosses) {
+TEST_F(VerdictOfRunTest, TellsOfLosses) {
     RunSummary summary = Start();
     summary.AddLoss({});
     summary.Finish(Totals(7));
@@ -262,7 +262,7 @@ TEST_F(RunVerdictTest, TellsOfLosses) {
               "imported as it stands.");
 }
 
-TEST_F(RunVerdictTest, TellsWhenTheLoadDidNotFinish) {
+TEST_F(VerdictOfRunTest, TellsWhenTheLoadDidNotFinish) {
     RunSummary summary = Start();
     summary.NoteEarlyEnd("The disk is full.");
     summary.Finish(Totals(7, 1));
@@ -272,7 +272,7 @@ TEST_F(RunVerdictTest, TellsWhenTheLoadDidNotFinish) {
     EXPECT_THAT(HtmlPage(summary), HasSubstr("The disk is full."));
 }
 
-TEST_F(RunVerdictTest, NamesTheFolderToMendAndHowToLoadIt) {
+TEST_F(VerdictOfRunTest, NamesTheFolderToMendAndHowToLoadIt) {
     m_options.rejects = "set aside";
     m_options.attachments = "files";
     RunSummary summary = Start();
@@ -283,7 +283,7 @@ TEST_F(RunVerdictTest, NamesTheFolderToMendAndHowToLoadIt) {
     EXPECT_THAT(HtmlPage(summary), HasSubstr("&#39;set aside&#39;"));
 }
 
-TEST_F(RunVerdictTest, SaysHowToSetRejectsAsideWhenTheyWereNot) {
+TEST_F(VerdictOfRunTest, SaysHowToSetRejectsAsideWhenTheyWereNot) {
     RunSummary summary = Start();
     summary.Finish(Totals(7, 1));
     EXPECT_EQ(Commands(summary),

@@ -58,10 +58,10 @@ TEST(Grouped, SeparatesThousands) {
     EXPECT_EQ(tool::Grouped(18446744073709551615U), "18,446,744,073,709,551,615");
 }
 
-TEST(Counted, KnowsOneAndMany) {
-    EXPECT_EQ(tool::Counted(1, "record"), "1 record");
-    EXPECT_EQ(tool::Counted(0, "record"), "0 records");
-    EXPECT_EQ(tool::Counted(1200, "history entry", "history entries"), "1,200 history entries");
+TEST(CountOf, KnowsOneAndMany) {
+    EXPECT_EQ(tool::CountOf(1, "record"), "1 record");
+    EXPECT_EQ(tool::CountOf(0, "record"), "0 records");
+    EXPECT_EQ(tool::CountOf(1200, "history entry", "history entries"), "1,200 history entries");
 }
 
 TEST(DurationText, ShowsWhatMattersOfALength) {

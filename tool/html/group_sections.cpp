@@ -66,7 +66,7 @@ std::string RejectsSection(const RunSummary& summary) {
     std::string content =
         fmt::format("<p>{} rejected, for {}.</p>\n",
                     rejected == 1 ? "One record was" : Grouped(rejected) + " records were",
-                    Counted(causes.size(), "cause"));
+                    CountOf(causes.size(), "cause"));
     for (const ExampleGroup& cause : causes) {
         content += GroupHtml(cause, rejected, "Reason");
     }

@@ -28,7 +28,7 @@ std::string Grouped(std::uint64_t number) {
     return grouped;
 }
 
-std::string Counted(std::uint64_t number, std::string_view noun, std::string_view plural) {
+std::string CountOf(std::uint64_t number, std::string_view noun, std::string_view plural) {
     if (number == 1) {
         return fmt::format("1 {}", noun);
     }
@@ -46,9 +46,9 @@ std::string DurationText(double seconds) {
     }
     const auto whole = static_cast<std::uint64_t>(std::llround(seconds));
     const std::uint64_t hours = whole / 3600;
-    const std::string minutes = Counted(whole / 60 % 60, "minute");
-    return hours > 0 ? fmt::format("{} {}", Counted(hours, "hour"), minutes)
-                     : fmt::format("{} {}", minutes, Counted(whole % 60, "second"));
+    const std::string minutes = CountOf(whole / 60 % 60, "minute");
+    return hours > 0 ? fmt::format("{} {}", CountOf(hours, "hour"), minutes)
+                     : fmt::format("{} {}", minutes, CountOf(whole % 60, "second"));
 }
 
 std::string RateText(double perSecond) {

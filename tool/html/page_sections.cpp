@@ -114,7 +114,7 @@ std::string PageTitle(const RunSummary& summary) {
 
 std::string PageHeader(const RunSummary& summary) {
     const RunDescription& run = summary.Description();
-    const Verdict verdict = VerdictOf(summary);
+    const RunVerdict verdict = VerdictOf(summary);
     std::string why;
     if (!summary.EarlyEnd().empty()) {
         why = fmt::format("<p class=\"why\">{}</p>\n", HtmlText(summary.EarlyEnd()));

@@ -20,31 +20,31 @@ std::string_view IsOrAre(std::uint64_t number) {
     return number == 1 ? "is" : "are";
 }
 
-Verdict EndedEarly(const RunSummary& summary) {
+RunVerdict EndedEarly(const RunSummary& summary) {
     return {
         VerdictTone::Bad, "Not finished",
         fmt::format("The load ended before all sources were read: {} read, {} rejected.",
-                    Counted(summary.Totals().read, "record"), Grouped(summary.Totals().rejected))};
+                    CountOf(summary.Totals().read, "record"), Grouped(summary.Totals().rejected))};
 }
 
-Verdict RejectsRemain(const RunSummary& summary) {
+RunVerdict RejectsRemain(const RunSummary& summary) {
     const std::uint64_t rejected = summary.Totals().rejected;
     const std::uint64_t before = summary.RejectedBefore();
     std::string sentence;
     if (rejected > 0) {
         sentence = fmt::format("{} of {} {} rejected, and nothing of {} is in the database",
-                               Grouped(rejected), Counted(summary.Totals().read, "record"),
+                               Grouped(rejected), CountOf(summary.Totals().read, "record"),
                                rejected == 1 ? "was" : "were", rejected == 1 ? "it" : "them");
     }
     if (before > 0) {
         sentence +=
             fmt::format("{}{} that an earlier load rejected {} still missing",
-                        sentence.empty() ? "" : "; ", Counted(before, "record"), IsOrAre(before));
+                        sentence.empty() ? "" : "; ", CountOf(before, "record"), IsOrAre(before));
     }
     return {VerdictTone::Attention, "Rejected records remain", sentence + "."};
 }
 
-Verdict Complete(const RunSummary& summary) {
+RunVerdict Complete(const RunSummary& summary) {
     const LoadTotals& totals = summary.Totals();
     if (summary.LoadedBefore() == totals.read) {
         return {VerdictTone::Good, "Complete",
@@ -62,7 +62,7 @@ Verdict Complete(const RunSummary& summary) {
 
 }  // namespace
 
-Verdict VerdictOf(const RunSummary& summary) {
+RunVerdict VerdictOf(const RunSummary& summary) {
     if (!summary.EarlyEnd().empty()) {
         return EndedEarly(summary);
     }
@@ -82,7 +82,7 @@ Verdict VerdictOf(const RunSummary& summary) {
     if (const std::uint64_t losses = summary.LossCount()) {
         return {VerdictTone::Attention, "Loaded with losses",
                 fmt::format("No record was rejected, but {} of the sources {} not imported as {}.",
-                            Counted(losses, "detail"), losses == 1 ? "was" : "were",
+                            CountOf(losses, "detail"), losses == 1 ? "was" : "were",
                             losses == 1 ? "it stands" : "they stand")};
     }
     return Complete(summary);

@@ -15,13 +15,13 @@ enum class VerdictTone {
 };
 
 // How a run came out.
-struct Verdict {
+struct RunVerdict {
     VerdictTone tone = VerdictTone::Good;
     std::string state;     // in two or three words, such as "Complete"
     std::string sentence;  // the same in one sentence
 };
 
-Verdict VerdictOf(const RunSummary& summary);
+RunVerdict VerdictOf(const RunSummary& summary);
 
 // Something to do next.
 struct NextStep {

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "tool/html/html_report.h"
+#include "tool/html/html_load_report.h"
 #include "tool/load_options.h"
 #include "tool/packet_reader.h"
 #include "tool/progress.h"
@@ -65,7 +65,7 @@ class LoadOutput {
     Progress m_progress;
     std::optional<RejectWriter> m_rejects;
     std::optional<ReportWriter> m_report;
-    std::optional<HtmlReport> m_html;
+    std::optional<HtmlLoadReport> m_html;
     LoadTotals m_totals;
     bool m_leavesRejectedBefore = false;
     std::chrono::steady_clock::time_point m_start;

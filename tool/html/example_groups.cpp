@@ -1,7 +1,6 @@
 #include "tool/html/example_groups.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "tool/html/html_text.h"
 
@@ -25,41 +24,43 @@ void KeepCommonValues(ReasonPattern& pattern, const ReasonPattern& other) {
 
 void ExampleGroup::Add(const Example& example) {
     ++count;
-    if (examples.size() < examplesKept) {
-        examples.push_back({Clipped(example.source, kNameLimit), example.record, example.line,
-                            Clipped(example.sourceId, kNameLimit),
-                            Clipped(example.text, kTextLimit)});
+    if (examples.size() == examplesKept) {
+        return;
+    }
+    examples.push_back({Clipped(example.source, kNameLimit), example.record, example.line,
+                        Clipped(example.sourceId, kNameLimit), example.details});
+    for (ExampleDetail& detail : examples.back().details) {
+        detail.text = Clipped(detail.text, kTextLimit);
     }
 }
 
-void RejectCauses::Add(const Example& example) {
-    ReasonPattern pattern = PatternOf(example.text);
+void PatternGroups::Add(std::string_view text, const Example& example) {
+    ReasonPattern pattern = PatternOf(text);
     const auto known = m_indices.find(pattern.wording);
     if (known != m_indices.end()) {
-        Cause& cause = m_causes[known->second];
-        KeepCommonValues(cause.pattern, pattern);
-        cause.group.Add(example);
-    } else if (m_causes.size() < causesKept) {
-        m_indices.emplace(pattern.wording, m_causes.size());
-        m_causes.push_back({std::move(pattern), {}});
-        m_causes.back().group.Add(example);
+        Entry& entry = m_entries[known->second];
+        KeepCommonValues(entry.pattern, pattern);
+        entry.group.Add(example);
+    } else if (m_entries.size() < groupsKept) {
+        m_indices.emplace(pattern.wording, m_entries.size());
+        m_entries.push_back({std::move(pattern), {}});
+        m_entries.back().group.Add(example);
     } else {
         m_others.Add(example);
     }
 }
 
-std::vector<ExampleGroup> RejectCauses::Groups() const {
+std::vector<ExampleGroup> PatternGroups::Groups() const {
     std::vector<ExampleGroup> groups;
-    for (const Cause& cause : m_causes) {
-        groups.push_back(cause.group);
-        groups.back().title = Readable(cause.pattern);
+    for (const Entry& entry : m_entries) {
+        groups.push_back(entry.group);
+        groups.back().title = Readable(entry.pattern);
     }
     std::stable_sort(
         groups.begin(), groups.end(),
         [](const ExampleGroup& a, const ExampleGroup& b) { return a.count > b.count; });
     if (m_others.count > 0) {
         groups.push_back(m_others);
-        groups.back().title = "other causes";
     }
     return groups;
 }

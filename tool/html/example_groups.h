@@ -4,12 +4,20 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "tool/html/reason_pattern.h"
 
 namespace tool {
+
+// What an example shows, behind a word about it that may be empty.
+struct ExampleDetail {
+    std::string label;
+    std::string text;
+};
 
 // A record, or a place in a source, that shows what a group is about.
 struct Example {
@@ -17,7 +25,7 @@ struct Example {
     std::uint64_t record = 0;  // from 1; 0: no record's
     std::uint64_t line = 0;    // from 1; 0: the source as a whole
     std::string sourceId;      // empty when there is none
-    std::string text;
+    std::vector<ExampleDetail> details;
 };
 
 // Things of one kind: how many there are, and the first few of them.
@@ -32,27 +40,30 @@ struct ExampleGroup {
     void Add(const Example& example);
 };
 
-// Rejected records by cause, in memory that does not grow with their number: up to causesKept
-// causes, and one more for all the others.
-class RejectCauses {
+// Things by the patterns of what is said of them, in memory that does not grow with their number:
+// up to groupsKept groups, and one more for all the others.
+class PatternGroups {
   public:
-    static constexpr std::size_t causesKept = 200;
+    static constexpr std::size_t groupsKept = 200;
 
-    // Adds a rejected record, of which EXAMPLE.text is the reason.
-    void Add(const Example& example);
+    // OTHERS is the title of the group of all that the limit leaves no group for.
+    explicit PatternGroups(std::string others) { m_others.title = std::move(others); }
 
-    // The causes by falling count, those of one count in the order of their first records; the
-    // group of other causes, if there is one, stands last. A title has the values that all reasons
-    // of its cause share, and an ellipsis for each other value.
+    // Adds EXAMPLE to those of which the same is said as TEXT says of it.
+    void Add(std::string_view text, const Example& example);
+
+    // The groups by falling count, those of one count in the order of their first examples; the
+    // group of the others, if there is one, stands last. A title has the values that all texts of
+    // its group share, and an ellipsis for each other value.
     std::vector<ExampleGroup> Groups() const;
 
   private:
-    struct Cause {
+    struct Entry {
         ReasonPattern pattern;
         ExampleGroup group;
     };
 
-    std::vector<Cause> m_causes;
+    std::vector<Entry> m_entries;
     std::unordered_map<std::string, std::size_t> m_indices;  // by wording
     ExampleGroup m_others;
 };

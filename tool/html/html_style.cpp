@@ -80,7 +80,7 @@ tfoot th, tfoot td { font-weight: 650; border-bottom: 0; }
 td .zero { color: var(--muted); }
 td .attention { color: var(--attention); font-weight: 650; }
 .kind { color: var(--muted); }
-.reason { white-space: pre-line; }
+.detail { display: block; white-space: pre-line; }
 
 .group { margin-top: 2.5rem; }
 .group h3 { display: flex; gap: 0.9rem; align-items: baseline; }

@@ -25,10 +25,6 @@ LoadTotals Difference(const LoadTotals& now, const LoadTotals& before) {
     return difference;
 }
 
-std::string TextOf(const Loss& loss) {
-    return loss.field.empty() ? loss.text : loss.field + ": " + loss.text;
-}
-
 }  // namespace
 
 void RunSummary::StartType(const std::string& type, ImportedData data, const LoadTotals& soFar) {
@@ -60,11 +56,13 @@ TypeTotals& RunSummary::TotalsFor(const std::string& type, ImportedData data) {
 }
 
 void RunSummary::AddReject(const RejectedRecord& record, const std::string& sourceId) {
-    m_causes.Add({record.source, record.number, record.line, sourceId, record.reason});
+    m_causes.Add(record.reason,
+                 {record.source, record.number, record.line, sourceId, {{"", record.reason}}});
 }
 
 void RunSummary::AddLoss(const Loss& loss) {
-    m_losses[loss.kind].Add({loss.source, loss.record, loss.line, loss.sourceId, TextOf(loss)});
+    m_losses[loss.kind].Add(
+        {loss.source, loss.record, loss.line, loss.sourceId, {{loss.field, loss.text}}});
 }
 
 void RunSummary::Advance(double seconds, std::uint64_t read) {

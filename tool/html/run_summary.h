@@ -20,7 +20,7 @@ namespace tool {
 
 // What was asked for, and when.
 struct RunDescription {
-    std::string command;  // "load"
+    std::string command;  // "load", or "check" for its rehearsal
     LoadOptions options;
     std::chrono::system_clock::time_point start;
     std::string version;  // of the tool
@@ -60,6 +60,8 @@ class RunSummary {
     void Finish(const LoadTotals& totals);
 
     const RunDescription& Description() const { return m_description; }
+    // Whether nothing of it was kept.
+    bool Rehearsed() const { return m_description.command == "check"; }
     const LoadTotals& Totals() const { return m_totals; }
     // In the order in which the types were loaded first.
     const std::vector<TypeTotals>& Types() const { return m_types; }
@@ -87,7 +89,7 @@ class RunSummary {
     std::string m_type;
     ImportedData m_data = ImportedData::Nothing;
     LoadTotals m_typeStart;
-    RejectCauses m_causes;
+    PatternGroups m_causes{"other causes"};
     std::map<LossKind, ExampleGroup> m_losses;
     std::uint64_t m_loadedBefore = 0;
     std::uint64_t m_rejectedBefore = 0;

@@ -1,10 +1,8 @@
-#ifndef TOOL_HTML_RUN_VERDICT_H
-#define TOOL_HTML_RUN_VERDICT_H
+#ifndef TOOL_HTML_PAGE_VERDICT_H
+#define TOOL_HTML_PAGE_VERDICT_H
 
 #include <string>
 #include <vector>
-
-#include "tool/html/run_summary.h"
 
 namespace tool {
 
@@ -15,22 +13,18 @@ enum class VerdictTone {
 };
 
 // How a run came out.
-struct RunVerdict {
+struct PageVerdict {
     VerdictTone tone = VerdictTone::Good;
     std::string state;     // in two or three words, such as "Complete"
     std::string sentence;  // the same in one sentence
+    std::string why;       // more about it; may be empty
 };
-
-RunVerdict VerdictOf(const RunSummary& summary);
 
 // Something to do next.
 struct NextStep {
     std::string text;
     std::vector<std::string> command;  // the words of a command line; empty when there is none
 };
-
-// What to do next, in order.
-std::vector<NextStep> NextSteps(const RunSummary& summary);
 
 }  // namespace tool
 

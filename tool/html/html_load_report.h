@@ -1,5 +1,5 @@
-#ifndef TOOL_HTML_HTML_REPORT_H
-#define TOOL_HTML_HTML_REPORT_H
+#ifndef TOOL_HTML_HTML_LOAD_REPORT_H
+#define TOOL_HTML_HTML_LOAD_REPORT_H
 
 #include <filesystem>
 
@@ -11,9 +11,9 @@ namespace tool {
 // The page about a load in its file. It appears at its path complete or not at all, in place of an
 // earlier one. Constructor and Finish throw std::system_error that names the file when it cannot be
 // written; the constructor sees that before the load.
-class HtmlReport {
+class HtmlLoadReport {
   public:
-    HtmlReport(const std::filesystem::path& path, const LoadOptions& options);
+    HtmlLoadReport(const std::filesystem::path& path, const LoadOptions& options);
 
     RunSummary& Summary() { return m_summary; }
 

@@ -1,11 +1,10 @@
-#include "tool/html/html_page.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "tool/html/run_verdict.h"
+#include "tool/html/load_page.h"
+#include "tool/html/load_verdict.h"
 
 namespace {
 
@@ -19,9 +18,9 @@ using tool::LossKind;
 using tool::RejectedRecord;
 using tool::RunSummary;
 
-class HtmlPageTest : public testing::Test {
+class LoadPageTest : public testing::Test {
   protected:
-    HtmlPageTest() {
+    LoadPageTest() {
         m_options.database = "out/tracker.db";
         m_options.sources = {"packets"};
     }
@@ -72,33 +71,33 @@ class HtmlPageTest : public testing::Test {
     tool::LoadOptions m_options;
 };
 
-TEST_F(HtmlPageTest, HoldsEverySection) {
-    const std::string page = HtmlPage(Eventful());
+TEST_F(LoadPageTest, HoldsEverySection) {
+    const std::string page = LoadPage(Eventful());
     for (const char* title : {"Totals", "What to do next", "By record type", "Rejected records",
                               "Silent losses", "Records over time", "What was run"}) {
         EXPECT_THAT(page, HasSubstr(std::string(">") + title + "</h2>"));
     }
 }
 
-TEST_F(HtmlPageTest, IsTheSameForTheSameRun) {
-    EXPECT_EQ(HtmlPage(Eventful()), HtmlPage(Eventful()));
+TEST_F(LoadPageTest, IsTheSameForTheSameRun) {
+    EXPECT_EQ(LoadPage(Eventful()), LoadPage(Eventful()));
 }
 
-TEST_F(HtmlPageTest, NeedsNothingElse) {
-    EXPECT_THAT(HtmlPage(Eventful()),
+TEST_F(LoadPageTest, NeedsNothingElse) {
+    EXPECT_THAT(LoadPage(Eventful()),
                 AllOf(HasSubstr("default-src 'none'"), Not(HasSubstr("http:")),
                       Not(HasSubstr("https:")), Not(HasSubstr("<script")), Not(HasSubstr("url("))));
 }
 
-TEST_F(HtmlPageTest, SaysWhatWasRun) {
-    EXPECT_THAT(HtmlPage(Eventful()),
+TEST_F(LoadPageTest, SaysWhatWasRun) {
+    EXPECT_THAT(LoadPage(Eventful()),
                 AllOf(HasSubstr("<dd>ztimport load</dd>"), HasSubstr("<dd>out/tracker.db</dd>"),
                       HasSubstr("<li>packets</li>"), HasSubstr("2026-11-21 05:08:40 UTC"),
                       HasSubstr("<dd>2.00 seconds</dd>"), HasSubstr("<dd>1.2.3</dd>")));
 }
 
-TEST_F(HtmlPageTest, CountsForEachRecordType) {
-    const std::string page = HtmlPage(Eventful());
+TEST_F(LoadPageTest, CountsForEachRecordType) {
+    const std::string page = LoadPage(Eventful());
     const std::string readCell = R"(<td class="number" data-label="Read">)";
     EXPECT_THAT(page,
                 HasSubstr("user <span class=\"kind\">records</span></th>" + readCell + "2,000"));
@@ -107,7 +106,7 @@ TEST_F(HtmlPageTest, CountsForEachRecordType) {
     EXPECT_THAT(page, HasSubstr("All</th>" + readCell + "5,000"));
 }
 
-TEST_F(HtmlPageTest, AddsUpWhatComesInSeveralPieces) {
+TEST_F(LoadPageTest, AddsUpWhatComesInSeveralPieces) {
     RunSummary summary = Start();
     summary.StartType("user", ImportedData::Records, {});
     summary.StartType("bug", ImportedData::Records, Totals(1));
@@ -118,7 +117,7 @@ TEST_F(HtmlPageTest, AddsUpWhatComesInSeveralPieces) {
     EXPECT_EQ(summary.Types()[1].totals.read, 2U);
 }
 
-TEST_F(HtmlPageTest, LeavesOutTypesWithoutRecords) {
+TEST_F(LoadPageTest, LeavesOutTypesWithoutRecords) {
     RunSummary summary = Start();
     summary.StartType("user", ImportedData::Records, {});
     summary.StartType("bug", ImportedData::Records, {});
@@ -127,9 +126,9 @@ TEST_F(HtmlPageTest, LeavesOutTypesWithoutRecords) {
     EXPECT_EQ(summary.Types()[0].type, "bug");
 }
 
-TEST_F(HtmlPageTest, ShowsTheCauseAndPlacesOfRejects) {
+TEST_F(LoadPageTest, ShowsTheCauseAndPlacesOfRejects) {
     EXPECT_THAT(
-        HtmlPage(Eventful()),
+        LoadPage(Eventful()),
         AllOf(HasSubstr("The field &quot;title&quot; cannot take &quot;…&quot;</span></h3>"),
               HasSubstr(R"(data-label="Record">1,234</td>)"),
               HasSubstr(R"(data-label="Line">5,678</td>)"),
@@ -137,13 +136,13 @@ TEST_F(HtmlPageTest, ShowsTheCauseAndPlacesOfRejects) {
               HasSubstr("cannot take &quot;a &lt;b&gt;&quot;</span>")));
 }
 
-TEST_F(HtmlPageTest, ShowsLossesByKind) {
-    EXPECT_THAT(HtmlPage(Eventful()),
+TEST_F(LoadPageTest, ShowsLossesByKind) {
+    EXPECT_THAT(LoadPage(Eventful()),
                 AllOf(HasSubstr("texts that the decoding of escapes changes</span></h3>"),
-                      HasSubstr("title: becomes another text")));
+                      HasSubstr("<span class=\"kind\">title</span> becomes another text")));
 }
 
-TEST_F(HtmlPageTest, EscapesAllTextFromData) {
+TEST_F(LoadPageTest, EscapesAllTextFromData) {
     const std::string evil = "<img src=x>\"'&\xFF";
     m_options.database = evil;
     m_options.sources = {evil};
@@ -154,32 +153,32 @@ TEST_F(HtmlPageTest, EscapesAllTextFromData) {
     summary.AddLoss({LossKind::ChangedText, evil, 1, 1, evil, evil, evil});
     summary.NoteEarlyEnd(evil);
     summary.Finish(Totals(2, 1));
-    const std::string page = HtmlPage(summary);
+    const std::string page = LoadPage(summary);
     EXPECT_THAT(page, AllOf(Not(HasSubstr("<img")), Not(HasSubstr("\xFF")),
                             HasSubstr("&lt;img src=x&gt;&quot;&#39;&amp;\uFFFD")));
 }
 
-TEST_F(HtmlPageTest, ShowsTheFirstOfManySources) {
+TEST_F(LoadPageTest, ShowsTheFirstOfManySources) {
     m_options.sources.assign(1000, "packet.xml");
     RunSummary summary = Start();
     summary.Finish(Totals(1));
-    EXPECT_THAT(HtmlPage(summary), HasSubstr("and 960 more"));
+    EXPECT_THAT(LoadPage(summary), HasSubstr("and 960 more"));
 }
 
-TEST_F(HtmlPageTest, StaysSmallHoweverMuchIsRejected) {
+TEST_F(LoadPageTest, StaysSmallHoweverMuchIsRejected) {
     RunSummary summary = Start();
     for (int i = 0; i < 20000; ++i) {
         Reject(summary, std::string(static_cast<std::size_t>(i % 300), 'x') + " is wrong");
     }
     summary.Finish(Totals(20000, 20000));
-    EXPECT_LT(HtmlPage(summary).size(), std::size_t{2} * 1024 * 1024);
+    EXPECT_LT(LoadPage(summary).size(), std::size_t{2} * 1024 * 1024);
 }
 
-class VerdictOfRunTest : public HtmlPageTest {
+class VerdictOfRunTest : public LoadPageTest {
   protected:
     // State and sentence of the run that SUMMARY tells of.
     static std::string Verdict(const RunSummary& summary) {
-        const tool::RunVerdict verdict = VerdictOf(summary);
+        const tool::PageVerdict verdict = VerdictOf(summary);
         return verdict.state + ": " + verdict.sentence;
     }
 
@@ -269,7 +268,7 @@ TEST_F(VerdictOfRunTest, TellsWhenTheLoadDidNotFinish) {
     EXPECT_EQ(Verdict(summary),
               "Not finished: The load ended before all sources were read: 7 records read, 1 "
               "rejected.");
-    EXPECT_THAT(HtmlPage(summary), HasSubstr("The disk is full."));
+    EXPECT_THAT(LoadPage(summary), HasSubstr("The disk is full."));
 }
 
 TEST_F(VerdictOfRunTest, NamesTheFolderToMendAndHowToLoadIt) {
@@ -280,7 +279,7 @@ TEST_F(VerdictOfRunTest, NamesTheFolderToMendAndHowToLoadIt) {
     EXPECT_EQ(Commands(summary),
               "ztimport load out/tracker.db set aside --attachments files --rejects "
               "set aside-again \n");
-    EXPECT_THAT(HtmlPage(summary), HasSubstr("&#39;set aside&#39;"));
+    EXPECT_THAT(LoadPage(summary), HasSubstr("&#39;set aside&#39;"));
 }
 
 TEST_F(VerdictOfRunTest, SaysHowToSetRejectsAsideWhenTheyWereNot) {

@@ -1,0 +1,16 @@
+#include "tool/html/html_load_report.h"
+
+#include "tool/html/load_page.h"
+
+namespace tool {
+
+HtmlLoadReport::HtmlLoadReport(const std::filesystem::path& path, const LoadOptions& options)
+    : m_file(path), m_summary({"load", options, std::chrono::system_clock::now(), ZT_VERSION}) {}
+
+void HtmlLoadReport::Finish(const LoadTotals& totals) {
+    m_summary.Finish(totals);
+    m_file.Append(LoadPage(m_summary));
+    m_file.Finish();
+}
+
+}  // namespace tool

@@ -1,0 +1,108 @@
+#include "tool/html/load_page.h"
+
+#include <fmt/format.h>
+
+#include "tool/html/html_text.h"
+#include "tool/html/load_verdict.h"
+#include "tool/html/number_text.h"
+#include "tool/html/page_parts.h"
+#include "tool/html/rate_chart.h"
+
+namespace tool {
+
+namespace {
+
+PageFacts FactsOf(const RunSummary& summary) {
+    const RunDescription& run = summary.Description();
+    return {
+        TitleFor(summary.Rehearsed() ? "Check of a load into" : "Load into", run.options.database),
+        run.command,
+        run.options.database,
+        run.options.sources,
+        run.start,
+        summary.Totals().seconds,
+        run.version};
+}
+
+std::string TotalsSection(const RunSummary& summary) {
+    const LoadTotals& totals = summary.Totals();
+    const std::string note =
+        summary.Rehearsed()
+            ? "<p class=\"note\">This was a rehearsal: these are the numbers that a load would "
+              "have, and nothing of it was kept.</p>\n"
+            : "";
+    return PageSection("totals", "Totals",
+                       note +
+                           FigureRow({{"records read", totals.read},
+                                      {"created", totals.created},
+                                      {"updated", totals.updated},
+                                      {"rejected", totals.rejected, true},
+                                      {"skipped", totals.skipped}}) +
+                           FigureRow({{"history entries", totals.history},
+                                      {"attachments", totals.attachments},
+                                      {"duplicate marks", totals.duplicates}},
+                                     true));
+}
+
+std::string TypesSection(const RunSummary& summary) {
+    const std::string note =
+        summary.Totals().skipped == 0
+            ? ""
+            : "<p class=\"note\">Skipped: loaded before, or passed over by the importer because "
+              "there was nothing to import in them.</p>\n";
+    return PageSection(
+        "types", "By record type",
+        TypesTable("What the packets of each record type did", summary.Types(), summary.Totals()) +
+            note);
+}
+
+std::string RejectsSection(const RunSummary& summary) {
+    const std::uint64_t rejected = summary.Totals().rejected;
+    const std::string_view verb = summary.Rehearsed() ? "would be rejected"
+                                  : rejected == 1     ? "was rejected"
+                                                      : "were rejected";
+    if (rejected == 0) {
+        return PageSection("rejects", "Rejected records",
+                           fmt::format("<p>No record {}.</p>\n",
+                                       summary.Rehearsed() ? "would be rejected" : "was rejected"));
+    }
+    const auto causes = summary.Causes();
+    std::string content = fmt::format("<p>{} {}, for {}.</p>\n", CountOf(rejected, "record"), verb,
+                                      CountOf(causes.size(), "cause"));
+    for (const ExampleGroup& cause : causes) {
+        content += GroupHtml(cause, rejected, "Reason");
+    }
+    return PageSection("rejects", "Rejected records", content);
+}
+
+std::string LossesSection(const RunSummary& summary) {
+    const std::uint64_t losses = summary.LossCount();
+    std::string content =
+        "<p>What the rules for packets drop or change without an error, so that no record is "
+        "rejected for it.</p>\n";
+    if (losses == 0) {
+        content += summary.Rehearsed()
+                       ? "<p>The rehearsal looked for them and found none.</p>\n"
+                       : "<p>The load noticed none. It does not look for all of them, though: "
+                         "ztimport check does.</p>\n";
+    }
+    for (const auto& [kind, group] : summary.Losses()) {
+        content += GroupHtml(group, losses, "What is lost");
+    }
+    return PageSection("losses", "Silent losses", content);
+}
+
+}  // namespace
+
+std::string LoadPage(const RunSummary& summary) {
+    const PageFacts facts = FactsOf(summary);
+    return PageDocument(facts, VerdictOf(summary),
+                        TotalsSection(summary) + StepsSection(NextSteps(summary)) +
+                            TypesSection(summary) + RejectsSection(summary) +
+                            LossesSection(summary) +
+                            PageSection("rate", "Records over time",
+                                        RateChart(summary.Rate(), summary.AverageRate())) +
+                            FactsSection(facts));
+}
+
+}  // namespace tool

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 
+#include "tool/commands/check_command.h"
 #include "tool/commands/init_command.h"
 #include "tool/commands/load_command.h"
 #include "tool/commands/show_command.h"
@@ -22,6 +23,7 @@ struct Commands {
     std::string database;
     std::string schema;
     LoadOptions load;
+    LoadOptions check;
     ShowOptions show;
     VerifyOptions verify;
 };
@@ -42,25 +44,38 @@ void AddInit(CLI::App& app, Commands& commands) {
     });
 }
 
+// What a load and its rehearsal can both be asked for.
+void AddImportOptions(CLI::App& command, LoadOptions& options) {
+    command.add_option("DATABASE", options.database, kDatabaseHelp)->required();
+    command.add_option("SOURCE", options.sources, kSourceHelp)->required();
+    command.add_option("--report", options.report, "file to write a report to (JSON)");
+    command.add_option("--html", options.html, "file to write a report for people to (HTML)");
+    command.add_option("--attachments", options.attachments,
+                       "folder that attachments' file names start from and cannot leave");
+    command.add_option("--trace", options.trace, "file to write the importer's traces to");
+    command.add_option("--max-rejects", options.maxRejects,
+                       "stop when more records than this are rejected");
+    command.add_flag("--retry-rejected", options.retryRejected,
+                     "try again what earlier loads of the same sources rejected");
+    command.add_flag("--whole-packets", options.wholePackets,
+                     "hand each packet to the importer as it stands, all or nothing");
+    command.add_flag("--fresh", options.fresh, "ignore what the journal knows as loaded");
+    command.add_flag("--quiet", options.quiet, "show errors only");
+}
+
+void AddCheck(CLI::App& app, Commands& commands) {
+    CLI::App* check = app.add_subcommand(
+        "check", "Rehearse a load, keep nothing, and tell what it would reject or lose");
+    AddImportOptions(*check, commands.check);
+    check->callback([&commands] {
+        commands.run = [&commands] { return RunCheck(commands.check, commands.out, commands.err); };
+    });
+}
+
 void AddLoad(CLI::App& app, Commands& commands) {
     CLI::App* load = app.add_subcommand("load", "Import packets");
-    LoadOptions& options = commands.load;
-    load->add_option("DATABASE", options.database, kDatabaseHelp)->required();
-    load->add_option("SOURCE", options.sources, kSourceHelp)->required();
-    load->add_option("--rejects", options.rejects, "folder to set rejected records aside in");
-    load->add_option("--report", options.report, "file to write a report to (JSON)");
-    load->add_option("--html", options.html, "file to write a report for people to (HTML)");
-    load->add_option("--attachments", options.attachments,
-                     "folder that attachments' file names start from and cannot leave");
-    load->add_option("--trace", options.trace, "file to write the importer's traces to");
-    load->add_option("--max-rejects", options.maxRejects,
-                     "stop when more records than this are rejected");
-    load->add_flag("--retry-rejected", options.retryRejected,
-                   "try again what earlier loads of the same sources rejected");
-    load->add_flag("--whole-packets", options.wholePackets,
-                   "hand each packet to the importer as it stands, all or nothing");
-    load->add_flag("--fresh", options.fresh, "ignore what the journal knows as loaded");
-    load->add_flag("--quiet", options.quiet, "show errors only");
+    AddImportOptions(*load, commands.load);
+    load->add_option("--rejects", commands.load.rejects, "folder to set rejected records aside in");
     load->callback([&commands] {
         commands.run = [&commands] { return RunLoad(commands.load, commands.out, commands.err); };
     });
@@ -103,9 +118,10 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
     CLI::App app("Moves tracker data from XML packets into a record database.", "ztimport");
     app.require_subcommand(1);
     app.set_version_flag("--version", "ztimport " ZT_VERSION);
-    Commands commands{out, err, {}, {}, {}, {}, {}, {}};
+    Commands commands{out, err, {}, {}, {}, {}, {}, {}, {}};
     AddInit(app, commands);
     AddLoad(app, commands);
+    AddCheck(app, commands);
     AddVerify(app, commands);
     AddShow(app, commands);
     try {

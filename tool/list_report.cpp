@@ -19,19 +19,35 @@ ListReport::Spool::Spool(const fs::path& path)
     fs::remove(in.Path(), ignored);
 }
 
-ListReport::ListReport(const fs::path& path) : m_items(path), m_report(path) {}
-
-void ListReport::AddItem(std::string_view text) {
-    m_items.in.Append(m_empty ? "\n" : ",\n");
-    m_items.in.Append(text);
-    m_empty = false;
+ListReport::ListReport(const fs::path& path, std::size_t lists) : m_report(path) {
+    for (std::size_t list = 0; list < lists; ++list) {
+        m_lists.emplace_back(path);
+    }
 }
 
-void ListReport::Finish(std::string_view head, std::string_view tail) {
-    m_report.Append(head);
+void ListReport::AddItem(std::string_view text, std::size_t list) {
+    Spool& items = m_lists.at(list);
+    items.in.Append(items.empty ? "\n" : ",\n");
+    items.in.Append(text);
+    items.empty = false;
+}
+
+void ListReport::Append(Spool& list) {
     std::vector<char> piece(pieceSize);
-    while (std::size_t got = m_items.out.Read(piece.data(), piece.size())) {
+    while (std::size_t got = list.out.Read(piece.data(), piece.size())) {
         m_report.Append({piece.data(), got});
+    }
+}
+
+void ListReport::Finish(std::string_view head, std::string_view tail,
+                        std::initializer_list<std::string_view> between) {
+    m_report.Append(head);
+    const auto* text = between.begin();
+    for (Spool& list : m_lists) {
+        Append(list);
+        if (text != between.end()) {
+            m_report.Append(*text++);
+        }
     }
     m_report.Append(tail);
     m_report.Finish();

@@ -9,7 +9,7 @@
 
 namespace tool {
 
-// What `ztimport load` was asked to do.
+// What `ztimport load` or `ztimport check` was asked to do.
 struct LoadOptions {
     std::string database;
     std::vector<std::string> sources;
@@ -23,6 +23,7 @@ struct LoadOptions {
     bool fresh = false;          // ignore the journal
     bool retryRejected = false;  // import what the journal knows as rejected once more
     bool quiet = false;
+    bool rehearse = false;  // keep nothing, and find what is lost silently
 };
 
 }  // namespace tool

@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include <algorithm>
+#include "tool/run_words.h"
 
 namespace tool {
 
@@ -33,6 +33,7 @@ void Add(LoadTotals& totals, const LoadTotals& more) {
 LoadOutput::LoadOutput(const LoadOptions& options, std::uint64_t totalBytes, std::ostream& out,
                        std::ostream& err)
     : m_quiet(options.quiet),
+      m_rehearse(options.rehearse),
       m_out(out),
       m_progress(err, ChooseProgressStyle(options.quiet, STDERR_FILENO), totalBytes),
       m_start(std::chrono::steady_clock::now()) {
@@ -40,7 +41,8 @@ LoadOutput::LoadOutput(const LoadOptions& options, std::uint64_t totalBytes, std
         m_rejects.emplace(options.rejects);
     }
     if (!options.report.empty()) {
-        m_report.emplace(options.report);
+        m_report.emplace(options.report, options.rehearse ? ReportWriter::Lists::RejectsAndLosses
+                                                          : ReportWriter::Lists::Rejects);
     }
     if (!options.html.empty()) {
         m_html.emplace(options.html, options);
@@ -91,13 +93,29 @@ void LoadOutput::AddReject(const RejectedRecord& record, const std::string& sour
     ShowReject(record, sourceId);
 }
 
+void LoadOutput::AddLoss(const Loss& loss) {
+    if (m_html) {
+        m_html->Summary().AddLoss(loss);
+    }
+    if (!m_rehearse) {
+        Warn(fmt::format("warning: {}: {}", PlaceOf(loss), loss.text));
+        return;
+    }
+    if (m_report) {
+        m_report->AddLoss(loss);
+    }
+    if (const auto line = m_losses.Add(loss)) {
+        Warn(*line);
+    }
+}
+
 void LoadOutput::NoteRejectedBefore(const std::string& source, std::uint64_t records,
                                     bool retried) {
     if (retried) {
         Say(fmt::format("{}: tries the rejected ones again ({})", source, records));
         return;
     }
-    m_leavesRejectedBefore = true;
+    m_rejectedBefore += records;
     if (m_html) {
         m_html->Summary().AddRejectedBefore(records);
     }
@@ -109,14 +127,19 @@ void LoadOutput::NoteRejectedBefore(const std::string& source, std::uint64_t rec
 }
 
 void LoadOutput::ShowReject(const RejectedRecord& record, const std::string& sourceId) {
+    const std::string_view would = m_rehearse ? "would be " : "";
     if (m_totals.rejected <= kShownRejects) {
-        m_progress.Print(fmt::format("rejected: {}: {}", PlaceOf(record, sourceId), record.reason));
+        m_progress.Print(
+            fmt::format("{}rejected: {}: {}", would, PlaceOf(record, sourceId), record.reason));
     } else if (m_totals.rejected == kShownRejects + 1) {
-        m_progress.Print("rejected: further records are counted; --rejects and --report list all");
+        m_progress.Print(
+            fmt::format("{}rejected: further records are counted; {}", would,
+                        m_rehearse ? "--report lists all" : "--rejects and --report list all"));
     }
 }
 
 void LoadOutput::NoteEarlyEnd(const std::string& why) {
+    m_complete = false;
     if (m_html) {
         m_html->Summary().NoteEarlyEnd(why);
     }
@@ -145,13 +168,11 @@ void LoadOutput::Finish() {
     if (m_quiet) {
         return;
     }
-    m_out << fmt::format(
-        "{} records read: {} created, {} updated, {} rejected, {} skipped\n"
-        "{} history entries, {} attachments, {} duplicate marks\n"
-        "{:.1f} seconds, {:.0f} records per second\n",
-        m_totals.read, m_totals.created, m_totals.updated, m_totals.rejected, m_totals.skipped,
-        m_totals.history, m_totals.attachments, m_totals.duplicates, m_totals.seconds,
-        static_cast<double>(m_totals.read) / std::max(m_totals.seconds, 0.001));
+    m_out << TotalsText(m_totals, m_rehearse);
+    if (m_rehearse) {
+        m_out << m_losses.Summary()
+              << Verdict({m_totals.rejected, m_rejectedBefore, m_complete}, m_losses) << '\n';
+    }
     if (m_rejects && m_rejects->Count() > 0) {
         m_out << fmt::format("The rejected records are in {}; mend them and load that folder.\n",
                              m_rejects->Directory().string());

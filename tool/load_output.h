@@ -11,6 +11,7 @@
 
 #include "tool/html/html_load_report.h"
 #include "tool/load_options.h"
+#include "tool/losses/loss_log.h"
 #include "tool/packet_reader.h"
 #include "tool/progress.h"
 #include "tool/rejects.h"
@@ -40,10 +41,14 @@ class LoadOutput {
     void AddImported(const LoadTotals& done);
     void AddReject(const RejectedRecord& record, const std::string& sourceId);
 
+    // Takes what is lost silently: a load warns of it, a rehearsal counts and reports it.
+    void AddLoss(const Loss& loss);
+    const LossLog& Losses() const { return m_losses; }
+
     // Tells of records that an earlier load of the source rejected; unless they are tried again
     // now, the load does not count as complete.
     void NoteRejectedBefore(const std::string& source, std::uint64_t records, bool retried);
-    bool LeavesRejectedBefore() const { return m_leavesRejectedBefore; }
+    bool LeavesRejectedBefore() const { return m_rejectedBefore > 0; }
 
     // Says why the load does not come to its end.
     void NoteEarlyEnd(const std::string& why);
@@ -61,13 +66,16 @@ class LoadOutput {
     void ShowReject(const RejectedRecord& record, const std::string& sourceId);
 
     bool m_quiet;
+    bool m_rehearse;
     std::ostream& m_out;
     Progress m_progress;
     std::optional<RejectWriter> m_rejects;
     std::optional<ReportWriter> m_report;
     std::optional<HtmlLoadReport> m_html;
     LoadTotals m_totals;
-    bool m_leavesRejectedBefore = false;
+    LossLog m_losses;
+    std::uint64_t m_rejectedBefore = 0;
+    bool m_complete = true;
     std::chrono::steady_clock::time_point m_start;
 };
 

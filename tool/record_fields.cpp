@@ -14,6 +14,17 @@ namespace {
 constexpr std::size_t npos = std::string_view::npos;
 constexpr std::string_view blanks = " \t\r\n";
 
+constexpr std::array<std::pair<std::string_view, char>, 8> escapes = {{
+    {"&amp;", '&'},
+    {"&lt;", '<'},
+    {"&gt;", '>'},
+    {"&apos;", '\''},
+    {"&quot;", '"'},
+    {"&#x9;", '\t'},
+    {"&#xA;", '\n'},
+    {"&#xD;", '\r'},
+}};
+
 bool IsPlain(std::string_view text) {
     return std::all_of(text.begin(), text.end(),
                        [](char c) { return static_cast<unsigned char>(c) < 0x80; });
@@ -150,16 +161,6 @@ bool SameFieldName(std::string_view field, std::string_view name) {
 }
 
 std::string DecodePacketEscapes(std::string_view text) {
-    static constexpr std::array<std::pair<std::string_view, char>, 8> escapes = {{
-        {"&amp;", '&'},
-        {"&lt;", '<'},
-        {"&gt;", '>'},
-        {"&apos;", '\''},
-        {"&quot;", '"'},
-        {"&#x9;", '\t'},
-        {"&#xA;", '\n'},
-        {"&#xD;", '\r'},
-    }};
     std::string decoded(text);
     if (decoded.find('&') != npos) {
         for (const auto& [sequence, character] : escapes) {
@@ -167,6 +168,11 @@ std::string DecodePacketEscapes(std::string_view text) {
         }
     }
     return decoded;
+}
+
+bool StartsWithPacketEscape(std::string_view text) {
+    return std::any_of(escapes.begin(), escapes.end(),
+                       [text](const auto& escape) { return text.starts_with(escape.first); });
 }
 
 std::optional<std::string> FindFieldValue(std::string_view record, std::string_view name) {

@@ -22,6 +22,9 @@ bool SameFieldName(std::string_view field, std::string_view name);
 // that "&amp;lt;" becomes "<".
 std::string DecodePacketEscapes(std::string_view text);
 
+// Whether one of these escapes stands at the beginning of TEXT.
+bool StartsWithPacketEscape(std::string_view text);
+
 }  // namespace tool
 
 #endif

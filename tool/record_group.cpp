@@ -11,7 +11,8 @@ recorddb::SessionTransaction& RecordGroup::Open() {
 }
 
 void RecordGroup::Commit() {
-    if (m_transaction) {
+    m_count = 0;
+    if (m_transaction && !m_rehearse) {
         m_transaction->Commit();
         m_transaction.reset();
     }

@@ -6,6 +6,18 @@
 
 namespace tool {
 
+namespace {
+
+constexpr std::size_t rejectsList = 0;
+constexpr std::size_t lossesList = 1;
+
+// Replaces what is not UTF-8 in a file name, say, where the default would throw.
+std::string ToText(const nlohmann::ordered_json& entry) {
+    return entry.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
+}  // namespace
+
 std::string TotalsAsJson(const LoadTotals& totals) {
     return fmt::format(
         R"("read":{},"created":{},"updated":{},"rejected":{},"skipped":{},"history":{},)"
@@ -14,17 +26,35 @@ std::string TotalsAsJson(const LoadTotals& totals) {
         totals.history, totals.attachments, totals.duplicates, totals.seconds);
 }
 
+ReportWriter::ReportWriter(const std::filesystem::path& path, Lists lists)
+    : m_which(lists), m_lists(path, lists == Lists::Rejects ? 1 : 2) {}
+
 void ReportWriter::AddReject(const ReportedReject& reject) {
-    const nlohmann::ordered_json entry = {{"file", reject.file},
-                                          {"record", reject.record},
-                                          {"source_id", reject.sourceId},
-                                          {"error", reject.error}};
-    // Replaces what is not UTF-8 in a file name, say, where the default would throw.
-    m_list.AddItem(entry.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+    m_lists.AddItem(ToText({{"file", reject.file},
+                            {"record", reject.record},
+                            {"source_id", reject.sourceId},
+                            {"error", reject.error}}),
+                    rejectsList);
+}
+
+void ReportWriter::AddLoss(const Loss& loss) {
+    m_lists.AddItem(ToText({{"kind", LossKindName(loss.kind)},
+                            {"file", loss.source},
+                            {"record", loss.record},
+                            {"line", loss.line},
+                            {"source_id", loss.sourceId},
+                            {"field", loss.field},
+                            {"text", loss.text}}),
+                    lossesList);
 }
 
 void ReportWriter::Finish(const LoadTotals& totals) {
-    m_list.Finish(fmt::format("{{{},\"rejects\":[", TotalsAsJson(totals)), "]}\n");
+    const std::string head = fmt::format("{{{},\"rejects\":[", TotalsAsJson(totals));
+    if (m_which == Lists::Rejects) {
+        m_lists.Finish(head, "]}\n");
+    } else {
+        m_lists.Finish(head, "]}\n", {"],\"losses\":["});
+    }
 }
 
 }  // namespace tool

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
-#include <utility>
 
 #include "tool/list_report.h"
+#include "tool/losses/loss.h"
 
 namespace tool {
 
@@ -32,21 +32,28 @@ struct ReportedReject {
 };
 
 // Writes a load's report as JSON: an object of the totals, in the order of LoadTotals, and
-// "rejects", a list of objects with "file", "record", "source_id" and "error".
+// "rejects", a list of objects with "file", "record", "source_id" and "error". That of a rehearsal
+// has "losses" as well, objects with "kind", "file", "record", "line", "source_id", "field" and
+// "text".
 //
 // See ListReport for how the file comes into being and what its operations throw.
 class ReportWriter {
   public:
+    enum class Lists { Rejects, RejectsAndLosses };
+
     // A place that cannot be written shows before the load.
-    explicit ReportWriter(std::filesystem::path path) : m_list(std::move(path)) {}
+    explicit ReportWriter(const std::filesystem::path& path, Lists lists = Lists::Rejects);
 
     void AddReject(const ReportedReject& reject);
+    // For a report with Lists::RejectsAndLosses.
+    void AddLoss(const Loss& loss);
 
     // Writes the report to its path. To be called once; nothing may be added afterwards.
     void Finish(const LoadTotals& totals);
 
   private:
-    ListReport m_list;
+    Lists m_which;
+    ListReport m_lists;
 };
 
 // The totals as the members of a JSON object, without its braces: "\"read\":1,...".

@@ -8,6 +8,7 @@
 
 #include "tool/content_hash.h"
 #include "tool/interrupt.h"
+#include "tool/losses/configuration_losses.h"
 #include "tool/packet_head.h"
 #include "tool/record_fields.h"
 #include "tool/source_checks.h"
@@ -55,15 +56,17 @@ SourceLoader::SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session
       m_output(output),
       m_missing(database),
       m_importer(session),
-      m_group(std::move(session)) {}
+      m_group(std::move(session), options.rehearse) {
+    if (options.rehearse) {
+        m_losses.emplace(database.GetSchema(),
+                         [this](const Loss& loss) { m_output.AddLoss(loss); });
+        // What is read of the database from here on must not change under the rehearsal.
+        m_group.Open();
+    }
+}
 
 void SourceLoader::Load(const Source& source) {
-    ReaderOptions options;
-    options.unseen = [&](const UnseenRecord& unseen) {
-        m_output.Warn(fmt::format("warning: {}, line {}: not read as a record: {}", source.name,
-                                  unseen.line, unseen.text));
-    };
-    PacketReader reader(source.path, source.name, options);
+    PacketReader reader(source.path, source.name, ReadingOptions(source));
     if (!reader.IsPacket()) {
         throw SourceError(SourceProblem::NotAPacket, source.name,
                           source.name +
@@ -80,9 +83,18 @@ void SourceLoader::Load(const Source& source) {
     m_output.Advance(m_bytesBefore);
 }
 
+ReaderOptions SourceLoader::ReadingOptions(const Source& source) {
+    ReaderOptions options;
+    options.unseen = [&](const UnseenRecord& unseen) {
+        m_output.AddLoss(LossOf(unseen, source.name));
+    };
+    return options;
+}
+
 void SourceLoader::LoadConfiguration(PacketReader& reader, const Source& source) {
     ImportConfiguration next = m_configuration;
-    next.Apply(reader.ReadConfiguration(), source.name);
+    const std::string packet = reader.ReadConfiguration();
+    next.Apply(packet, source.name);
     const std::string error = m_importer.Configure(next);
     if (const auto& failure = m_session->Failure()) {
         throw *failure;
@@ -94,27 +106,47 @@ void SourceLoader::LoadConfiguration(PacketReader& reader, const Source& source)
     }
     m_configuration = std::move(next);
     m_output.SetConfiguration(m_configuration);
-    if (m_configuration.Data() == ImportedData::Nothing) {
-        m_output.Warn(
-            fmt::format("warning: {}: import_data is \"{}\", so that nothing of the "
-                        "packets that follow is imported; it must be record, history or "
-                        "attachments",
-                        source.name, m_configuration.ImportData()));
+    if (m_losses) {
+        m_losses->Configure(packet, source.name, m_configuration);
+    } else if (const auto loss = FindNothingImported(source.name, 0, m_configuration)) {
+        m_output.AddLoss(*loss);
     }
 }
 
 void SourceLoader::LoadData(PacketReader& reader, const Source& source) {
+    if (m_losses) {
+        m_losses->BeginData(source.name);
+        if (!m_configuration.Received()) {
+            return;
+        }
+    }
     CheckData(source);
     LoadJournal journal = OpenJournal(source);
     if (journal.NothingToDo()) {
-        m_output.AddRead(journal.HandledBefore());
-        m_output.AddSkipped(journal.HandledBefore());
-        return;
-    }
-    if (m_options.wholePackets) {
+        PassOver(reader, journal);
+    } else if (m_options.wholePackets) {
         LoadWhole(reader, source, journal);
     } else {
         LoadRecords(reader, source, journal);
+    }
+    if (m_losses && !m_stopped) {
+        m_losses->EndData();
+    }
+}
+
+// Records that an earlier load has dealt with.
+void SourceLoader::PassOver(PacketReader& reader, const LoadJournal& journal) {
+    m_output.AddRead(journal.HandledBefore());
+    m_output.AddSkipped(journal.HandledBefore());
+    ExamineRecords(reader);
+}
+
+void SourceLoader::ExamineRecords(PacketReader& reader) {
+    SourceRecord record;
+    while (m_losses && !m_stopped && reader.NextRecord(record)) {
+        m_losses->Examine(record);
+        m_output.Advance(m_bytesBefore + reader.BytesRead());
+        m_stopped = MustStop();
     }
 }
 
@@ -149,6 +181,9 @@ void SourceLoader::LoadRecords(PacketReader& reader, const Source& source, LoadJ
     SourceRecord record;
     while (!m_stopped && reader.NextRecord(record)) {
         m_output.AddRead();
+        if (m_losses) {
+            m_losses->Examine(record);
+        }
         if (journal.TaskOf(record.ordinal) == RecordTask::Pass) {
             m_output.AddSkipped(1);
             continue;
@@ -182,6 +217,10 @@ void SourceLoader::LoadWhole(PacketReader& reader, const Source& source, LoadJou
                           source.name +
                               ": an earlier load of its records was interrupted; finish "
                               "that without --whole-packets first");
+    }
+    if (m_losses) {
+        PacketReader records(source.path, source.name, ReadingOptions(source));
+        ExamineRecords(records);
     }
     const WholePacket whole = reader.ReadWhole();
     SourceRecord record;

@@ -2,6 +2,7 @@
 #define TOOL_SOURCE_LOADER_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "recorddb/database.h"
@@ -10,6 +11,7 @@
 #include "tool/load_journal.h"
 #include "tool/load_options.h"
 #include "tool/load_output.h"
+#include "tool/losses/loss_finder.h"
 #include "tool/missing_records.h"
 #include "tool/packet_reader.h"
 #include "tool/record_group.h"
@@ -21,6 +23,9 @@ namespace tool {
 // Loads sources one after the other: configurations are put in force, records are imported each by
 // itself. What a rejected record had written is undone, so that a record is in the database as a
 // whole or not at all, and the journal is written with the records it speaks of.
+//
+// A rehearsal goes the same road and is undone as a whole when the loader goes; besides, it looks
+// for what the import drops silently, also in records that need not be imported any more.
 class SourceLoader {
   public:
     // All of them stay the caller's.
@@ -39,6 +44,9 @@ class SourceLoader {
     void LoadConfiguration(PacketReader& reader, const Source& source);
     void LoadData(PacketReader& reader, const Source& source);
     void CheckData(const Source& source);
+    void PassOver(PacketReader& reader, const LoadJournal& journal);
+    void ExamineRecords(PacketReader& reader);
+    ReaderOptions ReadingOptions(const Source& source);
     LoadJournal OpenJournal(const Source& source);
     void LoadRecords(PacketReader& reader, const Source& source, LoadJournal& journal);
     void LoadRecord(const SourceRecord& record, const Source& source, LoadJournal& journal);
@@ -58,7 +66,8 @@ class SourceLoader {
     MissingRecords m_missing;
     RecordImporter m_importer;
     RecordGroup m_group;
-    std::uint64_t m_bytesBefore = 0;  // sizes of the sources dealt with
+    std::optional<LossFinder> m_losses;  // of a rehearsal
+    std::uint64_t m_bytesBefore = 0;     // sizes of the sources dealt with
     bool m_stopped = false;
 };
 

@@ -66,7 +66,7 @@ PaMessage ContentStore::Store(const std::filesystem::path& path, const std::stri
         return Unreadable(name);
     }
     content.sha256 = hash.HexDigest();
-    if (Has(content.sha256)) {
+    if (m_keeping == Keeping::Examine || Has(content.sha256)) {
         return {};
     }
     ContentHash stored;

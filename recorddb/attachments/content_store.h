@@ -24,8 +24,14 @@ struct Content {
 // constant memory. Operations throw sql::Error; those that write run in the caller's transaction.
 class ContentStore {
   public:
+    enum class Keeping {
+        Store,
+        Examine  // Store reads the files and writes nothing
+    };
+
     // The connection outlives the object.
-    explicit ContentStore(sql::Connection& connection) : m_connection(connection) {}
+    explicit ContentStore(sql::Connection& connection, Keeping keeping = Keeping::Store)
+        : m_connection(connection), m_keeping(keeping) {}
 
     // Stores the content of a file, called `name` in messages, unless it is there already. Returns
     // a message with id 0, or the one that says why the file could not be read, after which the
@@ -44,6 +50,7 @@ class ContentStore {
     void AddChunk(const std::string& sha256, std::int64_t chunk, std::span<const std::byte> data);
 
     sql::Connection& m_connection;
+    Keeping m_keeping;
     std::vector<std::byte> m_chunk;
 };
 

@@ -39,7 +39,8 @@ class SessionParts final : public AdRefCounted {
           history(connection, schema, tables),
           folder(options.attachmentsFolder),
           attachments(connection),
-          contents(connection),
+          contents(connection, options.examineAttachments ? ContentStore::Keeping::Examine
+                                                          : ContentStore::Keeping::Store),
           duplicates(connection) {}
 
     Database& database;

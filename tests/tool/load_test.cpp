@@ -4,8 +4,8 @@
 #include <fstream>
 #include <iterator>
 
+#include "interrupting_sink.h"
 #include "load_fixture.h"
-#include "platform/messages/addiagnostic.h"
 #include "tool/source_error.h"
 
 namespace tool {
@@ -249,30 +249,6 @@ TEST_F(LoadTest, MaxRejectsStopsEarlyAndTheSameCommandGoesOn) {
     EXPECT_THAT(Said(), HasSubstr("goes on behind record 2"));
     EXPECT_EQ(Query("SELECT source_id FROM bug"), "c");
 }
-
-// Interrupts the process when the importer has done the first record.
-class InterruptingSink : public AdDiagnosticSink {
-  public:
-    InterruptingSink() : m_former(AdDiagnostic::SetSink(this)) {
-        AdDiagnostic::SetFlag(AdDiagnostic::kImportFlag, true);
-    }
-    ~InterruptingSink() override {
-        AdDiagnostic::SetFlag(AdDiagnostic::kImportFlag, false);
-        AdDiagnostic::SetSink(m_former);
-    }
-    InterruptingSink(const InterruptingSink&) = delete;
-    InterruptingSink& operator=(const InterruptingSink&) = delete;
-
-    bool Wants(int /*flag*/) override { return true; }
-    void Write(const Obx_String& /*tag*/, const Obx_String& text) override {
-        if (text == u"ImportRecord ends") {
-            std::raise(SIGTERM);
-        }
-    }
-
-  private:
-    AdDiagnosticSink* m_former;
-};
 
 TEST_F(LoadTest, AnInterruptedLoadFinishesTheRecordInHandAndGoesOnLater) {
     const auto sources =

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <optional>
+#include <string_view>
 
 #include "recorddb/database.h"
 #include "recorddb/session/session.h"
@@ -22,17 +23,21 @@ int ExitCodeOf(const LoadOutput& output) {
     if (const int signal = Interrupted()) {
         return 128 + signal;
     }
-    const bool rejected = output.Totals().rejected > 0 || output.LeavesRejectedBefore();
-    return static_cast<int>(rejected ? ExitCode::RecordsRejected : ExitCode::Success);
+    const bool incomplete = output.Totals().rejected > 0 || output.LeavesRejectedBefore() ||
+                            output.Losses().Count() > 0;
+    return static_cast<int>(incomplete ? ExitCode::RecordsRejected : ExitCode::Success);
 }
 
 void SayWhyStopped(const LoadOptions& options, LoadOutput& output) {
-    const std::string why = Interrupted() != 0
-                                ? "Stopped."
-                                : fmt::format("Stopped, since more than {} records were rejected.",
-                                              options.maxRejects.value_or(0));
-    const std::string text =
-        why + " Everything up to here is in the database; the same command goes on.";
+    const std::string why =
+        Interrupted() != 0
+            ? "Stopped."
+            : fmt::format("Stopped, since more than {} records {} rejected.",
+                          options.maxRejects.value_or(0), options.rehearse ? "would be" : "were");
+    const std::string_view state =
+        options.rehearse ? "The database is as it was before."
+                         : "Everything up to here is in the database; the same command goes on.";
+    const std::string text = fmt::format("{} {}", why, state);
     output.NoteEarlyEnd(text);
     output.Warn(text);
 }
@@ -70,6 +75,7 @@ int RunLoad(const LoadOptions& options, std::ostream& out, std::ostream& err) {
         recorddb::Database::Open(options.database, recorddb::Database::Mode::ReadWrite);
     recorddb::SessionOptions sessionOptions;
     sessionOptions.attachmentsFolder = options.attachments.string();
+    sessionOptions.examineAttachments = options.rehearse;
     const AdPtr<recorddb::Session> session = database->OpenSession(sessionOptions);
     LoadOutput output(options, sources.TotalSize(), out, err);
     SourceLoader loader(*database, session, options, output);

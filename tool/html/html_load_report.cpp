@@ -5,7 +5,9 @@
 namespace tool {
 
 HtmlLoadReport::HtmlLoadReport(const std::filesystem::path& path, const LoadOptions& options)
-    : m_file(path), m_summary({"load", options, std::chrono::system_clock::now(), ZT_VERSION}) {}
+    : m_file(path),
+      m_summary({options.rehearse ? "check" : "load", options, std::chrono::system_clock::now(),
+                 ZT_VERSION}) {}
 
 void HtmlLoadReport::Finish(const LoadTotals& totals) {
     m_summary.Finish(totals);

@@ -144,11 +144,8 @@ void FindConfigurationLosses(const std::string& packet, const std::string& sourc
                              const ImportConfiguration& configuration,
                              const recorddb::schema::Schema& schema, const LossTaker& take) {
     const ConfigurationElements elements(packet);
-    if (configuration.Data() == ImportedData::Nothing) {
-        take({LossKind::NothingImported, source, 0, elements.ImportDataLine(), "", "",
-              fmt::format("import_data is \"{}\", so that nothing of the packets that follow is "
-                          "imported; it must be record, history or attachments",
-                          configuration.ImportData())});
+    if (auto loss = FindNothingImported(source, elements.ImportDataLine(), configuration)) {
+        take(*std::move(loss));
     }
     for (const Mapping& mapping : elements.Mappings()) {
         const std::string why = WhyUnused(mapping, configuration, schema);
@@ -157,6 +154,22 @@ void FindConfigurationLosses(const std::string& packet, const std::string& sourc
                   "the mapping has no effect: " + why});
         }
     }
+}
+
+std::optional<Loss> FindNothingImported(const std::string& source, std::uint64_t line,
+                                        const ImportConfiguration& configuration) {
+    if (configuration.Data() != ImportedData::Nothing) {
+        return std::nullopt;
+    }
+    return Loss{LossKind::NothingImported,
+                source,
+                0,
+                line,
+                "",
+                "",
+                fmt::format("import_data is \"{}\", so that nothing of the packets that follow is "
+                            "imported; it must be record, history or attachments",
+                            configuration.ImportData())};
 }
 
 }  // namespace tool

@@ -1,6 +1,8 @@
 #ifndef TOOL_LOSSES_CONFIGURATION_LOSSES_H
 #define TOOL_LOSSES_CONFIGURATION_LOSSES_H
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
 #include "recorddb/schema/schema.h"
@@ -15,6 +17,11 @@ namespace tool {
 void FindConfigurationLosses(const std::string& packet, const std::string& source,
                              const ImportConfiguration& configuration,
                              const recorddb::schema::Schema& schema, const LossTaker& take);
+
+// The first of them, which makes all the others a trifle: the loss of what follows a configuration
+// whose import_data, on LINE of its packet, asks for nothing. LINE may be 0.
+std::optional<Loss> FindNothingImported(const std::string& source, std::uint64_t line,
+                                        const ImportConfiguration& configuration);
 
 }  // namespace tool
 

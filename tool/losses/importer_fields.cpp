@@ -50,15 +50,26 @@ bool ImporterFields::Read(const std::string& packet) {
     if (!ReadMap(packet)) {
         return false;
     }
-    for (auto position = m_map.GetStartPosition(); position != nullptr; ++m_count) {
+    for (auto position = m_map.GetStartPosition(); position != nullptr;) {
         m_map.GetNextAssoc(position, m_name, m_value);
-        if (m_count == m_fields.size()) {
-            m_fields.emplace_back();
-        }
-        Utf16ToUtf8(m_name.View(), m_fields[m_count].name);
-        Utf16ToUtf8(m_value.View(), m_fields[m_count].value);
+        Field& field = NewField();
+        Utf16ToUtf8(m_name.View(), field.name);
+        Utf16ToUtf8(m_value.View(), field.value);
     }
     return true;
+}
+
+void ImporterFields::Add(const std::string& name, const std::string& value) {
+    Field& field = NewField();
+    field.name = name;
+    field.value = value;
+}
+
+ImporterFields::Field& ImporterFields::NewField() {
+    if (m_count == m_fields.size()) {
+        m_fields.emplace_back();
+    }
+    return m_fields[m_count++];
 }
 
 }  // namespace tool

@@ -20,12 +20,17 @@ class ImporterFields {
     // importer reads it. What was read lasts until the next call.
     bool Read(const std::string& packet);
 
+    // Takes over a record that both readings must agree on.
+    void Clear() { m_count = 0; }
+    void Add(const std::string& name, const std::string& value);
+
     // In the order in which the names first occur.
     std::size_t Count() const { return m_count; }
     const Field& At(std::size_t index) const { return m_fields[index]; }
 
   private:
     bool ReadMap(const std::string& packet);
+    Field& NewField();
 
     CMapStringToString m_map;
     std::vector<Field> m_fields;  // the first m_count are in use; the others keep their memory

@@ -1,6 +1,7 @@
 #ifndef TOOL_LOSSES_LOSS_H
 #define TOOL_LOSSES_LOSS_H
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -26,6 +27,15 @@ enum class LossKind {
     UnusedMapping,         // a mapping that names no field, or one that no import asks for
     NoConfiguration        // data before any configuration
 };
+
+// All of them, in their order.
+inline constexpr std::array lossKinds = {
+    LossKind::LongHistoryLine, LossKind::HistoryBeyondLimit, LossKind::IncompleteAttachment,
+    LossKind::UnseenRecord,    LossKind::NamelessField,      LossKind::NestedField,
+    LossKind::UnreadField,     LossKind::ChangedText,        LossKind::SkippedField,
+    LossKind::RepeatedField,   LossKind::ClearedValue,       LossKind::UnusedField,
+    LossKind::EmptyPacket,     LossKind::NothingImported,    LossKind::UnusedMapping,
+    LossKind::NoConfiguration};
 
 // One loss with its place. Texts in UTF-8.
 struct Loss {

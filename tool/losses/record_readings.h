@@ -2,7 +2,7 @@
 #define TOOL_LOSSES_RECORD_READINGS_H
 
 #include <cstddef>
-#include <span>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -38,7 +38,9 @@ class RecordReadings {
     const std::vector<std::vector<std::size_t>>& Spellings() const { return m_spellings; }
 
   private:
+    bool TakePlainRecord(std::string_view record);
     void SortNames();
+    bool HasRepeatedName() const;
     void MatchParts();
     void GroupSpellings();
     std::size_t FieldOf(const RecordPart& part, std::size_t expected) const;

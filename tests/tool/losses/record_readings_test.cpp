@@ -64,6 +64,45 @@ TEST(RecordReadings, AgreeOnWhatTheImporterReads) {
     EXPECT_GT(stopped, 200);
 }
 
+// Fields side by side whose texts are pieced together at random.
+std::string RandomFields(reading::RandomText& random) {
+    static constexpr const char* names[] = {"a", "b", "c", "d", "A", ""};
+    static constexpr const char* pieces[] = {
+        "text",         " ",    "\n",    "\r",    "\r\n",  "&amp;",      "&lt;",           "lt;",
+        "#xA;",         "amp;", "&#xA;", "&#xD;", "&#10;", "<!-- c -->", "<![CDATA[&l]]>", "t;",
+        "<![CDATA[x]]>"};
+    std::string text = "<record>";
+    for (std::size_t count = random.Below(5); count > 0; --count) {
+        text += "<f name='" + std::string(names[random.Below(std::size(names))]) + "'>";
+        for (std::size_t size = random.Below(4); size > 0; --size) {
+            text += pieces[random.Below(std::size(pieces))];
+        }
+        text += "</f>";
+    }
+    return text + "</record>";
+}
+
+TEST(RecordReadings, HoldTheFieldsThatTheImporterReads) {
+    const unsigned seed = reading::NewSeed();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    reading::RandomText random(seed);
+    tool::RecordReadings readings;
+    tool::ImporterFields fields;
+    for (int round = 0; round < 5'000; ++round) {
+        const std::string text = RandomFields(random);
+        tool::PacketReader reader = reading::ReaderOf(text);
+        tool::SourceRecord record;
+        ASSERT_TRUE(reader.NextRecord(record)) << text;
+        ASSERT_TRUE(readings.Read(record)) << text;
+        ASSERT_TRUE(fields.Read(record.packet)) << text;
+        ASSERT_EQ(readings.Fields().Count(), fields.Count()) << text;
+        for (std::size_t field = 0; field < fields.Count(); ++field) {
+            ASSERT_EQ(readings.Fields().At(field).name, fields.At(field).name) << text;
+            ASSERT_EQ(readings.Fields().At(field).value, fields.At(field).value) << text;
+        }
+    }
+}
+
 TEST(RecordReadings, TellTheSpellingsOfANameFromOtherNames) {
     tool::PacketReader reader = reading::ReaderOf(
         "<record><f name='b'/><f name='aa'/><f name='B'/><f name='a'/><f name='AA'/></record>");

@@ -1,0 +1,51 @@
+#include "tool/losses/loss_finder.h"
+
+#include "tool/losses/configuration_losses.h"
+
+namespace tool {
+
+void LossFinder::Configure(const std::string& packet, const std::string& source,
+                           const ImportConfiguration& configuration) {
+    m_configuration = configuration;
+    FindConfigurationLosses(packet, source, m_configuration, m_schema, m_take);
+    const auto* const type = m_schema.FindType(m_configuration.RecordType());
+    m_recordLosses.reset();
+    if (type != nullptr) {
+        m_recordLosses.emplace(m_configuration, *type);
+    }
+}
+
+void LossFinder::BeginData(const std::string& source) {
+    m_source = source;
+    m_examined = 0;
+    if (!m_configuration.Received()) {
+        m_take({LossKind::NoConfiguration, source, 0, 0, "", "",
+                "no configuration packet comes before these records, and nothing of them is "
+                "imported; name it before them on the command line"});
+    }
+}
+
+void LossFinder::Examine(const SourceRecord& record) {
+    ++m_examined;
+    if (m_recordLosses) {
+        m_recordLosses->Find(record, m_source, m_take);
+    }
+}
+
+void LossFinder::EndData() {
+    if (m_examined == 0) {
+        m_take({LossKind::EmptyPacket, m_source, 0, 0, "", "", "the packet holds no record"});
+    }
+}
+
+Loss LossOf(const UnseenRecord& unseen, const std::string& source) {
+    return {LossKind::UnseenRecord,
+            source,
+            0,
+            unseen.line,
+            "",
+            "",
+            "not read as a record: " + unseen.text};
+}
+
+}  // namespace tool

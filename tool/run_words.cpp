@@ -1,0 +1,91 @@
+#include "tool/run_words.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <string_view>
+#include <vector>
+
+#include "tool/html/number_text.h"
+
+namespace tool {
+
+namespace {
+
+// What is lost in a loss of a kind.
+enum class Lost { Value, Record, Packet, Mapping };
+
+Lost LostBy(LossKind kind) {
+    switch (kind) {
+        case LossKind::UnseenRecord:
+            return Lost::Record;
+        case LossKind::EmptyPacket:
+        case LossKind::NothingImported:
+        case LossKind::NoConfiguration:
+            return Lost::Packet;
+        case LossKind::UnusedMapping:
+            return Lost::Mapping;
+        default:
+            return Lost::Value;
+    }
+}
+
+std::uint64_t NumberOf(Lost lost, const LossLog& losses) {
+    std::uint64_t count = 0;
+    for (const LossKind kind : lossKinds) {
+        count += LostBy(kind) == lost ? losses.Count(kind) : 0;
+    }
+    return count;
+}
+
+// One part of the verdict: something happens to a number of things.
+struct Part {
+    std::uint64_t number;
+    std::string_view singular;
+    std::string_view plural;
+    std::string_view fate;
+};
+
+std::string Joined(const std::vector<Part>& parts) {
+    std::string text;
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        const Part& part = parts[i];
+        if (i > 0) {
+            text += i + 1 == parts.size() ? " and " : ", ";
+        }
+        text += fmt::format("{}{} {}", CountOf(part.number, part.singular, part.plural),
+                            i == 0 ? " would be" : "", part.fate);
+    }
+    return text;
+}
+
+}  // namespace
+
+std::string TotalsText(const LoadTotals& totals, bool rehearsed) {
+    return fmt::format(
+        "{} records read: {} {}created, {} updated, {} rejected, {} skipped\n"
+        "{} history entries, {} attachments, {} duplicate marks\n"
+        "{:.1f} seconds, {:.0f} records per second\n",
+        totals.read, totals.created, rehearsed ? "would be " : "", totals.updated, totals.rejected,
+        totals.skipped, totals.history, totals.attachments, totals.duplicates, totals.seconds,
+        static_cast<double>(totals.read) / std::max(totals.seconds, 0.001));
+}
+
+std::string Verdict(const Rehearsed& rehearsed, const LossLog& losses) {
+    std::vector<Part> parts = {
+        {rehearsed.rejected, "record", "records", "rejected"},
+        {rehearsed.rejectedBefore, "record of an earlier load", "records of an earlier load",
+         "left rejected"},
+        {NumberOf(Lost::Value, losses), "value", "values", "lost"},
+        {NumberOf(Lost::Record, losses), "record", "records", "overlooked"},
+        {NumberOf(Lost::Packet, losses), "packet", "packets", "of no effect"},
+        {NumberOf(Lost::Mapping, losses), "mapping", "mappings", "of no effect"}};
+    std::erase_if(parts, [](const Part& part) { return part.number == 0; });
+    const std::string_view start = rehearsed.complete ? "" : "Up to here: ";
+    if (parts.empty()) {
+        return fmt::format("{}Nothing would be lost or rejected.", start);
+    }
+    return fmt::format("{}{}.", start, Joined(parts));
+}
+
+}  // namespace tool

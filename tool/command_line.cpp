@@ -89,6 +89,7 @@ void AddVerify(CLI::App& app, Commands& commands) {
     verify->add_option("--attachments", options.attachments,
                        "folder that attachments' file names start from and cannot leave");
     verify->add_option("--report", options.report, "file to write a report to (JSON)");
+    verify->add_option("--html", options.html, "file to write a report for people to (HTML)");
     verify->add_flag("--quiet", options.quiet, "show differences only");
     verify->callback([&commands] {
         commands.run = [&commands] {

@@ -139,7 +139,7 @@ TEST_F(LoadPageTest, ShowsTheCauseAndPlacesOfRejects) {
 TEST_F(LoadPageTest, ShowsLossesByKind) {
     EXPECT_THAT(LoadPage(Eventful()),
                 AllOf(HasSubstr("texts that the decoding of escapes changes</span></h3>"),
-                      HasSubstr("<span class=\"kind\">title</span> becomes another text")));
+                      HasSubstr("<span class=\"kind\">title</span> <span>becomes another text")));
 }
 
 TEST_F(LoadPageTest, EscapesAllTextFromData) {

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Shows the page about a load in a browser and looks at it: html_report_browser_test.py --tool ZTIMPORT
+"""Shows the pages about a load and a comparison in a browser and looks at them: html_report_browser_test.py --tool ZTIMPORT
 
 Exit code 77 says that there is no Chromium.
 """
@@ -18,8 +18,9 @@ import chromium
 SKIPPED = 77
 WIDTHS = [1280, 961, 768, 375, 320]
 A4_WIDTH = 673  # pixels between the margins of the printed page
-SECTIONS = ["Totals", "What to do next", "By record type", "Rejected records", "Silent losses", "Records over time",
-            "What was run"]
+LOAD_SECTIONS = ["Totals", "What to do next", "By record type", "Rejected records", "Silent losses",
+                 "Records over time", "What was run"]
+VERIFY_SECTIONS = ["Totals", "What to do next", "By record type", "Differences", "What the loads did", "What was run"]
 EVIL = "<script>window.evil = true</script><img src=\"http://evil.example/x.png\" onerror=\"window.evil = true\">"
 SCHEMA = """record_types:
   bug:
@@ -99,10 +100,14 @@ class Tracker:
 
     def load(self):
         """Loads all; returns the exit code, the path of the page and the JSON report."""
-        page, report, database = (self.folder / name for name in ("page.html", "report.json", "tracker.db"))
-        self.ztimport("init", database, self.folder / "schema.yaml")
-        status = self.ztimport("load", database, self.packets, "--html", page, "--report", report,
-                               "--rejects", self.folder / "rejects")
+        self.ztimport("init", self.folder / "tracker.db", self.folder / "schema.yaml")
+        return self.run("load", "--rejects", self.folder / "rejects")
+
+    def run(self, command, *options):
+        """Runs a command on the packets; returns the exit code, the path of the page and the JSON report."""
+        page, report = (self.folder / (command + suffix) for suffix in (".html", ".json"))
+        status = self.ztimport(command, self.folder / "tracker.db", self.packets, "--html", page, "--report", report,
+                               *options)
         return status, page, json.loads(report.read_text())
 
 
@@ -129,7 +134,7 @@ def numbers(browser, selector):
 
 def check_content(browser, report, expect):
     expect.equal("number of main headings", len(texts(browser, "h1")), 1)
-    expect.equal("sections", texts(browser, "section > h2"), SECTIONS)
+    expect.equal("sections", texts(browser, "section > h2"), LOAD_SECTIONS)
     totals = [report[name] for name in ("read", "created", "updated", "rejected", "skipped", "history", "attachments",
                                         "duplicates")]
     expect.equal("totals as in the report", numbers(browser, "#totals dd"), totals)
@@ -156,8 +161,6 @@ def check_accessibility(browser, expect):
     expect.equal("tables without a caption",
                  browser.evaluate("[...document.querySelectorAll('table')].filter(t => !t.caption).length"), 0)
     expect.equal("language", browser.evaluate("document.documentElement.lang"), "en")
-    expect.that("the chart has a text alternative",
-                browser.evaluate("document.querySelector('svg[role=img]').getAttribute('aria-label')"))
 
 
 def check_chart(browser, expect):
@@ -168,10 +171,10 @@ def check_chart(browser, expect):
     expect.that("the curve is drawn over the width of the page", box[0] > 600 and box[1] > 20, box)
 
 
-def check_harmless(browser, page, expect):
+def check_harmless(browser, pages, expect):
     expect.equal("scripts", browser.evaluate("document.scripts.length"), 0)
     expect.equal("what scripts in the data did", browser.evaluate("typeof window.evil"), "undefined")
-    expect.equal("what was fetched", set(browser.requests), {page.resolve().as_uri()})
+    expect.equal("what was fetched", set(browser.requests), {page.resolve().as_uri() for page in pages})
 
 
 def check_recorder(browser, folder, expect):
@@ -206,19 +209,40 @@ def check_screenshot(browser, what, width, expect):
     expect.that(f"the screenshot {what} is not blank", different > height // 10, (different, height))
 
 
-def check_page(browser, page, report, expect):
-    browser.open(page, 1280)
-    check_content(browser, report, expect)
-    check_rejects(browser, report, expect)
-    check_accessibility(browser, expect)
-    check_chart(browser, expect)
+def check_verify_content(browser, report, expect):
+    expect.equal("sections of the comparison", texts(browser, "section > h2"), VERIFY_SECTIONS)
+    equal = report["compared"] - report["differing"]
+    expect.equal("totals of the comparison", numbers(browser, "#totals .figures:not(.minor) dd"),
+                 [report["read"], report["compared"], equal, report["differing"], report["missing"]])
+    expect.equal("differences of all kinds", sum(numbers(browser, "#differences .count")), len(report["differences"]))
+    expect.equal("state", texts(browser, ".verdict .state"), ["Not verified"])
+
+
+def check_look(browser, page, expect):
     for width in WIDTHS:
         for dark in (False, True):
             check_width(browser, page, width, expect, dark=dark)
             if width in (1280, 375):
                 check_screenshot(browser, f"{width} pixels wide, dark: {dark}", width, expect)
     check_width(browser, page, A4_WIDTH, expect, medium="print")
-    check_harmless(browser, page, expect)
+
+
+def check_load_page(browser, page, report, expect):
+    browser.open(page, 1280)
+    check_content(browser, report, expect)
+    check_rejects(browser, report, expect)
+    check_accessibility(browser, expect)
+    check_chart(browser, expect)
+    expect.that("the chart has a text alternative",
+                browser.evaluate("document.querySelector('svg[role=img]').getAttribute('aria-label')"))
+    check_look(browser, page, expect)
+
+
+def check_verify_page(browser, page, report, expect):
+    browser.open(page, 1280)
+    check_verify_content(browser, report, expect)
+    check_accessibility(browser, expect)
+    check_look(browser, page, expect)
 
 
 def main():
@@ -232,10 +256,14 @@ def main():
     expect = Expectations()
     with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as name:
         folder = pathlib.Path(name)
-        status, page, report = Tracker(options.tool, folder).load()
-        expect.equal("exit code of the load", status, 1)
+        tracker = Tracker(options.tool, folder)
+        loaded, load_page, load_report = tracker.load()
+        verified, verify_page, verify_report = tracker.run("verify")
+        expect.equal("exit codes of the load and the comparison", (loaded, verified), (1, 1))
         with chromium.Chromium(path, folder / "profile") as browser:
-            check_page(browser, page, report, expect)
+            check_load_page(browser, load_page, load_report, expect)
+            check_verify_page(browser, verify_page, verify_report, expect)
+            check_harmless(browser, [load_page, verify_page], expect)
             check_recorder(browser, folder, expect)
     print(f"{expect.failed} expectations failed")
     return 1 if expect.failed else 0

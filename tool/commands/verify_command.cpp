@@ -4,6 +4,7 @@
 
 #include "recorddb/database.h"
 #include "tool/exit_code.h"
+#include "tool/html/html_verify_report.h"
 #include "tool/interrupt.h"
 #include "tool/source_checks.h"
 #include "tool/source_list.h"
@@ -22,6 +23,10 @@ int RunVerify(const VerifyOptions& options, std::ostream& out, std::ostream& err
     std::optional<VerifyReport> report;
     if (!options.report.empty()) {
         output.Add(report.emplace(options.report));
+    }
+    std::optional<HtmlVerifyReport> page;
+    if (!options.html.empty()) {
+        output.Add(page.emplace(options, database->GetJournal()));
     }
     WatchInterrupts();
     Verifier verifier(*database, options.attachments, output);

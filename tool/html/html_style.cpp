@@ -74,18 +74,19 @@ thead th:last-child, td:last-child { padding-right: 0; }
 thead th { color: var(--muted); font-size: 0.8125rem; vertical-align: bottom; border-bottom-color: var(--muted); }
 .number { text-align: right; }
 td.number { white-space: nowrap; }
-thead th { overflow-wrap: normal; }
+thead th { overflow-wrap: normal; hyphens: manual; }
 #types tbody th { min-width: 7rem; }
 tfoot th, tfoot td { font-weight: 650; border-bottom: 0; }
 td .zero { color: var(--muted); }
 td .attention { color: var(--attention); font-weight: 650; }
 .kind { color: var(--muted); }
 .detail { display: block; white-space: pre-line; }
+.detail:has(> .kind) { display: grid; grid-template-columns: 5rem 1fr; }
+.share + table, p + table { margin-top: 1rem; }
 
 .group { margin-top: 2.5rem; }
 .group h3 { display: flex; gap: 0.9rem; align-items: baseline; }
 .group h3 .count { flex: none; color: var(--attention); font-variant-numeric: tabular-nums; }
-.group table { margin-top: 0.75rem; }
 .share { display: block; height: 0.3rem; margin-top: 0.45rem; max-width: 42rem; }
 .share rect { fill: var(--attention); }
 .share .all { fill: var(--rule); }

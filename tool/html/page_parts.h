@@ -9,7 +9,7 @@
 
 #include "tool/html/example_groups.h"
 #include "tool/html/page_verdict.h"
-#include "tool/html/run_summary.h"
+#include "tool/html/type_totals.h"
 
 namespace tool {
 

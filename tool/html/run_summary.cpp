@@ -1,16 +1,10 @@
 #include "tool/html/run_summary.h"
 
-#include <algorithm>
 #include <utility>
-
-#include "tool/html/html_text.h"
-#include "tool/load_output.h"
 
 namespace tool {
 
 namespace {
-
-constexpr std::size_t kTypeNameLimit = 200;
 
 LoadTotals Difference(const LoadTotals& now, const LoadTotals& before) {
     LoadTotals difference;
@@ -29,30 +23,15 @@ LoadTotals Difference(const LoadTotals& now, const LoadTotals& before) {
 
 void RunSummary::StartType(const std::string& type, ImportedData data, const LoadTotals& soFar) {
     CloseType(soFar);
-    m_type = Clipped(type, kTypeNameLimit);
+    m_type = type;
     m_data = data;
 }
 
 void RunSummary::CloseType(const LoadTotals& soFar) {
     const LoadTotals done = Difference(soFar, std::exchange(m_typeStart, soFar));
     if (done.read > 0) {
-        Add(TotalsFor(m_type, m_data).totals, done);
+        m_types.Add(m_type, m_data, done);
     }
-}
-
-TypeTotals& RunSummary::TotalsFor(const std::string& type, ImportedData data) {
-    const auto known = std::find_if(m_types.begin(), m_types.end(), [&](const TypeTotals& totals) {
-        return totals.type == type && totals.data == data;
-    });
-    if (known != m_types.end()) {
-        return *known;
-    }
-    if (m_types.size() < kTypesKept) {
-        m_types.push_back({type, data, {}});
-    } else if (m_types.size() == kTypesKept) {
-        m_types.push_back({"other record types", ImportedData::Nothing, {}});
-    }
-    return m_types.back();
 }
 
 void RunSummary::AddReject(const RejectedRecord& record, const std::string& sourceId) {

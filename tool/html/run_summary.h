@@ -10,6 +10,7 @@
 
 #include "tool/html/example_groups.h"
 #include "tool/html/rate_samples.h"
+#include "tool/html/type_totals.h"
 #include "tool/import_configuration.h"
 #include "tool/load_options.h"
 #include "tool/losses/loss.h"
@@ -24,13 +25,6 @@ struct RunDescription {
     LoadOptions options;
     std::chrono::system_clock::time_point start;
     std::string version;  // of the tool
-};
-
-// What the packets of one kind of data did to one record type.
-struct TypeTotals {
-    std::string type;
-    ImportedData data = ImportedData::Records;
-    LoadTotals totals;  // without the time
 };
 
 // What the page about a run tells, gathered while it runs. Memory does not grow with the number of
@@ -64,7 +58,7 @@ class RunSummary {
     bool Rehearsed() const { return m_description.command == "check"; }
     const LoadTotals& Totals() const { return m_totals; }
     // In the order in which the types were loaded first.
-    const std::vector<TypeTotals>& Types() const { return m_types; }
+    const std::vector<TypeTotals>& Types() const { return m_types.Types(); }
     std::vector<ExampleGroup> Causes() const { return m_causes.Groups(); }
     const std::map<LossKind, ExampleGroup>& Losses() const { return m_losses; }
     std::uint64_t LossCount() const;
@@ -76,16 +70,12 @@ class RunSummary {
     double AverageRate() const;
 
   private:
-    // Configurations can name more record types than there are.
-    static constexpr std::size_t kTypesKept = 200;
-
-    TypeTotals& TotalsFor(const std::string& type, ImportedData data);
     void CloseType(const LoadTotals& soFar);
     std::uint64_t Handled(std::uint64_t read) const { return read - m_loadedBefore; }
 
     RunDescription m_description;
     LoadTotals m_totals;
-    std::vector<TypeTotals> m_types;
+    TypeTotalsList m_types;
     std::string m_type;
     ImportedData m_data = ImportedData::Nothing;
     LoadTotals m_typeStart;

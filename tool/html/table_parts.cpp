@@ -51,11 +51,11 @@ std::string ExamplesCaption(const ExampleGroup& group) {
 std::string DetailsHtml(const std::vector<ExampleDetail>& details) {
     std::string html;
     for (const ExampleDetail& detail : details) {
-        html += detail.label.empty()
-                    ? "<span class=\"detail\">"
-                    : fmt::format("<span class=\"detail\"><span class=\"kind\">{}</span> ",
-                                  HtmlText(detail.label));
-        html += HtmlText(detail.text) + "</span>";
+        html += "<span class=\"detail\">";
+        if (!detail.label.empty()) {
+            html += fmt::format("<span class=\"kind\">{}</span> ", HtmlText(detail.label));
+        }
+        html += "<span>" + HtmlText(detail.text) + "</span></span>";
     }
     return html;
 }

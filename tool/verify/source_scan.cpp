@@ -82,8 +82,13 @@ bool SourceScan::IsRepeated(const Source& source) {
     const auto isField = [this](std::string_view name) {
         return m_type->FindField(name) != nullptr;
     };
-    return !m_contents.insert(HashFile(source.path, source.name) + Current().Fingerprint(isField))
-                .second;
+    const recorddb::journal::JournalKey key = {HashFile(source.path, source.name),
+                                               Current().Fingerprint(isField)};
+    if (!m_contents.insert(key.sourceSha256 + key.configurationSha256).second) {
+        return true;
+    }
+    m_output.Reads({m_type->name, Current().Data(), key});
+    return false;
 }
 
 void SourceScan::CheckData() const {

@@ -13,6 +13,7 @@ struct VerifyOptions {
     std::vector<std::string> sources;
     std::filesystem::path attachments;  // folder; empty for none
     std::filesystem::path report;       // file; empty for none
+    std::filesystem::path html;         // file; empty for none
     bool quiet = false;
 };
 

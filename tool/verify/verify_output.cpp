@@ -97,6 +97,12 @@ void VerifyOutput::Warn(std::string_view line) {
     m_progress->Print(line);
 }
 
+void VerifyOutput::Reads(const DataSource& source) {
+    for (VerifySink* const sink : m_sinks) {
+        sink->Reads(source);
+    }
+}
+
 void VerifyOutput::Differs(const Difference& difference) {
     ++m_count;
     if (m_count <= kShownDifferences) {

@@ -34,6 +34,7 @@ class VerifyOutput final : public VerifySink {
     // A line that is shown in any case.
     void Warn(std::string_view line);
 
+    void Reads(const DataSource& source) override;
     void Differs(const Difference& difference) override;
     void Finish(const VerifySummary& summary) override;
 

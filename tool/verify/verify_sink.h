@@ -1,6 +1,7 @@
 #ifndef TOOL_VERIFY_VERIFY_SINK_H
 #define TOOL_VERIFY_VERIFY_SINK_H
 
+#include "tool/verify/data_source.h"
 #include "tool/verify/difference.h"
 #include "tool/verify/verify_summary.h"
 
@@ -14,6 +15,9 @@ class VerifySink {
     VerifySink(const VerifySink&) = delete;
     VerifySink& operator=(const VerifySink&) = delete;
     virtual ~VerifySink() = default;
+
+    // Says which source is read next.
+    virtual void Reads(const DataSource& /*source*/) {}
 
     virtual void Differs(const Difference& difference) = 0;
 

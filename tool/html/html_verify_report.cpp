@@ -1,0 +1,29 @@
+#include "tool/html/html_verify_report.h"
+
+#include "tool/html/tool_version.h"
+#include "tool/html/verify_page.h"
+
+namespace tool {
+
+HtmlVerifyReport::HtmlVerifyReport(const VerifyOptions& options,
+                                   recorddb::journal::Journal& journal)
+    : m_journal(journal),
+      m_file(options.html),
+      m_findings(options, std::chrono::system_clock::now(), ToolVersion()) {}
+
+void HtmlVerifyReport::Reads(const DataSource& source) {
+    const auto entry = m_journal.Find(source.key);
+    m_findings.AddLoad(source, entry ? &*entry : nullptr);
+}
+
+void HtmlVerifyReport::Differs(const Difference& difference) {
+    m_findings.AddDifference(difference);
+}
+
+void HtmlVerifyReport::Finish(const VerifySummary& summary) {
+    m_findings.Finish(summary);
+    m_file.Append(VerifyPage(m_findings));
+    m_file.Finish();
+}
+
+}  // namespace tool

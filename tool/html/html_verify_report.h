@@ -1,0 +1,32 @@
+#ifndef TOOL_HTML_HTML_VERIFY_REPORT_H
+#define TOOL_HTML_HTML_VERIFY_REPORT_H
+
+#include "recorddb/journal/journal.h"
+#include "tool/html/verify_findings.h"
+#include "tool/replacing_file.h"
+#include "tool/verify/verify_sink.h"
+
+namespace tool {
+
+// The page about a comparison in its file. It appears at its path complete or not at all, in place
+// of an earlier one; a comparison that fails or is interrupted leaves none. Constructor and Finish
+// throw std::system_error that names the file when it cannot be written; the constructor sees that
+// before the comparison.
+class HtmlVerifyReport final : public VerifySink {
+  public:
+    // JOURNAL is the database's, and stays the caller's.
+    HtmlVerifyReport(const VerifyOptions& options, recorddb::journal::Journal& journal);
+
+    void Reads(const DataSource& source) override;
+    void Differs(const Difference& difference) override;
+    void Finish(const VerifySummary& summary) override;
+
+  private:
+    recorddb::journal::Journal& m_journal;
+    ReplacingFile m_file;
+    VerifyFindings m_findings;
+};
+
+}  // namespace tool
+
+#endif

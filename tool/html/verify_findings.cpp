@@ -1,0 +1,94 @@
+#include "tool/html/verify_findings.h"
+
+#include <string_view>
+
+#include "tool/verify/value_pair.h"
+
+namespace tool {
+
+namespace {
+
+// Fields are told with the part that differs: "files, plan.pdf, size". What stands in the middle is
+// another one with every record.
+std::string FieldOf(const std::string& field) {
+    const std::size_t first = field.find(", ");
+    const std::size_t last = field.rfind(", ");
+    if (first == std::string::npos) {
+        return field;
+    }
+    return last == first ? field.substr(0, first) : field.substr(0, first) + field.substr(last);
+}
+
+std::string ProblemOf(const Difference& difference) {
+    if (!difference.problem.empty()) {
+        return difference.problem;
+    }
+    if (difference.databaseValue.empty()) {
+        return "in the source only";
+    }
+    return difference.sourceValue.empty() ? "in the database only" : "the values differ";
+}
+
+std::string SortOf(const Difference& difference) {
+    std::string subject = difference.type;
+    if (!difference.field.empty()) {
+        subject += (subject.empty() ? "" : ", ") + FieldOf(difference.field);
+    }
+    return (subject.empty() ? "" : subject + ": ") + ProblemOf(difference);
+}
+
+std::string Shown(const std::string& value) {
+    return value.empty() ? "(nothing)" : value;
+}
+
+std::vector<ExampleDetail> DetailsOf(const Difference& difference) {
+    std::vector<ExampleDetail> details;
+    if (!difference.id.empty()) {
+        details.push_back({"record", difference.id});
+    }
+    if (!difference.field.empty()) {
+        details.push_back({"field", difference.field});
+    }
+    if (!difference.sourceValue.empty() || !difference.databaseValue.empty()) {
+        const ShownPair pair = ShowPair(difference.sourceValue, difference.databaseValue);
+        details.push_back({"source", Shown(pair.source)});
+        details.push_back({"database", Shown(pair.database)});
+    }
+    if (!difference.problem.empty()) {
+        details.push_back({"", difference.problem});
+    }
+    return details;
+}
+
+}  // namespace
+
+void VerifyFindings::AddLoad(const DataSource& source,
+                             const recorddb::journal::JournalEntry* entry) {
+    ++m_sources;
+    if (entry == nullptr) {
+        return;
+    }
+    m_loaded += entry->complete ? 1 : 0;
+    const auto count = [](std::int64_t number) { return static_cast<std::uint64_t>(number); };
+    LoadTotals totals;
+    totals.read = count(entry->nextOrdinal);
+    totals.created = count(entry->created);
+    totals.updated = count(entry->updated);
+    totals.rejected = count(entry->rejected);
+    totals.skipped = count(entry->skipped);
+    totals.history = count(entry->history);
+    totals.attachments = count(entry->attachments);
+    totals.duplicates = count(entry->duplicates);
+    m_loads.Add(source.type, source.data, totals);
+}
+
+void VerifyFindings::AddDifference(const Difference& difference) {
+    m_differences.Add(SortOf(difference), {difference.source, difference.record, difference.line,
+                                           difference.sourceId, DetailsOf(difference)});
+    if (m_firstDifferent.id.empty() && !difference.id.empty()) {
+        m_firstDifferent.type = difference.type;
+        m_firstDifferent.id = difference.id;
+    }
+}
+
+}  // namespace tool

@@ -72,6 +72,18 @@ TEST_F(HtmlLoadTest, IsWrittenWhenALoadStopsForTooManyRejects) {
     EXPECT_THAT(Page(), AllOf(HasSubstr("Not finished"), HasSubstr("Stopped, since more than 0")));
 }
 
+TEST_F(HtmlLoadTest, TellsWhatARehearsalFound) {
+    m_options.rehearse = true;
+    EXPECT_EQ(Load({Bugs(), Records("r.xml", {{{"source_id", "a"}, {"title", "A"}, {"title", "B"}},
+                                              {{"source_id", "b"}, {"votes", "many"}}})}),
+              1);
+    EXPECT_THAT(Page(),
+                AllOf(HasSubstr("Would lose data"),
+                      HasSubstr("A load would reject 1 of 2 records and lose 1 detail silently."),
+                      HasSubstr("fields named more than once in a record</span></h3>")));
+    EXPECT_EQ(Query("SELECT count(*) FROM bug"), "0");
+}
+
 TEST_F(HtmlLoadTest, SaysBeforeTheLoadThatItCannotBeWritten) {
     m_options.html = m_folder.File("missing/page.html");
     EXPECT_THROW(Load({Bugs(), Records("r.xml", {{{"source_id", "a"}, {"title", "A"}}})}),

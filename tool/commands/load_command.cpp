@@ -7,6 +7,7 @@
 
 #include "recorddb/database.h"
 #include "recorddb/session/session.h"
+#include "tool/database_failure.h"
 #include "tool/exit_code.h"
 #include "tool/interrupt.h"
 #include "tool/load_output.h"
@@ -46,6 +47,8 @@ void SayWhyStopped(const LoadOptions& options, LoadOutput& output) {
 std::string TextOfCurrentException() {
     try {
         throw;
+    } catch (const recorddb::sql::Error& error) {
+        return ExplainFailure(error);
     } catch (const std::exception& error) {
         return error.what();
     } catch (...) {

@@ -121,9 +121,9 @@ footer { margin-top: 4.5rem; padding-top: 1.25rem; border-top: 1px solid var(--r
 
 @media screen and (min-width: 60.01rem), print {
   .group table { table-layout: fixed; }
-  .group th:nth-child(1) { width: 25%; }
+  .group th:nth-child(1) { width: 22%; }
   .group th:nth-child(2), .group th:nth-child(3) { width: 9%; }
-  .group th:nth-child(4) { width: 15%; }
+  .group th:nth-child(4) { width: 12%; }
 }
 @media screen and (max-width: 60rem) {
   table, caption, tr, tbody th, tfoot th, td { display: block; }

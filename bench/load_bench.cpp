@@ -1,5 +1,6 @@
-// Times `ztimport load` against a floor that writes the same rows by SQLite's own interface, both
-// in the same run: load_bench ZTIMPORT [RECORDS...], 10000 and 100000 by default.
+// Times `ztimport load` against a floor that writes the same rows by SQLite's own interface, and
+// `ztimport check` and `verify` against the load, all in the same run:
+// load_bench ZTIMPORT [RECORDS...], 10000 and 100000 by default.
 
 #include <fmt/format.h>
 
@@ -45,6 +46,8 @@ struct Measured {
     bench::ChildRun create{1e9, 1e9, 0};
     bench::ChildRun update{1e9, 1e9, 0};
     bench::ChildRun history{1e9, 1e9, 0};
+    bench::ChildRun check{1e9, 1e9, 0};
+    bench::ChildRun verify{1e9, 1e9, 0};
 };
 
 class LoadBench {
@@ -66,7 +69,9 @@ class LoadBench {
             best.floor = std::min(best.floor, bench::WriteFloor(NewDatabase("floor"), m_records));
             const fs::path database = NewDatabase("load");
             Load(database, m_keywords);
+            KeepFaster(best.check, Run("check", database, m_create));
             KeepFaster(best.create, Load(database, m_create));
+            KeepFaster(best.verify, Run("verify", database, m_create));
             KeepFaster(best.update, Load(database, m_update));
             const fs::path bare = NewDatabase("bare");
             Load(bare, m_keywords);
@@ -97,7 +102,12 @@ class LoadBench {
     }
 
     bench::ChildRun Load(const fs::path& database, const bench::PacketFiles& files) {
-        std::vector<std::string> command = {m_tool, "load", "--quiet", database};
+        return Run("load", database, files);
+    }
+
+    bench::ChildRun Run(const char* name, const fs::path& database,
+                        const bench::PacketFiles& files) {
+        std::vector<std::string> command = {m_tool, name, "--quiet", database};
         command.insert(command.end(), files.sources.begin(), files.sources.end());
         return bench::RunChild(command);
     }
@@ -122,6 +132,13 @@ void PrintLoad(const char* name, const bench::ChildRun& run, double floor, std::
         most, static_cast<double>(run.peakKilobytes) / 1024);
 }
 
+void PrintBesideLoad(const char* name, const bench::ChildRun& run, double load,
+                     std::int64_t records) {
+    fmt::print("  {:<8} {:8.3f} s  {:6.1f} us/record  {:5.2f} times the load  {:6.1f} MB\n", name,
+               run.seconds, run.seconds / static_cast<double>(records) * 1e6, run.seconds / load,
+               static_cast<double>(run.peakKilobytes) / 1024);
+}
+
 void PrintMeasured(const Measured& measured, std::int64_t records, double bytesPerRecord) {
     fmt::print("{} records of {:.0f} bytes of XML\n", records, bytesPerRecord);
     fmt::print("  {:<8} {:8.3f} s  {:6.1f} us/record\n", "floor", measured.floor,
@@ -129,6 +146,8 @@ void PrintMeasured(const Measured& measured, std::int64_t records, double bytesP
     PrintLoad("create", measured.create, measured.floor, records, 2.5, 4);
     PrintLoad("update", measured.update, measured.floor, records, 1.8, 2.5);
     PrintLoad("history", measured.history, measured.floor, records, 1.2, 2);
+    PrintBesideLoad("check", measured.check, measured.create.seconds, records);
+    PrintBesideLoad("verify", measured.verify, measured.create.seconds, records);
 }
 
 int Main(const std::vector<std::string>& arguments) {

@@ -1,5 +1,7 @@
 #!/usr/bin/env python3
-"""Loads the sample data, loads them once more, and updates the bugs: loads_completely_once.py --tool ZTIMPORT --data-root DIR"""
+"""Rehearses, loads and verifies the sample data, loads them once more, and updates the bugs:
+loads_completely_once.py --tool ZTIMPORT --data-root DIR
+"""
 import json
 import sys
 
@@ -17,6 +19,24 @@ def check_first_load(sample, expected, expect):
     expect.equal("attachments in the report", report["attachments"], expected["attachments"])
     expect.equal("duplicates in the report", report["duplicates"], expected["duplicates"])
     expect.equal("rejects in the report", (report["rejected"], report["rejects"]), (0, []))
+
+
+def check_rehearsal(sample, expected, expect):
+    before = sample.dump()
+    status, output, report = sample.run("check", sample.packets)
+    expect.equal("exit code of the rehearsal", status, 0)
+    expect.true("its verdict", "Nothing would be lost or rejected." in output)
+    expect.equal("created records in its report", report["created"], sum(expected[name] for name in RECORD_TYPES))
+    expect.true("the rehearsal leaves the database as it was", sample.dump() == before)
+
+
+def check_verified(sample, sources, expect):
+    before = sample.database.read_bytes()
+    status, output, report = sample.run("verify", *sources)
+    expect.equal("exit code of the comparison", status, 0)
+    expect.true("its verdict", "Verified: everything in the sources is in the database." in output)
+    expect.equal("differences", report["differences"], [])
+    expect.true("the comparison writes nothing", sample.database.read_bytes() == before)
 
 
 def check_second_load(sample, expect):
@@ -45,9 +65,12 @@ def check_update(sample, expected, expect):
 def test(sample, expect):
     expected = sample.expected_counts()
     expect.equal("exit code of init", sample.init(), 0)
+    check_rehearsal(sample, expected, expect)
     check_first_load(sample, expected, expect)
+    check_verified(sample, [sample.packets], expect)
     check_second_load(sample, expect)
     check_update(sample, expected, expect)
+    check_verified(sample, [sample.packets, sample.folder / "update-bugs.xml", sample.packets / "009-bugs.xml"], expect)
     print("counts: " + json.dumps(sample.counts()))
 
 

@@ -117,6 +117,27 @@ TEST_F(LoadPageTest, AddsUpWhatComesInSeveralPieces) {
     EXPECT_EQ(summary.Types()[1].totals.read, 2U);
 }
 
+TEST_F(LoadPageTest, TellsRecordsAndHistoryApart) {
+    RunSummary summary = Start();
+    summary.StartType("bug", ImportedData::Records, {});
+    summary.StartType("bug", ImportedData::History, Totals(4));
+    summary.Finish(Totals(10));
+    ASSERT_EQ(summary.Types().size(), 2U);
+    EXPECT_EQ(summary.Types()[0].totals.read, 4U);
+    EXPECT_EQ(summary.Types()[1].totals.read, 6U);
+}
+
+TEST_F(LoadPageTest, BoundsTheNumberOfTypes) {
+    RunSummary summary = Start();
+    for (std::uint64_t i = 0; i < 1000; ++i) {
+        summary.StartType("type " + std::to_string(i), ImportedData::Records, Totals(i));
+    }
+    summary.Finish(Totals(1000));
+    EXPECT_LT(summary.Types().size(), 300U);
+    EXPECT_EQ(summary.Types().back().type, "other record types");
+    EXPECT_EQ(summary.Types().back().totals.read, 800U);
+}
+
 TEST_F(LoadPageTest, LeavesOutTypesWithoutRecords) {
     RunSummary summary = Start();
     summary.StartType("user", ImportedData::Records, {});

@@ -91,6 +91,12 @@ TEST_F(HtmlLoadTest, SaysBeforeTheLoadThatItCannotBeWritten) {
     EXPECT_EQ(Query("SELECT count(*) FROM bug"), "0");
 }
 
+TEST_F(HtmlLoadTest, DoesNotShareItsFileWithTheReport) {
+    m_options.report = m_folder.File("./page.html");
+    EXPECT_THROW(Load({Bugs()}), UsageError);
+    EXPECT_EQ(Page(), "");
+}
+
 TEST_F(HtmlLoadTest, ReplacesAnEarlierPageAndLeavesNothingElse) {
     m_folder.Write("page.html", "earlier");
     const std::string bugs = Bugs();

@@ -50,6 +50,16 @@ TEST(RateSamples, StaysBoundedHoweverLongTheRunIs) {
     EXPECT_DOUBLE_EQ(rate.Samples().back().to, 20'000.5);
 }
 
+TEST(RateSamples, KeepsStretchesOfOneLength) {
+    RateSamples rate;
+    for (std::uint64_t i = 1; i <= 100'000; ++i) {
+        rate.Add(static_cast<double>(i) * 0.01, i);
+    }
+    for (const auto& sample : rate.Samples()) {
+        EXPECT_NEAR(sample.to - sample.from, 6.4, 0.7);
+    }
+}
+
 TEST(RateSamples, LeaveNoGaps) {
     RateSamples rate;
     for (std::uint64_t i = 1; i <= 5000; ++i) {

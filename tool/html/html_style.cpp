@@ -83,6 +83,7 @@ td .attention { color: var(--attention); font-weight: 650; }
 .detail { display: block; white-space: pre-line; }
 .detail:has(> .kind) { display: grid; grid-template-columns: 5rem 1fr; }
 .share + table, p + table { margin-top: 1rem; }
+p + .figures { margin-top: 1.5rem; }
 
 .group { margin-top: 2.5rem; }
 .group h3 { display: flex; gap: 0.9rem; align-items: baseline; }

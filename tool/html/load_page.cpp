@@ -52,7 +52,9 @@ std::string TypesSection(const RunSummary& summary) {
               "there was nothing to import in them.</p>\n";
     return PageSection(
         "types", "By record type",
-        TypesTable("What the packets of each record type did", summary.Types(), summary.Totals()) +
+        TypesTable(summary.Rehearsed() ? "What the packets of each record type would do"
+                                       : "What the packets of each record type did",
+                   summary.Types(), summary.Totals()) +
             note);
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <system_error>
 
+#include "tool/usage_error.h"
 #include "verify_fixture.h"
 
 namespace tool {
@@ -53,6 +54,11 @@ TEST_F(VerifyHtmlTest, SaysThatSourcesWereNeverLoaded) {
 TEST_F(VerifyHtmlTest, SaysBeforeTheWorkThatItCannotBeWritten) {
     m_verifyOptions.html = m_folder.File("missing/page.html");
     EXPECT_THROW(Verify(Basics()), std::system_error);
+}
+
+TEST_F(VerifyHtmlTest, DoesNotShareItsFileWithTheReport) {
+    m_verifyOptions.report = m_verifyOptions.html;
+    EXPECT_THROW(Verify(Basics()), UsageError);
 }
 
 TEST_F(VerifyHtmlTest, LeavesNoPageWhenTheComparisonFails) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 #include "recorddb/sql/dialect.h"
 #include "recorddb/sql/statement.h"
@@ -28,8 +29,8 @@ class Connection {
     // connection.
     virtual std::unique_ptr<Statement> PrepareOwn(std::string_view sql) = 0;
 
-    // Runs statements that are separated by semicolons and return no rows; nothing is kept. Meant
-    // for table definitions.
+    // Runs statements that are separated by semicolons and return no rows; nothing is kept. What
+    // makes tables and indexes goes this way.
     virtual void ExecuteScript(std::string_view sql) = 0;
 
     virtual bool HasTable(std::string_view name) = 0;
@@ -66,6 +67,9 @@ class Connection {
     // full disk for instance.
     virtual bool EngineInTransaction() const = 0;
 
+    // A number that grows with every row that is written and every script that is run.
+    virtual std::uint64_t WriteCount() const = 0;
+
   private:
     friend class Transaction;
     friend class Savepoint;
@@ -79,6 +83,7 @@ class Connection {
 
     bool m_inTransaction = false;
     int m_savepointDepth = 0;
+    std::vector<std::uint64_t> m_writesBefore;  // WriteCount at the beginning of each savepoint
     std::uint64_t m_transactionCount = 0;
     std::uint64_t m_rollbackCount = 0;
 };

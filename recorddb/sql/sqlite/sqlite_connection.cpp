@@ -55,6 +55,7 @@ std::unique_ptr<Statement> SqliteConnection::PrepareOwn(std::string_view sql) {
 
 void SqliteConnection::ExecuteScript(std::string_view sql) {
     const std::string script(sql);
+    ++m_scriptCount;
     CheckSqlite(m_handle.get(),
                 sqlite3_exec(m_handle.get(), script.c_str(), nullptr, nullptr, nullptr), script);
 }
@@ -91,6 +92,11 @@ void SqliteConnection::Run(Control control) {
 
 bool SqliteConnection::EngineInTransaction() const {
     return sqlite3_get_autocommit(m_handle.get()) == 0;
+}
+
+// The engine counts rows but not what scripts do to tables and indexes.
+std::uint64_t SqliteConnection::WriteCount() const {
+    return static_cast<std::uint64_t>(sqlite3_total_changes64(m_handle.get())) + m_scriptCount;
 }
 
 }  // namespace recorddb::sql

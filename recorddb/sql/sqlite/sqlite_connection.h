@@ -38,6 +38,7 @@ class SqliteConnection final : public Connection {
   protected:
     void Run(Control control) override;
     bool EngineInTransaction() const override;
+    std::uint64_t WriteCount() const override;
 
   private:
     struct Closer {
@@ -61,6 +62,7 @@ class SqliteConnection final : public Connection {
 
     Handle m_handle;
     bool m_readOnly;
+    std::uint64_t m_scriptCount = 0;
     // Destroyed before the handle that the statements belong to.
     std::unordered_map<std::string, std::unique_ptr<Statement>, TextHash, std::equal_to<>>
         m_statements;

@@ -59,6 +59,14 @@ class AttachmentsTest : public SessionTest {
     }
 };
 
+TEST_F(AttachmentsTest, ContentIsExaminedAndNotStoredOnDemand) {
+    OpenSession({.attachmentsFolder = Folder().File("files"), .examineAttachments = true});
+    GivenAttached("SK-1/abc.txt", "letters");
+    EXPECT_EQ(Stored(), "1|5|1|files|abc.txt|3|letters|" + std::string(hashOfAbc, 6));
+    EXPECT_EQ(Contents(), "");
+    EXPECT_NE(Attach(Open("bug", "1"), "missing.txt"), "");
+}
+
 TEST_F(AttachmentsTest, AreWrittenAtCommitUnderTheirBaseName) {
     const AdEntityPtr bug = Open("bug", "1");
     EXPECT_EQ(Attach(bug, "SK-1/abc.txt", "Zähler"), "");

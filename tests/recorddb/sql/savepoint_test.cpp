@@ -71,6 +71,48 @@ TEST_F(SavepointTest, OuterOneTakesTheInnerOneWithIt) {
     EXPECT_EQ(Count(), 1);
 }
 
+TEST_F(SavepointTest, OneWithoutWritesEndsWithoutTouchingOthers) {
+    Transaction transaction(*m_connection);
+    Savepoint outer(*m_connection);
+    Insert("outer");
+    {
+        const Savepoint inner(*m_connection);
+        Count();
+    }
+    EXPECT_EQ(Count(), 1);
+    Insert("after");
+    outer.Rollback();
+    EXPECT_EQ(Count(), 0);
+    const std::uint64_t rollbacks = m_connection->RollbackCount();
+    { const Savepoint empty(*m_connection); }
+    EXPECT_EQ(m_connection->RollbackCount(), rollbacks + 1);
+    Insert("last");
+    transaction.Commit();
+    EXPECT_EQ(Count(), 1);
+}
+
+TEST_F(SavepointTest, UndoesUpdatesDeletionsAndIndexes) {
+    Insert("a");
+    Insert("b");
+    Transaction transaction(*m_connection);
+    for (const char* sql : {"UPDATE thing SET name = 'c' WHERE name = 'a'",
+                            "DELETE FROM thing WHERE name = 'a'", "DELETE FROM thing",
+                            "INSERT INTO thing (name) VALUES ('a') ON CONFLICT (name) "
+                            "DO UPDATE SET size = 1"}) {
+        const Savepoint savepoint(*m_connection);
+        m_connection->Prepare(sql).Execute();
+    }
+    {
+        const Savepoint savepoint(*m_connection);
+        m_connection->ExecuteScript("CREATE INDEX by_size ON thing (size)");
+    }
+    transaction.Commit();
+    EXPECT_FALSE(m_connection->HasIndex("by_size"));
+    EXPECT_EQ(QueryInt(m_connection->Prepare("SELECT count(*) FROM thing "
+                                             "WHERE name IN ('a', 'b') AND size IS NULL")),
+              2);
+}
+
 TEST_F(SavepointTest, OnlyTheInnermostCanBeReleased) {
     const Transaction transaction(*m_connection);
     Savepoint outer(*m_connection);

@@ -1,10 +1,8 @@
 #include "tool/source_loader.h"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <utility>
-#include <vector>
 
 #include "tool/content_hash.h"
 #include "tool/interrupt.h"
@@ -38,14 +36,6 @@ std::string Plural(std::uint64_t number, std::string_view noun) {
     return fmt::format("{} {}{}", number, noun, number == 1 ? "" : "s");
 }
 
-std::string NamesOfTypes(const recorddb::schema::Schema& schema) {
-    std::vector<std::string> names;
-    for (const auto& type : schema.Types()) {
-        names.push_back(type.name);
-    }
-    return fmt::format("{}", fmt::join(names, ", "));
-}
-
 }  // namespace
 
 SourceLoader::SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session> session,
@@ -67,13 +57,7 @@ SourceLoader::SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session
 
 void SourceLoader::Load(const Source& source) {
     PacketReader reader(source.path, source.name, ReadingOptions(source));
-    if (!reader.IsPacket()) {
-        throw SourceError(SourceProblem::NotAPacket, source.name,
-                          source.name +
-                              ": this is no packet: a packet is XML with a <configuration> or with "
-                              "<record> elements; leave the file out, or see that it is the one "
-                              "you mean");
-    }
+    RequirePacket(reader, source.name);
     if (reader.IsConfiguration()) {
         LoadConfiguration(reader, source);
     } else {

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "recorddb/schema/tables.h"
+#include "tool/verify/scratch_failure.h"
 #include "tool/verify/stored_text.h"
 
 namespace tool {
@@ -67,9 +68,11 @@ void RecordLookup::Copy(const RecordType& type, const Field& field) {
     const recorddb::sql::ResetGuard guard(read);
     while (read.Step()) {
         insert.BindAll(read.Text(0), read.Int(1));
-        insert.Execute();
+        OnScratch([&insert] { return insert.Execute(); });
     }
-    m_scratch.ExecuteScript(fmt::format("CREATE INDEX {0}_value ON {0} (value, dbid)", name));
+    OnScratch([&] {
+        m_scratch.ExecuteScript(fmt::format("CREATE INDEX {0}_value ON {0} (value, dbid)", name));
+    });
 }
 
 recorddb::KeyMatch RecordLookup::FindKey(const RecordType& type, std::string_view key) {

@@ -17,7 +17,8 @@ namespace tool {
 
 // Finds records by what sources know them by, in a database that is only read. Where a field that
 // is searched has no index, its values are copied once into the scratch database and searched
-// there, since a scan for each record would never end. Every operation throws sql::Error.
+// there, since a scan for each record would never end. Every operation throws sql::Error, and
+// std::runtime_error when the scratch database fails.
 class RecordLookup {
   public:
     // All of them outlive the object.

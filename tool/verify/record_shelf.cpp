@@ -4,6 +4,8 @@
 #include <span>
 #include <string_view>
 
+#include "tool/verify/scratch_failure.h"
+
 namespace tool {
 
 namespace {
@@ -55,19 +57,20 @@ void RecordShelf::Add(const KeptRecord& record) {
     m_insert->BindAll(record.type, record.dbid, record.place.source, record.place.record,
                       record.place.line, record.configuration, record.differs ? 1 : 0,
                       std::as_bytes(std::span(m_buffer)));
-    m_insert->Execute();
+    OnScratch([this] { return m_insert->Execute(); });
     ++m_count;
 }
 
 bool RecordShelf::Next(KeptRecord& record) {
     if (m_select == nullptr) {
         // Only the narrow index is sorted; the rows mostly stand in this order anyway.
-        m_scratch.ExecuteScript("CREATE INDEX kept_order ON kept (type, dbid)");
+        OnScratch(
+            [this] { m_scratch.ExecuteScript("CREATE INDEX kept_order ON kept (type, dbid)"); });
         m_select = &m_scratch.Prepare(
             "SELECT type, dbid, source, record, line, configuration, differs, fields "
             "FROM kept INDEXED BY kept_order ORDER BY type, dbid, sequence");
     }
-    if (!m_select->Step()) {
+    if (!OnScratch([this] { return m_select->Step(); })) {
         return false;
     }
     const auto number = [this](int column) {

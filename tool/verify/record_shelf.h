@@ -13,7 +13,7 @@ namespace tool {
 
 // Keeps any number of records in the order in which they come, and gives them back by the record of
 // the database that they speak of, those of one in the order in which they came. Takes the memory
-// of one record. Every operation throws sql::Error.
+// of one record. Every operation throws std::runtime_error when the scratch database fails.
 class RecordShelf {
   public:
     // SCRATCH, an empty database, outlives the object.

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "recorddb/schema/names.h"
 
@@ -60,10 +61,8 @@ ExpectedTarget ReferenceResolver::FindByNumberedKey(const RecordType& type,
     const std::size_t end = value.find(' ');
     ExpectedTarget first = FindBy(type, fieldName, value.substr(0, end));
     const std::string rest = end == std::string::npos ? "" : value.substr(end);
-    if (first.dbid == 0) {
-        return first;
-    }
-    ExpectedTarget target = FindKey(type, std::to_string(first.dbid) + rest);
+    ExpectedTarget target =
+        first.dbid == 0 ? std::move(first) : FindKey(type, std::to_string(first.dbid) + rest);
     target.text = value;
     return target;
 }

@@ -8,7 +8,6 @@
 #include "tool/interrupt.h"
 #include "tool/record_fields.h"
 #include "tool/source_checks.h"
-#include "tool/source_error.h"
 
 namespace tool {
 
@@ -40,6 +39,7 @@ void SourceScan::Read(const Source& source) {
     ReaderOptions options;
     options.unseen = [this](const UnseenRecord& unseen) { ReportUnseen(unseen); };
     PacketReader reader(source.path, source.name, options);
+    RequirePacket(reader, source.name);
     if (reader.IsConfiguration()) {
         ReadConfiguration(reader);
     } else {
@@ -52,13 +52,7 @@ void SourceScan::Read(const Source& source) {
 void SourceScan::ReadConfiguration(PacketReader& reader) {
     ImportConfiguration next = Current();
     next.Apply(reader.ReadConfiguration(), Name());
-    m_type = m_lookup.GetSchema().FindType(next.RecordType());
-    if (m_type == nullptr) {
-        throw SourceError(SourceProblem::Refused, Name(),
-                          fmt::format("{}: the database has no record type \"{}\"; name the "
-                                      "database that these packets were loaded into",
-                                      Name(), next.RecordType()));
-    }
+    m_type = &RequireType(m_lookup.GetSchema(), next, Name());
     m_configurations.push_back(std::move(next));
     m_losses.emplace(Current(), *m_type);
 }

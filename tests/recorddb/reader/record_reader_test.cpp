@@ -70,6 +70,17 @@ TEST_F(RecordReaderTest, TellsAllValues) {
     EXPECT_EQ(bug->Text(*bug->type->FindField("opened")), "");
 }
 
+TEST_F(RecordReaderTest, TellsWhatReferencesPointAt) {
+    const auto bug = RecordReader(Base()).Get(TypeOf("bug"), 1);
+    ASSERT_TRUE(bug.has_value());
+    const auto targets = [&bug](std::string_view field) {
+        return bug->targets[bug->type->FindField(field)->index];
+    };
+    EXPECT_EQ(targets("owner"), (std::vector<std::int64_t>{3}));
+    EXPECT_EQ(targets("watchers"), (std::vector<std::int64_t>{3, 1}));
+    EXPECT_EQ(targets("votes"), std::vector<std::int64_t>{});
+}
+
 TEST_F(RecordReaderTest, FindsByKeyBeforeDbid) {
     RecordReader reader(Base());
     EXPECT_EQ(reader.Find(TypeOf("bug"), "BUG00000002")->dbid, 2);

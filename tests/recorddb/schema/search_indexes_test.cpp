@@ -51,6 +51,22 @@ TEST_F(SearchIndexesTest, ColumnsWithAnIndexGetNoSecondOne) {
     EXPECT_EQ(IndexCount(), before);
 }
 
+TEST_F(SearchIndexesTest, KnowsWhatIsSearchedByAnIndex) {
+    const auto has = [this](std::string_view type, std::string_view field) {
+        return m_database->GetSearchIndexes().Has(Type(type), Field(type, field));
+    };
+    for (const char* const field : {"dbid", "id", "source_id", "owner"}) {
+        EXPECT_TRUE(has("bug", field)) << field;
+    }
+    for (const char* const field : {"watchers", "files", "log", "title"}) {
+        EXPECT_FALSE(has("bug", field)) << field;
+    }
+    Ensure("bug", "title");
+    EXPECT_TRUE(has("bug", "title"));
+    Reopen();
+    EXPECT_TRUE(has("bug", "title"));
+}
+
 TEST_F(SearchIndexesTest, LaterPartOfAKeyGetsItsOwn) {
     Ensure("order", "number");
     EXPECT_THAT(Plan("SELECT dbid FROM \"order\" WHERE number = $1"),

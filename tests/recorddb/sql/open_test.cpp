@@ -155,6 +155,21 @@ TEST_F(OpenTest, FullDatabaseIsTold) {
     EXPECT_EQ(ErrorOf([this, &big] { Insert(big); }).Kind(), ErrorKind::DiskFull);
 }
 
+TEST_F(OpenTest, AScratchDatabaseIsEmptyAndItsOwn) {
+    const auto first = OpenScratch();
+    const auto second = OpenScratch();
+    first->ExecuteScript("CREATE TABLE t (x INTEGER)");
+    EXPECT_TRUE(first->HasTable("t"));
+    EXPECT_FALSE(second->HasTable("t"));
+}
+
+TEST_F(OpenTest, AScratchDatabaseSpillsToDisk) {
+    m_connection = OpenScratch();
+    EXPECT_EQ(Pragma("temp_store"), "1");
+    EXPECT_EQ(Pragma("cache_size"), "-4096");
+    EXPECT_EQ(Pragma("synchronous"), "0");
+}
+
 }  // namespace
 
 }  // namespace recorddb::sql

@@ -1,0 +1,118 @@
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+
+#include "child_process.h"
+#include "load_fixture.h"
+#include "recorddb/sql/open.h"
+
+namespace tool {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+// The tool that verifies, as a process of its own.
+class VerifyProcess : public LoadFixture {
+  protected:
+    // Puts so many bugs into the database, and the same into a packet file behind its
+    // configuration. Their titles take SIZE characters.
+    std::vector<std::string> Bugs(int count) {
+        recorddb::sql::Open(m_database, recorddb::sql::OpenMode::ReadWrite)
+            ->ExecuteScript(fmt::format(
+                "DELETE FROM bug; WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n "
+                "WHERE i < {}) INSERT INTO bug (dbid, id, state, source_id, title) SELECT i, "
+                "printf('BUG%08d', i), 'NEW', i, 'The title of ' || i FROM n",
+                count));
+        const std::string file = m_folder.File(fmt::format("bugs{}.xml", count));
+        std::ofstream out(file);
+        out << "<records>\n";
+        for (int i = count; i > 0; --i) {
+            out << RecordXml(
+                {{"source_id", std::to_string(i)}, {"title", fmt::format("The title of {}", i)}});
+        }
+        out << "</records>\n";
+        return {Configuration("configuration.xml", "record", "bug", "source_id"), file};
+    }
+
+    std::vector<std::string> Command(const std::vector<std::string>& sources) const {
+        std::vector<std::string> command = {ZTIMPORT, "verify", m_database};
+        command.insert(command.end(), sources.begin(), sources.end());
+        return command;
+    }
+
+    // The most memory that a process took, in KiB, and its exit code.
+    struct Use {
+        long memory;
+        int code;
+    };
+    static Use Run(const std::vector<std::string>& command) {
+        const pid_t process = fork();
+        if (process == 0) {
+            std::vector<char*> arguments;
+            for (const std::string& argument : command) {
+                arguments.push_back(const_cast<char*>(argument.c_str()));
+            }
+            arguments.push_back(nullptr);
+            execv(arguments.front(), arguments.data());
+            _exit(127);
+        }
+        int status = 0;
+        rusage usage{};
+        EXPECT_EQ(wait4(process, &status, 0, &usage), process);
+        return {usage.ru_maxrss, WEXITSTATUS(status)};
+    }
+};
+
+TEST_F(VerifyProcess, TakesNoMoreMemoryForMoreRecords) {
+    const Use few = Run(Command(Bugs(1'000)));
+    const Use many = Run(Command(Bugs(20'000)));
+    EXPECT_EQ(few.code, 0);
+    EXPECT_EQ(many.code, 0);
+    // Pages of the two databases that are kept within fixed limits, which the few do not reach.
+    EXPECT_LT(many.memory, few.memory + 12 * 1024);
+}
+
+TEST_F(VerifyProcess, NamesTheTemporaryFolderWhenThatIsFull) {
+    auto sources = Bugs(1);
+    const std::string longTitle(std::size_t{200} * 1024, 'x');
+    sources.push_back(
+        Records("long.xml", std::vector<Fields>(50, {{"source_id", "1"}, {"title", longTitle}})));
+    ChildProcess verify(Command(sources), [] {
+        // Stands for a disk without room: no file of the process may grow beyond this. What is
+        // kept of the records takes several MiB.
+        std::signal(SIGXFSZ, SIG_IGN);
+        constexpr rlim_t room = rlim_t{1024} * 1024;
+        const rlimit limit{room, room};
+        if (setrlimit(RLIMIT_FSIZE, &limit) != 0) {
+            throw std::runtime_error("no limit");
+        }
+    });
+    EXPECT_EQ(verify.Wait(), 2);
+    EXPECT_THAT(verify.Output(), HasSubstr("the temporary file that verifying needs cannot be "
+                                           "used"));
+    EXPECT_THAT(verify.Output(), HasSubstr("name another one in TMPDIR"));
+}
+
+TEST_F(VerifyProcess, AnInterruptLeavesNothingBehind) {
+    auto command = Command(Bugs(20'000));
+    command.insert(command.end(), {"--report", m_folder.File("report.json")});
+    ChildProcess verify(command);
+    usleep(200'000);
+    verify.Signal(SIGINT);
+    EXPECT_EQ(verify.Wait(), 128 + SIGINT);
+    EXPECT_THAT(verify.Output(), HasSubstr("Stopped before the end"));
+    for (const auto& entry : std::filesystem::directory_iterator(m_folder.Path())) {
+        EXPECT_THAT(entry.path().filename(), Not(StartsWith("report")));
+    }
+}
+
+}  // namespace
+}  // namespace tool

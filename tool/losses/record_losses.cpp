@@ -201,7 +201,9 @@ void RecordLosses::FindInValue(std::size_t field, FieldUse use) {
 // Returns the number of entries that the record's fields have up to this one.
 std::size_t RecordLosses::FindInHistory(std::size_t field) {
     const RecordPart& part = m_readings.PartOf(field);
-    const auto& [name, value] = m_readings.Fields().At(field);
+    // Not bindings, which lambdas may capture with newer compilers only.
+    const std::string& name = m_readings.Fields().At(field).name;
+    const std::string& value = m_readings.Fields().At(field).value;
     if (m_configuration.Data() == ImportedData::History && std::exchange(m_historySeen, true)) {
         Add(LossKind::UnusedField, part, name,
             Quoted(value) + " is not read: a history packet uses the first such field only");

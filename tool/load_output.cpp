@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include "tool/html/number_text.h"
 #include "tool/run_words.h"
 
 namespace tool {
@@ -119,11 +120,10 @@ void LoadOutput::NoteRejectedBefore(const std::string& source, std::uint64_t rec
     if (m_html) {
         m_html->Summary().AddRejectedBefore(records);
     }
-    Warn(
-        fmt::format("{}: {} of its records were rejected by an earlier load; mend and load what "
-                    "that load left in its rejects folder, or try them again as they are with "
-                    "--retry-rejected",
-                    source, records));
+    Warn(fmt::format(
+        "{}: an earlier load rejected {} of it; mend and load what that load left in its "
+        "rejects folder, or try again as it is with --retry-rejected",
+        source, CountOf(records, "record")));
 }
 
 void LoadOutput::ShowReject(const RejectedRecord& record, const std::string& sourceId) {

@@ -7,6 +7,8 @@
 #include <cmath>
 #include <utility>
 
+#include "tool/html/number_text.h"
+
 namespace tool {
 
 namespace {
@@ -87,7 +89,7 @@ void Progress::Remember(const Sample& now) {
 }
 
 std::string Progress::Describe(const Sample& now) const {
-    std::string text = fmt::format("{} records", now.records);
+    std::string text = CountOf(now.records, "record");
     const Sample& base = m_recent.front();
     double span = Seconds(now.time - base.time);
     if (span > 0) {

@@ -63,12 +63,14 @@ std::string Joined(const std::vector<Part>& parts) {
 
 std::string TotalsText(const LoadTotals& totals, bool rehearsed) {
     return fmt::format(
-        "{} records read: {} {}created, {} updated, {} rejected, {} skipped\n"
-        "{} history entries, {} attachments, {} duplicate marks\n"
+        "{} read: {} {}created, {} updated, {} rejected, {} skipped\n"
+        "{}, {}, {}\n"
         "{:.1f} seconds, {:.0f} records per second\n",
-        totals.read, totals.created, rehearsed ? "would be " : "", totals.updated, totals.rejected,
-        totals.skipped, totals.history, totals.attachments, totals.duplicates, totals.seconds,
-        static_cast<double>(totals.read) / std::max(totals.seconds, 0.001));
+        CountOf(totals.read, "record"), Grouped(totals.created), rehearsed ? "would be " : "",
+        Grouped(totals.updated), Grouped(totals.rejected), Grouped(totals.skipped),
+        CountOf(totals.history, "history entry", "history entries"),
+        CountOf(totals.attachments, "attachment"), CountOf(totals.duplicates, "duplicate mark"),
+        totals.seconds, static_cast<double>(totals.read) / std::max(totals.seconds, 0.001));
 }
 
 std::string Verdict(const Rehearsed& rehearsed, const LossLog& losses) {

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "tool/content_hash.h"
+#include "tool/html/number_text.h"
 #include "tool/interrupt.h"
 #include "tool/losses/configuration_losses.h"
 #include "tool/packet_head.h"
@@ -30,10 +31,6 @@ LoadTotals TotalsOf(const ImportOutcome& outcome, ImportedData data) {
     }
     totals.skipped = outcome.Skipped() ? 1 : 0;
     return totals;
-}
-
-std::string Plural(std::uint64_t number, std::string_view noun) {
-    return fmt::format("{} {}{}", number, noun, number == 1 ? "" : "s");
 }
 
 }  // namespace
@@ -150,7 +147,7 @@ LoadJournal SourceLoader::OpenJournal(const Source& source) {
                         source.name, m_options.fresh, m_options.retryRejected);
     if (journal.WasComplete()) {
         m_output.Say(fmt::format("{}: already loaded ({})", source.name,
-                                 Plural(journal.HandledBefore(), "record")));
+                                 CountOf(journal.HandledBefore(), "record")));
     } else if (journal.HandledBefore() > 0) {
         m_output.Say(fmt::format("{}: goes on behind record {}, where an earlier load stopped",
                                  source.name, journal.HandledBefore()));

@@ -19,7 +19,7 @@ import tempfile
 
 FENCE = re.compile(r"^```(\S*)\s*(.*)$")
 # What a load says of its progress, if the machine is slow enough for it.
-PROGRESS = re.compile(r"\d+ records, \d+ records/s\b.*")
+PROGRESS = re.compile(r"[\d,]+ records?, \d+ records/s\b.*")
 
 
 def blocks(page):

@@ -188,7 +188,7 @@ TEST_F(CheckTest, FindsTheRecordsOfEarlierSources) {
                     Records("update.xml", {{{"source_id", "b"}, {"original", "a"}}})};
     EXPECT_EQ(Check(sources), 0);
     EXPECT_THAT(Said(), HasSubstr("4 records read: 2 would be created, 1 updated, 0 rejected"));
-    EXPECT_THAT(Said(), HasSubstr("1 history entries, 0 attachments, 1 duplicate marks"));
+    EXPECT_THAT(Said(), HasSubstr("1 history entry, 0 attachments, 1 duplicate mark"));
 }
 
 TEST_F(CheckTest, SkipsWhatALoadWouldSkip) {
@@ -196,7 +196,7 @@ TEST_F(CheckTest, SkipsWhatALoadWouldSkip) {
     Load(sources);
     EXPECT_EQ(Check(sources), 0);
     EXPECT_THAT(Said(), HasSubstr("already loaded (1 record)"));
-    EXPECT_THAT(Said(), HasSubstr("1 records read: 0 would be created, 0 updated, 0 rejected, "
+    EXPECT_THAT(Said(), HasSubstr("1 record read: 0 would be created, 0 updated, 0 rejected, "
                                   "1 skipped"));
     // Twice in one rehearsal: its own journal is read as well.
     const auto others = Bugs({{{"source_id", "b"}, {"title", "B"}}});
@@ -232,7 +232,7 @@ TEST_F(CheckTest, ExaminesAttachmentsWithoutStoringThem) {
         return Fields{{"source_id", file}, {"title", "A"}, {"files", "1\n" + file + "\n5\na note"}};
     };
     EXPECT_EQ(Check(Bugs({record("note.txt")})), 0);
-    EXPECT_THAT(Said(), HasSubstr("1 attachments"));
+    EXPECT_THAT(Said(), HasSubstr("1 attachment,"));
     EXPECT_EQ(Check(Bugs({record("missing.txt"), record("../note.txt")})), 1);
     EXPECT_THAT(Said(), ContainsRegex("record 1 .*missing.txt"));
     EXPECT_THAT(Said(), ContainsRegex("record 2 .*\\.\\./note.txt"));
@@ -329,7 +329,7 @@ TEST_F(CheckTest, FindsEveryKindOfLoss) {
 TEST_F(CheckTest, PassesOverWhatStandsBeforeAnyConfiguration) {
     const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}}});
     EXPECT_EQ(Check({sources[1], sources[0], sources[1]}), 1);
-    EXPECT_THAT(Said(), HasSubstr("1 records read: 1 would be created"));
+    EXPECT_THAT(Said(), HasSubstr("1 record read: 1 would be created"));
     EXPECT_THAT(Said(), EndsWith("packets before any configuration: 1\n"
                                  "1 packet would be of no effect.\n"));
 }
@@ -379,7 +379,7 @@ TEST_F(CheckTest, StopsBehindTooManyRejects) {
     m_options.maxRejects = 1;
     const Fields bad = {{"title", "A"}, {"votes", "many"}};
     EXPECT_EQ(Check(Bugs({bad, bad, bad, bad})), 1);
-    EXPECT_THAT(Said(), HasSubstr("Stopped, since more than 1 records would be rejected. The "
+    EXPECT_THAT(Said(), HasSubstr("Stopped, since more than 1 record would be rejected. The "
                                   "database is as it was before."));
     EXPECT_THAT(Said(), EndsWith("Up to here: 2 records would be rejected.\n"));
 }

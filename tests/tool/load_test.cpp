@@ -83,7 +83,7 @@ TEST_F(LoadTest, TheSameDataUnderAnotherConfigurationIsOtherWork) {
     const auto update =
         Configuration("update.xml", "record", "bug", "source_id", "<updaterecord name=\"TRUE\"/>");
     EXPECT_EQ(Load({update, sources[1]}), 0);
-    EXPECT_THAT(Said(), HasSubstr("1 records read: 0 created, 1 updated"));
+    EXPECT_THAT(Said(), HasSubstr("1 record read: 0 created, 1 updated"));
     EXPECT_EQ(Query("SELECT count(*) FROM bug"), "1");
 }
 
@@ -110,7 +110,7 @@ TEST_F(LoadTest, EarlierRejectsKeepASecondLoadFromCountingAsComplete) {
     const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}, {"owner", "ann"}}});
     EXPECT_EQ(Load(sources), 1);
     EXPECT_EQ(Load(sources), 1);
-    EXPECT_THAT(Said(), HasSubstr("1 of its records were rejected by an earlier load"));
+    EXPECT_THAT(Said(), HasSubstr("an earlier load rejected 1 record of it"));
 }
 
 TEST_F(LoadTest, RejectedRecordsCanBeTriedAgain) {
@@ -225,7 +225,7 @@ TEST_F(LoadTest, HistoryIsNotCountedAsAnUpdate) {
                               {"history", "1\t2020-01-01 00:00:00\tu\tsubmit\tnone\tNEW"}}})}),
               0);
     EXPECT_THAT(Said(), HasSubstr("0 created, 0 updated"));
-    EXPECT_THAT(Said(), HasSubstr("1 history entries"));
+    EXPECT_THAT(Said(), HasSubstr("1 history entry"));
 }
 
 TEST_F(LoadTest, AnUnseenRecordElementIsWarnedOf) {

@@ -130,7 +130,7 @@ TEST_F(ProgressTest, GoesByTheLastTenSeconds) {
         progress.Update(records, 100000 + records);
     }
     std::string shown = Shown();
-    EXPECT_THAT(shown, testing::EndsWith("100200 records, 10 records/s, 20 %, 22:13:00 left"));
+    EXPECT_THAT(shown, testing::EndsWith("100,200 records, 10 records/s, 20 %, 22:13:00 left"));
 }
 
 TEST_F(ProgressTest, IsQuietButForMessages) {

@@ -45,10 +45,13 @@ TEST_F(VerifyTest, ACleanLoadIsVerified) {
 TEST_F(VerifyTest, WhatWasComparedIsCounted) {
     LoadAndVerify(Tracker());
     EXPECT_THAT(Shown(),
-                HasSubstr("user: 2 compared, 2 equal, 0 different, 0 missing; 4 fields, "));
+                StartsWith("         compared  equal  different  missing  fields  references  "
+                           "history  attachments  duplicates\n"
+                           "user            2      2          0        0       4           0  "
+                           "      0            0           0\n"));
     EXPECT_THAT(Shown(),
-                HasSubstr("bug: 2 compared, 2 equal, 0 different, 0 missing; 7 fields, 3 "
-                          "references, 3 history entries, 2 attachments, 1 duplicate mark\n"));
+                HasSubstr("\nbug             2      2          0        0       7           3  "
+                          "      3            2           1\n"));
 }
 
 TEST_F(VerifyTest, TheDatabaseStaysAsItIs) {

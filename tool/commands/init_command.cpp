@@ -4,6 +4,7 @@
 
 #include "recorddb/database.h"
 #include "recorddb/schema/schema_file.h"
+#include "tool/html/number_text.h"
 
 namespace tool {
 
@@ -14,8 +15,8 @@ void RunInit(const std::string& database, const std::string& schemaFile, std::os
     for (const auto& type : schema.Types()) {
         names += (names.empty() ? "" : ", ") + type.name;
     }
-    out << fmt::format("{}: created with {} record type{}: {}\n", database, schema.Types().size(),
-                       schema.Types().size() == 1 ? "" : "s", names);
+    out << fmt::format("{}: created with {}: {}\n", database,
+                       CountOf(schema.Types().size(), "record type"), names);
 }
 
 }  // namespace tool

@@ -9,6 +9,7 @@
 #include "recorddb/session/session.h"
 #include "tool/database_failure.h"
 #include "tool/exit_code.h"
+#include "tool/html/number_text.h"
 #include "tool/interrupt.h"
 #include "tool/load_output.h"
 #include "tool/source_checks.h"
@@ -30,11 +31,11 @@ int ExitCodeOf(const LoadOutput& output) {
 }
 
 void SayWhyStopped(const LoadOptions& options, LoadOutput& output) {
-    const std::string why =
-        Interrupted() != 0
-            ? "Stopped."
-            : fmt::format("Stopped, since more than {} records {} rejected.",
-                          options.maxRejects.value_or(0), options.rehearse ? "would be" : "were");
+    const std::string why = Interrupted() != 0
+                                ? "Stopped."
+                                : fmt::format("Stopped, since more than {} {} rejected.",
+                                              CountOf(options.maxRejects.value_or(0), "record"),
+                                              options.rehearse ? "would be" : "were");
     const std::string_view state =
         options.rehearse ? "The database is as it was before."
                          : "Everything up to here is in the database; the same command goes on.";

@@ -3,6 +3,10 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
+
+#include "tool/html/number_text.h"
 #include "tool/verify/value_pair.h"
 
 namespace tool {
@@ -41,18 +45,45 @@ std::string Shown(std::string_view value) {
     return value.empty() ? "nothing" : fmt::format("\"{}\"", value);
 }
 
-std::string Counted(std::uint64_t number, std::string_view one, std::string_view many) {
-    return fmt::format("{} {}", number, number == 1 ? one : many);
-}
+struct Column {
+    std::string_view title;
+    std::uint64_t VerifiedType::*number;
+};
 
-std::string DescribeType(const VerifiedType& type) {
-    return fmt::format("{}: {} compared, {} equal, {} different, {} missing; {}, {}, {}, {}, {}\n",
-                       type.name.empty() ? "of no type" : type.name, type.compared, type.equal,
-                       type.different, type.missing, Counted(type.fields, "field", "fields"),
-                       Counted(type.references, "reference", "references"),
-                       Counted(type.history, "history entry", "history entries"),
-                       Counted(type.attachments, "attachment", "attachments"),
-                       Counted(type.duplicates, "duplicate mark", "duplicate marks"));
+constexpr std::array<Column, 9> kColumns = {{
+    {"compared", &VerifiedType::compared},
+    {"equal", &VerifiedType::equal},
+    {"different", &VerifiedType::different},
+    {"missing", &VerifiedType::missing},
+    {"fields", &VerifiedType::fields},
+    {"references", &VerifiedType::references},
+    {"history", &VerifiedType::history},
+    {"attachments", &VerifiedType::attachments},
+    {"duplicates", &VerifiedType::duplicates},
+}};
+
+// A table with a line for each type.
+std::string DescribeTypes(const std::vector<VerifiedType>& types) {
+    const auto nameOf = [](const VerifiedType& type) {
+        return type.name.empty() ? std::string("(no type)") : type.name;
+    };
+    std::size_t width = 0;
+    for (const VerifiedType& type : types) {
+        width = std::max(width, nameOf(type).size());
+    }
+    std::string text(width, ' ');
+    for (const Column& column : kColumns) {
+        text += fmt::format("  {}", column.title);
+    }
+    text += '\n';
+    for (const VerifiedType& type : types) {
+        text += fmt::format("{:<{}}", nameOf(type), width);
+        for (const Column& column : kColumns) {
+            text += fmt::format("  {:>{}}", Grouped(type.*column.number), column.title.size());
+        }
+        text += '\n';
+    }
+    return text;
 }
 
 }  // namespace
@@ -123,12 +154,11 @@ void VerifyOutput::Finish(const VerifySummary& summary) {
     if (m_quiet) {
         return;
     }
-    for (const VerifiedType& type : summary.types) {
-        m_out << DescribeType(type);
+    if (!summary.types.empty()) {
+        m_out << DescribeTypes(summary.types);
     }
-    m_out << fmt::format("{} read, {} found, {:.1f} seconds\n",
-                         Counted(summary.read, "record", "records"),
-                         Counted(summary.differences, "difference", "differences"), summary.seconds)
+    m_out << fmt::format("{} read, {} found, {:.1f} seconds\n", CountOf(summary.read, "record"),
+                         CountOf(summary.differences, "difference"), summary.seconds)
           << summary.Verdict() << '\n';
 }
 

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "tool/html/number_text.h"
+
 namespace tool {
 
 std::string VerifySummary::Verdict() const {
@@ -10,11 +12,10 @@ std::string VerifySummary::Verdict() const {
     }
     const std::uint64_t bad = differing + missing;
     if (bad == 0) {
-        return fmt::format("NOT verified: {} difference{} found.", differences,
-                           differences == 1 ? "" : "s");
+        return fmt::format("NOT verified: {} found.", CountOf(differences, "difference"));
     }
     const std::uint64_t all = compared + missing;
-    return fmt::format("NOT verified: {} of {} record{} {}.", bad, all, all == 1 ? "" : "s",
+    return fmt::format("NOT verified: {} of {} {}.", Grouped(bad), CountOf(all, "record"),
                        bad == 1 ? "differs" : "differ");
 }
 

@@ -23,13 +23,15 @@ int RejectFileNumber(const std::filesystem::path& file);
 //
 // Rejected records are set aside before the transaction ends that says so: a load that is killed in
 // between rejects them again when it goes on, and without this they would stand there twice.
-// A rejected record is known by its configuration, the comment with its place and reason, and its
-// text. Takes 16 bytes of memory for each.
+// A rejected record is known by its configuration, its place, which its comment begins with, and
+// its text. The reason does not count: it may name other rejected records, of which a load that
+// goes on knows less. Takes 16 bytes of memory for each.
 class KnownRejects {
   public:
     // Knows nothing.
     KnownRejects() = default;
-    // Reads the files in FOLDER. Throws std::system_error when one cannot be read.
+    // Reads the files in FOLDER. A records file that a process left off in the middle of an entry
+    // is closed behind the entry before. Throws std::system_error when one cannot be read.
     explicit KnownRejects(const std::filesystem::path& folder);
 
     // Whether a records file holds ENTRY, whole lines of which the first is the comment, and its

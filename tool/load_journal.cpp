@@ -3,13 +3,15 @@
 #include <algorithm>
 #include <utility>
 
+#include "recorddb/sql/error.h"
+
 namespace tool {
 
 LoadJournal::LoadJournal(recorddb::journal::Journal& journal, recorddb::journal::JournalKey key,
                          std::string sourceName, bool fresh, bool retry)
-    : m_journal(journal), m_key(std::move(key)), m_forget(fresh) {
-    if (const auto known = fresh ? std::nullopt : m_journal.Find(m_key)) {
-        m_entry = *known;
+    : m_journal(journal), m_key(std::move(key)), m_stored(journal.Find(m_key)), m_forget(fresh) {
+    if (m_stored && !fresh) {
+        m_entry = *m_stored;
         m_wasComplete = m_entry.complete;
         m_handledBefore = static_cast<std::uint64_t>(m_entry.nextOrdinal);
         m_rejectedBefore = static_cast<std::uint64_t>(m_entry.rejected);
@@ -56,10 +58,16 @@ void LoadJournal::NoteRejected(std::uint64_t ordinal) {
 }
 
 void LoadJournal::Save() {
+    if (m_journal.Find(m_key) != m_stored) {
+        throw recorddb::sql::Error(
+            recorddb::sql::ErrorKind::Busy,
+            "another load of " + m_entry.sourceName + " is under way or has just ended", "");
+    }
     if (std::exchange(m_forget, false)) {
         m_journal.Forget(m_key);
     }
     m_journal.Save(m_key, m_entry);
+    m_stored = m_entry;
     for (const std::int64_t ordinal : m_newRejects) {
         m_journal.AddReject(m_key, ordinal);
     }

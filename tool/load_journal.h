@@ -2,6 +2,7 @@
 #define TOOL_LOAD_JOURNAL_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -33,6 +34,9 @@ class LoadJournal {
     std::uint64_t HandledBefore() const { return m_handledBefore; }
     std::uint64_t RejectedBefore() const { return m_rejectedBefore; }
 
+    // True when rejected records of an earlier load are tasks again.
+    bool Retries() const { return !m_retry.empty(); }
+
     // True when nothing of the source is left to do.
     bool NothingToDo() const { return m_wasComplete && m_retry.empty(); }
 
@@ -45,7 +49,8 @@ class LoadJournal {
     // Notes that the source holds no more records.
     void NoteEnd() { m_entry.complete = true; }
 
-    // Writes what was noted, in the transaction that is open.
+    // Writes what was noted, in the transaction that is open. Throws sql::Error (Busy) when another
+    // load has written the same entry since this one read it: both would import the same records.
     void Save();
 
   private:
@@ -54,6 +59,7 @@ class LoadJournal {
     recorddb::journal::Journal& m_journal;
     recorddb::journal::JournalKey m_key;
     recorddb::journal::JournalEntry m_entry;
+    std::optional<recorddb::journal::JournalEntry> m_stored;  // as this load knows it to be stored
     bool m_forget;
     bool m_wasComplete = false;
     std::uint64_t m_handledBefore = 0;

@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <iostream>
+#include <system_error>
 
 #include "platform/foundation/cexception.h"
 #include "recorddb/database_error.h"
@@ -38,6 +39,15 @@ int FailWithCurrentException() {
         return Fail(tool::ExplainFailure(error), tool::ExitCode::DatabaseFailed);
     } catch (CException* exception) {
         return Fail(tool::TakeText(exception), tool::ExitCode::DatabaseFailed);
+    } catch (const std::system_error& error) {
+        const bool noRoom = error.code() == std::errc::no_space_on_device ||
+                            error.code() == std::errc::file_too_large ||
+                            error.code() == std::errc::io_error;
+        return noRoom ? Fail(std::string(error.what()) +
+                                 "; make room, then start the same command again: it goes on "
+                                 "where this one stopped",
+                             tool::ExitCode::DatabaseFailed)
+                      : Fail(error.what(), tool::ExitCode::BadInput);
     } catch (const std::exception& error) {
         return Fail(error.what(), tool::ExitCode::BadInput);
     }

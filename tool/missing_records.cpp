@@ -52,6 +52,21 @@ std::string MappedField(const ImportConfiguration& configuration, const Field& f
     return found == mapping.end() ? std::string() : found->second;
 }
 
+// Others are stored in another form than people write.
+bool IsComparedAsText(const Field& field) {
+    switch (field.kind) {
+        case FieldKind::Text:
+        case FieldKind::Multiline:
+        case FieldKind::Choice:
+        case FieldKind::State:
+        case FieldKind::DisplayId:
+        case FieldKind::Integer:
+            return true;
+        default:
+            return false;
+    }
+}
+
 bool IsReference(const Field& field) {
     return field.kind == FieldKind::Reference || field.kind == FieldKind::ReferenceList;
 }
@@ -116,9 +131,11 @@ std::vector<MissingRecords::Wanted> MissingRecords::References(
             continue;
         }
         const std::string value = FindFieldValue(record, field.name).value_or("");
+        const RecordType& target = m_database.GetSchema().Type(field.target);
+        // A key of several fields is not searched through the mapping.
+        const std::string mapped = target.key.size() > 1 ? "" : MappedField(configuration, field);
         for (const std::string& item : Items(field, value)) {
-            wanted.push_back({&m_database.GetSchema().Type(field.target),
-                              MappedField(configuration, field), item, field.name});
+            wanted.push_back({&target, mapped, item, field.name});
         }
     }
     return wanted;
@@ -126,10 +143,12 @@ std::vector<MissingRecords::Wanted> MissingRecords::References(
 
 bool MissingRecords::IsThere(const Wanted& wanted) {
     if (wanted.field.empty()) {
-        return m_reader.Find(*wanted.type, wanted.value).has_value();
+        const auto found = m_reader.Find(*wanted.type, wanted.value);
+        // A dbid is found, too, but is no key.
+        return found && m_reader.Key(*wanted.type, found->dbid) == wanted.value;
     }
     const Field* field = wanted.type->FindField(wanted.field);
-    if (field == nullptr || !recorddb::schema::HasColumn(field->kind)) {
+    if (field == nullptr || !IsComparedAsText(*field)) {
         return true;
     }
     m_database.GetSearchIndexes().Ensure(*wanted.type, *field);

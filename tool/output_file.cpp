@@ -26,6 +26,16 @@ OutputFile OutputFile::CreateNew(const std::filesystem::path& path) {
     return {descriptor, path};
 }
 
+OutputFile OutputFile::OpenExisting(const std::filesystem::path& path) {
+    int descriptor = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+        Fail(path, "opened");
+    }
+    OutputFile file(descriptor, path);
+    file.m_size = std::filesystem::file_size(path);
+    return file;
+}
+
 OutputFile::OutputFile(int descriptor, std::filesystem::path path)
     : m_descriptor(descriptor), m_path(std::move(path)) {}
 
@@ -65,6 +75,13 @@ void OutputFile::WriteAt(std::uint64_t offset, std::string_view bytes) {
         bytes.remove_prefix(static_cast<std::size_t>(written));
     }
     m_size = offset;
+}
+
+void OutputFile::Truncate(std::uint64_t size) {
+    if (::ftruncate(m_descriptor, static_cast<off_t>(size)) != 0) {
+        Fail(m_path, "written");
+    }
+    m_size = size;
 }
 
 void OutputFile::Sync() {

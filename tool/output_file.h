@@ -13,6 +13,8 @@ class OutputFile {
   public:
     // Makes the file, which must not exist yet.
     static OutputFile CreateNew(const std::filesystem::path& path);
+    // Opens a file that exists; what is in it stays.
+    static OutputFile OpenExisting(const std::filesystem::path& path);
     // Takes over an open DESCRIPTOR of the file at PATH.
     OutputFile(int descriptor, std::filesystem::path path);
     ~OutputFile();
@@ -23,6 +25,8 @@ class OutputFile {
     void Append(std::string_view bytes);
     // Writes BYTES at OFFSET, over what stands there; Append goes on behind them.
     void WriteAt(std::uint64_t offset, std::string_view bytes);
+    // Cuts off what stands behind SIZE bytes.
+    void Truncate(std::uint64_t size);
     // Sees the content to the disk.
     void Sync();
     // Closes the file, and reports what the system only now finds out.

@@ -10,6 +10,7 @@
 
 #include "tool/decoding_marks.h"
 #include "tool/packet_head.h"
+#include "tool/replacing_file.h"
 #include "tool/text_units.h"
 
 namespace tool {
@@ -132,8 +133,23 @@ void RejectWriter::Write(const RejectedRecord& record) {
     }
     std::size_t size = text.size();
     text += closingTag;
-    m_records->WriteAt(m_end, text);
+    try {
+        m_records->WriteAt(m_end, text);
+    } catch (const std::system_error&) {
+        LeaveClosed();
+        throw;
+    }
     m_end += size;
+}
+
+// A disk that has no room for a record has room for what stood in its place.
+void RejectWriter::LeaveClosed() noexcept {
+    try {
+        m_records->Truncate(m_end);
+        m_records->Append(closingTag);
+    } catch (const std::system_error&) {
+        // The next run closes the file.
+    }
 }
 
 // Looked for when the first record is rejected, since most loads reject none.
@@ -152,19 +168,23 @@ void RejectWriter::OpenPair() {
                "the numbers for files of rejected records are used up, use an empty directory");
     }
     if (!m_configuration.empty()) {
-        OutputFile file = Create(number, rejectConfigurationKind);
-        file.Append(m_configuration);
-        file.Close();
+        Create(number, rejectConfigurationKind, m_configuration);
     }
-    m_records = Create(number, rejectRecordsKind);
-    m_records->Append(fmt::format("{}\n<records>\n", packetDeclaration));
-    m_end = m_records->Size();
+    const std::string head = fmt::format("{}\n<records>\n", packetDeclaration);
+    m_records =
+        OutputFile::OpenExisting(Create(number, rejectRecordsKind, head + std::string(closingTag)));
+    m_end = head.size();
 }
 
-OutputFile RejectWriter::Create(int number, std::string_view kind) {
-    OutputFile file = OutputFile::CreateNew(m_directory / RejectFileName(number, kind));
-    m_files.push_back(file.Path());
-    return file;
+// Makes a file that appears complete: one that a process has left empty would keep the folder from
+// being loaded.
+fs::path RejectWriter::Create(int number, std::string_view kind, std::string_view content) {
+    fs::path path = m_directory / RejectFileName(number, kind);
+    ReplacingFile file(path);
+    file.Append(content);
+    file.Finish();
+    m_files.push_back(path);
+    return path;
 }
 
 }  // namespace tool

@@ -33,7 +33,7 @@ struct RejectedRecord {
 // Write the files are complete and closed XML documents, as far as the records in them are
 // well-formed. Nothing is made before the first record is rejected, and files of earlier runs stay:
 // numbering goes on behind them, and a record that stands in one of them with the same
-// configuration, place, reason and text is not written again.
+// configuration, place and text is not written again.
 //
 // All operations throw std::system_error that names the file when something cannot be written.
 class RejectWriter {
@@ -59,7 +59,8 @@ class RejectWriter {
   private:
     const KnownRejects& Known();
     void OpenPair();
-    OutputFile Create(int number, std::string_view kind);
+    std::filesystem::path Create(int number, std::string_view kind, std::string_view content);
+    void LeaveClosed() noexcept;
 
     std::filesystem::path m_directory;
     std::string m_configuration;

@@ -153,7 +153,7 @@ LoadJournal SourceLoader::OpenJournal(const Source& source) {
                                  source.name, journal.HandledBefore()));
     }
     if (journal.RejectedBefore() > 0) {
-        m_output.NoteRejectedBefore(source.name, journal.RejectedBefore(), m_options.retryRejected);
+        m_output.NoteRejectedBefore(source.name, journal.RejectedBefore(), journal.Retries());
     }
     return journal;
 }
@@ -167,9 +167,9 @@ void SourceLoader::LoadRecords(PacketReader& reader, const Source& source, LoadJ
         }
         if (journal.TaskOf(record.ordinal) == RecordTask::Pass) {
             m_output.AddSkipped(1);
-            continue;
+        } else {
+            LoadRecord(record, source, journal);
         }
-        LoadRecord(record, source, journal);
         m_output.Advance(m_bytesBefore + reader.BytesRead());
         m_stopped = MustStop();
     }
@@ -185,7 +185,8 @@ void SourceLoader::LoadRecord(const SourceRecord& record, const Source& source,
     std::string error = record.error;
     if (record.defect != RecordDefect::None ||
         !ImportOne(record.packet, record.ordinal, journal, error)) {
-        Reject(record, source, error, journal);
+        Reject(record, source, error);
+        journal.NoteRejected(record.ordinal);
     }
     if (m_group.AddRecord()) {
         CommitGroup(journal);
@@ -193,11 +194,13 @@ void SourceLoader::LoadRecord(const SourceRecord& record, const Source& source,
 }
 
 void SourceLoader::LoadWhole(PacketReader& reader, const Source& source, LoadJournal& journal) {
-    if (journal.HandledBefore() > 0 && !journal.WasComplete()) {
+    // Nothing to do is not the case here: what is there was imported record by record, and the
+    // whole packet would import it again.
+    if (journal.HandledBefore() > 0) {
         throw SourceError(SourceProblem::Refused, source.name,
                           source.name +
-                              ": an earlier load of its records was interrupted; finish "
-                              "that without --whole-packets first");
+                              ": an earlier load has imported some of its records one by one; "
+                              "finish that without --whole-packets first");
     }
     if (m_losses) {
         PacketReader records(source.path, source.name, ReadingOptions(source));
@@ -211,11 +214,15 @@ void SourceLoader::LoadWhole(PacketReader& reader, const Source& source, LoadJou
     std::string error = whole.error;
     m_output.AddRead();
     if (!error.empty() || !ImportOne(whole.text, 0, journal, error)) {
-        Reject(record, source, error, journal);
+        // Left out of the journal: nothing of the packet is there, and the next load, by records or
+        // whole, begins at its front.
+        Reject(record, source, error);
+        m_group.Commit();
+    } else {
+        journal.NoteEnd();
+        CommitGroup(journal);
     }
     m_stopped = MustStop();
-    journal.NoteEnd();
-    CommitGroup(journal);
 }
 
 // Imports one packet; when it fails, nothing of it stays.
@@ -234,12 +241,12 @@ bool SourceLoader::ImportOne(std::string_view packet, std::uint64_t ordinal, Loa
     savepoint->Release();
     const LoadTotals done = TotalsOf(outcome, m_configuration.Data());
     journal.NoteImported(ordinal, done);
-    m_output.AddImported(done);
+    Add(m_uncommitted, done);
     return true;
 }
 
 void SourceLoader::Reject(const SourceRecord& record, const Source& source,
-                          const std::string& reason, LoadJournal& journal) {
+                          const std::string& reason) {
     m_group.Open();
     RejectedRecord rejected;
     rejected.source = source.name;
@@ -255,12 +262,12 @@ void SourceLoader::Reject(const SourceRecord& record, const Source& source,
     m_output.AddReject(rejected, sourceId);
     m_missing.NoteRejected(m_configuration, sourceId,
                            fmt::format("{}, record {}", source.name, rejected.number));
-    journal.NoteRejected(record.ordinal);
 }
 
 void SourceLoader::CommitGroup(LoadJournal& journal) {
     journal.Save();
     m_group.Commit();
+    m_output.AddImported(std::exchange(m_uncommitted, {}));
 }
 
 bool SourceLoader::MustStop() const {

@@ -53,8 +53,7 @@ class SourceLoader {
     void LoadWhole(PacketReader& reader, const Source& source, LoadJournal& journal);
     bool ImportOne(std::string_view packet, std::uint64_t ordinal, LoadJournal& journal,
                    std::string& error);
-    void Reject(const SourceRecord& record, const Source& source, const std::string& reason,
-                LoadJournal& journal);
+    void Reject(const SourceRecord& record, const Source& source, const std::string& reason);
     void CommitGroup(LoadJournal& journal);
     bool MustStop() const;
 
@@ -66,6 +65,7 @@ class SourceLoader {
     MissingRecords m_missing;
     RecordImporter m_importer;
     RecordGroup m_group;
+    LoadTotals m_uncommitted;            // what was done since the last commit
     std::optional<LossFinder> m_losses;  // of a rehearsal
     std::uint64_t m_bytesBefore = 0;     // sizes of the sources dealt with
     bool m_stopped = false;

@@ -139,7 +139,7 @@ TEST_F(DatabaseTest, OlderFormatIsRefusedNamingExpectedAndFound) {
     GivenDatabase();
     GivenSql("UPDATE zt_schema SET format_version = 0, oldest_readable = 0, newest_readable = 0");
     ExpectProblem(Database::Mode::ReadOnly, DatabaseError::Problem::FormatTooOld,
-                  AllOf(HasSubstr("found database format 0"), HasSubstr("from 1 to 1")));
+                  AllOf(HasSubstr("its format is 0"), HasSubstr("knows formats from 1")));
 }
 
 TEST_F(DatabaseTest, ServerUrlsAreRefusedWithoutTheirPassword) {

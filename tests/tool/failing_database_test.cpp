@@ -7,6 +7,8 @@
 
 #include <csignal>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 
 #include "child_process.h"
@@ -73,7 +75,10 @@ TEST_F(FailingDatabase, OneThatAnotherProgramHasLockedEndsTheLoad) {
 }
 
 TEST_F(FailingDatabase, AFileThatMayNotGrowEndsTheLoad) {
-    ChildProcess load(Command(), [] {
+    std::vector<std::string> command = Command();
+    const std::string report = m_folder.File("report.json");
+    command.insert(command.end(), {"--report", report});
+    ChildProcess load(command, [] {
         // The system then refuses the write instead of ending the program.
         std::signal(SIGXFSZ, SIG_IGN);
         constexpr rlim_t kBytes = 400'000;
@@ -86,6 +91,9 @@ TEST_F(FailingDatabase, AFileThatMayNotGrowEndsTheLoad) {
     EXPECT_THAT(load.Output(), AllOf(HasSubstr("the database failed"), HasSubstr("lets files grow"),
                                      HasSubstr("start the same command again")));
     ExpectNothingHalfWritten();
+    std::ifstream file(report);
+    EXPECT_THAT(std::string(std::istreambuf_iterator<char>(file), {}),
+                HasSubstr("\"created\":" + Query("SELECT count(*) FROM bug") + ","));
     ExpectTheSameCommandCompletes();
 }
 

@@ -6,6 +6,9 @@
 
 #include "interrupting_sink.h"
 #include "load_fixture.h"
+#include "recorddb/database.h"
+#include "recorddb/sql/error.h"
+#include "tool/load_journal.h"
 #include "tool/source_error.h"
 
 namespace tool {
@@ -274,6 +277,68 @@ TEST_F(LoadTest, AWholePacketIsAllOrNothing) {
         Load(Bugs({{{"source_id", "a"}, {"title", "A"}}, {{"source_id", "b"}, {"title", "B"}}})),
         0);
     EXPECT_EQ(Query("SELECT count(*) FROM bug"), "2");
+}
+
+TEST_F(LoadTest, ARejectedWholePacketIsLoadedFromItsFrontLater) {
+    const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}, {"owner", "ann"}},
+                               {{"source_id", "b"}, {"title", "B"}},
+                               {{"source_id", "c"}, {"title", "C"}}});
+    m_options.wholePackets = true;
+    EXPECT_EQ(Load(sources), 1);
+    EXPECT_EQ(Query("SELECT count(*) FROM bug"), "0");
+    m_options.wholePackets = false;
+    Load({Configuration("users-configuration.xml", "record", "user", "login"),
+          Records("users.xml", {{{"login", "ann"}}})});
+    EXPECT_EQ(Load(sources), 0);
+    EXPECT_EQ(Query("SELECT count(*) FROM bug"), "3");
+}
+
+TEST_F(LoadTest, APacketLoadedByRecordsIsNotLoadedWholeAgain) {
+    const auto sources = Bugs({{{"title", "A"}}, {{"title", "B"}, {"owner", "ann"}}});
+    EXPECT_EQ(Load(sources), 1);
+    m_options.wholePackets = true;
+    m_options.retryRejected = true;
+    EXPECT_THROW(Load(sources), SourceError);
+    EXPECT_EQ(Query("SELECT count(*) FROM bug"), "1");
+}
+
+TEST_F(LoadTest, RetryingAnInterruptedLoadStillLeavesItsRejects) {
+    const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}, {"owner", "ann"}},
+                               {{"source_id", "b"}, {"title", "B"}}});
+    m_options.maxRejects = 0;
+    EXPECT_EQ(Load(sources), 1);
+    m_options.maxRejects.reset();
+    m_options.retryRejected = true;
+    EXPECT_EQ(Load(sources), 1);
+    EXPECT_THAT(Said(), HasSubstr("an earlier load rejected 1 record of it"));
+    EXPECT_EQ(Query("SELECT source_id FROM bug"), "b");
+}
+
+TEST_F(LoadTest, AFreshLoadThatStopsDoesNotPromiseToGoOn) {
+    m_options.maxRejects = 0;
+    m_options.fresh = true;
+    Load(Bugs({{{"source_id", "a"}, {"title", "A"}, {"owner", "ann"}}}));
+    EXPECT_THAT(Said(), HasSubstr("go on without --fresh"));
+}
+
+TEST_F(LoadTest, TwoLoadsOfOneSourceAtATimeDoNotBothImportIt) {
+    const auto database = recorddb::Database::Open(m_database, recorddb::Database::Mode::ReadWrite);
+    const recorddb::journal::JournalKey key{std::string(64, 'a'), std::string(64, 'b')};
+    LoadJournal first(database->GetJournal(), key, "bugs.xml", false, false);
+    LoadJournal second(database->GetJournal(), key, "bugs.xml", false, false);
+    auto transaction = database->Begin();
+    first.NoteImported(0, {});
+    first.Save();
+    first.NoteImported(1, {});
+    first.Save();
+    second.NoteImported(0, {});
+    try {
+        second.Save();
+        ADD_FAILURE() << "no error";
+    } catch (const recorddb::sql::Error& error) {
+        EXPECT_EQ(error.Kind(), recorddb::sql::ErrorKind::Busy);
+        EXPECT_THAT(error.what(), HasSubstr("another load of bugs.xml"));
+    }
 }
 
 TEST_F(LoadTest, QuietSaysNothingOfSuccess) {

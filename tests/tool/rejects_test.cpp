@@ -157,6 +157,49 @@ TEST_F(RejectsTest, AreNotWrittenAgainWhereTheyStandAlready) {
     EXPECT_THAT(ReadBack(), ElementsAre(declaration + bugs, "<record>a</record>", odd));
 }
 
+TEST_F(RejectsTest, AreTheSameForAnotherReason) {
+    for (const char* reason : {"waits for a", "waits for a, which was rejected too"}) {
+        RejectWriter writer(Directory());
+        writer.SetConfiguration(bugs);
+        writer.Write(Rejected("<record>b</record>", reason));
+    }
+    EXPECT_THAT(ReadBack(), ElementsAre(declaration + bugs, "<record>b</record>"));
+}
+
+struct LeftOff {
+    const char* name;
+    std::string end;  // of the file, behind its one whole entry
+};
+
+class RejectsLeftOff : public RejectsTest, public testing::WithParamInterface<LeftOff> {};
+
+TEST_P(RejectsLeftOff, AreClosedBehindTheLastWholeEntryAndGoOn) {
+    {
+        RejectWriter writer(Directory());
+        writer.SetConfiguration(bugs);
+        writer.Write(Rejected("<record>a</record>"));
+    }
+    std::string text = Content("0001-records.xml");
+    text.resize(text.rfind("</records>"));
+    std::ofstream(Directory() / "0001-records.xml") << text << GetParam().end;
+    RejectWriter writer(Directory());
+    writer.SetConfiguration(bugs);
+    writer.Write(Rejected("<record>a</record>"));
+    writer.Write(Rejected("<record>whole</record>"));
+    EXPECT_EQ(Content("0001-records.xml"), text + "</records>\n");
+    EXPECT_THAT(ReadBack(), ElementsAre(declaration + bugs, "<record>a</record>",
+                                        declaration + bugs, "<record>whole</record>"));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, RejectsLeftOff,
+    testing::Values(
+        LeftOff{"Nowhere", ""}, LeftOff{"InTheComment", "<!-- bugs.xml, rec"},
+        LeftOff{"BehindTheComment", "<!-- bugs.xml, record 12, line 340: no good -->\n"},
+        LeftOff{"InTheRecord", "<!-- bugs.xml, record 12, line 340: no good -->\n<record>who"},
+        LeftOff{"InTheClosingTag", "</reco"}),
+    [](const auto& test) { return std::string(test.param.name); });
+
 struct OtherReject {
     const char* difference;
     const char* configuration;
@@ -184,8 +227,9 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(OtherReject{"configuration", users.c_str(), 12, "no good",
                                 "<record>a</record>"},
                     OtherReject{"number", bugs.c_str(), 13, "no good", "<record>a</record>"},
-                    OtherReject{"reason", bugs.c_str(), 12, "bad", "<record>a</record>"},
-                    OtherReject{"text", bugs.c_str(), 12, "no good", "<record>b</record>"}),
+                    OtherReject{"text", bugs.c_str(), 12, "no good", "<record>b</record>"},
+                    OtherReject{"textBehindAComment", bugs.c_str(), 12, "no good",
+                                "<record>a\n<!-- a -->\nb</record>"}),
     [](const auto& test) { return std::string(test.param.difference); });
 
 TEST_F(RejectsTest, AreNumberedBehindTheHighestNumber) {

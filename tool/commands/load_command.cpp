@@ -38,6 +38,7 @@ void SayWhyStopped(const LoadOptions& options, LoadOutput& output) {
                                               options.rehearse ? "would be" : "were");
     const std::string_view state =
         options.rehearse ? "The database is as it was before."
+        : options.fresh  ? "Everything up to here is in the database; go on without --fresh."
                          : "Everything up to here is in the database; the same command goes on.";
     const std::string text = fmt::format("{} {}", why, state);
     output.NoteEarlyEnd(text);

@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include "tool/html/number_text.h"
+#include "tool/number_text.h"
 #include "tool/run_words.h"
 
 namespace tool {
@@ -99,7 +99,10 @@ void LoadOutput::AddLoss(const Loss& loss) {
         m_html->Summary().AddLoss(loss);
     }
     if (!m_rehearse) {
-        Warn(fmt::format("warning: {}: {}", PlaceOf(loss), loss.text));
+        // Every load tells these; the page has the others.
+        if (loss.kind == LossKind::UnseenRecord || loss.kind == LossKind::NothingImported) {
+            Warn(fmt::format("warning: {}: {}", PlaceOf(loss), loss.text));
+        }
         return;
     }
     if (m_report) {

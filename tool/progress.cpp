@@ -7,7 +7,7 @@
 #include <cmath>
 #include <utility>
 
-#include "tool/html/number_text.h"
+#include "tool/number_text.h"
 
 namespace tool {
 

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tool/html/number_text.h"
+#include "tool/number_text.h"
 
 namespace tool {
 

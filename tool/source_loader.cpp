@@ -5,9 +5,9 @@
 #include <utility>
 
 #include "tool/content_hash.h"
-#include "tool/html/number_text.h"
 #include "tool/interrupt.h"
 #include "tool/losses/configuration_losses.h"
+#include "tool/number_text.h"
 #include "tool/packet_head.h"
 #include "tool/record_fields.h"
 #include "tool/source_checks.h"
@@ -44,9 +44,11 @@ SourceLoader::SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session
       m_missing(database),
       m_importer(session),
       m_group(std::move(session), options.rehearse) {
-    if (options.rehearse) {
+    if (options.LooksForLosses()) {
         m_losses.emplace(database.GetSchema(),
                          [this](const Loss& loss) { m_output.AddLoss(loss); });
+    }
+    if (options.rehearse) {
         // What is read of the database from here on must not change under the rehearsal.
         m_group.Open();
     }
@@ -97,9 +99,9 @@ void SourceLoader::LoadConfiguration(PacketReader& reader, const Source& source)
 void SourceLoader::LoadData(PacketReader& reader, const Source& source) {
     if (m_losses) {
         m_losses->BeginData(source.name);
-        if (!m_configuration.Received()) {
-            return;
-        }
+    }
+    if (m_options.rehearse && !m_configuration.Received()) {
+        return;
     }
     CheckData(source);
     LoadJournal journal = OpenJournal(source);

@@ -84,6 +84,15 @@ TEST_F(HtmlLoadTest, TellsWhatARehearsalFound) {
     EXPECT_EQ(Query("SELECT count(*) FROM bug"), "0");
 }
 
+TEST_F(HtmlLoadTest, TellsWhatALoadLostSilently) {
+    EXPECT_EQ(Load({Bugs(), Records("r.xml", {{{"source_id", "a"}, {"title", "A"}, {"title", "B"}},
+                                              {{"source_id", "b"}, {"title", "B"}}})}),
+              0);
+    EXPECT_THAT(Page(), AllOf(HasSubstr("Loaded with losses"),
+                              HasSubstr("fields named more than once in a record</span></h3>")));
+    EXPECT_THAT(Said(), Not(HasSubstr("named again")));
+}
+
 TEST_F(HtmlLoadTest, SaysBeforeTheLoadThatItCannotBeWritten) {
     m_options.html = m_folder.File("missing/page.html");
     EXPECT_THROW(Load({Bugs(), Records("r.xml", {{{"source_id", "a"}, {"title", "A"}}})}),

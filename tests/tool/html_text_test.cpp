@@ -5,8 +5,8 @@
 #include <chrono>
 #include <string>
 
-#include "tool/html/number_text.h"
 #include "tool/html/shell_word.h"
+#include "tool/number_text.h"
 
 namespace {
 

@@ -242,6 +242,26 @@ TEST_F(VerifyTest, ARecordWithoutStatesIsFoundByItsKey) {
     EXPECT_EQ(Differences(), "||||missing from the database\nann|email|ann@x|x|");
 }
 
+TEST_F(VerifyTest, AReferenceAsOriginalIdIsReadAsAKey) {
+    const auto sources = Together(
+        {Configuration("users-configuration.xml", "record", "user", "login"),
+         Records("users.xml", {{{"login", "2"}}, {{"login", "1"}}}),
+         Configuration("bugs-configuration.xml", "record", "bug", "owner")},
+        {Records("bugs.xml",
+                 {{{"owner", "2"}, {"title", "Two"}}, {{"owner", "1"}, {"title", "One"}}})});
+    EXPECT_EQ(LoadAndVerify(sources), 0) << Shown();
+    Damage("UPDATE bug SET owner = 3 - owner");
+    EXPECT_EQ(Verify(sources), 1);
+}
+
+TEST_F(VerifyTest, BlankInANewRecordIsNoValue) {
+    const auto sources =
+        Bugs("bugs.xml", {{{"source_id", "C-1"}, {"title", "One"}, {"votes", "blank"}}});
+    EXPECT_EQ(LoadAndVerify(sources), 0) << Shown();
+    Damage("UPDATE bug SET votes = 1");
+    EXPECT_EQ(Verify(sources), 1);
+}
+
 TEST_F(VerifyTest, ARecordWithoutAnOriginalIdCannotBeCompared) {
     EXPECT_EQ(LoadAndVerifyBugs({{{"title", "One"}}}), 1);
     EXPECT_EQ(Differences(), "||||cannot be compared: it has no original id");

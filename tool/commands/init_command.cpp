@@ -4,7 +4,7 @@
 
 #include "recorddb/database.h"
 #include "recorddb/schema/schema_file.h"
-#include "tool/html/number_text.h"
+#include "tool/number_text.h"
 
 namespace tool {
 

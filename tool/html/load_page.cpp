@@ -4,9 +4,9 @@
 
 #include "tool/html/html_text.h"
 #include "tool/html/load_verdict.h"
-#include "tool/html/number_text.h"
 #include "tool/html/page_parts.h"
 #include "tool/html/rate_chart.h"
+#include "tool/number_text.h"
 
 namespace tool {
 
@@ -83,10 +83,8 @@ std::string LossesSection(const RunSummary& summary) {
         "<p>What the rules for packets drop or change without an error, so that no record is "
         "rejected for it.</p>\n";
     if (losses == 0) {
-        content += summary.Rehearsed()
-                       ? "<p>The rehearsal looked for them and found none.</p>\n"
-                       : "<p>The load noticed none. It does not look for all of them, though: "
-                         "ztimport check does.</p>\n";
+        content += fmt::format("<p>The {} looked for them and found none.</p>\n",
+                               summary.Rehearsed() ? "rehearsal" : "load");
     }
     for (const auto& [kind, group] : summary.Losses()) {
         content += GroupHtml(group, losses, "What is lost");

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <string_view>
 
-#include "tool/html/number_text.h"
+#include "tool/number_text.h"
 
 namespace tool {
 

@@ -4,8 +4,8 @@
 
 #include "tool/html/html_table.h"
 #include "tool/html/html_text.h"
-#include "tool/html/number_text.h"
 #include "tool/html/page_parts.h"
+#include "tool/number_text.h"
 
 namespace tool {
 

@@ -1,7 +1,7 @@
 #include <fmt/format.h>
 
-#include "tool/html/number_text.h"
 #include "tool/html/verify_page.h"
+#include "tool/number_text.h"
 
 namespace tool {
 

@@ -34,7 +34,15 @@ std::vector<std::int64_t> RecordLookup::Find(const RecordType& type, const Field
     if (!recorddb::schema::HasColumn(field.kind)) {
         return {};
     }
-    const std::string stored = StoredText(field, value);
+    std::string stored = StoredText(field, value);
+    if (field.kind == recorddb::schema::FieldKind::Reference) {
+        // People write the key of the record that it points at.
+        const auto match = FindKey(m_database.GetSchema().Type(field.target), value);
+        if (match.dbid == 0) {
+            return {};
+        }
+        stored = std::to_string(match.dbid);
+    }
     return m_database.GetSearchIndexes().Has(type, field)
                ? m_reader.FindByValue(type, field, stored, kLimit)
                : FindCopied(type, field, stored);

@@ -16,10 +16,11 @@ using recorddb::schema::FieldKind;
 
 namespace {
 
-// What the second stage finds missing from the database.
+// What the second stage finds missing from the database, and the word for an empty value, which is
+// what the database then holds.
 bool IsComparedAnyway(LossKind kind) {
     return kind == LossKind::LongHistoryLine || kind == LossKind::HistoryBeyondLimit ||
-           kind == LossKind::IncompleteAttachment;
+           kind == LossKind::IncompleteAttachment || kind == LossKind::ClearedValue;
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <array>
 
-#include "tool/html/number_text.h"
+#include "tool/number_text.h"
 #include "tool/verify/value_pair.h"
 
 namespace tool {

@@ -55,7 +55,7 @@ struct VerdictCase {
 TEST(VerifySummaryTest, TheVerdictIsOneSentence) {
     constexpr VerdictCase kCases[] = {
         {9, 0, 0, 0, "Verified: everything in the sources is in the database."},
-        {1922, 3, 0, 8, "NOT verified: 3 of 1922 records differ."},
+        {1922, 3, 0, 8, "NOT verified: 3 of 1,922 records differ."},
         {9, 2, 1, 3, "NOT verified: 3 of 10 records differ."},
         {9, 1, 0, 4, "NOT verified: 1 of 9 records differs."},
         {1, 1, 0, 1, "NOT verified: 1 of 1 record differs."},

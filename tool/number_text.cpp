@@ -1,4 +1,4 @@
-#include "tool/html/number_text.h"
+#include "tool/number_text.h"
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>

@@ -1,5 +1,5 @@
-#ifndef TOOL_HTML_NUMBER_TEXT_H
-#define TOOL_HTML_NUMBER_TEXT_H
+#ifndef TOOL_NUMBER_TEXT_H
+#define TOOL_NUMBER_TEXT_H
 
 #include <chrono>
 #include <cstdint>

@@ -78,6 +78,13 @@ TEST_F(VerifyTest, StatesThatAreNotImportedSayNothing) {
         << Shown();
 }
 
+TEST_F(VerifyTest, WithoutAStateANewRecordIsInTheFirst) {
+    LoadAndVerifyBugs({{{"source_id", "C-1"}, {"title", "One"}, {"state", "OPEN"}}});
+    Damage("UPDATE bug SET state = 'OPEN'");
+    EXPECT_EQ(Verify(m_sources), 1);
+    EXPECT_EQ(Differences(), "BUG00000001|state|NEW|OPEN|not the state that new records begin in");
+}
+
 TEST_F(VerifyTest, AnUpdateReplacesWhatItSpeaksOf) {
     LoadAndVerifyBugs({{{"source_id", "C-1"}, {"title", "One"}, {"votes", "1"}, {"owner", "ann"}}});
     EXPECT_EQ(
@@ -202,6 +209,24 @@ TEST_F(VerifyTest, AMendedRecordIsVerifiedWithItsFirstForm) {
                                            {"votes", "12"},
                                            {"log", "1\t2020-01-01\tann\tsubmit\tnone\tNEW"}}})),
         0);
+    EXPECT_EQ(Verify(Together(sources, m_sources)), 0) << Shown();
+}
+
+TEST_F(VerifyTest, ListsAndFilesOfAMendedRecordBeginAnew) {
+    const auto sources = Bugs("bugs", {{{"source_id", "C-1"},
+                                        {"title", "One"},
+                                        {"votes", "many"},
+                                        {"keywords", "blue,green"},
+                                        {"files", "1\nb.txt\n5\nfirst"}}});
+    EXPECT_EQ(LoadAndVerify(m_sources = Basics()), 0);
+    EXPECT_EQ(Load(sources), 1);
+    EXPECT_EQ(LoadAndVerifyMore(Bugs("mended", {{{"source_id", "C-1"},
+                                                 {"title", "One"},
+                                                 {"votes", "12"},
+                                                 {"keywords", "red,blue"},
+                                                 {"files", "1\nsub/a.txt\n5\nmended"}}})),
+              0)
+        << Shown();
     EXPECT_EQ(Verify(Together(sources, m_sources)), 0) << Shown();
 }
 

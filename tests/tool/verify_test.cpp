@@ -116,9 +116,15 @@ TEST_F(VerifyTest, ListsGrowByUpdates) {
                   "update", {{{"source_id", "C-1"}, {"keywords", "red,,blue , red"}}}, kUpdate)),
               0)
         << Shown();
-    Damage("UPDATE bug__keywords SET position = -1 WHERE target = 1");
+    Damage("DELETE FROM bug__keywords WHERE target = 1");
     Verify(m_sources);
-    EXPECT_EQ(Differences(), "BUG00000001|keywords|blue,red|red,blue|in another order");
+    EXPECT_EQ(Differences(), "BUG00000001|keywords|blue,red|blue|");
+}
+
+TEST_F(VerifyTest, TheOrderOfAListThatWasNotReplacedDoesNotCount) {
+    LoadAndVerifyBugs({{{"source_id", "C-1"}, {"title", "One"}, {"keywords", "blue,red"}}});
+    Damage("UPDATE bug__keywords SET position = -1 WHERE target = 1");
+    EXPECT_EQ(Verify(m_sources), 0) << Shown();
 }
 
 TEST_F(VerifyTest, ListsAreReplaced) {

@@ -125,7 +125,8 @@ void ExpectedRecord::AddReference(const SourcePlace& place, const Field& field,
     if (trimmed.empty()) {
         return;
     }
-    ExpectedTargets expected{.place = place, .targets = {}, .exact = true, .creation = m_creation};
+    ExpectedTargets expected{
+        .place = place, .targets = {}, .exact = true, .ordered = true, .creation = m_creation};
     if (!IsBlankWord(trimmed)) {
         expected.targets.push_back(m_resolver.Resolve(field, name, trimmed, configuration));
     }
@@ -141,7 +142,7 @@ void ExpectedRecord::AddList(const SourcePlace& place, const Field& field, const
     }
     std::optional<ExpectedTargets>& expected = m_targets[field.index];
     if (!expected || replaces || expected->creation != m_creation) {
-        expected = {place, {}, m_whole || replaces, m_creation};
+        expected = {place, {}, m_whole || replaces, replaces, m_creation};
     }
     expected->place = place;
     for (const std::string& item : items) {

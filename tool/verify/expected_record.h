@@ -25,7 +25,8 @@ struct ExpectedValue {
 struct ExpectedTargets {
     SourcePlace place;
     std::vector<ExpectedTarget> targets;  // without repetitions
-    bool exact = false;  // these and no others, in this order; else these among others
+    bool exact = false;                   // these and no others; else these among others
+    bool ordered = false;                 // in this order, as far as they are exact
     int creation = 0;
 };
 

@@ -127,6 +127,7 @@ class HistoryComparison {
             }
         }
         std::vector<std::string> asStored;
+        asStored.reserve(inDatabase.size());
         for (const auto& [entry, text] : inDatabase) {
             asStored.push_back(text);
         }

@@ -195,7 +195,7 @@ std::string SourceScan::Locate(const PacketFields& fields, std::int64_t& dbid) {
 }
 
 std::string SourceScan::LocateByKey(const PacketFields& fields, std::int64_t& dbid) {
-    const std::string noId = "cannot be compared: it has no original id";
+    constexpr const char* noId = "cannot be compared: it has no original id";
     if (m_type->HasStates()) {
         return noId;
     }

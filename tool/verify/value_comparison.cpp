@@ -13,6 +13,7 @@ namespace {
 
 std::string Joined(const std::vector<ExpectedTarget>& targets) {
     std::vector<std::string> texts;
+    texts.reserve(targets.size());
     for (const ExpectedTarget& target : targets) {
         texts.push_back(target.text);
     }
@@ -21,6 +22,7 @@ std::string Joined(const std::vector<ExpectedTarget>& targets) {
 
 std::vector<std::int64_t> DbIds(const std::vector<ExpectedTarget>& targets) {
     std::vector<std::int64_t> dbids;
+    dbids.reserve(targets.size());
     for (const ExpectedTarget& target : targets) {
         dbids.push_back(target.dbid);
     }
@@ -64,6 +66,15 @@ struct Unclaimed {
     }
 };
 
+// A list is a set, unless the sources replaced it as a whole.
+bool Agrees(const ExpectedTargets& claim, const std::vector<std::int64_t>& stored,
+            const std::vector<std::int64_t>& dbids) {
+    if (claim.exact && claim.ordered) {
+        return stored == dbids;
+    }
+    return ContainsAll(stored, dbids) && (!claim.exact || stored.size() == dbids.size());
+}
+
 void CompareTargets(const ExpectedRecord& expected, const recorddb::RecordView& record,
                     const Field& field, DifferenceReporter& reporter, VerifiedType& tally) {
     const std::vector<std::int64_t>& stored = record.targets[field.index];
@@ -75,7 +86,7 @@ void CompareTargets(const ExpectedRecord& expected, const recorddb::RecordView& 
     }
     tally.references += claim->targets.size();
     const std::vector<std::int64_t> dbids = DbIds(claim->targets);
-    if (claim->exact ? stored != dbids : !ContainsAll(stored, dbids)) {
+    if (!Agrees(*claim, stored, dbids)) {
         reporter.Report(claim->place, field.name, Joined(claim->targets), keys,
                         ProblemOf(claim->targets, stored));
     }

@@ -2,7 +2,6 @@
 #define TOOL_VERIFY_VERIFY_REPORT_H
 
 #include <filesystem>
-#include <utility>
 
 #include "tool/list_report.h"
 #include "tool/verify/verify_sink.h"
@@ -18,7 +17,7 @@ namespace tool {
 class VerifyReport final : public VerifySink {
   public:
     // A place that cannot be written shows before the comparison.
-    explicit VerifyReport(std::filesystem::path path) : m_list(std::move(path)) {}
+    explicit VerifyReport(const std::filesystem::path& path) : m_list(path) {}
 
     void Differs(const Difference& difference) override;
     void Finish(const VerifySummary& summary) override;

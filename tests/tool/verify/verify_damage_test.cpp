@@ -51,8 +51,6 @@ constexpr DamageCase kValues[] = {
      "keywords|red,blue|red,green|"},
     {"ListMemberMore", "INSERT INTO bug__keywords (record, position, target) VALUES (1, 9, 2)",
      "keywords|red,blue|red,blue,green|"},
-    {"ListOrder", "UPDATE bug__keywords SET position = 9 WHERE record = 1 AND target = 1",
-     "keywords|red,blue|blue,red|in another order"},
     {"ListThatNoSourceHas", "INSERT INTO bug__keywords (record, position, target) VALUES (2, 1, 2)",
      "BUG00000002|keywords||green|"},
     {"RecordGone", "DELETE FROM keyword WHERE dbid = 2", "||||missing from the database"},

@@ -2,7 +2,6 @@
 #define TOOL_CONTENT_HASH_H
 
 #include <filesystem>
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -10,24 +9,7 @@
 
 namespace tool {
 
-// SHA-256, fed piece by piece.
-class ContentHash {
-  public:
-    // Throws std::runtime_error when the cryptographic library refuses to work.
-    ContentHash();
-    ~ContentHash();
-    ContentHash(const ContentHash&) = delete;
-    ContentHash& operator=(const ContentHash&) = delete;
-
-    void Update(std::string_view bytes);
-
-    // The digest of all pieces as 64 lower-case hexadecimal digits. Nothing may follow it.
-    std::string HexDigest();
-
-  private:
-    struct Context;
-    std::unique_ptr<Context> m_context;
-};
+// SHA-256 digests as 64 lower-case hexadecimal digits.
 
 // The digest of TEXT.
 std::string HashText(std::string_view text);

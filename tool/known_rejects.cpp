@@ -10,7 +10,7 @@
 #include <optional>
 #include <system_error>
 
-#include "tool/content_hash.h"
+#include "recorddb/attachments/content_hash.h"
 #include "tool/output_file.h"
 
 namespace tool {
@@ -191,9 +191,9 @@ bool KnownRejects::Contain(std::string_view configuration, std::string_view entr
 
 KnownRejects::Digest KnownRejects::DigestOf(std::string_view configuration,
                                             std::string_view piece) {
-    ContentHash hash;
+    recorddb::ContentHash hash;
     hash.Update(configuration);
-    hash.Update({"\0", 1});
+    hash.Update(std::string_view("\0", 1));
     hash.Update(piece);
     const std::string hex = hash.HexDigest();
     Digest digest{};

@@ -5,6 +5,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace recorddb {
 
@@ -18,6 +19,7 @@ class ContentHash {
     ContentHash& operator=(const ContentHash&) = delete;
 
     void Update(std::span<const std::byte> piece);
+    void Update(std::string_view piece) { Update(std::as_bytes(std::span(piece))); }
 
     // The hash of all pieces as 64 lower-case hex digits. Nothing may follow it.
     std::string HexDigest();

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <string>
 
+#include "recorddb/attachments/content_hash.h"
 #include "temporary_folder.h"
 #include "tool/source_error.h"
 
@@ -23,7 +24,7 @@ TEST(ContentHash, IsSha256InHexadecimal) {
 }
 
 TEST(ContentHash, DoesNotDependOnThePieces) {
-    tool::ContentHash hash;
+    recorddb::ContentHash hash;
     hash.Update("a");
     hash.Update("");
     hash.Update("bc");

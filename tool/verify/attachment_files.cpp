@@ -2,8 +2,8 @@
 
 #include <vector>
 
+#include "recorddb/attachments/content_hash.h"
 #include "tool/byte_source.h"
-#include "tool/content_hash.h"
 #include "tool/source_error.h"
 
 namespace tool {
@@ -15,10 +15,10 @@ constexpr std::size_t kPiece = std::size_t{256} * 1024;
 FileContent ReadFile(const std::filesystem::path& path, const std::string& name) {
     FileContent content;
     FileBytes bytes(path, name);
-    ContentHash hash;
+    recorddb::ContentHash hash;
     std::vector<char> piece(kPiece);
     while (const std::size_t got = bytes.Read(piece.data(), piece.size())) {
-        hash.Update({piece.data(), got});
+        hash.Update(std::string_view(piece.data(), got));
         content.size += static_cast<std::int64_t>(got);
     }
     content.sha256 = hash.HexDigest();

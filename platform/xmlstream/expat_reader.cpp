@@ -32,6 +32,8 @@ constexpr long kLinesBeforeInput = 1;
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
+constexpr std::string_view kReplacementCharacter = "\xEF\xBF\xBD";
+
 bool BeginsWithDeclaration(std::string_view text) {
     constexpr std::string_view kOpening = "<?xml";
     constexpr std::string_view kWhiteSpace = " \t\r\n";
@@ -39,12 +41,25 @@ bool BeginsWithDeclaration(std::string_view text) {
            kWhiteSpace.find(text[kOpening.size()]) != std::string_view::npos;
 }
 
+// Whether the byte continues a UTF-8 character that another byte has begun.
+bool ContinuesCharacter(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+}
+
+// How many bytes at the beginning of the text are the rest of a character that was cut.
+std::size_t RestOfCutCharacter(std::string_view text) {
+    constexpr std::size_t kMostContinuingBytes = 3;
+    const std::string_view first = text.substr(0, kMostContinuingBytes);
+    return static_cast<std::size_t>(
+        std::find_if_not(first.begin(), first.end(), ContinuesCharacter) - first.begin());
+}
+
 XmlPosition Advance(XmlPosition position, std::string_view text) {
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] == '\n' || (text[i] == '\r' && !text.substr(i).starts_with("\r\n"))) {
             ++position.line;
             position.column = 1;
-        } else if ((static_cast<unsigned char>(text[i]) & 0xC0U) != 0x80U && text[i] != '\r') {
+        } else if (!ContinuesCharacter(text[i]) && text[i] != '\r') {
             ++position.column;
         }
     }
@@ -71,13 +86,15 @@ struct ExpatReader::Callbacks {
         auto& self = *static_cast<ExpatReader*>(reader);
         self.m_chunkHadEvents = true;
         // The end of an empty element is reported even if its start has already stopped expat.
-        if (self.m_callbackFailure) {
+        if (self.m_callbackFailure || self.m_refused) {
             return;
         }
         try {
             event(self);
         } catch (...) {
             self.m_callbackFailure = std::current_exception();
+        }
+        if (self.m_callbackFailure || self.m_refused) {
             XML_StopParser(self.m_parser.Get(), XML_FALSE);
         }
     }
@@ -85,7 +102,8 @@ struct ExpatReader::Callbacks {
     static void StartTag(void* reader, const char* name, const char** attributes) {
         Take(reader, [=](ExpatReader& self) {
             if (self.m_queue.Depth() >= kDeepestElement) {
-                self.Fail(XmlException::Code::kTooDeep, u"elements are nested too deeply");
+                self.Refuse(XmlException::Code::kTooDeep, u"elements are nested too deeply");
+                return;
             }
             self.m_queue.AddStartTag(name, attributes);
             XML_StopParser(self.m_parser.Get(), XML_TRUE);
@@ -95,7 +113,8 @@ struct ExpatReader::Callbacks {
     static void EndTag(void* reader, const char* name) {
         Take(reader, [=](ExpatReader& self) {
             if (self.m_queue.Depth() == 0) {
-                self.Fail(XmlException::Code::kMalformed, u"an end tag without its start tag");
+                self.Refuse(XmlException::Code::kMalformed, u"an end tag without its start tag");
+                return;
             }
             self.m_queue.AddEndTag(name);
             XML_StopParser(self.m_parser.Get(), XML_TRUE);
@@ -127,7 +146,13 @@ ExpatReader::~ExpatReader() {
 TokenQueue::Token* ExpatReader::Peek() {
     Obx_Assert(!m_failed, u"an XML stream is not used after it has failed");
     while (m_queue.IsEmpty() && !m_finished) {
+        // Stands until the reading has gone well, so that whatever is thrown leaves it standing.
+        m_failed = true;
+        if (m_refused) {
+            throw new XmlException(m_refused->code, m_refused->position, m_refused->what);
+        }
         ReadOn();
+        m_failed = false;
     }
     return m_queue.IsEmpty() ? nullptr : &m_queue.Front();
 }
@@ -157,10 +182,17 @@ void ExpatReader::OpenFragment() {
     std::array<char, kSmallestChunk> chunk{};
     std::string_view head(chunk.data(), static_cast<std::size_t>(Fill(chunk.data(), chunk.size())));
     StepOverProlog(head);
+    if (m_refused) {
+        return;
+    }
     m_opened = true;
 
     XML_Parser parser = m_parser.Get();
-    XML_Parse(parser, kSyntheticRoot.data(), static_cast<int>(kSyntheticRoot.size()), XML_FALSE);
+    const int opened = XML_Parse(parser, kSyntheticRoot.data(),
+                                 static_cast<int>(kSyntheticRoot.size()), XML_FALSE);
+    if (opened != XML_STATUS_OK) {
+        throw std::bad_alloc();
+    }
     XML_SetUserData(parser, this);
     XML_SetElementHandler(parser, Callbacks::StartTag, Callbacks::EndTag);
     XML_SetDefaultHandler(parser, Callbacks::Text);
@@ -171,8 +203,15 @@ void ExpatReader::OpenFragment() {
 }
 
 // Neither a byte order mark nor a declaration may stand within an element, where expat sees the
-// input. What the declaration says is of no interest: the input is UTF-8 whatever it names.
+// input. What the declaration says is of no interest: the input is UTF-8 whatever it names. A
+// fragment may begin anywhere, also within a character; what is left of that is text.
 void ExpatReader::StepOverProlog(std::string_view& head) {
+    if (const std::size_t rest = RestOfCutCharacter(head); rest > 0) {
+        m_queue.AddText(kReplacementCharacter);
+        head.remove_prefix(rest);
+        ++m_start.column;
+        return;
+    }
     if (head.starts_with(kByteOrderMark)) {
         head.remove_prefix(kByteOrderMark.size());
     }
@@ -182,7 +221,8 @@ void ExpatReader::StepOverProlog(std::string_view& head) {
     constexpr std::string_view kClosing = "?>";
     const std::size_t end = head.find(kClosing);
     if (end == std::string_view::npos) {
-        Fail(XmlException::Code::kMalformed, u"the XML declaration is not closed");
+        Refuse(XmlException::Code::kMalformed, u"the XML declaration is not closed");
+        return;
     }
     m_start = Advance(m_start, head.substr(0, end + kClosing.size()));
     head.remove_prefix(end + kClosing.size());
@@ -191,7 +231,8 @@ void ExpatReader::StepOverProlog(std::string_view& head) {
 int ExpatReader::Fill(char* buffer, std::size_t size) {
     m_input.read(buffer, static_cast<std::streamsize>(size));
     if (m_input.bad()) {
-        Fail(XmlException::Code::kUnreadable, u"the input cannot be read");
+        throw new XmlException(XmlException::Code::kUnreadable, Position(),
+                               u"the input cannot be read");
     }
     const auto count = static_cast<std::size_t>(m_input.gcount());
     m_bytesRead += count;
@@ -213,8 +254,10 @@ void ExpatReader::ParseNextChunk() {
 void ExpatReader::Settle(int status) {
     m_suspended = status == XML_STATUS_SUSPENDED;
     if (m_callbackFailure) {
-        m_failed = true;
         std::rethrow_exception(m_callbackFailure);
+    }
+    if (m_refused) {
+        return;
     }
     if (status == XML_STATUS_ERROR) {
         Finish();
@@ -229,28 +272,22 @@ void ExpatReader::Settle(int status) {
 // The synthetic root is never closed, so the end of the input is an error to expat.
 void ExpatReader::Finish() {
     if (XML_GetErrorCode(m_parser.Get()) != XML_ERROR_NO_ELEMENTS) {
-        FailOnExpatError();
+        RefuseOnExpatError();
+    } else if (m_queue.Depth() > 0) {
+        Refuse(XmlException::Code::kMalformed,
+               u"the element \"" + Obx_String::FromUtf8(m_queue.OpenName()) + u"\" is not closed");
+    } else {
+        m_finished = true;
+        m_queue.Finish();
     }
-    if (m_queue.Depth() > 0) {
-        Fail(XmlException::Code::kMalformed,
-             u"the element \"" + Obx_String::FromUtf8(m_queue.OpenName()) + u"\" is not closed");
-    }
-    m_finished = true;
-    m_queue.Finish();
 }
 
-void ExpatReader::Fail(XmlException::Code code, const Obx_String& what) {
-    m_failed = true;
-    throw new XmlException(code, Position(), what);
-}
-
-void ExpatReader::FailOnExpatError() {
+void ExpatReader::RefuseOnExpatError() {
     const XML_Error error = XML_GetErrorCode(m_parser.Get());
-    Obx_String what = Obx_String::FromUtf8(XML_ErrorString(error));
     if (error == XML_ERROR_NO_MEMORY) {
-        m_failed = true;
         throw std::bad_alloc();
     }
+    Obx_String what = Obx_String::FromUtf8(XML_ErrorString(error));
     if (error == XML_ERROR_TAG_MISMATCH) {
         what = m_queue.Depth() == 0 ? Obx_String(u"an end tag without its start tag")
                                     : u"the end tag does not match the open element \"" +
@@ -258,5 +295,12 @@ void ExpatReader::FailOnExpatError() {
     } else if (error == XML_ERROR_INVALID_TOKEN && StandsInDeclaration(m_parser.Get())) {
         what = u"a DOCTYPE or another declaration is not allowed";
     }
-    Fail(XmlException::Code::kMalformed, what);
+    Refuse(XmlException::Code::kMalformed, what);
+}
+
+// Text comes first, whatever stands behind it: the text in front of a packet's first record may end
+// in the rest of an element that was cut.
+void ExpatReader::Refuse(XmlException::Code code, const Obx_String& what) {
+    m_refused = Failure{code, Position(), what};
+    m_queue.Finish();
 }

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <exception>
 #include <istream>
+#include <optional>
 #include <string_view>
 
 #include "platform/xmlstream/expat_pool.h"
@@ -21,17 +22,24 @@ class ExpatReader {
     ExpatReader& operator=(const ExpatReader&) = delete;
 
     // The next token, which stays the reader's until Pop; null at the end of the input. Throws an
-    // XmlException*, after which the reader must not be used.
+    // XmlException* or std::bad_alloc; every later call then throws a CException*.
     TokenQueue::Token* Peek();
 
     // Drops the token that Peek returned.
     void Pop() { m_queue.Pop(); }
 
-    // Where the reader stands: behind the token that Peek returned last.
+    // The place that the parser has come to: where the last markup that it has met begins, or where
+    // the input was refused or ended. Character data is complete only when the markup behind it has
+    // been met, so that this can lie one piece of markup behind the token that Peek returned.
     XmlPosition Position() const;
 
   private:
     struct Callbacks;
+    struct Failure {
+        XmlException::Code code;
+        XmlPosition position;
+        Obx_String what;
+    };
 
     void OpenFragment();
     void StepOverProlog(std::string_view& head);
@@ -40,8 +48,9 @@ class ExpatReader {
     void ParseNextChunk();
     void Settle(int status);
     void Finish();
-    [[noreturn]] void Fail(XmlException::Code code, const Obx_String& what);
-    [[noreturn]] void FailOnExpatError();
+    void RefuseOnExpatError();
+    // Notes a failure, which Peek throws once the text before it has been taken.
+    void Refuse(XmlException::Code code, const Obx_String& what);
 
     std::istream& m_input;
     PooledExpatParser m_parser;
@@ -49,6 +58,7 @@ class ExpatReader {
     XmlPosition m_start;
     std::size_t m_chunkSize;
     std::size_t m_bytesRead = 0;
+    std::optional<Failure> m_refused;
     std::exception_ptr m_callbackFailure;
     bool m_opened = false;
     bool m_suspended = false;

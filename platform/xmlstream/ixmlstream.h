@@ -11,14 +11,19 @@
 //
 // It reads a fragment, not a document: text, several top-level elements or the tail of a cut
 // declaration before the first tag do not stop it, and an XML declaration at the start is stepped
-// over. White space that stands between tags is not a token, but white space that is the whole
-// content of an element (between a start tag and its own end tag) is character data. Character data
-// is one token up to the next tag, as written in the source; comments and processing instructions
+// over. What is left of a character that was cut at the start reads as U+FFFD. White space that
+// stands between tags is not a token, but white space that is the whole content of an element
+// (between a start tag and its own end tag) is character data. Character data is one token up to
+// the next tag, as written in the source, line ends included; comments and processing instructions
 // in it are dropped and the content of CDATA sections is taken as it is. A DOCTYPE is refused.
 //
-// It parses lazily: nothing after the token asked for is parsed or able to fail. Malformed XML
-// throws a CException* that names line, column and what is wrong, counted from the stream's start;
-// the stream must not be used after that.
+// It parses lazily: what stands behind the token asked for is not able to fail. Malformed XML, and
+// elements nested more than 50,000 deep, throw an XmlException*, a CException* that names line,
+// column and what is wrong, counted from the stream's start. Text in front of a tag that is refused
+// is a token like any other, and the exception comes when the next one is asked for; so it is with
+// what could be read of a text that is refused itself. An input that cannot be read throws an
+// XmlException* at once, and memory that cannot be had std::bad_alloc. After any of these every
+// further question throws a CException*.
 class IXmlStream {
   public:
     // What GetNextTokenType returns.
@@ -40,7 +45,8 @@ class IXmlStream {
     // tag; `name` is then left as it was.
     int GetNextTokenName(Obx_String& name);
 
-    // Each consumes one token; the next token must be of that type, else a CException* is thrown.
+    // Each consumes one token; the next token must be of that type, else an XmlException* is thrown
+    // and the token stays the next one.
     IXmlStream& operator>>(XmlSTag& tag);
     IXmlStream& operator>>(XmlETag& tag);
     IXmlStream& operator>>(XmlCharData& data);

@@ -24,7 +24,7 @@ class TokenQueue {
     void AddStartTag(const char* name, const char** attributes);
     void AddEndTag(const char* name);
     void AddText(std::string_view text);
-    // The input has ended.
+    // No tag follows: the input has ended, or is refused from here on.
     void Finish();
 
     bool IsEmpty() const { return m_next == m_tokens.size(); }

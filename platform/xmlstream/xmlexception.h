@@ -4,7 +4,7 @@
 #include "platform/foundation/cexception.h"
 
 // Where a stream stands: the line, and the character within it, both counted from 1 at the
-// beginning of the stream. A byte order mark counts as no character.
+// beginning of the stream. A byte order mark counts as no character, the rest of a cut one as one.
 struct XmlPosition {
     long line = 1;
     long column = 1;

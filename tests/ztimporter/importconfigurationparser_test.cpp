@@ -100,6 +100,17 @@ TEST_F(ConfigurationParser, KnowsOtherPacketsByWhatComesBeforeIt) {
     EXPECT_FALSE(IsConfiguration("<a/>"));
 }
 
+TEST_F(ConfigurationParser, KnowsOtherPacketsByTextInFrontOfWhatCannotBeRead) {
+    EXPECT_FALSE(IsConfiguration("tail</x><configuration/>"));
+    EXPECT_FALSE(IsConfiguration("AT&T<configuration/>"));
+    EXPECT_FALSE(IsConfiguration("\x82\xAC</x><configuration/>"));
+}
+
+TEST_F(ConfigurationParser, KnowsOtherPacketsWhenTheirStartIsCutWithinACharacter) {
+    const std::string padding(37, 'x');
+    EXPECT_FALSE(IsConfiguration(padding + "\xC3\xBC<configuration/>" + kDeclaration));
+}
+
 TEST_F(ConfigurationParser, TellsTheRootsNameByCase) {
     EXPECT_FALSE(IsConfiguration("<Configuration/>"));
     EXPECT_FALSE(IsConfiguration("<configurations/>"));

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "platform/foundation/cexception.h"
+#include "tests/platform/thrown_text.h"
 #include "tests/ztimporter/map_pairs.h"
 
 namespace {
@@ -198,6 +199,22 @@ TEST_F(RecordParser, PassesTheStreamsExceptionOnAndKeepsTheFieldsBeforeIt) {
     }
     EXPECT_TRUE(message.starts_with(u"XML, line 2, column 9: not well-formed"));
     EXPECT_THAT(PairsOf(map), ElementsAre(Pair("a", "1")));
+}
+
+TEST_F(RecordParser, StoresNoFieldWhoseEndIsMissing) {
+    for (const char* end : {"", "<", "</g></record>", "&</f></record>"}) {
+        GivenPacket("<record><f name='a'>1</f><f name='b'>2" + std::string(end));
+        CMapStringToString map(10);
+        EXPECT_NE(ThrownText([&] { Parser().GetRecordMap(map); }), "nothing was thrown") << end;
+        EXPECT_THAT(PairsOf(map), ElementsAre(Pair("a", "1"))) << end;
+    }
+}
+
+TEST_F(RecordParser, FindsRecordsBehindTextThatEndsInACutElement) {
+    GivenPacket("tail</x>" + kFirst + kSecond);
+    EXPECT_THAT(CurrentRecord(), IsEmpty());
+    EXPECT_THAT(NextRecord().value(), ElementsAre(Pair("a", "1")));
+    EXPECT_THAT(NextRecord().value(), ElementsAre(Pair("a", "2")));
 }
 
 TEST_F(RecordParser, IsNotDisturbedByABrokenRecordBehindTheCurrentOne) {

@@ -21,6 +21,18 @@ TEST(Fragment, MayBeginWithTheTailOfACutDeclaration) {
     EXPECT_THAT(TokensOf("F-8\"?><a/>"), ElementsAre("'F-8\"?>'", "<a>", "</a>"));
 }
 
+TEST(Fragment, MayBeginWithCdata) {
+    EXPECT_THAT(TokensOf("<![CDATA[<x>]]><a/>"), ElementsAre("'<x>'", "<a>", "</a>"));
+}
+
+// The rest of a cut character: that of one of two bytes, of three, of four.
+TEST(Fragment, MayBeginWithinACharacter) {
+    EXPECT_THAT(TokensOf("\xBC<a/>"), ElementsAre("'\uFFFD'", "<a>", "</a>"));
+    EXPECT_THAT(TokensOf("\x82\xAC uro<a/>"), ElementsAre("'\uFFFD uro'", "<a>", "</a>"));
+    EXPECT_THAT(TokensOf("\x9F\x8C\x8A\xC3\xBC<a/>"), ElementsAre("'\uFFFD\u00FC'", "<a>", "</a>"));
+    EXPECT_THAT(TokensOf("\xBC"), ElementsAre("'\uFFFD'"));
+}
+
 TEST(Fragment, MayBeTextAlone) {
     EXPECT_THAT(TokensOf("no tags at all"), ElementsAre("'no tags at all'"));
     EXPECT_THAT(TokensOf("ends in ]"), ElementsAre("'ends in ]'"));

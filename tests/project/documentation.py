@@ -74,7 +74,7 @@ def matches(expected, printed):
 def run(command, folder, tool_dir):
     environment = dict(os.environ, PATH=tool_dir + os.pathsep + os.environ["PATH"], LC_ALL="C.UTF-8", TZ="UTC")
     done = subprocess.run(["bash", "-c", command], cwd=folder, env=environment, stdin=subprocess.DEVNULL,
-                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=120, check=False)
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=1500, check=False)
     printed = done.stdout.decode("utf-8", "replace").splitlines()
     return done.returncode, [line for line in printed if not PROGRESS.fullmatch(line)]
 

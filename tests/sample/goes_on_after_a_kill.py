@@ -1,47 +1,45 @@
 #!/usr/bin/env python3
-"""Kills loads of the sample data over and over again: goes_on_after_a_kill.py --tool ZTIMPORT --data-root DIR"""
-import random
+"""Kills a load of the sample data over and over again, at points that are spread over it:
+goes_on_after_a_kill.py --tool ZTIMPORT --faulty-tool ZTIMPORT_FAULTY --data-root DIR
+"""
+import os
 import signal
+import struct
 import subprocess
 import sys
-import time
 
 import sample as sample_tracker
 
 KILLS = 15
+WRITES = 3  # the place of the writes among the counts, see tests/support/fault_points.h
 
 
-def load_with_kills(sample, longest):
-    """Starts the same command until it comes to its end; returns how often it was killed, and its last output."""
-    kills = 0
-    while True:
-        load = subprocess.Popen([sample.tool, *sample.command("load", sample.packets)], stdin=subprocess.DEVNULL,
-                                stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
-        if kills < KILLS:
-            time.sleep(random.uniform(0, longest))
-            load.kill()
-        output, _ = load.communicate()
-        if load.returncode != -signal.SIGKILL:
-            return kills, load.returncode, output
-        kills += 1
+def load(sample, database, **faults):
+    """Runs the load of everything; returns its exit code and what it said."""
+    done = subprocess.run([sample.faulty_tool, *sample.command("load", sample.packets, database=database)],
+                          env=dict(os.environ, **faults), stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                          stderr=subprocess.STDOUT, text=True, check=False)
+    return done.returncode, done.stdout
 
 
 def test(sample, expect):
-    seed = random.randrange(2**32)
-    random.seed(seed)
-    print(f"seed {seed}")
     undisturbed = sample.folder / "undisturbed.db"
+    counts = sample.folder / "counts"
     sample.init(undisturbed)
-    started = time.monotonic()
-    sample.run("load", sample.packets, database=undisturbed)
-    duration = time.monotonic() - started
+    status, output = load(sample, undisturbed, ZT_FAULT_COUNTS=str(counts))
+    expect.equal("exit code of the undisturbed load", status, 0)
+    writes = struct.unpack_from("=Q", counts.read_bytes(), 8 * WRITES)[0]
+    expect.true("the load writes", writes > 100 * KILLS)
 
+    # Each load is killed when it has done a part of the work, so that it takes all of them.
     sample.init()
-    kills, status, output = load_with_kills(sample, duration / 5)
-    print(f"killed {kills} times in loads of up to {duration / 5:.1f} s; the last one:\n{output}")
+    for _ in range(KILLS):
+        status, output = load(sample, sample.database, ZT_FAULT=f"write:{writes // (2 * KILLS)}:KILL")
+        expect.equal("exit code of a killed load", status, -signal.SIGKILL)
+    status, output = load(sample, sample.database)
+    print(f"the last load, after one of {writes} writes was killed {KILLS} times:\n{output}")
     expect.equal("exit code of the last load", status, 0)
-    expect.true("the load was killed", kills > 2)
-    expect.true("the last load says what earlier ones did", "already loaded" in output or "goes on behind" in output)
+    expect.true("the last load says what earlier ones did", "already loaded" in output and "goes on behind" in output)
     expect.true("the database is that of an undisturbed load", sample.dump() == sample.dump(undisturbed))
 
 

@@ -33,10 +33,11 @@ def find_data(data_root):
 
 
 class Sample:
-    """The sample data, a folder to work in, and the tool."""
+    """The sample data, a folder to work in, the tool, and the tool that meets faults (tests/support/fault_points.h)."""
 
-    def __init__(self, tool, data, folder):
+    def __init__(self, tool, faulty_tool, data, folder):
         self.tool = tool
+        self.faulty_tool = faulty_tool
         self.data = data
         self.folder = folder
         self.packets = data / "packets"
@@ -108,6 +109,7 @@ def main(test):
     """Runs test(sample, expect) where the data are; the process's exit code."""
     parser = argparse.ArgumentParser()
     parser.add_argument("--tool", required=True, type=pathlib.Path)
+    parser.add_argument("--faulty-tool", type=pathlib.Path)
     parser.add_argument("--data-root", required=True)
     options = parser.parse_args()
     data = find_data(options.data_root)
@@ -116,5 +118,5 @@ def main(test):
         return SKIPPED
     expect = Expectations()
     with tempfile.TemporaryDirectory() as folder:
-        test(Sample(options.tool, data, pathlib.Path(folder)), expect)
+        test(Sample(options.tool, options.faulty_tool, data, pathlib.Path(folder)), expect)
     return 1 if expect.failed else 0

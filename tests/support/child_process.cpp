@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <stdexcept>
 
@@ -67,13 +68,27 @@ void ChildProcess::Signal(int signal) const {
 
 int ChildProcess::Wait() {
     if (!m_ended) {
-        int status = 0;
-        waitpid(m_process, &status, 0);
+        WaitFor(0);
+    }
+    return m_code;
+}
+
+bool ChildProcess::WaitUntilStopped() {
+    if (!m_ended) {
+        WaitFor(WUNTRACED);
+    }
+    return !m_ended;
+}
+
+void ChildProcess::WaitFor(int options) {
+    int status = 0;
+    while (waitpid(m_process, &status, options) < 0 && errno == EINTR) {
+    }
+    if (!WIFSTOPPED(status)) {
         constexpr int kSignalled = 128;
         m_code = WIFEXITED(status) ? WEXITSTATUS(status) : kSignalled + WTERMSIG(status);
         m_ended = true;
     }
-    return m_code;
 }
 
 std::string ChildProcess::Output() const {

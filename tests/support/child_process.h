@@ -26,10 +26,15 @@ class ChildProcess {
     // Waits for the end; returns the exit code, or 128 and the signal that ended the process.
     int Wait();
 
+    // Waits until SIGSTOP holds the process; false when it came to its end instead.
+    bool WaitUntilStopped();
+
     // What the process has written so far.
     std::string Output() const;
 
   private:
+    void WaitFor(int options);
+
     pid_t m_process = -1;
     int m_output = -1;
     bool m_ended = false;

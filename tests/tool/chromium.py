@@ -22,7 +22,7 @@ class Chromium:
     No name resolves in it, so that it could not reach another machine if a page asked for that.
     """
 
-    def __init__(self, path, folder, timeout=60):
+    def __init__(self, path, folder, timeout=600):
         self.timeout = timeout
         self.requests = []  # the URLs that were asked for, the pages' own included
         self._number = 0
@@ -61,7 +61,7 @@ class Chromium:
         try:
             self._session = None
             self.call("Browser.close")
-            self._process.wait(timeout=20)
+            self._process.wait(timeout=120)
         except (OSError, RuntimeError, TimeoutError, subprocess.TimeoutExpired):
             # The browser is several processes, which are a group of their own.
             os.killpg(self._process.pid, signal.SIGKILL)

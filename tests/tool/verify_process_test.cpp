@@ -1,13 +1,13 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <sys/resource.h>
-#include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 
 #include "child_process.h"
+#include "faulty_tool.h"
 #include "load_fixture.h"
 #include "recorddb/sql/open.h"
 
@@ -70,11 +70,10 @@ TEST_F(VerifyProcess, NamesTheTemporaryFolderWhenThatIsFull) {
 }
 
 TEST_F(VerifyProcess, AnInterruptLeavesNothingBehind) {
-    auto command = Command(Bugs(20'000));
+    auto command = Command(Bugs(2'000));
     command.insert(command.end(), {"--report", m_folder.File("report.json")});
-    ChildProcess verify(command);
-    usleep(500'000);
-    verify.Signal(SIGINT);
+    // In the middle of the records.
+    FaultyTool verify({command.begin() + 1, command.end()}, "read@bugs2000.xml:2:INT");
     EXPECT_EQ(verify.Wait(), 128 + SIGINT);
     EXPECT_THAT(verify.Output(), HasSubstr("Stopped before the end"));
     for (const auto& entry : std::filesystem::directory_iterator(m_folder.Path())) {

@@ -19,8 +19,10 @@ std::string Reason(int error) {
     return std::generic_category().message(error);
 }
 
-int OpenForReading(const std::filesystem::path& path, const std::string& name) {
-    int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+}  // namespace
+
+int OpenForReading(const std::filesystem::path& path, const std::string& name, int flags) {
+    int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | flags);
     if (descriptor >= 0) {
         return descriptor;
     }
@@ -36,7 +38,13 @@ int OpenForReading(const std::filesystem::path& path, const std::string& name) {
                     Reason(error)));
 }
 
-}  // namespace
+void ThrowNotReadable(const std::string& name, int error) {
+    throw SourceError(
+        SourceProblem::NotReadable, name,
+        fmt::format(
+            "{}: cannot be read: {}; see that the file and its disk are sound and run again", name,
+            Reason(error)));
+}
 
 FileBytes::FileBytes(const std::filesystem::path& path, std::string name)
     : m_name(std::move(name)), m_descriptor(OpenForReading(path, m_name)), m_owned(true) {}
@@ -57,10 +65,7 @@ std::size_t FileBytes::Read(char* buffer, std::size_t size) {
             return static_cast<std::size_t>(got);
         }
         if (errno != EINTR) {
-            throw SourceError(SourceProblem::NotReadable, m_name,
-                              fmt::format("{}: cannot be read: {}; see that the file and its disk "
-                                          "are sound and run again",
-                                          m_name, Reason(errno)));
+            ThrowNotReadable(m_name, errno);
         }
     }
 }

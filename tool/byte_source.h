@@ -21,6 +21,14 @@ class ByteSource {
     virtual const std::string& Name() const = 0;
 };
 
+// Opens the file at PATH for reading, with FLAGS of open(2) besides, and returns the descriptor,
+// which is the caller's. Throws SourceError (NotFound, NotReadable) that calls it NAME.
+int OpenForReading(const std::filesystem::path& path, const std::string& name, int flags = 0);
+
+// Throws the SourceError (NotReadable) that says that reading the source NAME failed with ERROR, an
+// errno.
+[[noreturn]] void ThrowNotReadable(const std::string& name, int error);
+
 // The bytes of a file, pipe or device. Owns its descriptor.
 class FileBytes : public ByteSource {
   public:

@@ -66,6 +66,9 @@ void LoadJournal::Save() {
     if (std::exchange(m_forget, false)) {
         m_journal.Forget(m_key);
     }
+    for (const auto& key : std::exchange(m_forgotten, {})) {
+        m_journal.Forget(key);
+    }
     m_journal.Save(m_key, m_entry);
     m_stored = m_entry;
     for (const std::int64_t ordinal : m_newRejects) {

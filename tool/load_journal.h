@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "recorddb/journal/journal.h"
@@ -40,6 +41,14 @@ class LoadJournal {
     // True when nothing of the source is left to do.
     bool NothingToDo() const { return m_wasComplete && m_retry.empty(); }
 
+    // The number of records that this load and earlier ones have dealt with as of the last Save.
+    std::uint64_t HandledForGood() const {
+        return m_stored && !m_forget ? static_cast<std::uint64_t>(m_stored->nextOrdinal) : 0;
+    }
+
+    // Has the entry of KEY, a former content of the source, forgotten at the first Save, too.
+    void AlsoForget(recorddb::journal::JournalKey key) { m_forgotten.push_back(std::move(key)); }
+
     RecordTask TaskOf(std::uint64_t ordinal) const;
 
     // Notes what became of a record. Records are noted in the order of their ordinals.
@@ -61,6 +70,7 @@ class LoadJournal {
     recorddb::journal::JournalEntry m_entry;
     std::optional<recorddb::journal::JournalEntry> m_stored;  // as this load knows it to be stored
     bool m_forget;
+    std::vector<recorddb::journal::JournalKey> m_forgotten;
     bool m_wasComplete = false;
     std::uint64_t m_handledBefore = 0;
     std::uint64_t m_rejectedBefore = 0;

@@ -11,6 +11,7 @@ namespace tool {
 enum class SourceProblem {
     NotFound,             // nothing stands at the path
     NotReadable,          // it is there and cannot be opened or read
+    Changed,              // it is not what it was when its reading began
     NoPackets,            // a directory without *.xml files, or no source at all
     RepeatedInput,        // standard input is named more than once
     UnsupportedEncoding,  // neither UTF-8 nor UTF-16

@@ -4,7 +4,6 @@
 
 #include <utility>
 
-#include "tool/content_hash.h"
 #include "tool/interrupt.h"
 #include "tool/losses/configuration_losses.h"
 #include "tool/number_text.h"
@@ -42,6 +41,7 @@ SourceLoader::SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session
       m_options(options),
       m_output(output),
       m_missing(database),
+      m_unfinished(database.GetJournal()),
       m_importer(session),
       m_group(std::move(session), options.rehearse) {
     if (options.LooksForLosses()) {
@@ -54,51 +54,52 @@ SourceLoader::SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session
     }
 }
 
-void SourceLoader::Load(const Source& source) {
-    PacketReader reader(source.path, source.name, ReadingOptions(source));
-    RequirePacket(reader, source.name);
+void SourceLoader::Load(const Source& listed) {
+    const SourceFile source(listed.path, listed.name);
+    PacketReader reader(source.Read(), ReadingOptions(source));
+    RequirePacket(reader, source.Name());
     if (reader.IsConfiguration()) {
         LoadConfiguration(reader, source);
     } else {
         LoadData(reader, source);
     }
-    m_bytesBefore += source.size;
+    m_bytesBefore += listed.size;
     m_output.Advance(m_bytesBefore);
 }
 
-ReaderOptions SourceLoader::ReadingOptions(const Source& source) {
+ReaderOptions SourceLoader::ReadingOptions(const SourceFile& source) {
     ReaderOptions options;
     options.unseen = [&](const UnseenRecord& unseen) {
-        m_output.AddLoss(LossOf(unseen, source.name));
+        m_output.AddLoss(LossOf(unseen, source.Name()));
     };
     return options;
 }
 
-void SourceLoader::LoadConfiguration(PacketReader& reader, const Source& source) {
+void SourceLoader::LoadConfiguration(PacketReader& reader, const SourceFile& source) {
     ImportConfiguration next = m_configuration;
     const std::string packet = reader.ReadConfiguration();
-    next.Apply(packet, source.name);
+    next.Apply(packet, source.Name());
     const std::string error = m_importer.Configure(next);
     if (const auto& failure = m_session->Failure()) {
         throw *failure;
     }
     if (!error.empty()) {
-        throw SourceError(SourceProblem::Refused, source.name,
-                          fmt::format("{}: {} Its record types are: {}.", source.name, error,
+        throw SourceError(SourceProblem::Refused, source.Name(),
+                          fmt::format("{}: {} Its record types are: {}.", source.Name(), error,
                                       NamesOfTypes(m_database.GetSchema())));
     }
     m_configuration = std::move(next);
     m_output.SetConfiguration(m_configuration);
     if (m_losses) {
-        m_losses->Configure(packet, source.name, m_configuration);
-    } else if (const auto loss = FindNothingImported(source.name, 0, m_configuration)) {
+        m_losses->Configure(packet, source.Name(), m_configuration);
+    } else if (const auto loss = FindNothingImported(source.Name(), 0, m_configuration)) {
         m_output.AddLoss(*loss);
     }
 }
 
-void SourceLoader::LoadData(PacketReader& reader, const Source& source) {
+void SourceLoader::LoadData(PacketReader& reader, const SourceFile& source) {
     if (m_losses) {
-        m_losses->BeginData(source.name);
+        m_losses->BeginData(source.Name());
     }
     if (m_options.rehearse && !m_configuration.Received()) {
         return;
@@ -107,13 +108,29 @@ void SourceLoader::LoadData(PacketReader& reader, const Source& source) {
     LoadJournal journal = OpenJournal(source);
     if (journal.NothingToDo()) {
         PassOver(reader, journal);
-    } else if (m_options.wholePackets) {
-        LoadWhole(reader, source, journal);
     } else {
-        LoadRecords(reader, source, journal);
+        ImportData(reader, source, journal);
     }
     if (m_losses && !m_stopped) {
         m_losses->EndData();
+    }
+}
+
+void SourceLoader::ImportData(PacketReader& reader, const SourceFile& source,
+                              LoadJournal& journal) {
+    try {
+        if (m_options.wholePackets) {
+            LoadWhole(reader, source, journal);
+        } else {
+            LoadRecords(reader, source, journal);
+        }
+    } catch (const SourceError& error) {
+        const std::uint64_t handled = journal.HandledForGood();
+        if (error.Problem() == SourceProblem::Changed && !m_options.rehearse && handled > 0) {
+            throw SourceError(SourceProblem::Changed, source.Name(),
+                              fmt::format("{}. {}", error.what(), AdviseOnChangedSource(handled)));
+        }
+        throw;
     }
 }
 
@@ -134,33 +151,45 @@ void SourceLoader::ExamineRecords(PacketReader& reader) {
 }
 
 // Refuses data that cannot be imported at all, which is no fault of its records.
-void SourceLoader::CheckData(const Source& source) {
-    RequireConfiguration(m_configuration, source.name);
+void SourceLoader::CheckData(const SourceFile& source) {
+    RequireConfiguration(m_configuration, source.Name());
     if (m_configuration.Data() == ImportedData::Attachments) {
-        RequireAttachments(m_options.attachments, source.name);
+        RequireAttachments(m_options.attachments, source.Name());
     }
 }
 
-LoadJournal SourceLoader::OpenJournal(const Source& source) {
+LoadJournal SourceLoader::OpenJournal(const SourceFile& source) {
     const auto* type = m_database.GetSchema().FindType(m_configuration.RecordType());
     const auto isField = [&](std::string_view name) { return type->FindField(name) != nullptr; };
-    LoadJournal journal(m_database.GetJournal(),
-                        {HashFile(source.path, source.name), m_configuration.Fingerprint(isField)},
-                        source.name, m_options.fresh, m_options.retryRejected);
+    const recorddb::journal::JournalKey key{source.Sha256(), m_configuration.Fingerprint(isField)};
+    LoadJournal journal(m_database.GetJournal(), key, source.Name(), m_options.fresh,
+                        m_options.retryRejected);
+    for (const auto& unfinished : m_unfinished.WithOtherContent(key, source.Name())) {
+        if (m_options.fresh) {
+            journal.AlsoForget(unfinished.key);
+        } else if (journal.HandledBefore() == 0 && !journal.WasComplete()) {
+            throw SourceError(
+                SourceProblem::Changed, source.Name(),
+                fmt::format("{}: the file has changed since an earlier load stopped "
+                            "in it. {}",
+                            source.Name(), AdviseOnChangedSource(unfinished.handled)));
+        }
+    }
     if (journal.WasComplete()) {
-        m_output.Say(fmt::format("{}: already loaded ({})", source.name,
+        m_output.Say(fmt::format("{}: already loaded ({})", source.Name(),
                                  CountOf(journal.HandledBefore(), "record")));
     } else if (journal.HandledBefore() > 0) {
         m_output.Say(fmt::format("{}: goes on behind record {}, where an earlier load stopped",
-                                 source.name, journal.HandledBefore()));
+                                 source.Name(), journal.HandledBefore()));
     }
     if (journal.RejectedBefore() > 0) {
-        m_output.NoteRejectedBefore(source.name, journal.RejectedBefore(), journal.Retries());
+        m_output.NoteRejectedBefore(source.Name(), journal.RejectedBefore(), journal.Retries());
     }
     return journal;
 }
 
-void SourceLoader::LoadRecords(PacketReader& reader, const Source& source, LoadJournal& journal) {
+void SourceLoader::LoadRecords(PacketReader& reader, const SourceFile& source,
+                               LoadJournal& journal) {
     SourceRecord record;
     while (!m_stopped && reader.NextRecord(record)) {
         m_output.AddRead();
@@ -179,10 +208,10 @@ void SourceLoader::LoadRecords(PacketReader& reader, const Source& source, LoadJ
         journal.NoteEnd();
     }
     m_group.Open();
-    CommitGroup(journal);
+    CommitGroup(source, journal);
 }
 
-void SourceLoader::LoadRecord(const SourceRecord& record, const Source& source,
+void SourceLoader::LoadRecord(const SourceRecord& record, const SourceFile& source,
                               LoadJournal& journal) {
     std::string error = record.error;
     if (record.defect != RecordDefect::None ||
@@ -191,21 +220,21 @@ void SourceLoader::LoadRecord(const SourceRecord& record, const Source& source,
         journal.NoteRejected(record.ordinal);
     }
     if (m_group.AddRecord()) {
-        CommitGroup(journal);
+        CommitGroup(source, journal);
     }
 }
 
-void SourceLoader::LoadWhole(PacketReader& reader, const Source& source, LoadJournal& journal) {
+void SourceLoader::LoadWhole(PacketReader& reader, const SourceFile& source, LoadJournal& journal) {
     // Nothing to do is not the case here: what is there was imported record by record, and the
     // whole packet would import it again.
     if (journal.HandledBefore() > 0) {
-        throw SourceError(SourceProblem::Refused, source.name,
-                          source.name +
+        throw SourceError(SourceProblem::Refused, source.Name(),
+                          source.Name() +
                               ": an earlier load has imported some of its records one by one; "
                               "finish that without --whole-packets first");
     }
     if (m_losses) {
-        PacketReader records(source.path, source.name, ReadingOptions(source));
+        PacketReader records(source.Read(), ReadingOptions(source));
         ExamineRecords(records);
     }
     const WholePacket whole = reader.ReadWhole();
@@ -222,7 +251,7 @@ void SourceLoader::LoadWhole(PacketReader& reader, const Source& source, LoadJou
         m_group.Commit();
     } else {
         journal.NoteEnd();
-        CommitGroup(journal);
+        CommitGroup(source, journal);
     }
     m_stopped = MustStop();
 }
@@ -247,11 +276,11 @@ bool SourceLoader::ImportOne(std::string_view packet, std::uint64_t ordinal, Loa
     return true;
 }
 
-void SourceLoader::Reject(const SourceRecord& record, const Source& source,
+void SourceLoader::Reject(const SourceRecord& record, const SourceFile& source,
                           const std::string& reason) {
     m_group.Open();
     RejectedRecord rejected;
-    rejected.source = source.name;
+    rejected.source = source.Name();
     rejected.number = record.ordinal + 1;
     rejected.line = record.line;
     const std::string missing = m_missing.Describe(record.raw, m_configuration);
@@ -263,10 +292,11 @@ void SourceLoader::Reject(const SourceRecord& record, const Source& source,
         FindFieldValue(record.raw, m_configuration.OriginalId()).value_or("");
     m_output.AddReject(rejected, sourceId);
     m_missing.NoteRejected(m_configuration, sourceId,
-                           fmt::format("{}, record {}", source.name, rejected.number));
+                           fmt::format("{}, record {}", source.Name(), rejected.number));
 }
 
-void SourceLoader::CommitGroup(LoadJournal& journal) {
+void SourceLoader::CommitGroup(const SourceFile& source, LoadJournal& journal) {
+    source.RequireUnchanged();
     journal.Save();
     m_group.Commit();
     m_output.AddImported(std::exchange(m_uncommitted, {}));

@@ -16,7 +16,9 @@
 #include "tool/packet_reader.h"
 #include "tool/record_group.h"
 #include "tool/record_importer.h"
+#include "tool/source_file.h"
 #include "tool/source_list.h"
+#include "tool/unfinished_sources.h"
 
 namespace tool {
 
@@ -32,29 +34,31 @@ class SourceLoader {
     SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session> session,
                  const LoadOptions& options, LoadOutput& output);
 
-    // Throws SourceError when the source or its configuration cannot be used, and sql::Error when
-    // the database fails. What was made permanent before stays, and the same load goes on from
-    // there.
+    // Throws SourceError when the source or its configuration cannot be used, when the source
+    // changes while it is read, and when an unfinished load has imported a part of it as it was
+    // before a change; sql::Error when the database fails. What was made permanent before stays,
+    // and the same load goes on from there.
     void Load(const Source& source);
 
     // True when the load was to end early, because of a signal or of too many rejected records.
     bool Stopped() const { return m_stopped; }
 
   private:
-    void LoadConfiguration(PacketReader& reader, const Source& source);
-    void LoadData(PacketReader& reader, const Source& source);
-    void CheckData(const Source& source);
+    void LoadConfiguration(PacketReader& reader, const SourceFile& source);
+    void LoadData(PacketReader& reader, const SourceFile& source);
+    void CheckData(const SourceFile& source);
     void PassOver(PacketReader& reader, const LoadJournal& journal);
     void ExamineRecords(PacketReader& reader);
-    ReaderOptions ReadingOptions(const Source& source);
-    LoadJournal OpenJournal(const Source& source);
-    void LoadRecords(PacketReader& reader, const Source& source, LoadJournal& journal);
-    void LoadRecord(const SourceRecord& record, const Source& source, LoadJournal& journal);
-    void LoadWhole(PacketReader& reader, const Source& source, LoadJournal& journal);
+    ReaderOptions ReadingOptions(const SourceFile& source);
+    LoadJournal OpenJournal(const SourceFile& source);
+    void ImportData(PacketReader& reader, const SourceFile& source, LoadJournal& journal);
+    void LoadRecords(PacketReader& reader, const SourceFile& source, LoadJournal& journal);
+    void LoadRecord(const SourceRecord& record, const SourceFile& source, LoadJournal& journal);
+    void LoadWhole(PacketReader& reader, const SourceFile& source, LoadJournal& journal);
     bool ImportOne(std::string_view packet, std::uint64_t ordinal, LoadJournal& journal,
                    std::string& error);
-    void Reject(const SourceRecord& record, const Source& source, const std::string& reason);
-    void CommitGroup(LoadJournal& journal);
+    void Reject(const SourceRecord& record, const SourceFile& source, const std::string& reason);
+    void CommitGroup(const SourceFile& source, LoadJournal& journal);
     bool MustStop() const;
 
     recorddb::Database& m_database;
@@ -63,6 +67,7 @@ class SourceLoader {
     LoadOutput& m_output;
     ImportConfiguration m_configuration;
     MissingRecords m_missing;
+    UnfinishedSources m_unfinished;
     RecordImporter m_importer;
     RecordGroup m_group;
     LoadTotals m_uncommitted;            // what was done since the last commit

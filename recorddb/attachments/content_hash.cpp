@@ -37,6 +37,14 @@ void ContentHash::Update(std::span<const std::byte> piece) {
     Check(EVP_DigestUpdate(m_context->handle.get(), piece.data(), piece.size()));
 }
 
+std::array<std::byte, 32> ContentHash::DigestSoFar() const {
+    const std::unique_ptr<EVP_MD_CTX, FreeContext> copy{EVP_MD_CTX_new()};
+    Check(copy != nullptr ? EVP_MD_CTX_copy_ex(copy.get(), m_context->handle.get()) : 0);
+    std::array<std::byte, 32> digest{};
+    Check(EVP_DigestFinal_ex(copy.get(), reinterpret_cast<unsigned char*>(digest.data()), nullptr));
+    return digest;
+}
+
 std::string ContentHash::HexDigest() {
     std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
     unsigned int size = 0;

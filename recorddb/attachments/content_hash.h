@@ -1,6 +1,7 @@
 #ifndef RECORDDB_ATTACHMENTS_CONTENT_HASH_H
 #define RECORDDB_ATTACHMENTS_CONTENT_HASH_H
 
+#include <array>
 #include <cstddef>
 #include <memory>
 #include <span>
@@ -20,6 +21,9 @@ class ContentHash {
 
     void Update(std::span<const std::byte> piece);
     void Update(std::string_view piece) { Update(std::as_bytes(std::span(piece))); }
+
+    // The hash of the pieces so far, as the 32 bytes that it is. Others may follow.
+    std::array<std::byte, 32> DigestSoFar() const;
 
     // The hash of all pieces as 64 lower-case hex digits. Nothing may follow it.
     std::string HexDigest();

@@ -28,6 +28,18 @@ std::optional<JournalEntry> Journal::Find(const JournalKey& key) {
     };
 }
 
+std::vector<JournalKey> Journal::Unfinished() {
+    sql::Statement& list = m_connection.Prepare(
+        "SELECT source_sha256, configuration_sha256 FROM zt_journal WHERE complete = 0 "
+        "ORDER BY source_sha256, configuration_sha256");
+    const sql::ResetGuard guard(list);
+    std::vector<JournalKey> keys;
+    while (list.Step()) {
+        keys.push_back({std::string(list.Text(0)), std::string(list.Text(1))});
+    }
+    return keys;
+}
+
 void Journal::Save(const JournalKey& key, const JournalEntry& entry) {
     sql::Statement& save = m_connection.Prepare(
         "INSERT INTO zt_journal (source_sha256, configuration_sha256, source_name, next_ordinal, "

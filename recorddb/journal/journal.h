@@ -43,6 +43,9 @@ class Journal {
 
     std::optional<JournalEntry> Find(const JournalKey& key);
 
+    // The keys of the entries that are not complete.
+    std::vector<JournalKey> Unfinished();
+
     // Writes the entry of a key in the place of the one before, if any.
     void Save(const JournalKey& key, const JournalEntry& entry);
 

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 
-#include "tool/content_hash.h"
 #include "tool/interrupt.h"
 #include "tool/record_fields.h"
 #include "tool/source_checks.h"
@@ -35,18 +34,19 @@ SourceScan::SourceScan(RecordLookup& lookup, RecordShelf& shelf,
       m_output(output),
       m_configurations(1) {}
 
-void SourceScan::Read(const Source& source) {
-    m_sources.push_back(source.name);
+void SourceScan::Read(const Source& listed) {
+    const SourceFile source(listed.path, listed.name);
+    m_sources.push_back(source.Name());
     ReaderOptions options;
     options.unseen = [this](const UnseenRecord& unseen) { ReportUnseen(unseen); };
-    PacketReader reader(source.path, source.name, options);
-    RequirePacket(reader, source.name);
+    PacketReader reader(source.Read(), options);
+    RequirePacket(reader, source.Name());
     if (reader.IsConfiguration()) {
         ReadConfiguration(reader);
     } else {
         ReadData(reader, source);
     }
-    m_bytesBefore += source.size;
+    m_bytesBefore += listed.size;
     m_output.Advance(m_read, m_bytesBefore);
 }
 
@@ -58,7 +58,7 @@ void SourceScan::ReadConfiguration(PacketReader& reader) {
     m_losses.emplace(Current(), *m_type);
 }
 
-void SourceScan::ReadData(PacketReader& reader, const Source& source) {
+void SourceScan::ReadData(PacketReader& reader, const SourceFile& source) {
     CheckData();
     if (IsRepeated(source)) {
         m_output.Warn(fmt::format("{}: read already, and passed over as in a load", Name()));
@@ -73,12 +73,11 @@ void SourceScan::ReadData(PacketReader& reader, const Source& source) {
     }
 }
 
-bool SourceScan::IsRepeated(const Source& source) {
+bool SourceScan::IsRepeated(const SourceFile& source) {
     const auto isField = [this](std::string_view name) {
         return m_type->FindField(name) != nullptr;
     };
-    const recorddb::journal::JournalKey key = {HashFile(source.path, source.name),
-                                               Current().Fingerprint(isField)};
+    const recorddb::journal::JournalKey key = {source.Sha256(), Current().Fingerprint(isField)};
     if (!m_contents.insert(key.sourceSha256 + key.configurationSha256).second) {
         return true;
     }

@@ -13,6 +13,7 @@
 #include "tool/import_configuration.h"
 #include "tool/losses/record_losses.h"
 #include "tool/packet_reader.h"
+#include "tool/source_file.h"
 #include "tool/source_list.h"
 #include "tool/verify/record_lookup.h"
 #include "tool/verify/record_shelf.h"
@@ -31,8 +32,9 @@ class SourceScan {
                VerifyTally& tally, VerifyOutput& output);
 
     // Reads the next source. Throws SourceError when the source or its configuration cannot be
-    // used, sql::Error when the database fails. Ends early when the process was interrupted. Data
-    // that were read before, under the same configuration, are passed over as in a load.
+    // used or it changes meanwhile, sql::Error when the database fails. Ends early when the process
+    // was interrupted. Data that were read before, under the same configuration, are passed over as
+    // in a load.
     void Read(const Source& source);
 
     // What the numbers in kept records stand for.
@@ -43,8 +45,8 @@ class SourceScan {
 
   private:
     void ReadConfiguration(PacketReader& reader);
-    void ReadData(PacketReader& reader, const Source& source);
-    bool IsRepeated(const Source& source);
+    void ReadData(PacketReader& reader, const SourceFile& source);
+    bool IsRepeated(const SourceFile& source);
     void CheckData() const;
     void ReadRecord(const SourceRecord& record);
     std::string WhyNotImported(const SourceRecord& record);

@@ -46,7 +46,7 @@ constexpr std::array<Escape, 8> escape_table = {{{u"&amp;", u'&'},
 constexpr std::string_view kRecordTag = "<record>";
 
 // Replaces the escapes of the table from left to right; what was put in is not looked at again.
-Obx_String ReplaceEscapes(const Obx_String& text, std::span<const Escape> table) {
+Obx_String ReplaceEscapes(Obx_String text, std::span<const Escape> table) {
     int ampersand = text.Find(u"&");
     if (ampersand < 0) {
         return text;
@@ -104,7 +104,6 @@ class EntryListBuilder {
 void ReadFields(AdImportRecordParser& parser, IXmlStream& xml, CMapStringToString& map) {
     Obx_String tagName;
     XmlSTag tag;
-    XmlCharData data;
     while (xml.GetNextTokenType() == IXmlStream::kStartTag) {
         if (xml.GetNextTokenName(tagName) == 0) {
             continue;
@@ -112,8 +111,9 @@ void ReadFields(AdImportRecordParser& parser, IXmlStream& xml, CMapStringToStrin
         Obx_String value;
         xml >> tag;
         if (xml.GetNextTokenType() == IXmlStream::kCharData) {
+            XmlCharData data;
             xml >> data;
-            value = parser.UnEscape(data.GetImage(nullptr));
+            value = parser.UnEscape(std::move(data).GetImage(nullptr));
         }
         SkipEndTag(xml);
         map.SetAt(tag.GetAttributeByName(name_label), value);
@@ -189,9 +189,8 @@ int AdImportRecordParser::GetRecordMap(CMapStringToString& map) {
 }
 
 // The escapes are replaced one after the other, the ampersand's first, so that what was escaped
-// twice
-// ("&amp;lt;") is decoded twice. None of the other seven can arise from one of them being replaced,
-// which lets these share one pass.
+// twice ("&amp;lt;") is decoded twice. None of the other seven can arise from one of them being
+// replaced, which lets these share one pass.
 Obx_String AdImportRecordParser::UnEscape(const Obx_String& text) {
     const std::span<const Escape> table(escape_table);
     return ReplaceEscapes(ReplaceEscapes(text, table.first(1)), table.subspan(1));

@@ -18,8 +18,9 @@ constexpr std::size_t kSmallestChunk = 2048;
 constexpr std::size_t kLargestChunkOfText = std::size_t{64} * 1024;
 constexpr std::size_t kLargestChunk = std::size_t{256} * 1024 * 1024;
 
-// A parser that has read more than this is not kept.
+// A parser that has read more than this, or has met deeper elements, is not kept.
 constexpr std::size_t kMostBytesForReuse = std::size_t{256} * 1024;
+constexpr std::size_t kDeepestForReuse = 1000;
 
 // Deeper than any real packet, and low enough that the parser's stack of open elements stays small.
 constexpr std::size_t kDeepestElement = 50000;
@@ -106,6 +107,7 @@ struct ExpatReader::Callbacks {
                 return;
             }
             self.m_queue.AddStartTag(name, attributes);
+            self.m_deepest = std::max(self.m_deepest, self.m_queue.Depth());
             XML_StopParser(self.m_parser.Get(), XML_TRUE);
         });
     }
@@ -138,7 +140,7 @@ struct ExpatReader::Callbacks {
 ExpatReader::ExpatReader(std::istream& input) : m_input(input), m_chunkSize(kSmallestChunk) {}
 
 ExpatReader::~ExpatReader() {
-    if (m_bytesRead > kMostBytesForReuse) {
+    if (m_bytesRead > kMostBytesForReuse || m_deepest > kDeepestForReuse) {
         m_parser.DoNotReuse();
     }
 }

@@ -28,9 +28,9 @@ class ExpatReader {
     // Drops the token that Peek returned.
     void Pop() { m_queue.Pop(); }
 
-    // The place that the parser has come to: where the last markup that it has met begins, or where
-    // the input was refused or ended. Character data is complete only when the markup behind it has
-    // been met, so that this can lie one piece of markup behind the token that Peek returned.
+    // How far the input was understood: behind the tag that Peek returned last. Character data is
+    // complete only when the tag behind it is known, so for it this is the place behind that tag,
+    // or where the input ended or was refused.
     XmlPosition Position() const;
 
   private:
@@ -58,6 +58,7 @@ class ExpatReader {
     XmlPosition m_start;
     std::size_t m_chunkSize;
     std::size_t m_bytesRead = 0;
+    std::size_t m_deepest = 0;
     std::optional<Failure> m_refused;
     std::exception_ptr m_callbackFailure;
     bool m_opened = false;

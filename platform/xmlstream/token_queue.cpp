@@ -2,9 +2,25 @@
 
 #include "platform/xmlstream/ixmlstream.h"
 
+namespace {
+
+// The room for text is kept for the next text, but not that of a huge one.
+constexpr std::size_t kMostRoomKept = std::size_t{64} * 1024;
+
+std::size_t CountPairs(const char** attributes) {
+    std::size_t texts = 0;
+    while (attributes[texts] != nullptr) {
+        ++texts;
+    }
+    return texts / 2;
+}
+
+}  // namespace
+
 void TokenQueue::AddStartTag(const char* name, const char** attributes) {
     FlushText(false);
     XmlSTag::Attributes pairs;
+    pairs.reserve(CountPairs(attributes));
     for (const char** pair = attributes; *pair != nullptr; pair += 2) {
         pairs.emplace_back(Obx_String::FromUtf8(pair[0]), Obx_String::FromUtf8(pair[1]));
     }
@@ -51,6 +67,9 @@ void TokenQueue::FlushText(bool keepWhiteSpace) {
         Add({IXmlStream::kCharData, Obx_String::FromUtf8(m_text), {}});
     }
     m_text.clear();
+    if (m_text.capacity() > kMostRoomKept) {
+        std::string().swap(m_text);
+    }
     m_textHasMoreThanSpace = false;
 }
 

@@ -9,6 +9,10 @@ Obx_String XmlSTag::GetAttributeByName(const Obx_String& name) const {
     return Obx_String();
 }
 
-Obx_String XmlCharData::GetImage(XmlConverter* converter) const {
+Obx_String XmlCharData::GetImage(XmlConverter* converter) const& {
     return converter == nullptr ? m_image : converter->Convert(m_image);
+}
+
+Obx_String XmlCharData::GetImage(XmlConverter* converter) && {
+    return converter == nullptr ? std::move(m_image) : converter->Convert(m_image);
 }

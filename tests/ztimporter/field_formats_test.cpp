@@ -97,6 +97,7 @@ TEST(ReferenceList, KeepsEmptyItemsExceptTheLast) {
 
 TEST(ReferenceList, KeepsBlanks) {
     EXPECT_THAT(Split(u" a , b "), ElementsAre(" a ", " b "));
+    EXPECT_THAT(Split(u"  , \t"), ElementsAre("  ", " \t"));
 }
 
 TEST(ReferenceList, OfAnEmptyValueIsEmpty) {

@@ -257,6 +257,12 @@ TEST_F(ConfigurationParser, PassesOverAMappingThatLacksAField) {
                 ElementsAre(Pair("c", "3")));
 }
 
+TEST_F(ConfigurationParser, ReadsTheFirstOfTwoMappingListsOnly) {
+    EXPECT_THAT(Mapping("<m target_field='a' reference_field='1'/></list>"
+                        "<list><m target_field='b' reference_field='2'/>"),
+                ElementsAre(Pair("a", "1")));
+}
+
 TEST_F(ConfigurationParser, TakesTheLastMappingOfATarget) {
     EXPECT_THAT(Mapping("<m target_field='a' reference_field='1'/>"
                         "<m target_field='a' reference_field='2'/>"),

@@ -109,4 +109,10 @@ TEST(CharData, GivesItsImageThroughAConverter) {
     EXPECT_EQ(XmlCharData(u"ab").GetImage(nullptr), u"ab");
 }
 
+TEST(CharData, KeepsItsImageUnlessItIsNotNeededAnyMore) {
+    const XmlCharData data(u"ab");
+    EXPECT_EQ(data.GetImage(nullptr), u"ab");
+    EXPECT_EQ(data.GetImage(nullptr), u"ab");
+}
+
 }  // namespace

@@ -2,9 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <ctime>
 #include <istream>
-#include <limits>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -179,20 +178,84 @@ TEST(HugeToken, OfAnAttributeIsReadWhole) {
     EXPECT_EQ(reader.Attribute(u"name"), value);
 }
 
-// Eight times the text must not take anything like sixty-four times as long. Processor time is
-// measured, and the bound is far from both.
-TEST(HugeToken, TakesTimeInProportionToItsLength) {
-    const auto timeFor = [](std::size_t length) {
-        const std::string xml = "<a><!--" + std::string(length, 'x') + "--></a>";
-        std::clock_t best = std::numeric_limits<std::clock_t>::max();
-        for (int i = 0; i < 3; ++i) {
-            const std::clock_t begin = std::clock();
-            EXPECT_EQ(TokensOf(xml).size(), 2U);
-            best = std::min(best, std::clock() - begin);
+// A buffer over a text that notes how much is asked for at a time.
+class NotingBuffer : public std::stringbuf {
+  public:
+    explicit NotingBuffer(const std::string& text) : std::stringbuf(text, std::ios::in) {}
+    // What was asked for since the last call.
+    std::vector<std::streamsize> TakeRequests() { return std::exchange(m_requests, {}); }
+
+  protected:
+    std::streamsize xsgetn(char* to, std::streamsize count) override {
+        m_requests.push_back(count);
+        return std::stringbuf::xsgetn(to, count);
+    }
+
+  private:
+    std::vector<std::streamsize> m_requests;
+};
+
+// Takes tokens up to the first one of that type.
+void TakeUpTo(IXmlStream& xml, int type) {
+    for (int next = -1; next != type;) {
+        next = xml.GetNextTokenType();
+        if (next == IXmlStream::kStartTag) {
+            XmlSTag tag;
+            xml >> tag;
+        } else if (next == IXmlStream::kEndTag) {
+            XmlETag tag;
+            xml >> tag;
+        } else {
+            XmlCharData data;
+            xml >> data;
         }
-        return best;
-    };
-    EXPECT_LT(timeFor(8 << 20), 24 * timeFor(1 << 20));
+    }
+}
+
+TEST(ChunkSize, DoublesUpToALimitWhileTextGoesOn) {
+    NotingBuffer buffer("<a>" + std::string(300000, 'x') + "</a>");
+    std::istream input(&buffer);
+    IXmlStream xml(input, false, false);
+    TakeUpTo(xml, IXmlStream::kStartTag);
+    EXPECT_THAT(buffer.TakeRequests(), ElementsAre(2048));
+    TakeUpTo(xml, IXmlStream::kCharData);
+    EXPECT_THAT(buffer.TakeRequests(),
+                ElementsAre(4096, 8192, 16384, 32768, 65536, 65536, 65536, 65536));
+}
+
+TEST(ChunkSize, IsSmallAgainBehindATag) {
+    std::string xml = "<a>" + std::string(100000, 'x') + "</a>";
+    for (int i = 0; i < 50000; ++i) {
+        xml += "<b/>";
+    }
+    NotingBuffer buffer(xml);
+    std::istream input(&buffer);
+    IXmlStream stream(input, false, false);
+    TakeUpTo(stream, IXmlStream::kEndTag);
+    EXPECT_THAT(buffer.TakeRequests(), testing::Contains(65536));
+    for (int i = 0; i < 50000; ++i) {
+        TakeUpTo(stream, IXmlStream::kEndTag);
+    }
+    EXPECT_THAT(buffer.TakeRequests(), testing::Each(4096));
+}
+
+// expat looks at an incomplete tag or comment again from its beginning with every chunk.
+TEST(ChunkSize, GrowsWithAnIncompleteTagSoThatTheWorkIsInProportionToItsLength) {
+    const std::size_t length = std::size_t{4} << 20;
+    for (const std::string& xml : {"<a><!--" + std::string(length, 'x') + "--></a>",
+                                   "<a name='" + std::string(length, 'x') + "'/>"}) {
+        NotingBuffer buffer(xml);
+        std::istream input(&buffer);
+        IXmlStream stream(input, false, false);
+        TakeUpTo(stream, IXmlStream::kEndTag);
+        std::streamsize read = 0;
+        std::streamsize lookedAt = 0;
+        for (const std::streamsize request : buffer.TakeRequests()) {
+            read += request;
+            lookedAt += read;
+        }
+        EXPECT_LT(lookedAt, static_cast<std::streamsize>(5 * length));
+    }
 }
 
 }  // namespace

@@ -91,7 +91,7 @@ TEST(XmlStream, RefusesAnotherTokenThanTheNextOne) {
     const auto failure = FailureOf([&] { reader.Xml() >> endTag; });
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->code, XmlException::Code::kUnexpectedToken);
-    EXPECT_THAT(failure->message, testing::HasSubstr("expected an end tag, found a start tag"));
+    EXPECT_EQ(failure->message, "XML, line 1, column 4: expected an end tag, found a start tag");
     EXPECT_THAT(reader.Rest(), ElementsAre("<a>", "'text'", "</a>"));
 }
 
@@ -100,7 +100,19 @@ TEST(XmlStream, RefusesToTakeATokenAtTheEnd) {
     XmlCharData data;
     const auto failure = FailureOf([&] { reader.Xml() >> data; });
     ASSERT_TRUE(failure);
-    EXPECT_THAT(failure->message, testing::HasSubstr("expected character data, found the end"));
+    EXPECT_EQ(failure->message, "XML, line 1, column 1: expected character data, found the end");
+}
+
+// Text is complete only when the tag behind it is known.
+TEST(XmlStream, TellsThePlaceBehindTheTagThatEndsTextWhichWasNotExpected) {
+    TokenReader reader("<a>\n text</a>");
+    EXPECT_EQ(reader.Next(), "<a>");
+    XmlSTag tag;
+    const auto failure = FailureOf([&] { reader.Xml() >> tag; });
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->message,
+              "XML, line 2, column 10: expected a start tag, found character data");
+    EXPECT_THAT(reader.Rest(), ElementsAre("'\n text'", "</a>"));
 }
 
 TEST(XmlStream, RefusesItsReservedFlags) {

@@ -26,11 +26,18 @@ class __attribute__((visibility("default"))) AdImporter : public CObject {
     ~AdImporter() override;
 
     // The session that the following packets are imported through; may be called again at any time.
+    // With another session than before, the record type is forgotten: it belongs to the former one.
+    // Record data is then refused as a bad value until a configuration packet names a type again.
     void SetSession(const AdSessionPtr& session);
 
     // Imports one packet, a zero-terminated UTF-16 XML text (null counts as the empty text).
-    // Returns the packet's error text, empty when all of it went through. Errors that come from an
-    // exception begin with a line feed. Never throws.
+    // Returns the packet's error text, empty when all of it went through. Never throws; what a sink
+    // of traces throws counts as an exception of the operation that traces.
+    //
+    // The text is made for joining, so it can begin and end with a line feed and hold others. What
+    // comes from an exception is joined on after a line feed, except that a search by original id
+    // and the import of a history batch put most of it in place of the text; what tells of a
+    // refused attachment, or of a history line but for its expiry time, ends with a line feed.
     //
     // A configuration packet replaces all configured values and adds to the reference mapping. In a
     // record data packet the first record that fails ends the useful work: the records after it are
@@ -43,7 +50,10 @@ class __attribute__((visibility("default"))) AdImporter : public CObject {
   protected:
     using EntryList = std::list<CMapStringToString*>;
 
-    // The view of the current record.
+    // The view of the current record. In a record type without states no field is taken as the
+    // state: a field without a name stays in the map like any other, where the record's writing
+    // refuses it. (It is taken out where duplicate_id is not configured, since it then equals that
+    // name, and original_id is.)
     void SetupRecordMap(Obx_String& error);
     void CleanupRecordMap();
 
@@ -64,8 +74,8 @@ class __attribute__((visibility("default"))) AdImporter : public CObject {
     int UpdateRecord(Obx_String& error);
     int MarkDuplicates(AdEntityPtr entity, Obx_String& error);
 
-    // Handles a whole history packet, and the history batch. The maps of `entries` stay the
-    // caller's.
+    // Handles a whole history packet, and the history batch, which ReallyImportHistory gives back
+    // on every way out, empty ones included. The maps of `entries` stay the caller's.
     int ImportHistory(Obx_String& error);
     void AddHistory(long recordDbid, EntryList& entries, Obx_String& error);
     int ReallyImportHistory(Obx_String& error);

@@ -39,16 +39,25 @@ void Trace(const char16_t* tag, const char16_t* format, const Arguments&... argu
     }
 }
 
-// Traces the end of an object. A sink that fails must not end the process, which an exception
-// leaving a destructor would.
-inline void TraceDestructor(const char16_t* tag) noexcept {
+// Traces where a failure of the sink can be told to nobody, so that it is let go.
+template <typename... Arguments>
+void TraceQuietly(const char16_t* tag, const char16_t* format,
+                  const Arguments&... arguments) noexcept {
     try {
-        Trace(tag, u"Destructor");
+        Trace(tag, format, arguments...);
     } catch (CException* failure) {
         failure->Delete();
+    } catch (Obx_String* text) {
+        delete text;
     } catch (...) {
         return;
     }
+}
+
+// Traces the end of an object. A sink that fails must not end the process, which an exception
+// leaving a destructor would.
+inline void TraceDestructor(const char16_t* tag) noexcept {
+    TraceQuietly(tag, u"Destructor");
 }
 
 #endif

@@ -60,7 +60,9 @@ Obx_String ScriptedEntity::GetFieldReferencedEntityDefName(const Obx_String& fie
 }
 
 AdFieldInfoPtr ScriptedEntity::GetFieldValue(const Obx_String& fieldName) const {
-    Call("GetFieldValue", {fieldName});
+    if (IsNullAnswer(Call("GetFieldValue", {fieldName}))) {
+        return nullptr;
+    }
     std::vector<Obx_String> values;
     if (fieldName == field_dbid) {
         values.push_back(m_dbId);
@@ -96,12 +98,22 @@ Obx_String ScriptedEntity::DeleteAttachment(const Obx_String& fieldName,
     return TextOf(Call("DeleteAttachment", {fieldName, attachment}));
 }
 
+// A success leaves a message without a number, but not a fresh one, so that a caller who gives the
+// same message to the next step is seen in the log.
+void ScriptedEntity::Save(const char* step, PaMessage& message) {
+    const bool fresh = message.ID() == 0 && message.Type() == 0;
+    const ScriptedAnswer answer = fresh ? Call(step) : Call(step, {std::string("a used message")});
+    PaMessage success;
+    success.Type(1);
+    message = AnswerOr(answer, success);
+}
+
 void ScriptedEntity::Validate(PaMessage& message) {
-    message = AnswerOr(Call("Validate"), message);
+    Save("Validate", message);
 }
 
 void ScriptedEntity::Commit(PaMessage& message) {
-    message = AnswerOr(Call("Commit"), message);
+    Save("Commit", message);
 }
 
 void ScriptedEntity::Revert() {

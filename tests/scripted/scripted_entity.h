@@ -43,6 +43,7 @@ class ScriptedEntity : public AdEntity {
     ~ScriptedEntity() override;
 
   private:
+    void Save(const char* step, PaMessage& message);
     ScriptedAnswer Call(const char* name, std::initializer_list<CallArgument> arguments = {}) const;
     ScriptedAnswer Question(const char* name,
                             std::initializer_list<CallArgument> arguments = {}) const;

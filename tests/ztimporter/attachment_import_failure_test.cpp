@@ -72,6 +72,32 @@ TEST_F(AttachmentImportFailureTest, AFailedCommitIsRevertedAndThenUnbuilt) {
     ExpectCleanRecordMap();
 }
 
+class AttachmentRevertThrowsTest : public AttachmentImportFailureTest,
+                                   public testing::WithParamInterface<std::string> {};
+
+TEST_P(AttachmentRevertThrowsTest, AppendsToTheFailureThatWasBeingCleanedUp) {
+    m_core.OnCall("Revert").Throws(ThrownKind::kText);
+    Obx_String cause = Message(message_id::kAttachmentFailed, {{u"_attachmentid_", u"8"}}) + u"\n";
+    if (GetParam() == "AddAttachment") {
+        m_core.OnCall(GetParam()).ReturnsText(u"no such file");
+    } else {
+        m_core.OnCall(GetParam()).Reports(CoreMessage(u"bad"));
+        cause = Message(
+            GetParam() == "Validate" ? message_id::kValidationFailed : message_id::kCommitFailed,
+            {{u"_coreinfo_", CoreMessage(u"bad").FullMsg()}});
+    }
+    ImportFiles();
+    ExpectErrorText(cause + u"\nCaught a CString: boom");
+    ExpectStoryEnds(Joined(Lines{"Revert()"}, EndTraces()));
+    // Only files that were refused give the result set back first.
+    EXPECT_EQ(Count(Calls(), Unbuild()), GetParam() == "AddAttachment" ? 1 : 0);
+    ExpectRecordMapLeft(u"core-1");
+}
+
+INSTANTIATE_TEST_SUITE_P(Causes, AttachmentRevertThrowsTest,
+                         testing::Values("AddAttachment", "Validate", "Commit"),
+                         [](const auto& instance) { return instance.param; });
+
 TEST_F(AttachmentImportFailureTest, RecordsBeforeAFailureStayCommitted) {
     m_core.OnCall("Validate", 2).Reports(CoreMessage(u"too many files"));
     ImportFiles();

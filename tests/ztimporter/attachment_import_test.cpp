@@ -110,6 +110,21 @@ TEST_F(AttachmentImportTest, FieldsAreAddedInTheMapsOrderUnderTheNamesOfThePacke
                              "Validate()", "Commit()", Unbuild()}));
 }
 
+TEST_F(AttachmentImportTest, AFieldThatTwoNamesMatchIsAddedTwice) {
+    m_bug.Field(u"FILES", ad_field_type::kAttachments);
+    GivenRecords(u"core-1", {u"33"});
+    ImportRecords({WithFile("core-1")});
+    ExpectErrorText(u"");
+    EXPECT_EQ(Count(Calls(), "AddAttachment(files, a.txt, about)"), 2);
+}
+
+TEST_F(AttachmentImportTest, ARecordWithoutFilesKeepsItsState) {
+    GivenConfiguration({.importData = "attachments", .importState = true});
+    ImportRecords({{{"source_id", "core-1"}, {"state", "OPEN"}}});
+    ExpectErrorText(u"");
+    EXPECT_EQ(m_importer->m_recordState, u"OPEN");
+}
+
 TEST_F(AttachmentImportTest, AFieldWithoutAWholeAttachmentStillOpensTheRecord) {
     GivenRecords(u"core-1", {u"33"});
     ImportRecords({{{"source_id", "core-1"}, {"files", "7\na.txt\n12"}}});

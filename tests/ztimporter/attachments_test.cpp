@@ -71,12 +71,16 @@ TEST_F(AttachmentsTest, NoEntriesOnlyReadTheField) {
         Joined(Lines{"trace: " + BeginTrace(0)}, Read(), Lines{"trace: AddAttachment ends"}));
 }
 
-TEST_F(AttachmentsTest, TheExistingOnesAreReadOnlyWhenTheFieldHoldsAValue) {
+class FieldWithoutValueTest : public AttachmentsTest, public testing::WithParamInterface<long> {};
+
+TEST_P(FieldWithoutValueTest, IsNotReadForExistingOnes) {
     GivenExisting({"a.txt"});
-    m_core.OnCall("GetValueStatus").ReturnsNumber(1);
+    m_core.OnCall("GetValueStatus").ReturnsNumber(GetParam());
     Add({File("a.txt")});
     ExpectCalls(Joined(Read(), Lines{AddCall("a.txt")}));
 }
+
+INSTANTIATE_TEST_SUITE_P(Statuses, FieldWithoutValueTest, testing::Values(-1L, 0L, 1L, 3L));
 
 TEST_F(AttachmentsTest, AnExistingOneOfTheSameNameIsReplaced) {
     GivenExisting({"a.txt", "b.txt"});
@@ -115,6 +119,28 @@ TEST_F(AttachmentsTest, TwoEntriesReplaceTwoExistingOnesOfTheName) {
     Add({File("a.txt"), File("a.txt")});
     ExpectCalls(Joined(Read(), Lines{ReadValues(), Delete("x/a.txt"), AddCall("a.txt"),
                                      Delete("y/a.txt"), AddCall("a.txt")}));
+}
+
+TEST_F(AttachmentsTest, AnExistingOneMayEndWithItsName) {
+    m_core.SetFieldValues(u"files", {u"1\na.txt"});
+    Add({File("a.txt")});
+    ExpectCalls(
+        Joined(Read(), Lines{ReadValues(), "DeleteAttachment(files, 1\na.txt)", AddCall("a.txt")}));
+}
+
+TEST_F(AttachmentsTest, BlanksBelongToAName) {
+    GivenExisting({"a.txt"});
+    Add({{{"filename", " a.txt "}, {"description", " about "}}});
+    ExpectCalls(Joined(Read(), Lines{ReadValues(), "AddAttachment(files,  a.txt ,  about )"}));
+}
+
+TEST_F(AttachmentsTest, AnExistingOneWhoseDeletionFailsIsNotTriedAgain) {
+    GivenExisting({"a.txt", "b.txt"});
+    m_core.OnCall("DeleteAttachment").ReturnsText(u"cannot");
+    Add({File("a.txt"), File("a.txt")});
+    ExpectErrorText(u"");
+    ExpectCalls(
+        Joined(Read(), Lines{ReadValues(), Delete("a.txt"), AddCall("a.txt"), AddCall("a.txt")}));
 }
 
 TEST_F(AttachmentsTest, AnExistingOneWithoutASecondLineHasNoName) {
@@ -169,10 +195,18 @@ TEST_F(AttachmentsTest, ARefusalDoesNotStopTheOthersAndTheLastOneIsReported) {
     ExpectCalls(Joined(Read(), Lines{AddCall("a.txt"), AddCall("b.txt"), AddCall("c.txt")}));
 }
 
-TEST_F(AttachmentsTest, TheFieldsValueIsReleasedBeforeTheEnd) {
+TEST_F(AttachmentsTest, TheFieldsValueIsReleasedRightAfterUse) {
     GivenExisting({"a.txt"});
     Add({File("a.txt")});
-    EXPECT_EQ(Count(m_core.Log().Lines({CallLog::Kind::kRelease}), "release: value of files"), 1);
+    const Lines lines = m_core.Log().Lines({CallLog::Kind::kRelease, CallLog::Kind::kCall});
+    EXPECT_EQ(Lines(lines.begin() + 2, lines.begin() + 5),
+              (Lines{ReadValues(), "release: value of files", Delete("a.txt")}));
+}
+
+TEST_F(AttachmentsTest, AMissingRecordIsABadValue) {
+    OpenImporter::EntryList none;
+    m_importer->AddAttachment(nullptr, u"files", none, m_error);
+    ExpectBadValue(u"entity != __null");
 }
 
 class AttachmentsThrowTest : public AttachmentsTest,

@@ -88,6 +88,22 @@ TEST_F(CarryOverTest, TheIdentityCarriedOverFindsTheWrongRecord) {
     EXPECT_TRUE(Wrote("title", "Crash"));
 }
 
+TEST_F(CarryOverTest, AnIdentityCarriedOverIsNotSearchedForWithoutAConfiguredField) {
+    GivenConfiguration();
+    GivenARecordThatEndedInAnException({{"source_id", "core-1"}});
+    const Pairs record = {{"history", ManyHistoryLines(1)},
+                          {"files", AttachmentLines("7", "a.txt", "")}};
+    for (const char* importData : {"record", "history", "attachments"}) {
+        GivenConfiguration({.importData = importData, .originalId = "", .updateRecord = true});
+        m_importer->m_originalID_value = u"core-1";
+        ImportRecords({record});
+        ExpectErrorText(
+            Message(message_id::kRecordNotFound,
+                    {{u"_datatype_", u"bug"}, {u"_field_", u""}, {u"_value_", u"core-1"}}));
+        ExpectNoCalls();
+    }
+}
+
 TEST_F(CarryOverTest, TheDuplicateReferenceIsCarriedOver) {
     GivenConfiguration({.duplicateId = "duplicate_of"});
     GivenRecords(u"core-9", {u"33"});

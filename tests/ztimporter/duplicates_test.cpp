@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "platform/messages/message_ids.h"
 #include "tests/ztimporter/importer_fixture.h"
 #include "tests/ztimporter/thrown_cases.h"
@@ -135,6 +137,38 @@ TEST_P(UncountedOriginalsTest, AreSkippedAsASuccess) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Counts, UncountedOriginalsTest, testing::Values(-1L, -2L, -100L));
+
+TEST_F(DuplicatesTest, TheResultSetIsReleasedBeforeTheEndTrace) {
+    const auto expectReleasedFirst = [&](const std::string& trace) {
+        const Lines lines = m_core.Log().Lines({CallLog::Kind::kRelease, CallLog::Kind::kTrace});
+        const auto end = std::find_if(lines.begin(), lines.end(), [&](const std::string& line) {
+            return line.starts_with("trace: MarkDuplicates ends " + trace);
+        });
+        ASSERT_NE(end, lines.end());
+        EXPECT_EQ(*(end - 1), "release: result set of source_id = core-9");
+    };
+    for (const long count : {0L, 2L}) {
+        GivenRowCount(u"core-9", count);
+        Mark();
+        expectReleasedFirst("with error");
+    }
+    GivenRowCount(u"core-9", -1);
+    Mark();
+    expectReleasedFirst("successfully");
+    GivenRecords(u"core-9", {u"33"});
+    m_core.Matches(u"bug", u"source_id", u"core-9").count.reset();
+    Mark();
+    expectReleasedFirst("successfully");
+    m_core.OnCall("GetEntity").Throws(ThrownKind::kMessage);
+    Mark();
+    expectReleasedFirst("with error");
+}
+
+TEST_F(DuplicatesTest, AMissingRecordIsABadValue) {
+    GivenRecords(u"core-9", {u"33"});
+    EXPECT_EQ(m_importer->MarkDuplicates(nullptr, m_error), 0);
+    ExpectBadValue(u"entity != __null");
+}
 
 TEST_F(DuplicatesTest, AFailedSearchIsHiddenByTheNotFoundMessage) {
     m_core.OnCall("Execute").Throws(ThrownKind::kMessage);

@@ -185,10 +185,12 @@ TEST_F(FieldValuesTest, AFailedDeletionIsIgnored) {
     m_importer->m_replaceRefList = 1;
     m_core.SetFieldValues(u"keywords", {u"old", u"older"});
     m_core.OnCall("DeleteFieldValue").ReturnsText(u"cannot");
-    EXPECT_EQ(Write({{"keywords", ""}, {"title", "Crash"}}), 1);
+    // The list comes last and brings no item: a field or an item behind it would clear a text that
+    // the deletion left.
+    EXPECT_EQ(Write({{"title", "Crash"}, {"keywords", " , "}}), 1);
     ExpectErrorText(u"");
-    ExpectWrites({"DeleteFieldValue(keywords, old, 1)", "DeleteFieldValue(keywords, older, 1)",
-                  "SetFieldValue(title, Crash, 1)"});
+    ExpectWrites({"SetFieldValue(title, Crash, 1)", "DeleteFieldValue(keywords, old, 1)",
+                  "DeleteFieldValue(keywords, older, 1)"});
 }
 
 TEST_F(FieldValuesTest, ReplacingTouchesOnlyLists) {
@@ -197,6 +199,19 @@ TEST_F(FieldValuesTest, ReplacingTouchesOnlyLists) {
     Write({{"owner", "ann"}});
     ExpectCalls({"SetFieldValue(owner, ann, 1)"});
 }
+
+class NullFieldTest : public FieldValuesTest, public testing::WithParamInterface<std::string> {};
+
+TEST_P(NullFieldTest, OfTheCoreIsABadValue) {
+    m_importer->m_replaceRefList = 1;
+    m_core.OnCall("GetFieldValue").ReturnsNull();
+    EXPECT_EQ(Write({{GetParam(), "x"}, {"title", "Crash"}}), 0);
+    ExpectBadValue(u"fieldInfo != __null");
+    ExpectWrites({});
+}
+
+INSTANTIATE_TEST_SUITE_P(Fields, NullFieldTest, testing::Values("keywords", "log", "files"),
+                         [](const auto& instance) { return instance.param; });
 
 TEST_F(FieldValuesTest, AnUnknownFieldIsTheCoresError) {
     EXPECT_EQ(Write({{"nosuch", "x"}, {"title", "Crash"}}), 0);

@@ -138,6 +138,26 @@ TEST_F(HistoryBatchTest, OnlyTheFirstEmptyColumnIsReported) {
                     EmptyColumnText("old_state", 1, "8") + u"\n");
 }
 
+TEST_F(HistoryBatchTest, RequiredColumnsAreCheckedInTheirOrder) {
+    Entry entry = {{"dbid", "7"}, {"action_timestamp", "2024-01-01"}};
+    Obx_String expected;
+    for (const char* column : {"user_name", "action_name", "old_state", "new_state"}) {
+        Add({entry});
+        expected += EmptyColumnText(column, 1, "7") + u"\n";
+        ExpectErrorText(expected);
+        entry[column] = "given";
+    }
+    Add({entry});
+    ExpectErrorText(expected);
+    EXPECT_EQ(m_importer->m_historyCount, 1);
+}
+
+TEST_F(HistoryBatchTest, AnExpiryOfBlanksIsInvalid) {
+    Add({With(ValidEntry("7"), "expired_timestamp", " ")});
+    ExpectErrorText(ExpiryText(" ", 1, "7"));
+    EXPECT_EQ(m_importer->m_historyCount, 0);
+}
+
 TEST_F(HistoryBatchTest, SkippedEntriesCountAsLines) {
     Add({With(ValidEntry("7"), "user_name", ""), With(ValidEntry("8"), "action_timestamp", "x"),
          With(ValidEntry("9"), "new_state", "")});
@@ -176,8 +196,9 @@ TEST_P(HistoryBatchThrowsTest, AppendsToTheErrorTextAndKeepsTheEntriesBefore) {
     EXPECT_EQ(m_importer->m_historyCount, GetParam().call.occurrence - 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryCall, HistoryBatchThrowsTest,
-                         testing::ValuesIn(EachKindAt({{"GetDbId", 1}, {"GetName", 1}})),
-                         NameOfCase);
+INSTANTIATE_TEST_SUITE_P(
+    EveryCall, HistoryBatchThrowsTest,
+    testing::ValuesIn(EachKindAt({{"GetDbId", 1}, {"GetDbId", 2}, {"GetName", 1}, {"GetName", 2}})),
+    NameOfCase);
 
 }  // namespace

@@ -47,6 +47,7 @@ void HistoryTest::Add(const std::vector<Entry>& entries, long recordDbid) {
         }
         list.push_back(maps.back().get());
     }
+    m_filledByTest = true;
     m_importer->AddHistory(recordDbid, list, m_error);
 }
 

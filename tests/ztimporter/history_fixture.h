@@ -20,6 +20,14 @@ class HistoryTest : public ImporterTest {
         m_importer->m_originalID_value = u"core-1";
     }
 
+    // A batch that a test filled by itself is nobody else's to give back.
+    void TearDown() override {
+        if (m_filledByTest && m_importer) {
+            m_importer->DiscardHistory();
+        }
+        ImporterTest::TearDown();
+    }
+
     // An entry that lacks nothing, by the user "ann <dbid>".
     static Entry ValidEntry(const std::string& dbid);
     static Entry With(Entry entry, const std::string& key, const std::string& value);
@@ -40,6 +48,9 @@ class HistoryTest : public ImporterTest {
     static Obx_String ActionTimeText(const std::string& value, int line, const std::string& dbid);
     static Obx_String ExpiryText(const std::string& value, int line, const std::string& dbid);
     static Obx_String EmptyColumnText(const std::string& key, int line, const std::string& dbid);
+
+    // Whether the test drives the operations on the batch by themselves.
+    bool m_filledByTest = false;
 };
 
 #endif

@@ -102,6 +102,45 @@ TEST_F(HistoryImportFailureTest, RecordsBeforeAFailureStayAsTheyAre) {
     EXPECT_EQ(Calls().back(), "UnbuildResultSet(source_id = core-2)");
 }
 
+TEST_F(HistoryImportFailureTest, EntriesBeforeAnExceptionAreImportedAndTheRecordIsReverted) {
+    m_core.OnCall("GetDbId", 3).Throws(ThrownKind::kText);
+    ImportRecords({{{"source_id", "core-1"}, {"history", ManyHistoryLines(4)}}});
+    ExpectErrorText(u"\nCaught a CString: boom");
+    ASSERT_EQ(m_core.ImportedHistory().size(), 2U);
+    EXPECT_EQ(Text(m_core.ImportedHistory().at(1).userName), "user 2");
+    ExpectStoryEnds({"trace: AddHistory ends with error: " + m_error.ToUtf8(),
+                     "trace: ReallyImportHistory begins",
+                     "ImportHistoryData(2 entries, -1, 0 problems, '', null, null)",
+                     "CommitImportHistory()", "trace: ReallyImportHistory ends", Unbuild(),
+                     "Revert()", "trace: CleanupRecordMap", Ends("ImportHistory"), Ends("Import")});
+}
+
+class HistoryRevertThrowsTest : public HistoryImportFailureTest,
+                                public testing::WithParamInterface<std::string> {};
+
+TEST_P(HistoryRevertThrowsTest, AppendsToTheFailureThatWasBeingCleanedUp) {
+    m_core.OnCall("Revert").Throws(ThrownKind::kText);
+    Obx_String cause = u"bad entry";
+    if (GetParam() == "ImportHistoryData") {
+        m_core.OnCall(GetParam()).ReturnsText(cause);
+    } else {
+        m_core.OnCall(GetParam()).Reports(CoreMessage(u"bad"));
+        cause = Message(
+            GetParam() == "Validate" ? message_id::kValidationFailed : message_id::kCommitFailed,
+            {{u"_coreinfo_", CoreMessage(u"bad").FullMsg()}});
+    }
+    ImportOneLine();
+    ExpectErrorText(cause + u"\nCaught a CString: boom");
+    ExpectStoryEnds({"Revert()", Ends("ImportHistory"), Ends("Import")});
+    // Only entries that were refused give the result set back first.
+    EXPECT_EQ(Count(Calls(), Unbuild()), GetParam() == "ImportHistoryData" ? 1 : 0);
+    ExpectRecordMapLeft(u"core-1");
+}
+
+INSTANTIATE_TEST_SUITE_P(Causes, HistoryRevertThrowsTest,
+                         testing::Values("ImportHistoryData", "Validate", "Commit"),
+                         [](const auto& instance) { return instance.param; });
+
 TEST_F(HistoryImportFailureTest, ANumberThatIsNoNumberCountsAsZero) {
     m_core.SetFieldValues(u"dbid", {u"none"});
     ImportOneLine();

@@ -39,6 +39,16 @@ INSTANTIATE_TEST_SUITE_P(Counts, ManyEntriesTest,
                                          std::pair{501, 501}, std::pair{502, 501},
                                          std::pair{1200, 501}));
 
+TEST_F(HistoryMemoryTest, TheEndIsTracedAtTheLimitToo) {
+    for (int call = 0; call < 2; ++call) {
+        m_core.ForgetCalls();
+        Add(std::vector<Entry>(502, ValidEntry("7")));
+        ExpectErrorText(u"");
+        ExpectTrace({"AddHistory begins", "AddHistory ends"});
+        EXPECT_EQ(m_importer->m_historyCount, 501);
+    }
+}
+
 TEST_F(HistoryMemoryTest, EntriesBehindTheLastOneAreNotEvenChecked) {
     GivenConfiguration();
     ImportRecords({{{"title", "Crash"}, {"log", ManyHistoryLines(501) + "502\tno time\n"}}});

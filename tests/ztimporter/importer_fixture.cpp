@@ -1,8 +1,10 @@
 #include "tests/ztimporter/importer_fixture.h"
 
 #include <algorithm>
+#include <regex>
 
 #include "platform/foundation/utf.h"
+#include "platform/messages/message_ids.h"
 #include "platform/messages/pamessage.h"
 #include "ztimporter/importrecordparser.h"
 
@@ -130,6 +132,20 @@ void ImporterTest::ImportRecords(const std::vector<Pairs>& records) {
 
 void ImporterTest::ExpectErrorText(const Obx_String& text) {
     EXPECT_EQ(text.ToUtf8(), m_error.ToUtf8());
+}
+
+void ImporterTest::ExpectBadValue(const Obx_String& condition) {
+    const Obx_String expected =
+        u"\n" +
+        Message(message_id::kBadValue,
+                {{u"_text_", condition}, {u"_file_", u"ztimporter/adimporter"}, {u"_line_", u"N"}});
+    // Which line of the source it is changes with every edit.
+    const std::regex line(", line [1-9][0-9]*\\)");
+    EXPECT_EQ(expected.ToUtf8(), std::regex_replace(m_error.ToUtf8(), line, ", line N)"));
+}
+
+void ImporterTest::ExpectXmlError(const Obx_String& text) {
+    ExpectErrorText(u"\nCaught a CException: XML, " + text);
 }
 
 Lines ImporterTest::Calls() {

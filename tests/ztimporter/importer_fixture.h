@@ -70,6 +70,10 @@ class ImporterTest : public testing::Test {
 
     // Then. Each looks at what happened since the configuration.
     void ExpectErrorText(const Obx_String& text);
+    // The error text of an exception that says that this condition does not hold.
+    void ExpectBadValue(const Obx_String& condition);
+    // That of XML which cannot be read, from "line" on.
+    void ExpectXmlError(const Obx_String& text);
     // The calls to the core, without questions about definitions.
     void ExpectCalls(const Lines& lines);
     void ExpectNoCalls() { ExpectCalls({}); }

@@ -12,6 +12,7 @@ class NestedValuesTest : public HistoryTest {
     int Write(const Pairs& fields) {
         GivenRecordMap(fields);
         AdEntityPtr bug = GivenOpenBug();
+        m_filledByTest = true;
         return m_importer->SetupFieldValues(bug, m_error);
     }
 };

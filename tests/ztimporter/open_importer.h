@@ -11,6 +11,7 @@ class OpenImporter : public AdImporter {
     using AdImporter::AddAttachment;
     using AdImporter::AddHistory;
     using AdImporter::CleanupRecordMap;
+    using AdImporter::DiscardHistory;
     using AdImporter::GetResultSetWhere;
     using AdImporter::ImportAttachment;
     using AdImporter::ImportHistory;

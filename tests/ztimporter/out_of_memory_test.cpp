@@ -5,6 +5,7 @@
 #include <new>
 #include <string>
 
+#include "ztimporter/adimporter.h"
 #include "ztimporter/importconfigurationparser.h"
 #include "ztimporter/importrecordparser.h"
 
@@ -133,6 +134,29 @@ TEST(OutOfMemory, LeavesNothingOfAttachmentEntries) {
                       u"1\na_file.txt\n10\na description\n2\nanother_file.txt\n20"));
               }),
               10);
+}
+
+// Nothing can be imported without a session, so that every end has its error text.
+void ExpectAnErrorTextAtEachAllocation(const char16_t* packet) {
+    const Obx_String units(packet);
+    AdImporter importer;
+    const Obx_String withMemory = importer.Import(units.Units());
+    Obx_String error;
+    for (int objects = 0; objects < 10000 && error != withMemory; ++objects) {
+        g_allowed = objects;
+        EXPECT_NO_THROW(error = importer.Import(units.Units()));
+        g_allowed = -1;
+        EXPECT_FALSE(error.IsEmpty()) << "after " << objects << " objects";
+    }
+    EXPECT_EQ(error, withMemory);
+}
+
+TEST(OutOfMemory, EndsAConfigurationPacketWithAnErrorText) {
+    ExpectAnErrorTextAtEachAllocation(u"<configuration><record_type name='bug'/></configuration>");
+}
+
+TEST(OutOfMemory, EndsADataPacketWithAnErrorText) {
+    ExpectAnErrorTextAtEachAllocation(u"<record><field name='title'>Crash</field></record>");
 }
 
 }  // namespace

@@ -256,6 +256,35 @@ TEST_F(PacketEntryTest, ANewSessionTakesEffectForTheNextPacket) {
                      "SetFieldValue(title, Crash, 1)", "Validate()", "Commit()"}));
 }
 
+TEST_F(PacketEntryTest, AnotherSessionForgetsTheRecordTypeOfTheFormerOne) {
+    ScriptedCore other;
+    other.AddRecordType(u"bug");
+    for (const char* importData : {"record", "history", "attachments"}) {
+        m_importer->SetSession(AdSessionPtr(new ScriptedSession(m_core)));
+        GivenConfiguration({.importData = importData});
+        m_importer->SetSession(AdSessionPtr(new ScriptedSession(other)));
+        EXPECT_EQ(m_importer->m_entityDef, nullptr);
+        ImportRecords({{{"title", "Crash"}}});
+        ExpectBadValue(u"m_entityDef != __null");
+        ExpectCallsAndQuestions({});
+    }
+    EXPECT_TRUE(other.Log().Lines({CallLog::Kind::kCall, CallLog::Kind::kQuestion}).empty());
+}
+
+TEST_F(PacketEntryTest, NoSessionForgetsTheRecordTypeToo) {
+    GivenConfiguration();
+    m_importer->SetSession(nullptr);
+    EXPECT_EQ(m_importer->m_entityDef, nullptr);
+}
+
+TEST_F(PacketEntryTest, TheSameSessionAgainKeepsTheRecordType) {
+    GivenConfiguration();
+    m_importer->SetSession(m_importer->m_session);
+    ImportRecords({{{"title", "Crash"}}});
+    ExpectErrorText(u"");
+    EXPECT_EQ(Calls().back(), "Commit()");
+}
+
 TEST_F(PacketEntryTest, ThePacketIsNotChangedByItsEscapes) {
     GivenConfiguration();
     ImportRecords({{{"title", "a<b & \"c\" \xC3\xB8"}}});

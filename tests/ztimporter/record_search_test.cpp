@@ -60,6 +60,14 @@ TEST_F(RecordSearchTest, NothingFoundIsNoError) {
                        Search("source_id", "core-1"), Lines{"trace: GetResultSetWhere ends"}));
 }
 
+TEST_F(RecordSearchTest, AResultSetWithoutRowsIsReleasedBeforeTheEndTrace) {
+    SearchFor(u"core-1");
+    const Lines lines = m_core.Log().Lines({CallLog::Kind::kRelease, CallLog::Kind::kTrace});
+    EXPECT_EQ(
+        Lines(lines.end() - 2, lines.end()),
+        (Lines{"release: result set of source_id = core-1", "trace: GetResultSetWhere ends"}));
+}
+
 TEST_F(RecordSearchTest, ARowThatCannotBeFetchedIsNotFound) {
     m_core.Matches(u"bug", u"source_id", u"core-1") = {.rows = {u"33"}, .count = 1, .status = 2};
     EXPECT_FALSE(SearchFor(u"core-1"));
@@ -98,7 +106,7 @@ TEST_F(RecordSearchTest, ACoreWithoutAResultSetFailsAnAssertion) {
 TEST_F(RecordSearchTest, ANullRecordTypeIsReported) {
     m_found = m_importer->GetResultSetWhere(nullptr, u"source_id", u"core-1", m_error);
     EXPECT_EQ(m_found.GetPtr(), nullptr);
-    EXPECT_TRUE(m_error.ToUtf8().starts_with("\n")) << m_error.ToUtf8();
+    ExpectBadValue(u"recordType != __null");
     ExpectNoCalls();
 }
 

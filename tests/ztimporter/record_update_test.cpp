@@ -229,6 +229,18 @@ TEST_F(RecordUpdateTest, ARefusedFieldRevertsBeforeTheHistoryIsDropped) {
     EXPECT_EQ(m_importer->m_historyCount, 1);
 }
 
+TEST_F(RecordUpdateTest, AnInvalidRecordRevertsBeforeTheHistoryIsDropped) {
+    GivenRecords(u"core-1", {u"33"});
+    m_core.OnCall("Validate").Reports(CoreMessage(u"title is required"));
+    m_core.OnCall("Revert").Throws(ThrownKind::kText);
+    Update(HistoryAndThenTitle());
+    ExpectErrorText(CoreMessage(u"title is required").FullMsg() + u"\nCaught a CString: boom");
+    EXPECT_EQ(m_importer->m_historyCount, 1);
+    EXPECT_NE(m_importer->m_historyBuffer, nullptr);
+    EXPECT_EQ(Count(Calls(), Unbuild()), 0);
+    ExpectRecordMapLeft(u"core-1");
+}
+
 TEST_F(RecordUpdateTest, AnInvalidRecordDropsTheHistoryBeforeTheResultSetGoesBack) {
     GivenRecords(u"core-1", {u"33"});
     m_core.OnCall("Validate").Reports(CoreMessage(u"title is required"));

@@ -59,6 +59,21 @@ TEST_F(ReferenceLookupTest, RunsOneQueryAndGivesEverythingBack) {
     ExpectTrace({BeginTrace(), "IsReferenceIDValid ends"});
 }
 
+TEST_F(ReferenceLookupTest, QueryAndResultSetAreReleasedBeforeTheEndTrace) {
+    const auto ends = [&](const std::string& trace) {
+        const Lines lines = m_core.Log().Lines({CallLog::Kind::kRelease, CallLog::Kind::kTrace});
+        // The last line is the record's own end, behind the operation.
+        EXPECT_EQ(Lines(lines.end() - 4, lines.end() - 1),
+                  (Lines{"release: result set of mail = a@b", "release: query of mail = a@b",
+                         "trace: IsReferenceIDValid ends" + trace}));
+    };
+    LookUp(u"a@b");
+    ends(" with error: " + m_error.ToUtf8());
+    Users(u"a@b").rows = {u"ann"};
+    LookUp(u"a@b");
+    ends("");
+}
+
 TEST_F(ReferenceLookupTest, TheEndIsTracedAfterTheUnbuilding) {
     Users(u"a@b").rows = {u"ann"};
     LookUp(u"a@b");

@@ -106,8 +106,8 @@ class AdImporter::AttachmentSupplement : public Supplement {
 };
 
 int AdImporter::ImportAttachment(Obx_String& error) {
-    TraceImporter(u"ImportAttachment begins");
     try {
+        TraceImporter(u"ImportAttachment begins");
         while (m_recordParser->NextRecord() != 0) {
             if (!AttachmentSupplement(*this, error).Import()) {
                 return 0;
@@ -123,9 +123,9 @@ int AdImporter::ImportAttachment(Obx_String& error) {
 
 void AdImporter::AddAttachment(AdEntityPtr entity, Obx_String fieldName, EntryList& attachments,
                                Obx_String& error) {
-    TraceImporter(u"AddAttachment begins, field name: %s, attachments size: %d", fieldName,
-                  attachments.size());
     try {
+        TraceImporter(u"AddAttachment begins, field name: %s, attachments size: %d", fieldName,
+                      attachments.size());
         AdEntity& record = adimporter::Require(entity, u"entity != __null", __LINE__);
         CStringArray existing;
         {
@@ -152,6 +152,6 @@ void AdImporter::AddAttachment(AdEntityPtr entity, Obx_String fieldName, EntryLi
         TraceImporter(u"AddAttachment ends");
     } catch (...) {
         adimporter::AppendCaughtException(error);
-        TraceImporter(u"AddAttachment ends with error: %s", error);
+        EndWithError(u"AddAttachment ends with error: %s", error);
     }
 }

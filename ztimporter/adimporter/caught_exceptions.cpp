@@ -13,6 +13,9 @@ constexpr const char16_t* kExceptionPrefix = u"Caught a CException: ";
 constexpr const char16_t* kStringPrefix = u"Caught a CString: ";
 constexpr const char16_t* kUnknownText = u"Caught an unknown exception";
 
+// So short that a string holds it in itself, without memory of its own.
+constexpr std::u16string_view kNoMemoryText = u"\nmemory";
+
 Obx_String TakeMessage(CException* exception) {
     std::array<char16_t, 4096> buffer{};
     exception->GetErrorMessage(buffer.data(), buffer.size());
@@ -26,22 +29,22 @@ Obx_String TakeText(Obx_String* thrown) {
     return text;
 }
 
-void AppendByConvention(const CaughtException& caught, Obx_String& error) {
-    error += u"\n";
-    switch (caught.kind) {
+const char16_t* PrefixOf(CaughtKind kind) {
+    switch (kind) {
+        case CaughtKind::kException:
+            return kExceptionPrefix;
+        case CaughtKind::kString:
+            return kStringPrefix;
+        case CaughtKind::kUnknown:
+            return kUnknownText;
         case CaughtKind::kMessages:
             break;
-        case CaughtKind::kException:
-            error += kExceptionPrefix;
-            break;
-        case CaughtKind::kString:
-            error += kStringPrefix;
-            break;
-        case CaughtKind::kUnknown:
-            error += kUnknownText;
-            break;
     }
-    error += caught.text;
+    return u"";
+}
+
+void AppendByConvention(const CaughtException& caught, Obx_String& error) {
+    error += u"\n" + (PrefixOf(caught.kind) + caught.text);
 }
 
 }  // namespace
@@ -60,8 +63,14 @@ CaughtException TakeCaughtException() {
     }
 }
 
-void AppendCaughtException(Obx_String& error) {
-    AppendByConvention(TakeCaughtException(), error);
+void AppendCaughtException(Obx_String& error) noexcept {
+    try {
+        AppendByConvention(TakeCaughtException(), error);
+    } catch (...) {
+        if (error.IsEmpty()) {
+            error = Obx_String(kNoMemoryText);
+        }
+    }
 }
 
 void ReplaceByCaughtException(const CaughtException& caught, Obx_String& error) {

@@ -20,8 +20,9 @@ struct CaughtException {
 CaughtException TakeCaughtException();
 
 // Appends a line feed and the exception's text, with the prefix that tells its kind. This is how
-// every operation reports at its boundary, but for two.
-void AppendCaughtException(Obx_String& error);
+// every operation reports at its boundary, but for two. Without memory for the text, an error text
+// stays as it was, and an empty one becomes "\nmemory": a failure never leaves it empty.
+void AppendCaughtException(Obx_String& error) noexcept;
 
 // The departure of GetResultSetWhere and ReallyImportHistory: an exception or a thrown string
 // replaces the error text, and the thrown string itself is dropped. Unknown exceptions are appended

@@ -20,8 +20,8 @@ constexpr const char16_t* kEndsSuccessfully = u"MarkDuplicates ends successfully
 }  // namespace
 
 int AdImporter::MarkDuplicates(AdEntityPtr entity, Obx_String& error) {
-    TraceImporter(u"MarkDuplicates begins");
     try {
+        TraceImporter(u"MarkDuplicates begins");
         if (m_duplicateID.IsEmpty() || m_duplicateID_value.IsEmpty() || m_originalID.IsEmpty()) {
             TraceImporter(kEndsSuccessfully);
             return 1;

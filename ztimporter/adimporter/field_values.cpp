@@ -12,8 +12,8 @@ constexpr const char16_t* kEndsWithError = u"SetupFieldValues ends with error: %
 }  // namespace
 
 int AdImporter::SetupFieldValues(AdEntityPtr entity, Obx_String& error) {
-    TraceImporter(u"SetupFieldValues begins");
     try {
+        TraceImporter(u"SetupFieldValues begins");
         FieldWriter writer(*this, entity, error);
         CMapStringToString::Position position = m_recordMap.GetStartPosition();
         Obx_String fieldName;

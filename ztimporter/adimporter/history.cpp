@@ -56,8 +56,8 @@ class AdImporter::HistorySupplement : public Supplement {
 };
 
 int AdImporter::ImportHistory(Obx_String& error) {
-    TraceImporter(u"ImportHistory begins: m_originalID=%s", m_originalID);
     try {
+        TraceImporter(u"ImportHistory begins: m_originalID=%s", m_originalID);
         while (m_recordParser->NextRecord() != 0) {
             if (!HistorySupplement(*this, error).Import()) {
                 return 0;

@@ -28,14 +28,6 @@ constexpr const char16_t* kAddError = u"AddHistory error: %s";
 constexpr const char16_t* kFlushError = u"ReallyImportHistory error: %s";
 constexpr const char16_t* kFlushEndsWithError = u"ReallyImportHistory ends with error: %s";
 
-// Left uninitialised: an entry is zeroed when it is claimed, and none beyond the count is ever
-// read. Zeroing all 501 for a few lines of history would cost as much as the rest of the record.
-// The function has its own name for the leak check of the tests: a batch is left behind when an
-// exception ends its record.
-[[gnu::noinline]] AdHistory* NewHistoryBatch() {
-    return new AdHistory[kBatchRoom];
-}
-
 // The keys of an entry, made once: looking one up takes a string.
 struct EntryKeys {
     Obx_String dbid = u"dbid";
@@ -87,10 +79,13 @@ Obx_String Digits(long number) {
 }  // namespace
 
 void AdImporter::AddHistory(long recordDbid, EntryList& entries, Obx_String& error) {
-    TraceImporter(u"AddHistory begins");
     try {
+        TraceImporter(u"AddHistory begins");
         if (m_historyBuffer == nullptr) {
-            m_historyBuffer = NewHistoryBatch();
+            // Left uninitialised: an entry is zeroed when it is claimed, and none beyond the count
+            // is ever read. Zeroing all of them for a few lines of history would cost as much as
+            // the rest of the record.
+            m_historyBuffer = new AdHistory[kBatchRoom];
             m_historyCount = 0;
         }
         long lineNumber = 0;
@@ -104,7 +99,7 @@ void AdImporter::AddHistory(long recordDbid, EntryList& entries, Obx_String& err
         TraceImporter(u"AddHistory ends");
     } catch (...) {
         adimporter::AppendCaughtException(error);
-        TraceImporter(u"AddHistory ends with error: %s", error);
+        EndWithError(u"AddHistory ends with error: %s", error);
     }
 }
 
@@ -180,12 +175,14 @@ int AdImporter::IsHistoryFieldEmpty(Obx_String historyId, const char16_t* key, O
 }
 
 int AdImporter::ReallyImportHistory(Obx_String& error) {
-    TraceImporter(u"ReallyImportHistory begins");
-    if (m_historyBuffer == nullptr || m_historyCount < 1) {
-        TraceImporter(u"ReallyImportHistory ends with no history imported");
-        return 1;
-    }
     try {
+        TraceImporter(u"ReallyImportHistory begins");
+        if (m_historyBuffer == nullptr || m_historyCount < 1) {
+            // A batch none of whose lines could be used ends with its record, too.
+            DiscardHistory();
+            TraceImporter(u"ReallyImportHistory ends with no history imported");
+            return 1;
+        }
         CEnumArray<int, int> problemEntries(50);
         Obx_String problems;
         ImportHistoryData(m_session, m_historyBuffer, m_historyCount, -1, problemEntries, problems,

@@ -1,4 +1,4 @@
-#include <string_view>
+#include <utility>
 
 #include "platform/core/adcharset.h"
 #include "platform/messages/message_ids.h"
@@ -6,11 +6,14 @@
 #include "ztimporter/adimporter.h"
 #include "ztimporter/adimporter/caught_exceptions.h"
 #include "ztimporter/adimporter/importer_trace.h"
+#include "ztimporter/adimporter/left_behind.h"
 #include "ztimporter/adimporter/messages.h"
 #include "ztimporter/importconfigurationparser.h"
 #include "ztimporter/importrecordparser.h"
 
 using adimporter::AppendCaughtException;
+using adimporter::EndWithError;
+using adimporter::LeaveBehind;
 using adimporter::MessageText;
 using adimporter::TraceImporter;
 
@@ -34,20 +37,10 @@ long LengthOf(const unsigned short* packet) {
     return end - begin;
 }
 
-// The two parsers are made in functions of their own because some ways out of Import leave them
-// behind on purpose; the leak check of the tests excuses allocations by these names.
-[[gnu::noinline]] AdImportConfigurationDataParser* NewConfigurationParser() {
-    return new AdImportConfigurationDataParser;
-}
-
-[[gnu::noinline]] AdImportRecordParser* NewRecordParser() {
-    return new AdImportRecordParser;
-}
-
 }  // namespace
 
 AdImporter::AdImporter() {
-    TraceImporter(u"Constructor");
+    TraceQuietly(adimporter::kTag, u"Constructor");
     m_importDataType = record_data_type;
 }
 
@@ -58,36 +51,42 @@ AdImporter::~AdImporter() {
 }
 
 void AdImporter::SetSession(const AdSessionPtr& session) {
-    TraceImporter(u"SetSession");
+    TraceQuietly(adimporter::kTag, u"SetSession");
+    if (session.GetPtr() != m_session.GetPtr()) {
+        // The record type belongs to the former session, which may end here.
+        m_entityDef = nullptr;
+    }
     m_session.SetPtr(session.GetPtr());
 }
 
 Obx_String AdImporter::Import(const unsigned short* xml_packet) {
-    TraceImporter(u"Import begins, xml_packet length = %d", [&] { return LengthOf(xml_packet); });
     Obx_String result;
+    // A packet that is refused, or that an exception ends, leaves it behind: its "Destructor" trace
+    // tells readers of a trace that the packet was worked through.
+    AdImportConfigurationDataParser* configuration = nullptr;
     try {
+        TraceImporter(u"Import begins, xml_packet length = %d",
+                      [&] { return LengthOf(xml_packet); });
         AdMbcsString text;
         text.cvtFromTchar(AdCharset::getUTF8Charset(), xml_packet, AdCharset::converter_t::kStrict);
-        AdImportConfigurationDataParser* configuration = NewConfigurationParser();
+        configuration = new AdImportConfigurationDataParser;
         configuration->SetInputData(text.getData());
         const bool accepted = configuration->IsConfigurationData() != 0
                                   ? StoreConfiguration(*configuration, result)
                                   : ImportData(text.getData(), result);
-        if (!accepted) {
-            // A refused packet leaves the configuration parser behind, as an exception does: its
-            // "Destructor" trace tells readers of a trace that the packet was worked through.
-            return result;
-        }
-        delete configuration;
-        if (result.IsEmpty()) {
-            TraceImporter(u"Import ends successfully.");
-        } else {
-            TraceImporter(kEndsWithError, result);
+        if (accepted) {
+            delete std::exchange(configuration, nullptr);
+            if (result.IsEmpty()) {
+                TraceImporter(u"Import ends successfully.");
+            } else {
+                EndWithError(kEndsWithError, result);
+            }
         }
     } catch (...) {
         AppendCaughtException(result);
-        TraceImporter(kEndsWithError, result);
+        EndWithError(kEndsWithError, result);
     }
+    LeaveBehind(configuration);
     return result;
 }
 
@@ -120,14 +119,15 @@ bool AdImporter::ImportData(const char* text, Obx_String& result) {
     TraceImporter(u"Import is record data");
     if (m_configurationReceived == 0) {
         result = MessageText(message_id::kNoConfiguration, {});
-        TraceImporter(kEndsWithError, result);
+        EndWithError(kEndsWithError, result);
         return false;
     }
     // A batch that an exception left behind is dropped without release: its entries belong to no
     // record of this packet. AddHistory starts a new batch at 0.
     m_historyBuffer = nullptr;
-    // A parser that an exception left behind is replaced without release; its text is gone.
-    m_recordParser = NewRecordParser();
+    // So is a parser, whose text is gone.
+    LeaveBehind(m_recordParser);
+    m_recordParser = new AdImportRecordParser;
     m_recordParser->SetInputData(text);
     if (m_importDataType.CompareNoCase(record_data_type) == 0) {
         while (m_recordParser->NextRecord() != 0) {

@@ -1,11 +1,13 @@
 #include "ztimporter/adimporter/bad_value.h"
 #include "ztimporter/adimporter/caught_exceptions.h"
 #include "ztimporter/adimporter/importer_trace.h"
+#include "ztimporter/adimporter/left_behind.h"
 #include "ztimporter/adimporter/original_record.h"
 #include "ztimporter/adimporter/saved_record.h"
 
 using adimporter::AppendCaughtException;
 using adimporter::EndWithError;
+using adimporter::LeaveBehind;
 using adimporter::Require;
 using adimporter::TraceImporter;
 using adimporter::ValidateAndCommit;
@@ -18,8 +20,8 @@ constexpr const char16_t* kUpdateFailed = u"UpdateRecord ends with error: %s";
 }  // namespace
 
 int AdImporter::ImportRecord(Obx_String& error) {
-    TraceImporter(u"ImportRecord begins");
     try {
+        TraceImporter(u"ImportRecord begins");
         SetupRecordMap(error);
         if (!error.IsEmpty()) {
             CleanupRecordMap();
@@ -50,15 +52,17 @@ int AdImporter::ImportRecord(Obx_String& error) {
         return 1;
     } catch (...) {
         AppendCaughtException(error);
+        // Nothing is cleaned up here, pending history included.
+        LeaveBehind(m_historyBuffer);
     }
     return EndWithError(kImportFailed, error);
 }
 
 int AdImporter::UpdateRecord(Obx_String& error) {
-    // Written before the record map is set up: it shows what the record before this one left.
-    TraceImporter(u"UpdateRecord begins: m_originalID=%s, m_originalID_value=%s", m_originalID,
-                  m_originalID_value);
     try {
+        // Written before the record map is set up: it shows what the record before this one left.
+        TraceImporter(u"UpdateRecord begins: m_originalID=%s, m_originalID_value=%s", m_originalID,
+                      m_originalID_value);
         SetupRecordMap(error);
         if (!error.IsEmpty()) {
             CleanupRecordMap();
@@ -88,6 +92,8 @@ int AdImporter::UpdateRecord(Obx_String& error) {
         CleanupRecordMap();
     } catch (...) {
         AppendCaughtException(error);
+        // Nothing is cleaned up here, pending history included.
+        LeaveBehind(m_historyBuffer);
     }
     return EndWithError(kUpdateFailed, error);
 }

@@ -5,12 +5,13 @@
 #include "ztimporter/importrecordparser.h"
 
 using adimporter::AppendCaughtException;
+using adimporter::EndWithError;
 using adimporter::Require;
 using adimporter::TraceImporter;
 
 void AdImporter::SetupRecordMap(Obx_String& error) {
-    TraceImporter(u"SetupRecordMap begins");
     try {
+        TraceImporter(u"SetupRecordMap begins");
         m_recordParser->GetRecordMap(m_recordMap);
         m_recordState.Empty();
         const AdEntityDef& type = Require(m_entityDef, u"m_entityDef != __null", __LINE__);
@@ -44,7 +45,7 @@ void AdImporter::SetupRecordMap(Obx_String& error) {
         TraceImporter(u"SetupRecordMap ends");
     } catch (...) {
         AppendCaughtException(error);
-        TraceImporter(u"SetupRecordMap ends with error: %s", error);
+        EndWithError(u"SetupRecordMap ends with error: %s", error);
     }
 }
 

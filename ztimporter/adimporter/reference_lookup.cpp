@@ -34,7 +34,8 @@ int AdImporter::IsReferenceIDValid(AdEntityPtr impEntity, Obx_String fieldName,
         u"IsReferenceIDValid begins, fieldName: %s, fieldValue: %s, referencedFieldName: %s, "
         u"uniqueKey: %s",
         fieldName, fieldValue, referencedFieldName, uniqueKey);
-    // Outside the try: a missing record ends the caller's work, not only this lookup.
+    // Outside the try, with what is traced up to there: a missing record ends the caller's work,
+    // not only this lookup.
     const AdEntity& record = Require(impEntity, u"impEntity != __null", __LINE__);
     if (fieldName.IsEmpty() || fieldValue.IsEmpty() || uniqueKey.IsEmpty()) {
         TraceImporter(u"IsReferenceIDValid ends");
@@ -78,8 +79,8 @@ int AdImporter::IsReferenceIDValid(AdEntityPtr impEntity, Obx_String fieldName,
 
 AdResultSetPtr AdImporter::GetResultSetWhere(AdEntityDef* recordType, Obx_String fieldName,
                                              Obx_String value, Obx_String& error) {
-    TraceImporter(u"GetResultSetWhere begins: filed=%s, value=%s", fieldName, value);
     try {
+        TraceImporter(u"GetResultSetWhere begins: filed=%s, value=%s", fieldName, value);
         const AdEntityDef& type = Require(recordType, u"recordType != __null", __LINE__);
         const AdFieldDef& field =
             Require(type.GetFieldDef(fieldName, 0), u"fieldDef != __null", __LINE__);
@@ -100,7 +101,7 @@ AdResultSetPtr AdImporter::GetResultSetWhere(AdEntityDef* recordType, Obx_String
         TraceImporter(u"GetResultSetWhere ends");
     } catch (...) {
         adimporter::ReplaceByCaughtException(adimporter::TakeCaughtException(), error);
-        TraceImporter(u"GetResultSetWhere ends with error: %s", error);
+        EndWithError(u"GetResultSetWhere ends with error: %s", error);
     }
     return nullptr;
 }

@@ -1,0 +1,49 @@
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "input.h"
+#include "recorddb/schema/schema_error.h"
+#include "recorddb/schema/schema_file.h"
+#include "recorddb/schema/stored_schema.h"
+#include "recorddb/sql/open.h"
+#include "recorddb/sql/transaction.h"
+
+namespace {
+
+using fuzz::Expect;
+
+// The schema, or nothing when the file is refused.
+std::optional<recorddb::schema::Schema> Read(const std::string& text) {
+    try {
+        return recorddb::schema::ReadSchema(text, "schema.yaml");
+    } catch (const recorddb::schema::SchemaError& error) {
+        Expect(error.Line() >= 0 && error.Column() >= 0 && !error.Text().empty(),
+               "a refusal has a text and a place");
+        return std::nullopt;
+    }
+}
+
+}  // namespace
+
+// A schema that is accepted can be made a database of, and read back from there.
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string text(fuzz::Input(data, size).Text());
+    const auto schema = Read(text);
+    if (!schema) {
+        return 0;
+    }
+    const auto connection = recorddb::sql::OpenScratch();
+    recorddb::sql::Transaction transaction(*connection);
+    recorddb::schema::StoreSchema(*connection, *schema);
+    const auto stored = recorddb::schema::LoadSchema(*connection, "scratch");
+    Expect(stored.Text() == text && stored.Types().size() == schema->Types().size(),
+           "the stored schema is the one of the file");
+    for (const recorddb::schema::RecordType& type : schema->Types()) {
+        const recorddb::schema::RecordType* const same = stored.FindType(type.name);
+        Expect(same != nullptr && same->fields.size() == type.fields.size(),
+               "the stored types are those of the file");
+    }
+    transaction.Commit();
+    return 0;
+}

@@ -18,6 +18,11 @@ std::string PlaceOf(const RejectedRecord& record, const std::string& sourceId) {
     return fmt::format("{}, record {}{}, line {}", record.source, record.number, id, record.line);
 }
 
+bool IsToldByEveryLoad(LossKind kind) {
+    return kind == LossKind::UnseenRecord || kind == LossKind::NothingImported ||
+           kind == LossKind::CutShort || kind == LossKind::OutsideRecords;
+}
+
 }  // namespace
 
 void Add(LoadTotals& totals, const LoadTotals& more) {
@@ -100,8 +105,8 @@ void LoadOutput::AddLoss(const Loss& loss) {
     }
     if (!m_rehearse) {
         // Every load tells these; the page has the others.
-        if (loss.kind == LossKind::UnseenRecord || loss.kind == LossKind::NothingImported) {
-            Warn(fmt::format("warning: {}: {}", PlaceOf(loss), loss.text));
+        if (IsToldByEveryLoad(loss.kind)) {
+            WarnOf(loss);
         }
         return;
     }
@@ -110,6 +115,16 @@ void LoadOutput::AddLoss(const Loss& loss) {
     }
     if (const auto line = m_losses.Add(loss)) {
         Warn(*line);
+    }
+}
+
+void LoadOutput::WarnOf(const Loss& loss) {
+    const std::uint64_t count = ++m_warned[loss.kind];
+    if (count <= LossLog::shownOfEachKind) {
+        Warn(fmt::format("warning: {}: {}", PlaceOf(loss), loss.text));
+    } else if (count == LossLog::shownOfEachKind + 1) {
+        Warn(fmt::format("warning: further {} are not shown; \"ztimport check --report\" lists all",
+                         LossKindTitle(loss.kind)));
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -63,6 +64,7 @@ class LoadOutput {
 
   private:
     double Elapsed() const;
+    void WarnOf(const Loss& loss);
     void ShowReject(const RejectedRecord& record, const std::string& sourceId);
 
     bool m_quiet;
@@ -74,6 +76,7 @@ class LoadOutput {
     std::optional<HtmlLoadReport> m_html;
     LoadTotals m_totals;
     LossLog m_losses;
+    std::map<LossKind, std::uint64_t> m_warned;  // of a load
     std::uint64_t m_rejectedBefore = 0;
     bool m_complete = true;
     std::chrono::steady_clock::time_point m_start;

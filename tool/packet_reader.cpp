@@ -31,6 +31,12 @@ std::string DescribeDefect(RecordDefect defect, std::size_t limit) {
                        ShowSize(limit));
 }
 
+std::optional<PacketFrame> FrameOf(const ReaderOptions& options) {
+    return options.frame
+               ? std::optional<PacketFrame>(std::in_place, options.frame, options.maxDepth)
+               : std::nullopt;
+}
+
 }  // namespace
 
 PacketReader::PacketReader(const std::filesystem::path& path, std::string name,
@@ -42,7 +48,8 @@ PacketReader::PacketReader(std::unique_ptr<ByteSource> bytes, ReaderOptions opti
       m_bytes(std::move(bytes)),
       m_decoder(*m_bytes, m_options.chunk),
       m_window(m_decoder),
-      m_cutter(m_window, m_options.recordLimit, m_options.unseen) {
+      m_frame(FrameOf(m_options)),
+      m_cutter(m_window, m_options.recordLimit, m_options.unseen, m_frame ? &*m_frame : nullptr) {
     Classify();
 }
 

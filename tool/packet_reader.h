@@ -5,10 +5,12 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "tool/byte_source.h"
+#include "tool/packet_frame.h"
 #include "tool/record_cutter.h"
 #include "tool/text_decoder.h"
 #include "tool/text_window.h"
@@ -20,7 +22,9 @@ struct ReaderOptions {
     std::size_t recordLimit = std::size_t{64} * 1024 * 1024;  // a record must stay below it
     std::size_t configurationLimit = std::size_t{16} * 1024 * 1024;
     std::size_t wholeLimit = std::size_t{1024} * 1024 * 1024;  // for record data handed out whole
+    std::size_t maxDepth = 256;                                // of elements
     UnseenHandler unseen;  // told of what looks like a record and is not read; may be empty
+    FrameHandler frame;    // told of what is wrong around the records; may be empty
 };
 
 // One record, ready for the importer.
@@ -69,8 +73,8 @@ class PacketReader {
     // (TooLarge).
     WholePacket ReadWhole();
 
-    // Reads the next record. Returns false when there is none. Throws SourceError when the source
-    // cannot be read on.
+    // Reads the next record, telling of what stands before it, and at the end of the source.
+    // Returns false when there is none. Throws SourceError when the source cannot be read on.
     bool NextRecord(SourceRecord& record);
 
     // Bytes read from the source so far, for the progress.
@@ -90,6 +94,7 @@ class PacketReader {
     std::unique_ptr<ByteSource> m_bytes;
     TextDecoder m_decoder;
     TextWindow m_window;
+    std::optional<PacketFrame> m_frame;
     RecordCutter m_cutter;
     bool m_isConfiguration = false;
     bool m_isPacket = false;

@@ -78,8 +78,13 @@ std::string Excerpt(std::string_view text) {
 
 }  // namespace
 
-RecordCutter::RecordCutter(TextWindow& window, std::size_t limit, UnseenHandler unseen)
-    : m_window(window), m_limit(limit), m_unseen(std::move(unseen)), m_ends(window) {}
+RecordCutter::RecordCutter(TextWindow& window, std::size_t limit, UnseenHandler unseen,
+                           PacketFrame* frame)
+    : m_window(window),
+      m_limit(limit),
+      m_unseen(std::move(unseen)),
+      m_frame(frame),
+      m_ends(window) {}
 
 bool RecordCutter::Next(CutRecord& record) {
     m_window.Consume(std::exchange(m_taken, 0));
@@ -94,15 +99,38 @@ bool RecordCutter::Next(CutRecord& record) {
     m_taken = FindRecordEnd(record);
     record.text = record.defect == RecordDefect::TooLong ? std::string_view()
                                                          : m_window.Text().substr(0, m_taken);
+    TellFrame(record);
     return true;
+}
+
+void RecordCutter::TellFrame(const CutRecord& record) {
+    if (m_frame == nullptr) {
+        return;
+    }
+    if (record.defect == RecordDefect::None) {
+        m_frame->AddRecord(record.line);
+    } else {
+        m_frame->AddBrokenRecord(m_window.Text().substr(0, m_taken), record.line);
+    }
+}
+
+// Consumes what is neither record nor section.
+void RecordCutter::Pass(std::size_t size) {
+    if (m_frame != nullptr) {
+        m_frame->AddText(m_window.Text().substr(0, size), m_window.Line());
+    }
+    m_window.Consume(size);
 }
 
 bool RecordCutter::SkipToRecord() {
     while (true) {
         std::string_view text = m_window.Text();
-        m_window.Consume(std::min(text.find('<'), text.size()));
+        Pass(std::min(text.find('<'), text.size()));
         if (m_window.Text().empty()) {
             if (!m_window.Grow()) {
+                if (m_frame != nullptr) {
+                    m_frame->End(m_window.Line());
+                }
                 return false;
             }
             continue;
@@ -119,15 +147,21 @@ void RecordCutter::SkipMarkup() {
     SectionKind kind = SectionAt(m_window.Text());
     if (kind == SectionKind::None) {
         ReportOtherSpelling();
-        m_window.Consume(1);
+        Pass(1);
         return;
     }
     std::size_t end = m_ends.Find(kind, 0, m_limit);
     if (end == npos) {
+        if (m_frame != nullptr) {
+            m_frame->AddOpenSection(kind, m_window.Line());
+        }
         m_window.Consume(OpeningLength(kind));
         return;
     }
     ReportHidden(end);
+    if (m_frame != nullptr) {
+        m_frame->AddSection(kind, m_window.Text().substr(0, end), m_window.Line());
+    }
     m_window.Consume(end);
 }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tool/markup_sections.h"
+#include "tool/packet_frame.h"
 #include "tool/text_window.h"
 
 namespace tool {
@@ -57,8 +58,10 @@ using UnseenHandler = std::function<void(const UnseenRecord&)>;
 class RecordCutter {
   public:
     // WINDOW stays the caller's and must outlive the cutter. LIMIT is the length in bytes that a
-    // record, or a section between records, must stay below. UNSEEN may be empty.
-    RecordCutter(TextWindow& window, std::size_t limit, UnseenHandler unseen);
+    // record, or a section between records, must stay below. UNSEEN may be empty. FRAME, which may
+    // be null, gets what stands outside of the records and stays the caller's.
+    RecordCutter(TextWindow& window, std::size_t limit, UnseenHandler unseen,
+                 PacketFrame* frame = nullptr);
 
     // Finds the next record. Its text is valid until the next call. Returns false at the end.
     bool Next(CutRecord& record);
@@ -66,6 +69,8 @@ class RecordCutter {
   private:
     bool SkipToRecord();
     void SkipMarkup();
+    void Pass(std::size_t size);
+    void TellFrame(const CutRecord& record);
     std::size_t FindMarkup(std::size_t from);
     std::size_t FindRecordEnd(CutRecord& record);
     std::size_t EndTagLength(std::size_t at);
@@ -76,6 +81,7 @@ class RecordCutter {
     TextWindow& m_window;
     std::size_t m_limit;
     UnseenHandler m_unseen;
+    PacketFrame* m_frame;
     SectionEnds m_ends;
     std::size_t m_taken = 0;  // length of the record handed out last, still in the window
 };

@@ -13,7 +13,7 @@ namespace tool {
 namespace {
 
 // What is lost in a loss of a kind.
-enum class Lost { Value, Record, Packet, Mapping };
+enum class Lost { Value, Record, Packet, Mapping, Whole, Place };
 
 Lost LostBy(LossKind kind) {
     switch (kind) {
@@ -25,6 +25,10 @@ Lost LostBy(LossKind kind) {
             return Lost::Packet;
         case LossKind::UnusedMapping:
             return Lost::Mapping;
+        case LossKind::CutShort:
+            return Lost::Whole;
+        case LossKind::OutsideRecords:
+            return Lost::Place;
         default:
             return Lost::Value;
     }
@@ -81,7 +85,9 @@ std::string Verdict(const Rehearsed& rehearsed, const LossLog& losses) {
         {NumberOf(Lost::Value, losses), "value", "values", "lost"},
         {NumberOf(Lost::Record, losses), "record", "records", "overlooked"},
         {NumberOf(Lost::Packet, losses), "packet", "packets", "of no effect"},
-        {NumberOf(Lost::Mapping, losses), "mapping", "mappings", "of no effect"}};
+        {NumberOf(Lost::Mapping, losses), "mapping", "mappings", "of no effect"},
+        {NumberOf(Lost::Whole, losses), "packet", "packets", "imported although cut short"},
+        {NumberOf(Lost::Place, losses), "place", "places", "passed over outside of records"}};
     std::erase_if(parts, [](const Part& part) { return part.number == 0; });
     const std::string_view start = rehearsed.complete ? "" : "Up to here: ";
     if (parts.empty()) {

@@ -72,6 +72,9 @@ ReaderOptions SourceLoader::ReadingOptions(const SourceFile& source) {
     options.unseen = [&](const UnseenRecord& unseen) {
         m_output.AddLoss(LossOf(unseen, source.Name()));
     };
+    options.frame = [&](const FrameDefect& defect) {
+        m_output.AddLoss(LossOf(defect, source.Name()));
+    };
     return options;
 }
 
@@ -138,13 +141,18 @@ void SourceLoader::ImportData(PacketReader& reader, const SourceFile& source,
 void SourceLoader::PassOver(PacketReader& reader, const LoadJournal& journal) {
     m_output.AddRead(journal.HandledBefore());
     m_output.AddSkipped(journal.HandledBefore());
-    ExamineRecords(reader);
+    if (m_losses) {
+        ExamineRecords(reader);
+    }
 }
 
+// Reads all records for nothing but what is lost of them and around them.
 void SourceLoader::ExamineRecords(PacketReader& reader) {
     SourceRecord record;
-    while (m_losses && !m_stopped && reader.NextRecord(record)) {
-        m_losses->Examine(record);
+    while (!m_stopped && reader.NextRecord(record)) {
+        if (m_losses) {
+            m_losses->Examine(record);
+        }
         m_output.Advance(m_bytesBefore + reader.BytesRead());
         m_stopped = MustStop();
     }
@@ -233,9 +241,10 @@ void SourceLoader::LoadWhole(PacketReader& reader, const SourceFile& source, Loa
                               ": an earlier load has imported some of its records one by one; "
                               "finish that without --whole-packets first");
     }
-    if (m_losses) {
-        PacketReader records(source.Read(), ReadingOptions(source));
-        ExamineRecords(records);
+    PacketReader records(source.Read(), ReadingOptions(source));
+    ExamineRecords(records);
+    if (m_stopped) {
+        return;
     }
     const WholePacket whole = reader.ReadWhole();
     SourceRecord record;

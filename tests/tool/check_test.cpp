@@ -309,6 +309,8 @@ TEST_F(CheckTest, FindsEveryKindOfLoss) {
         {record("<f name='title'>B</f>"), LossKind::RepeatedField},
         {record("<f name='votes'>BLANK</f>"), LossKind::ClearedValue},
         {"<records/>", LossKind::EmptyPacket},
+        {"<records>" + record(""), LossKind::CutShort},
+        {"<records>" + record("") + "\xE4</records>", LossKind::OutsideRecords},
     };
     for (const auto& [xml, kind] : cases) {
         EXPECT_THAT(LossKinds(BugsAsText(xml)), testing::ElementsAre(LossKindName(kind)))
@@ -324,6 +326,14 @@ TEST_F(CheckTest, FindsEveryKindOfLoss) {
                 testing::ElementsAre(LossKindName(LossKind::UnusedMapping)));
     EXPECT_THAT(LossKinds({Bugs({{{"title", "A"}}})[1]}),
                 testing::ElementsAre(LossKindName(LossKind::NoConfiguration)));
+}
+
+TEST_F(CheckTest, APacketThatIsCutShortIsNoCleanOne) {
+    EXPECT_EQ(Check(BugsAsText("<records>\n<record><f name='title'>A</f></record>\n")), 1);
+    EXPECT_THAT(Said(), HasSubstr("bugs.xml, line 3: the packet is cut short: the element "
+                                  "<records>, which opens on line 1, does not end; records may be "
+                                  "missing, so export it anew"));
+    EXPECT_THAT(Said(), HasSubstr("1 packet would be imported although cut short."));
 }
 
 TEST_F(CheckTest, PassesOverWhatStandsBeforeAnyConfiguration) {

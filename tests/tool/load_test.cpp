@@ -240,6 +240,30 @@ TEST_F(LoadTest, AnUnseenRecordElementIsWarnedOf) {
     EXPECT_THAT(Said(), HasSubstr("<record id=\"7\""));
 }
 
+TEST_F(LoadTest, APacketThatIsCutShortIsWarnedOf) {
+    auto sources = Bugs({});
+    m_folder.Write("bugs.xml", "<records><record><field name=\"title\">A</field></record>");
+    for (const bool whole : {false, true}) {
+        m_options.wholePackets = whole;
+        m_options.fresh = whole;
+        EXPECT_EQ(Load(sources), 0);
+        EXPECT_THAT(Said(), HasSubstr("bugs.xml, line 1: the packet is cut short"));
+    }
+}
+
+TEST_F(LoadTest, ManyWarningsOfOneKindAreNotShown) {
+    auto sources = Bugs({});
+    std::string records;
+    for (int i = 0; i < 25; ++i) {
+        records += "<record><field name=\"title\">A</field></record>" + std::to_string(i);
+    }
+    m_folder.Write("bugs.xml", "<records>" + records + "</records>");
+    EXPECT_EQ(Load(sources), 0);
+    EXPECT_THAT(Said(), HasSubstr("text outside of records: \"19\""));
+    EXPECT_THAT(Said(), Not(HasSubstr("text outside of records: \"20\"")));
+    EXPECT_THAT(Said(), HasSubstr("warning: further places outside of records"));
+}
+
 TEST_F(LoadTest, MaxRejectsStopsEarlyAndTheSameCommandGoesOn) {
     const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}, {"votes", "x"}},
                                {{"source_id", "b"}, {"title", "B"}, {"votes", "x"}},

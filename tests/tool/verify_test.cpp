@@ -335,6 +335,16 @@ TEST_F(VerifyTest, WhatIsNotReadAsARecordIsADifference) {
     EXPECT_THAT(Differences(), Not(HasSubstr("\n")));
 }
 
+TEST_F(VerifyTest, APacketThatIsCutShortIsADifference) {
+    const auto sources =
+        Together({Configuration("configuration.xml", "record", "bug", "source_id")},
+                 {m_folder.Write("bugs.xml", "<records>" + RecordXml(kBug))});
+    Load(sources);
+    EXPECT_EQ(Verify(sources), 1);
+    EXPECT_THAT(Differences(), StartsWith("||||the packet is cut short: the element <records>"));
+    EXPECT_THAT(Shown(), EndsWith("NOT verified: 1 difference found.\n"));
+}
+
 TEST_F(VerifyTest, DataThatNoImportTakesIsADifference) {
     const auto sources = Bugs("bugs", {kBug}, "", "records");
     Load(sources);

@@ -30,6 +30,8 @@ constexpr std::array<KindWords, lossKinds.size()> kWords = {{
     {"nothing-imported", "configurations under which nothing is imported"},
     {"unused-mapping", "mappings without an effect"},
     {"no-configuration", "packets before any configuration"},
+    {"cut-short", "packets that are cut short"},
+    {"outside-records", "places outside of records that are no markup"},
 }};
 
 const KindWords& WordsOf(LossKind kind) {

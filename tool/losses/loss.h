@@ -25,7 +25,9 @@ enum class LossKind {
     EmptyPacket,           // a data packet without a record
     NothingImported,       // import_data names no kind of data
     UnusedMapping,         // a mapping that names no field, or one that no import asks for
-    NoConfiguration        // data before any configuration
+    NoConfiguration,       // data before any configuration
+    CutShort,              // a packet whose elements do not end
+    OutsideRecords         // what has no business between or behind the records of a packet
 };
 
 // All of them, in their order.
@@ -35,7 +37,7 @@ inline constexpr std::array lossKinds = {
     LossKind::UnreadField,     LossKind::ChangedText,        LossKind::SkippedField,
     LossKind::RepeatedField,   LossKind::ClearedValue,       LossKind::UnusedField,
     LossKind::EmptyPacket,     LossKind::NothingImported,    LossKind::UnusedMapping,
-    LossKind::NoConfiguration};
+    LossKind::NoConfiguration, LossKind::CutShort,           LossKind::OutsideRecords};
 
 // One loss with its place. Texts in UTF-8.
 struct Loss {

@@ -48,4 +48,16 @@ Loss LossOf(const UnseenRecord& unseen, const std::string& source) {
             "not read as a record: " + unseen.text};
 }
 
+Loss LossOf(const FrameDefect& defect, const std::string& source) {
+    const bool isCut = defect.kind == FrameDefectKind::CutShort;
+    return {isCut ? LossKind::CutShort : LossKind::OutsideRecords,
+            source,
+            0,
+            defect.line,
+            "",
+            "",
+            defect.text + (isCut ? "; records may be missing, so export it anew"
+                                 : "; see that no record is missing there")};
+}
+
 }  // namespace tool

@@ -45,6 +45,9 @@ class LossFinder {
 // The loss of what looks like a record in the source called SOURCE and is not read as one.
 Loss LossOf(const UnseenRecord& unseen, const std::string& source);
 
+// The loss that a defect around the records of the source called SOURCE is the sign of.
+Loss LossOf(const FrameDefect& defect, const std::string& source);
+
 }  // namespace tool
 
 #endif

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "tool/interrupt.h"
+#include "tool/losses/loss_finder.h"
 #include "tool/record_fields.h"
 #include "tool/source_checks.h"
 
@@ -39,6 +40,7 @@ void SourceScan::Read(const Source& listed) {
     m_sources.push_back(source.Name());
     ReaderOptions options;
     options.unseen = [this](const UnseenRecord& unseen) { ReportUnseen(unseen); };
+    options.frame = [this](const FrameDefect& defect) { ReportFrame(defect); };
     PacketReader reader(source.Read(), options);
     RequirePacket(reader, source.Name());
     if (reader.IsConfiguration()) {
@@ -228,6 +230,12 @@ void SourceScan::ReportMissing(const SourceRecord& record, const std::string& pr
     difference.sourceId = FindFieldValue(record.raw, Current().OriginalId()).value_or("");
     difference.problem = problem;
     ++m_tally.Of(m_type).missing;
+    m_output.Differs(difference);
+}
+
+void SourceScan::ReportFrame(const FrameDefect& defect) {
+    Difference difference = DifferenceAt(0, defect.line);
+    difference.problem = LossOf(defect, Name()).text;
     m_output.Differs(difference);
 }
 

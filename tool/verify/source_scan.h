@@ -57,6 +57,7 @@ class SourceScan {
     std::string LocateByKey(const PacketFields& fields, std::int64_t& dbid);
     void ReportMissing(const SourceRecord& record, const std::string& problem);
     void ReportUnseen(const UnseenRecord& unseen);
+    void ReportFrame(const FrameDefect& defect);
     Difference DifferenceAt(std::uint64_t record, std::uint64_t line) const;
     const ImportConfiguration& Current() const { return m_configurations.back(); }
     const std::string& Name() const { return m_sources.back(); }

@@ -44,6 +44,19 @@ void AddInit(CLI::App& app, Commands& commands) {
     });
 }
 
+// Whatever reads records can be asked for these.
+void AddLimits(CLI::App& command, RecordLimits& limits) {
+    command
+        .add_option("--max-record-size", limits.size,
+                    "reject records that are not shorter than this, in bytes or with a unit: 16MB")
+        ->transform(CLI::AsSizeValue(false))
+        ->type_name("SIZE");
+    command
+        .add_option("--max-depth", limits.depth,
+                    "reject records whose elements are nested deeper than this")
+        ->check(CLI::PositiveNumber);
+}
+
 // What a load and its rehearsal can both be asked for.
 void AddImportOptions(CLI::App& command, LoadOptions& options) {
     command.add_option("DATABASE", options.database, kDatabaseHelp)->required();
@@ -61,6 +74,7 @@ void AddImportOptions(CLI::App& command, LoadOptions& options) {
                      "hand each packet to the importer as it stands, all or nothing");
     command.add_flag("--fresh", options.fresh, "ignore what the journal knows as loaded");
     command.add_flag("--quiet", options.quiet, "show errors only");
+    AddLimits(command, options.limits);
 }
 
 void AddCheck(CLI::App& app, Commands& commands) {
@@ -91,6 +105,7 @@ void AddVerify(CLI::App& app, Commands& commands) {
     verify->add_option("--report", options.report, "file to write a report to (JSON)");
     verify->add_option("--html", options.html, "file to write a report for people to (HTML)");
     verify->add_flag("--quiet", options.quiet, "show differences only");
+    AddLimits(*verify, options.limits);
     verify->callback([&commands] {
         commands.run = [&commands] {
             return RunVerify(commands.verify, commands.out, commands.err);

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "tool/record_limits.h"
+
 namespace tool {
 
 // What `ztimport load` or `ztimport check` was asked to do.
@@ -19,6 +21,7 @@ struct LoadOptions {
     std::filesystem::path attachments;  // folder; empty for none
     std::filesystem::path trace;        // file; empty for none
     std::optional<std::uint64_t> maxRejects;
+    RecordLimits limits;
     bool wholePackets = false;
     bool fresh = false;          // ignore the journal
     bool retryRejected = false;  // import what the journal knows as rejected once more

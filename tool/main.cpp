@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <iostream>
+#include <new>
 #include <system_error>
 
 #include "platform/foundation/cexception.h"
@@ -11,6 +12,7 @@
 #include "tool/database_failure.h"
 #include "tool/exception_text.h"
 #include "tool/exit_code.h"
+#include "tool/memory_watch.h"
 #include "tool/source_error.h"
 #include "tool/usage_error.h"
 
@@ -39,6 +41,13 @@ int FailWithCurrentException() {
         return Fail(tool::ExplainFailure(error), tool::ExitCode::DatabaseFailed);
     } catch (CException* exception) {
         return Fail(tool::TakeText(exception), tool::ExitCode::DatabaseFailed);
+    } catch (const tool::MemoryError& error) {
+        return Fail(error.what(), tool::ExitCode::DatabaseFailed);
+    } catch (const std::bad_alloc&) {
+        // Says it without asking for memory.
+        std::cerr << "ztimport: there is not enough memory; make some free, or reject long records "
+                     "with --max-record-size, then start the same command again\n";
+        return static_cast<int>(tool::ExitCode::DatabaseFailed);
     } catch (const std::system_error& error) {
         const bool noRoom = error.code() == std::errc::no_space_on_device ||
                             error.code() == std::errc::file_too_large ||
@@ -57,6 +66,7 @@ int FailWithCurrentException() {
 
 int main(int argc, char** argv) {
     try {
+        tool::WatchMemory();
         return tool::RunCommandLine(argc, argv, std::cout, std::cerr);
     } catch (...) {
         return FailWithCurrentException();

@@ -6,6 +6,7 @@
 
 #include "tool/decoding_marks.h"
 #include "tool/packet_head.h"
+#include "tool/record_depth.h"
 #include "tool/record_packet.h"
 #include "tool/source_error.h"
 #include "tool/text_units.h"
@@ -22,13 +23,18 @@ std::string ShowSize(std::size_t bytes) {
                                  : fmt::format("{} bytes", bytes);
 }
 
-std::string DescribeDefect(RecordDefect defect, std::size_t limit) {
+std::string DescribeDefect(RecordDefect defect, const ReaderOptions& options) {
     if (defect == RecordDefect::Unterminated) {
         return "the record does not end: \"</record>\" is missing before the next \"<record>\" or "
                "the end of the file";
     }
-    return fmt::format("the record is not shorter than {}, the longest that is read",
-                       ShowSize(limit));
+    if (defect == RecordDefect::TooDeep) {
+        return fmt::format(
+            "its elements are nested deeper than {}, the most that --max-depth allows",
+            options.maxDepth);
+    }
+    return fmt::format("the record is not shorter than {}, which --max-record-size sets",
+                       ShowSize(options.recordLimit));
 }
 
 std::optional<PacketFrame> FrameOf(const ReaderOptions& options) {
@@ -141,10 +147,14 @@ bool PacketReader::NextRecord(SourceRecord& record) {
     record.raw = m_cut.text;
     record.error.clear();
     if (record.defect != RecordDefect::None) {
-        record.error = DescribeDefect(record.defect, m_options.recordLimit);
+        record.error = DescribeDefect(record.defect, m_options);
     }
     if (m_decoder.Marked()) {
         NoteDecodingError(m_cut, record);
+    }
+    if (record.defect == RecordDefect::None && IsNestedDeeperThan(m_options.maxDepth, m_cut.text)) {
+        record.defect = RecordDefect::TooDeep;
+        record.error = DescribeDefect(record.defect, m_options);
     }
     if (record.defect == RecordDefect::None) {
         BuildRecordPacket(m_cut.text, m_cut.disguised, record.packet);

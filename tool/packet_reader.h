@@ -12,17 +12,18 @@
 #include "tool/byte_source.h"
 #include "tool/packet_frame.h"
 #include "tool/record_cutter.h"
+#include "tool/record_limits.h"
 #include "tool/text_decoder.h"
 #include "tool/text_window.h"
 
 namespace tool {
 
 struct ReaderOptions {
-    std::size_t chunk = TextDecoder::defaultChunk;            // bytes read at a time
-    std::size_t recordLimit = std::size_t{64} * 1024 * 1024;  // a record must stay below it
+    std::size_t chunk = TextDecoder::defaultChunk;  // bytes read at a time
+    std::size_t recordLimit = RecordLimits().size;
     std::size_t configurationLimit = std::size_t{16} * 1024 * 1024;
     std::size_t wholeLimit = std::size_t{1024} * 1024 * 1024;  // for record data handed out whole
-    std::size_t maxDepth = 256;                                // of elements
+    std::size_t maxDepth = RecordLimits().depth;
     UnseenHandler unseen;  // told of what looks like a record and is not read; may be empty
     FrameHandler frame;    // told of what is wrong around the records; may be empty
 };

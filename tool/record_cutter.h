@@ -20,6 +20,7 @@ enum class RecordDefect {
     Unterminated,  // no "</record>" before the next "<record>" or the end of the source
     TooLong,       // longer than the limit
     Undecodable,   // holds bytes that are no text
+    TooDeep,       // its elements are nested deeper than the limit
 };
 
 // A record as it stands in the source.
@@ -27,7 +28,7 @@ struct CutRecord {
     std::string_view text;     // from "<record>" on, with decoding marks; empty when TooLong
     std::uint64_t line = 0;    // line of its first byte, from 1
     std::uint64_t offset = 0;  // place of its first byte in the source
-    RecordDefect defect = RecordDefect::None;  // Undecodable is not looked for here
+    RecordDefect defect = RecordDefect::None;  // the last two are not looked for here
     // A comment, CDATA section or instruction opens in it and does not close.
     bool openSection = false;
     // Its comments, CDATA sections and instructions that hold the bytes "<record>".

@@ -2,10 +2,12 @@
 
 #include <fmt/format.h>
 
+#include <new>
 #include <utility>
 
 #include "tool/interrupt.h"
 #include "tool/losses/configuration_losses.h"
+#include "tool/memory_watch.h"
 #include "tool/number_text.h"
 #include "tool/packet_head.h"
 #include "tool/record_fields.h"
@@ -69,6 +71,8 @@ void SourceLoader::Load(const Source& listed) {
 
 ReaderOptions SourceLoader::ReadingOptions(const SourceFile& source) {
     ReaderOptions options;
+    options.recordLimit = m_options.limits.size;
+    options.maxDepth = m_options.limits.depth;
     options.unseen = [&](const UnseenRecord& unseen) {
         m_output.AddLoss(LossOf(unseen, source.Name()));
     };
@@ -121,6 +125,7 @@ void SourceLoader::LoadData(PacketReader& reader, const SourceFile& source) {
 
 void SourceLoader::ImportData(PacketReader& reader, const SourceFile& source,
                               LoadJournal& journal) {
+    m_number = 1;
     try {
         if (m_options.wholePackets) {
             LoadWhole(reader, source, journal);
@@ -134,6 +139,11 @@ void SourceLoader::ImportData(PacketReader& reader, const SourceFile& source,
                               fmt::format("{}. {}", error.what(), AdviseOnChangedSource(handled)));
         }
         throw;
+    } catch (const std::bad_alloc&) {
+        throw MemoryError(fmt::format(
+            "{}: there is not enough memory for record {}; make some free, or reject such records "
+            "with a --max-record-size lower than {}, then start the same command again",
+            source.Name(), m_number, m_options.limits.size));
     }
 }
 
@@ -210,6 +220,7 @@ void SourceLoader::LoadRecords(PacketReader& reader, const SourceFile& source,
             LoadRecord(record, source, journal);
         }
         m_output.Advance(m_bytesBefore + reader.BytesRead());
+        m_number = record.ordinal + 2;
         m_stopped = MustStop();
     }
     if (!m_stopped) {
@@ -269,7 +280,11 @@ void SourceLoader::LoadWhole(PacketReader& reader, const SourceFile& source, Loa
 bool SourceLoader::ImportOne(std::string_view packet, std::uint64_t ordinal, LoadJournal& journal,
                              std::string& error) {
     const auto savepoint = m_group.Open().Savepoint();
+    const std::uint64_t memoryFailures = MemoryFailures();
     const ImportOutcome outcome = m_importer.Import(packet);
+    if (MemoryFailures() != memoryFailures) {
+        throw std::bad_alloc();
+    }
     if (const auto& failure = m_session->Failure()) {
         throw *failure;
     }

@@ -36,8 +36,8 @@ class SourceLoader {
 
     // Throws SourceError when the source or its configuration cannot be used, when the source
     // changes while it is read, and when an unfinished load has imported a part of it as it was
-    // before a change; sql::Error when the database fails. What was made permanent before stays,
-    // and the same load goes on from there.
+    // before a change; sql::Error when the database fails, MemoryError when there is not enough
+    // memory. What was made permanent before stays, and the same load goes on from there.
     void Load(const Source& source);
 
     // True when the load was to end early, because of a signal or of too many rejected records.
@@ -73,6 +73,7 @@ class SourceLoader {
     LoadTotals m_uncommitted;            // what was done since the last commit
     std::optional<LossFinder> m_losses;  // of a rehearsal
     std::uint64_t m_bytesBefore = 0;     // sizes of the sources dealt with
+    std::uint64_t m_number = 1;          // of the record in hand, from 1
     bool m_stopped = false;
 };
 

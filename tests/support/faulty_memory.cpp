@@ -27,6 +27,9 @@ void* Reallocate(void* block, std::size_t size) {
 void* AllocateOrThrow(std::size_t size) {
     void* block = Allocate(size);
     if (block == nullptr) {
+        if (const std::new_handler handler = std::get_new_handler()) {
+            handler();
+        }
         throw std::bad_alloc();
     }
     return block;

@@ -264,6 +264,23 @@ TEST_F(LoadTest, ManyWarningsOfOneKindAreNotShown) {
     EXPECT_THAT(Said(), HasSubstr("warning: further places outside of records"));
 }
 
+TEST_F(LoadTest, ARecordBeyondALimitCostsItselfOnly) {
+    std::string deep = "A";
+    for (int i = 0; i < 300; ++i) {
+        deep = "<x>" + deep + "</x>";
+    }
+    const auto sources = Bugs({{{"source_id", "a"}, {"title", deep}},
+                               {{"source_id", "b"}, {"title", std::string(5000, 'B')}},
+                               {{"source_id", "c"}, {"title", "C"}}});
+    m_options.limits.size = 4000;
+    EXPECT_EQ(Load(sources), 1);
+    EXPECT_THAT(Said(), HasSubstr("record 1 (a), line 3: its elements are nested deeper than 256, "
+                                  "the most that --max-depth allows"));
+    EXPECT_THAT(Said(), HasSubstr("record 2, line 4: the record is not shorter than 4000 bytes, "
+                                  "which --max-record-size sets"));
+    EXPECT_EQ(Query("SELECT source_id FROM bug"), "c");
+}
+
 TEST_F(LoadTest, MaxRejectsStopsEarlyAndTheSameCommandGoesOn) {
     const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}, {"votes", "x"}},
                                {{"source_id", "b"}, {"title", "B"}, {"votes", "x"}},

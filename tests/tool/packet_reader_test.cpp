@@ -159,7 +159,8 @@ TEST(PacketReader, SaysThatARecordIsTooLong) {
     std::vector<Read> records =
         reading::ReadRecords("<record>" + std::string(options.recordLimit, 'x'), options);
     ASSERT_EQ(records.size(), 1U);
-    EXPECT_EQ(records[0].error, "the record is not shorter than 1 MiB, the longest that is read");
+    EXPECT_EQ(records[0].error,
+              "the record is not shorter than 1 MiB, which --max-record-size sets");
 }
 
 const std::string configuration = "<configuration>\n<record_type name=\"bug\"/></configuration>\n";

@@ -345,6 +345,13 @@ TEST_F(VerifyTest, APacketThatIsCutShortIsADifference) {
     EXPECT_THAT(Shown(), EndsWith("NOT verified: 1 difference found.\n"));
 }
 
+TEST_F(VerifyTest, ARecordBeyondALimitIsNotCompared) {
+    const auto sources = Bugs("bugs", {{{"source_id", "C-1"}, {"title", "<a><b>One</b></a>"}}});
+    m_verifyOptions.limits.depth = 3;
+    EXPECT_EQ(Verify(sources), 1);
+    EXPECT_THAT(Differences(), HasSubstr("--max-depth"));
+}
+
 TEST_F(VerifyTest, DataThatNoImportTakesIsADifference) {
     const auto sources = Bugs("bugs", {kBug}, "", "records");
     Load(sources);

@@ -27,18 +27,21 @@ bool IsComparedAnyway(LossKind kind) {
 
 SourceScan::SourceScan(RecordLookup& lookup, RecordShelf& shelf,
                        const std::filesystem::path& attachments, VerifyTally& tally,
-                       VerifyOutput& output)
+                       VerifyOutput& output, const RecordLimits& limits)
     : m_lookup(lookup),
       m_shelf(shelf),
       m_attachments(attachments),
       m_tally(tally),
       m_output(output),
+      m_limits(limits),
       m_configurations(1) {}
 
 void SourceScan::Read(const Source& listed) {
     const SourceFile source(listed.path, listed.name);
     m_sources.push_back(source.Name());
     ReaderOptions options;
+    options.recordLimit = m_limits.size;
+    options.maxDepth = m_limits.depth;
     options.unseen = [this](const UnseenRecord& unseen) { ReportUnseen(unseen); };
     options.frame = [this](const FrameDefect& defect) { ReportFrame(defect); };
     PacketReader reader(source.Read(), options);

@@ -29,7 +29,7 @@ class SourceScan {
   public:
     // All of them outlive the object. ATTACHMENTS is the folder, empty for none.
     SourceScan(RecordLookup& lookup, RecordShelf& shelf, const std::filesystem::path& attachments,
-               VerifyTally& tally, VerifyOutput& output);
+               VerifyTally& tally, VerifyOutput& output, const RecordLimits& limits);
 
     // Reads the next source. Throws SourceError when the source or its configuration cannot be
     // used or it changes meanwhile, sql::Error when the database fails. Ends early when the process
@@ -67,6 +67,7 @@ class SourceScan {
     const std::filesystem::path& m_attachments;
     VerifyTally& m_tally;
     VerifyOutput& m_output;
+    RecordLimits m_limits;
     std::deque<ImportConfiguration> m_configurations;  // which stay where they are
     std::vector<std::string> m_sources;
     std::set<std::string> m_contents;  // what was read, by hash and configuration

@@ -31,7 +31,7 @@ void CompareDuplicate(const ExpectedRecord& expected,
 }  // namespace
 
 Verifier::Verifier(recorddb::Database& database, const std::filesystem::path& attachments,
-                   VerifyOutput& output)
+                   VerifyOutput& output, const RecordLimits& limits)
     : m_moment(database.Begin()),
       m_scratch(recorddb::sql::OpenScratch()),
       m_scratchWork(*m_scratch),
@@ -43,7 +43,7 @@ Verifier::Verifier(recorddb::Database& database, const std::filesystem::path& at
       m_files(attachments),
       m_tally(database.GetSchema()),
       m_output(output),
-      m_scan(m_lookup, m_shelf, attachments, m_tally, output) {}
+      m_scan(m_lookup, m_shelf, attachments, m_tally, output, limits) {}
 
 VerifySummary Verifier::Run(const SourceList& sources) {
     const auto start = std::chrono::steady_clock::now();

@@ -30,7 +30,7 @@ class Verifier {
     // All of them outlive the object. ATTACHMENTS is the folder of the attachments' files, empty
     // for none. Throws sql::Error.
     Verifier(recorddb::Database& database, const std::filesystem::path& attachments,
-             VerifyOutput& output);
+             VerifyOutput& output, const RecordLimits& limits);
 
     // Compares; returns the numbers. Throws SourceError when a source cannot be used, sql::Error
     // when the database fails. Ends early when the process was interrupted; the numbers then are of

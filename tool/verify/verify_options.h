@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "tool/record_limits.h"
+
 namespace tool {
 
 // What `ztimport verify` was asked to do.
@@ -14,6 +16,7 @@ struct VerifyOptions {
     std::filesystem::path attachments;  // folder; empty for none
     std::filesystem::path report;       // file; empty for none
     std::filesystem::path html;         // file; empty for none
+    RecordLimits limits;
     bool quiet = false;
 };
 

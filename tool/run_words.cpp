@@ -13,7 +13,7 @@ namespace tool {
 namespace {
 
 // What is lost in a loss of a kind.
-enum class Lost { Value, Record, Packet, Mapping, Whole, Place };
+enum class Lost { Value, Record, Packet, Mapping, Whole, Place, Key };
 
 Lost LostBy(LossKind kind) {
     switch (kind) {
@@ -29,6 +29,8 @@ Lost LostBy(LossKind kind) {
             return Lost::Whole;
         case LossKind::OutsideRecords:
             return Lost::Place;
+        case LossKind::UnreachableKey:
+            return Lost::Key;
         default:
             return Lost::Value;
     }
@@ -87,7 +89,8 @@ std::string Verdict(const Rehearsed& rehearsed, const LossLog& losses) {
         {NumberOf(Lost::Packet, losses), "packet", "packets", "of no effect"},
         {NumberOf(Lost::Mapping, losses), "mapping", "mappings", "of no effect"},
         {NumberOf(Lost::Whole, losses), "packet", "packets", "imported although cut short"},
-        {NumberOf(Lost::Place, losses), "place", "places", "passed over outside of records"}};
+        {NumberOf(Lost::Place, losses), "place", "places", "passed over outside of records"},
+        {NumberOf(Lost::Key, losses), "key", "keys", "out of reach of references"}};
     std::erase_if(parts, [](const Part& part) { return part.number == 0; });
     const std::string_view start = rehearsed.complete ? "" : "Up to here: ";
     if (parts.empty()) {

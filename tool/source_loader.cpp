@@ -2,9 +2,11 @@
 
 #include <fmt/format.h>
 
+#include <memory>
 #include <new>
 #include <utility>
 
+#include "recorddb/reader/record_reader.h"
 #include "tool/interrupt.h"
 #include "tool/losses/configuration_losses.h"
 #include "tool/memory_watch.h"
@@ -34,6 +36,15 @@ LoadTotals TotalsOf(const ImportOutcome& outcome, ImportedData data) {
     return totals;
 }
 
+KeyLosses::Exists HasValue(recorddb::Database& database) {
+    const auto reader = std::make_shared<recorddb::RecordReader>(database);
+    return [&database, reader](const recorddb::schema::RecordType& type,
+                               const recorddb::schema::Field& field, const std::string& value) {
+        database.GetSearchIndexes().Ensure(type, field);
+        return !reader->FindByValue(type, field, value, 1).empty();
+    };
+}
+
 }  // namespace
 
 SourceLoader::SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session> session,
@@ -47,7 +58,7 @@ SourceLoader::SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session
       m_importer(session),
       m_group(std::move(session), options.rehearse) {
     if (options.LooksForLosses()) {
-        m_losses.emplace(database.GetSchema(),
+        m_losses.emplace(database.GetSchema(), HasValue(database),
                          [this](const Loss& loss) { m_output.AddLoss(loss); });
     }
     if (options.rehearse) {

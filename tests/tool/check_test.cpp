@@ -336,6 +336,63 @@ TEST_F(CheckTest, APacketThatIsCutShortIsNoCleanOne) {
     EXPECT_THAT(Said(), HasSubstr("1 packet would be imported although cut short."));
 }
 
+TEST_F(CheckTest, TellsOfKeysThatNoReferenceCanName) {
+    const auto keywords = [this](const std::string& file, const std::vector<std::string>& names) {
+        std::vector<Fields> records;
+        for (const std::string& name : names) {
+            records.push_back({{"name", name}});
+        }
+        return std::vector<std::string>{Configuration("k.xml", "record", "keyword", "name"),
+                                        Records(file, records)};
+    };
+    EXPECT_EQ(Check(keywords("keywords.xml", {"web", "web ", " ui", "a,b", "a b"})), 1);
+    EXPECT_THAT(Said(), HasSubstr("record 2 (web ), line 4, field name: \"web \" has blanks around "
+                                  "it, and references are trimmed"));
+    EXPECT_THAT(Said(), HasSubstr("record 3 ( ui), line 5, field name: "));
+    EXPECT_THAT(Said(), HasSubstr("record 4 (a,b), line 6, field name: \"a,b\" holds a comma"));
+    EXPECT_THAT(Said(), HasSubstr("keys that no reference can name: 3"));
+    EXPECT_THAT(Said(), HasSubstr("3 keys would be out of reach of references."));
+}
+
+TEST_F(CheckTest, OnlyKeysThatAreReferredToMatter) {
+    EXPECT_EQ(Check(Bugs({{{"source_id", "a, b "}, {"title", "A"}}})), 0) << Said();
+    EXPECT_EQ(Check({Configuration("u.xml", "record", "user", "email"),
+                     Records("users.xml", {{{"login", "ann,b"}, {"email", "ann"}}})}),
+              0)
+        << Said();
+}
+
+TEST_F(CheckTest, TellsOfReferencesThatMeanAnotherRecord) {
+    Execute("INSERT INTO user (dbid, login, email) VALUES (1, 'ann', 'a')");
+    Execute("INSERT INTO user (dbid, login, email) VALUES (2, 'ann ', 'b')");
+    Execute(
+        "INSERT INTO keyword (dbid, name) VALUES (1, 'a'), (2, 'b'), "
+        "(3, 'a,b'), (4, ' b')");
+    const auto check = [this](const std::string& owner, const std::string& keywords) {
+        return Check(Bugs({{{"title", "A"}, {"owner", owner}, {"keywords", keywords}}}));
+    };
+    EXPECT_EQ(check("ann", "a"), 0) << Said();
+    EXPECT_EQ(check(" ann", "a"), 0) << Said();
+    EXPECT_EQ(check("ann ", "a"), 1);
+    EXPECT_THAT(Said(), HasSubstr("field owner: \"ann \" is taken for \"ann\", and there is a user "
+                                  "whose login is \"ann \", which no reference can name"));
+    EXPECT_EQ(check("ann", "b,a"), 0) << Said();
+    EXPECT_EQ(check("ann", "a,b"), 1);
+    EXPECT_THAT(Said(), HasSubstr("field keywords: \"a,b\" is taken for several items"));
+    EXPECT_EQ(check("ann", "a, b"), 1);
+    EXPECT_THAT(Said(), HasSubstr("field keywords: \" b\" is taken for \"b\""));
+}
+
+TEST_F(CheckTest, TellsOfReferencesThatAMappingTakesForOthers) {
+    Execute("INSERT INTO user (dbid, login, email) VALUES (1, 'ann', 'a')");
+    Execute("INSERT INTO user (dbid, login, email) VALUES (2, 'bob', ' a')");
+    EXPECT_EQ(Check(Bugs({{{"title", "A"}, {"owner", " a"}}},
+                         "<record_reference_mapping_list><m target_field='owner' "
+                         "reference_field='email'/></record_reference_mapping_list>")),
+              1);
+    EXPECT_THAT(Said(), HasSubstr("there is a user whose email is \" a\""));
+}
+
 TEST_F(CheckTest, PassesOverWhatStandsBeforeAnyConfiguration) {
     const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}}});
     EXPECT_EQ(Check({sources[1], sources[0], sources[1]}), 1);

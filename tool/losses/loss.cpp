@@ -32,6 +32,8 @@ constexpr std::array<KindWords, lossKinds.size()> kWords = {{
     {"no-configuration", "packets before any configuration"},
     {"cut-short", "packets that are cut short"},
     {"outside-records", "places outside of records that are no markup"},
+    {"unreachable-key", "keys that no reference can name"},
+    {"mistaken-reference", "references that are taken for others"},
 }};
 
 const KindWords& WordsOf(LossKind kind) {

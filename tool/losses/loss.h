@@ -27,7 +27,9 @@ enum class LossKind {
     UnusedMapping,         // a mapping that names no field, or one that no import asks for
     NoConfiguration,       // data before any configuration
     CutShort,              // a packet whose elements do not end
-    OutsideRecords         // what has no business between or behind the records of a packet
+    OutsideRecords,        // what has no business between or behind the records of a packet
+    UnreachableKey,        // a key that no reference can express
+    MistakenReference      // a reference that is taken for another one, as its record's key is such
 };
 
 // All of them, in their order.
@@ -37,7 +39,8 @@ inline constexpr std::array lossKinds = {
     LossKind::UnreadField,     LossKind::ChangedText,        LossKind::SkippedField,
     LossKind::RepeatedField,   LossKind::ClearedValue,       LossKind::UnusedField,
     LossKind::EmptyPacket,     LossKind::NothingImported,    LossKind::UnusedMapping,
-    LossKind::NoConfiguration, LossKind::CutShort,           LossKind::OutsideRecords};
+    LossKind::NoConfiguration, LossKind::CutShort,           LossKind::OutsideRecords,
+    LossKind::UnreachableKey,  LossKind::MistakenReference};
 
 // One loss with its place. Texts in UTF-8.
 struct Loss {

@@ -11,7 +11,7 @@ void LossFinder::Configure(const std::string& packet, const std::string& source,
     const auto* const type = m_schema.FindType(m_configuration.RecordType());
     m_recordLosses.reset();
     if (type != nullptr) {
-        m_recordLosses.emplace(m_configuration, *type);
+        m_recordLosses.emplace(m_configuration, *type).LookAtKeys(&m_keys);
     }
 }
 

@@ -7,6 +7,7 @@
 
 #include "recorddb/schema/schema.h"
 #include "tool/import_configuration.h"
+#include "tool/losses/key_losses.h"
 #include "tool/losses/loss.h"
 #include "tool/losses/record_losses.h"
 #include "tool/packet_reader.h"
@@ -17,9 +18,9 @@ namespace tool {
 // them silently.
 class LossFinder {
   public:
-    // SCHEMA stays the caller's.
-    LossFinder(const recorddb::schema::Schema& schema, LossTaker take)
-        : m_schema(schema), m_take(std::move(take)) {}
+    // SCHEMA stays the caller's. EXISTS looks into the database.
+    LossFinder(const recorddb::schema::Schema& schema, KeyLosses::Exists exists, LossTaker take)
+        : m_schema(schema), m_keys(schema, std::move(exists)), m_take(std::move(take)) {}
 
     // Says that CONFIGURATION is in force, in which PACKET, the source called SOURCE, has been
     // applied.
@@ -35,6 +36,7 @@ class LossFinder {
 
   private:
     const recorddb::schema::Schema& m_schema;
+    KeyLosses m_keys;
     LossTaker m_take;
     ImportConfiguration m_configuration;
     std::optional<RecordLosses> m_recordLosses;

@@ -164,7 +164,26 @@ void RecordLosses::FindInField(std::size_t field) {
     }
     FindChangedText(field);
     if (!value.empty()) {
-        FindInValue(field, UseOf(name, m_configuration, m_type));
+        const FieldUse use = UseOf(name, m_configuration, m_type);
+        FindInValue(field, use);
+        FindInKeys(field, use);
+    }
+}
+
+void RecordLosses::FindInKeys(std::size_t field, FieldUse use) {
+    if (m_keys == nullptr) {
+        return;
+    }
+    const auto& [name, value] = m_readings.Fields().At(field);
+    if (use == FieldUse::Value) {
+        if (std::string text = m_keys->OfKey(name, value, m_configuration, m_type); !text.empty()) {
+            Add(LossKind::UnreachableKey, m_readings.PartOf(field), name, std::move(text));
+        }
+    } else if (use == FieldUse::Reference || use == FieldUse::ReferenceList) {
+        if (std::string text = m_keys->OfReference(name, value, m_configuration, m_type);
+            !text.empty()) {
+            Add(LossKind::MistakenReference, m_readings.PartOf(field), name, std::move(text));
+        }
     }
 }
 

@@ -10,6 +10,7 @@
 #include "recorddb/schema/record_type.h"
 #include "tool/import_configuration.h"
 #include "tool/losses/field_use.h"
+#include "tool/losses/key_losses.h"
 #include "tool/losses/loss.h"
 #include "tool/losses/record_readings.h"
 #include "tool/packet_reader.h"
@@ -21,14 +22,17 @@ using LossTaker = std::function<void(Loss)>;
 // Finds what an import under one configuration drops or changes of a record without an error.
 //
 // It reads the record twice, as any XML reader would and with the importer's own parser: what
-// stands in the one and not in the other is lost. Empty values are not. It knows nothing of the
-// database, so what it finds holds for a record that is imported; one that is rejected is lost as a
-// whole, and the rejection tells of it.
+// stands in the one and not in the other is lost. Empty values are not. But for keys, it
+// knows nothing of the database, so what it finds holds for a record that is imported; one that is
+// rejected is lost as a whole, and the rejection tells of it.
 class RecordLosses {
   public:
     // Both stay the caller's.
     RecordLosses(const ImportConfiguration& configuration, const recorddb::schema::RecordType& type)
         : m_configuration(configuration), m_type(type) {}
+
+    // Has keys and references looked at, too. KEYS, which may be null, stays the caller's.
+    void LookAtKeys(const KeyLosses* keys) { m_keys = keys; }
 
     // Hands over the losses of RECORD, which comes from the source called SOURCE. A record that the
     // importer cannot read, for a defect or since it is not well-formed, has none.
@@ -44,6 +48,7 @@ class RecordLosses {
     void FindInValue(std::size_t field, FieldUse use);
     std::size_t FindInHistory(std::size_t field);
     void FindInAttachments(std::size_t field);
+    void FindInKeys(std::size_t field, FieldUse use);
 
     bool AddsToOthers(FieldUse use) const;
     std::string WhatIsUsed() const;
@@ -55,6 +60,7 @@ class RecordLosses {
 
     const ImportConfiguration& m_configuration;
     const recorddb::schema::RecordType& m_type;
+    const KeyLosses* m_keys = nullptr;
     RecordReadings m_readings;
 
     // The record in hand.

@@ -1,0 +1,44 @@
+#ifndef TOOL_LOSSES_KEY_LOSSES_H
+#define TOOL_LOSSES_KEY_LOSSES_H
+
+#include <functional>
+#include <string>
+
+#include "recorddb/schema/schema.h"
+#include "tool/import_configuration.h"
+
+namespace tool {
+
+// Finds keys that no reference can express, and references that therefore name another record.
+// References are trimmed and lists are split at commas; the keys that they are compared with are
+// stored as they stand. All texts are UTF-8.
+class KeyLosses {
+  public:
+    // Whether the database has a record of the type with exactly this value in the field.
+    using Exists = std::function<bool(const recorddb::schema::RecordType&,
+                                      const recorddb::schema::Field&, const std::string&)>;
+
+    // SCHEMA stays the caller's.
+    KeyLosses(const recorddb::schema::Schema& schema, Exists exists)
+        : m_schema(schema), m_exists(std::move(exists)) {}
+
+    // Why no reference can name a record of TYPE by VALUE, which the field NAME gives it; empty
+    // when one can, or nothing refers to such records by that field.
+    std::string OfKey(const std::string& name, const std::string& value,
+                      const ImportConfiguration& configuration,
+                      const recorddb::schema::RecordType& type) const;
+
+    // Which other record the reference, or list of references, VALUE in the field NAME could mean;
+    // empty when there is none.
+    std::string OfReference(const std::string& name, const std::string& value,
+                            const ImportConfiguration& configuration,
+                            const recorddb::schema::RecordType& type) const;
+
+  private:
+    const recorddb::schema::Schema& m_schema;
+    Exists m_exists;
+};
+
+}  // namespace tool
+
+#endif

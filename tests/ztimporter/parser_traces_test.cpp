@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/foundation/cexception.h"
+#include "tests/platform/thrown_text.h"
 #include "tests/support/trace_recorder.h"
 #include "ztimporter/importconfigurationparser.h"
 #include "ztimporter/importrecordparser.h"
@@ -201,12 +202,27 @@ TEST(Trace, FindsItsArgumentsOutOnlyWhenItIsWritten) {
     EXPECT_THAT(recorder.Take(), ElementsAre("Tag: length = 1"));
 }
 
+class Failing : public TraceRecorder {
+    void Write(const Obx_String& /*tag*/, const Obx_String& /*text*/) override {
+        throw new CException(u"the disk is full");
+    }
+};
+
+TEST(Trace, ThatFailsLeavesAParserWithTheTextItWasGiven) {
+    AdImportRecordParser records;
+    AdImportConfigurationDataParser configuration;
+    {
+        Failing recorder;
+        EXPECT_EQ(ThrownText([&] { records.SetInputData("<record/>  <record>"); }),
+                  "the disk is full");
+        EXPECT_EQ(ThrownText([&] { configuration.SetInputData("<configuration/>"); }),
+                  "the disk is full");
+    }
+    EXPECT_EQ(records.NextRecord(), 1);
+    EXPECT_EQ(configuration.IsConfigurationData(), 1);
+}
+
 TEST(Trace, ThatFailsDoesNotEndTheProcessFromADestructor) {
-    class Failing : public TraceRecorder {
-        void Write(const Obx_String& /*tag*/, const Obx_String& /*text*/) override {
-            throw new CException(u"the disk is full");
-        }
-    };
     auto parser = std::make_unique<AdImportRecordParser>();
     Failing recorder;
     EXPECT_NO_THROW(parser.reset());

@@ -56,12 +56,13 @@ int ScriptedEntityDef::GetType() const {
 }
 
 AdFieldDef* ScriptedEntityDef::GetStateFieldDef() const {
-    Question("GetStateFieldDef");
-    return m_stateField;
+    return IsNullAnswer(Question("GetStateFieldDef")) ? nullptr : m_stateField;
 }
 
 AdFieldDef* ScriptedEntityDef::GetFieldDef(const Obx_String& fieldName, int reserved) const {
-    Question("GetFieldDef", {fieldName, reserved});
+    if (IsNullAnswer(Question("GetFieldDef", {fieldName, reserved}))) {
+        return nullptr;
+    }
     ScriptedFieldDef* field = Find(fieldName);
     if (field == nullptr) {
         ThrowKind(ThrownKind::kMessage, u"no field " + fieldName);

@@ -88,6 +88,12 @@ TEST_F(RecordMapTest, OnlyTypesOfTheKindWithStatesHaveAStateField) {
     ExpectValues("", "", "");
 }
 
+TEST_F(RecordMapTest, ANullStateFieldIsABadValue) {
+    m_core.OnCall("GetStateFieldDef").ReturnsNull();
+    SetUpRecord({{"title", "Crash"}});
+    ExpectBadValue(u"stateFieldDef != __null");
+}
+
 class NamelessFieldTest : public RecordMapTest, public testing::WithParamInterface<std::string> {
   protected:
     void SetUpNamelessField() {

@@ -103,6 +103,13 @@ TEST_F(RecordSearchTest, ACoreWithoutAResultSetFailsAnAssertion) {
     EXPECT_EQ(Calls().back(), "BuildResultSet(source_id = core-1)");
 }
 
+TEST_F(RecordSearchTest, ANullFieldIsReported) {
+    m_core.OnCall("GetFieldDef").ReturnsNull();
+    EXPECT_FALSE(SearchFor(u"core-1"));
+    ExpectBadValue(u"fieldDef != __null");
+    ExpectNoCalls();
+}
+
 TEST_F(RecordSearchTest, ANullRecordTypeIsReported) {
     m_found = m_importer->GetResultSetWhere(nullptr, u"source_id", u"core-1", m_error);
     EXPECT_EQ(m_found.GetPtr(), nullptr);

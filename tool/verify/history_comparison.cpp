@@ -7,21 +7,37 @@
 #include <map>
 #include <span>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace tool {
 
 namespace {
 
-// An entry of the database as the sources would write it.
+struct ClaimedEntry;
+
+// An entry of the database as the sources would write it, and what only the database says of it.
 struct StoredEntry {
     HistoryColumns columns;
-    bool matched = false;
+    std::string expiryTime;
+    const ClaimedEntry* match = nullptr;
 };
 
 struct ClaimedEntry {
     const ExpectedEntry* entry;
     const HistoryColumns& Columns() const { return entry->line.columns; }
-    bool matched = false;
+    const StoredEntry* match = nullptr;
+};
+
+void Match(ClaimedEntry& claimed, StoredEntry& stored) {
+    claimed.match = &stored;
+    stored.match = &claimed;
+}
+
+// An entry in the order in which the entries of a record follow each other.
+struct TimedEntry {
+    const std::string* time;
+    const StoredEntry* stored;  // null: the database does not have it
 };
 
 std::string Joined(const HistoryColumns& columns) {
@@ -42,7 +58,8 @@ class HistoryComparison {
         }
         for (const recorddb::HistoryEntry& entry : stored) {
             m_stored.push_back({.columns = {entry.actionTime, entry.userName, entry.actionName,
-                                            entry.oldState, entry.newState, entry.comments}});
+                                            entry.oldState, entry.newState, entry.comments},
+                                .expiryTime = entry.expiryTime});
         }
         for (const recorddb::schema::Field& field : expected.Type().fields) {
             if (field.kind == recorddb::schema::FieldKind::History) {
@@ -59,6 +76,7 @@ class HistoryComparison {
         for (std::size_t column = 0; column < kHistoryColumns.size(); ++column) {
             PairButFor(column);
         }
+        CompareExpiry();
         ReportRest();
     }
 
@@ -96,7 +114,7 @@ class HistoryComparison {
             next = std::find_if(next, stored.end(), [&entry](const StoredEntry& other) {
                 return other.columns == entry.Columns();
             });
-            entry.matched = next->matched = true;
+            Match(entry, *next);
             ++next;
         }
     }
@@ -120,7 +138,7 @@ class HistoryComparison {
         for (ClaimedEntry& entry : claimed) {
             const std::string text = Joined(entry.Columns());
             if (const auto found = free.find(text); found != free.end()) {
-                entry.matched = found->second->matched = true;
+                Match(entry, *found->second);
                 inSource.push_back(text);
                 inDatabase.emplace(found->second, text);
                 free.erase(found);
@@ -147,18 +165,69 @@ class HistoryComparison {
         };
         std::multimap<std::string, StoredEntry*> free;
         for (StoredEntry& stored : m_stored) {
-            if (!stored.matched) {
+            if (stored.match == nullptr) {
                 free.emplace(rest(stored.columns), &stored);
             }
         }
         for (ClaimedEntry& claimed : m_claimed) {
-            const auto found = claimed.matched ? free.end() : free.find(rest(claimed.Columns()));
+            const auto found =
+                claimed.match != nullptr ? free.end() : free.find(rest(claimed.Columns()));
             if (found != free.end()) {
-                claimed.matched = found->second->matched = true;
+                Match(claimed, *found->second);
                 Report(*claimed.entry, kHistoryColumns[column], claimed.Columns()[column],
                        found->second->columns[column]);
                 free.erase(found);
             }
+        }
+    }
+
+    // The entries in the order in which they follow each other by their true times: those of the
+    // sources where they know the entry. An entry that should not be there changes nothing.
+    std::vector<TimedEntry> InTime() const {
+        std::vector<TimedEntry> entries;
+        if (!m_expected.IsWhole()) {
+            for (const StoredEntry& stored : m_stored) {
+                const HistoryColumns& columns =
+                    stored.match != nullptr ? stored.match->Columns() : stored.columns;
+                entries.push_back({&columns[kTimeColumn], &stored});
+            }
+        }
+        for (const ClaimedEntry& claimed : m_claimed) {
+            if (m_expected.IsWhole() || claimed.match == nullptr) {
+                entries.push_back({&claimed.Columns()[kTimeColumn], claimed.match});
+            }
+        }
+        std::stable_sort(entries.begin(), entries.end(),
+                         [](const auto& a, const auto& b) { return *a.time < *b.time; });
+        return entries;
+    }
+
+    std::string NextStored(const StoredEntry& entry) const {
+        const auto next = static_cast<std::size_t>(&entry - m_stored.data()) + 1;
+        return next < m_stored.size() ? m_stored[next].columns[kTimeColumn] : "";
+    }
+
+    // Packets give no expiry times: each entry expires when the next one begins. Entries that
+    // are missing or too many are told as such, and may or may not have been there when that was
+    // worked out.
+    void CompareExpiry() {
+        const std::string none;
+        const std::string* next = &none;      // of all entries
+        const std::string* nextHeld = &none;  // of those that the database has
+        std::vector<TimedEntry> entries = InTime();
+        std::vector<std::pair<const StoredEntry*, const std::string*>> wrong;
+        for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry) {
+            const StoredEntry* const stored = entry->stored;
+            if (stored != nullptr && stored->match != nullptr && stored->expiryTime != *next &&
+                stored->expiryTime != *nextHeld && stored->expiryTime != NextStored(*stored)) {
+                wrong.emplace_back(stored, nextHeld);
+            }
+            next = entry->time;
+            nextHeld = stored != nullptr ? entry->time : nextHeld;
+        }
+        for (auto found = wrong.rbegin(); found != wrong.rend(); ++found) {
+            Report(*found->first->match->entry, "expired_timestamp", *found->second,
+                   found->first->expiryTime);
         }
     }
 
@@ -171,14 +240,14 @@ class HistoryComparison {
 
     void ReportRest() {
         for (const ClaimedEntry& claimed : m_claimed) {
-            if (!claimed.matched) {
+            if (claimed.match == nullptr) {
                 m_reporter.Report(claimed.entry->place,
                                   fmt::format("{}, {}", m_fieldName, NameOf(*claimed.entry)),
                                   Joined(claimed.Columns()), "");
             }
         }
         for (const StoredEntry& stored : m_stored) {
-            if (!stored.matched && m_expected.IsWhole()) {
+            if (stored.match == nullptr && m_expected.IsWhole()) {
                 m_reporter.Report(m_expected.FirstPlace(), m_fieldName, "", Joined(stored.columns));
             }
         }

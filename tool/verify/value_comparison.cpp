@@ -20,6 +20,18 @@ std::string Joined(const std::vector<ExpectedTarget>& targets) {
     return fmt::format("{}", fmt::join(texts, ","));
 }
 
+// What people call the records that a reference or list points at.
+std::string KeysOf(const recorddb::RecordView& record, const Field& field) {
+    std::vector<std::string> keys = record.values[field.index];
+    const std::vector<std::int64_t>& targets = record.targets[field.index];
+    for (std::size_t i = 0; i < keys.size() && i < targets.size(); ++i) {
+        if (keys[i].empty()) {
+            keys[i] = fmt::format("(dbid {})", targets[i]);
+        }
+    }
+    return fmt::format("{}", fmt::join(keys, ","));
+}
+
 std::vector<std::int64_t> DbIds(const std::vector<ExpectedTarget>& targets) {
     std::vector<std::int64_t> dbids;
     dbids.reserve(targets.size());
@@ -78,7 +90,7 @@ bool Agrees(const ExpectedTargets& claim, const std::vector<std::int64_t>& store
 void CompareTargets(const ExpectedRecord& expected, const recorddb::RecordView& record,
                     const Field& field, DifferenceReporter& reporter, VerifiedType& tally) {
     const std::vector<std::int64_t>& stored = record.targets[field.index];
-    const std::string keys = fmt::format("{}", fmt::join(record.values[field.index], ","));
+    const std::string keys = KeysOf(record, field);
     const ExpectedTargets* const claim = expected.Targets(field.index);
     if (claim == nullptr) {
         Unclaimed{expected, reporter}.Report(field, keys);

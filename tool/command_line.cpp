@@ -104,6 +104,8 @@ void AddVerify(CLI::App& app, Commands& commands) {
                        "folder that attachments' file names start from and cannot leave");
     verify->add_option("--report", options.report, "file to write a report to (JSON)");
     verify->add_option("--html", options.html, "file to write a report for people to (HTML)");
+    verify->add_flag("--exact", options.exact,
+                     "take what the database holds and no source speaks of for a difference, too");
     verify->add_flag("--quiet", options.quiet, "show differences only");
     AddLimits(*verify, options.limits);
     verify->callback([&commands] {

@@ -37,8 +37,13 @@ std::int64_t RecordReader::Count(const schema::RecordType& type) {
 }
 
 std::optional<RecordView> RecordReader::Next(const schema::RecordType& type, std::int64_t after) {
-    const auto dbid = m_tables.Records(type).NextAfter(after);
+    const auto dbid = NextDbId(type, after);
     return dbid ? Get(type, *dbid) : std::nullopt;
+}
+
+std::optional<std::int64_t> RecordReader::NextDbId(const schema::RecordType& type,
+                                                   std::int64_t after) {
+    return m_tables.Records(type).NextAfter(after);
 }
 
 std::optional<RecordView> RecordReader::Get(const schema::RecordType& type, std::int64_t dbid) {

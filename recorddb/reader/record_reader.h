@@ -35,6 +35,9 @@ class RecordReader {
     // all records begins with 0 and goes on with the dbid of the record before.
     std::optional<RecordView> Next(const schema::RecordType& type, std::int64_t after);
 
+    // The dbid of that record.
+    std::optional<std::int64_t> NextDbId(const schema::RecordType& type, std::int64_t after);
+
     // A record by its dbid, or by what people call it: its unique key or, in digits, its dbid.
     // The key goes first. Nothing when there is no such record.
     std::optional<RecordView> Get(const schema::RecordType& type, std::int64_t dbid);

@@ -32,10 +32,13 @@ def check_rehearsal(sample, expected, expect):
 
 def check_verified(sample, sources, expect):
     before = sample.database.read_bytes()
-    status, output, report = sample.run("verify", *sources)
-    expect.equal("exit code of the comparison", status, 0)
-    expect.true("its verdict", "Verified: everything in the sources is in the database." in output)
-    expect.equal("differences", report["differences"], [])
+    for options, verdict in (([], "Verified: everything in the sources is in the database."),
+                             (["--exact"], "Verified: everything in the sources is in the database, and nothing else.")):
+        status, output, report = sample.run("verify", *options, *sources)
+        expect.equal("exit code of the comparison", status, 0)
+        expect.true("its verdict", verdict in output)
+        expect.equal("differences", report["differences"], [])
+        expect.equal("faults of the database", report["faults"], [])
     expect.true("the comparison writes nothing", sample.database.read_bytes() == before)
 
 

@@ -159,6 +159,21 @@ def mend(rejects, packets):
     return mended
 
 
+def check_damaged_database(sample, expect):
+    """What was changed behind the tool's back breaks the database's own rules, whatever the sources say."""
+    damages = ["UPDATE bug SET id = 'BvG' || substr(id, 4) WHERE dbid = 369",
+               "UPDATE zt_history SET field = 'title' WHERE entry = 1 AND record = (SELECT min(record) FROM zt_history)",
+               "UPDATE zt_duplicate SET action_time = 'noon' WHERE duplicate = (SELECT min(duplicate) FROM zt_duplicate)",
+               "UPDATE bug__keywords SET position = position + 100 WHERE record = (SELECT max(record) FROM bug__keywords)",
+               "UPDATE zt_attachment SET filesize = filesize + 1 WHERE dbid = 1"]
+    for damage in damages:
+        sample.change(damage)
+    status, output, report = sample.run("verify", "--quiet", sample.packets)
+    expect.equal("exit code of verify on a damaged database", status, 1)
+    expect.equal("faults that verify finds", len(report["faults"]), len(damages))
+    expect.true("verify tells them", output.count("damaged: ") == len(damages))
+
+
 def test(sample, expect):
     folder = sample.folder / "packets"
     shutil.copytree(sample.packets, folder)
@@ -195,6 +210,8 @@ def test(sample, expect):
     silently = {source_id for _, _, source_id in lost if source_id}
     differing = {place(difference)[1] for difference in report["differences"]}
     expect.equal("records that differ and were not damaged silently", sorted(differing - silently), [])
+    expect.equal("faults of the database", report["faults"], [])
+    check_damaged_database(sample, expect)
     expect.equal("bugs in the database", sample.counts()["bug"], sample.expected_counts()["bug"])
     print(json.dumps(sample.counts()))
 

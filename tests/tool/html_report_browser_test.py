@@ -20,7 +20,8 @@ WIDTHS = [1280, 961, 768, 375, 320]
 A4_WIDTH = 673  # pixels between the margins of the printed page
 LOAD_SECTIONS = ["Totals", "What to do next", "By record type", "Rejected records", "Silent losses",
                  "Records over time", "What was run"]
-VERIFY_SECTIONS = ["Totals", "What to do next", "By record type", "Differences", "What the loads did", "What was run"]
+VERIFY_SECTIONS = ["Totals", "What to do next", "By record type", "Differences", "The database itself",
+                   "What the loads did", "What was run"]
 EVIL = "<script>window.evil = true</script><img src=\"http://evil.example/x.png\" onerror=\"window.evil = true\">"
 SCHEMA = """record_types:
   bug:
@@ -214,7 +215,7 @@ def check_verify_content(browser, report, expect):
     expect.equal("sections of the comparison", texts(browser, "section > h2"), VERIFY_SECTIONS)
     equal = report["compared"] - report["differing"]
     expect.equal("totals of the comparison", numbers(browser, "#totals .figures:not(.minor) dd"),
-                 [report["read"], report["compared"], equal, report["differing"], report["missing"]])
+                 [report["read"], report["compared"], equal, report["differing"], report["missing"], len(report["faults"])])
     expect.equal("differences of all kinds", sum(numbers(browser, "#differences .count")), len(report["differences"]))
     expect.equal("state", texts(browser, ".verdict .state"), ["Not verified"])
 

@@ -70,7 +70,7 @@ class VerifyPageTest : public testing::Test {
 TEST_F(VerifyPageTest, HoldsEverySection) {
     const std::string page = VerifyPage(Found({Differs("title", "a", "b")}));
     for (const char* title : {"Totals", "What to do next", "By record type", "Differences",
-                              "What the loads did", "What was run"}) {
+                              "The database itself", "What the loads did", "What was run"}) {
         EXPECT_THAT(page, HasSubstr(std::string(">") + title + "</h2>"));
     }
 }
@@ -87,6 +87,39 @@ TEST_F(VerifyPageTest, SaysThatAllIsThere) {
 TEST_F(VerifyPageTest, SaysHowMuchIsNot) {
     EXPECT_EQ(VerdictText(Found({Differs("title", "a", "b")})),
               "Not verified: 1 of 5,000 records is not in the database as the sources say.");
+}
+
+TEST_F(VerifyPageTest, TellsOfADamagedDatabase) {
+    VerifyFindings findings = Start();
+    findings.AddFault({"bug", "BUG00000007", "log, entry 3, field", "ti<tle", "not a field"});
+    findings.AddFault({"bug", "BUG00000008", "log, entry 9, field", "x", "not a field"});
+    VerifySummary summary;
+    summary.read = 3;
+    summary.faults = 2;
+    summary.unusedContents = 1;
+    summary.unusedBytes = 5;
+    findings.Finish(summary);
+    EXPECT_EQ(VerdictText(findings),
+              "Not verified: The database itself is damaged: 2 faults were found.");
+    EXPECT_THAT(VerifyPage(findings),
+                AllOf(HasSubstr("bug, log, field: not a field"), HasSubstr("ti&lt;tle"),
+                      HasSubstr("1 content of 5 bytes in all belongs to no attachment any more")));
+}
+
+TEST_F(VerifyPageTest, TellsOfRecordsThatNoSourceSpeaksOf) {
+    VerifyFindings findings = Start();
+    VerifySummary summary;
+    summary.read = 3;
+    summary.exact = true;
+    findings.Finish(summary);
+    EXPECT_EQ(VerdictText(findings),
+              "Verified: Everything that the sources say of 0 records is in "
+              "the database, and nothing else.");
+    summary.extra = 2;
+    summary.differences = 2;
+    findings.Finish(summary);
+    EXPECT_EQ(VerdictText(findings), "Not verified: 2 records of the database are in no source.");
+    EXPECT_THAT(VerifyPage(findings), HasSubstr("in no source</dt>"));
 }
 
 TEST_F(VerifyPageTest, DoesNotTakeNothingForVerified) {

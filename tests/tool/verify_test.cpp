@@ -123,7 +123,10 @@ TEST_F(VerifyTest, ListsGrowByUpdates) {
 
 TEST_F(VerifyTest, TheOrderOfAListThatWasNotReplacedDoesNotCount) {
     LoadAndVerifyBugs({{{"source_id", "C-1"}, {"title", "One"}, {"keywords", "blue,red"}}});
-    Damage("UPDATE bug__keywords SET position = -1 WHERE target = 1");
+    Damage(
+        "UPDATE bug__keywords SET position = 9 WHERE target = 3;"
+        "UPDATE bug__keywords SET position = 0 WHERE target = 1;"
+        "UPDATE bug__keywords SET position = 1 WHERE target = 3");
     EXPECT_EQ(Verify(m_sources), 0) << Shown();
 }
 

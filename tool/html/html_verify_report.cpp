@@ -12,6 +12,10 @@ HtmlVerifyReport::HtmlVerifyReport(const VerifyOptions& options,
       m_file(OwnPath(options.html, options.report)),
       m_findings(options, std::chrono::system_clock::now(), ToolVersion()) {}
 
+void HtmlVerifyReport::IsFaulty(const recorddb::Fault& fault) {
+    m_findings.AddFault(fault);
+}
+
 void HtmlVerifyReport::Reads(const DataSource& source) {
     const auto entry = m_journal.Find(source.key);
     m_findings.AddLoad(source, entry ? &*entry : nullptr);

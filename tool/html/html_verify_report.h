@@ -17,6 +17,7 @@ class HtmlVerifyReport final : public VerifySink {
     // JOURNAL is the database's, and stays the caller's.
     HtmlVerifyReport(const VerifyOptions& options, recorddb::journal::Journal& journal);
 
+    void IsFaulty(const recorddb::Fault& fault) override;
     void Reads(const DataSource& source) override;
     void Differs(const Difference& difference) override;
     void Finish(const VerifySummary& summary) override;

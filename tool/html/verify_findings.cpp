@@ -29,12 +29,13 @@ std::string ProblemOf(const Difference& difference) {
     return difference.sourceValue.empty() ? "in the database only" : "the values differ";
 }
 
-std::string SortOf(const Difference& difference) {
-    std::string subject = difference.type;
-    if (!difference.field.empty()) {
-        subject += (subject.empty() ? "" : ", ") + FieldOf(difference.field);
+// What things of one sort share, and what is wrong with them.
+std::string SortOf(const std::string& type, const std::string& field, const std::string& problem) {
+    std::string subject = type;
+    if (!field.empty()) {
+        subject += (subject.empty() ? "" : ", ") + FieldOf(field);
     }
-    return (subject.empty() ? "" : subject + ": ") + ProblemOf(difference);
+    return (subject.empty() ? "" : subject + ": ") + problem;
 }
 
 std::string Shown(const std::string& value) {
@@ -60,6 +61,21 @@ std::vector<ExampleDetail> DetailsOf(const Difference& difference) {
     return details;
 }
 
+std::vector<ExampleDetail> DetailsOf(const recorddb::Fault& fault) {
+    std::vector<ExampleDetail> details;
+    if (!fault.id.empty()) {
+        details.push_back({"record", fault.id});
+    }
+    if (!fault.field.empty()) {
+        details.push_back({"field", fault.field});
+    }
+    if (!fault.value.empty()) {
+        details.push_back({"database", ShowPair("", fault.value).database});
+    }
+    details.push_back({"", fault.problem});
+    return details;
+}
+
 }  // namespace
 
 void VerifyFindings::AddLoad(const DataSource& source,
@@ -82,9 +98,15 @@ void VerifyFindings::AddLoad(const DataSource& source,
     m_loads.Add(source.type, source.data, totals);
 }
 
+void VerifyFindings::AddFault(const recorddb::Fault& fault) {
+    m_faults.Add(SortOf(fault.type, fault.field, fault.problem),
+                 {m_options.database, 0, 0, "", DetailsOf(fault)});
+}
+
 void VerifyFindings::AddDifference(const Difference& difference) {
-    m_differences.Add(SortOf(difference), {difference.source, difference.record, difference.line,
-                                           difference.sourceId, DetailsOf(difference)});
+    m_differences.Add(SortOf(difference.type, difference.field, ProblemOf(difference)),
+                      {difference.source, difference.record, difference.line, difference.sourceId,
+                       DetailsOf(difference)});
     if (m_firstDifferent.id.empty() && !difference.id.empty()) {
         m_firstDifferent.type = difference.type;
         m_firstDifferent.id = difference.id;

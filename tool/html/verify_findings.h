@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "recorddb/integrity/fault.h"
 #include "recorddb/journal/journal.h"
 #include "tool/html/example_groups.h"
 #include "tool/html/run_summary.h"
@@ -28,6 +29,7 @@ class VerifyFindings {
 
     // What the journal knows of SOURCE; ENTRY is null when it was never loaded.
     void AddLoad(const DataSource& source, const recorddb::journal::JournalEntry* entry);
+    void AddFault(const recorddb::Fault& fault);
     void AddDifference(const Difference& difference);
     void Finish(VerifySummary summary) { m_summary = std::move(summary); }
 
@@ -38,6 +40,8 @@ class VerifyFindings {
 
     // By record type, field and what is wrong.
     std::vector<ExampleGroup> Differences() const { return m_differences.Groups(); }
+    // Of the database itself, by record type, field and what is wrong.
+    std::vector<ExampleGroup> Faults() const { return m_faults.Groups(); }
     // A record that differs, for looking at it; without id when there is none.
     const Difference& FirstDifferent() const { return m_firstDifferent; }
 
@@ -52,6 +56,7 @@ class VerifyFindings {
     std::string m_version;
     VerifySummary m_summary;
     PatternGroups m_differences{"other differences"};
+    PatternGroups m_faults{"other faults"};
     Difference m_firstDifferent;
     TypeTotalsList m_loads;
     std::uint64_t m_sources = 0;

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <vector>
+
 #include "tool/html/html_table.h"
 #include "tool/html/html_text.h"
 #include "tool/html/page_parts.h"
@@ -31,18 +33,22 @@ std::string TotalsSection(const VerifySummary& summary) {
         sum.attachments += type.attachments;
         sum.duplicates += type.duplicates;
     }
+    std::vector<PageFigure> figures = {{"records read", summary.read},
+                                       {"records compared", summary.compared},
+                                       {"equal", summary.compared - summary.differing},
+                                       {"different", summary.differing, true},
+                                       {"missing", summary.missing, true}};
+    if (summary.exact) {
+        figures.push_back({"in no source", summary.extra, true});
+    }
+    figures.push_back({"faults of the database", summary.faults, true});
     return PageSection("totals", "Totals",
-                       FigureRow({{"records read", summary.read},
-                                  {"records compared", summary.compared},
-                                  {"equal", summary.compared - summary.differing},
-                                  {"different", summary.differing, true},
-                                  {"missing", summary.missing, true}}) +
-                           FigureRow({{"values", sum.fields},
-                                      {"references", sum.references},
-                                      {"history entries", sum.history},
-                                      {"attachments", sum.attachments},
-                                      {"duplicate marks", sum.duplicates}},
-                                     true));
+                       FigureRow(figures) + FigureRow({{"values", sum.fields},
+                                                       {"references", sum.references},
+                                                       {"history entries", sum.history},
+                                                       {"attachments", sum.attachments},
+                                                       {"duplicate marks", sum.duplicates}},
+                                                      true));
 }
 
 std::string TypesSection(const VerifySummary& summary) {
@@ -68,18 +74,38 @@ std::string TypesSection(const VerifySummary& summary) {
     return PageSection("types", "By record type", table.Html());
 }
 
+std::string GroupsHtml(const std::vector<ExampleGroup>& groups, std::uint64_t count,
+                       std::string_view name, std::string_view title) {
+    std::string content =
+        fmt::format("<p>{}, of {}.</p>\n", CountOf(count, name), CountOf(groups.size(), "kind"));
+    for (const ExampleGroup& group : groups) {
+        content += GroupHtml(group, count, title);
+    }
+    return content;
+}
+
 std::string DifferencesSection(const VerifyFindings& findings) {
     const std::uint64_t differences = findings.Summary().differences;
     if (differences == 0) {
         return PageSection("differences", "Differences", "<p>There are none.</p>\n");
     }
-    const auto groups = findings.Differences();
-    std::string content = fmt::format("<p>{}, of {}.</p>\n", CountOf(differences, "difference"),
-                                      CountOf(groups.size(), "kind"));
-    for (const ExampleGroup& group : groups) {
-        content += GroupHtml(group, differences, "Difference");
+    return PageSection("differences", "Differences",
+                       GroupsHtml(findings.Differences(), differences, "difference", "Difference"));
+}
+
+// What the database is by itself, whatever the sources say.
+std::string DatabaseSection(const VerifyFindings& findings) {
+    const VerifySummary& summary = findings.Summary();
+    std::string content = summary.faults == 0
+                              ? "<p>It keeps its own rules.</p>\n"
+                              : GroupsHtml(findings.Faults(), summary.faults, "fault", "Fault");
+    if (summary.unusedContents > 0) {
+        content += fmt::format(
+            "<p class=\"note\">{} of {} in all {} to no attachment any more.</p>\n",
+            CountOf(summary.unusedContents, "content"), CountOf(summary.unusedBytes, "byte"),
+            summary.unusedContents == 1 ? "belongs" : "belong");
     }
-    return PageSection("differences", "Differences", content);
+    return PageSection("database", "The database itself", content);
 }
 
 std::string LoadsSection(const VerifyFindings& findings) {
@@ -109,7 +135,8 @@ std::string VerifyPage(const VerifyFindings& findings) {
     return PageDocument(facts, VerdictOf(findings),
                         TotalsSection(findings.Summary()) + StepsSection(NextSteps(findings)) +
                             TypesSection(findings.Summary()) + DifferencesSection(findings) +
-                            LoadsSection(findings) + FactsSection(facts));
+                            DatabaseSection(findings) + LoadsSection(findings) +
+                            FactsSection(facts));
 }
 
 }  // namespace tool

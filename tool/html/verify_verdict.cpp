@@ -13,8 +13,22 @@ PageVerdict VerdictOf(const VerifyFindings& findings) {
     }
     if (summary.Verified()) {
         return {VerdictTone::Good, "Verified",
-                fmt::format("Everything that the sources say of {} is in the database.",
-                            CountOf(summary.compared, "record")),
+                fmt::format("Everything that the sources say of {} is in the database{}.",
+                            CountOf(summary.compared, "record"),
+                            summary.exact ? ", and nothing else" : ""),
+                ""};
+    }
+    if (summary.extra > 0 && summary.extra == summary.differences) {
+        return {VerdictTone::Bad, "Not verified",
+                fmt::format("{} of the database {} in no source.", CountOf(summary.extra, "record"),
+                            summary.extra == 1 ? "is" : "are"),
+                ""};
+    }
+    if (summary.differences == 0) {
+        return {VerdictTone::Bad, "Not verified",
+                fmt::format("The database itself is damaged: {} found.",
+                            summary.faults == 1 ? "one fault was"
+                                                : Grouped(summary.faults) + " faults were"),
                 ""};
     }
     if (bad == 0) {

@@ -26,12 +26,12 @@ struct Pair {
 class AttachmentComparison {
   public:
     AttachmentComparison(const ExpectedRecord& expected, const Field& field,
-                         std::vector<const Attachment*> stored, recorddb::RecordReader& reader,
+                         std::vector<const Attachment*> stored, StoredContents& contents,
                          const AttachmentFiles& files, DifferenceReporter& reporter)
         : m_expected(expected),
           m_field(field),
           m_free(std::move(stored)),
-          m_reader(reader),
+          m_contents(contents),
           m_files(files),
           m_reporter(reporter) {}
 
@@ -97,7 +97,7 @@ class AttachmentComparison {
             Report(pair, "content", "", pair.stored->sha256, pair.file.problem);
             return;
         }
-        Compare(pair, "content", pair.file.sha256, m_reader.HashContent(*pair.stored));
+        Compare(pair, "content", pair.file.sha256, m_contents.HashOf(*pair.stored));
     }
 
     // What the source declares is told only where it says something else than the file.
@@ -162,7 +162,7 @@ class AttachmentComparison {
     const ExpectedRecord& m_expected;
     const Field& m_field;
     Free m_free;  // of the database, and not matched yet
-    recorddb::RecordReader& m_reader;
+    StoredContents& m_contents;
     const AttachmentFiles& m_files;
     DifferenceReporter& m_reporter;
     std::vector<Pair> m_pairs;
@@ -171,7 +171,7 @@ class AttachmentComparison {
 }  // namespace
 
 void CompareAttachments(const ExpectedRecord& expected, const std::vector<Attachment>& stored,
-                        recorddb::RecordReader& reader, const AttachmentFiles& files,
+                        StoredContents& contents, const AttachmentFiles& files,
                         DifferenceReporter& reporter, VerifiedType& tally) {
     for (const Field& field : expected.Type().fields) {
         if (field.kind != FieldKind::Attachments) {
@@ -184,7 +184,7 @@ void CompareAttachments(const ExpectedRecord& expected, const std::vector<Attach
             }
         }
         tally.attachments += expected.Attachments(field.index).size();
-        AttachmentComparison(expected, field, std::move(ofField), reader, files, reporter).Run();
+        AttachmentComparison(expected, field, std::move(ofField), contents, files, reporter).Run();
     }
 }
 

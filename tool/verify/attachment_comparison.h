@@ -7,17 +7,18 @@
 #include "tool/verify/attachment_files.h"
 #include "tool/verify/difference_reporter.h"
 #include "tool/verify/expected_record.h"
+#include "tool/verify/stored_contents.h"
 #include "tool/verify/verify_summary.h"
 
 namespace tool {
 
 // Compares a record's attachments, field by field, in their order: names, sizes, descriptions and
 // contents, the source's contents being the files. What the database has beside them is a
-// difference where the sources create the record. READER and FILES give the contents.
+// difference where the sources create the record. CONTENTS and FILES give the contents.
 void CompareAttachments(const ExpectedRecord& expected,
-                        const std::vector<recorddb::Attachment>& stored,
-                        recorddb::RecordReader& reader, const AttachmentFiles& files,
-                        DifferenceReporter& reporter, VerifiedType& tally);
+                        const std::vector<recorddb::Attachment>& stored, StoredContents& contents,
+                        const AttachmentFiles& files, DifferenceReporter& reporter,
+                        VerifiedType& tally);
 
 }  // namespace tool
 

@@ -9,7 +9,7 @@ namespace tool {
 // Something that a source says and the database does not, or the other way round. Texts in UTF-8,
 // values whole.
 struct Difference {
-    std::string source;         // name of the source that says it
+    std::string source;         // name of the source that says it; empty: none speaks of the record
     std::uint64_t record = 0;   // number of the record in the source, from 1; 0: no record's
     std::uint64_t line = 0;     // line in the source, from 1
     std::string sourceId;       // the record's original id, empty when it has none

@@ -26,9 +26,10 @@ bool Holds(const std::vector<ExpectedTarget>& targets, const ExpectedTarget& tar
 
 }  // namespace
 
-ExpectedRecord::ExpectedRecord(const RecordType& type, ReferenceResolver& resolver)
+ExpectedRecord::ExpectedRecord(const RecordType& type, ReferenceResolver& resolver, bool exact)
     : m_type(type),
       m_resolver(resolver),
+      m_exact(exact),
       m_values(type.fields.size()),
       m_targets(type.fields.size()),
       m_attachments(type.fields.size()) {}
@@ -38,7 +39,7 @@ void ExpectedRecord::Add(const KeptRecord& record, const ImportConfiguration& co
         configuration.Data() == ImportedData::Records && !configuration.UpdateRecord();
     if (m_empty) {
         m_firstPlace = record.place;
-        m_whole = creates;
+        m_creates = creates;
         m_empty = false;
     }
     m_creation += creates ? 1 : 0;
@@ -142,7 +143,7 @@ void ExpectedRecord::AddList(const SourcePlace& place, const Field& field, const
     }
     std::optional<ExpectedTargets>& expected = m_targets[field.index];
     if (!expected || replaces || expected->creation != m_creation) {
-        expected = {place, {}, m_whole || replaces, replaces, m_creation};
+        expected = {place, {}, IsWhole() || replaces, replaces, m_creation};
     }
     expected->place = place;
     for (const std::string& item : items) {

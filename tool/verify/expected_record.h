@@ -54,8 +54,10 @@ struct ExpectedAttachments {
 // sources speak of them again.
 class ExpectedRecord {
   public:
-    // Type and resolver outlive the object.
-    ExpectedRecord(const recorddb::schema::RecordType& type, ReferenceResolver& resolver);
+    // Type and resolver outlive the object. EXACT: nothing is in the record that the sources do not
+    // say, whether they create it or not.
+    ExpectedRecord(const recorddb::schema::RecordType& type, ReferenceResolver& resolver,
+                   bool exact);
 
     // Takes in what RECORD, the next in the order of the sources, says under CONFIGURATION. Throws
     // sql::Error.
@@ -64,8 +66,8 @@ class ExpectedRecord {
     const recorddb::schema::RecordType& Type() const { return m_type; }
     const std::string& SourceId() const { return m_sourceId; }
 
-    // True when the sources create the record, so that they say all there is about it.
-    bool IsWhole() const { return m_whole; }
+    // True when the sources say all there is about the record: they create it, or are meant to.
+    bool IsWhole() const { return m_creates || m_exact; }
 
     // Where the sources first speak of it.
     const SourcePlace& FirstPlace() const { return m_firstPlace; }
@@ -109,8 +111,9 @@ class ExpectedRecord {
     std::string m_sourceId;
     SourcePlace m_firstPlace;
     bool m_empty = true;
-    bool m_whole = false;
-    int m_creation = 0;  // how often the sources create it
+    bool m_exact;
+    bool m_creates = false;  // the first of them creates it
+    int m_creation = 0;      // how often the sources create it
     std::vector<std::optional<ExpectedValue>> m_values;
     std::vector<std::optional<ExpectedTargets>> m_targets;
     std::vector<ExpectedEntry> m_history;

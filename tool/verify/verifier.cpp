@@ -6,6 +6,7 @@
 #include "recorddb/sql/open.h"
 #include "tool/interrupt.h"
 #include "tool/verify/attachment_comparison.h"
+#include "tool/verify/extra_records.h"
 #include "tool/verify/history_comparison.h"
 #include "tool/verify/value_comparison.h"
 
@@ -31,7 +32,7 @@ void CompareDuplicate(const ExpectedRecord& expected,
 }  // namespace
 
 Verifier::Verifier(recorddb::Database& database, const std::filesystem::path& attachments,
-                   VerifyOutput& output, const RecordLimits& limits)
+                   VerifyOutput& output, const RecordLimits& limits, bool exact)
     : m_moment(database.Begin()),
       m_scratch(recorddb::sql::OpenScratch()),
       m_scratchWork(*m_scratch),
@@ -40,13 +41,16 @@ Verifier::Verifier(recorddb::Database& database, const std::filesystem::path& at
       m_lookup(database, m_reader, *m_scratch),
       m_shelf(*m_scratch),
       m_resolver(m_lookup),
+      m_contents(m_reader),
       m_files(attachments),
       m_tally(database.GetSchema()),
       m_output(output),
-      m_scan(m_lookup, m_shelf, attachments, m_tally, output, limits) {}
+      m_scan(m_lookup, m_shelf, attachments, m_tally, output, limits),
+      m_exact(exact) {}
 
 VerifySummary Verifier::Run(const SourceList& sources) {
     const auto start = std::chrono::steady_clock::now();
+    CheckDatabase();
     m_output.BeginReading(sources.TotalSize());
     for (const Source& source : sources.Sources()) {
         m_scan.Read(source);
@@ -55,19 +59,40 @@ VerifySummary Verifier::Run(const SourceList& sources) {
     CompareKept();
     VerifySummary summary = m_tally.Summary();
     summary.differences = m_output.Count();
+    summary.exact = m_exact;
+    summary.faults = m_integrity.faults;
+    summary.unusedContents = m_integrity.unusedContents;
+    summary.unusedBytes = m_integrity.unusedBytes;
     summary.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     return summary;
 }
 
+void Verifier::CheckDatabase() {
+    m_output.BeginChecking();
+    m_integrity = recorddb::CheckIntegrity(
+        m_database, [this](const recorddb::Fault& fault) { m_output.IsFaulty(fault); },
+        [this](std::uint64_t records) {
+            m_output.Advance(records, 0);
+            return Interrupted() == 0;
+        });
+    if (m_integrity.allContentsSound) {
+        m_contents.AreSound();
+    }
+}
+
 void Verifier::CompareKept() {
     KeptRecord record;
     std::uint64_t done = 0;
+    ExtraRecords extra(m_database.GetSchema(), m_reader, m_tally, m_output);
     bool more = m_shelf.Next(record);
     while (more && Interrupted() == 0) {
         const std::int64_t type = record.type;
         const std::int64_t dbid = record.dbid;
-        ExpectedRecord expected(m_database.GetSchema().Type(type), m_resolver);
+        if (m_exact) {
+            extra.Pass(type, dbid);
+        }
+        ExpectedRecord expected(m_database.GetSchema().Type(type), m_resolver, m_exact);
         bool differs = false;
         for (; more && record.type == type && record.dbid == dbid; more = m_shelf.Next(record)) {
             expected.Add(record, m_scan.Configuration(record.configuration));
@@ -76,6 +101,9 @@ void Verifier::CompareKept() {
         }
         CompareRecord(expected, dbid, differs);
         m_output.Advance(done, done);
+    }
+    if (m_exact) {
+        extra.PassRest();
     }
 }
 
@@ -94,7 +122,8 @@ void Verifier::CompareRecord(const ExpectedRecord& expected, std::int64_t dbid, 
     VerifiedType& tally = m_tally.Of(&expected.Type());
     CompareValues(expected, *record, reporter, tally);
     CompareHistory(expected, m_reader.History(*record), reporter, tally);
-    CompareAttachments(expected, m_reader.Attachments(*record), m_reader, m_files, reporter, tally);
+    CompareAttachments(expected, m_reader.Attachments(*record), m_contents, m_files, reporter,
+                       tally);
     CompareDuplicate(expected, m_reader.Original(*record), reporter, tally);
     const bool isDifferent = differs || reporter.Count() > 0;
     ++tally.compared;

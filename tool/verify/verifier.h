@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "recorddb/database.h"
+#include "recorddb/integrity/integrity_check.h"
 #include "recorddb/reader/record_reader.h"
 #include "recorddb/sql/transaction.h"
 #include "tool/source_list.h"
@@ -14,6 +15,7 @@
 #include "tool/verify/record_shelf.h"
 #include "tool/verify/reference_resolver.h"
 #include "tool/verify/source_scan.h"
+#include "tool/verify/stored_contents.h"
 #include "tool/verify/verify_output.h"
 #include "tool/verify/verify_tally.h"
 
@@ -22,15 +24,17 @@ namespace tool {
 // Compares sources with a database, as it is at one moment and without writing to it, in memory
 // that does not grow with them.
 //
-// It works in two stages, since several records of the sources may speak of one record: the first
-// reads them all and finds the records they speak of, the second goes through these one by one,
-// works out what each must be, and looks.
+// It works in three stages. The first looks whether the database keeps its own rules, whatever the
+// sources say. Several records of the sources may speak of one record, so the second reads them all
+// and finds the records they speak of, and the third goes through these one by one, works out what
+// each must be, and looks.
 class Verifier {
   public:
     // All of them outlive the object. ATTACHMENTS is the folder of the attachments' files, empty
-    // for none. Throws sql::Error.
+    // for none. EXACT: what the database holds and no source speaks of differs, too. Throws
+    // sql::Error.
     Verifier(recorddb::Database& database, const std::filesystem::path& attachments,
-             VerifyOutput& output, const RecordLimits& limits);
+             VerifyOutput& output, const RecordLimits& limits, bool exact);
 
     // Compares; returns the numbers. Throws SourceError when a source cannot be used, sql::Error
     // when the database fails. Ends early when the process was interrupted; the numbers then are of
@@ -38,6 +42,7 @@ class Verifier {
     VerifySummary Run(const SourceList& sources);
 
   private:
+    void CheckDatabase();
     void CompareKept();
     void CompareRecord(const ExpectedRecord& expected, std::int64_t dbid, bool differs);
 
@@ -49,10 +54,13 @@ class Verifier {
     RecordLookup m_lookup;
     RecordShelf m_shelf;
     ReferenceResolver m_resolver;
+    StoredContents m_contents;
     AttachmentFiles m_files;
     VerifyTally m_tally;
     VerifyOutput& m_output;
     SourceScan m_scan;
+    bool m_exact;
+    recorddb::IntegrityTotals m_integrity;
 };
 
 }  // namespace tool

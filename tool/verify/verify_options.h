@@ -17,6 +17,7 @@ struct VerifyOptions {
     std::filesystem::path report;       // file; empty for none
     std::filesystem::path html;         // file; empty for none
     RecordLimits limits;
+    bool exact = false;  // what no source speaks of is a difference, too
     bool quiet = false;
 };
 

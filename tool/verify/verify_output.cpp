@@ -13,8 +13,9 @@ namespace tool {
 
 namespace {
 
-// A database that differs everywhere must not bury what else is said.
+// A database that differs or is damaged everywhere must not bury what else is said.
 constexpr std::uint64_t kShownDifferences = 50;
+constexpr std::uint64_t kShownFaults = 50;
 
 std::string PlaceOf(const Difference& difference) {
     std::string place = difference.source;
@@ -30,13 +31,14 @@ std::string PlaceOf(const Difference& difference) {
     return place;
 }
 
-std::string SubjectOf(const Difference& difference) {
-    std::string subject = difference.type;
-    if (!difference.id.empty()) {
-        subject += (subject.empty() ? "" : " ") + ShowPair(difference.id, "").source;
+// THING is a difference or a fault.
+std::string SubjectOf(const auto& thing) {
+    std::string subject = thing.type;
+    if (!thing.id.empty()) {
+        subject += (subject.empty() ? "" : " ") + ShowPair(thing.id, "").source;
     }
-    if (!difference.field.empty()) {
-        subject += (subject.empty() ? "" : ", ") + ShowPair(difference.field, "").source;
+    if (!thing.field.empty()) {
+        subject += (subject.empty() ? "" : ", ") + ShowPair(thing.field, "").source;
     }
     return subject.empty() ? "" : subject + ": ";
 }
@@ -50,11 +52,12 @@ struct Column {
     std::uint64_t VerifiedType::*number;
 };
 
-constexpr std::array<Column, 9> kColumns = {{
+constexpr std::array<Column, 10> kColumns = {{
     {"compared", &VerifiedType::compared},
     {"equal", &VerifiedType::equal},
     {"different", &VerifiedType::different},
     {"missing", &VerifiedType::missing},
+    {"extra", &VerifiedType::extra},
     {"fields", &VerifiedType::fields},
     {"references", &VerifiedType::references},
     {"history", &VerifiedType::history},
@@ -63,7 +66,11 @@ constexpr std::array<Column, 9> kColumns = {{
 }};
 
 // A table with a line for each type.
-std::string DescribeTypes(const std::vector<VerifiedType>& types) {
+std::string DescribeTypes(const std::vector<VerifiedType>& types, bool exact) {
+    std::vector<Column> columns(kColumns.begin(), kColumns.end());
+    if (!exact) {
+        std::erase_if(columns, [](const Column& column) { return column.title == "extra"; });
+    }
     const auto nameOf = [](const VerifiedType& type) {
         return type.name.empty() ? std::string("(no type)") : type.name;
     };
@@ -72,13 +79,13 @@ std::string DescribeTypes(const std::vector<VerifiedType>& types) {
         width = std::max(width, nameOf(type).size());
     }
     std::string text(width, ' ');
-    for (const Column& column : kColumns) {
+    for (const Column& column : columns) {
         text += fmt::format("  {}", column.title);
     }
     text += '\n';
     for (const VerifiedType& type : types) {
         text += fmt::format("{:<{}}", nameOf(type), width);
-        for (const Column& column : kColumns) {
+        for (const Column& column : columns) {
             text += fmt::format("  {:>{}}", Grouped(type.*column.number), column.title.size());
         }
         text += '\n';
@@ -90,7 +97,8 @@ std::string DescribeTypes(const std::vector<VerifiedType>& types) {
 
 std::string DescribeDifference(const Difference& difference) {
     const ShownPair values = ShowPair(difference.sourceValue, difference.databaseValue);
-    std::string text = PlaceOf(difference) + ": " + SubjectOf(difference);
+    std::string text = PlaceOf(difference);
+    text += (text.empty() ? "" : ": ") + SubjectOf(difference);
     // What is wrong with a record as a whole is no matter of two values.
     const bool hasValues = !difference.sourceValue.empty() || !difference.databaseValue.empty();
     if (hasValues) {
@@ -102,6 +110,14 @@ std::string DescribeDifference(const Difference& difference) {
     return text;
 }
 
+std::string DescribeFault(const recorddb::Fault& fault) {
+    std::string text = SubjectOf(fault);
+    if (fault.value.empty()) {
+        return text + fault.problem;
+    }
+    return text + fmt::format("{} ({})", Shown(ShowPair("", fault.value).database), fault.problem);
+}
+
 VerifyOutput::VerifyOutput(bool quiet, std::ostream& out, std::ostream& err)
     : m_quiet(quiet), m_out(out), m_err(err) {}
 
@@ -110,6 +126,10 @@ void VerifyOutput::Begin(std::uint64_t total) {
         m_progress->Finish();
     }
     m_progress.emplace(m_err, ChooseProgressStyle(m_quiet, STDERR_FILENO), total);
+}
+
+void VerifyOutput::BeginChecking() {
+    Begin(0);
 }
 
 void VerifyOutput::BeginReading(std::uint64_t totalBytes) {
@@ -126,6 +146,18 @@ void VerifyOutput::Advance(std::uint64_t records, std::uint64_t done) {
 
 void VerifyOutput::Warn(std::string_view line) {
     m_progress->Print(line);
+}
+
+void VerifyOutput::IsFaulty(const recorddb::Fault& fault) {
+    ++m_faults;
+    if (m_faults <= kShownFaults) {
+        Warn("damaged: " + DescribeFault(fault));
+    } else if (m_faults == kShownFaults + 1) {
+        Warn("damaged: further faults of the database are counted; --report lists all");
+    }
+    for (VerifySink* const sink : m_sinks) {
+        sink->IsFaulty(fault);
+    }
 }
 
 void VerifyOutput::Reads(const DataSource& source) {
@@ -155,7 +187,13 @@ void VerifyOutput::Finish(const VerifySummary& summary) {
         return;
     }
     if (!summary.types.empty()) {
-        m_out << DescribeTypes(summary.types);
+        m_out << DescribeTypes(summary.types, summary.exact);
+    }
+    if (summary.unusedContents > 0) {
+        m_out << fmt::format("{} of {} in all {} to no attachment any more\n",
+                             CountOf(summary.unusedContents, "content"),
+                             CountOf(summary.unusedBytes, "byte"),
+                             summary.unusedContents == 1 ? "belongs" : "belong");
     }
     m_out << fmt::format("{} read, {} found, {:.1f} seconds\n", CountOf(summary.read, "record"),
                          CountOf(summary.differences, "difference"), summary.seconds)

@@ -24,16 +24,18 @@ class VerifyOutput final : public VerifySink {
     // SINK stays the caller's.
     void Add(VerifySink& sink) { m_sinks.push_back(&sink); }
 
-    // Begin the two stages of the work, which are as long as they are told here.
+    // Begin the stages of the work; the last two are as long as they are told here.
+    void BeginChecking();
     void BeginReading(std::uint64_t totalBytes);
     void BeginComparing(std::uint64_t records);
 
-    // How far the stage is: in bytes while reading, in records while comparing.
+    // How far the stage is: in bytes while reading, in records otherwise.
     void Advance(std::uint64_t records, std::uint64_t done);
 
     // A line that is shown in any case.
     void Warn(std::string_view line);
 
+    void IsFaulty(const recorddb::Fault& fault) override;
     void Reads(const DataSource& source) override;
     void Differs(const Difference& difference) override;
     void Finish(const VerifySummary& summary) override;
@@ -50,11 +52,16 @@ class VerifyOutput final : public VerifySink {
     std::optional<Progress> m_progress;
     std::vector<VerifySink*> m_sinks;
     std::uint64_t m_count = 0;
+    std::uint64_t m_faults = 0;
 };
 
 // A difference in one line, such as
 // "b.xml, record 17 (core-25), line 412: bug BUG00000017, title: source \"A\", database \"B\"".
 std::string DescribeDifference(const Difference& difference);
+
+// A fault in one line, such as "bug BUG00000017, votes: \"many\" (stored as a text, where a whole
+// number belongs)".
+std::string DescribeFault(const recorddb::Fault& fault);
 
 }  // namespace tool
 

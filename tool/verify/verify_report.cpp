@@ -11,6 +11,10 @@ namespace {
 
 using nlohmann::ordered_json;
 
+// The lists of the report.
+constexpr std::size_t kDifferences = 0;
+constexpr std::size_t kFaults = 1;
+
 // Replaces what is not UTF-8, in a file name or a damaged database, where the default would throw.
 std::string TextOf(const ordered_json& json) {
     return json.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
@@ -22,6 +26,7 @@ ordered_json ToJson(const VerifiedType& type) {
             {"equal", type.equal},
             {"different", type.different},
             {"missing", type.missing},
+            {"extra", type.extra},
             {"fields", type.fields},
             {"references", type.references},
             {"history", type.history},
@@ -32,16 +37,26 @@ ordered_json ToJson(const VerifiedType& type) {
 }  // namespace
 
 void VerifyReport::Differs(const Difference& difference) {
-    m_list.AddItem(TextOf({{"file", difference.source},
-                           {"record", difference.record},
-                           {"line", difference.line},
-                           {"source_id", difference.sourceId},
-                           {"type", difference.type},
-                           {"id", difference.id},
-                           {"field", difference.field},
-                           {"source", difference.sourceValue},
-                           {"database", difference.databaseValue},
-                           {"problem", difference.problem}}));
+    m_lists.AddItem(TextOf({{"file", difference.source},
+                            {"record", difference.record},
+                            {"line", difference.line},
+                            {"source_id", difference.sourceId},
+                            {"type", difference.type},
+                            {"id", difference.id},
+                            {"field", difference.field},
+                            {"source", difference.sourceValue},
+                            {"database", difference.databaseValue},
+                            {"problem", difference.problem}}),
+                    kDifferences);
+}
+
+void VerifyReport::IsFaulty(const recorddb::Fault& fault) {
+    m_lists.AddItem(TextOf({{"type", fault.type},
+                            {"id", fault.id},
+                            {"field", fault.field},
+                            {"database", fault.value},
+                            {"problem", fault.problem}}),
+                    kFaults);
 }
 
 void VerifyReport::Finish(const VerifySummary& summary) {
@@ -49,11 +64,12 @@ void VerifyReport::Finish(const VerifySummary& summary) {
     for (const VerifiedType& type : summary.types) {
         types.push_back(ToJson(type));
     }
-    m_list.Finish(fmt::format(R"({{"read":{},"compared":{},"differing":{},"missing":{},)"
-                              R"("seconds":{:.3f},"types":{},"differences":[)",
-                              summary.read, summary.compared, summary.differing, summary.missing,
-                              summary.seconds, TextOf(types)),
-                  "]}\n");
+    m_lists.Finish(
+        fmt::format(R"({{"read":{},"compared":{},"differing":{},"missing":{},"extra":{},)"
+                    R"("seconds":{:.3f},"types":{},"differences":[)",
+                    summary.read, summary.compared, summary.differing, summary.missing,
+                    summary.extra, summary.seconds, TextOf(types)),
+        "]}\n", {"],\"faults\":["});
 }
 
 }  // namespace tool

@@ -2,21 +2,34 @@
 
 #include <fmt/format.h>
 
+#include <string>
+#include <vector>
+
 #include "tool/number_text.h"
 
 namespace tool {
 
 std::string VerifySummary::Verdict() const {
     if (Verified()) {
-        return "Verified: everything in the sources is in the database.";
+        return exact ? "Verified: everything in the sources is in the database, and nothing else."
+                     : "Verified: everything in the sources is in the database.";
     }
-    const std::uint64_t bad = differing + missing;
-    if (bad == 0) {
-        return fmt::format("NOT verified: {} found.", CountOf(differences, "difference"));
+    std::vector<std::string> findings;
+    if (const std::uint64_t bad = differing + missing; bad > 0) {
+        findings.push_back(fmt::format("{} of {} {}", Grouped(bad),
+                                       CountOf(compared + missing, "record"),
+                                       bad == 1 ? "differs" : "differ"));
+    } else if (differences > extra) {
+        findings.push_back(CountOf(differences - extra, "difference") + " found");
     }
-    const std::uint64_t all = compared + missing;
-    return fmt::format("NOT verified: {} of {} {}.", Grouped(bad), CountOf(all, "record"),
-                       bad == 1 ? "differs" : "differ");
+    if (extra > 0) {
+        findings.push_back(fmt::format("{} of the database {} in no source",
+                                       CountOf(extra, "record"), extra == 1 ? "is" : "are"));
+    }
+    if (faults > 0) {
+        findings.push_back(CountOf(faults, "fault") + " in the database itself");
+    }
+    return fmt::format("NOT verified: {}.", fmt::join(findings, "; "));
 }
 
 }  // namespace tool

@@ -15,6 +15,7 @@ struct VerifiedType {
     std::uint64_t equal = 0;        // those without a difference
     std::uint64_t different = 0;    // those with one or more
     std::uint64_t missing = 0;      // records of the sources that the database does not have
+    std::uint64_t extra = 0;        // records that no source speaks of, where these were looked for
     std::uint64_t fields = 0;       // values compared, those of states included
     std::uint64_t references = 0;   // references compared, those in lists included
     std::uint64_t history = 0;      // history entries of the sources compared
@@ -28,11 +29,16 @@ struct VerifySummary {
     std::uint64_t compared = 0;  // sums over the types
     std::uint64_t differing = 0;
     std::uint64_t missing = 0;
-    std::uint64_t differences = 0;  // that were told, also those that are no record's
-    double seconds = 0;             // time it took
+    std::uint64_t extra = 0;
+    std::uint64_t differences = 0;     // that were told, also those that are no record's
+    std::uint64_t faults = 0;          // of the database itself
+    std::uint64_t unusedContents = 0;  // contents that no attachment has, which is no fault
+    std::uint64_t unusedBytes = 0;     // in them
+    bool exact = false;                // what is in no source was looked for
+    double seconds = 0;                // time it took
     std::vector<VerifiedType> types;
 
-    bool Verified() const { return differences == 0; }
+    bool Verified() const { return differences == 0 && faults == 0; }
 
     // The outcome in one sentence.
     std::string Verdict() const;

@@ -17,10 +17,11 @@ VerifySummary VerifyTally::Summary() const {
     VerifySummary summary;
     summary.read = m_read;
     for (const VerifiedType& type : m_types) {
-        if (type.compared + type.missing > 0) {
+        if (type.compared + type.missing + type.extra > 0) {
             summary.compared += type.compared;
             summary.differing += type.different;
             summary.missing += type.missing;
+            summary.extra += type.extra;
             summary.types.push_back(type);
         }
     }

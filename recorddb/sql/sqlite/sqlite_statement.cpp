@@ -157,4 +157,19 @@ int SqliteStatement::ColumnCount() const {
     return sqlite3_column_count(m_statement);
 }
 
+Storage SqliteStatement::StorageOf(int column) const {
+    switch (sqlite3_column_type(m_statement, column)) {
+        case SQLITE_INTEGER:
+            return Storage::Integer;
+        case SQLITE_FLOAT:
+            return Storage::Real;
+        case SQLITE_TEXT:
+            return Storage::Text;
+        case SQLITE_BLOB:
+            return Storage::Blob;
+        default:
+            return Storage::Null;
+    }
+}
+
 }  // namespace recorddb::sql

@@ -4,13 +4,14 @@
 #include <vector>
 
 #include "recorddb/sql/statement.h"
+#include "recorddb/sql/storage.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
 
 namespace recorddb::sql {
 
-class SqliteStatement final : public Statement {
+class SqliteStatement final : public Statement, public StorageTeller {
   public:
     // Prepares sql, one statement, on a handle that outlives it. Throws Error.
     SqliteStatement(sqlite3* handle, std::string_view sql);
@@ -28,6 +29,7 @@ class SqliteStatement final : public Statement {
     std::string_view Text(int column) const override;
     std::span<const std::byte> Blob(int column) const override;
     int ColumnCount() const override;
+    Storage StorageOf(int column) const override;
 
   private:
     void ReadParameters(std::string_view sql);

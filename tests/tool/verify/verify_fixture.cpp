@@ -115,6 +115,17 @@ std::string VerifyFixture::Differences() const {
     return lines;
 }
 
+std::string VerifyFixture::Faults() const {
+    std::string lines;
+    const auto report = nlohmann::json::parse(Report());
+    for (const auto& fault : report.at("faults")) {
+        lines += (lines.empty() ? "" : "\n") + Text(fault, "type") + "|" + Text(fault, "id") + "|" +
+                 Text(fault, "field") + "|" + Text(fault, "database") + "|" +
+                 Text(fault, "problem");
+    }
+    return lines;
+}
+
 void VerifyFixture::Damage(const std::string& sql) {
     const auto connection = recorddb::sql::Open(m_database, recorddb::sql::OpenMode::ReadWrite);
     connection->ExecuteScript("PRAGMA foreign_keys = OFF");

@@ -36,6 +36,8 @@ class VerifyFixture : public LoadFixture {
     // "ID|FIELD|SOURCE|DATABASE|PROBLEM".
     std::string Shown() const { return m_shown; }
     std::string Differences() const;
+    // The faults of the database in the form "TYPE|ID|FIELD|DATABASE|PROBLEM".
+    std::string Faults() const;
     // The report as it was written.
     std::string Report() const;
 

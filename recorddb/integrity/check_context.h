@@ -1,0 +1,83 @@
+#ifndef RECORDDB_INTEGRITY_CHECK_CONTEXT_H
+#define RECORDDB_INTEGRITY_CHECK_CONTEXT_H
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "recorddb/integrity/fault.h"
+#include "recorddb/records/record_tables.h"
+#include "recorddb/records/reference_keys.h"
+#include "recorddb/schema/schema.h"
+#include "recorddb/sql/connection.h"
+
+namespace recorddb {
+
+// What the scans of a check share. Operations throw sql::Error.
+class CheckContext {
+  public:
+    // Asked at every row, with the number of records checked so far; false ends the check early.
+    using KeepOn = std::function<bool(std::uint64_t)>;
+
+    // Connection and schema outlive the object.
+    CheckContext(sql::Connection& connection, const schema::Schema& schema, TakeFault take,
+                 KeepOn keepOn)
+        : m_connection(connection),
+          m_schema(schema),
+          m_tables(connection, schema),
+          m_keys(connection, schema),
+          m_take(std::move(take)),
+          m_keepOn(std::move(keepOn)) {}
+
+    const schema::Schema& Schema() const { return m_schema; }
+
+    // A statement of the caller's own: scans nest with look-ups.
+    std::unique_ptr<sql::Statement> Query(std::string_view sql) {
+        return m_connection.PrepareOwn(sql);
+    }
+
+    // Advances to the next row; false behind the last one and when the check is to end.
+    bool NextRow(sql::Statement& rows) {
+        m_stopped = m_stopped || !m_keepOn(m_records);
+        return !m_stopped && rows.Step();
+    }
+
+    // True when the check is to end: what has not been read then is not missing.
+    bool Stopped() const { return m_stopped; }
+
+    void AddRecord() { ++m_records; }
+    std::uint64_t Records() const { return m_records; }
+
+    // The record type with that number; null when there is none.
+    const schema::RecordType* FindType(std::int64_t id) const;
+
+    bool Exists(const schema::RecordType& type, std::int64_t dbid);
+
+    // What people call a record: its key, "(dbid 7)" where it has none.
+    std::string NameOf(const schema::RecordType& type, std::int64_t dbid);
+
+    void Report(const Fault& fault) { m_take(fault); }
+    void ReportRecord(const schema::RecordType& type, std::int64_t dbid, std::string field,
+                      std::string value, std::string problem);
+
+    // Tells what is wrong with a column of the current row, when something is; true then.
+    bool ReportCell(const schema::RecordType& type, std::int64_t dbid, std::string_view field,
+                    const sql::Statement& row, int column, std::string problem);
+
+  private:
+    sql::Connection& m_connection;
+    const schema::Schema& m_schema;
+    RecordTables m_tables;
+    ReferenceKeys m_keys;
+    TakeFault m_take;
+    KeepOn m_keepOn;
+    std::uint64_t m_records = 0;
+    bool m_stopped = false;
+};
+
+}  // namespace recorddb
+
+#endif

@@ -1,0 +1,129 @@
+#include "recorddb/integrity/content_scan.h"
+
+#include <fmt/format.h>
+
+#include <optional>
+
+#include "recorddb/attachments/content_hash.h"
+#include "recorddb/integrity/cell_rules.h"
+
+namespace recorddb {
+
+namespace {
+
+constexpr int hashColumn = 0;
+constexpr int chunkColumn = 1;
+constexpr int dataColumn = 2;
+
+class ContentScan {
+  public:
+    explicit ContentScan(CheckContext& context)
+        : m_context(context),
+          m_owners(context.Query("SELECT record_type, record, field, filename, filesize "
+                                 "FROM zt_attachment WHERE sha256 = $1")) {}
+
+    ContentTotals Run() {
+        const auto rows =
+            m_context.Query("SELECT sha256, chunk, data FROM zt_content ORDER BY sha256, chunk");
+        bool more = m_context.NextRow(*rows);
+        while (more) {
+            if (std::string problem = HashProblem(*rows, hashColumn); !problem.empty()) {
+                Report(CellText(*rows, hashColumn), "sha256", std::move(problem));
+                more = m_context.NextRow(*rows);
+                continue;
+            }
+            Begin(*rows);
+            do {
+                Take(*rows);
+                more = m_context.NextRow(*rows);
+            } while (more && rows->Text(hashColumn) == m_sha256);
+            if (!m_context.Stopped()) {
+                End();
+            }
+        }
+        return m_totals;
+    }
+
+  private:
+    void Begin(const sql::Statement& row) {
+        m_sha256 = row.Text(hashColumn);
+        m_hash.emplace();
+        m_next = 0;
+        m_size = 0;
+        m_chunksSound = true;
+    }
+
+    void Take(const sql::Statement& row) {
+        std::string problem = IntegerProblem(row, chunkColumn, 0);
+        if (problem.empty() && row.Int(chunkColumn) != m_next) {
+            problem = fmt::format("the chunk {} is expected", m_next);
+        }
+        if (problem.empty()) {
+            problem = BlobProblem(row, dataColumn);
+        }
+        if (!problem.empty() && m_chunksSound) {
+            Report(m_sha256, "chunk " + CellText(row, chunkColumn), std::move(problem));
+            m_chunksSound = false;
+        }
+        ++m_next;
+        const auto data = row.Blob(dataColumn);
+        m_hash->Update(data);
+        m_size += static_cast<std::int64_t>(data.size());
+    }
+
+    void End() {
+        const std::string digest = m_hash->HexDigest();
+        if (m_chunksSound && digest != m_sha256) {
+            Report(m_sha256, "", "what is stored has the SHA-256 " + digest);
+        }
+        if (!CheckOwners()) {
+            ++m_totals.unused;
+            m_totals.unusedBytes += static_cast<std::uint64_t>(m_size);
+        }
+    }
+
+    // The size of damaged content is no measure for the attachments that have it.
+    bool CheckOwners() {
+        m_owners->BindAll(std::string_view(m_sha256));
+        bool owned = false;
+        const sql::ResetGuard guard(*m_owners);
+        while (m_owners->Step()) {
+            owned = true;
+            const schema::RecordType* const type = m_context.FindType(m_owners->Int(0));
+            if (type != nullptr && sql::StorageOf(*m_owners, 4) == sql::Storage::Integer &&
+                m_owners->Int(4) != m_size && m_chunksSound) {
+                m_context.ReportRecord(
+                    *type, m_owners->Int(1),
+                    fmt::format("{}, {}, size", CellText(*m_owners, 2), CellText(*m_owners, 3)),
+                    CellText(*m_owners, 4), fmt::format("its content has {} bytes", m_size));
+            }
+        }
+        return owned;
+    }
+
+    void Report(const std::string& sha256, std::string field, std::string problem) {
+        ++m_totals.faults;
+        m_context.Report({.type = "zt_content",
+                          .id = sha256,
+                          .field = std::move(field),
+                          .value = "",
+                          .problem = std::move(problem)});
+    }
+
+    CheckContext& m_context;
+    std::unique_ptr<sql::Statement> m_owners;
+    ContentTotals m_totals;
+    std::string m_sha256;  // of the content under way
+    std::optional<ContentHash> m_hash;
+    std::int64_t m_next = 0;  // chunk
+    std::int64_t m_size = 0;
+    bool m_chunksSound = true;
+};
+
+}  // namespace
+
+ContentTotals ScanContents(CheckContext& context) {
+    return ContentScan(context).Run();
+}
+
+}  // namespace recorddb

@@ -1,0 +1,15 @@
+#ifndef RECORDDB_INTEGRITY_HISTORY_SCAN_H
+#define RECORDDB_INTEGRITY_HISTORY_SCAN_H
+
+#include "recorddb/integrity/check_context.h"
+
+namespace recorddb {
+
+// Checks all history entries: that they belong to a record and stand in the history field of its
+// type, that they count from 1 in each record, that their times are times and their expiry is the
+// one that the entries' times make. Takes the memory of one record's times.
+void ScanHistory(CheckContext& context);
+
+}  // namespace recorddb
+
+#endif

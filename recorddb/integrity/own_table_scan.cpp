@@ -1,0 +1,173 @@
+#include "recorddb/integrity/own_table_scan.h"
+
+#include <fmt/format.h>
+
+#include <array>
+#include <limits>
+#include <vector>
+
+#include "recorddb/integrity/cell_rules.h"
+#include "recorddb/schema/stored_schema.h"
+
+namespace recorddb {
+
+namespace {
+
+struct OwnRow {
+    CheckContext& context;
+    const sql::Statement& row;
+    std::string_view table;
+    std::string id;
+
+    void Tell(std::string_view field, int column, std::string problem) const {
+        if (!problem.empty()) {
+            context.Report({.type = std::string(table),
+                            .id = id,
+                            .field = std::string(field),
+                            .value = CellText(row, column),
+                            .problem = std::move(problem)});
+        }
+    }
+
+    void TellUnless(std::string_view field, int column, std::int64_t right) const {
+        std::string problem = IntegerProblem(row, column, std::numeric_limits<std::int64_t>::min());
+        if (problem.empty() && row.Int(column) != right) {
+            problem = fmt::format("{} is expected", right);
+        }
+        Tell(field, column, std::move(problem));
+    }
+};
+
+// A database of another format is for the program of that format to judge.
+void ScanFormat(CheckContext& context) {
+    const auto rows = context.Query(
+        "SELECT format_version, oldest_readable, newest_readable, schema_text FROM zt_schema");
+    for (int number = 1; context.NextRow(*rows); ++number) {
+        const OwnRow row{context, *rows, "zt_schema", fmt::format("row {}", number)};
+        if (number > 1) {
+            row.Tell("", 0, "a second row, where there is one only");
+            continue;
+        }
+        row.Tell("schema_text", 3, FilledTextProblem(*rows, 3));
+        row.Tell("format_version", 0, IntegerProblem(*rows, 0, schema::oldestFormat));
+        const std::int64_t format = rows->Int(0);
+        if (format == schema::formatVersion) {
+            row.TellUnless("oldest_readable", 1, schema::oldestReadable);
+            row.TellUnless("newest_readable", 2, schema::newestReadable);
+        } else if (format < rows->Int(1) || format > rows->Int(2)) {
+            row.Tell("format_version", 0, "programs of this format are said not to know it");
+        }
+    }
+}
+
+void ScanTypes(CheckContext& context) {
+    const auto rows = context.Query("SELECT id, name, kind FROM zt_record_type ORDER BY id");
+    std::vector<bool> found(context.Schema().Types().size() + 1);
+    while (context.NextRow(*rows)) {
+        const OwnRow row{context, *rows, "zt_record_type", "id " + CellText(*rows, 0)};
+        std::string problem = IntegerProblem(*rows, 0, 1);
+        const schema::RecordType* const type =
+            problem.empty() ? context.FindType(rows->Int(0)) : nullptr;
+        if (type == nullptr) {
+            row.Tell("id", 0, problem.empty() ? "the schema has no such record type" : problem);
+            continue;
+        }
+        found[static_cast<std::size_t>(type->id)] = true;
+        problem = TextProblem(*rows, 1);
+        if (problem.empty() && rows->Text(1) != type->name) {
+            problem = fmt::format("the schema calls it {}", type->name);
+        }
+        row.Tell("name", 1, std::move(problem));
+        row.TellUnless("kind", 2, static_cast<std::int64_t>(type->kind));
+    }
+    for (const schema::RecordType& type : context.Schema().Types()) {
+        if (!context.Stopped() && !found[static_cast<std::size_t>(type.id)]) {
+            context.Report({.type = "zt_record_type",
+                            .id = fmt::format("id {}", type.id),
+                            .field = "",
+                            .value = "",
+                            .problem = fmt::format("the record type {} is missing", type.name)});
+        }
+    }
+}
+
+constexpr int nameColumn = 2;
+constexpr int nextColumn = 3;
+constexpr int completeColumn = 4;
+constexpr int rejectedColumn = 5;
+constexpr std::array<std::string_view, 7> counters = {
+    "rejected", "created", "updated", "history", "attachments", "duplicates", "skipped"};
+
+void CheckJournalRow(const OwnRow& row, sql::Statement& countRejects) {
+    const sql::Statement& cells = row.row;
+    row.Tell("source_sha256", 0, HashProblem(cells, 0));
+    row.Tell("configuration_sha256", 1, HashProblem(cells, 1));
+    row.Tell("source_name", nameColumn, FilledTextProblem(cells, nameColumn));
+    row.Tell("next_ordinal", nextColumn, IntegerProblem(cells, nextColumn, 0));
+    std::string problem = IntegerProblem(cells, completeColumn, 0);
+    if (problem.empty() && cells.Int(completeColumn) > 1) {
+        problem = "neither 0 nor 1";
+    }
+    row.Tell("complete", completeColumn, std::move(problem));
+    int column = rejectedColumn;
+    for (const std::string_view counter : counters) {
+        row.Tell(counter, column, IntegerProblem(cells, column, 0));
+        ++column;
+    }
+    countRejects.BindAll(cells.Text(0), cells.Text(1));
+    const std::int64_t named = sql::QueryInt(countRejects).value_or(0);
+    if (sql::StorageOf(cells, rejectedColumn) == sql::Storage::Integer &&
+        cells.Int(rejectedColumn) != named) {
+        row.Tell("rejected", rejectedColumn, fmt::format("zt_journal_reject names {}", named));
+    }
+}
+
+void ScanEntries(CheckContext& context) {
+    const auto rows = context.Query(
+        "SELECT source_sha256, configuration_sha256, source_name, next_ordinal, complete, "
+        "rejected, created, updated, history, attachments, duplicates, skipped "
+        "FROM zt_journal ORDER BY source_sha256, configuration_sha256");
+    const auto countRejects = context.Query(
+        "SELECT count(*) FROM zt_journal_reject "
+        "WHERE source_sha256 = $1 AND configuration_sha256 = $2");
+    while (context.NextRow(*rows)) {
+        CheckJournalRow({context, *rows, "zt_journal", CellText(*rows, nameColumn)}, *countRejects);
+    }
+}
+
+void ScanRejects(CheckContext& context) {
+    const auto rows = context.Query(
+        "SELECT source_sha256, configuration_sha256, ordinal FROM zt_journal_reject "
+        "ORDER BY source_sha256, configuration_sha256, ordinal");
+    const auto findNext = context.Query(
+        "SELECT next_ordinal FROM zt_journal "
+        "WHERE source_sha256 = $1 AND configuration_sha256 = $2");
+    while (context.NextRow(*rows)) {
+        const OwnRow row{context, *rows, "zt_journal_reject", CellText(*rows, 0)};
+        std::string problem = IntegerProblem(*rows, 2, 0);
+        if (problem.empty()) {
+            findNext->BindAll(rows->Text(0), rows->Text(1));
+            const auto next = sql::QueryInt(*findNext);
+            if (!next) {
+                problem = "the journal knows no such source";
+            } else if (rows->Int(2) >= *next) {
+                problem = fmt::format("the journal says that {} records were handled", *next);
+            }
+        }
+        row.Tell("ordinal", 2, std::move(problem));
+    }
+}
+
+}  // namespace
+
+void ScanSchemaTables(CheckContext& context) {
+    ScanFormat(context);
+    ScanTypes(context);
+}
+
+void ScanJournal(CheckContext& context) {
+    ScanEntries(context);
+    ScanRejects(context);
+}
+
+}  // namespace recorddb

@@ -1,0 +1,489 @@
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <optional>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "recorddb/database.h"
+#include "recorddb/schema/schema_file.h"
+#include "recorddb/sql/error.h"
+#include "recorddb/sql/open.h"
+#include "temporary_folder.h"
+#include "tool/commands/load_command.h"
+#include "tool/commands/verify_command.h"
+
+// Every column of every table of the loaded example tracker is changed, one cell at a time and in
+// several ways, and rows are deleted and doubled: verify must find it, or the change stands on the
+// list of those that nothing can contradict. Which rows are taken is random; ZT_SEED repeats a run
+// and ZT_EVERY_CELL=1 takes all of them.
+
+namespace tool {
+
+namespace {
+
+namespace fs = std::filesystem;
+using Row = std::vector<std::string>;  // SQL literals
+using recorddb::sql::OpenMode;
+
+const fs::path kExample = ZT_EXAMPLES "/tracker";
+
+// The example tracker, loaded once for all tests of the program.
+class LoadedExample {
+  public:
+    static const LoadedExample& Get() {
+        static const LoadedExample example;
+        return example;
+    }
+
+    // Verifies a copy of the database after SQL was done to it; says how that was found, nothing
+    // when it was not. Throws sql::Error when the engine refuses SQL.
+    std::optional<std::string> Verify(const std::string& sql, bool exact) const {
+        const std::string copy = m_folder.File("copy.db");
+        for (const char* const suffix : {"", "-wal", "-shm"}) {
+            fs::remove(copy + suffix);
+        }
+        fs::copy_file(m_database, copy);
+        {
+            const auto connection = recorddb::sql::Open(copy, OpenMode::ReadWrite);
+            connection->ExecuteScript("PRAGMA foreign_keys = OFF");
+            connection->ExecuteScript(sql);
+        }
+        VerifyOptions options;
+        options.database = copy;
+        options.sources = {(kExample / "packets").string()};
+        options.attachments = kExample / "attachments";
+        options.exact = exact;
+        options.quiet = true;
+        std::ostringstream out;
+        std::ostringstream err;
+        try {
+            const bool differs = RunVerify(options, out, err) != 0;
+            return differs ? std::optional(err.str()) : std::nullopt;
+        } catch (const std::exception& refusal) {
+            return refusal.what();
+        }
+    }
+
+    // True when QUERY finds a row in the copy that was verified last.
+    bool Answers(const std::string& query) const {
+        const auto connection = recorddb::sql::Open(m_folder.File("copy.db"), OpenMode::ReadOnly);
+        connection->ExecuteScript(fmt::format("ATTACH '{}' AS original", m_database));
+        return connection->PrepareOwn(query)->Step();
+    }
+
+    const std::string& Database() const { return m_database; }
+
+  private:
+    LoadedExample() : m_database(m_folder.File("example.db")) {
+        recorddb::Database::Create(
+            m_database, recorddb::schema::ReadSchemaFile((kExample / "schema.yaml").string()));
+        LoadOptions options;
+        options.database = m_database;
+        options.sources = {(kExample / "packets").string()};
+        options.attachments = kExample / "attachments";
+        options.quiet = true;
+        std::ostringstream out;
+        std::ostringstream err;
+        EXPECT_EQ(RunLoad(options, out, err), 0) << err.str();
+        // As after a record that was rejected, and loaded from another file since.
+        const auto connection = recorddb::sql::Open(m_database, OpenMode::ReadWrite);
+        connection->ExecuteScript(
+            "INSERT INTO zt_journal_reject SELECT source_sha256, configuration_sha256, 1 "
+            "FROM zt_journal WHERE source_name LIKE '%bugs.xml';"
+            "UPDATE zt_journal SET rejected = 1 WHERE source_name LIKE '%bugs.xml'");
+    }
+
+    TemporaryFolder m_folder;
+    std::string m_database;
+};
+
+struct Table {
+    std::string name;
+    std::vector<std::string> columns;
+    std::vector<std::string> key;  // columns that tell a row; all of them where there is no key
+    std::vector<Row> rows;
+
+    std::size_t Index(const std::string& column) const {
+        return static_cast<std::size_t>(std::find(columns.begin(), columns.end(), column) -
+                                        columns.begin());
+    }
+
+    // The condition that only this row meets.
+    std::string Where(const Row& row) const {
+        std::string condition;
+        for (const std::string& column : key) {
+            condition += fmt::format("{}\"{}\" IS {}", condition.empty() ? "" : " AND ", column,
+                                     row[Index(column)]);
+        }
+        return condition;
+    }
+};
+
+std::vector<Row> Select(recorddb::sql::Connection& connection, const std::string& sql) {
+    const auto statement = connection.PrepareOwn(sql);
+    std::vector<Row> rows;
+    while (statement->Step()) {
+        Row& row = rows.emplace_back();
+        for (int column = 0; column < statement->ColumnCount(); ++column) {
+            row.emplace_back(statement->Text(column));
+        }
+    }
+    return rows;
+}
+
+std::vector<Table> ReadTables() {
+    const auto connection =
+        recorddb::sql::Open(LoadedExample::Get().Database(), OpenMode::ReadOnly);
+    std::vector<Table> tables;
+    for (const Row& name : Select(*connection,
+                                  "SELECT name FROM sqlite_master WHERE type = 'table' "
+                                  "AND name NOT LIKE 'sqlite_%' ORDER BY name")) {
+        Table& table = tables.emplace_back();
+        table.name = name.front();
+        std::string quoted;
+        for (const Row& column :
+             Select(*connection,
+                    fmt::format("SELECT name, pk FROM pragma_table_info('{}')", table.name))) {
+            table.columns.push_back(column[0]);
+            if (column[1] != "0") {
+                table.key.push_back(column[0]);
+            }
+            quoted += fmt::format("{}quote(\"{}\")", quoted.empty() ? "" : ", ", column[0]);
+        }
+        if (table.key.empty()) {
+            table.key = table.columns;
+        }
+        table.rows = Select(*connection, fmt::format("SELECT {} FROM \"{}\"", quoted, table.name));
+    }
+    return tables;
+}
+
+// One change of the database.
+struct Change {
+    std::string table;
+    std::string column;  // empty: of a row as a whole
+    std::string way;
+    std::string before;  // what stood in the column
+    std::string sql;
+
+    std::string Text() const { return fmt::format("{}.{} {}: {}", table, column, way, sql); }
+};
+
+bool IsNumber(const std::string& literal) {
+    return literal.front() == '-' || std::isdigit(static_cast<unsigned char>(literal.front())) != 0;
+}
+
+bool IsText(const std::string& literal) {
+    return literal.front() == '\'';
+}
+
+bool IsBlob(const std::string& literal) {
+    return literal.starts_with("X'");
+}
+
+// The next number; a text whose last character is the next one; one byte more.
+std::string OneMore(const std::string& literal) {
+    if (IsNumber(literal)) {
+        return literal + " + 1";
+    }
+    if (IsText(literal)) {
+        return fmt::format("substr({0}, 1, length({0}) - 1) || char(unicode(substr({0}, -1)) + 1)",
+                           literal);
+    }
+    return IsBlob(literal) ? literal.substr(0, literal.size() - 1) + "00'" : "1";
+}
+
+std::string OfAnotherType(const std::string& literal) {
+    if (IsNumber(literal)) {
+        return fmt::format("'{}x'", literal);
+    }
+    return IsText(literal) ? fmt::format("CAST({} AS BLOB)", literal)
+                           : fmt::format("CAST({} AS TEXT)", IsBlob(literal) ? literal : "'7'");
+}
+
+std::string Another(const std::string& literal) {
+    if (IsNumber(literal)) {
+        return literal + " + 1000";
+    }
+    return IsText(literal) ? literal + " || 'x'" : "'x'";
+}
+
+std::string UpdateOf(const Table& table, const Row& row, const std::string& column,
+                     const std::string& value) {
+    return fmt::format("UPDATE \"{}\" SET \"{}\" = {} WHERE {};", table.name, column, value,
+                       table.Where(row));
+}
+
+// Exchanges two values, by way of one that stands nowhere else.
+std::string SwapOf(const Table& table, Row row, const Row& other, const std::string& column) {
+    const std::size_t index = table.Index(column);
+    const std::string between = IsNumber(row[index]) ? "-999983" : "'a value between'";
+    const std::string first = UpdateOf(table, row, column, between);
+    const std::string value = row[index];
+    row[index] = between;
+    return first + UpdateOf(table, other, column, value) +
+           UpdateOf(table, row, column, other[index]);
+}
+
+// All ways of changing one cell.
+std::vector<Change> ChangesOf(const Table& table, const Row& row, const std::string& column,
+                              std::mt19937_64& random) {
+    const std::size_t index = table.Index(column);
+    const std::string& before = row[index];
+    std::vector<Change> changes;
+    const auto set = [&](const char* way, const std::string& value) {
+        if (value != before) {
+            changes.push_back(
+                {table.name, column, way, before, UpdateOf(table, row, column, value)});
+        }
+    };
+    set("becomes NULL", "NULL");
+    set("becomes empty", "''");
+    set("gets another type", OfAnotherType(before));
+    set("gets another value", Another(before));
+    set("becomes one more", OneMore(before));
+    if (IsNumber(before)) {
+        set("becomes one less", before + " - 1");
+    }
+    std::vector<const Row*> others;
+    for (const Row& other : table.rows) {
+        if (other[index] != before) {
+            others.push_back(&other);
+        }
+    }
+    if (!others.empty()) {
+        const Row& other = *others[random() % others.size()];
+        set("gets the value of another row", other[index]);
+        changes.push_back({table.name, column, "is swapped with another row", before,
+                           SwapOf(table, row, other, column)});
+    }
+    return changes;
+}
+
+// Changes that nothing can contradict. What is said here of a table and column holds where the
+// query on the changed database finds a row; the unchanged one is its schema `original`.
+struct Silent {
+    const char* table;
+    const char* column;
+    const char* query;
+    const char* reason;
+};
+
+#define ZT_SAME_MEMBERS                                                                 \
+    "SELECT 1 WHERE NOT EXISTS (SELECT record, target FROM bug__keywords EXCEPT "       \
+    "SELECT record, target FROM original.bug__keywords) AND NOT EXISTS (SELECT 1 FROM " \
+    "bug__keywords GROUP BY record HAVING min(position) <> 0 OR max(position) <> count(*) - 1)"
+#define ZT_VERSIONS(table)                            \
+    "SELECT 1 WHERE NOT EXISTS (SELECT 1 FROM " table \
+    " WHERE typeof(zt_version) <> 'integer' "         \
+    "OR zt_version < 1)"
+#define ZT_COUNTS(column)                                                      \
+    "SELECT 1 WHERE NOT EXISTS (SELECT 1 FROM zt_journal WHERE typeof(" column \
+    ") <> 'integer' "                                                          \
+    "OR " column " < 0)"
+#define ZT_HASHES(column)                                                      \
+    "SELECT 1 WHERE NOT EXISTS (SELECT 1 FROM zt_journal WHERE typeof(" column \
+    ") <> 'text' "                                                             \
+    "OR length(" column ") <> 64 OR " column " GLOB '*[^0-9a-f]*')"
+
+constexpr const char* kVersion = "how often a record was written is said nowhere else";
+constexpr const char* kUnreferenced =
+    "a record that nothing refers to is the same under another dbid, where that is not a part of "
+    "what people call it";
+constexpr const char* kMembers = "a list that was not replaced as a whole is a set";
+constexpr const char* kJournal =
+    "the journal tells what loads did, and loads of other sources may have done anything; whether "
+    "the records are there is looked for in the records";
+
+constexpr Silent kSilent[] = {
+    {"user", "zt_version", ZT_VERSIONS("user"), kVersion},
+    {"component", "zt_version", ZT_VERSIONS("component"), kVersion},
+    {"keyword", "zt_version", ZT_VERSIONS("keyword"), kVersion},
+    {"bug", "zt_version", ZT_VERSIONS("bug"), kVersion},
+    {"user", "dbid",
+     "SELECT 1 WHERE NOT EXISTS (SELECT 1 FROM bug WHERE {0} IN (reporter, owner)) "
+     "AND NOT EXISTS (SELECT 1 FROM component WHERE lead = {0})",
+     kUnreferenced},
+    {"component", "dbid", "SELECT 1 WHERE NOT EXISTS (SELECT 1 FROM bug WHERE component = {0})",
+     kUnreferenced},
+    {"keyword", "dbid",
+     "SELECT 1 WHERE NOT EXISTS (SELECT 1 FROM bug__keywords WHERE target = {0})", kUnreferenced},
+    {"bug__keywords", "record", ZT_SAME_MEMBERS, kMembers},
+    {"bug__keywords", "position", ZT_SAME_MEMBERS, kMembers},
+    {"bug__keywords", "target", ZT_SAME_MEMBERS, kMembers},
+    {"zt_duplicate", "action_time",
+     "SELECT 1 WHERE NOT EXISTS (SELECT 1 FROM zt_duplicate WHERE typeof(action_time) <> 'text' "
+     "OR datetime(action_time) IS NOT action_time)",
+     "it is the moment of the load, which no source knows"},
+    {"zt_history", "entry",
+     "SELECT 1 WHERE NOT EXISTS (SELECT 1 FROM zt_history GROUP BY record_type, record "
+     "HAVING min(entry) <> 1 OR max(entry) <> count(*))",
+     "the order in which entries of different times arrived changes nothing"},
+    {"zt_attachment", "dbid",
+     "SELECT 1 WHERE (SELECT group_concat(record || filename) FROM (SELECT * FROM zt_attachment "
+     "ORDER BY record, field, dbid)) = (SELECT group_concat(record || filename) FROM (SELECT * "
+     "FROM original.zt_attachment ORDER BY record, field, dbid))",
+     "only the order of one record's attachments says something"},
+    {"zt_journal", "source_sha256", ZT_HASHES("source_sha256"), kJournal},
+    {"zt_journal", "configuration_sha256", ZT_HASHES("configuration_sha256"), kJournal},
+    {"zt_journal", "source_name",
+     "SELECT 1 WHERE NOT EXISTS (SELECT 1 FROM zt_journal WHERE typeof(source_name) <> 'text' OR "
+     "source_name = '')",
+     "the name that a source had is for people"},
+    {"zt_journal", "next_ordinal", ZT_COUNTS("next_ordinal"), kJournal},
+    {"zt_journal", "complete",
+     "SELECT 1 WHERE NOT EXISTS (SELECT 1 FROM zt_journal WHERE complete NOT IN (0, 1))", kJournal},
+    {"zt_journal", "created", ZT_COUNTS("created"), kJournal},
+    {"zt_journal", "updated", ZT_COUNTS("updated"), kJournal},
+    {"zt_journal", "history", ZT_COUNTS("history"), kJournal},
+    {"zt_journal", "attachments", ZT_COUNTS("attachments"), kJournal},
+    {"zt_journal", "duplicates", ZT_COUNTS("duplicates"), kJournal},
+    {"zt_journal", "skipped", ZT_COUNTS("skipped"), kJournal},
+    {"zt_journal_reject", "ordinal",
+     "SELECT 1 WHERE NOT EXISTS (SELECT 1 FROM zt_journal_reject JOIN zt_journal USING "
+     "(source_sha256, configuration_sha256) WHERE typeof(ordinal) <> 'integer' OR ordinal < 0 OR "
+     "ordinal >= next_ordinal)",
+     kJournal},
+    {"zt_journal", "", "SELECT 1", kJournal},
+};
+
+const Silent* FindSilent(const Change& change) {
+    const auto* const found =
+        std::find_if(std::begin(kSilent), std::end(kSilent), [&change](const Silent& silent) {
+            return change.table == silent.table && change.column == silent.column;
+        });
+    return found == std::end(kSilent) ? nullptr : found;
+}
+
+class VerifyCellsTest : public testing::Test {
+  protected:
+    VerifyCellsTest() {
+        const char* const given = std::getenv("ZT_SEED");
+        m_seed = given != nullptr ? std::stoull(given) : std::random_device()();
+        m_random.seed(m_seed);
+        std::cout << "ZT_SEED=" << m_seed << '\n';
+        m_every = std::getenv("ZT_EVERY_CELL") != nullptr;
+    }
+
+    // Verify finds the change, or may not find it.
+    void Check(const Change& change, bool exact = false) {
+        std::optional<std::string> found;
+        try {
+            found = LoadedExample::Get().Verify(change.sql, exact);
+        } catch (const recorddb::sql::Error&) {
+            ++m_refused;
+            return;
+        }
+        ++m_made;
+        const Silent* const silent = found ? nullptr : FindSilent(change);
+        const bool mayBe = silent != nullptr && LoadedExample::Get().Answers(fmt::format(
+                                                    fmt::runtime(silent->query), change.before));
+        EXPECT_TRUE(found || mayBe) << "not found: " << change.Text();
+    }
+
+    // The rows to take: one of them, or all.
+    std::vector<const Row*> RowsOf(const Table& table) {
+        std::vector<const Row*> rows;
+        for (const Row& row : table.rows) {
+            rows.push_back(&row);
+        }
+        if (!m_every && !rows.empty()) {
+            rows = {rows[m_random() % rows.size()]};
+        }
+        return rows;
+    }
+
+    std::uint64_t m_seed = 0;
+    std::mt19937_64 m_random;
+    bool m_every = false;
+    int m_made = 0;
+    int m_refused = 0;  // by the engine, which keeps keys and what may not be NULL
+};
+
+TEST_F(VerifyCellsTest, NothingIsFoundWhereNothingWasChanged) {
+    EXPECT_EQ(LoadedExample::Get().Verify("SELECT 1", false), std::nullopt);
+    EXPECT_EQ(LoadedExample::Get().Verify("SELECT 1", true), std::nullopt);
+}
+
+TEST_F(VerifyCellsTest, EveryTableHasRowsToBeChanged) {
+    for (const Table& table : ReadTables()) {
+        EXPECT_FALSE(table.rows.empty()) << table.name;
+    }
+}
+
+TEST_F(VerifyCellsTest, FindsACellThatWasChanged) {
+    for (const Table& table : ReadTables()) {
+        for (const std::string& column : table.columns) {
+            for (const Row* const row : RowsOf(table)) {
+                for (const Change& change : ChangesOf(table, *row, column, m_random)) {
+                    Check(change);
+                }
+            }
+        }
+    }
+    std::cout << m_made << " changes, " << m_refused << " more that the engine refused\n";
+    EXPECT_GT(m_made, 300);
+}
+
+TEST_F(VerifyCellsTest, FindsARowThatWasDeleted) {
+    for (const Table& table : ReadTables()) {
+        for (const Row* const row : RowsOf(table)) {
+            Check({table.name, "", "is deleted", "",
+                   fmt::format("DELETE FROM \"{}\" WHERE {}", table.name, table.Where(*row))});
+        }
+    }
+    EXPECT_EQ(m_refused, 0);
+}
+
+TEST_F(VerifyCellsTest, FindsARowThatWasAddedWhereNothingElseMayBe) {
+    constexpr std::pair<const char*, const char*> kAdded[] = {
+        {"user", "SELECT dbid + 1000, 1, login || 'x', name, NULL"},
+        {"component", "SELECT dbid + 1000, 1, name || 'x', lead"},
+        {"keyword", "SELECT dbid + 1000, 1, name || 'x', meaning"},
+        {"bug",
+         "SELECT dbid + 1000, 1, printf('BUG%08d', dbid + 1000), state, source_id || 'x', title, "
+         "description, severity, opened, votes, reporter, owner, component"},
+        {"bug__keywords",
+         "SELECT record, (SELECT count(*) FROM bug__keywords AS other WHERE other.record = "
+         "bug__keywords.record), (SELECT max(dbid) FROM keyword)"},
+        {"zt_history",
+         "SELECT record_type, record, (SELECT count(*) + 1 FROM zt_history AS other WHERE "
+         "other.record = zt_history.record), field, action_time, expiry_time, user_name, "
+         "action_name, old_state, new_state, comments"},
+        {"zt_attachment",
+         "SELECT dbid + 1000, record_type, record, field, filename || 'x', filesize, description, "
+         "sha256"},
+        {"zt_content", "SELECT sha256, chunk + 1, x'00'"},
+        {"zt_duplicate", "SELECT record_type, original, duplicate, action_time"},
+        {"zt_journal",
+         "SELECT configuration_sha256, source_sha256, source_name, 0, 0, 0, 0, 0, 0, 0, 0, 0"},
+        {"zt_journal_reject", "SELECT source_sha256, configuration_sha256, ordinal + 1"},
+        {"zt_record_type", "SELECT id + 1000, name || 'x', kind"},
+        {"zt_schema", "SELECT *"},
+    };
+    for (const Table& table : ReadTables()) {
+        const auto* const added =
+            std::find_if(std::begin(kAdded), std::end(kAdded),
+                         [&table](const auto& other) { return table.name == other.first; });
+        ASSERT_NE(added, std::end(kAdded)) << table.name;
+        for (const Row* const row : RowsOf(table)) {
+            Check({table.name, "", "is added", "",
+                   fmt::format("INSERT INTO \"{0}\" {1} FROM \"{0}\" WHERE {2}", table.name,
+                               added->second, table.Where(*row))},
+                  true);
+        }
+    }
+    EXPECT_EQ(m_refused, 0);
+}
+
+}  // namespace
+
+}  // namespace tool

@@ -1,0 +1,42 @@
+#ifndef TOOL_VERIFY_EXTRA_RECORDS_H
+#define TOOL_VERIFY_EXTRA_RECORDS_H
+
+#include <cstdint>
+
+#include "recorddb/database.h"
+#include "recorddb/reader/record_reader.h"
+#include "tool/verify/verify_output.h"
+#include "tool/verify/verify_tally.h"
+
+namespace tool {
+
+// Finds the records of the database that no source speaks of, on a walk through all records beside
+// those that the sources speak of. Operations throw sql::Error.
+class ExtraRecords {
+  public:
+    // All of them outlive the object.
+    ExtraRecords(const recorddb::schema::Schema& schema, recorddb::RecordReader& reader,
+                 VerifyTally& tally, VerifyOutput& output)
+        : m_schema(schema), m_reader(reader), m_tally(tally), m_output(output) {}
+
+    // The sources speak of this record. To be called by rising type and dbid; tells the records
+    // before it that were passed over.
+    void Pass(std::int64_t type, std::int64_t dbid);
+
+    // They speak of no further one.
+    void PassRest();
+
+  private:
+    void TellUpTo(std::int64_t dbid);
+
+    const recorddb::schema::Schema& m_schema;
+    recorddb::RecordReader& m_reader;
+    VerifyTally& m_tally;
+    VerifyOutput& m_output;
+    std::int64_t m_type = 1;   // under way
+    std::int64_t m_after = 0;  // all of it up to this dbid have been seen
+};
+
+}  // namespace tool
+
+#endif

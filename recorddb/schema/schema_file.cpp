@@ -1,10 +1,12 @@
 #include "recorddb/schema/schema_file.h"
 
 #include <fmt/format.h>
+#include <yaml-cpp/eventhandler.h>
 
 #include <array>
 #include <cerrno>
 #include <fstream>
+#include <sstream>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -20,16 +22,72 @@ namespace {
 
 constexpr std::array<std::string_view, 1> schemaKeys = {"record_types"};
 
+// Notes where the last document that was read begins, and whether it holds anything.
+class DocumentWatcher : public YAML::EventHandler {
+  public:
+    const YAML::Mark& Begin() const { return m_begin; }
+    bool HoldsSomething() const { return m_holdsSomething; }
+
+    void OnDocumentStart(const YAML::Mark& mark) override {
+        m_begin = mark;
+        m_holdsSomething = false;
+    }
+    void OnDocumentEnd() override {}
+    void OnNull(const YAML::Mark&, YAML::anchor_t) override {}
+    void OnAlias(const YAML::Mark& mark, YAML::anchor_t) override { Note(mark); }
+    void OnScalar(const YAML::Mark& mark, const std::string&, YAML::anchor_t,
+                  const std::string&) override {
+        Note(mark);
+    }
+    void OnSequenceStart(const YAML::Mark& mark, const std::string&, YAML::anchor_t,
+                         YAML::EmitterStyle::value) override {
+        Note(mark);
+    }
+    void OnSequenceEnd() override {}
+    void OnMapStart(const YAML::Mark& mark, const std::string&, YAML::anchor_t,
+                    YAML::EmitterStyle::value) override {
+        Note(mark);
+    }
+    void OnMapEnd() override {}
+
+  private:
+    // A document begins with its "---"; what it holds is a better place to name.
+    void Note(const YAML::Mark& mark) {
+        if (!m_holdsSomething) {
+            m_begin = mark;
+        }
+        m_holdsSomething = true;
+    }
+
+    YAML::Mark m_begin;
+    bool m_holdsSomething = false;
+};
+
+// An empty document behind the first one (a last "---") does no harm. Reading is not gone on with
+// until the text ends: at a mark that is out of place, such as a bracket that closes nothing, the
+// library finds one document after the other without end.
+void RefuseFurtherDocuments(const YamlSource& source, const std::string& text) {
+    std::istringstream stream(text);
+    YAML::Parser parser(stream);
+    DocumentWatcher watcher;
+    parser.HandleNextDocument(watcher);
+    if (!parser.HandleNextDocument(watcher)) {
+        return;
+    }
+    const YAML::Mark second = watcher.Begin();
+    if (watcher.HoldsSomething() || parser.HandleNextDocument(watcher)) {
+        source.Fail(second, "a schema is one YAML document, not several");
+    }
+}
+
 YAML::Node LoadDocument(const YamlSource& source, const std::string& text) {
     try {
-        const std::vector<YAML::Node> documents = YAML::LoadAll(text);
-        if (documents.empty() || documents.front().IsNull()) {
+        RefuseFurtherDocuments(source, text);
+        YAML::Node document = YAML::Load(text);
+        if (document.IsNull()) {
             source.Fail(YAML::Mark::null_mark(), "the schema is empty; it needs 'record_types'");
         }
-        if (documents.size() > 1) {
-            source.Fail(documents[1], "a schema is one YAML document, not several");
-        }
-        return documents.front();
+        return document;
     } catch (const YAML::Exception& error) {
         source.Fail(error.mark, "not valid YAML: " + error.msg);
     }

@@ -65,6 +65,8 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{"CommentOnly", "# nothing\n", 0, 0, "the schema is empty"},
         Mistake{"NotAMap", "- record_types\n", 1, 1, "must be a map"},
         Mistake{"BrokenYaml", "record_types:\n  a: {key: [n\n", 3, 1, "not valid YAML"},
+        // The library finds document after document in such a text, without end.
+        Mistake{"CommaThatSeparatesNothing", ", a: b\n", 1, 1, "one YAML document"},
         Mistake{"TwoDocuments", "record_types: {}\n---\nmore: {}\n", 3, 1, "one YAML document"},
         Mistake{"UnknownKey", "record_type:\n  a: {}\n", 1, 1,
                 "unknown key 'record_type' in the schema; known keys are record_types"},

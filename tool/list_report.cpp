@@ -1,6 +1,5 @@
 #include "tool/list_report.h"
 
-#include <system_error>
 #include <vector>
 
 namespace tool {
@@ -13,15 +12,12 @@ constexpr std::size_t pieceSize = std::size_t{256} * 1024;
 
 }  // namespace
 
-ListReport::Spool::Spool(const fs::path& path)
-    : in(CreateBeside(path, "items")), out(in.Path(), in.Path().string()) {
-    std::error_code ignored;
-    fs::remove(in.Path(), ignored);
-}
+ListReport::Spool::Spool(const fs::path& folder)
+    : in(OutputFile::CreateUnnamed(folder)), out(in.Descriptor(), folder.string()) {}
 
 ListReport::ListReport(const fs::path& path, std::size_t lists) : m_report(path) {
     for (std::size_t list = 0; list < lists; ++list) {
-        m_lists.emplace_back(path);
+        m_lists.emplace_back(m_report.WorkFolder());
     }
 }
 

@@ -22,7 +22,7 @@ namespace tool {
 class ListReport {
   public:
     // Makes files beside PATH, so that a place that cannot be written shows before the work.
-    // Without Finish nothing is left of it.
+    // Without Finish nothing is left of it. See ReplacingFile for links and for what is no file.
     explicit ListReport(const std::filesystem::path& path, std::size_t lists = 1);
 
     // Adds an item to a list, which are counted from 0, as it is to stand in the file, behind a
@@ -35,9 +35,9 @@ class ListReport {
                 std::initializer_list<std::string_view> between = {});
 
   private:
-    // What is written to it can be read back; the directory does not show it.
+    // What is written to it can be read back; no folder shows it.
     struct Spool {
-        explicit Spool(const std::filesystem::path& path);
+        explicit Spool(const std::filesystem::path& folder);
         OutputFile in;
         FileBytes out;
         bool empty = true;
@@ -45,8 +45,8 @@ class ListReport {
 
     void Append(Spool& list);
 
-    std::deque<Spool> m_lists;
     ReplacingFile m_report;
+    std::deque<Spool> m_lists;
 };
 
 }  // namespace tool

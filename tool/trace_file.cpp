@@ -1,17 +1,19 @@
 #include "tool/trace_file.h"
 
+#include <system_error>
+
 #include "tool/usage_error.h"
 
 namespace tool {
 
-TraceFile::TraceFile(const std::filesystem::path& path)
-    : m_file(path, std::ios::binary | std::ios::trunc), m_former(nullptr) {
-    if (!m_file) {
-        throw UsageError("the trace file " + path.string() +
-                         " cannot be written; name another file or folder");
-    }
+TraceFile::TraceFile(const std::filesystem::path& path) try : m_file(path), m_former(nullptr) {
+    m_file.Place();
     m_former = AdDiagnostic::SetSink(this);
     AdDiagnostic::SetFlag(AdDiagnostic::kImportFlag, true);
+} catch (const std::system_error& error) {
+    throw UsageError("the trace file " + path.string() +
+                     " cannot be written; name another file or folder (" + error.code().message() +
+                     ")");
 }
 
 TraceFile::~TraceFile() {
@@ -20,8 +22,8 @@ TraceFile::~TraceFile() {
 }
 
 void TraceFile::Write(const Obx_String& tag, const Obx_String& text) {
-    // Flushed line by line, so that the file tells how far a run came that was killed.
-    m_file << tag.ToUtf8() << ": " << text.ToUtf8() << std::endl;
+    // Written line by line, so that the file tells how far a run came that was killed.
+    m_file.Append(tag.ToUtf8() + ": " + text.ToUtf8() + '\n');
 }
 
 }  // namespace tool

@@ -2,9 +2,9 @@
 #define TOOL_TRACE_FILE_H
 
 #include <filesystem>
-#include <fstream>
 
 #include "platform/messages/addiagnostic.h"
+#include "tool/replacing_file.h"
 
 namespace tool {
 
@@ -12,7 +12,8 @@ namespace tool {
 // importer's diagnostic flag on and takes the process's diagnostic sink.
 class TraceFile : public AdDiagnosticSink {
   public:
-    // Replaces the file at PATH. Throws UsageError when it cannot be written.
+    // Replaces the file at PATH at once. See ReplacingFile for links and for what is no file.
+    // Throws UsageError when it cannot be written.
     explicit TraceFile(const std::filesystem::path& path);
     ~TraceFile() override;
     TraceFile(const TraceFile&) = delete;
@@ -22,7 +23,7 @@ class TraceFile : public AdDiagnosticSink {
     void Write(const Obx_String& tag, const Obx_String& text) override;
 
   private:
-    std::ofstream m_file;
+    ReplacingFile m_file;
     AdDiagnosticSink* m_former;
 };
 

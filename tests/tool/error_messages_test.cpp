@@ -7,8 +7,7 @@
 #include <functional>
 #include <stdexcept>
 
-#include "child_process.h"
-#include "load_fixture.h"
+#include "process_fixture.h"
 
 namespace tool {
 namespace {
@@ -20,22 +19,8 @@ using testing::StartsWith;
 constexpr const char* kSchemaFile =
     "record_types:\n  user:\n    key: [login]\n    fields:\n      login: {type: text}\n";
 
-// The tool as a person meets it: exit code and what it says.
-class ErrorMessages : public LoadFixture {
+class ErrorMessages : public ProcessFixture {
   protected:
-    struct Answer {
-        int code;
-        std::string text;
-    };
-
-    Answer Run(std::vector<std::string> arguments,
-               const std::function<void()>& prepare = {}) const {
-        arguments.insert(arguments.begin(), ZTIMPORT);
-        ChildProcess tool(arguments, prepare);
-        const int code = tool.Wait();
-        return {code, tool.Output()};
-    }
-
     // A load of one file under a sound configuration.
     Answer LoadFile(const std::string& file) {
         return Run({"load", m_database,

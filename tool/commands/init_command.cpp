@@ -2,14 +2,45 @@
 
 #include <fmt/format.h>
 
+#include <filesystem>
+#include <system_error>
+
 #include "recorddb/database.h"
 #include "recorddb/schema/schema_file.h"
 #include "tool/number_text.h"
+#include "tool/usage_error.h"
 
 namespace tool {
 
+namespace {
+
+bool Exists(const std::string& file) {
+    std::error_code ignored;
+    return std::filesystem::exists(std::filesystem::symlink_status(file, ignored));
+}
+
+// The engine would take a log beside the new database for this one's own, or empty it. Beside a
+// database that is there already, it is in its place.
+void CheckSideFiles(const std::string& database) {
+    if (Exists(database)) {
+        return;
+    }
+    for (const char* const suffix : {"-wal", "-shm", "-journal"}) {
+        const std::string file = database + suffix;
+        if (Exists(file)) {
+            throw UsageError(fmt::format(
+                "{}: this file is in the way: one of this name belongs to the database {}; if it "
+                "was left by an earlier database, move it there, or remove it",
+                file, database));
+        }
+    }
+}
+
+}  // namespace
+
 void RunInit(const std::string& database, const std::string& schemaFile, std::ostream& out) {
     const auto schema = recorddb::schema::ReadSchemaFile(schemaFile);
+    CheckSideFiles(database);
     recorddb::Database::Create(database, schema);
     std::string names;
     for (const auto& type : schema.Types()) {

@@ -12,6 +12,7 @@
 #include "tool/interrupt.h"
 #include "tool/load_output.h"
 #include "tool/number_text.h"
+#include "tool/output_guard.h"
 #include "tool/source_checks.h"
 #include "tool/source_list.h"
 #include "tool/source_loader.h"
@@ -72,6 +73,7 @@ void LoadSources(const SourceList& sources, SourceLoader& loader) {
 int RunLoad(const LoadOptions& options, std::ostream& out, std::ostream& err) {
     RequireFolder(options.attachments);
     const SourceList sources(options.sources);
+    CheckOutputs(options, sources);
     std::optional<TraceFile> trace;
     if (!options.trace.empty()) {
         trace.emplace(options.trace);

@@ -6,6 +6,7 @@
 #include "tool/exit_code.h"
 #include "tool/html/html_verify_report.h"
 #include "tool/interrupt.h"
+#include "tool/output_guard.h"
 #include "tool/source_checks.h"
 #include "tool/source_list.h"
 #include "tool/verify/verifier.h"
@@ -17,6 +18,7 @@ namespace tool {
 int RunVerify(const VerifyOptions& options, std::ostream& out, std::ostream& err) {
     RequireFolder(options.attachments);
     const SourceList sources(options.sources);
+    CheckOutputs(options, sources);
     const auto database =
         recorddb::Database::Open(options.database, recorddb::Database::Mode::ReadOnly);
     VerifyOutput output(options.quiet, out, err);

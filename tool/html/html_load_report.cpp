@@ -1,13 +1,12 @@
 #include "tool/html/html_load_report.h"
 
 #include "tool/html/load_page.h"
-#include "tool/html/own_path.h"
 #include "tool/html/tool_version.h"
 
 namespace tool {
 
 HtmlLoadReport::HtmlLoadReport(const std::filesystem::path& path, const LoadOptions& options)
-    : m_file(OwnPath(path, options.report)),
+    : m_file(path),
       m_summary({options.rehearse ? "check" : "load", options, std::chrono::system_clock::now(),
                  ToolVersion()}) {}
 

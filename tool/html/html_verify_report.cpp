@@ -1,6 +1,5 @@
 #include "tool/html/html_verify_report.h"
 
-#include "tool/html/own_path.h"
 #include "tool/html/tool_version.h"
 #include "tool/html/verify_page.h"
 
@@ -9,7 +8,7 @@ namespace tool {
 HtmlVerifyReport::HtmlVerifyReport(const VerifyOptions& options,
                                    recorddb::journal::Journal& journal)
     : m_journal(journal),
-      m_file(OwnPath(options.html, options.report)),
+      m_file(options.html),
       m_findings(options, std::chrono::system_clock::now(), ToolVersion()) {}
 
 void HtmlVerifyReport::IsFaulty(const recorddb::Fault& fault) {

@@ -81,13 +81,14 @@ std::string PageDocument(const PageFacts& facts, const PageVerdict& verdict,
                          const std::string& sections) {
     return fmt::format(
         "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+        "<meta name=\"generator\" content=\"ztimport {}\">\n"
         "<meta http-equiv=\"Content-Security-Policy\" content=\"{}\">\n"
         "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
         "<meta name=\"color-scheme\" content=\"light dark\">\n"
         "<title>{}: {}</title>\n<style>{}</style>\n</head>\n<body>\n{}<main>\n{}</main>\n"
         "<footer><p>Written by ztimport {}.</p></footer>\n</body>\n</html>\n",
-        kPolicy, HtmlText(facts.title), HtmlText(verdict.state), HtmlStyle(),
-        Header(facts, verdict), sections, HtmlText(facts.version));
+        HtmlText(facts.version), kPolicy, HtmlText(facts.title), HtmlText(verdict.state),
+        HtmlStyle(), Header(facts, verdict), sections, HtmlText(facts.version));
 }
 
 std::string PageSection(std::string_view id, std::string_view title, const std::string& content) {

@@ -1,13 +1,14 @@
 #include "tool/known_rejects.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
-#include <fstream>
-#include <iterator>
-#include <optional>
 #include <system_error>
 
 #include "recorddb/attachments/content_hash.h"
@@ -19,7 +20,101 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::string_view closingTag = "</records>";
+constexpr std::size_t pieceSize = std::size_t{256} * 1024;
+
+// Enough for the name of any source; the rest of a line does not matter.
+constexpr std::size_t longestPlace = std::size_t{8} * 1024;
+
+[[noreturn]] void CannotRead(const fs::path& path) {
+    const int error = errno;
+    throw std::system_error(error, std::generic_category(),
+                            path.string() + ": what was rejected earlier cannot be read");
+}
+
+// A file that is read. Not open when there is none, or something that is no regular file.
+class InputFile {
+  public:
+    explicit InputFile(fs::path path)
+        : m_path(std::move(path)),
+          // Neither led elsewhere by a link nor kept waiting by a pipe.
+          m_descriptor(::open(m_path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC)) {
+        if (m_descriptor < 0 && errno != ENOENT && errno != ELOOP && errno != ENXIO) {
+            CannotRead(m_path);
+        }
+        struct stat status = {};
+        m_regular =
+            m_descriptor >= 0 && ::fstat(m_descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    }
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+    ~InputFile() {
+        if (m_descriptor >= 0) {
+            ::close(m_descriptor);
+        }
+    }
+
+    bool IsRegular() const { return m_regular; }
+
+    // Whether somebody is writing the file.
+    bool IsBeingWritten() const {
+        return ::flock(m_descriptor, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    }
+
+    // Reads up to SIZE bytes at OFFSET; fewer only at the end.
+    std::string Read(std::uint64_t offset, std::size_t size) const {
+        std::string bytes(size, '\0');
+        std::size_t have = 0;
+        while (have < size) {
+            const ssize_t got = ::pread(m_descriptor, bytes.data() + have, size - have,
+                                        static_cast<off_t>(offset + have));
+            if (got < 0 && errno == EINTR) {
+                continue;
+            }
+            if (got < 0) {
+                CannotRead(m_path);
+            }
+            if (got == 0) {
+                break;
+            }
+            have += static_cast<std::size_t>(got);
+        }
+        bytes.resize(have);
+        return bytes;
+    }
+
+    void Sync() const {
+        if (::fsync(m_descriptor) != 0) {
+            CannotRead(m_path);
+        }
+    }
+
+  private:
+    fs::path m_path;
+    int m_descriptor;
+    bool m_regular;
+};
+
+// Tells the beginning of each line, as far as it may matter, and where the next line begins.
+template <typename TakeLine>
+void ReadLines(const InputFile& file, TakeLine takeLine) {
+    std::uint64_t offset = 0;
+    std::string line;
+    while (true) {
+        const std::string piece = file.Read(offset, pieceSize);
+        if (piece.empty()) {
+            return;
+        }
+        std::size_t begin = 0;
+        for (std::size_t end = piece.find('\n'); end != std::string::npos;
+             begin = end + 1, end = piece.find('\n', begin)) {
+            line.append(piece, begin, std::min(end - begin, longestPlace - line.size()));
+            takeLine(line, offset + end + 1);
+            line.clear();
+        }
+        line.append(piece, begin, longestPlace - line.size());
+        offset += piece.size();
+    }
+}
 
 // Skips MARK and the digits behind it at AT; nothing when they do not stand there.
 std::optional<std::size_t> SkipNumber(std::string_view line, std::size_t at,
@@ -50,91 +145,23 @@ std::string_view PlaceIn(std::string_view line) {
     return {};
 }
 
-// What an entry is compared by: its place, and its lines up to one that could begin another. That
-// may be a line of the record itself, but the same record is cut in the same place each time.
-class EntryPiece {
-  public:
-    // Takes the next line, without its end. False when the piece has ended before it.
-    bool Add(std::string_view line) {
-        const std::string_view place = PlaceIn(line);
-        if (m_begun && (!place.empty() || line == closingTag)) {
-            return false;
-        }
-        m_text += m_begun || place.empty() ? line : place;
-        m_text += '\n';
-        m_begun = true;
-        return true;
-    }
-
-    const std::string& Text() const { return m_text; }
-
-  private:
-    std::string m_text;
-    bool m_begun = false;
-};
-
-std::string FirstPiece(std::string_view entry) {
-    EntryPiece piece;
-    while (!entry.empty()) {
-        const std::size_t end = std::min(entry.find('\n'), entry.size());
-        if (!piece.Add(entry.substr(0, end))) {
-            break;
-        }
-        entry.remove_prefix(std::min(end + 1, entry.size()));
-    }
-    return piece.Text();
+std::string HashOf(std::string_view configuration) {
+    recorddb::ContentHash hash;
+    hash.Update(configuration);
+    return hash.HexDigest();
 }
 
-[[noreturn]] void CannotRead(const fs::path& path) {
-    throw std::system_error(errno, std::generic_category(),
-                            path.string() + ": what was rejected earlier cannot be read");
-}
-
-std::string ReadConfigurationFile(const fs::path& path) {
-    if (!fs::exists(path)) {
-        return {};
-    }
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        CannotRead(path);
-    }
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-bool EndsClosed(const fs::path& path) {
-    constexpr std::streamoff tailSize = 64;
-    std::ifstream file(path, std::ios::binary | std::ios::ate);
-    file.seekg(std::max<std::streamoff>(file.tellg() - tailSize, 0));
-    std::string tail{std::istreambuf_iterator<char>(file), {}};
-    tail.erase(tail.find_last_not_of(" \t\r\n") + 1);
-    return tail.ends_with(closingTag);
-}
-
-// How much of a records file is whole entries and the tag in front of them; 0 when that is not
-// there.
-std::uintmax_t SizeOfWholeEntries(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::uintmax_t size = 0;
-    std::uintmax_t whole = 0;
-    for (std::string line; std::getline(file, line) && !file.eof();) {
-        size += line.size() + 1;
-        if (line.ends_with("</record>") || line == "<records>") {
-            whole = size;
+std::string HashOf(const InputFile& file) {
+    recorddb::ContentHash hash;
+    if (file.IsRegular()) {
+        std::uint64_t offset = 0;
+        for (std::string piece = file.Read(0, pieceSize); !piece.empty();
+             piece = file.Read(offset, pieceSize)) {
+            hash.Update(piece);
+            offset += piece.size();
         }
     }
-    return whole;
-}
-
-// Closes a file behind its last whole entry if a process was stopped while it wrote.
-void CloseIfLeftOff(const fs::path& path) {
-    const std::uintmax_t whole = EndsClosed(path) ? 0 : SizeOfWholeEntries(path);
-    if (whole == 0) {
-        return;
-    }
-    fs::resize_file(path, whole);
-    OutputFile file = OutputFile::OpenExisting(path);
-    file.Append(std::string(closingTag) + '\n');
-    file.Close();
+    return hash.HexDigest();
 }
 
 }  // namespace
@@ -161,44 +188,68 @@ KnownRejects::KnownRejects(const fs::path& folder) {
             ReadPair(folder, number);
         }
     }
-    std::sort(m_known.begin(), m_known.end());
+    std::sort(m_places.begin(), m_places.end(),
+              [](const Place& a, const Place& b) { return a.key < b.key; });
 }
 
 void KnownRejects::ReadPair(const fs::path& folder, int number) {
-    const std::string configuration =
-        ReadConfigurationFile(folder / RejectFileName(number, rejectConfigurationKind));
     const fs::path path = folder / RejectFileName(number, rejectRecordsKind);
-    CloseIfLeftOff(path);
-    std::ifstream file(path, std::ios::binary);
-    EntryPiece piece;
-    for (std::string line; std::getline(file, line);) {
-        if (!piece.Add(line)) {
-            m_known.push_back(DigestOf(configuration, piece.Text()));
-            piece = EntryPiece();
-            piece.Add(line);
+    const InputFile file(path);
+    if (!file.IsRegular() || file.IsBeingWritten()) {
+        return;
+    }
+    const std::string configuration =
+        HashOf(InputFile(folder / RejectFileName(number, rejectConfigurationKind)));
+    const auto index = static_cast<std::uint32_t>(m_files.size());
+    m_files.push_back({path});
+    ReadLines(file, [&](std::string_view line, std::uint64_t next) {
+        const std::string_view place = PlaceIn(line);
+        if (!place.empty()) {
+            m_places.push_back({KeyOf(configuration, place), index, next});
         }
-    }
-    m_known.push_back(DigestOf(configuration, piece.Text()));
-    if (!file.is_open() || file.bad()) {
-        CannotRead(path);
-    }
+    });
 }
 
-bool KnownRejects::Contain(std::string_view configuration, std::string_view entry) const {
-    return !m_known.empty() && std::binary_search(m_known.begin(), m_known.end(),
-                                                  DigestOf(configuration, FirstPiece(entry)));
+bool KnownRejects::Contain(std::string_view configuration, std::string_view entry) {
+    if (m_places.empty()) {
+        return false;
+    }
+    const std::string_view comment = entry.substr(0, entry.find('\n'));
+    const Key key = KeyOf(HashOf(configuration), PlaceIn(comment.substr(0, longestPlace)));
+    std::string_view text = entry.substr(std::min(comment.size() + 1, entry.size()));
+    if (text.ends_with('\n')) {
+        text.remove_suffix(1);
+    }
+    const auto [first, last] =
+        std::equal_range(m_places.begin(), m_places.end(), Place{key, 0, 0},
+                         [](const Place& a, const Place& b) { return a.key < b.key; });
+    return std::any_of(first, last, [&](const Place& place) { return Holds(place, text); });
 }
 
-KnownRejects::Digest KnownRejects::DigestOf(std::string_view configuration,
-                                            std::string_view piece) {
+// A person may have changed the file since it was read, or removed it.
+bool KnownRejects::Holds(const Place& place, std::string_view text) {
+    File& known = m_files[place.file];
+    const InputFile file(known.path);
+    if (!file.IsRegular() || file.Read(place.offset, text.size()) != text) {
+        return false;
+    }
+    // The load that wrote it may have been killed before it saw to that.
+    if (!known.synced) {
+        file.Sync();
+        SyncFolder(known.path.parent_path());
+        known.synced = true;
+    }
+    return true;
+}
+
+KnownRejects::Key KnownRejects::KeyOf(std::string_view configurationHash, std::string_view place) {
     recorddb::ContentHash hash;
-    hash.Update(configuration);
-    hash.Update(std::string_view("\0", 1));
-    hash.Update(piece);
+    hash.Update(configurationHash);
+    hash.Update(place);
     const std::string hex = hash.HexDigest();
-    Digest digest{};
-    std::copy_n(hex.begin(), digest.size(), digest.begin());
-    return digest;
+    Key key{};
+    std::copy_n(hex.begin(), key.size(), key.begin());
+    return key;
 }
 
 }  // namespace tool

@@ -99,6 +99,12 @@ void LoadOutput::AddReject(const RejectedRecord& record, const std::string& sour
     ShowReject(record, sourceId);
 }
 
+void LoadOutput::SyncRejects() {
+    if (m_rejects) {
+        m_rejects->Sync();
+    }
+}
+
 void LoadOutput::AddLoss(const Loss& loss) {
     if (m_html) {
         m_html->Summary().AddLoss(loss);

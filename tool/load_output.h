@@ -42,6 +42,10 @@ class LoadOutput {
     void AddImported(const LoadTotals& done);
     void AddReject(const RejectedRecord& record, const std::string& sourceId);
 
+    // Sees to the disk what was set aside of rejected records. To be called before a transaction ends
+    // that says that they were rejected.
+    void SyncRejects();
+
     // Takes what is lost silently: a load warns of it, a rehearsal counts and reports it.
     void AddLoss(const Loss& loss);
     const LossLog& Losses() const { return m_losses; }

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <string>
@@ -61,12 +62,6 @@ OutputFile OutputFile::OpenStream(const std::filesystem::path& path) {
     return file;
 }
 
-OutputFile OutputFile::OpenExisting(const std::filesystem::path& path) {
-    OutputFile file(Open(path, O_WRONLY, 0, "opened"), path);
-    file.m_size = std::filesystem::file_size(path);
-    return file;
-}
-
 OutputFile::OutputFile(int descriptor, std::filesystem::path path, bool stream)
     : m_descriptor(descriptor), m_path(std::move(path)), m_stream(stream) {}
 
@@ -108,7 +103,7 @@ void OutputFile::WriteAt(std::uint64_t offset, std::string_view bytes) {
         offset += static_cast<std::uint64_t>(written);
         bytes.remove_prefix(static_cast<std::size_t>(written));
     }
-    m_size = offset;
+    m_size = std::max(m_size, offset);
 }
 
 void OutputFile::Truncate(std::uint64_t size) {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string_view>
+#include <utility>
 
 namespace tool {
 
@@ -23,15 +24,13 @@ class OutputFile {
     // Opens what is no regular file, a terminal or a pipe, to write to it as it is. A pipe is
     // waited for until somebody reads it.
     static OutputFile OpenStream(const std::filesystem::path& path);
-    // Opens a file that exists; what is in it stays.
-    static OutputFile OpenExisting(const std::filesystem::path& path);
     ~OutputFile();
     OutputFile(OutputFile&& other) noexcept;
     OutputFile& operator=(OutputFile&& other) noexcept;
 
-    // Writes BYTES behind what has been written.
+    // Writes BYTES behind all that has been written.
     void Append(std::string_view bytes);
-    // Writes BYTES at OFFSET, over what stands there; Append goes on behind them. Not for streams.
+    // Writes BYTES at OFFSET, over what stands there. Not for streams.
     void WriteAt(std::uint64_t offset, std::string_view bytes);
     // Cuts off what stands behind SIZE bytes.
     void Truncate(std::uint64_t size);
@@ -41,6 +40,8 @@ class OutputFile {
     void Close();
 
     const std::filesystem::path& Path() const { return m_path; }
+    // Tells the name that the file has been given since it was made.
+    void SetPath(std::filesystem::path path) { m_path = std::move(path); }
     std::uint64_t Size() const { return m_size; }
     // Stays the object's. An unnamed file can be read through it, from its front.
     int Descriptor() const { return m_descriptor; }

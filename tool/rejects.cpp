@@ -1,16 +1,14 @@
 #include "tool/rejects.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
+#include <sys/stat.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <system_error>
 #include <utility>
 
 #include "tool/decoding_marks.h"
 #include "tool/packet_head.h"
-#include "tool/replacing_file.h"
 #include "tool/text_units.h"
 
 namespace tool {
@@ -21,40 +19,10 @@ namespace {
 
 constexpr std::string_view closingTag = "</records>\n";
 
-// With more digits the order of the names would not be the order of the numbers.
-constexpr int highestNumber = 9999;
-
 // Closes whatever a broken record leaves open, so that the records behind it can still be found. A
 // comment is the place where neither mark means anything if nothing is open.
 constexpr std::string_view closeOpenSection =
     "<!-- a section of the record above is not closed: ]]> ?> -->\n";
-
-[[noreturn]] void Refuse(const fs::path& path, int error, std::string_view what) {
-    throw std::system_error(error, std::generic_category(),
-                            fmt::format("{}: {}", path.string(), what));
-}
-
-// Finds out before hours of loading, not after, that the place for rejects is of no use.
-void CheckWritable(const fs::path& directory) {
-    fs::path place = fs::absolute(directory);
-    while (!fs::exists(place) && place.has_relative_path()) {
-        place = place.parent_path();
-    }
-    if (!fs::is_directory(place)) {
-        Refuse(place, ENOTDIR, "rejected records need a directory");
-    }
-    if (::access(place.c_str(), W_OK | X_OK) != 0) {
-        Refuse(place, errno, "rejected records cannot be written here");
-    }
-}
-
-int HighestNumber(const fs::path& directory) {
-    int highest = 0;
-    for (const fs::directory_entry& entry : fs::directory_iterator(directory)) {
-        highest = std::max(highest, RejectFileNumber(entry.path()));
-    }
-    return highest;
-}
 
 std::string Comment(const RejectedRecord& record) {
     std::string text = fmt::format("{}, record {}, line {}: {}", record.source, record.number,
@@ -107,9 +75,7 @@ std::string CommentText(std::string_view text) {
     return line;
 }
 
-RejectWriter::RejectWriter(fs::path directory) : m_directory(std::move(directory)) {
-    CheckWritable(m_directory);
-}
+RejectWriter::RejectWriter(fs::path directory) : m_folder(std::move(directory)) {}
 
 void RejectWriter::SetConfiguration(std::string packet) {
     if (!packet.empty()) {
@@ -118,6 +84,7 @@ void RejectWriter::SetConfiguration(std::string packet) {
     if (packet == m_configuration) {
         return;
     }
+    Sync();
     m_configuration = std::move(packet);
     m_records.reset();
 }
@@ -128,18 +95,59 @@ void RejectWriter::Write(const RejectedRecord& record) {
     if (Known().Contain(m_configuration, text)) {
         return;
     }
+    // Nothing that must not be lost stands in it yet but what is on the disk; so when somebody has
+    // mended the file already, or removed it, it is theirs now.
+    if (m_records && !m_unsynced && !IsOurs()) {
+        m_records.reset();
+    }
     if (!m_records) {
         OpenPair();
     }
-    std::size_t size = text.size();
+    const std::size_t size = text.size();
     text += closingTag;
+    m_unsynced = true;
     try {
-        m_records->WriteAt(m_end, text);
+        WriteEntry(text);
     } catch (const std::system_error&) {
         LeaveClosed();
         throw;
     }
     m_end += size;
+}
+
+// A record becomes one with the last byte that is written: a load that is killed before has left
+// none that is cut short, which would be taken for another one.
+void RejectWriter::WriteEntry(std::string& text) {
+    const std::size_t record = text.find('\n') + 1;
+    const char first = std::exchange(text[record], ' ');
+    m_records->WriteAt(m_end, text);
+    m_records->WriteAt(m_end + record, {&first, 1});
+}
+
+void RejectWriter::Sync() {
+    if (!m_unsynced) {
+        return;
+    }
+    m_records->Sync();
+    if (!IsOurs()) {
+        throw std::system_error(
+            std::make_error_code(std::errc::device_or_resource_busy),
+            m_records->Path().string() +
+                ": this file was changed while rejected records were being written to it; mend "
+                "rejected records when the load is done, and start the same command again");
+    }
+    m_unsynced = false;
+}
+
+// Whether the file is still the one that was made, as it was written last. An editor that saves a
+// file puts a new one in its place.
+bool RejectWriter::IsOurs() const {
+    struct stat ours = {};
+    struct stat there = {};
+    return ::fstat(m_records->Descriptor(), &ours) == 0 &&
+           ::lstat(m_records->Path().c_str(), &there) == 0 && ours.st_dev == there.st_dev &&
+           ours.st_ino == there.st_ino &&
+           static_cast<std::uint64_t>(ours.st_size) == m_records->Size();
 }
 
 // A disk that has no room for a record has room for what stood in its place.
@@ -148,43 +156,27 @@ void RejectWriter::LeaveClosed() noexcept {
         m_records->Truncate(m_end);
         m_records->Append(closingTag);
     } catch (const std::system_error&) {
-        // The next run closes the file.
+        // What is whole in it can be loaded all the same.
     }
 }
 
 // Looked for when the first record is rejected, since most loads reject none.
-const KnownRejects& RejectWriter::Known() {
+KnownRejects& RejectWriter::Known() {
     if (!m_known) {
-        m_known = fs::exists(m_directory) ? KnownRejects(m_directory) : KnownRejects();
+        m_known = fs::exists(Directory()) ? KnownRejects(Directory()) : KnownRejects();
     }
     return *m_known;
 }
 
 void RejectWriter::OpenPair() {
-    fs::create_directories(m_directory);
-    int number = HighestNumber(m_directory) + 1;
-    if (number > highestNumber) {
-        Refuse(m_directory, EEXIST,
-               "the numbers for files of rejected records are used up, use an empty directory");
-    }
-    if (!m_configuration.empty()) {
-        Create(number, rejectConfigurationKind, m_configuration);
-    }
     const std::string head = fmt::format("{}\n<records>\n", packetDeclaration);
-    m_records =
-        OutputFile::OpenExisting(Create(number, rejectRecordsKind, head + std::string(closingTag)));
+    RejectsFolder::Pair pair = m_folder.Add(m_configuration, head + std::string(closingTag));
+    if (!pair.configuration.empty()) {
+        m_files.push_back(pair.configuration);
+    }
+    m_files.push_back(pair.records.Path());
+    m_records = std::move(pair.records);
     m_end = head.size();
-}
-
-// Makes a file that appears complete: one that a process has left empty would keep the folder from
-// being loaded.
-fs::path RejectWriter::Create(int number, std::string_view kind, std::string_view content) {
-    fs::path path = m_directory / RejectFileName(number, kind);
-    ReplacingFile file(path);
-    file.Append(content);
-    file.Finish();
-    m_files.push_back(path);
-    return path;
 }
 
 }  // namespace tool

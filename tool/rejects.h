@@ -11,6 +11,7 @@
 #include "tool/known_rejects.h"
 #include "tool/output_file.h"
 #include "tool/record_cutter.h"
+#include "tool/rejects_folder.h"
 
 namespace tool {
 
@@ -31,9 +32,9 @@ struct RejectedRecord {
 // NNNN-configuration.xml and NNNN-records.xml, numbered so that the order of the names is the order
 // of loading. Each record stands under an XML comment that names its place and reason. After every
 // Write the files are complete and closed XML documents, as far as the records in them are
-// well-formed. Nothing is made before the first record is rejected, and files of earlier runs stay:
-// numbering goes on behind them, and a record that stands in one of them with the same
-// configuration, place and text is not written again.
+// well-formed. Nothing is made before the first record is rejected. Files of earlier runs stay as
+// they are: numbering goes on behind them, and a record that stands in one of them with the same
+// configuration, place and text is not written again. Several loads may use one directory at once.
 //
 // All operations throw std::system_error that names the file when something cannot be written.
 class RejectWriter {
@@ -48,24 +49,31 @@ class RejectWriter {
     // Writes RECORD behind those rejected before.
     void Write(const RejectedRecord& record);
 
+    // Sees what was written to the disk; to be called before a transaction ends that says that
+    // these records were rejected. Throws also when somebody else has changed the file since the
+    // last call, in which case what was written meanwhile may be lost.
+    void Sync();
+
     // Number of records rejected, those that stood there already among them.
     std::uint64_t Count() const { return m_count; }
 
-    const std::filesystem::path& Directory() const { return m_directory; }
+    const std::filesystem::path& Directory() const { return m_folder.Path(); }
 
     // The files made, in order.
     const std::vector<std::filesystem::path>& Files() const { return m_files; }
 
   private:
-    const KnownRejects& Known();
+    KnownRejects& Known();
     void OpenPair();
-    std::filesystem::path Create(int number, std::string_view kind, std::string_view content);
+    void WriteEntry(std::string& text);
+    bool IsOurs() const;
     void LeaveClosed() noexcept;
 
-    std::filesystem::path m_directory;
+    RejectsFolder m_folder;
     std::string m_configuration;
     std::optional<KnownRejects> m_known;
     std::optional<OutputFile> m_records;
+    bool m_unsynced = false;
     std::uint64_t m_end = 0;  // where the next record goes, in front of the closing tag
     std::uint64_t m_count = 0;
     std::vector<std::filesystem::path> m_files;

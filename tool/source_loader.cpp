@@ -279,6 +279,7 @@ void SourceLoader::LoadWhole(PacketReader& reader, const SourceFile& source, Loa
         // Left out of the journal: nothing of the packet is there, and the next load, by records or
         // whole, begins at its front.
         Reject(record, source, error);
+        m_output.SyncRejects();
         m_group.Commit();
     } else {
         journal.NoteEnd();
@@ -333,6 +334,7 @@ void SourceLoader::Reject(const SourceRecord& record, const SourceFile& source,
 void SourceLoader::CommitGroup(const SourceFile& source, LoadJournal& journal) {
     source.RequireUnchanged();
     journal.Save();
+    m_output.SyncRejects();
     m_group.Commit();
     m_output.AddImported(std::exchange(m_uncommitted, {}));
 }

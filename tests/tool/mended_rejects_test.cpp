@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -33,11 +34,15 @@ class MendedRejects : public LoadFixture {
         return code;
     }
 
-    // Replaces a text in the records that were set aside, as a person would.
-    void Mend(const std::string& wrong, const std::string& right) const {
-        const std::string name = "rejects/0001-records.xml";
+    std::string Content(const std::string& name) const {
         std::ifstream file(m_folder.File(name));
-        std::string text{std::istreambuf_iterator<char>(file), {}};
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    // Replaces a text in the records that were set aside, as a person would.
+    void Mend(const std::string& wrong, const std::string& right,
+              const std::string& name = "rejects/0001-records.xml") const {
+        std::string text = Content(name);
         const std::size_t at = text.rfind(wrong);
         ASSERT_NE(at, std::string::npos) << text;
         text.replace(at, wrong.size(), right);
@@ -106,6 +111,22 @@ TEST_F(MendedRejects, ThatAreStillWrongAreRejectedAgain) {
     EXPECT_EQ(LoadRejects(), 1);
     EXPECT_THAT(Said(), HasSubstr("\"some\""));
     EXPECT_EQ(Query("SELECT count(*) FROM bug"), "2");
+}
+
+TEST_F(MendedRejects, ThatAreStillWrongAreSetAsideAnewBesideTheMendedFile) {
+    LoadWithRejects({{{"source_id", "c"}, {"title", "C"}, {"votes", "many"}},
+                     {{"source_id", "d"}, {"title", "D"}, {"votes", "some"}}},
+                    "record");
+    Mend("many", "3");
+    const std::string mended = Content("rejects/0001-records.xml");
+    m_options.rejects = m_folder.File("rejects");
+    EXPECT_EQ(LoadRejects(), 1);
+    EXPECT_EQ(Content("rejects/0001-records.xml"), mended);
+    Mend("some", "4", "rejects/0002-records.xml");
+    LoadRejects();
+    EXPECT_EQ(Query("SELECT source_id || votes FROM bug WHERE votes > 0 ORDER BY source_id"),
+              "c3\nd4");
+    EXPECT_FALSE(std::filesystem::exists(m_folder.File("rejects/0003-records.xml")));
 }
 
 }  // namespace

@@ -2,12 +2,15 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
+#include <barrier>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
 #include <system_error>
+#include <thread>
 #include <vector>
 
 #include "temporary_folder.h"
@@ -173,7 +176,7 @@ struct LeftOff {
 
 class RejectsLeftOff : public RejectsTest, public testing::WithParamInterface<LeftOff> {};
 
-TEST_P(RejectsLeftOff, AreClosedBehindTheLastWholeEntryAndGoOn) {
+TEST_P(RejectsLeftOff, AreLeftAsTheyAreAndKnownAsFarAsTheyAreWhole) {
     {
         RejectWriter writer(Directory());
         writer.SetConfiguration(bugs);
@@ -181,14 +184,16 @@ TEST_P(RejectsLeftOff, AreClosedBehindTheLastWholeEntryAndGoOn) {
     }
     std::string text = Content("0001-records.xml");
     text.resize(text.rfind("</records>"));
-    std::ofstream(Directory() / "0001-records.xml") << text << GetParam().end;
+    text += GetParam().end;
+    std::ofstream(Directory() / "0001-records.xml") << text;
     RejectWriter writer(Directory());
     writer.SetConfiguration(bugs);
     writer.Write(Rejected("<record>a</record>"));
     writer.Write(Rejected("<record>whole</record>"));
-    EXPECT_EQ(Content("0001-records.xml"), text + "</records>\n");
-    EXPECT_THAT(ReadBack(), ElementsAre(declaration + bugs, "<record>a</record>",
-                                        declaration + bugs, "<record>whole</record>"));
+    EXPECT_EQ(Content("0001-records.xml"), text);
+    EXPECT_THAT(Content("0002-records.xml"),
+                testing::AllOf(HasSubstr("<record>whole</record>"),
+                               testing::Not(HasSubstr("<record>a</record>"))));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -199,6 +204,123 @@ INSTANTIATE_TEST_SUITE_P(
         LeftOff{"InTheRecord", "<!-- bugs.xml, record 12, line 340: no good -->\n<record>who"},
         LeftOff{"InTheClosingTag", "</reco"}),
     [](const auto& test) { return std::string(test.param.name); });
+
+TEST_F(RejectsTest, ThatAPersonHasMendedAreLeftAsTheyAre) {
+    fs::create_directory(Directory());
+    const std::string mended =
+        "<records><!-- bugs.xml, record 12, line 340: no --><record>b</record></records><!-- ok "
+        "-->";
+    std::ofstream(Directory() / "0001-records.xml") << mended;
+    RejectWriter writer(Directory());
+    writer.Write(Rejected("<record>a</record>"));
+    EXPECT_EQ(Content("0001-records.xml"), mended);
+    EXPECT_THAT(Content("0002-records.xml"), HasSubstr("<record>a</record>"));
+}
+
+TEST_F(RejectsTest, DoNotReachThroughLinks) {
+    fs::create_directory(Directory());
+    const std::string elsewhere = m_folder.Write("elsewhere", "<records>\n<record>a</record>\n");
+    fs::create_symlink(elsewhere, Directory() / "0001-records.xml");
+    fs::create_symlink(m_folder.File("nowhere"), Directory() / "0002-records.xml");
+    RejectWriter writer(Directory());
+    writer.Write(Rejected("<record>a</record>"));
+    EXPECT_EQ(Content("0001-records.xml"), "<records>\n<record>a</record>\n");
+    EXPECT_FALSE(fs::exists(m_folder.File("nowhere")));
+    EXPECT_THAT(writer.Files(), ElementsAre(Directory() / "0003-records.xml"));
+}
+
+TEST_F(RejectsTest, DoNotWaitForAPipe) {
+    fs::create_directory(Directory());
+    ASSERT_EQ(mkfifo((Directory() / "0001-records.xml").c_str(), 0600), 0);
+    RejectWriter writer(Directory());
+    writer.Write(Rejected("<record>a</record>"));
+    EXPECT_THAT(writer.Files(), ElementsAre(Directory() / "0002-records.xml"));
+}
+
+TEST_F(RejectsTest, OfTwoLoadsGoToFilesOfTheirOwn) {
+    // Each round begins with an empty folder, for which both load at the same instant.
+    constexpr int rounds = 20;
+    std::barrier together(2);
+    const auto load = [&](const std::string& name) {
+        for (int round = 0; round < rounds; ++round) {
+            RejectWriter writer(Directory() / std::to_string(round));
+            writer.SetConfiguration(bugs);
+            together.arrive_and_wait();
+            writer.Write(Rejected("<record>" + name + "</record>"));
+            writer.Write(Rejected("<record>more of " + name + "</record>"));
+            writer.Sync();
+        }
+    };
+    std::thread other(load, "b");
+    load("a");
+    other.join();
+    for (int round = 0; round < rounds; ++round) {
+        std::string all;
+        for (const auto& entry : fs::directory_iterator(Directory() / std::to_string(round))) {
+            all += Content(fs::relative(entry.path(), Directory()).string());
+        }
+        for (const char* name : {"a", "more of a", "b", "more of b"}) {
+            EXPECT_THAT(all, HasSubstr("<record>" + std::string(name) + "</record>"));
+        }
+    }
+}
+
+TEST_F(RejectsTest, AreNotKnownFromAFileThatIsBeingWritten) {
+    {
+        RejectWriter one(Directory());
+        RejectWriter other(Directory());
+        one.Write(Rejected("<record>a</record>"));
+        other.Write(Rejected("<record>a</record>"));
+        EXPECT_EQ(other.Files().size(), 1U);
+    }
+    RejectWriter third(Directory());
+    third.Write(Rejected("<record>a</record>"));
+    EXPECT_EQ(third.Files().size(), 0U);
+}
+
+TEST_F(RejectsTest, AreNotKnownFromABeginningOfTheirText) {
+    const std::string text = "<record>\n<!-- x, record 1, line 1: no -->\nlast</record>";
+    {
+        RejectWriter writer(Directory());
+        writer.Write(Rejected(text));
+    }
+    std::string content = Content("0001-records.xml");
+    content.resize(content.find("last"));
+    std::ofstream(Directory() / "0001-records.xml") << content;
+    RejectWriter writer(Directory());
+    writer.Write(Rejected(text));
+    EXPECT_THAT(Content("0002-records.xml"), HasSubstr(text));
+}
+
+TEST_F(RejectsTest, GoToNewFilesWhenSomebodyHasSavedTheirs) {
+    RejectWriter writer(Directory());
+    writer.Write(Rejected("<record>a</record>"));
+    writer.Sync();
+    fs::remove(Directory() / "0001-records.xml");
+    std::ofstream(Directory() / "0001-records.xml") << "mended";
+    writer.Write(Rejected("<record>b</record>"));
+    writer.Sync();
+    EXPECT_EQ(Content("0001-records.xml"), "mended");
+    EXPECT_THAT(Content("0002-records.xml"), HasSubstr("<record>b</record>"));
+}
+
+TEST_F(RejectsTest, ThatSomebodyHasChangedBeforeTheyAreSafeEndTheLoad) {
+    RejectWriter writer(Directory());
+    writer.Write(Rejected("<record>a</record>"));
+    fs::remove(Directory() / "0001-records.xml");
+    EXPECT_THROW(writer.Sync(), std::system_error);
+}
+
+TEST_F(RejectsTest, LeaveNothingButTheirFiles) {
+    RejectWriter writer(Directory());
+    writer.SetConfiguration(bugs);
+    writer.Write(Rejected("<record>a</record>"));
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(Directory())) {
+        names.push_back(entry.path().filename().string());
+    }
+    EXPECT_THAT(names, testing::UnorderedElementsAre("0001-configuration.xml", "0001-records.xml"));
+}
 
 struct OtherReject {
     const char* difference;

@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <sstream>
+#include <string>
 
 #include "tool/commands/check_command.h"
 #include "tool/commands/init_command.h"
@@ -9,6 +11,8 @@
 #include "tool/commands/show_command.h"
 #include "tool/commands/verify_command.h"
 #include "tool/exit_code.h"
+#include "tool/masked_password.h"
+#include "tool/visible_text.h"
 
 namespace tool {
 
@@ -130,6 +134,16 @@ void AddShow(CLI::App& app, Commands& commands) {
     });
 }
 
+// The parser's complaints of several lines repeat what was on the command line.
+std::string VisibleComplaint(const std::string& text) {
+    std::string out;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        out += VisibleText(WithoutPasswords(line)) + '\n';
+    }
+    return out;
+}
+
 }  // namespace
 
 int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::ostream& err) {
@@ -145,7 +159,9 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        const int code = app.exit(error, out, err);
+        std::ostringstream complaint;
+        const int code = app.exit(error, out, complaint);
+        err << VisibleComplaint(complaint.str());
         return static_cast<int>(code == 0 ? ExitCode::Success : ExitCode::BadInput);
     }
     return commands.run();

@@ -5,6 +5,7 @@
 
 #include "tool/number_text.h"
 #include "tool/run_words.h"
+#include "tool/visible_text.h"
 
 namespace tool {
 
@@ -199,7 +200,7 @@ void LoadOutput::Finish() {
     }
     if (m_rejects && m_rejects->Count() > 0) {
         m_out << fmt::format("The rejected records are in {}; mend them and load that folder.\n",
-                             m_rejects->Directory().string());
+                             VisibleText(m_rejects->Directory().string()));
     }
 }
 

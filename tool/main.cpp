@@ -12,14 +12,16 @@
 #include "tool/database_failure.h"
 #include "tool/exception_text.h"
 #include "tool/exit_code.h"
+#include "tool/masked_password.h"
 #include "tool/memory_watch.h"
 #include "tool/source_error.h"
 #include "tool/usage_error.h"
+#include "tool/visible_text.h"
 
 namespace {
 
 int Fail(const std::string& text, tool::ExitCode code) {
-    std::cerr << "ztimport: " << text << '\n';
+    std::cerr << "ztimport: " << tool::VisibleLines(tool::WithoutPasswords(text)) << '\n';
     return static_cast<int>(code);
 }
 

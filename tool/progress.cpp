@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "tool/number_text.h"
+#include "tool/visible_text.h"
 
 namespace tool {
 
@@ -127,7 +128,7 @@ void Progress::Erase() {
 
 void Progress::Print(std::string_view line) {
     Erase();
-    m_out << line << '\n' << std::flush;
+    m_out << VisibleLines(line) << '\n' << std::flush;
 }
 
 void Progress::Finish() {

@@ -38,6 +38,7 @@ class Progress {
     void Update(std::uint64_t records, std::uint64_t bytes);
 
     // Writes LINE on a line of its own, whatever the style, without mixing it with the progress.
+    // What could do something to a terminal is made visible (VisibleLines).
     void Print(std::string_view line);
 
     // Shows where things stand at the end and leaves the line. Further calls do nothing.

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "tool/visible_text.h"
+
 namespace tool {
 
 namespace {
@@ -45,13 +47,13 @@ std::string Shortened(const std::string& text) {
 void PrintValue(std::string_view name, std::size_t width, std::string_view text,
                 std::ostream& out) {
     if (text.find('\n') == std::string_view::npos) {
-        out << fmt::format("  {:<{}}  {}\n", name, width, text);
+        out << fmt::format("  {:<{}}  {}\n", name, width, VisibleText(text));
         return;
     }
     out << fmt::format("  {}\n", name);
     while (!text.empty()) {
         const std::size_t end = std::min(text.find('\n'), text.size());
-        out << fmt::format("    {}\n", text.substr(0, end));
+        out << fmt::format("    {}\n", VisibleText(text.substr(0, end)));
         text.remove_prefix(std::min(end + 1, text.size()));
     }
 }
@@ -74,11 +76,11 @@ std::string Keys(const std::vector<LinkedRecord>& records) {
 
 void PrintDuplicates(const RecordView& record, RecordReader& reader, std::ostream& out) {
     if (const auto original = reader.Original(record)) {
-        out << fmt::format("duplicate of {}\n", original->key);
+        out << fmt::format("duplicate of {}\n", VisibleText(original->key));
     }
     const auto duplicates = reader.Duplicates(record);
     if (!duplicates.empty()) {
-        out << fmt::format("duplicates: {}\n", Keys(duplicates));
+        out << fmt::format("duplicates: {}\n", VisibleText(Keys(duplicates)));
     }
 }
 
@@ -89,9 +91,10 @@ void PrintHistory(const RecordView& record, RecordReader& reader, std::ostream& 
     }
     out << fmt::format("history ({})\n", entries.size());
     for (const HistoryEntry& entry : entries) {
-        out << fmt::format("  {}  {}  {}  {} -> {}{}{}\n", entry.actionTime, entry.userName,
-                           entry.actionName, entry.oldState, entry.newState,
-                           entry.comments.empty() ? "" : "  ", entry.comments);
+        const std::string text = fmt::format(
+            "{}  {}  {}  {} -> {}{}{}", entry.actionTime, entry.userName, entry.actionName,
+            entry.oldState, entry.newState, entry.comments.empty() ? "" : "  ", entry.comments);
+        out << fmt::format("  {}\n", VisibleLines(text));
     }
 }
 
@@ -102,22 +105,23 @@ void PrintAttachments(const RecordView& record, RecordReader& reader, std::ostre
     }
     out << fmt::format("attachments ({})\n", attachments.size());
     for (const Attachment& attachment : attachments) {
-        out << fmt::format("  {}: {}, {} bytes{}{}\n", attachment.field, attachment.fileName,
-                           attachment.fileSize, attachment.description.empty() ? "" : ", ",
-                           attachment.description);
+        const std::string text = fmt::format(
+            "{}: {}, {} bytes{}{}", attachment.field, attachment.fileName, attachment.fileSize,
+            attachment.description.empty() ? "" : ", ", attachment.description);
+        out << fmt::format("  {}\n", VisibleLines(text));
     }
 }
 
 }  // namespace
 
 void PrintLine(const RecordView& record, const std::string& key, std::ostream& out) {
-    out << key;
+    out << VisibleText(key);
     std::size_t texts = 0;
     for (const Field& field : record.type->fields) {
         const bool isState = field.kind == FieldKind::State;
         const bool isText = field.kind == FieldKind::Text && !IsInKey(record, field);
         if (isState || (isText && texts < kTextsInLine)) {
-            out << "  " << Shortened(record.Text(field));
+            out << "  " << VisibleText(Shortened(record.Text(field)));
             texts += isText ? 1 : 0;
         }
     }
@@ -125,7 +129,8 @@ void PrintLine(const RecordView& record, const std::string& key, std::ostream& o
 }
 
 void PrintRecord(const RecordView& record, RecordReader& reader, std::ostream& out) {
-    out << fmt::format("{} {}\n", record.type->name, reader.Key(*record.type, record.dbid));
+    out << fmt::format("{} {}\n", record.type->name,
+                       VisibleText(reader.Key(*record.type, record.dbid)));
     const std::size_t width = WidestName(record);
     for (const Field& field : record.type->fields) {
         const auto& texts = record.values[field.index];

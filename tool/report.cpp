@@ -4,17 +4,14 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tool/json_text.h"
+
 namespace tool {
 
 namespace {
 
 constexpr std::size_t rejectsList = 0;
 constexpr std::size_t lossesList = 1;
-
-// Replaces what is not UTF-8 in a file name, say, where the default would throw.
-std::string ToText(const nlohmann::ordered_json& entry) {
-    return entry.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
-}
 
 }  // namespace
 
@@ -30,21 +27,21 @@ ReportWriter::ReportWriter(const std::filesystem::path& path, Lists lists)
     : m_which(lists), m_lists(path, lists == Lists::Rejects ? 1 : 2) {}
 
 void ReportWriter::AddReject(const ReportedReject& reject) {
-    m_lists.AddItem(ToText({{"file", reject.file},
-                            {"record", reject.record},
-                            {"source_id", reject.sourceId},
-                            {"error", reject.error}}),
+    m_lists.AddItem(JsonText({{"file", reject.file},
+                              {"record", reject.record},
+                              {"source_id", reject.sourceId},
+                              {"error", reject.error}}),
                     rejectsList);
 }
 
 void ReportWriter::AddLoss(const Loss& loss) {
-    m_lists.AddItem(ToText({{"kind", LossKindName(loss.kind)},
-                            {"file", loss.source},
-                            {"record", loss.record},
-                            {"line", loss.line},
-                            {"source_id", loss.sourceId},
-                            {"field", loss.field},
-                            {"text", loss.text}}),
+    m_lists.AddItem(JsonText({{"kind", LossKindName(loss.kind)},
+                              {"file", loss.source},
+                              {"record", loss.record},
+                              {"line", loss.line},
+                              {"source_id", loss.sourceId},
+                              {"field", loss.field},
+                              {"text", loss.text}}),
                     lossesList);
 }
 

@@ -42,6 +42,10 @@ TEST(HtmlText, ReplacesWhatIsNoText) {
     }
 }
 
+TEST(HtmlText, ShowsWhatWouldTurnTheOrderOfTheTextAround) {
+    EXPECT_EQ(HtmlText("a\u202Eb\u2066"), "a\\u202eb\\u2066");
+}
+
 TEST(Clipped, KeepsWhatFits) {
     EXPECT_EQ(tool::Clipped("abc", 3), "abc");
 }

@@ -63,6 +63,18 @@ TEST_F(ReportTest, TakesTextThatIsNotUtf8) {
     EXPECT_EQ(nlohmann::json::parse(Content())["rejects"][0]["file"], "\xEF\xBF\xBD.xml");
 }
 
+TEST_F(ReportTest, EscapesWhatCouldDoSomethingToATerminal) {
+    const std::string hostile = "\x1B \x7F \xC2\x9B \u202E \U0001FFFE";
+    ReportWriter report(m_path);
+    report.AddReject({"a.xml", 1, "ä", hostile});
+    report.Finish(totals);
+    EXPECT_THAT(
+        Content(),
+        testing::AllOf(testing::HasSubstr("\"ä\""),
+                       testing::HasSubstr("\\u001b \\u007f \\u009b \\u202e \\ud83f\\udffe")));
+    EXPECT_EQ(nlohmann::json::parse(Content())["rejects"][0]["error"], hostile);
+}
+
 TEST_F(ReportTest, TakesManyRejects) {
     ReportWriter report(m_path);
     for (std::uint64_t i = 1; i <= 10000; ++i) {

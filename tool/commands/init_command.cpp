@@ -7,8 +7,10 @@
 
 #include "recorddb/database.h"
 #include "recorddb/schema/schema_file.h"
+#include "tool/masked_password.h"
 #include "tool/number_text.h"
 #include "tool/usage_error.h"
+#include "tool/visible_text.h"
 
 namespace tool {
 
@@ -46,7 +48,7 @@ void RunInit(const std::string& database, const std::string& schemaFile, std::os
     for (const auto& type : schema.Types()) {
         names += (names.empty() ? "" : ", ") + type.name;
     }
-    out << fmt::format("{}: created with {}: {}\n", database,
+    out << fmt::format("{}: created with {}: {}\n", VisibleText(WithoutPasswords(database)),
                        CountOf(schema.Types().size(), "record type"), names);
 }
 

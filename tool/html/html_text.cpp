@@ -4,11 +4,15 @@
 
 #include <cstdint>
 
+#include "tool/visible_text.h"
+
 namespace tool {
 
 namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+// Before it, there are no controls but those that IsNoText knows.
+constexpr UChar32 kFirstBidirectional = 0x600;
 constexpr std::string_view kEllipsis = "\xE2\x80\xA6";
 
 // Control characters but tab and line ends, and what Unicode calls no characters at all.
@@ -50,6 +54,8 @@ std::string HtmlText(std::string_view text) {
             text.substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(at - begin));
         if (IsNoText(character)) {
             out += kReplacement;
+        } else if (character >= kFirstBidirectional) {
+            out += VisibleText(piece);
         } else if (const auto escape = Escape(piece.front()); !escape.empty()) {
             out += escape;
         } else {

@@ -8,7 +8,8 @@
 namespace tool {
 
 // TEXT as it may stand in an HTML element or between the double quotes of an attribute. What is not
-// UTF-8, and control characters that HTML does not know, become U+FFFD.
+// UTF-8, and control characters that HTML does not know, become U+FFFD; what would turn the order
+// of the text around it is written as VisibleText does.
 std::string HtmlText(std::string_view text);
 
 // TEXT, or what of its beginning fits into LIMIT bytes followed by an ellipsis; characters are left

@@ -2,14 +2,24 @@
 
 #include "tool/html/tool_version.h"
 #include "tool/html/verify_page.h"
+#include "tool/masked_password.h"
 
 namespace tool {
+
+namespace {
+
+VerifyOptions ForPage(VerifyOptions options) {
+    options.database = WithoutPasswords(options.database);
+    return options;
+}
+
+}  // namespace
 
 HtmlVerifyReport::HtmlVerifyReport(const VerifyOptions& options,
                                    recorddb::journal::Journal& journal)
     : m_journal(journal),
       m_file(options.html),
-      m_findings(options, std::chrono::system_clock::now(), ToolVersion()) {}
+      m_findings(ForPage(options), std::chrono::system_clock::now(), ToolVersion()) {}
 
 void HtmlVerifyReport::IsFaulty(const recorddb::Fault& fault) {
     m_findings.AddFault(fault);

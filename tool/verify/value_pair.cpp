@@ -1,11 +1,9 @@
 #include "tool/verify/value_pair.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <cstddef>
 
-#include "platform/foundation/utf.h"
+#include "tool/visible_text.h"
 
 namespace tool {
 
@@ -24,26 +22,6 @@ std::size_t FirstDifference(std::string_view a, std::string_view b) {
     return static_cast<std::size_t>(end - a.begin());
 }
 
-std::string Visible(std::string_view text) {
-    std::string visible;
-    // Anything that is not UTF-8 becomes U+FFFD on the way.
-    for (const char unit : Utf16ToUtf8Lossy(Utf8ToUtf16Lossy(text))) {
-        const auto code = static_cast<unsigned char>(unit);
-        if (unit == '\n') {
-            visible += "\\n";
-        } else if (unit == '\t') {
-            visible += "\\t";
-        } else if (unit == '\r') {
-            visible += "\\r";
-        } else if (code < 0x20U || code == 0x7FU) {
-            visible += fmt::format("\\x{:02x}", code);
-        } else {
-            visible += unit;
-        }
-    }
-    return visible;
-}
-
 std::string Show(std::string_view text, std::size_t begin) {
     begin = std::min(begin, text.size());
     std::size_t end = std::min(text.size(), begin + kLongest);
@@ -53,7 +31,7 @@ std::string Show(std::string_view text, std::size_t begin) {
     while (end > begin && IsInsideCharacter(text, end)) {
         --end;
     }
-    return (begin > 0 ? "..." : "") + Visible(text.substr(begin, end - begin)) +
+    return (begin > 0 ? "..." : "") + VisibleText(text.substr(begin, end - begin)) +
            (end < text.size() ? "..." : "");
 }
 

@@ -13,7 +13,7 @@ struct ShownPair {
 };
 
 // Long values are cut to what stands around the first place at which they differ, with "..." for
-// what is left out; control characters and what is not UTF-8 are written as in C ("\n", "\x07").
+// what is left out; the rest is written as VisibleText does.
 ShownPair ShowPair(std::string_view source, std::string_view database);
 
 }  // namespace tool

@@ -5,6 +5,8 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "tool/json_text.h"
+
 namespace tool {
 
 namespace {
@@ -14,11 +16,6 @@ using nlohmann::ordered_json;
 // The lists of the report.
 constexpr std::size_t kDifferences = 0;
 constexpr std::size_t kFaults = 1;
-
-// Replaces what is not UTF-8, in a file name or a damaged database, where the default would throw.
-std::string TextOf(const ordered_json& json) {
-    return json.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
-}
 
 ordered_json ToJson(const VerifiedType& type) {
     return {{"type", type.name},
@@ -37,25 +34,25 @@ ordered_json ToJson(const VerifiedType& type) {
 }  // namespace
 
 void VerifyReport::Differs(const Difference& difference) {
-    m_lists.AddItem(TextOf({{"file", difference.source},
-                            {"record", difference.record},
-                            {"line", difference.line},
-                            {"source_id", difference.sourceId},
-                            {"type", difference.type},
-                            {"id", difference.id},
-                            {"field", difference.field},
-                            {"source", difference.sourceValue},
-                            {"database", difference.databaseValue},
-                            {"problem", difference.problem}}),
+    m_lists.AddItem(JsonText({{"file", difference.source},
+                              {"record", difference.record},
+                              {"line", difference.line},
+                              {"source_id", difference.sourceId},
+                              {"type", difference.type},
+                              {"id", difference.id},
+                              {"field", difference.field},
+                              {"source", difference.sourceValue},
+                              {"database", difference.databaseValue},
+                              {"problem", difference.problem}}),
                     kDifferences);
 }
 
 void VerifyReport::IsFaulty(const recorddb::Fault& fault) {
-    m_lists.AddItem(TextOf({{"type", fault.type},
-                            {"id", fault.id},
-                            {"field", fault.field},
-                            {"database", fault.value},
-                            {"problem", fault.problem}}),
+    m_lists.AddItem(JsonText({{"type", fault.type},
+                              {"id", fault.id},
+                              {"field", fault.field},
+                              {"database", fault.value},
+                              {"problem", fault.problem}}),
                     kFaults);
 }
 
@@ -68,7 +65,7 @@ void VerifyReport::Finish(const VerifySummary& summary) {
         fmt::format(R"({{"read":{},"compared":{},"differing":{},"missing":{},"extra":{},)"
                     R"("seconds":{:.3f},"types":{},"differences":[)",
                     summary.read, summary.compared, summary.differing, summary.missing,
-                    summary.extra, summary.seconds, TextOf(types)),
+                    summary.extra, summary.seconds, JsonText(types)),
         "]}\n", {"],\"faults\":["});
 }
 

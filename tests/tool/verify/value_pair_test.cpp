@@ -15,8 +15,8 @@ TEST(ValuePairTest, ControlCharactersAreVisible) {
     EXPECT_EQ(ShowPair("a\tb\r\nc\x07\x7F", "").source, "a\\tb\\r\\nc\\x07\\x7f");
 }
 
-TEST(ValuePairTest, WhatIsNoTextIsReplaced) {
-    EXPECT_EQ(ShowPair("", "a\xFF").database, "a\xEF\xBF\xBD");
+TEST(ValuePairTest, WhatIsNoTextIsVisible) {
+    EXPECT_EQ(ShowPair("", "a\xFF").database, "a\\xff");
 }
 
 TEST(ValuePairTest, LongValuesAreCutAroundTheFirstDifference) {

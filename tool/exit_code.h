@@ -9,7 +9,7 @@ enum class ExitCode {
     RecordsRejected = 1,  // some records were rejected, or would be; something would be lost
     RecordsDiffer = 1,    // what is in the sources is not in the database
     BadInput = 2,         // bad usage, schema or source
-    DatabaseFailed = 3,   // the record database failed, or there was not enough memory
+    DatabaseFailed = 3,   // the record database failed, not enough memory, an output not written
 };
 
 }  // namespace tool

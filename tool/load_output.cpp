@@ -3,9 +3,12 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <exception>
+
 #include "tool/number_text.h"
 #include "tool/run_words.h"
 #include "tool/visible_text.h"
+#include "tool/write_error.h"
 
 namespace tool {
 
@@ -184,15 +187,28 @@ double LoadOutput::Elapsed() const {
 void LoadOutput::Finish() {
     m_totals.seconds = Elapsed();
     m_progress.Finish();
-    if (m_report) {
-        m_report->Finish(m_totals);
+    // One report that cannot be written does not keep the rest from being told.
+    std::exception_ptr failure;
+    const auto finish = [&](auto& report) {
+        try {
+            if (report) {
+                report->Finish(m_totals);
+            }
+        } catch (const WriteError&) {
+            failure = std::current_exception();
+        }
+    };
+    finish(m_report);
+    finish(m_html);
+    if (!m_quiet) {
+        ShowTotals();
     }
-    if (m_html) {
-        m_html->Finish(m_totals);
+    if (failure) {
+        std::rethrow_exception(failure);
     }
-    if (m_quiet) {
-        return;
-    }
+}
+
+void LoadOutput::ShowTotals() {
     m_out << TotalsText(m_totals, m_rehearse);
     if (m_rehearse) {
         m_out << m_losses.Summary()

@@ -42,8 +42,8 @@ class LoadOutput {
     void AddImported(const LoadTotals& done);
     void AddReject(const RejectedRecord& record, const std::string& sourceId);
 
-    // Sees to the disk what was set aside of rejected records. To be called before a transaction ends
-    // that says that they were rejected.
+    // Sees to the disk what was set aside of rejected records. To be called before a transaction
+    // ends that says that they were rejected.
     void SyncRejects();
 
     // Takes what is lost silently: a load warns of it, a rehearsal counts and reports it.
@@ -63,11 +63,13 @@ class LoadOutput {
 
     const LoadTotals& Totals() const { return m_totals; }
 
-    // Shows the totals and writes the report.
+    // Shows the totals and writes the reports. Throws WriteError when one of them cannot be
+    // written; the others have been dealt with then.
     void Finish();
 
   private:
     double Elapsed() const;
+    void ShowTotals();
     void WarnOf(const Loss& loss);
     void ShowReject(const RejectedRecord& record, const std::string& sourceId);
 

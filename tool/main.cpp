@@ -2,6 +2,9 @@
 #include <exception>
 #include <iostream>
 #include <new>
+#include <ostream>
+#include <string>
+#include <string_view>
 #include <system_error>
 
 #include "platform/foundation/cexception.h"
@@ -15,14 +18,24 @@
 #include "tool/masked_password.h"
 #include "tool/memory_watch.h"
 #include "tool/source_error.h"
+#include "tool/standard_output.h"
 #include "tool/usage_error.h"
 #include "tool/visible_text.h"
+#include "tool/write_error.h"
 
 namespace {
 
 int Fail(const std::string& text, tool::ExitCode code) {
     std::cerr << "ztimport: " << tool::VisibleLines(tool::WithoutPasswords(text)) << '\n';
     return static_cast<int>(code);
+}
+
+constexpr std::string_view kMakeRoom =
+    "; make room, then start the same command again: it goes on where this one stopped";
+
+bool MeansNoRoom(const std::error_code& code) {
+    return code == std::errc::no_space_on_device || code == std::errc::file_too_large ||
+           code == std::errc::io_error;
 }
 
 // The one place that turns an exception into words and an exit code.
@@ -50,27 +63,43 @@ int FailWithCurrentException() {
         std::cerr << "ztimport: there is not enough memory; make some free, or reject long records "
                      "with --max-record-size, then start the same command again\n";
         return static_cast<int>(tool::ExitCode::DatabaseFailed);
+    } catch (const tool::WriteError& error) {
+        return Fail(error.what() + std::string(MeansNoRoom(error.code()) ? kMakeRoom : ""),
+                    tool::ExitCode::DatabaseFailed);
     } catch (const std::system_error& error) {
-        const bool noRoom = error.code() == std::errc::no_space_on_device ||
-                            error.code() == std::errc::file_too_large ||
-                            error.code() == std::errc::io_error;
-        return noRoom ? Fail(std::string(error.what()) +
-                                 "; make room, then start the same command again: it goes on "
-                                 "where this one stopped",
-                             tool::ExitCode::DatabaseFailed)
-                      : Fail(error.what(), tool::ExitCode::BadInput);
+        return MeansNoRoom(error.code())
+                   ? Fail(error.what() + std::string(kMakeRoom), tool::ExitCode::DatabaseFailed)
+                   : Fail(error.what(), tool::ExitCode::BadInput);
     } catch (const std::exception& error) {
         return Fail(error.what(), tool::ExitCode::BadInput);
+    }
+}
+
+// What was shown before the command failed; that the failure is told comes first.
+void FlushAfterFailure(std::ostream& out) {
+    if (!out) {
+        return;
+    }
+    try {
+        out.flush();
+    } catch (const tool::WriteError& error) {
+        Fail(error.what(), tool::ExitCode::DatabaseFailed);
     }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    tool::OccupyStandardDescriptors();
+    tool::StandardOutput out;
     try {
         tool::WatchMemory();
-        return tool::RunCommandLine(argc, argv, std::cout, std::cerr);
+        const int code = tool::RunCommandLine(argc, argv, out, std::cerr);
+        out.flush();
+        return code;
     } catch (...) {
-        return FailWithCurrentException();
+        const int code = FailWithCurrentException();
+        FlushAfterFailure(out);
+        return code;
     }
 }

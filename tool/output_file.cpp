@@ -11,6 +11,8 @@
 #include <system_error>
 #include <utility>
 
+#include "tool/write_error.h"
+
 namespace tool {
 
 namespace {
@@ -26,6 +28,11 @@ int Open(const std::filesystem::path& path, int flags, mode_t permissions, const
         Fail(path, what);
     }
     return descriptor;
+}
+
+[[noreturn]] void CannotWrite(const std::filesystem::path& path) {
+    const int error = errno;
+    throw WriteError(error, std::generic_category(), path.string() + ": cannot be written");
 }
 
 }  // namespace
@@ -98,7 +105,7 @@ void OutputFile::WriteAt(std::uint64_t offset, std::string_view bytes) {
             if (errno == EINTR) {
                 continue;
             }
-            Fail(m_path, "written");
+            CannotWrite(m_path);
         }
         offset += static_cast<std::uint64_t>(written);
         bytes.remove_prefix(static_cast<std::size_t>(written));
@@ -108,20 +115,20 @@ void OutputFile::WriteAt(std::uint64_t offset, std::string_view bytes) {
 
 void OutputFile::Truncate(std::uint64_t size) {
     if (::ftruncate(m_descriptor, static_cast<off_t>(size)) != 0) {
-        Fail(m_path, "written");
+        CannotWrite(m_path);
     }
     m_size = size;
 }
 
 void OutputFile::Sync() {
     if (!m_stream && ::fsync(m_descriptor) != 0) {
-        Fail(m_path, "written");
+        CannotWrite(m_path);
     }
 }
 
 void OutputFile::Close() {
     if (m_descriptor >= 0 && ::close(std::exchange(m_descriptor, -1)) != 0) {
-        Fail(m_path, "written");
+        CannotWrite(m_path);
     }
 }
 
@@ -132,7 +139,7 @@ void SyncFolder(const std::filesystem::path& folder) {
         if (errno == EACCES) {
             return;
         }
-        Fail(folder, "synced");
+        CannotWrite(folder);
     }
     const int result = ::fsync(descriptor);
     const int error = errno;
@@ -140,7 +147,7 @@ void SyncFolder(const std::filesystem::path& folder) {
     // Some file systems have nothing to sync in a folder and say so in this way.
     if (result != 0 && error != EINVAL) {
         errno = error;
-        Fail(folder, "synced");
+        CannotWrite(folder);
     }
 }
 

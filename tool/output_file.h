@@ -11,7 +11,7 @@
 namespace tool {
 
 // A file that is being written. Owns its descriptor. All operations throw std::system_error that
-// names the file.
+// names the file: WriteError when it is open already.
 class OutputFile {
   public:
     // Makes the file, which must not exist yet; a link counts as a file. PERMISSIONS are narrowed

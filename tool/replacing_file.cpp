@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "tool/file_identity.h"
+#include "tool/write_error.h"
 
 namespace tool {
 
@@ -113,7 +114,7 @@ void ReplacingFile::Place() {
         std::error_code error;
         fs::rename(m_file.Path(), m_path, error);
         if (error) {
-            throw std::system_error(error, m_path.string() + ": cannot be written");
+            throw WriteError(error, m_path.string() + ": cannot be written");
         }
         m_placed = true;
         SyncFolder(FolderOf(m_path));

@@ -3,6 +3,7 @@
 #include <system_error>
 
 #include "tool/usage_error.h"
+#include "tool/write_error.h"
 
 namespace tool {
 
@@ -21,9 +22,23 @@ TraceFile::~TraceFile() {
     AdDiagnostic::SetSink(m_former);
 }
 
+void TraceFile::Finish() {
+    if (m_failure) {
+        std::rethrow_exception(m_failure);
+    }
+    m_file.Finish();
+}
+
 void TraceFile::Write(const Obx_String& tag, const Obx_String& text) {
-    // Written line by line, so that the file tells how far a run came that was killed.
-    m_file.Append(tag.ToUtf8() + ": " + text.ToUtf8() + '\n');
+    if (m_failure) {
+        return;
+    }
+    try {
+        // Written line by line, so that the file tells how far a run came that was killed.
+        m_file.Append(tag.ToUtf8() + ": " + text.ToUtf8() + '\n');
+    } catch (const WriteError&) {
+        m_failure = std::current_exception();
+    }
 }
 
 }  // namespace tool

@@ -1,6 +1,7 @@
 #ifndef TOOL_TRACE_FILE_H
 #define TOOL_TRACE_FILE_H
 
+#include <exception>
 #include <filesystem>
 
 #include "platform/messages/addiagnostic.h"
@@ -19,12 +20,17 @@ class TraceFile : public AdDiagnosticSink {
     TraceFile(const TraceFile&) = delete;
     TraceFile& operator=(const TraceFile&) = delete;
 
+    // Throws WriteError when a trace could not be written; those behind it are missing then. The
+    // traces themselves go through code that must not be disturbed.
+    void Finish();
+
     bool Wants(int flag) override { return flag == AdDiagnostic::kImportFlag; }
     void Write(const Obx_String& tag, const Obx_String& text) override;
 
   private:
     ReplacingFile m_file;
     AdDiagnosticSink* m_former;
+    std::exception_ptr m_failure;
 };
 
 }  // namespace tool

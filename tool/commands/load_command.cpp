@@ -17,6 +17,7 @@
 #include "tool/source_list.h"
 #include "tool/source_loader.h"
 #include "tool/trace_file.h"
+#include "tool/write_error.h"
 
 namespace tool {
 
@@ -59,6 +60,16 @@ std::string TextOfCurrentException() {
     }
 }
 
+// What ended the load is what a person must know; that the reports cannot be written either comes
+// besides.
+void FinishAfterFailure(LoadOutput& output) {
+    try {
+        output.Finish();
+    } catch (const WriteError& error) {
+        output.Warn(fmt::format("warning: {}", error.what()));
+    }
+}
+
 void LoadSources(const SourceList& sources, SourceLoader& loader) {
     for (const Source& source : sources.Sources()) {
         loader.Load(source);
@@ -68,16 +79,8 @@ void LoadSources(const SourceList& sources, SourceLoader& loader) {
     }
 }
 
-}  // namespace
-
-int RunLoad(const LoadOptions& options, std::ostream& out, std::ostream& err) {
-    RequireFolder(options.attachments);
-    const SourceList sources(options.sources);
-    CheckOutputs(options, sources);
-    std::optional<TraceFile> trace;
-    if (!options.trace.empty()) {
-        trace.emplace(options.trace);
-    }
+int LoadInto(const LoadOptions& options, const SourceList& sources, std::ostream& out,
+             std::ostream& err) {
     const auto database =
         recorddb::Database::Open(options.database, recorddb::Database::Mode::ReadWrite);
     recorddb::SessionOptions sessionOptions;
@@ -92,7 +95,7 @@ int RunLoad(const LoadOptions& options, std::ostream& out, std::ostream& err) {
     } catch (...) {
         // What was imported and rejected before is true all the same, and the report says so.
         output.NoteEarlyEnd(TextOfCurrentException());
-        output.Finish();
+        FinishAfterFailure(output);
         throw;
     }
     if (loader.Stopped()) {
@@ -100,6 +103,23 @@ int RunLoad(const LoadOptions& options, std::ostream& out, std::ostream& err) {
     }
     output.Finish();
     return ExitCodeOf(output);
+}
+
+}  // namespace
+
+int RunLoad(const LoadOptions& options, std::ostream& out, std::ostream& err) {
+    RequireFolder(options.attachments);
+    const SourceList sources(options.sources);
+    CheckOutputs(options, sources);
+    std::optional<TraceFile> trace;
+    if (!options.trace.empty()) {
+        trace.emplace(options.trace);
+    }
+    const int code = LoadInto(options, sources, out, err);
+    if (trace) {
+        trace->Finish();
+    }
+    return code;
 }
 
 }  // namespace tool

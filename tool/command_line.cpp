@@ -61,14 +61,25 @@ void AddLimits(CLI::App& command, RecordLimits& limits) {
         ->check(CLI::PositiveNumber);
 }
 
+// Where the files of attachments are and how large they may be.
+template <typename Options>
+void AddRecordOptions(CLI::App& command, Options& options) {
+    command.add_option("--attachments", options.attachments,
+                       "folder that attachments' file names start from and cannot leave");
+    command
+        .add_option("--max-attachment-size", options.maxAttachmentSize,
+                    "largest file that is taken as an attachment, in bytes or with a unit: 2GB")
+        ->transform(CLI::AsSizeValue(false))
+        ->type_name("SIZE");
+}
+
 // What a load and its rehearsal can both be asked for.
 void AddImportOptions(CLI::App& command, LoadOptions& options) {
     command.add_option("DATABASE", options.database, kDatabaseHelp)->required();
     command.add_option("SOURCE", options.sources, kSourceHelp)->required();
     command.add_option("--report", options.report, "file to write a report to (JSON)");
     command.add_option("--html", options.html, "file to write a report for people to (HTML)");
-    command.add_option("--attachments", options.attachments,
-                       "folder that attachments' file names start from and cannot leave");
+    AddRecordOptions(command, options);
     command.add_option("--trace", options.trace, "file to write the importer's traces to");
     command.add_option("--max-rejects", options.maxRejects,
                        "stop when more records than this are rejected");
@@ -104,8 +115,7 @@ void AddVerify(CLI::App& app, Commands& commands) {
     VerifyOptions& options = commands.verify;
     verify->add_option("DATABASE", options.database, kDatabaseHelp)->required();
     verify->add_option("SOURCE", options.sources, kSourceHelp)->required();
-    verify->add_option("--attachments", options.attachments,
-                       "folder that attachments' file names start from and cannot leave");
+    AddRecordOptions(*verify, options);
     verify->add_option("--report", options.report, "file to write a report to (JSON)");
     verify->add_option("--html", options.html, "file to write a report for people to (HTML)");
     verify->add_flag("--exact", options.exact,

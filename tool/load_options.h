@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "recorddb/session/session_options.h"
 #include "tool/record_limits.h"
 
 namespace tool {
@@ -19,7 +20,8 @@ struct LoadOptions {
     std::filesystem::path report;       // file; empty for none
     std::filesystem::path html;         // file; empty for none
     std::filesystem::path attachments;  // folder; empty for none
-    std::filesystem::path trace;        // file; empty for none
+    std::int64_t maxAttachmentSize = recorddb::defaultMaxAttachmentSize;
+    std::filesystem::path trace;  // file; empty for none
     std::optional<std::uint64_t> maxRejects;
     RecordLimits limits;
     bool wholePackets = false;

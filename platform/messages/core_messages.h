@@ -192,6 +192,12 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
      u"The field \"_field_\" of a record of type \"_datatype_\" does not hold attachments: "
      u"\"_value_\" can be neither attached to it nor removed.",
      "Only fields of type attachments hold files. Correct the name of the field in the source."},
+    {message_id::kAttachmentTooLarge,
+     u"The file \"_value_\" cannot be attached to the field \"_field_\": it has _length_ bytes, "
+     u"and "
+     u"attachments may have _limit_ (--max-attachment-size).",
+     "A limit keeps a file that nobody meant to attach from filling the database. If it is meant, "
+     "raise the limit and import the record's attachments again."},
     {message_id::kDuplicateOtherType,
      u"The record \"_value_\" of type \"_datatype_\" cannot be marked as a duplicate of a record "
      u"of "

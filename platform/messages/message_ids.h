@@ -78,6 +78,7 @@ inline constexpr int kAttachmentUnreadable = 20074;
 inline constexpr int kAttachmentChanged = 20075;
 inline constexpr int kAttachmentUnknown = 20076;
 inline constexpr int kFieldNotAttachments = 20077;
+inline constexpr int kAttachmentTooLarge = 20078;
 
 // Of duplicates; "_value_" is the duplicate and "_id_" its original, by display id.
 inline constexpr int kDuplicateOtherType = 20080;

@@ -23,18 +23,23 @@ std::vector<Attachment> AttachmentChanges::AppliedTo(std::vector<Attachment> sto
     return stored;
 }
 
-PaMessage WriteAttachments(AttachmentTable& table, ContentStore& contents, std::int64_t recordType,
-                           std::int64_t record, const AttachmentChanges& changes) {
+PaMessage WriteAttachments(AttachmentTable& table, const AttachmentFolder& folder,
+                           ContentStore& contents, std::int64_t recordType, std::int64_t record,
+                           const AttachmentChanges& changes) {
     for (const Attachment& attachment : changes.removed) {
         table.Remove(attachment.dbid);
     }
     for (const NewAttachment& addition : changes.added) {
+        Attachment attachment = addition.attachment;
+        AttachmentFile file;
         Content content;
-        PaMessage problem = contents.Store(addition.path, addition.name, content);
+        PaMessage problem = folder.Open(addition.name, attachment.field, file);
+        if (problem.ID() == 0) {
+            problem = contents.Store(file, content);
+        }
         if (problem.ID() != 0) {
             return problem;
         }
-        Attachment attachment = addition.attachment;
         attachment.fileSize = content.size;
         attachment.sha256 = content.sha256;
         table.Insert(recordType, record, attachment);

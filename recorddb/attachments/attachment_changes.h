@@ -2,20 +2,20 @@
 #define RECORDDB_ATTACHMENTS_ATTACHMENT_CHANGES_H
 
 #include <cstdint>
-#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "recorddb/attachments/attachment_folder.h"
 #include "recorddb/attachments/attachment_table.h"
 #include "recorddb/attachments/content_store.h"
 
 namespace recorddb {
 
-// A file that is to become an attachment.
+// A file that is to become an attachment. It is opened when it is written: a record may have more
+// attachments than a process may have open files.
 struct NewAttachment {
     Attachment attachment;
-    std::filesystem::path path;
-    std::string name;  // as it was given, for messages
+    std::string name;  // of the file in its folder
 };
 
 // What is to be added to and removed from the attachments of a record.
@@ -31,11 +31,12 @@ struct AttachmentChanges {
     std::vector<Attachment> AppliedTo(std::vector<Attachment> stored) const;
 };
 
-// Writes the changes of a record, removing content that nothing has any longer. Returns a message
-// with id 0, or the one that says why a file could not be read, after which the caller undoes what
-// was written. Throws sql::Error.
-PaMessage WriteAttachments(AttachmentTable& table, ContentStore& contents, std::int64_t recordType,
-                           std::int64_t record, const AttachmentChanges& changes);
+// Writes the changes of a record, with the files of the folder, removing content that nothing has
+// any longer. Returns a message with id 0, or the one that says why a file could not be read, after
+// which the caller undoes what was written. Throws sql::Error.
+PaMessage WriteAttachments(AttachmentTable& table, const AttachmentFolder& folder,
+                           ContentStore& contents, std::int64_t recordType, std::int64_t record,
+                           const AttachmentChanges& changes);
 
 // An attachment as the core tells it: four lines, dbid, file name, size and description. The
 // description stands last, since it alone may have line ends in it.

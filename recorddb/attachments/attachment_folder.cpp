@@ -1,10 +1,13 @@
 #include "recorddb/attachments/attachment_folder.h"
 
-#include <algorithm>
-#include <fstream>
+#include <sys/stat.h>
+
+#include <cerrno>
 #include <system_error>
+#include <utility>
 
 #include "platform/messages/message_ids.h"
+#include "recorddb/attachments/open_beneath.h"
 #include "recorddb/messages/error_message.h"
 
 namespace recorddb {
@@ -15,6 +18,12 @@ namespace fs = std::filesystem;
 
 PaMessage Refuse(int id, const std::string& name) {
     return ErrorMessage(id, {{u"_value_", name}});
+}
+
+// A line end in the name would break the text by which an attachment is told, and the system takes
+// a name to end at a NUL.
+bool IsFileName(const std::string& name) {
+    return !name.empty() && name.find_first_of(std::string_view("\r\n\0", 3)) == std::string::npos;
 }
 
 // True when the name climbs above where it started, whether or not it comes back.
@@ -29,45 +38,50 @@ bool Climbs(const fs::path& name) {
     return false;
 }
 
-bool IsBelow(const fs::path& path, const fs::path& folder) {
-    const auto [end, rest] = std::mismatch(folder.begin(), folder.end(), path.begin(), path.end());
-    return end == folder.end() && rest != path.end();
+PaMessage CannotOpen(const std::string& name, int error) {
+    switch (error) {
+        case EXDEV:
+            return Refuse(message_id::kAttachmentOutside, name);
+        case ENXIO:  // a socket, or a device without a driver
+        case ENODEV:
+            return Refuse(message_id::kAttachmentNotAFile, name);
+        default:
+            return ErrorMessage(
+                message_id::kAttachmentUnreadable,
+                {{u"_value_", name}, {u"_coreinfo_", std::system_category().message(error)}});
+    }
 }
 
 }  // namespace
 
-PaMessage AttachmentFolder::Find(const std::string& name, fs::path& path) const {
+PaMessage AttachmentFolder::Open(const std::string& name, std::string_view field,
+                                 AttachmentFile& file) const {
     if (m_folder.empty()) {
         return Refuse(message_id::kAttachmentNoFolder, name);
     }
-    // A line end in the name would break the text by which an attachment is told.
-    if (name.empty() || name.find_first_of("\r\n") != std::string::npos) {
+    if (!IsFileName(name)) {
         return Refuse(message_id::kAttachmentBadName, name);
     }
     if (fs::path(name).is_absolute() || Climbs(name)) {
         return Refuse(message_id::kAttachmentOutside, name);
     }
-    std::error_code error;
-    const fs::path folder = fs::canonical(m_folder, error);
-    if (!error) {
-        path = fs::canonical(m_folder / name, error);
+    FileDescriptor descriptor = OpenBeneath(m_folder, name);
+    struct stat status = {};
+    if (!descriptor.IsOpen() || fstat(descriptor.Number(), &status) != 0) {
+        return CannotOpen(name, errno);
     }
-    if (error) {
-        return ErrorMessage(message_id::kAttachmentUnreadable,
-                            {{u"_value_", name}, {u"_coreinfo_", error.message()}});
-    }
-    if (!IsBelow(path, folder)) {
-        return Refuse(message_id::kAttachmentOutside, name);
-    }
-    // Before it is opened: opening a pipe would wait for its other end.
-    if (!fs::is_regular_file(path, error)) {
+    if (!S_ISREG(status.st_mode)) {
         return Refuse(message_id::kAttachmentNotAFile, name);
     }
-    if (!std::ifstream(path, std::ios::binary)) {
-        return ErrorMessage(
-            message_id::kAttachmentUnreadable,
-            {{u"_value_", name}, {u"_coreinfo_", std::system_category().message(errno)}});
+    const std::int64_t size = status.st_size;
+    if (size > m_maxSize) {
+        return ErrorMessage(message_id::kAttachmentTooLarge,
+                            {{u"_value_", name},
+                             {u"_field_", field},
+                             {u"_length_", std::to_string(size)},
+                             {u"_limit_", std::to_string(m_maxSize)}});
     }
+    file = AttachmentFile(std::move(descriptor), name, size);
     return {};
 }
 

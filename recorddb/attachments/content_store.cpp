@@ -1,87 +1,40 @@
 #include "recorddb/attachments/content_store.h"
 
-#include <cerrno>
-#include <fstream>
-#include <system_error>
-
-#include "platform/messages/message_ids.h"
 #include "recorddb/attachments/content_hash.h"
-#include "recorddb/messages/error_message.h"
 
 namespace recorddb {
 
-namespace {
-
-constexpr std::size_t chunkSize = std::size_t{256} * 1024;
-
-// A file read in chunks; a file that is empty has one empty chunk.
-class ChunkedFile {
-  public:
-    explicit ChunkedFile(const std::filesystem::path& path) : m_file(path, std::ios::binary) {}
-
-    // The next chunk, in the buffer given; false at the end and when the file cannot be read.
-    bool Next(std::vector<std::byte>& buffer, std::span<const std::byte>& chunk) {
-        if (!m_file.is_open() || (m_begun && m_atEnd)) {
-            return false;
-        }
-        buffer.resize(chunkSize);
-        m_file.read(reinterpret_cast<char*>(buffer.data()),
-                    static_cast<std::streamsize>(buffer.size()));
-        const auto got = static_cast<std::size_t>(m_file.gcount());
-        m_atEnd = m_file.eof() || m_file.peek() == std::ifstream::traits_type::eof();
-        chunk = std::span(buffer).first(got);
-        m_begun = true;
-        return !Failed();
-    }
-
-    bool Failed() const { return !m_file.is_open() || m_file.bad(); }
-
-  private:
-    std::ifstream m_file;
-    bool m_begun = false;
-    bool m_atEnd = false;
-};
-
-PaMessage Unreadable(const std::string& name) {
-    return ErrorMessage(
-        message_id::kAttachmentUnreadable,
-        {{u"_value_", name}, {u"_coreinfo_", std::system_category().message(errno)}});
-}
-
-}  // namespace
-
-PaMessage ContentStore::Store(const std::filesystem::path& path, const std::string& name,
-                              Content& content) {
+PaMessage ContentStore::Store(const AttachmentFile& file, Content& content) {
     // Read once to know the hash and, if the content is new, again to store it: chunks stand under
     // the hash of the whole.
     ContentHash hash;
-    ChunkedFile first(path);
-    std::span<const std::byte> chunk;
-    content.size = 0;
-    while (first.Next(m_chunk, chunk)) {
-        hash.Update(chunk);
-        content.size += static_cast<std::int64_t>(chunk.size());
+    PaMessage problem =
+        file.Read([&hash](std::span<const std::byte> piece) { hash.Update(piece); });
+    if (problem.ID() != 0) {
+        return problem;
     }
-    if (first.Failed()) {
-        return Unreadable(name);
-    }
+    content.size = file.Size();
     content.sha256 = hash.HexDigest();
     if (m_keeping == Keeping::Examine || Has(content.sha256)) {
         return {};
     }
-    ContentHash stored;
-    ChunkedFile second(path);
-    for (std::int64_t number = 0; second.Next(m_chunk, chunk); ++number) {
-        stored.Update(chunk);
-        AddChunk(content.sha256, number, chunk);
+    return AddChunks(file, content.sha256);
+}
+
+PaMessage ContentStore::AddChunks(const AttachmentFile& file, const std::string& sha256) {
+    ContentHash hash;
+    std::int64_t chunks = 0;
+    PaMessage problem = file.Read([&](std::span<const std::byte> piece) {
+        hash.Update(piece);
+        AddChunk(sha256, chunks++, piece);
+    });
+    if (problem.ID() != 0) {
+        return problem;
     }
-    if (second.Failed()) {
-        return Unreadable(name);
+    if (chunks == 0) {
+        AddChunk(sha256, 0, {});
     }
-    if (stored.HexDigest() != content.sha256) {
-        return ErrorMessage(message_id::kAttachmentChanged, {{u"_value_", name}});
-    }
-    return {};
+    return hash.HexDigest() == sha256 ? PaMessage() : file.Changed();
 }
 
 bool ContentStore::Has(const std::string& sha256) {

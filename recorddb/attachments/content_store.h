@@ -3,13 +3,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <functional>
 #include <span>
 #include <string>
-#include <vector>
 
 #include "platform/messages/pamessage.h"
+#include "recorddb/attachments/attachment_file.h"
 #include "recorddb/sql/connection.h"
 
 namespace recorddb {
@@ -33,10 +32,9 @@ class ContentStore {
     explicit ContentStore(sql::Connection& connection, Keeping keeping = Keeping::Store)
         : m_connection(connection), m_keeping(keeping) {}
 
-    // Stores the content of a file, called `name` in messages, unless it is there already. Returns
-    // a message with id 0, or the one that says why the file could not be read, after which the
-    // caller undoes what was written.
-    PaMessage Store(const std::filesystem::path& path, const std::string& name, Content& content);
+    // Stores the content of a file unless it is there already. Returns a message with id 0, or the
+    // one that says why the file could not be read, after which the caller undoes what was written.
+    PaMessage Store(const AttachmentFile& file, Content& content);
 
     // Removes content that no attachment has.
     void RemoveUnused(const std::string& sha256);
@@ -47,11 +45,11 @@ class ContentStore {
 
   private:
     bool Has(const std::string& sha256);
+    PaMessage AddChunks(const AttachmentFile& file, const std::string& sha256);
     void AddChunk(const std::string& sha256, std::int64_t chunk, std::span<const std::byte> data);
 
     sql::Connection& m_connection;
     Keeping m_keeping;
-    std::vector<std::byte> m_chunk;
 };
 
 }  // namespace recorddb

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <filesystem>
 #include <string>
 
 #include "platform/core/adtext.h"
@@ -64,15 +63,14 @@ PaMessage Entity::Attach(const Field& field, const Obx_String& fileName,
         return FieldMessage(message_id::kValueNotText, m_record.Type(), field,
                             {{u"_value_", fileName.ToUtf8()}});
     }
-    PaMessage problem = m_parts->folder.Find(addition.name, addition.path);
+    AttachmentFile file;
+    PaMessage problem = m_parts->folder.Open(addition.name, field.name, file);
     if (problem.ID() != 0) {
         return problem;
     }
-    std::error_code ignored;
     attachment.field = field.name;
     attachment.fileName = AdBasename(fileName).ToUtf8();
-    attachment.fileSize =
-        static_cast<std::int64_t>(std::filesystem::file_size(addition.path, ignored));
+    attachment.fileSize = file.Size();
     m_record.attachments.added.push_back(std::move(addition));
     return {};
 }

@@ -103,8 +103,8 @@ PaMessage WriteLinks(SessionParts& parts, const EditedRecord& record) {
     if (record.original && !record.linked) {
         parts.duplicates.Link(record.Type().id, record.dbid, *record.original);
     }
-    return WriteAttachments(parts.attachments, parts.contents, record.Type().id, record.dbid,
-                            record.attachments);
+    return WriteAttachments(parts.attachments, parts.folder, parts.contents, record.Type().id,
+                            record.dbid, record.attachments);
 }
 
 void SaveListsOfNew(SessionParts& parts, EditedRecord& record) {

@@ -1,16 +1,23 @@
 #ifndef RECORDDB_SESSION_SESSION_OPTIONS_H
 #define RECORDDB_SESSION_SESSION_OPTIONS_H
 
+#include <cstdint>
 #include <string>
 
 namespace recorddb {
 
+// In bytes. More than trackers take, and less than a file that is nothing but holes.
+inline constexpr std::int64_t defaultMaxAttachmentSize = std::int64_t{1} << 30;
+
 struct SessionOptions {
     // The folder below which the files of attachments are found; empty: attachments are refused.
     std::string attachmentsFolder;
+    // Larger files are refused; in bytes.
+    std::int64_t maxAttachmentSize = defaultMaxAttachmentSize;
     // The files of attachments are found and read, but their content is not stored: for work that
     // is to be undone in any case.
     bool examineAttachments = false;
+};
 };
 
 }  // namespace recorddb

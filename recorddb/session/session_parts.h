@@ -37,7 +37,7 @@ class SessionParts final : public AdRefCounted {
           dbids(connection, base.GetRecordIds()),
           queryStatements(connection),
           history(connection, schema, tables),
-          folder(options.attachmentsFolder),
+          folder(options.attachmentsFolder, options.maxAttachmentSize),
           attachments(connection),
           contents(connection, options.examineAttachments ? ContentStore::Keeping::Examine
                                                           : ContentStore::Keeping::Store),

@@ -85,6 +85,7 @@ int LoadInto(const LoadOptions& options, const SourceList& sources, std::ostream
         recorddb::Database::Open(options.database, recorddb::Database::Mode::ReadWrite);
     recorddb::SessionOptions sessionOptions;
     sessionOptions.attachmentsFolder = options.attachments.string();
+    sessionOptions.maxAttachmentSize = options.maxAttachmentSize;
     sessionOptions.examineAttachments = options.rehearse;
     const AdPtr<recorddb::Session> session = database->OpenSession(sessionOptions);
     LoadOutput output(options, sources.TotalSize(), out, err);

@@ -31,7 +31,7 @@ int RunVerify(const VerifyOptions& options, std::ostream& out, std::ostream& err
         output.Add(page.emplace(options, database->GetJournal()));
     }
     WatchInterrupts();
-    Verifier verifier(*database, options.attachments, output, options.limits, options.exact);
+    Verifier verifier(*database, options, output);
     const VerifySummary summary = verifier.Run(sources);
     if (const int signal = Interrupted()) {
         output.Warn("Stopped before the end, so nothing is known of the rest; verify again.");

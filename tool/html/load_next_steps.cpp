@@ -1,3 +1,4 @@
+#include "tool/html/attachment_words.h"
 #include "tool/html/load_verdict.h"
 
 namespace tool {
@@ -10,9 +11,7 @@ std::vector<std::string> CommandOn(std::string_view name, const LoadOptions& opt
                                    const std::vector<std::string>& more = {}) {
     std::vector<std::string> words = {"ztimport", std::string(name), options.database};
     words.insert(words.end(), sources.begin(), sources.end());
-    if (!options.attachments.empty()) {
-        words.insert(words.end(), {"--attachments", options.attachments.string()});
-    }
+    AddAttachmentWords(options.attachments, options.maxAttachmentSize, words);
     words.insert(words.end(), more.begin(), more.end());
     return words;
 }

@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include "tool/html/attachment_words.h"
 #include "tool/html/verify_page.h"
 #include "tool/number_text.h"
 
@@ -56,10 +57,7 @@ std::vector<NextStep> NextSteps(const VerifyFindings& findings) {
             "rejected is set aside in a folder, with the reason.",
             {"ztimport", "load", options.database}};
         load.command.insert(load.command.end(), options.sources.begin(), options.sources.end());
-        if (!options.attachments.empty()) {
-            load.command.insert(load.command.end(),
-                                {"--attachments", options.attachments.string()});
-        }
+        AddAttachmentWords(options.attachments, options.maxAttachmentSize, load.command);
         load.command.insert(load.command.end(), {"--retry-rejected", "--rejects", "rejects"});
         steps.push_back(std::move(load));
     }

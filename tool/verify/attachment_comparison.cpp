@@ -70,7 +70,7 @@ class AttachmentComparison {
             if (!claimed.lines.complete) {
                 continue;
             }
-            pair.file = m_files.Read(claimed.lines.fileName);
+            pair.file = m_files.Read(claimed.lines.fileName, m_field.name);
             Take(pair, std::find_if(m_free.begin(), m_free.end(), [&](const Attachment* other) {
                      return other->fileName == claimed.baseName;
                  }));

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 #include "recorddb/attachments/attachment_folder.h"
 
@@ -19,10 +20,13 @@ struct FileContent {
 // The files that the attachments of sources name.
 class AttachmentFiles {
   public:
-    explicit AttachmentFiles(std::filesystem::path folder) : m_folder(std::move(folder)) {}
+    // Files of more than maxSize bytes are not read.
+    AttachmentFiles(std::filesystem::path folder, std::int64_t maxSize)
+        : m_folder(std::move(folder), maxSize) {}
 
-    // Reads the file of that name, in constant memory. Names lead to nothing outside of the folder.
-    FileContent Read(const std::string& name) const;
+    // Reads the file of that name, attached to that field, in constant memory. Names lead to
+    // nothing outside of the folder.
+    FileContent Read(const std::string& name, std::string_view field) const;
 
   private:
     recorddb::AttachmentFolder m_folder;

@@ -31,8 +31,7 @@ void CompareDuplicate(const ExpectedRecord& expected,
 
 }  // namespace
 
-Verifier::Verifier(recorddb::Database& database, const std::filesystem::path& attachments,
-                   VerifyOutput& output, const RecordLimits& limits, bool exact)
+Verifier::Verifier(recorddb::Database& database, const VerifyOptions& options, VerifyOutput& output)
     : m_moment(database.Begin()),
       m_scratch(recorddb::sql::OpenScratch()),
       m_scratchWork(*m_scratch),
@@ -42,11 +41,11 @@ Verifier::Verifier(recorddb::Database& database, const std::filesystem::path& at
       m_shelf(*m_scratch),
       m_resolver(m_lookup),
       m_contents(m_reader),
-      m_files(attachments),
+      m_files(options.attachments, options.maxAttachmentSize),
       m_tally(database.GetSchema()),
       m_output(output),
-      m_scan(m_lookup, m_shelf, attachments, m_tally, output, limits),
-      m_exact(exact) {}
+      m_scan(m_lookup, m_shelf, options.attachments, m_tally, output, options.limits),
+      m_exact(options.exact) {}
 
 VerifySummary Verifier::Run(const SourceList& sources) {
     const auto start = std::chrono::steady_clock::now();

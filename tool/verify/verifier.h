@@ -1,7 +1,6 @@
 #ifndef TOOL_VERIFY_VERIFIER_H
 #define TOOL_VERIFY_VERIFIER_H
 
-#include <filesystem>
 #include <memory>
 
 #include "recorddb/database.h"
@@ -16,6 +15,7 @@
 #include "tool/verify/reference_resolver.h"
 #include "tool/verify/source_scan.h"
 #include "tool/verify/stored_contents.h"
+#include "tool/verify/verify_options.h"
 #include "tool/verify/verify_output.h"
 #include "tool/verify/verify_tally.h"
 
@@ -30,11 +30,8 @@ namespace tool {
 // each must be, and looks.
 class Verifier {
   public:
-    // All of them outlive the object. ATTACHMENTS is the folder of the attachments' files, empty
-    // for none. EXACT: what the database holds and no source speaks of differs, too. Throws
-    // sql::Error.
-    Verifier(recorddb::Database& database, const std::filesystem::path& attachments,
-             VerifyOutput& output, const RecordLimits& limits, bool exact);
+    // All of them outlive the object. Throws sql::Error.
+    Verifier(recorddb::Database& database, const VerifyOptions& options, VerifyOutput& output);
 
     // Compares; returns the numbers. Throws SourceError when a source cannot be used, sql::Error
     // when the database fails. Ends early when the process was interrupted; the numbers then are of

@@ -1,10 +1,12 @@
 #ifndef TOOL_VERIFY_VERIFY_OPTIONS_H
 #define TOOL_VERIFY_VERIFY_OPTIONS_H
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
 
+#include "recorddb/session/session_options.h"
 #include "tool/record_limits.h"
 
 namespace tool {
@@ -14,8 +16,9 @@ struct VerifyOptions {
     std::string database;
     std::vector<std::string> sources;
     std::filesystem::path attachments;  // folder; empty for none
-    std::filesystem::path report;       // file; empty for none
-    std::filesystem::path html;         // file; empty for none
+    std::int64_t maxAttachmentSize = recorddb::defaultMaxAttachmentSize;
+    std::filesystem::path report;  // file; empty for none
+    std::filesystem::path html;    // file; empty for none
     RecordLimits limits;
     bool exact = false;  // what no source speaks of is a difference, too
     bool quiet = false;

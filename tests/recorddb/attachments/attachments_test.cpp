@@ -1,4 +1,5 @@
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include "recorddb/attachments/content_hash.h"
 #include "session_fixture.h"
@@ -177,6 +178,46 @@ TEST_F(AttachmentsTest, FileThatVanishesBeforeCommitFailsTheWholeCommit) {
     EXPECT_EQ(Row("SELECT title, zt_version FROM bug"), "t|1");
     EXPECT_EQ(Contents(), "");
     EXPECT_EQ(Core().GetStatistics().attachments, 0);
+}
+
+TEST_F(AttachmentsTest, FileSwappedForALinkBeforeCommitGivesNothingAway) {
+    Folder().Write("secret.txt", "secret");
+    const AdEntityPtr bug = Open("bug", "1");
+    EXPECT_EQ(Attach(bug, "same.txt"), "");
+    std::filesystem::remove(Folder().Path() / "files/same.txt");
+    std::filesystem::create_symlink("../secret.txt", Folder().Path() / "files/same.txt");
+    EXPECT_EQ(CommitFault(bug),
+              "The file \"same.txt\" cannot be attached, because it lies outside of the folder for "
+              "attachments.");
+    EXPECT_EQ(Contents(), "");
+}
+
+TEST_F(AttachmentsTest, FileSwappedForAPipeBeforeCommitIsNotWaitedFor) {
+    const AdEntityPtr bug = Open("bug", "1");
+    EXPECT_EQ(Attach(bug, "same.txt"), "");
+    std::filesystem::remove(Folder().Path() / "files/same.txt");
+    ASSERT_EQ(mkfifo(Folder().File("files/same.txt").c_str(), 0600), 0);
+    EXPECT_EQ(CommitFault(bug),
+              "The name \"same.txt\" cannot be attached, because it is not that of a file.");
+}
+
+TEST_F(AttachmentsTest, FileThatIsNothingButAHoleFillsNoDatabase) {
+    Folder().Write("files/hole.bin", "");
+    std::filesystem::resize_file(Folder().Path() / "files/hole.bin", std::uintmax_t{3} << 30);
+    EXPECT_EQ(Attach(Open("bug", "1"), "hole.bin"),
+              "The file \"hole.bin\" cannot be attached to the field \"files\": it has 3221225472 "
+              "bytes, and attachments may have 1073741824 (--max-attachment-size).");
+}
+
+TEST_F(AttachmentsTest, FileThatGrowsBeyondTheLimitBeforeCommitIsRefused) {
+    OpenSession({.attachmentsFolder = Folder().File("files"), .maxAttachmentSize = 3});
+    const AdEntityPtr bug = Open("bug", "1");
+    EXPECT_EQ(Attach(bug, "same.txt"), "");
+    Folder().Write("files/same.txt", "abcd");
+    EXPECT_EQ(
+        CommitFault(bug),
+        "The file \"same.txt\" cannot be attached to the field \"files\": it has 4 bytes, and "
+        "attachments may have 3 (--max-attachment-size).");
 }
 
 TEST_F(AttachmentsTest, OtherFieldsTakeNone) {

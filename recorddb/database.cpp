@@ -78,6 +78,18 @@ class WorkFile {
     std::string m_path;
 };
 
+sql::OpenMode OpenModeOf(Database::Mode mode) {
+    switch (mode) {
+        case Database::Mode::ReadOnly:
+            return sql::OpenMode::ReadOnly;
+        case Database::Mode::Immutable:
+            return sql::OpenMode::Immutable;
+        case Database::Mode::ReadWrite:
+            break;
+    }
+    return sql::OpenMode::ReadWrite;
+}
+
 void Fill(const std::string& path, const schema::Schema& schema) {
     const auto connection = sql::Open(path, sql::OpenMode::CreateNew);
     sql::Transaction transaction(*connection);
@@ -102,8 +114,7 @@ void Database::Create(const std::string& location, const schema::Schema& schema)
 }
 
 std::unique_ptr<Database> Database::Open(const std::string& location, Mode mode) {
-    auto connection = sql::Open(
-        location, mode == Mode::ReadOnly ? sql::OpenMode::ReadOnly : sql::OpenMode::ReadWrite);
+    auto connection = sql::Open(location, OpenModeOf(mode));
     schema::Schema schema = schema::LoadSchema(*connection, location);
     return std::unique_ptr<Database>(new Database(std::move(connection), std::move(schema)));
 }

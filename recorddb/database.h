@@ -23,7 +23,11 @@ class Session;
 // reference lives as long as it does.
 class Database {
   public:
-    enum class Mode { ReadOnly, ReadWrite };
+    enum class Mode {
+        ReadOnly,
+        Immutable,  // reading, where nothing can be written beside the file, nor is by anybody
+        ReadWrite
+    };
 
     // Makes a new database for a schema. The file appears at its place when it is whole: a failure
     // leaves nothing behind. Throws DatabaseError (FileExists) when there is a file already,
@@ -32,7 +36,8 @@ class Database {
 
     // Opens a database. Throws DatabaseError when it is not a record database or has a format that
     // this program cannot use, sql::Error otherwise: CannotOpen when there is no such file,
-    // NotADatabase, ReadOnly when Mode::ReadWrite is not to be had.
+    // or it cannot be read completely, NotADatabase, ReadOnly when Mode::ReadWrite is not to be
+    // had.
     static std::unique_ptr<Database> Open(const std::string& location, Mode mode);
 
     Database(const Database&) = delete;

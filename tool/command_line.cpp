@@ -73,6 +73,13 @@ void AddRecordOptions(CLI::App& command, Options& options) {
         ->type_name("SIZE");
 }
 
+// For reading a database where nothing can be written beside it.
+template <typename Options>
+void AddImmutable(CLI::App& command, Options& options) {
+    command.add_flag("--immutable", options.immutable,
+                     "read a database to which certainly no program writes");
+}
+
 // What a load and its rehearsal can both be asked for.
 void AddImportOptions(CLI::App& command, LoadOptions& options) {
     command.add_option("DATABASE", options.database, kDatabaseHelp)->required();
@@ -120,6 +127,7 @@ void AddVerify(CLI::App& app, Commands& commands) {
     verify->add_option("--html", options.html, "file to write a report for people to (HTML)");
     verify->add_flag("--exact", options.exact,
                      "take what the database holds and no source speaks of for a difference, too");
+    AddImmutable(*verify, options);
     verify->add_flag("--quiet", options.quiet, "show differences only");
     AddLimits(*verify, options.limits);
     verify->callback([&commands] {
@@ -136,6 +144,7 @@ void AddShow(CLI::App& app, Commands& commands) {
     show->add_option("DATABASE", options.database, kDatabaseHelp)->required();
     show->add_option("TYPE", options.type, "a record type");
     show->add_option("ID", options.id, "a record's display id, unique key or dbid");
+    AddImmutable(*show, options);
     show->callback([&commands] {
         commands.run = [&commands] {
             RunShow(commands.show, commands.out);

@@ -33,6 +33,8 @@ class Connection {
     // makes tables and indexes goes this way.
     virtual void ExecuteScript(std::string_view sql) = 0;
 
+    // True for a table that holds its rows itself, as opposed to a view, a virtual table or one
+    // with computed columns.
     virtual bool HasTable(std::string_view name) = 0;
     virtual bool HasIndex(std::string_view name) = 0;
 

@@ -6,6 +6,9 @@ namespace recorddb::sql {
 
 namespace {
 
+// Enough of a statement to know it by. What makes the tables of a schema has thousands of lines.
+constexpr std::size_t longestShown = 300;
+
 std::string FullText(ErrorKind kind, const std::string& driverText, const std::string& sql) {
     std::string text = "database error (";
     text += KindName(kind);
@@ -13,8 +16,8 @@ std::string FullText(ErrorKind kind, const std::string& driverText, const std::s
     text += driverText;
     if (!sql.empty()) {
         text += " [";
-        text += sql;
-        text += ']';
+        text += sql.substr(0, longestShown);
+        text += sql.size() > longestShown ? " ...]" : "]";
     }
     return text;
 }

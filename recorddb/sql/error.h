@@ -28,7 +28,8 @@ enum class ErrorKind {
 // The name of a kind for messages, such as "unique violation".
 std::string_view KindName(ErrorKind kind);
 
-// A failure of the SQL engine. what() joins the kind, the driver's text and the statement.
+// A failure of the SQL engine. what() joins the kind, the driver's text and the
+// beginning of the statement.
 class Error : public std::runtime_error {
   public:
     // sql is the statement that failed, empty when none was running.

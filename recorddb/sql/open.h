@@ -10,6 +10,7 @@ namespace recorddb::sql {
 
 enum class OpenMode {
     ReadOnly,
+    Immutable,  // reading a file that certainly nobody writes to, without its side files
     ReadWrite,  // an existing database
     CreateNew   // a database that does not exist yet
 };
@@ -18,8 +19,11 @@ enum class OpenMode {
 bool IsServerUrl(const std::string& location);
 
 // Opens the database at a location: the path of an SQLite file. Throws Error: Unsupported for a
-// server URL, CannotOpen when there is no such file (or, for CreateNew, already one),
-// NotADatabase when the file is something else.
+// server URL; CannotOpen when there is no such file (or, for CreateNew, already one), or it cannot
+// be read completely in this mode; NotADatabase when the file is something else, or a database that
+// another program has marked as its own.
+//
+// The database may come from anybody: its triggers do not run and its views cannot be read.
 std::unique_ptr<Connection> Open(const std::string& location, OpenMode mode);
 
 // Opens an empty database for intermediate results of any size: a file without a name among the

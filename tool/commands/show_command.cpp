@@ -62,7 +62,8 @@ void ShowRecord(const RecordType& type, const std::string& id, RecordReader& rea
 }  // namespace
 
 void RunShow(const ShowOptions& options, std::ostream& out) {
-    const auto database = Database::Open(options.database, Database::Mode::ReadOnly);
+    const auto database = Database::Open(
+        options.database, options.immutable ? Database::Mode::Immutable : Database::Mode::ReadOnly);
     // One moment for all that is shown, whoever writes meanwhile.
     const auto moment = database->Begin();
     RecordReader reader(*database);

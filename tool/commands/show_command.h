@@ -11,6 +11,7 @@ struct ShowOptions {
     std::string database;
     std::string type;
     std::string id;
+    bool immutable = false;  // nothing is written beside the database, nor to it by anybody
 };
 
 // Shows the record types with their numbers of records, the records of a type, or one record with

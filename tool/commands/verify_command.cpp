@@ -19,8 +19,9 @@ int RunVerify(const VerifyOptions& options, std::ostream& out, std::ostream& err
     RequireFolder(options.attachments);
     const SourceList sources(options.sources);
     CheckOutputs(options, sources);
-    const auto database =
-        recorddb::Database::Open(options.database, recorddb::Database::Mode::ReadOnly);
+    const auto database = recorddb::Database::Open(
+        options.database, options.immutable ? recorddb::Database::Mode::Immutable
+                                            : recorddb::Database::Mode::ReadOnly);
     VerifyOutput output(options.quiet, out, err);
     std::optional<VerifyReport> report;
     if (!options.report.empty()) {

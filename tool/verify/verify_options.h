@@ -22,6 +22,7 @@ struct VerifyOptions {
     RecordLimits limits;
     bool exact = false;  // what no source speaks of is a difference, too
     bool quiet = false;
+    bool immutable = false;  // nothing is written beside the database, nor to it by anybody
 };
 
 }  // namespace tool

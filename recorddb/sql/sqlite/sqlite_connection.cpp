@@ -37,7 +37,8 @@ void SqliteConnection::Closer::operator()(sqlite3* handle) const noexcept {
 }
 
 SqliteConnection::SqliteConnection(Handle handle, OpenMode mode)
-    : m_handle(std::move(handle)), m_readOnly(mode == OpenMode::ReadOnly) {}
+    : m_handle(std::move(handle)),
+      m_readOnly(mode == OpenMode::ReadOnly || mode == OpenMode::Immutable) {}
 
 SqliteConnection::~SqliteConnection() = default;
 
@@ -61,18 +62,24 @@ void SqliteConnection::ExecuteScript(std::string_view sql) {
 }
 
 bool SqliteConnection::HasTable(std::string_view name) {
-    return HasObject("table", name);
+    // Virtual tables have no page of their own.
+    Statement& find = Prepare(
+        "SELECT 1 FROM sqlite_master "
+        "WHERE type = 'table' AND lower(name) = lower($1) AND rootpage > 0");
+    find.BindAll(name);
+    if (!QueryInt(find)) {
+        return false;
+    }
+    Statement& findComputed = Prepare("SELECT 1 FROM pragma_table_xinfo($1) WHERE hidden <> 0");
+    findComputed.BindAll(name);
+    return !QueryInt(findComputed);
 }
 
 bool SqliteConnection::HasIndex(std::string_view name) {
-    return HasObject("index", name);
-}
-
-bool SqliteConnection::HasObject(std::string_view type, std::string_view name) {
-    Statement& statement =
-        Prepare("SELECT 1 FROM sqlite_master WHERE type = $1 AND lower(name) = lower($2)");
-    statement.BindAll(type, name);
-    return QueryInt(statement).has_value();
+    Statement& find =
+        Prepare("SELECT 1 FROM sqlite_master WHERE type = 'index' AND lower(name) = lower($1)");
+    find.BindAll(name);
+    return QueryInt(find).has_value();
 }
 
 const Dialect& SqliteConnection::GetDialect() const {

@@ -57,8 +57,9 @@ class SqliteConnection final : public Connection {
 
     static Handle OpenHandle(const std::string& path, int flags);
     static Handle OpenReadOnly(const std::string& path);
+    static Handle OpenImmutable(const std::string& path);
     static Handle OpenReadWrite(const std::string& path, bool create);
-    bool HasObject(std::string_view type, std::string_view name);
+    static Handle OpenInMode(const std::string& file, OpenMode mode);
 
     Handle m_handle;
     bool m_readOnly;

@@ -73,6 +73,9 @@ std::vector<std::string> ColumnsIn(std::string_view text) {
 Error SqliteError(sqlite3* handle, int code, std::string_view sql) {
     std::string text = handle != nullptr ? sqlite3_errmsg(handle) : sqlite3_errstr(code);
     const ErrorKind kind = KindOf(code);
+    if (kind == ErrorKind::NotADatabase) {
+        text = "the file is not an SQLite database";
+    }
     std::vector<std::string> columns;
     if (kind == ErrorKind::UniqueViolation || kind == ErrorKind::ConstraintViolation) {
         columns = ColumnsIn(text);

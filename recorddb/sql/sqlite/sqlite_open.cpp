@@ -1,7 +1,10 @@
+#include <fmt/format.h>
 #include <sqlite3.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <system_error>
 #include <utility>
 
 #include "recorddb/sql/error.h"
@@ -33,8 +36,11 @@ constexpr const char* settings =
     "PRAGMA synchronous = NORMAL;"
     "PRAGMA cache_size = -32768;"
     "PRAGMA temp_store = MEMORY;"
-    "PRAGMA wal_autocheckpoint = 10000;"
-    "PRAGMA trusted_schema = OFF;";
+    "PRAGMA wal_autocheckpoint = 10000;";
+
+// What a database that was made here says of itself, "ZTRD"; the `file` command shows it. Databases
+// made by early versions say nothing, which is 0.
+constexpr std::int64_t applicationId = 0x5A545244;
 
 // For a file that is thrown away: nothing is synced and nothing can be undone. What does not fit
 // the cache, sorting included, goes to disk; that is what the file is for.
@@ -49,18 +55,75 @@ void Execute(sqlite3* handle, const char* sql) {
     CheckSqlite(handle, sqlite3_exec(handle, sql, nullptr, nullptr, nullptr), sql);
 }
 
+// A file from elsewhere can hold more than data. Nothing in it is run, and nothing damaged or
+// oversized in it is taken at its word. Before anything of the file is read.
+void Distrust(sqlite3* handle) {
+    for (const auto& [option, value] :
+         {std::pair(SQLITE_DBCONFIG_DEFENSIVE, 1), std::pair(SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0),
+          std::pair(SQLITE_DBCONFIG_ENABLE_TRIGGER, 0), std::pair(SQLITE_DBCONFIG_ENABLE_VIEW, 0),
+          std::pair(SQLITE_DBCONFIG_DQS_DDL, 0), std::pair(SQLITE_DBCONFIG_DQS_DML, 0)}) {
+        CheckSqlite(handle, sqlite3_db_config(handle, option, value, nullptr), "");
+    }
+    // Far above what the tables of a schema need, far below what the engine would go along with.
+    constexpr int longestStatement = 1'000'000;
+    sqlite3_limit(handle, SQLITE_LIMIT_SQL_LENGTH, longestStatement);
+    sqlite3_limit(handle, SQLITE_LIMIT_ATTACHED, 0);
+    sqlite3_limit(handle, SQLITE_LIMIT_TRIGGER_DEPTH, 1);
+    Execute(handle, "PRAGMA cell_size_check = ON");
+}
+
+std::int64_t ApplicationId(sqlite3* handle) {
+    std::int64_t id = 0;
+    const auto take = [](void* to, int, char** values, char**) {
+        *static_cast<std::int64_t*>(to) = std::strtoll(values[0], nullptr, 10);
+        return 0;
+    };
+    const char* const sql = "PRAGMA application_id";
+    CheckSqlite(handle, sqlite3_exec(handle, sql, take, &id, nullptr), sql);
+    return id;
+}
+
 // Opening alone reads nothing; this makes a file that is no database fail here and not later.
 void ReadHeader(sqlite3* handle) {
     Execute(handle, "SELECT count(*) FROM sqlite_master");
+    if (const std::int64_t id = ApplicationId(handle); id != 0 && id != applicationId) {
+        throw Error(
+            ErrorKind::NotADatabase,
+            fmt::format("it is a database of another program (its application id is {})", id), "");
+    }
 }
 
 [[noreturn]] void CannotOpen(const std::string& path, const std::string& why) {
     throw Error(ErrorKind::CannotOpen, path + ": " + why, "");
 }
 
-// A path as the engine takes it: "" and ":memory:" mean databases without a file to it.
+// A path as the engine takes it: to it, ":memory:" means a database without a file, and "file:" may
+// begin a URI.
 std::string PlainPath(const std::string& path) {
-    return path[0] == ':' ? "./" + path : path;
+    return path[0] == '/' ? path : "./" + path;
+}
+
+// The engine looks for its side files beside the file itself, and so must whoever looks for them.
+std::string WithoutLinks(const std::string& path) {
+    std::error_code error;
+    std::string resolved = std::filesystem::canonical(path, error).string();
+    if (error) {
+        CannotOpen(path, error.message());
+    }
+    return resolved;
+}
+
+// The log or the journal beside a database that has something in it, or cannot be looked at;
+// empty when neither has.
+std::string SideFile(const std::string& path) {
+    for (const char* const suffix : {"-wal", "-journal"}) {
+        std::error_code error;
+        const auto size = std::filesystem::file_size(path + suffix, error);
+        if (error ? error != std::errc::no_such_file_or_directory : size > 0) {
+            return path + suffix;
+        }
+    }
+    return "";
 }
 
 std::string UriOf(const std::string& path) {
@@ -101,6 +164,8 @@ void CheckPath(const std::string& path, OpenMode mode) {
         CannotOpen(path, "there is no such file; check the path, or make the database first");
     } else if (std::filesystem::is_directory(status)) {
         CannotOpen(path, "it is a directory, not a file");
+    } else if (!std::filesystem::is_regular_file(status)) {
+        CannotOpen(path, "it is a pipe or a device, not a file");
     }
 }
 
@@ -119,22 +184,45 @@ SqliteConnection::Handle SqliteConnection::OpenHandle(const std::string& path, i
 }
 
 // A reader of a write-ahead log shares an index file beside the database with its writers. Where
-// that file cannot be made, in a directory without write permission, there can be no writer either,
-// and if there is no log the database file alone is complete and can be read as it stands.
+// that file cannot be made, nothing tells whether someone writes: who can write there may do so any
+// time. So reading the database file alone is left to those who know.
 SqliteConnection::Handle SqliteConnection::OpenReadOnly(const std::string& path) {
     Handle handle = OpenHandle(PlainPath(path), SQLITE_OPEN_READONLY);
+    Distrust(handle.get());
     try {
         ReadHeader(handle.get());
     } catch (const Error& error) {
         // Which of the two it is depends on whether the database file itself may be written to.
-        const bool noIndexFile =
-            error.Kind() == ErrorKind::CannotOpen || error.Kind() == ErrorKind::ReadOnly;
-        if (!noIndexFile || std::filesystem::exists(path + "-wal")) {
+        if (error.Kind() != ErrorKind::CannotOpen && error.Kind() != ErrorKind::ReadOnly) {
             throw;
         }
-        handle = OpenHandle(UriOf(path) + "?immutable=1", SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
-        ReadHeader(handle.get());
+        const std::string log = SideFile(path);
+        throw Error(
+            ErrorKind::CannotOpen,
+            fmt::format("reading it takes the permission to write to its directory {}, where "
+                        "readers and writers keep a file in common; get that permission, or {}",
+                        std::filesystem::path(path).parent_path().string(),
+                        log.empty() ? "read it with --immutable if certainly no program writes to "
+                                      "it meanwhile"
+                                    : "copy the database together with " + log +
+                                          ", which holds a part of it, and read the copy"),
+            "");
     }
+    return handle;
+}
+
+SqliteConnection::Handle SqliteConnection::OpenImmutable(const std::string& path) {
+    if (const std::string log = SideFile(path); !log.empty()) {
+        throw Error(ErrorKind::CannotOpen,
+                    "a part of the database may stand in " + log +
+                        ", which reading it as immutable would leave out; read it without "
+                        "--immutable, or copy both files and read the copy",
+                    "");
+    }
+    Handle handle =
+        OpenHandle(UriOf(path) + "?immutable=1", SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+    Distrust(handle.get());
+    ReadHeader(handle.get());
     return handle;
 }
 
@@ -145,28 +233,39 @@ SqliteConnection::Handle SqliteConnection::OpenReadWrite(const std::string& path
     if (sqlite3_db_readonly(handle.get(), "main") != 0) {
         throw Error(ErrorKind::ReadOnly, "the file may not be written to", "");
     }
+    Distrust(handle.get());
     ReadHeader(handle.get());
     if (create) {
-        // Stored in the file, so it holds for every later connection.
+        // Stored in the file, so they hold for every later connection.
+        Execute(handle.get(), fmt::format("PRAGMA application_id = {}", applicationId).c_str());
         Execute(handle.get(), "PRAGMA journal_mode = WAL");
     }
     return handle;
 }
 
+SqliteConnection::Handle SqliteConnection::OpenInMode(const std::string& file, OpenMode mode) {
+    switch (mode) {
+        case OpenMode::ReadOnly:
+            return OpenReadOnly(file);
+        case OpenMode::Immutable:
+            return OpenImmutable(file);
+        case OpenMode::ReadWrite:
+            return OpenReadWrite(file, false);
+        case OpenMode::CreateNew:
+            break;
+    }
+    return OpenReadWrite(file, true);
+}
+
 std::unique_ptr<Connection> SqliteConnection::Open(const std::string& path, OpenMode mode) {
     CheckPath(path, mode);
+    const std::string file = mode == OpenMode::CreateNew ? path : WithoutLinks(path);
     try {
-        Handle handle = mode == OpenMode::ReadOnly
-                            ? OpenReadOnly(path)
-                            : OpenReadWrite(path, mode == OpenMode::CreateNew);
+        Handle handle = OpenInMode(file, mode);
         Execute(handle.get(), settings);
         return std::unique_ptr<Connection>(new SqliteConnection(std::move(handle), mode));
     } catch (const Error& error) {
-        const bool foreign = error.Kind() == ErrorKind::NotADatabase;
-        throw Error(
-            error.Kind(),
-            path + ": " + (foreign ? "the file is not an SQLite database" : error.DriverText()),
-            error.Sql());
+        throw Error(error.Kind(), path + ": " + error.DriverText(), error.Sql());
     }
 }
 

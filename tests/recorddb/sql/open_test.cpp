@@ -1,35 +1,19 @@
 #include "recorddb/sql/open.h"
 
 #include <gmock/gmock.h>
-#include <unistd.h>
+#include <sys/stat.h>
 
+#include <vector>
+
+#include "ordinary_user.h"
 #include "sql/sql_test.h"
 
 namespace recorddb::sql {
 
 namespace {
 
+using ::testing::AllOf;
 using ::testing::HasSubstr;
-
-// Lets the super-user, whom no permission stops, act as nobody.
-class OrdinaryUser {
-  public:
-    OrdinaryUser() : m_before(geteuid()) {
-        if (m_before == 0 && seteuid(65534) != 0) {
-            throw std::runtime_error("cannot act as another user");
-        }
-    }
-    OrdinaryUser(const OrdinaryUser&) = delete;
-    OrdinaryUser& operator=(const OrdinaryUser&) = delete;
-    ~OrdinaryUser() {
-        if (seteuid(m_before) != 0) {
-            std::abort();
-        }
-    }
-
-  private:
-    uid_t m_before;
-};
 
 class OpenTest : public SqlTest {
   protected:
@@ -65,32 +49,147 @@ TEST_F(OpenTest, EveryConnectionHasTheSameSettings) {
     }
 }
 
-TEST_F(OpenTest, ReadOnlyInAFolderThatMayNotBeWrittenTo) {
+TEST_F(OpenTest, ReadOnlyInAFolderThatMayNotBeWrittenToIsRefusedWithAdvice) {
     Insert("a");
     Close();
     SetMode(closedFolder, readable);
     {
         const OrdinaryUser user;
-        m_connection = Open(Path(), OpenMode::ReadOnly);
-        EXPECT_EQ(Count(), 1);
-        Close();
+        const Error error = ErrorOf([this] { Open(Path(), OpenMode::ReadOnly); });
+        EXPECT_EQ(error.Kind(), ErrorKind::CannotOpen);
+        EXPECT_THAT(error.DriverText(), AllOf(HasSubstr(Path()), HasSubstr("--immutable")));
     }
     SetMode(openFolder, writable);
 }
 
-TEST_F(OpenTest, FileNamesWithOddCharactersWorkInSuchAFolderToo) {
+TEST_F(OpenTest, ImmutableInAFolderThatMayNotBeWrittenTo) {
     Insert("a");
     Close();
     const std::string odd = m_folder.File("50% ?#&.db");
     std::filesystem::rename(Path(), odd);
-    std::filesystem::permissions(m_folder.Path(), closedFolder);
-    {
-        const OrdinaryUser user;
-        m_connection = Open(odd, OpenMode::ReadOnly);
-        EXPECT_EQ(Count(), 1);
-        Close();
+    for (const std::filesystem::perms file : {readable, writable}) {
+        std::filesystem::permissions(odd, file);
+        std::filesystem::permissions(m_folder.Path(), closedFolder);
+        {
+            const OrdinaryUser user;
+            m_connection = Open(odd, OpenMode::Immutable);
+            EXPECT_TRUE(m_connection->IsReadOnly());
+            EXPECT_EQ(Count(), 1);
+            Close();
+        }
+        std::filesystem::permissions(m_folder.Path(), openFolder);
     }
-    std::filesystem::permissions(m_folder.Path(), openFolder);
+}
+
+// A database whose newest row stands in the log only, in a folder of its own.
+class LeftLogTest : public OpenTest {
+  protected:
+    LeftLogTest() {
+        Insert("a");
+        std::filesystem::create_directory(Folder());
+        for (const char* const suffix : {"", "-wal"}) {
+            std::filesystem::copy_file(Path() + suffix, Copy() + suffix);
+        }
+        Close();
+        std::filesystem::permissions(m_folder.Path(), openFolder);
+    }
+    ~LeftLogTest() override { std::filesystem::permissions(Folder(), openFolder); }
+
+    std::filesystem::path Folder() const { return m_folder.Path() / "left"; }
+    std::string Copy() const { return (Folder() / "copy.db").string(); }
+
+    // A link from elsewhere, beside which there is no log.
+    std::string Link() const {
+        const std::string link = m_folder.File("link.db");
+        std::filesystem::create_symlink(Copy(), link);
+        return link;
+    }
+};
+
+TEST_F(LeftLogTest, IsReadThroughALink) {
+    m_connection = Open(Link(), OpenMode::ReadOnly);
+    EXPECT_EQ(Count(), 1);
+}
+
+TEST_F(LeftLogTest, IsNotLeftOutThroughALinkToAFolderThatMayNotBeWrittenTo) {
+    const std::string link = Link();
+    std::filesystem::permissions(Folder(), closedFolder);
+    const OrdinaryUser user;
+    const Error error = ErrorOf([&link] { Open(link, OpenMode::ReadOnly); });
+    EXPECT_EQ(error.Kind(), ErrorKind::CannotOpen);
+    EXPECT_THAT(error.DriverText(), AllOf(HasSubstr(link), HasSubstr("copy.db-wal")));
+}
+
+TEST_F(LeftLogTest, IsNotLeftOutByReadingAsImmutable) {
+    for (const std::string& name : {Copy(), Link()}) {
+        const Error error = ErrorOf([&name] { Open(name, OpenMode::Immutable); });
+        EXPECT_EQ(error.Kind(), ErrorKind::CannotOpen);
+        EXPECT_THAT(error.DriverText(), HasSubstr("copy.db-wal"));
+    }
+}
+
+TEST_F(OpenTest, DatabaseOfAnotherProgramIsRefused) {
+    m_connection->ExecuteScript("PRAGMA application_id = 1234");
+    Close();
+    for (const OpenMode mode : {OpenMode::ReadOnly, OpenMode::Immutable, OpenMode::ReadWrite}) {
+        const Error error = ErrorOf([this, mode] { Open(Path(), mode); });
+        EXPECT_EQ(error.Kind(), ErrorKind::NotADatabase);
+        EXPECT_THAT(error.DriverText(), HasSubstr("another program (its application id is 1234)"));
+    }
+}
+
+TEST_F(OpenTest, DatabaseSaysWhoseItIs) {
+    EXPECT_EQ(Pragma("application_id"), std::to_string(0x5A545244));
+    m_connection->ExecuteScript("PRAGMA application_id = 0");
+    Close();
+    EXPECT_NO_THROW(Open(Path(), OpenMode::ReadWrite));
+}
+
+TEST_F(OpenTest, TriggersDoNotRunAndViewsCannotBeRead) {
+    m_connection->ExecuteScript(
+        "CREATE TRIGGER copy AFTER INSERT ON thing BEGIN "
+        "INSERT INTO thing (name) VALUES ('more'); END;"
+        "CREATE VIEW seen AS SELECT name FROM thing;"
+        "CREATE VIEW endless AS WITH RECURSIVE n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) "
+        "SELECT i FROM n");
+    for (const OpenMode mode : {OpenMode::ReadWrite, OpenMode::ReadOnly}) {
+        Close();
+        m_connection = Open(Path(), mode);
+        EXPECT_EQ(Pragma("trusted_schema"), "0");
+        EXPECT_EQ(Pragma("cell_size_check"), "1");
+        EXPECT_THAT(
+            std::string(ErrorOf([this] { m_connection->PrepareOwn("SELECT * FROM seen"); }).what()),
+            HasSubstr("access to view \"seen\" prohibited"));
+        EXPECT_THROW(m_connection->PrepareOwn("SELECT i FROM endless"), Error);
+    }
+    m_connection = Open(Path(), OpenMode::ReadWrite);
+    Insert("one");
+    EXPECT_EQ(Count(), 1);
+}
+
+TEST_F(OpenTest, OnlyATableThatHoldsItsRowsItselfIsOne) {
+    m_connection->ExecuteScript(
+        "CREATE VIEW seen AS SELECT 1;"
+        "CREATE TABLE computed (a INTEGER, b INTEGER AS (a + 1));"
+        "CREATE VIRTUAL TABLE told USING fts5(text)");
+    EXPECT_TRUE(m_connection->HasTable("THING"));
+    for (const char* const name : {"seen", "computed", "told", "nothing"}) {
+        EXPECT_FALSE(m_connection->HasTable(name)) << name;
+    }
+}
+
+TEST_F(OpenTest, ErrorsShowTheBeginningOfAStatementOnly) {
+    const std::string script = "SELECT nothing_of_that_name" + std::string(100'000, ' ');
+    const Error error = ErrorOf([&] { m_connection->ExecuteScript(script); });
+    EXPECT_THAT(error.what(), HasSubstr("[SELECT nothing_of_that_name "));
+    EXPECT_LT(std::string(error.what()).size(), 500U);
+}
+
+TEST_F(OpenTest, PipeIsNoDatabase) {
+    const std::string pipe = m_folder.File("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_THAT(ErrorOf([&pipe] { Open(pipe, OpenMode::ReadOnly); }).DriverText(),
+                HasSubstr("it is a pipe or a device, not a file"));
 }
 
 TEST_F(OpenTest, ReadWriteOfAReadOnlyFileIsRefused) {
@@ -122,12 +221,18 @@ TEST_F(OpenTest, EmptyNameIsRefused) {
     EXPECT_EQ(ErrorOf([] { Open("", OpenMode::CreateNew); }).Kind(), ErrorKind::CannotOpen);
 }
 
-TEST_F(OpenTest, NameThatMeansMemoryToTheEngineIsThatOfAFile) {
+TEST_F(OpenTest, NamesThatMeanSomethingElseToTheEngineAreThoseOfFiles) {
     const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::current_path(m_folder.Path());
-    Open(":memory:", OpenMode::CreateNew);
+    const std::vector<std::string> names = {":memory:", "file:new.db?mode=memory", "file:x.db"};
+    for (const std::string& name : names) {
+        Open(name, OpenMode::CreateNew);
+        Open(name, OpenMode::ReadOnly);
+    }
     std::filesystem::current_path(before);
-    EXPECT_TRUE(std::filesystem::exists(m_folder.File(":memory:")));
+    for (const std::string& name : names) {
+        EXPECT_TRUE(std::filesystem::exists(m_folder.File(name))) << name;
+    }
 }
 
 TEST_F(OpenTest, DamagedFileIsTold) {

@@ -61,7 +61,8 @@ void AddLimits(CLI::App& command, RecordLimits& limits) {
         ->check(CLI::PositiveNumber);
 }
 
-// Where the files of attachments are and how large they may be.
+// Where the files of attachments are, how large they may be, and how hard a reference may be to
+// read.
 template <typename Options>
 void AddRecordOptions(CLI::App& command, Options& options) {
     command.add_option("--attachments", options.attachments,
@@ -71,6 +72,11 @@ void AddRecordOptions(CLI::App& command, Options& options) {
                     "largest file that is taken as an attachment, in bytes or with a unit: 2GB")
         ->transform(CLI::AsSizeValue(false))
         ->type_name("SIZE");
+    command
+        .add_option("--max-reference-tries", options.maxReferenceTries,
+                    "ways of reading a reference as a key before it is given up")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
 }
 
 // For reading a database where nothing can be written beside it.

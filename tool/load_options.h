@@ -21,6 +21,7 @@ struct LoadOptions {
     std::filesystem::path html;         // file; empty for none
     std::filesystem::path attachments;  // folder; empty for none
     std::int64_t maxAttachmentSize = recorddb::defaultMaxAttachmentSize;
+    std::int64_t maxReferenceTries = recorddb::defaultMaxReferenceTries;
     std::filesystem::path trace;  // file; empty for none
     std::optional<std::uint64_t> maxRejects;
     RecordLimits limits;

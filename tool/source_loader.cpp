@@ -246,6 +246,10 @@ void SourceLoader::LoadRecord(const SourceRecord& record, const SourceFile& sour
     std::string error = record.error;
     if (record.defect != RecordDefect::None ||
         !ImportOne(record.packet, record.ordinal, journal, error)) {
+        if (Interrupted() != 0) {
+            // It may have failed for that alone. The load that goes on tries it again.
+            return;
+        }
         Reject(record, source, error);
         journal.NoteRejected(record.ordinal);
     }
@@ -278,8 +282,10 @@ void SourceLoader::LoadWhole(PacketReader& reader, const SourceFile& source, Loa
     if (!error.empty() || !ImportOne(whole.text, 0, journal, error)) {
         // Left out of the journal: nothing of the packet is there, and the next load, by records or
         // whole, begins at its front.
-        Reject(record, source, error);
-        m_output.SyncRejects();
+        if (Interrupted() == 0) {
+            Reject(record, source, error);
+            m_output.SyncRejects();
+        }
         m_group.Commit();
     } else {
         journal.NoteEnd();

@@ -88,6 +88,17 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
      u"The field \"_field_\" of a record of type \"_datatype_\" does not hold \"_value_\", which "
      u"was to be taken out.",
      "The record named exists but is not in the list, so there is nothing to take out."},
+    {message_id::kReferenceUndecided,
+     u"The field \"_field_\" of a record of type \"_datatype_\" cannot refer to \"_value_\": it "
+     u"can be "
+     u"read as the key of a record of type \"_refentitydef_\" in more ways than the _limit_ that "
+     u"are "
+     u"tried (--max-reference-tries).",
+     "The parts of a key are separated by blanks and may have blanks in them, so a text of many "
+     "words can be cut into them in very many ways. Keys are seldom that long: correct the value "
+     "in "
+     "the source. If it is right, raise the limit, or refer to the record by a field with a unique "
+     "value."},
     {message_id::kRequiredFieldEmpty,
      u"The field \"_field_\" of a record of type \"_datatype_\" is empty, but needs a value.",
      "The schema says that the field is required. Give it a value in the source."},

@@ -46,6 +46,7 @@ inline constexpr int kFieldNotList = 20027;
 inline constexpr int kReferenceUnknown = 20028;
 inline constexpr int kReferenceUnclear = 20029;
 inline constexpr int kNotInList = 20030;
+inline constexpr int kReferenceUndecided = 20031;
 
 // Of a whole record, refused by Validate and Commit.
 inline constexpr int kRequiredFieldEmpty = 20040;

@@ -2,6 +2,7 @@
 
 #include "platform/messages/message_ids.h"
 #include "recorddb/messages/error_message.h"
+#include "recorddb/records/reference_refusal.h"
 #include "recorddb/records/value_text.h"
 
 namespace recorddb {
@@ -62,10 +63,9 @@ std::optional<FieldValue> ResultSet::Operand(const FilterNode& filter) {
         case schema::FieldKind::Reference: {
             const schema::RecordType& target = m_parts->schema.Type(field.target);
             const KeyMatch match = m_parts->keys.Find(target, filter.Value());
-            if (match.several) {
-                ThrowMessage(
-                    FieldMessage(message_id::kReferenceUnclear, m_query->Type(), field,
-                                 {{u"_value_", filter.Value()}, {u"_refentitydef_", target.name}}));
+            if (match.several || match.undecided) {
+                ThrowMessage(ReferenceRefusal(m_query->Type(), field, target, filter.Value(), match,
+                                              m_parts->keys.Limits()));
             }
             return match.dbid != 0 ? std::optional<FieldValue>(match.dbid) : std::nullopt;
         }

@@ -2,7 +2,8 @@
 
 #include <fmt/format.h>
 
-#include "recorddb/records/key_splits.h"
+#include <utility>
+
 #include "recorddb/records/value_text.h"
 #include "recorddb/schema/tables.h"
 
@@ -13,37 +14,46 @@ namespace {
 // Records remembered for each type.
 constexpr std::size_t mostKnown = 20'000;
 
-// A key can contain a reference to a record whose key contains one in turn. Deeper than this only a
-// record that refers to itself gets.
+// A key can contain a reference to a record whose key contains one in turn. Deeper than this, or
+// with more records to it, only one gets that refers to itself.
 constexpr int deepestKey = 16;
+constexpr int mostKeyReads = 1000;
 
 }  // namespace
 
-ReferenceKeys::ReferenceKeys(sql::Connection& connection, const schema::Schema& schema)
-    : m_connection(connection), m_schema(schema), m_types(schema.Types().size()) {}
+ReferenceKeys::ReferenceKeys(sql::Connection& connection, const schema::Schema& schema,
+                             KeySearchLimits limits)
+    : m_connection(connection),
+      m_schema(schema),
+      m_types(schema.Types().size()),
+      m_limits(std::move(limits)) {}
 
 KeyMatch ReferenceKeys::Find(const schema::RecordType& type, std::string_view key) {
-    m_depth = 0;
-    return FindAt(type, key);
+    return KeySearch(m_schema, *this, m_limits).Find(type, key);
 }
 
-KeyMatch ReferenceKeys::FindAt(const schema::RecordType& type, std::string_view key) {
-    const bool remember = MayRemember();
-    Known& known = Keys(type).known;
-    if (remember) {
-        if (const auto found = known.find(key); found != known.end()) {
-            return {.dbid = found->second, .several = false};
-        }
+std::optional<std::int64_t> ReferenceKeys::Known(const schema::RecordType& type,
+                                                 std::string_view key) {
+    if (!MayRemember()) {
+        return std::nullopt;
     }
-    const KeyMatch match = Search(type, key);
-    // What does not exist is not remembered: it may be created a moment later.
-    if (remember && match.dbid != 0 && !match.several) {
-        if (known.size() >= mostKnown) {
-            known.clear();
-        }
-        known.emplace(key, match.dbid);
+    const KeyCache& known = Keys(type).known;
+    const auto found = known.find(key);
+    return found != known.end() ? std::optional(found->second) : std::nullopt;
+}
+
+// What does not exist is never remembered from one search to the next: it may be created a moment
+// later.
+void ReferenceKeys::Remember(const schema::RecordType& type, std::string_view key,
+                             std::int64_t dbid) {
+    if (!MayRemember()) {
+        return;
     }
-    return match;
+    KeyCache& known = Keys(type).known;
+    if (known.size() >= mostKnown) {
+        known.clear();
+    }
+    known.emplace(key, dbid);
 }
 
 // Between transactions other writers may change keys, and a roll-back takes records away.
@@ -66,72 +76,26 @@ void ReferenceKeys::Forget() {
     }
 }
 
-KeyMatch ReferenceKeys::Search(const schema::RecordType& type, std::string_view key) {
-    if (type.key.size() == 1) {
-        return SearchParts(type, {key});
-    }
-    KeyMatch match;
-    for (const auto& parts : KeySplits(key, type.key.size())) {
-        const KeyMatch found = SearchParts(type, parts);
-        if (found.several || (found.dbid != 0 && match.dbid != 0 && found.dbid != match.dbid)) {
-            return {.dbid = 0, .several = true};
-        }
-        if (found.dbid != 0) {
-            match = found;
-        }
-    }
-    return match;
-}
-
-KeyMatch ReferenceKeys::SearchParts(const schema::RecordType& type,
-                                    const std::vector<std::string_view>& parts) {
-    std::vector<FieldValue> values;
-    bool several = false;
-    for (std::size_t i = 0; i < parts.size(); ++i) {
-        auto value = PartValue(type.fields[type.key[i]], parts[i], several);
-        if (!value) {
-            return {.dbid = 0, .several = several};
-        }
-        values.push_back(*std::move(value));
-    }
-    // Only now, since the values of references are found by such statements themselves.
+std::int64_t ReferenceKeys::LookUp(const schema::RecordType& type,
+                                   const std::vector<FieldValue>& values) {
     sql::Statement& find = FindStatement(type);
     int parameter = 0;
     for (const FieldValue& value : values) {
         BindValue(find, ++parameter, value);
     }
-    return {.dbid = sql::QueryInt(find).value_or(0), .several = false};
-}
-
-std::optional<FieldValue> ReferenceKeys::PartValue(const schema::Field& field,
-                                                   std::string_view text, bool& several) {
-    switch (field.kind) {
-        case schema::FieldKind::Integer:
-        case schema::FieldKind::DbId:
-            return IntegerOf(text);
-        case schema::FieldKind::DateTime:
-            return DateTimeOf(text);
-        case schema::FieldKind::Reference: {
-            if (m_depth >= deepestKey) {
-                return std::nullopt;
-            }
-            ++m_depth;
-            const KeyMatch match = FindAt(m_schema.Type(field.target), text);
-            --m_depth;
-            several = several || match.several;
-            return match.dbid != 0 ? std::optional<FieldValue>(match.dbid) : std::nullopt;
-        }
-        default:
-            return std::string(text);
-    }
+    return sql::QueryInt(find).value_or(0);
 }
 
 std::optional<std::string> ReferenceKeys::KeyOf(const schema::RecordType& type, std::int64_t dbid) {
+    m_readsLeft = mostKeyReads;
     return KeyOf(type, dbid, 0);
 }
 
 std::optional<std::string> ReferenceKeys::KeyOf(const schema::RecordType& type, std::int64_t dbid,
                                                 int depth) {
+    if (--m_readsLeft < 0) {
+        return std::nullopt;
+    }
     sql::Statement& statement = KeyStatement(type);
     std::vector<std::string> parts;
     {

@@ -2,7 +2,6 @@
 #define RECORDDB_RECORDS_REFERENCE_KEYS_H
 
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,26 +9,24 @@
 #include <vector>
 
 #include "recorddb/records/field_value.h"
+#include "recorddb/records/key_search.h"
 #include "recorddb/schema/schema.h"
 #include "recorddb/sql/connection.h"
 
 namespace recorddb {
 
-// What the records with a given key are.
-struct KeyMatch {
-    std::int64_t dbid = 0;  // of the one record; 0 when there is none
-    bool several = false;   // the text can be read as the keys of different records
-};
-
 // Translates between the unique keys by which people refer to records and their dbids. The text of
 // a key is its one field, or its fields in order with single blanks between them; a field that is a
 // reference stands there by the key of the record it points at.
-class ReferenceKeys {
+class ReferenceKeys : private KeyDirectory {
   public:
     // Connection and schema outlive the object.
-    ReferenceKeys(sql::Connection& connection, const schema::Schema& schema);
+    ReferenceKeys(sql::Connection& connection, const schema::Schema& schema,
+                  KeySearchLimits limits = {});
 
-    // The record of a type with that key. Throws sql::Error.
+    const KeySearchLimits& Limits() const { return m_limits; }
+
+    // The record of a type with that key, searched within the limits. Throws sql::Error.
     KeyMatch Find(const schema::RecordType& type, std::string_view key);
 
     // The key of a record; nothing when there is no such record. Throws sql::Error.
@@ -49,21 +46,20 @@ class ReferenceKeys {
             return std::hash<std::string_view>()(text);
         }
     };
-    using Known = std::unordered_map<std::string, std::int64_t, TextHash, std::equal_to<>>;
+    using KeyCache = std::unordered_map<std::string, std::int64_t, TextHash, std::equal_to<>>;
 
     struct TypeKeys {
         sql::Statement* find = nullptr;
         sql::Statement* key = nullptr;
-        Known known;
+        KeyCache known;
     };
 
     bool MayRemember();
-    KeyMatch FindAt(const schema::RecordType& type, std::string_view key);
-    KeyMatch Search(const schema::RecordType& type, std::string_view key);
-    KeyMatch SearchParts(const schema::RecordType& type,
-                         const std::vector<std::string_view>& parts);
-    std::optional<FieldValue> PartValue(const schema::Field& field, std::string_view text,
-                                        bool& several);
+    std::optional<std::int64_t> Known(const schema::RecordType& type,
+                                      std::string_view key) override;
+    void Remember(const schema::RecordType& type, std::string_view key, std::int64_t dbid) override;
+    std::int64_t LookUp(const schema::RecordType& type,
+                        const std::vector<FieldValue>& values) override;
     std::optional<std::string> KeyOf(const schema::RecordType& type, std::int64_t dbid, int depth);
     sql::Statement& FindStatement(const schema::RecordType& type);
     sql::Statement& KeyStatement(const schema::RecordType& type);
@@ -74,7 +70,8 @@ class ReferenceKeys {
     sql::Connection& m_connection;
     const schema::Schema& m_schema;
     std::vector<TypeKeys> m_types;
-    int m_depth = 0;  // of keys within keys, in the search under way
+    KeySearchLimits m_limits;
+    int m_readsLeft = 0;  // of records, for the key that is being put together
     // The state of the connection in which what is known was read.
     std::uint64_t m_transactionCount = 0;
     std::uint64_t m_rollbackCount = 0;

@@ -8,6 +8,7 @@
 #include "platform/foundation/utf.h"
 #include "platform/messages/message_ids.h"
 #include "recorddb/messages/error_message.h"
+#include "recorddb/records/reference_refusal.h"
 #include "recorddb/records/value_text.h"
 
 namespace recorddb {
@@ -132,9 +133,7 @@ PaMessage ValueRules::FindTarget(const RecordType& type, const Field& field, con
     const RecordType& targetType = m_schema.Type(field.target);
     const KeyMatch match = m_keys.Find(targetType, key);
     if (match.dbid == 0) {
-        return FieldMessage(
-            match.several ? message_id::kReferenceUnclear : message_id::kReferenceUnknown, type,
-            field, {{u"_value_", key}, {u"_refentitydef_", targetType.name}});
+        return ReferenceRefusal(type, field, targetType, key, match, m_keys.Limits());
     }
     target = match.dbid;
     return {};

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+#include "recorddb/records/key_search.h"
+
 namespace recorddb {
 
 // In bytes. More than trackers take, and less than a file that is nothing but holes.
@@ -17,7 +19,8 @@ struct SessionOptions {
     // The files of attachments are found and read, but their content is not stored: for work that
     // is to be undone in any case.
     bool examineAttachments = false;
-};
+    // How far the record is searched that a reference means.
+    KeySearchLimits references = {};
 };
 
 }  // namespace recorddb

@@ -32,7 +32,7 @@ class SessionParts final : public AdRefCounted {
           failures(connection),
           definitions(schema),
           tables(connection, schema),
-          keys(connection, schema),
+          keys(connection, schema, options.references),
           rules(schema, keys),
           dbids(connection, base.GetRecordIds()),
           queryStatements(connection),

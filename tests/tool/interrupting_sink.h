@@ -2,15 +2,18 @@
 #define TESTS_TOOL_INTERRUPTING_SINK_H
 
 #include <csignal>
+#include <utility>
 
 #include "platform/messages/addiagnostic.h"
 
 namespace tool {
 
-// Interrupts the process when the importer has done the first record.
+// Interrupts the process when the importer says something for the n-th time: by default, when it
+// has done the first record.
 class InterruptingSink : public AdDiagnosticSink {
   public:
-    InterruptingSink() : m_former(AdDiagnostic::SetSink(this)) {
+    explicit InterruptingSink(Obx_String when = u"ImportRecord ends", int time = 1)
+        : m_former(AdDiagnostic::SetSink(this)), m_when(std::move(when)), m_timesLeft(time) {
         AdDiagnostic::SetFlag(AdDiagnostic::kImportFlag, true);
     }
     ~InterruptingSink() override {
@@ -22,13 +25,15 @@ class InterruptingSink : public AdDiagnosticSink {
 
     bool Wants(int /*flag*/) override { return true; }
     void Write(const Obx_String& /*tag*/, const Obx_String& text) override {
-        if (text == u"ImportRecord ends") {
+        if (text == m_when && --m_timesLeft == 0) {
             std::raise(SIGTERM);
         }
     }
 
   private:
     AdDiagnosticSink* m_former;
+    Obx_String m_when;
+    int m_timesLeft;
 };
 
 }  // namespace tool

@@ -87,6 +87,8 @@ int LoadInto(const LoadOptions& options, const SourceList& sources, std::ostream
     sessionOptions.attachmentsFolder = options.attachments.string();
     sessionOptions.maxAttachmentSize = options.maxAttachmentSize;
     sessionOptions.examineAttachments = options.rehearse;
+    sessionOptions.references = {.maxTries = options.maxReferenceTries,
+                                 .stopRequested = [] { return Interrupted() != 0; }};
     const AdPtr<recorddb::Session> session = database->OpenSession(sessionOptions);
     LoadOutput output(options, sources.TotalSize(), out, err);
     SourceLoader loader(*database, session, options, output);

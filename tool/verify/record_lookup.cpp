@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <utility>
+
 #include "recorddb/schema/tables.h"
 #include "tool/verify/scratch_failure.h"
 #include "tool/verify/stored_text.h"
@@ -23,11 +25,11 @@ std::string CopyName(const RecordType& type, const Field& field) {
 }  // namespace
 
 RecordLookup::RecordLookup(recorddb::Database& database, recorddb::RecordReader& reader,
-                           recorddb::sql::Connection& scratch)
+                           recorddb::sql::Connection& scratch, recorddb::KeySearchLimits limits)
     : m_database(database),
       m_reader(reader),
       m_scratch(scratch),
-      m_keys(database.GetConnection(), database.GetSchema()) {}
+      m_keys(database.GetConnection(), database.GetSchema(), std::move(limits)) {}
 
 std::vector<std::int64_t> RecordLookup::Find(const RecordType& type, const Field& field,
                                              std::string_view value) {

@@ -21,9 +21,9 @@ namespace tool {
 // std::runtime_error when the scratch database fails.
 class RecordLookup {
   public:
-    // All of them outlive the object.
+    // All of them outlive the object; keys are searched within the limits.
     RecordLookup(recorddb::Database& database, recorddb::RecordReader& reader,
-                 recorddb::sql::Connection& scratch);
+                 recorddb::sql::Connection& scratch, recorddb::KeySearchLimits limits);
 
     // The dbids of the records of a type with that value, as a source writes it, in a field: none,
     // one, or two of several. A field that is no column is no record's.

@@ -45,7 +45,12 @@ ExpectedTarget ReferenceResolver::FindBy(const RecordType& type, const std::stri
 ExpectedTarget ReferenceResolver::FindKey(const RecordType& type, const std::string& key) {
     const recorddb::KeyMatch match = m_lookup.FindKey(type, key);
     ExpectedTarget target{.dbid = match.dbid, .text = key, .problem = {}};
-    if (match.dbid == 0) {
+    if (match.undecided) {
+        target.problem = fmt::format(
+            "\"{}\" can be read as the key of a {} in more ways than are tried "
+            "(--max-reference-tries)",
+            key, type.name);
+    } else if (match.dbid == 0) {
         target.problem = match.several
                              ? fmt::format("\"{}\" is the key of more than one {}", key, type.name)
                              : fmt::format("there is no {} \"{}\"", type.name, key);

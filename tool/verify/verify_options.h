@@ -17,6 +17,7 @@ struct VerifyOptions {
     std::vector<std::string> sources;
     std::filesystem::path attachments;  // folder; empty for none
     std::int64_t maxAttachmentSize = recorddb::defaultMaxAttachmentSize;
+    std::int64_t maxReferenceTries = recorddb::defaultMaxReferenceTries;
     std::filesystem::path report;  // file; empty for none
     std::filesystem::path html;    // file; empty for none
     RecordLimits limits;

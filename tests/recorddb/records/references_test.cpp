@@ -1,9 +1,15 @@
+#include <gmock/gmock.h>
+
 #include "recorddb/records/reference_keys.h"
 #include "session_fixture.h"
 
 namespace recorddb {
 
 namespace {
+
+using ::testing::AllOf;
+using ::testing::EndsWith;
+using ::testing::StartsWith;
 
 class ReferencesTest : public SessionTest {
   protected:
@@ -135,6 +141,63 @@ TEST_F(ReferencesTest, KeyOfARecordThatContainsItselfIsReadAllTheSame) {
     const schema::RecordType& node = database->GetSchema().Types().front();
     EXPECT_TRUE(keys.KeyOf(node, 1).has_value());
     EXPECT_EQ(keys.Find(node, "1").dbid, 0);
+}
+
+// Three hundred words, which end as the key of a lane does.
+std::string ManyWords() {
+    std::string text;
+    for (int word = 0; word < 300; ++word) {
+        text += "w ";
+    }
+    return text + "1 1 1 1";
+}
+
+TEST_F(ReferencesTest, TextThatCanBeReadInTooManyWaysIsRefusedWithTheFieldAndTheLimit) {
+    OpenSession({.attachmentsFolder = "", .references = {.maxTries = 100, .stopRequested = {}}});
+    const std::string text = "a b c d e f g h" + std::string(200, ' ') + "i";
+    const std::string refusal = Refusal(NewBug(), "place", text);
+    EXPECT_THAT(refusal, AllOf(StartsWith("The field \"place\" of a record of type \"bug\" cannot "
+                                          "refer to \"a b c "),
+                               EndsWith("in more ways than the 100 that are tried "
+                                        "(--max-reference-tries).")));
+}
+
+TEST_F(ReferencesTest, ReferenceOfManyWordsToNestedKeysIsDecidedWithinTheLimit) {
+    int tries = 0;
+    OpenSession({.attachmentsFolder = "", .references = {.stopRequested = [&tries] {
+                                              ++tries;
+                                              return false;
+                                          }}});
+    EXPECT_NE(Refusal(NewBug(), "lane", ManyWords()), "");
+    EXPECT_GT(tries, 0);
+    EXPECT_LE(tries, defaultMaxReferenceTries);
+}
+
+TEST_F(ReferencesTest, SearchByAReferenceOfTooManyWaysSaysSo) {
+    OpenSession({.attachmentsFolder = "", .references = {.maxTries = 1, .stopRequested = {}}});
+    const AdQueryDefPtr query = Core().BuildQueryDef(Type("bug"), 0);
+    query->SelectDbId(1);
+    query->BuildFilter(nullptr, u"place", AdCompOp_t::kEqual, u"a b c d", 1);
+    const AdResultSetPtr rows = Core().BuildResultSet(query);
+    rows->Prepare();
+    EXPECT_NE(Thrown([&rows] { rows->Execute(); }).find("(--max-reference-tries)"),
+              std::string::npos);
+}
+
+TEST_F(ReferencesTest, KeyOfARecordThatRefersToItselfInManyPartsComesToAnEnd) {
+    Database::Create(Folder().File("web.db"),
+                     schema::ReadSchema("record_types:\n"
+                                        "  node:\n"
+                                        "    key: [a, b, c]\n"
+                                        "    fields:\n"
+                                        "      a: {type: reference, to: node}\n"
+                                        "      b: {type: reference, to: node}\n"
+                                        "      c: {type: reference, to: node}\n",
+                                        "web.yaml"));
+    const auto database = Database::Open(Folder().File("web.db"), Database::Mode::ReadWrite);
+    database->GetConnection().ExecuteScript("INSERT INTO node (dbid, a, b, c) VALUES (1, 1, 1, 1)");
+    ReferenceKeys keys(database->GetConnection(), database->GetSchema());
+    EXPECT_TRUE(keys.KeyOf(database->GetSchema().Types().front(), 1).has_value());
 }
 
 }  // namespace

@@ -12,6 +12,7 @@ class DatabaseError : public std::runtime_error {
     enum class Problem {
         FileExists,          // a new database was asked for and there is a file already
         NotARecordDatabase,  // a database, but not one of this kind
+        TablesChanged,       // a record database that lacks tables, or has views in their place
         FormatTooNew,
         FormatTooOld
     };

@@ -135,6 +135,11 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
      "The record breaks a rule that the database's tables have and that its schema does not tell, "
      "so "
      "the tables have been changed by hand. The text ends with the database engine's reason."},
+    {message_id::kDbIdsUsedUp,
+     u"No record of type \"_datatype_\" can be added: the dbid _value_, which a record has, is the "
+     u"highest that there is.",
+     "A new record gets a number above those of all others. Another program has written a record "
+     "with the last number; remove that record, or make a new database and load it again."},
     {message_id::kFieldNotSearchable,
      u"The field \"_field_\" of the record type \"_datatype_\" cannot be searched or selected.",
      "Queries work on fields with a single value, not on reference lists, attachments or history. "

@@ -57,6 +57,7 @@ inline constexpr int kRecordChanged = 20044;
 inline constexpr int kRecordGone = 20045;
 inline constexpr int kDbIdTaken = 20046;
 inline constexpr int kConstraintBroken = 20047;
+inline constexpr int kDbIdsUsedUp = 20048;
 
 // Of queries.
 inline constexpr int kFieldNotSearchable = 20050;

@@ -11,6 +11,11 @@ namespace recorddb::schema {
 constexpr std::size_t maxTypeNameLength = 30;
 // The longest name of a field, and of any table: PostgreSQL cuts longer identifiers.
 constexpr std::size_t maxIdentifierLength = 63;
+// The most fields with a column that a record type has, and the most fields of a key: SQLite has
+// tables of up to 2000 columns, of which two are the database's own, and PostgreSQL has indexes of
+// up to 32.
+constexpr std::size_t maxColumnFields = 1998;
+constexpr std::size_t maxKeyFields = 32;
 // The longest name of a state, in UTF-16 units: a history entry has room for this much.
 constexpr std::size_t maxStateLength = 30;
 

@@ -1,13 +1,15 @@
 #ifndef RECORDDB_SCHEMA_OWN_TABLES_H
 #define RECORDDB_SCHEMA_OWN_TABLES_H
 
+#include <array>
 #include <string>
+#include <string_view>
 
 #include "recorddb/sql/dialect.h"
 
 namespace recorddb::schema {
 
-// The script that makes the database's own tables. In all of them `record_type` is a
+// The database's own tables. In all of them `record_type` is a
 // RecordType::id, `record` a dbid, `field` the name of a field as the schema writes it; times are
 // UTC as 'YYYY-MM-DD HH:MM:SS', and hashes are SHA-256 in lower-case hex.
 //
@@ -20,6 +22,11 @@ namespace recorddb::schema {
 // zt_duplicate         which record is a duplicate of which; a record has one original
 // zt_journal           what was loaded from which source under which configuration
 // zt_journal_reject    the ordinals of a source's records that were rejected
+inline constexpr std::array<std::string_view, 8> ownTables = {
+    "zt_schema",  "zt_record_type", "zt_history", "zt_attachment",
+    "zt_content", "zt_duplicate",   "zt_journal", "zt_journal_reject"};
+
+// The script that makes them.
 std::string OwnTablesScript(const sql::Dialect& dialect);
 
 }  // namespace recorddb::schema

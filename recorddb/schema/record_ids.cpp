@@ -2,8 +2,13 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <limits>
 #include <stdexcept>
+#include <string>
 
+#include "platform/messages/message_ids.h"
+#include "recorddb/messages/error_message.h"
 #include "recorddb/schema/tables.h"
 
 namespace recorddb::schema {
@@ -22,6 +27,11 @@ std::int64_t RecordIds::Next(const RecordType& type) {
         counter.rollbackCount != m_connection.RollbackCount()) {
         Read(type, counter);
     }
+    if (counter.last == std::numeric_limits<std::int64_t>::max()) {
+        ThrowMessage(
+            ErrorMessage(message_id::kDbIdsUsedUp,
+                         {{u"_datatype_", type.name}, {u"_value_", std::to_string(counter.last)}}));
+    }
     return ++counter.last;
 }
 
@@ -30,7 +40,9 @@ void RecordIds::Read(const RecordType& type, Counter& counter) {
         counter.highest = &m_connection.Prepare(
             fmt::format("SELECT max({}) FROM {}", dbIdName, Quoted(type.name)));
     }
-    counter.last = sql::QueryInt(*counter.highest).value_or(0);
+    // Whoever wrote to the database by other means may have used numbers below 1, which mean that a
+    // record has none yet.
+    counter.last = std::max<std::int64_t>(sql::QueryInt(*counter.highest).value_or(0), 0);
     counter.transactionCount = m_connection.TransactionCount();
     counter.rollbackCount = m_connection.RollbackCount();
 }

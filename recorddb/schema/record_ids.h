@@ -19,7 +19,8 @@ class RecordIds {
 
     // The dbid for the next record of a type, above all that are in use; the caller inserts the
     // record with it in the transaction under way. Throws std::logic_error outside of a
-    // transaction, where another writer could take the same number, and sql::Error.
+    // transaction, where another writer could take the same number, and sql::Error. When a record
+    // has the highest number that there is, the message that says so, as a PaMsgException*.
     std::int64_t Next(const RecordType& type);
 
   private:

@@ -2,6 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <string>
+#include <vector>
+
 #include "recorddb/database_error.h"
 #include "recorddb/schema/own_tables.h"
 #include "recorddb/schema/schema_file.h"
@@ -43,6 +46,29 @@ void CheckFormat(std::int64_t format, std::int64_t oldest, std::int64_t newest,
                             "of record types); make a new one in another file");
 }
 
+// A view in the place of a table would answer with what it likes, and need not come to an end.
+void CheckTables(sql::Connection& connection, const Schema& schema, const std::string& location) {
+    std::vector<std::string> names(ownTables.begin(), ownTables.end());
+    for (const RecordType& type : schema.Types()) {
+        names.push_back(type.name);
+        for (const Field& field : type.fields) {
+            if (field.kind == FieldKind::ReferenceList) {
+                names.push_back(ListTableName(type, field));
+            }
+        }
+    }
+    for (const std::string& name : names) {
+        if (!connection.HasTable(name)) {
+            throw DatabaseError(
+                Problem::TablesChanged,
+                fmt::format("{}: another program has changed the database: \"{}\" is not there, or "
+                            "is no plain table; use a copy from before, or make a new database and "
+                            "load it again",
+                            location, name));
+        }
+    }
+}
+
 }  // namespace
 
 void StoreSchema(sql::Connection& connection, const Schema& schema) {
@@ -72,7 +98,9 @@ Schema LoadSchema(sql::Connection& connection, const std::string& location) {
         NotOurs(location);
     }
     CheckFormat(load.Int(0), load.Int(1), load.Int(2), location);
-    return ReadSchema(std::string(load.Text(3)), location + " (stored schema)");
+    Schema schema = ReadSchema(std::string(load.Text(3)), location + " (stored schema)");
+    CheckTables(connection, schema, location);
+    return schema;
 }
 
 }  // namespace recorddb::schema

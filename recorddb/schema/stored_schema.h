@@ -22,9 +22,10 @@ constexpr std::int64_t newestReadable = formatVersion;
 // Throws sql::Error.
 void StoreSchema(sql::Connection& connection, const Schema& schema);
 
-// Reads the schema that a database was made from; location names the database in errors. Throws
-// DatabaseError when it is no record database or one of a format that this program cannot use,
-// SchemaError or sql::Error when what is stored is damaged.
+// Reads the schema that a database was made from, and sees that its tables are there; location
+// names the database in errors. Throws DatabaseError when it is no record database, one of a format
+// that this program cannot use or one whose tables were replaced, SchemaError or sql::Error when
+// what is stored is damaged.
 Schema LoadSchema(sql::Connection& connection, const std::string& location);
 
 }  // namespace recorddb::schema

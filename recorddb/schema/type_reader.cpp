@@ -93,6 +93,19 @@ void AddOwnField(RecordType& type, std::string_view name, FieldKind kind) {
     type.fields.push_back(std::move(field));
 }
 
+// The engine's own complaint would come with the whole statement, and without the place.
+void CheckColumnCount(const YamlSource& source, const YamlEntry& entry, const RecordType& type) {
+    const auto columns = std::count_if(
+        type.fields.begin(), type.fields.end(),
+        [](const Field& one) { return one.kind != FieldKind::DbId && HasColumn(one.kind); });
+    if (static_cast<std::size_t>(columns) > maxColumnFields) {
+        source.Fail(entry.keyNode,
+                    fmt::format("{} is one too many: a record type has at most {} fields that hold "
+                                "a value, id and state included; spread them over several types",
+                                entry.what, maxColumnFields));
+    }
+}
+
 void ReadFields(const YamlMap& map, ReadType& read) {
     const YamlEntry& entry = map.Require("fields", "it lists the fields of the type");
     const YamlMap fields(map.Source(), entry);
@@ -111,6 +124,7 @@ void ReadFields(const YamlMap& map, ReadType& read) {
             read.references.push_back({field.field.index, std::move(field.target)});
         }
         read.type.fields.push_back(std::move(field.field));
+        CheckColumnCount(map.Source(), fieldEntry, read.type);
     }
 }
 
@@ -134,6 +148,11 @@ void ReadKey(const YamlMap& map, RecordType& type) {
         if (std::find(type.key.begin(), type.key.end(), field.index) != type.key.end()) {
             map.Source().Fail(part.place,
                               fmt::format("'{}' stands twice in {}", part.text, entry.what));
+        }
+        if (type.key.size() == maxKeyFields) {
+            map.Source().Fail(part.place, fmt::format("'{}' is one too many: {} has at most {} "
+                                                      "fields",
+                                                      part.text, entry.what, maxKeyFields));
         }
         // A record without a part of its key could not be told from others.
         field.required = true;

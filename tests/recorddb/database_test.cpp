@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "recorddb/schema/names.h"
 #include "recorddb/schema/schema_file.h"
 #include "recorddb/sql/error.h"
 #include "recorddb/sql/open.h"
@@ -142,6 +143,21 @@ TEST_F(DatabaseTest, OlderFormatIsRefusedNamingExpectedAndFound) {
                   AllOf(HasSubstr("its format is 0"), HasSubstr("knows formats from 1")));
 }
 
+TEST_F(DatabaseTest, ViewInThePlaceOfATableIsRefused) {
+    for (const std::string table : {"bug", "bug__watchers", "zt_journal"}) {
+        std::filesystem::remove(Path());
+        GivenDatabase();
+        GivenSql("PRAGMA foreign_keys = OFF; DROP TABLE " + table + "; CREATE VIEW " + table +
+                 " AS WITH RECURSIVE n (dbid) AS (SELECT 1 UNION ALL SELECT dbid + 1 FROM n) "
+                 "SELECT dbid FROM n");
+        for (const Database::Mode mode : {Database::Mode::ReadOnly, Database::Mode::ReadWrite}) {
+            ExpectProblem(
+                mode, DatabaseError::Problem::TablesChanged,
+                AllOf(HasSubstr(Path()), HasSubstr("\"" + table + "\" is not there, or")));
+        }
+    }
+}
+
 TEST_F(DatabaseTest, DatabaseFromBeforeItsMarkWasIntroducedIsOpened) {
     GivenDatabase();
     GivenSql("PRAGMA application_id = 0");
@@ -153,6 +169,24 @@ TEST_F(DatabaseTest, DatabaseMarkedByAnotherProgramIsRefused) {
     GivenSql("PRAGMA application_id = 1");
     ExpectSqlError(Database::Mode::ReadWrite, sql::ErrorKind::NotADatabase,
                    HasSubstr("another program"));
+}
+
+TEST_F(DatabaseTest, SchemaOfAsManyFieldsAsThereMayBeIsTaken) {
+    std::string yaml = "record_types:\n  wide:\n    key: [f1]\n    fields:\n";
+    for (std::size_t field = 1; field <= schema::maxColumnFields; ++field) {
+        yaml += "      f" + std::to_string(field) + ": {type: text}\n";
+    }
+    yaml += "  keyed:\n    key: [k1";
+    for (std::size_t part = 2; part <= schema::maxKeyFields; ++part) {
+        yaml += ", k" + std::to_string(part);
+    }
+    yaml += "]\n    fields:\n";
+    for (std::size_t part = 1; part <= schema::maxKeyFields; ++part) {
+        yaml += "      k" + std::to_string(part) + ": {type: text}\n";
+    }
+    Database::Create(Path(), schema::ReadSchema(yaml, "wide.yaml"));
+    const auto database = Database::Open(Path(), Database::Mode::ReadOnly);
+    EXPECT_EQ(database->GetSchema().Types().front().fields.size(), schema::maxColumnFields + 1);
 }
 
 TEST_F(DatabaseTest, ServerUrlsAreRefusedWithoutTheirPassword) {

@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "open_database.h"
+#include "platform/messages/pamsgexception.h"
 #include "recorddb/schema/tables.h"
 #include "recorddb/sql/savepoint.h"
 
@@ -85,6 +86,25 @@ TEST_F(RecordIdsTest, AnotherWritersRecordsAreSeen) {
 
 TEST_F(RecordIdsTest, NumbersAreGivenOutInATransactionOnly) {
     EXPECT_THROW(m_database->GetRecordIds().Next(Type("bug")), std::logic_error);
+}
+
+TEST_F(RecordIdsTest, HighestNumberThatThereIsEndsTheCount) {
+    Run("INSERT INTO user (dbid, login) VALUES (9223372036854775807, 'last')");
+    const auto transaction = m_database->Begin();
+    try {
+        m_database->GetRecordIds().Next(Type("user"));
+        ADD_FAILURE() << "a number was given out";
+    } catch (PaMsgException* exception) {
+        EXPECT_EQ(AdExtractFirstMsgAndDeleteException(exception).ToUtf8(),
+                  "No record of type \"user\" can be added: the dbid 9223372036854775807, which a "
+                  "record has, is the highest that there is.");
+    }
+}
+
+TEST_F(RecordIdsTest, NumbersBelowOneAreNotCountedOn) {
+    Run("INSERT INTO user (dbid, login) VALUES (-5, 'odd')");
+    const auto transaction = m_database->Begin();
+    EXPECT_EQ(m_database->GetRecordIds().Next(Type("user")), 1);
 }
 
 }  // namespace

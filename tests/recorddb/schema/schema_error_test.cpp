@@ -6,6 +6,7 @@
 #include <ostream>
 #include <string>
 
+#include "recorddb/schema/names.h"
 #include "recorddb/schema/schema_file.h"
 
 namespace recorddb::schema {
@@ -235,6 +236,50 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(SchemaErrorTest, TextBeginsWithThePlace) {
     EXPECT_STREQ(SchemaError("a.yaml", 3, 7, "wrong").what(), "a.yaml:3:7: wrong");
     EXPECT_STREQ(SchemaError("a.yaml", 0, 0, "wrong").what(), "a.yaml: wrong");
+}
+
+// Fields f1, f2 ... one a line from line 5 on, where names stand in column 7.
+std::string Fields(std::size_t count) {
+    std::string fields;
+    for (std::size_t field = 1; field <= count; ++field) {
+        fields += "      f" + std::to_string(field) + ": {type: text}\n";
+    }
+    return fields;
+}
+
+TEST(SchemaLimitTest, FieldTooManyIsTold) {
+    const std::string head = "record_types:\n  a:\n    key: [f1]\n    fields:\n";
+    try {
+        ReadSchema(head + Fields(maxColumnFields + 1), "test.yaml");
+        ADD_FAILURE() << "accepted";
+    } catch (const SchemaError& error) {
+        EXPECT_STREQ(error.what(),
+                     "test.yaml:2003:7: field 'f1999' of record type 'a' is one too many: a record "
+                     "type has at most 1998 fields that hold a value, id and state included; "
+                     "spread them over several types");
+    }
+}
+
+TEST(SchemaLimitTest, FieldsWithoutAColumnDoNotCount) {
+    const std::string head = "record_types:\n  a:\n    key: [f1]\n    fields:\n";
+    EXPECT_NO_THROW(ReadSchema(
+        head + "      files: {type: attachments}\n" + Fields(maxColumnFields), "test.yaml"));
+}
+
+TEST(SchemaLimitTest, KeyFieldTooManyIsTold) {
+    std::string key = "f1";
+    for (std::size_t part = 2; part <= maxKeyFields + 1; ++part) {
+        key += ", f" + std::to_string(part);
+    }
+    try {
+        ReadSchema(
+            "record_types:\n  a:\n    key: [" + key + "]\n    fields:\n" + Fields(maxKeyFields + 1),
+            "test.yaml");
+        ADD_FAILURE() << "accepted";
+    } catch (const SchemaError& error) {
+        EXPECT_EQ(error.Line(), 3);
+        EXPECT_THAT(error.Text(), HasSubstr("'f33' is one too many"));
+    }
 }
 
 }  // namespace

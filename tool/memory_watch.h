@@ -12,7 +12,9 @@ class MemoryError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Counts from now on how often operator new finds no memory. It throws std::bad_alloc as before.
+// Counts from now on how often operator new finds no memory. It throws std::bad_alloc as before;
+// where that cannot be caught (a function that may not throw, a handler of exceptions that needs
+// memory itself), the process ends with a message and ExitCode::DatabaseFailed. To be called once.
 void WatchMemory();
 
 // How often it has found none. Catchers of all exceptions hide the cause; this tells it.

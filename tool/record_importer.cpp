@@ -1,8 +1,10 @@
 #include "tool/record_importer.h"
 
+#include <new>
 #include <utility>
 
 #include "platform/foundation/utf.h"
+#include "tool/memory_watch.h"
 
 namespace tool {
 
@@ -33,7 +35,11 @@ std::unique_ptr<AdImporter> RecordImporter::MakeImporter() const {
 std::string RecordImporter::Configure(const ImportConfiguration& configuration) {
     std::u16string packet = Utf8ToUtf16Lossy(configuration.ToPacket());
     auto importer = MakeImporter();
+    const std::uint64_t memoryFailures = MemoryFailures();
     const Obx_String error = ImportText(*importer, packet);
+    if (MemoryFailures() != memoryFailures) {
+        throw std::bad_alloc();
+    }
     if (!error.IsEmpty()) {
         return ForPeople(error);
     }
@@ -53,12 +59,17 @@ ImportOutcome RecordImporter::Import(std::string_view packet) {
         outcome.error += " " + cause.ToUtf8();
     }
     if (outcome.Failed() || outcome.Skipped()) {
-        m_importer = MakeImporter();
-        if (!m_configuration.empty()) {
-            ImportText(*m_importer, m_configuration);
-        }
+        StartAnew();
     }
     return outcome;
+}
+
+void RecordImporter::StartAnew() {
+    m_importer = MakeImporter();
+    // It was accepted before; a part of it must not do for the records that follow.
+    if (!m_configuration.empty() && !ImportText(*m_importer, m_configuration).IsEmpty()) {
+        throw std::bad_alloc();
+    }
 }
 
 }  // namespace tool

@@ -28,6 +28,9 @@ struct ImportOutcome {
 // would mix them into the next record, also across packets. So after a packet that failed and after
 // one that did nothing this class goes on with a fresh importer, to which it gives the
 // configuration in force again.
+//
+// Both operations throw std::bad_alloc where there is too little memory to go on; a record for
+// which there is too little is one that failed.
 class RecordImporter {
   public:
     explicit RecordImporter(AdPtr<recorddb::Session> session);
@@ -41,6 +44,7 @@ class RecordImporter {
 
   private:
     std::unique_ptr<AdImporter> MakeImporter() const;
+    void StartAnew();
 
     AdPtr<recorddb::Session> m_session;
     std::unique_ptr<AdImporter> m_importer;

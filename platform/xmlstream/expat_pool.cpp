@@ -3,8 +3,9 @@
 #include <expat.h>
 
 #include <memory>
-#include <new>
 #include <vector>
+
+#include "platform/foundation/out_of_memory.h"
 
 namespace {
 
@@ -39,7 +40,7 @@ PooledExpatParser::PooledExpatParser() {
         }
     }
     if (parser == nullptr) {
-        throw std::bad_alloc();
+        ThrowOutOfMemory();
     }
     m_parser = parser.release();
 }

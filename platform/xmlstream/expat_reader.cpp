@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <array>
-#include <new>
 
 #include "platform/foundation/obx_assert.h"
+#include "platform/foundation/out_of_memory.h"
 
 namespace {
 
@@ -193,7 +193,7 @@ void ExpatReader::OpenFragment() {
     const int opened = XML_Parse(parser, kSyntheticRoot.data(),
                                  static_cast<int>(kSyntheticRoot.size()), XML_FALSE);
     if (opened != XML_STATUS_OK) {
-        throw std::bad_alloc();
+        ThrowOutOfMemory();
     }
     XML_SetUserData(parser, this);
     XML_SetElementHandler(parser, Callbacks::StartTag, Callbacks::EndTag);
@@ -244,7 +244,7 @@ int ExpatReader::Fill(char* buffer, std::size_t size) {
 void ExpatReader::ParseNextChunk() {
     void* buffer = XML_GetBuffer(m_parser.Get(), static_cast<int>(m_chunkSize));
     if (buffer == nullptr) {
-        throw std::bad_alloc();
+        ThrowOutOfMemory();
     }
     const int length = Fill(static_cast<char*>(buffer), m_chunkSize);
     m_chunkHadEvents = false;
@@ -287,7 +287,7 @@ void ExpatReader::Finish() {
 void ExpatReader::RefuseOnExpatError() {
     const XML_Error error = XML_GetErrorCode(m_parser.Get());
     if (error == XML_ERROR_NO_MEMORY) {
-        throw std::bad_alloc();
+        ThrowOutOfMemory();
     }
     Obx_String what = Obx_String::FromUtf8(XML_ErrorString(error));
     if (error == XML_ERROR_TAG_MISMATCH) {

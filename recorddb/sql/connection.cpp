@@ -12,6 +12,7 @@ void Connection::BeginTransaction() {
     }
     Run(Control::Begin);
     m_inTransaction = true;
+    m_undoFailed = false;
     m_savepointDepth = 0;
     ++m_transactionCount;
 }
@@ -19,6 +20,9 @@ void Connection::BeginTransaction() {
 void Connection::CommitTransaction() {
     if (m_savepointDepth != 0) {
         throw std::logic_error("commit while a savepoint is open");
+    }
+    if (m_undoFailed) {
+        throw Error(ErrorKind::Other, "a part of the transaction could not be undone", "COMMIT");
     }
     Run(Control::Commit);
     m_inTransaction = false;
@@ -32,7 +36,7 @@ void Connection::RollbackTransaction() noexcept {
         if (EngineInTransaction()) {
             Run(Control::Rollback);
         }
-    } catch (const Error&) {
+    } catch (...) {
         // Nothing can be done about it here, and nothing is lost: what was not committed is undone
         // when the database is next opened, and a Begin before that fails visibly.
     }
@@ -75,8 +79,10 @@ void Connection::RollbackSavepoint(int depth) noexcept {
                 Run(Control::ReleaseSavepoint);
             }
         }
-    } catch (const Error&) {
-        // The engine has lost the savepoint, and with it the transaction, whose end reports it.
+    } catch (...) {
+        // The engine has lost the savepoint, or has no memory for undoing it now. What should be
+        // undone must not be made permanent.
+        m_undoFailed = true;
     }
     m_savepointDepth = depth - 1;
 }

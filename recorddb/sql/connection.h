@@ -84,6 +84,7 @@ class Connection {
     void RollbackSavepoint(int depth) noexcept;
 
     bool m_inTransaction = false;
+    bool m_undoFailed = false;  // a savepoint's work may still be in the transaction
     int m_savepointDepth = 0;
     std::vector<std::uint64_t> m_writesBefore;  // WriteCount at the beginning of each savepoint
     std::uint64_t m_transactionCount = 0;

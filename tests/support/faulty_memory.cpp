@@ -24,15 +24,26 @@ void* Reallocate(void* block, std::size_t size) {
     return Fails() ? nullptr : std::realloc(block, size == 0 ? 1 : size);
 }
 
+// What operator new does without memory: the handler is asked for more, or throws.
 void* AllocateOrThrow(std::size_t size) {
-    void* block = Allocate(size);
-    if (block == nullptr) {
-        if (const std::new_handler handler = std::get_new_handler()) {
-            handler();
+    while (true) {
+        if (void* block = Allocate(size)) {
+            return block;
         }
-        throw std::bad_alloc();
+        const std::new_handler handler = std::get_new_handler();
+        if (handler == nullptr) {
+            throw std::bad_alloc();
+        }
+        handler();
     }
-    return block;
+}
+
+void* AllocateOrNothing(std::size_t size) noexcept {
+    try {
+        return AllocateOrThrow(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
 }
 
 // SQLite's own means of allocation, counted.
@@ -85,10 +96,10 @@ void* operator new[](std::size_t size) {
     return AllocateOrThrow(size);
 }
 void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-    return Allocate(size);
+    return AllocateOrNothing(size);
 }
 void* operator new[](std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-    return Allocate(size);
+    return AllocateOrNothing(size);
 }
 void operator delete(void* block) noexcept {
     std::free(block);

@@ -1,5 +1,6 @@
 #include "recorddb/sql/savepoint.h"
 
+#include <new>
 #include <stdexcept>
 
 #include "recorddb/sql/transaction.h"
@@ -140,6 +141,44 @@ TEST_F(SavepointTest, OneThatOutlivesItsTransactionDoesNothing) {
     savepoint.Rollback();
     second.Commit();
     EXPECT_EQ(Count(), 1);
+}
+
+// A connection that has no memory for undoing a savepoint; nothing else of it is used.
+class ForgetfulConnection : public Connection {
+  public:
+    Statement& Prepare(std::string_view /*sql*/) override { throw std::bad_alloc(); }
+    std::unique_ptr<Statement> PrepareOwn(std::string_view /*sql*/) override { return nullptr; }
+    void ExecuteScript(std::string_view /*sql*/) override { ++m_writes; }
+    bool HasTable(std::string_view /*name*/) override { return false; }
+    bool HasIndex(std::string_view /*name*/) override { return false; }
+    const Dialect& GetDialect() const override { return m_dialect; }
+    bool IsReadOnly() const override { return false; }
+
+  protected:
+    void Run(Control control) override {
+        if (control == Control::RollbackToSavepoint) {
+            throw std::bad_alloc();
+        }
+    }
+    bool EngineInTransaction() const override { return true; }
+    std::uint64_t WriteCount() const override { return m_writes; }
+
+  private:
+    Dialect m_dialect{};
+    std::uint64_t m_writes = 0;
+};
+
+TEST(FailedUndoing, KeepsTheTransactionFromBeingCommitted) {
+    ForgetfulConnection connection;
+    {
+        Transaction transaction(connection);
+        {
+            const Savepoint savepoint(connection);
+            connection.ExecuteScript("");
+        }
+        EXPECT_THROW(transaction.Commit(), Error);
+    }
+    Transaction(connection).Commit();
 }
 
 }  // namespace

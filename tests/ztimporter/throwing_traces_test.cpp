@@ -249,12 +249,18 @@ INSTANTIATE_TEST_SUITE_P(AllKinds, PacketTraceTest, testing::ValuesIn(kThrownKin
 
 class FlushTraceTest : public ThrowingTracesTest, public testing::WithParamInterface<ThrownKind> {};
 
-TEST_P(FlushTraceTest, OfProblemsJoinsTheirText) {
+TEST_P(FlushTraceTest, OfProblemsIsReportedLikeAnyOtherOfTheFlush) {
     Add({ValidEntry("7")});
     m_core.OnCall("ImportHistoryData").ReturnsText(u"entry 1 is bad");
     ThrowingSink sink(m_core.Log(), GetParam(), "ReallyImportHistory error", 1);
     EXPECT_NO_THROW(EXPECT_EQ(m_importer->ReallyImportHistory(m_error), 0));
-    ExpectErrorText(u"entry 1 is bad" + AppendedTextOf(GetParam(), u"boom"));
+    const bool joins = GetParam() == ThrownKind::kUnknown;
+    const Obx_String problems = joins ? u"entry 1 is bad" : u"";
+    ExpectErrorText(problems + ReplacedText(GetParam(), "ReallyImportHistory"));
+    const bool undoes = GetParam() == ThrownKind::kMessage;
+    EXPECT_EQ(Count(Calls(), "RevertImportHistory()"), undoes ? 1 : 0);
+    EXPECT_EQ(Trace().back(), std::string("ReallyImportHistory") +
+                                  (undoes ? " error: " : " ends with error: ") + m_error.ToUtf8());
     ExpectNoPendingHistory();
 }
 

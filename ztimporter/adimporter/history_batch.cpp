@@ -192,7 +192,9 @@ int AdImporter::ReallyImportHistory(Obx_String& error) {
         DiscardHistory();
         if (!problems.IsEmpty()) {
             error = problems;
-            return EndWithError(kFlushError, error);
+            // What this trace throws is reported by the handlers below, in their own way.
+            TraceImporter(kFlushError, error);
+            return 0;
         }
         TraceImporter(u"ReallyImportHistory ends");
         return 1;

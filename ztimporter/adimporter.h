@@ -51,9 +51,9 @@ class __attribute__((visibility("default"))) AdImporter : public CObject {
     using EntryList = std::list<CMapStringToString*>;
 
     // The view of the current record. In a record type without states no field is taken as the
-    // state: a field without a name stays in the map like any other, where the record's writing
-    // refuses it. (It is taken out where duplicate_id is not configured, since it then equals that
-    // name, and original_id is.)
+    // state, not even one without a name: that stays in the map, and the record's writing refuses
+    // it. But it is taken out as the duplicate reference where original_id is configured and
+    // duplicate_id is not, since the latter's name is then empty as well.
     void SetupRecordMap(Obx_String& error);
     void CleanupRecordMap();
 

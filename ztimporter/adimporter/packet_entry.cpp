@@ -125,7 +125,7 @@ bool AdImporter::ImportData(const char* text, Obx_String& result) {
     // A batch that an exception left behind is dropped without release: its entries belong to no
     // record of this packet. AddHistory starts a new batch at 0.
     m_historyBuffer = nullptr;
-    // So is a parser, whose text is gone.
+    // A parser that an exception left behind is dropped like that too: its text is gone.
     LeaveBehind(m_recordParser);
     m_recordParser = new AdImportRecordParser;
     m_recordParser->SetInputData(text);

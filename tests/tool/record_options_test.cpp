@@ -9,6 +9,7 @@
 #include "ordinary_user.h"
 #include "recorddb/database.h"
 #include "recorddb/schema/schema_file.h"
+#include "recorddb/sql/error.h"
 #include "tool/command_line.h"
 
 namespace tool {

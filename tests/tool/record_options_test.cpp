@@ -136,7 +136,7 @@ TEST_F(RecordOptionsTest, ADatabaseInAClosedFolderIsReadAsImmutableOnlyWhenTold)
         const OrdinaryUser user;
         EXPECT_THROW(Run({"show", m_database}), recorddb::sql::Error);
         EXPECT_THROW(RunOn("verify", sources, {}), recorddb::sql::Error);
-        EXPECT_THAT(Run({"show", m_database, "--immutable"}).text, HasSubstr("bug             1"));
+        EXPECT_THAT(Run({"show", m_database, "--immutable"}).text, HasSubstr("bug              1"));
         EXPECT_EQ(RunOn("verify", sources, {"--immutable"}).code, 0);
     }
     std::filesystem::permissions(m_folder.Path(), std::filesystem::perms::owner_all);

@@ -3,10 +3,10 @@
 
 #include <sys/types.h>
 
-#include <compare>
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <tuple>
 
 namespace tool {
 
@@ -17,7 +17,11 @@ struct FileIdentity {
     ino_t inode = 0;   // of the file; of its folder when it does not exist yet
     std::string name;  // only of a file that does not exist yet
 
-    friend auto operator<=>(const FileIdentity&, const FileIdentity&) = default;
+    friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+    friend bool operator<(const FileIdentity& left, const FileIdentity& right) {
+        return std::tie(left.device, left.inode, left.name) <
+               std::tie(right.device, right.inode, right.name);
+    }
 };
 
 // The identity of the file that PATH leads to, or that writing to PATH would make. Nothing when

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <span>
 #include <system_error>
 #include <utility>
@@ -105,7 +104,7 @@ class SourceFile::Reader : public ByteSource {
             NextBlock();
         }
         const std::size_t count = std::min(size, m_filled - m_at);
-        std::memcpy(buffer, m_block.data() + m_at, count);
+        std::copy_n(m_block.begin() + static_cast<std::ptrdiff_t>(m_at), count, buffer);
         m_at += count;
         return count;
     }

@@ -250,9 +250,12 @@ TEST_F(ReadOnlyDirectory, TakesNoTraces) {
     EXPECT_THAT(answer.text, HasSubstr("cannot be written; name another file or folder"));
 }
 
-TEST_F(ReadOnlyDirectory, CanBeRead) {
-    const Answer answer = Run({"show", Closed() + "/tracker.db"}, ObeyPermissions);
-    EXPECT_EQ(answer.code, 0) << answer.text;
+TEST_F(ReadOnlyDirectory, IsReadWithImmutableOnly) {
+    const Answer refused = Run({"show", Closed() + "/tracker.db"}, ObeyPermissions);
+    EXPECT_EQ(refused.code, 3);
+    EXPECT_THAT(refused.text, HasSubstr("--immutable"));
+    const Answer read = Run({"show", Closed() + "/tracker.db", "--immutable"}, ObeyPermissions);
+    EXPECT_EQ(read.code, 0) << read.text;
 }
 
 }  // namespace

@@ -53,7 +53,7 @@ class ReferenceResolverTest : public testing::Test {
         recorddb::sql::Open(m_path, recorddb::sql::OpenMode::ReadWrite)->ExecuteScript(kRecords);
         m_database = recorddb::Database::Open(m_path, recorddb::Database::Mode::ReadOnly);
         m_reader.emplace(*m_database);
-        m_lookup.emplace(*m_database, *m_reader, *m_scratch);
+        m_lookup.emplace(*m_database, *m_reader, *m_scratch, recorddb::KeySearchLimits{});
     }
 
     void GivenMapping(const std::string& target, const std::string& reference) {

@@ -39,7 +39,7 @@ bool IsStream(const fs::path& path) {
 // The file itself that is to be replaced, or made. What must not be replaced is refused: folders,
 // disks, and files that their owner has closed to writing.
 fs::path FileToReplace(const fs::path& path) {
-    const fs::path file = WithoutLinks(path);
+    fs::path file = WithoutLinks(path);
     struct stat status = {};
     struct stat named = {};
     if (::stat(path.c_str(), &named) != 0) {

@@ -1,11 +1,13 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
+#include <sqlite3.h>
 
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <memory>
 #include <optional>
 #include <random>
 #include <sstream>
@@ -74,9 +76,20 @@ class LoadedExample {
 
     // True when QUERY finds a row in the copy that was verified last.
     bool Answers(const std::string& query) const {
-        const auto connection = recorddb::sql::Open(m_folder.File("copy.db"), OpenMode::ReadOnly);
-        connection->ExecuteScript(fmt::format("ATTACH '{}' AS original", m_database));
-        return connection->PrepareOwn(query)->Step();
+        // The record database attaches no other one, so the engine itself is asked.
+        sqlite3* opened = nullptr;
+        const int code = sqlite3_open(m_folder.File("copy.db").c_str(), &opened);
+        const std::unique_ptr<sqlite3, decltype(&sqlite3_close)> engine(opened, sqlite3_close);
+        EXPECT_EQ(code, SQLITE_OK);
+        const std::string script = fmt::format("ATTACH '{}' AS original; {}", m_database, query);
+        bool found = false;
+        const auto note = [](void* any, int, char**, char**) {
+            *static_cast<bool*>(any) = true;
+            return 0;
+        };
+        EXPECT_EQ(sqlite3_exec(opened, script.c_str(), note, &found, nullptr), SQLITE_OK)
+            << sqlite3_errmsg(opened) << ": " << query;
+        return found;
     }
 
     const std::string& Database() const { return m_database; }

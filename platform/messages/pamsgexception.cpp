@@ -13,9 +13,10 @@ void PaMsgException::AddMessage(PaMessage message) {
 }
 
 Obx_String AdExtractFirstMsgAndDeleteException(PaMsgException* exception) {
-    Obx_String text = exception->Messages().front().FullMsg();
-    exception->Delete();
-    return text;
+    // The text may find no memory; the exception goes all the same.
+    const std::unique_ptr<PaMsgException, void (*)(PaMsgException*)> owner(
+        exception, [](PaMsgException* owned) { owned->Delete(); });
+    return owner->Messages().front().FullMsg();
 }
 
 int AdGetBadValue0MsgID() {

@@ -8,9 +8,9 @@
 
 #include "input.h"
 #include "platform/foundation/cexception.h"
-#include "tool/packet_head.h"
-#include "tool/packet_reader.h"
-#include "tool/source_error.h"
+#include "tool/io/source_error.h"
+#include "tool/packet/packet_head.h"
+#include "tool/packet/packet_reader.h"
 #include "ztimporter/importconfigurationparser.h"
 #include "ztimporter/importrecordparser.h"
 

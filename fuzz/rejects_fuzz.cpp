@@ -6,10 +6,10 @@
 
 #include "input.h"
 #include "temporary_folder.h"
-#include "tool/known_rejects.h"
-#include "tool/packet_reader.h"
-#include "tool/rejects.h"
-#include "tool/source_error.h"
+#include "tool/io/source_error.h"
+#include "tool/packet/packet_reader.h"
+#include "tool/rejects/known_rejects.h"
+#include "tool/rejects/rejects.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <string_view>
 
 #include "input.h"
-#include "tool/decoding_marks.h"
-#include "tool/source_error.h"
-#include "tool/text_decoder.h"
+#include "tool/io/decoding_marks.h"
+#include "tool/io/source_error.h"
+#include "tool/io/text_decoder.h"
 
 namespace {
 

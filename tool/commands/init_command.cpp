@@ -7,10 +7,10 @@
 
 #include "recorddb/database.h"
 #include "recorddb/schema/schema_file.h"
-#include "tool/masked_password.h"
-#include "tool/number_text.h"
-#include "tool/usage_error.h"
-#include "tool/visible_text.h"
+#include "tool/process/usage_error.h"
+#include "tool/text/masked_password.h"
+#include "tool/text/number_text.h"
+#include "tool/text/visible_text.h"
 
 namespace tool {
 

@@ -7,17 +7,17 @@
 
 #include "recorddb/database.h"
 #include "recorddb/session/session.h"
-#include "tool/database_failure.h"
-#include "tool/exit_code.h"
-#include "tool/interrupt.h"
-#include "tool/load_output.h"
-#include "tool/number_text.h"
-#include "tool/output_guard.h"
-#include "tool/source_checks.h"
-#include "tool/source_list.h"
-#include "tool/source_loader.h"
-#include "tool/trace_file.h"
-#include "tool/write_error.h"
+#include "tool/commands/database_failure.h"
+#include "tool/commands/output_guard.h"
+#include "tool/io/write_error.h"
+#include "tool/load/load_output.h"
+#include "tool/load/source_loader.h"
+#include "tool/load/trace_file.h"
+#include "tool/process/exit_code.h"
+#include "tool/process/interrupt.h"
+#include "tool/sources/source_checks.h"
+#include "tool/sources/source_list.h"
+#include "tool/text/number_text.h"
 
 namespace tool {
 

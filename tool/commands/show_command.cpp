@@ -8,8 +8,8 @@
 
 #include "recorddb/database.h"
 #include "recorddb/reader/record_reader.h"
-#include "tool/record_printer.h"
-#include "tool/usage_error.h"
+#include "tool/process/usage_error.h"
+#include "tool/report/record_printer.h"
 
 namespace tool {
 

@@ -3,15 +3,15 @@
 #include <optional>
 
 #include "recorddb/database.h"
-#include "tool/exit_code.h"
+#include "tool/commands/output_guard.h"
 #include "tool/html/html_verify_report.h"
-#include "tool/interrupt.h"
-#include "tool/output_guard.h"
-#include "tool/source_checks.h"
-#include "tool/source_list.h"
+#include "tool/process/exit_code.h"
+#include "tool/process/interrupt.h"
+#include "tool/report/verify_output.h"
+#include "tool/report/verify_report.h"
+#include "tool/sources/source_checks.h"
+#include "tool/sources/source_list.h"
 #include "tool/verify/verifier.h"
-#include "tool/verify/verify_output.h"
-#include "tool/verify/verify_report.h"
 
 namespace tool {
 

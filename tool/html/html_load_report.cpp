@@ -2,7 +2,7 @@
 
 #include "tool/html/load_page.h"
 #include "tool/html/tool_version.h"
-#include "tool/masked_password.h"
+#include "tool/text/masked_password.h"
 
 namespace tool {
 

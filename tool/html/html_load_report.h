@@ -4,7 +4,7 @@
 #include <filesystem>
 
 #include "tool/html/run_summary.h"
-#include "tool/replacing_file.h"
+#include "tool/io/replacing_file.h"
 
 namespace tool {
 

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "tool/visible_text.h"
+#include "tool/text/visible_text.h"
 
 namespace tool {
 

@@ -3,7 +3,7 @@
 
 #include "recorddb/journal/journal.h"
 #include "tool/html/verify_findings.h"
-#include "tool/replacing_file.h"
+#include "tool/io/replacing_file.h"
 #include "tool/verify/verify_sink.h"
 
 namespace tool {

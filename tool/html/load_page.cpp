@@ -6,7 +6,7 @@
 #include "tool/html/load_verdict.h"
 #include "tool/html/page_parts.h"
 #include "tool/html/rate_chart.h"
-#include "tool/number_text.h"
+#include "tool/text/number_text.h"
 
 namespace tool {
 

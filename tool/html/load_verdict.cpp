@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "tool/number_text.h"
+#include "tool/text/number_text.h"
 
 namespace tool {
 

@@ -8,7 +8,7 @@
 #include "tool/html/html_style.h"
 #include "tool/html/html_text.h"
 #include "tool/html/shell_word.h"
-#include "tool/number_text.h"
+#include "tool/text/number_text.h"
 
 namespace tool {
 

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <string_view>
 
-#include "tool/number_text.h"
+#include "tool/text/number_text.h"
 
 namespace tool {
 

@@ -11,11 +11,11 @@
 #include "tool/html/example_groups.h"
 #include "tool/html/rate_samples.h"
 #include "tool/html/type_totals.h"
-#include "tool/import_configuration.h"
-#include "tool/load_options.h"
+#include "tool/load/load_options.h"
 #include "tool/losses/loss.h"
-#include "tool/rejects.h"
-#include "tool/report.h"
+#include "tool/packet/import_configuration.h"
+#include "tool/rejects/rejects.h"
+#include "tool/report/report.h"
 
 namespace tool {
 

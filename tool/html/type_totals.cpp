@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "tool/html/html_text.h"
-#include "tool/load_output.h"
+#include "tool/load/load_output.h"
 
 namespace tool {
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "tool/import_configuration.h"
-#include "tool/report.h"
+#include "tool/packet/import_configuration.h"
+#include "tool/report/report.h"
 
 namespace tool {
 

@@ -7,7 +7,7 @@
 #include "tool/html/html_table.h"
 #include "tool/html/html_text.h"
 #include "tool/html/page_parts.h"
-#include "tool/number_text.h"
+#include "tool/text/number_text.h"
 
 namespace tool {
 

@@ -2,7 +2,7 @@
 
 #include "tool/html/attachment_words.h"
 #include "tool/html/verify_page.h"
-#include "tool/number_text.h"
+#include "tool/text/number_text.h"
 
 namespace tool {
 

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "recorddb/schema/names.h"
-#include "tool/losses/expat_parser.h"
-#include "tool/packet_head.h"
+#include "tool/packet/expat_parser.h"
+#include "tool/packet/packet_head.h"
 
 namespace tool {
 

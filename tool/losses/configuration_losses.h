@@ -6,8 +6,8 @@
 #include <string>
 
 #include "recorddb/schema/schema.h"
-#include "tool/import_configuration.h"
 #include "tool/losses/record_losses.h"
+#include "tool/packet/import_configuration.h"
 
 namespace tool {
 

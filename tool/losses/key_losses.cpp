@@ -8,7 +8,7 @@
 #include "platform/foundation/obx_string.h"
 #include "recorddb/schema/names.h"
 #include "tool/losses/value_losses.h"
-#include "tool/record_fields.h"
+#include "tool/packet/record_fields.h"
 
 namespace tool {
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "recorddb/schema/schema.h"
-#include "tool/import_configuration.h"
+#include "tool/packet/import_configuration.h"
 
 namespace tool {
 

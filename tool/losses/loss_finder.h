@@ -6,11 +6,11 @@
 #include <string>
 
 #include "recorddb/schema/schema.h"
-#include "tool/import_configuration.h"
 #include "tool/losses/key_losses.h"
 #include "tool/losses/loss.h"
 #include "tool/losses/record_losses.h"
-#include "tool/packet_reader.h"
+#include "tool/packet/import_configuration.h"
+#include "tool/packet/packet_reader.h"
 
 namespace tool {
 

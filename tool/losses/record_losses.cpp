@@ -5,9 +5,9 @@
 #include <string_view>
 #include <utility>
 
+#include "tool/io/text_units.h"
 #include "tool/losses/value_losses.h"
-#include "tool/record_fields.h"
-#include "tool/text_units.h"
+#include "tool/packet/record_fields.h"
 
 namespace tool {
 

@@ -8,12 +8,12 @@
 #include <vector>
 
 #include "recorddb/schema/record_type.h"
-#include "tool/import_configuration.h"
-#include "tool/losses/field_use.h"
 #include "tool/losses/key_losses.h"
 #include "tool/losses/loss.h"
 #include "tool/losses/record_readings.h"
-#include "tool/packet_reader.h"
+#include "tool/packet/field_use.h"
+#include "tool/packet/import_configuration.h"
+#include "tool/packet/packet_reader.h"
 
 namespace tool {
 

@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "tool/record_fields.h"
+#include "tool/packet/record_fields.h"
 
 namespace tool {
 

@@ -6,9 +6,9 @@
 #include <utility>
 #include <vector>
 
-#include "tool/losses/importer_fields.h"
-#include "tool/losses/record_elements.h"
-#include "tool/packet_reader.h"
+#include "tool/packet/importer_fields.h"
+#include "tool/packet/packet_reader.h"
+#include "tool/packet/record_elements.h"
 
 namespace tool {
 

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "tool/record_fields.h"
+#include "tool/packet/record_fields.h"
 
 namespace tool {
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "recorddb/journal/journal.h"
-#include "tool/import_configuration.h"
+#include "tool/packet/import_configuration.h"
 
 namespace tool {
 

@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "recorddb/schema/record_type.h"
+#include "tool/packet/source_formats.h"
 #include "tool/verify/kept_record.h"
 #include "tool/verify/reference_resolver.h"
-#include "tool/verify/source_formats.h"
 
 namespace tool {
 

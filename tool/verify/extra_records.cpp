@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "tool/interrupt.h"
+#include "tool/process/interrupt.h"
 
 namespace tool {
 

@@ -5,7 +5,7 @@
 
 #include "recorddb/database.h"
 #include "recorddb/reader/record_reader.h"
-#include "tool/verify/verify_output.h"
+#include "tool/report/verify_output.h"
 #include "tool/verify/verify_tally.h"
 
 namespace tool {

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "tool/verify/packet_fields.h"
+#include "tool/packet/packet_fields.h"
 
 namespace tool {
 

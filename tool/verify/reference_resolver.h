@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "tool/import_configuration.h"
+#include "tool/packet/import_configuration.h"
 #include "tool/verify/record_lookup.h"
 
 namespace tool {

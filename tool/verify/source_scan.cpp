@@ -4,10 +4,10 @@
 
 #include <algorithm>
 
-#include "tool/interrupt.h"
 #include "tool/losses/loss_finder.h"
-#include "tool/record_fields.h"
-#include "tool/source_checks.h"
+#include "tool/packet/record_fields.h"
+#include "tool/process/interrupt.h"
+#include "tool/sources/source_checks.h"
 
 namespace tool {
 

@@ -10,14 +10,14 @@
 #include <vector>
 
 #include "recorddb/schema/schema.h"
-#include "tool/import_configuration.h"
+#include "tool/io/source_file.h"
 #include "tool/losses/record_losses.h"
-#include "tool/packet_reader.h"
-#include "tool/source_file.h"
-#include "tool/source_list.h"
+#include "tool/packet/import_configuration.h"
+#include "tool/packet/packet_reader.h"
+#include "tool/report/verify_output.h"
+#include "tool/sources/source_list.h"
 #include "tool/verify/record_lookup.h"
 #include "tool/verify/record_shelf.h"
-#include "tool/verify/verify_output.h"
 #include "tool/verify/verify_tally.h"
 
 namespace tool {

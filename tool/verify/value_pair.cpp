@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "tool/visible_text.h"
+#include "tool/text/visible_text.h"
 
 namespace tool {
 

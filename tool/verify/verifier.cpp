@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "recorddb/sql/open.h"
-#include "tool/interrupt.h"
+#include "tool/process/interrupt.h"
 #include "tool/verify/attachment_comparison.h"
 #include "tool/verify/extra_records.h"
 #include "tool/verify/history_comparison.h"

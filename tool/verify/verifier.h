@@ -7,7 +7,8 @@
 #include "recorddb/integrity/integrity_check.h"
 #include "recorddb/reader/record_reader.h"
 #include "recorddb/sql/transaction.h"
-#include "tool/source_list.h"
+#include "tool/report/verify_output.h"
+#include "tool/sources/source_list.h"
 #include "tool/verify/attachment_files.h"
 #include "tool/verify/expected_record.h"
 #include "tool/verify/record_lookup.h"
@@ -16,7 +17,6 @@
 #include "tool/verify/source_scan.h"
 #include "tool/verify/stored_contents.h"
 #include "tool/verify/verify_options.h"
-#include "tool/verify/verify_output.h"
 #include "tool/verify/verify_tally.h"
 
 namespace tool {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "recorddb/session/session_options.h"
-#include "tool/record_limits.h"
+#include "tool/packet/record_limits.h"
 
 namespace tool {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tool/number_text.h"
+#include "tool/text/number_text.h"
 
 namespace tool {
 

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "recorddb/schema/schema.h"
-#include "tool/import_configuration.h"
 #include "tool/losses/loss.h"
+#include "tool/packet/import_configuration.h"
 
 // The words in which the tests of losses speak: texts of packets go in, losses come out.
 namespace finding {

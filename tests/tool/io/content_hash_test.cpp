@@ -1,0 +1,39 @@
+#include "tool/io/content_hash.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <string>
+
+#include "recorddb/attachments/content_hash.h"
+
+namespace {
+
+constexpr const char* hashOfNothing =
+    "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855";
+constexpr const char* hashOfAbc =
+    "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad";
+
+TEST(ContentHash, IsSha256InHexadecimal) {
+    EXPECT_EQ(tool::HashText(""), hashOfNothing);
+    EXPECT_EQ(tool::HashText("abc"), hashOfAbc);
+}
+
+TEST(ContentHash, DoesNotDependOnThePieces) {
+    recorddb::ContentHash hash;
+    hash.Update("a");
+    hash.Update("");
+    hash.Update("bc");
+    EXPECT_EQ(hash.HexDigest(), hashOfAbc);
+}
+
+TEST(ContentHash, TellsTheHashOfThePiecesSoFar) {
+    recorddb::ContentHash hash;
+    hash.Update("abc");
+    EXPECT_EQ(hash.DigestSoFar()[0], std::byte{0xBA});
+    EXPECT_EQ(hash.DigestSoFar()[31], std::byte{0xAD});
+    hash.Update(std::string(1000, 'a'));
+    EXPECT_EQ(hash.HexDigest(), tool::HashText("abc" + std::string(1000, 'a')));
+}
+
+}  // namespace

@@ -1,0 +1,195 @@
+#include "tool/commands/command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <sstream>
+#include <string>
+
+#include "tool/commands/check_command.h"
+#include "tool/commands/init_command.h"
+#include "tool/commands/load_command.h"
+#include "tool/commands/show_command.h"
+#include "tool/commands/verify_command.h"
+#include "tool/process/exit_code.h"
+#include "tool/text/masked_password.h"
+#include "tool/text/visible_text.h"
+
+namespace tool {
+
+namespace {
+
+// A command's options live as long as its parser, which fills them.
+struct Commands {
+    std::ostream& out;
+    std::ostream& err;
+    std::function<int()> run;
+
+    std::string database;
+    std::string schema;
+    LoadOptions load;
+    LoadOptions check;
+    ShowOptions show;
+    VerifyOptions verify;
+};
+
+constexpr const char* kDatabaseHelp = "the database: the path of an SQLite file";
+constexpr const char* kSourceHelp =
+    "packet files, folders of packet files (*.xml in name order), or - for standard input";
+
+void AddInit(CLI::App& app, Commands& commands) {
+    CLI::App* init = app.add_subcommand("init", "Create a record database");
+    init->add_option("DATABASE", commands.database, kDatabaseHelp)->required();
+    init->add_option("SCHEMA", commands.schema, "the schema file (YAML)")->required();
+    init->callback([&commands] {
+        commands.run = [&commands] {
+            RunInit(commands.database, commands.schema, commands.out);
+            return static_cast<int>(ExitCode::Success);
+        };
+    });
+}
+
+// Whatever reads records can be asked for these.
+void AddLimits(CLI::App& command, RecordLimits& limits) {
+    command
+        .add_option("--max-record-size", limits.size,
+                    "reject records that are not shorter than this, in bytes or with a unit: 16MB")
+        ->transform(CLI::AsSizeValue(false))
+        ->type_name("SIZE");
+    command
+        .add_option("--max-depth", limits.depth,
+                    "reject records whose elements are nested deeper than this")
+        ->check(CLI::PositiveNumber);
+}
+
+// Where the files of attachments are, how large they may be, and how hard a reference may be to
+// read.
+template <typename Options>
+void AddRecordOptions(CLI::App& command, Options& options) {
+    command.add_option("--attachments", options.attachments,
+                       "folder that attachments' file names start from and cannot leave");
+    command
+        .add_option("--max-attachment-size", options.maxAttachmentSize,
+                    "largest file that is taken as an attachment, in bytes or with a unit: 2GB")
+        ->transform(CLI::AsSizeValue(false))
+        ->type_name("SIZE");
+    command
+        .add_option("--max-reference-tries", options.maxReferenceTries,
+                    "ways of reading a reference as a key before it is given up")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+}
+
+// For reading a database where nothing can be written beside it.
+template <typename Options>
+void AddImmutable(CLI::App& command, Options& options) {
+    command.add_flag("--immutable", options.immutable,
+                     "read a database to which certainly no program writes");
+}
+
+// What a load and its rehearsal can both be asked for.
+void AddImportOptions(CLI::App& command, LoadOptions& options) {
+    command.add_option("DATABASE", options.database, kDatabaseHelp)->required();
+    command.add_option("SOURCE", options.sources, kSourceHelp)->required();
+    command.add_option("--report", options.report, "file to write a report to (JSON)");
+    command.add_option("--html", options.html, "file to write a report for people to (HTML)");
+    AddRecordOptions(command, options);
+    command.add_option("--trace", options.trace, "file to write the importer's traces to");
+    command.add_option("--max-rejects", options.maxRejects,
+                       "stop when more records than this are rejected");
+    command.add_flag("--retry-rejected", options.retryRejected,
+                     "try again what earlier loads of the same sources rejected");
+    command.add_flag("--whole-packets", options.wholePackets,
+                     "hand each packet to the importer as it stands, all or nothing");
+    command.add_flag("--fresh", options.fresh, "ignore what the journal knows as loaded");
+    command.add_flag("--quiet", options.quiet, "show errors only");
+    AddLimits(command, options.limits);
+}
+
+void AddCheck(CLI::App& app, Commands& commands) {
+    CLI::App* check = app.add_subcommand(
+        "check", "Rehearse a load, keep nothing, and tell what it would reject or lose");
+    AddImportOptions(*check, commands.check);
+    check->callback([&commands] {
+        commands.run = [&commands] { return RunCheck(commands.check, commands.out, commands.err); };
+    });
+}
+
+void AddLoad(CLI::App& app, Commands& commands) {
+    CLI::App* load = app.add_subcommand("load", "Import packets");
+    AddImportOptions(*load, commands.load);
+    load->add_option("--rejects", commands.load.rejects, "folder to set rejected records aside in");
+    load->callback([&commands] {
+        commands.run = [&commands] { return RunLoad(commands.load, commands.out, commands.err); };
+    });
+}
+
+void AddVerify(CLI::App& app, Commands& commands) {
+    CLI::App* verify = app.add_subcommand("verify", "Compare packets with what is in the database");
+    VerifyOptions& options = commands.verify;
+    verify->add_option("DATABASE", options.database, kDatabaseHelp)->required();
+    verify->add_option("SOURCE", options.sources, kSourceHelp)->required();
+    AddRecordOptions(*verify, options);
+    verify->add_option("--report", options.report, "file to write a report to (JSON)");
+    verify->add_option("--html", options.html, "file to write a report for people to (HTML)");
+    verify->add_flag("--exact", options.exact,
+                     "take what the database holds and no source speaks of for a difference, too");
+    AddImmutable(*verify, options);
+    verify->add_flag("--quiet", options.quiet, "show differences only");
+    AddLimits(*verify, options.limits);
+    verify->callback([&commands] {
+        commands.run = [&commands] {
+            return RunVerify(commands.verify, commands.out, commands.err);
+        };
+    });
+}
+
+void AddShow(CLI::App& app, Commands& commands) {
+    CLI::App* show = app.add_subcommand(
+        "show", "Show record types and counts, the records of a type, or one record");
+    ShowOptions& options = commands.show;
+    show->add_option("DATABASE", options.database, kDatabaseHelp)->required();
+    show->add_option("TYPE", options.type, "a record type");
+    show->add_option("ID", options.id, "a record's display id, unique key or dbid");
+    AddImmutable(*show, options);
+    show->callback([&commands] {
+        commands.run = [&commands] {
+            RunShow(commands.show, commands.out);
+            return static_cast<int>(ExitCode::Success);
+        };
+    });
+}
+
+// The parser's complaints of several lines repeat what was on the command line.
+std::string VisibleComplaint(const std::string& text) {
+    std::string out;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        out += VisibleText(WithoutPasswords(line)) + '\n';
+    }
+    return out;
+}
+
+}  // namespace
+
+int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::ostream& err) {
+    CLI::App app("Moves tracker data from XML packets into a record database.", "ztimport");
+    app.require_subcommand(1);
+    app.set_version_flag("--version", "ztimport " ZT_VERSION);
+    Commands commands{out, err, {}, {}, {}, {}, {}, {}, {}};
+    AddInit(app, commands);
+    AddLoad(app, commands);
+    AddCheck(app, commands);
+    AddVerify(app, commands);
+    AddShow(app, commands);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        std::ostringstream complaint;
+        const int code = app.exit(error, out, complaint);
+        err << VisibleComplaint(complaint.str());
+        return static_cast<int>(code == 0 ? ExitCode::Success : ExitCode::BadInput);
+    }
+    return commands.run();
+}
+
+}  // namespace tool

@@ -1,0 +1,15 @@
+#ifndef TOOL_COMMANDS_DATABASE_FAILURE_H
+#define TOOL_COMMANDS_DATABASE_FAILURE_H
+
+#include <string>
+
+#include "recorddb/sql/error.h"
+
+namespace tool {
+
+// Why the database failed and what to do about it, for people.
+std::string ExplainFailure(const recorddb::sql::Error& error);
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,60 @@
+#ifndef TOOL_COMMANDS_OUTPUT_GUARD_H
+#define TOOL_COMMANDS_OUTPUT_GUARD_H
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "tool/io/file_identity.h"
+#include "tool/load/load_options.h"
+#include "tool/sources/source_list.h"
+#include "tool/verify/verify_options.h"
+
+namespace tool {
+
+// Keeps what a command writes away from what it reads, and its outputs from each other. Files are
+// compared themselves, not their names: a link is the file that it leads to.
+class OutputGuard {
+  public:
+    // Keeps the file at PATH, which messages call WHAT, "the packet file" say.
+    void Keep(const std::filesystem::path& path, const std::string& what);
+
+    // Keeps the file of a database and those that the engine puts beside it, made already or not.
+    void KeepDatabase(const std::string& database);
+
+    // Keeps the files in FOLDER and below it, except for earlier reports of this program: the
+    // folder of attachments may be one that people work in.
+    void KeepFolder(const std::filesystem::path& folder, const std::string& what);
+
+    // Keeps a folder of rejected records, which need not be there yet, and the packets in it.
+    void KeepRejects(const std::filesystem::path& folder);
+
+    // Keeps standard output and standard error away from the files kept so far, and the outputs
+    // that follow away from both.
+    void CheckStandardOutputs();
+
+    // Sees that an output is none of what is kept, and keeps it. OPTION is what it was named with.
+    // An empty path is none. Throws UsageError.
+    void Check(const std::string& option, const std::filesystem::path& path);
+
+  private:
+    struct Folder {
+        std::filesystem::path path;
+        std::string what;
+    };
+    void CheckFolders(const std::string& option, const std::filesystem::path& path) const;
+
+    std::map<FileIdentity, std::string> m_kept;
+    std::vector<Folder> m_folders;
+    std::filesystem::path m_rejects;
+};
+
+// See that no output that was asked for is another file of the command. To be called before any
+// output is opened. Throw UsageError.
+void CheckOutputs(const LoadOptions& options, const SourceList& sources);
+void CheckOutputs(const VerifyOptions& options, const SourceList& sources);
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,14 @@
+#ifndef TOOL_IO_CONTENT_HASH_H
+#define TOOL_IO_CONTENT_HASH_H
+
+#include <string>
+#include <string_view>
+
+namespace tool {
+
+// The SHA-256 digest of TEXT as 64 lower-case hexadecimal digits.
+std::string HashText(std::string_view text);
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,58 @@
+#ifndef TOOL_IO_SOURCE_FILE_H
+#define TOOL_IO_SOURCE_FILE_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tool/io/byte_source.h"
+
+namespace tool {
+
+// A source that is open, and known by its content: what is read from it are the bytes that its hash
+// is the hash of, whatever becomes of the file meanwhile.
+//
+// The whole file is hashed first, since a load must know what it reads before the first record.
+// While it is read afterwards, each block is hashed again before any byte of it is handed out. That
+// takes 32 bytes of memory for each mebibyte of the source.
+class SourceFile {
+  public:
+    // Opens and hashes the file at PATH, called NAME in errors. Throws SourceError (NotFound,
+    // NotReadable, Changed).
+    SourceFile(const std::filesystem::path& path, std::string name);
+    ~SourceFile();
+    SourceFile(const SourceFile&) = delete;
+    SourceFile& operator=(const SourceFile&) = delete;
+
+    const std::string& Name() const;
+
+    // The SHA-256 of the content as 64 lower-case hexadecimal digits.
+    const std::string& Sha256() const { return m_sha256; }
+
+    // The content from its front on; several may be read side by side, each lasts without this
+    // object. Their Read throws SourceError (Changed) instead of handing out a byte that was
+    // another one when the file was hashed, and what RequireUnchanged throws.
+    std::unique_ptr<ByteSource> Read() const;
+
+    // Throws SourceError (Changed) when the file has been written to since it was hashed, or
+    // another file has taken its name. A file that was removed is read to its end.
+    void RequireUnchanged() const;
+
+  private:
+    using Digest = std::array<std::byte, 32>;
+    struct File;
+    class Reader;
+
+    void Hash();
+
+    std::shared_ptr<File> m_file;
+    std::string m_sha256;
+};
+
+}  // namespace tool
+
+#endif

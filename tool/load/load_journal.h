@@ -1,0 +1,84 @@
+#ifndef TOOL_LOAD_LOAD_JOURNAL_H
+#define TOOL_LOAD_LOAD_JOURNAL_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "recorddb/journal/journal.h"
+#include "tool/report/report.h"
+
+namespace tool {
+
+// What becomes of a record of a source, as far as the journal knows.
+enum class RecordTask {
+    Import,  // not handled yet
+    Retry,   // was rejected, and is to be tried again
+    Pass,    // handled in an earlier load
+};
+
+// The journal of one source under one configuration, during a load.
+class LoadJournal {
+  public:
+    // JOURNAL stays the caller's. With FRESH the journal is taken as empty, and what it knew of the
+    // source is forgotten at the first Save. With RETRY the records that were rejected in a source
+    // that was read to its end are tasks again; those of an interrupted load are not, since the
+    // result must be the one of an undisturbed load.
+    LoadJournal(recorddb::journal::Journal& journal, recorddb::journal::JournalKey key,
+                std::string sourceName, bool fresh, bool retry);
+
+    // What an earlier load left.
+    bool WasComplete() const { return m_wasComplete; }
+    std::uint64_t HandledBefore() const { return m_handledBefore; }
+    std::uint64_t RejectedBefore() const { return m_rejectedBefore; }
+
+    // True when rejected records of an earlier load are tasks again.
+    bool Retries() const { return !m_retry.empty(); }
+
+    // True when nothing of the source is left to do.
+    bool NothingToDo() const { return m_wasComplete && m_retry.empty(); }
+
+    // The number of records that this load and earlier ones have dealt with as of the last Save.
+    std::uint64_t HandledForGood() const {
+        return m_stored && !m_forget ? static_cast<std::uint64_t>(m_stored->nextOrdinal) : 0;
+    }
+
+    // Has the entry of KEY, a former content of the source, forgotten at the first Save, too.
+    void AlsoForget(recorddb::journal::JournalKey key) { m_forgotten.push_back(std::move(key)); }
+
+    RecordTask TaskOf(std::uint64_t ordinal) const;
+
+    // Notes what became of a record. Records are noted in the order of their ordinals.
+    void NoteImported(std::uint64_t ordinal, const LoadTotals& done);
+    void NoteRejected(std::uint64_t ordinal);
+
+    // Notes that the source holds no more records.
+    void NoteEnd() { m_entry.complete = true; }
+
+    // Writes what was noted, in the transaction that is open. Throws sql::Error (Busy) when another
+    // load has written the same entry since this one read it: both would import the same records.
+    void Save();
+
+  private:
+    void NoteHandled(std::uint64_t ordinal);
+
+    recorddb::journal::Journal& m_journal;
+    recorddb::journal::JournalKey m_key;
+    recorddb::journal::JournalEntry m_entry;
+    std::optional<recorddb::journal::JournalEntry> m_stored;  // as this load knows it to be stored
+    bool m_forget;
+    std::vector<recorddb::journal::JournalKey> m_forgotten;
+    bool m_wasComplete = false;
+    std::uint64_t m_handledBefore = 0;
+    std::uint64_t m_rejectedBefore = 0;
+    std::unordered_set<std::uint64_t> m_retry;
+    std::vector<std::int64_t> m_newRejects;
+    std::vector<std::int64_t> m_mended;
+};
+
+}  // namespace tool
+
+#endif

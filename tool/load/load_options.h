@@ -1,0 +1,40 @@
+#ifndef TOOL_LOAD_LOAD_OPTIONS_H
+#define TOOL_LOAD_LOAD_OPTIONS_H
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "recorddb/session/session_options.h"
+#include "tool/packet/record_limits.h"
+
+namespace tool {
+
+// What `ztimport load` or `ztimport check` was asked to do.
+struct LoadOptions {
+    std::string database;
+    std::vector<std::string> sources;
+    std::filesystem::path rejects;      // folder; empty for none
+    std::filesystem::path report;       // file; empty for none
+    std::filesystem::path html;         // file; empty for none
+    std::filesystem::path attachments;  // folder; empty for none
+    std::int64_t maxAttachmentSize = recorddb::defaultMaxAttachmentSize;
+    std::int64_t maxReferenceTries = recorddb::defaultMaxReferenceTries;
+    std::filesystem::path trace;  // file; empty for none
+    std::optional<std::uint64_t> maxRejects;
+    RecordLimits limits;
+    bool wholePackets = false;
+    bool fresh = false;          // ignore the journal
+    bool retryRejected = false;  // import what the journal knows as rejected once more
+    bool quiet = false;
+    bool rehearse = false;  // keep nothing, and find what is lost silently
+
+    // A load without a page for people goes without, since the search takes a tenth of its time.
+    bool LooksForLosses() const { return rehearse || !html.empty(); }
+};
+
+}  // namespace tool
+
+#endif

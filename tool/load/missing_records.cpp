@@ -1,0 +1,167 @@
+#include "tool/load/missing_records.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/foundation/obx_string.h"
+#include "recorddb/schema/names.h"
+#include "tool/packet/record_fields.h"
+
+namespace tool {
+
+namespace {
+
+using recorddb::schema::Field;
+using recorddb::schema::FieldKind;
+using recorddb::schema::RecordType;
+
+constexpr std::size_t kRemembered = 100'000;
+
+std::string Trimmed(std::string_view text) {
+    Obx_String value = Obx_String::FromUtf8(text);
+    value.TrimLeft();
+    value.TrimRight();
+    return value.ToUtf8();
+}
+
+std::vector<std::string> Items(const Field& field, const std::string& value) {
+    std::vector<std::string> items;
+    std::size_t begin = 0;
+    while (begin <= value.size()) {
+        const std::size_t end = field.kind == FieldKind::ReferenceList
+                                    ? std::min(value.find(',', begin), value.size())
+                                    : value.size();
+        items.push_back(Trimmed(std::string_view(value).substr(begin, end - begin)));
+        begin = end + 1;
+    }
+    std::erase_if(items, [&](const std::string& item) {
+        // "BLANK" empties a single reference.
+        return item.empty() ||
+               (field.kind == FieldKind::Reference && recorddb::schema::SameName(item, "BLANK"));
+    });
+    return items;
+}
+
+std::string MappedField(const ImportConfiguration& configuration, const Field& field) {
+    const auto& mapping = configuration.Mapping();
+    const auto found = std::find_if(mapping.begin(), mapping.end(), [&](const auto& entry) {
+        return recorddb::schema::SameName(entry.first, field.name);
+    });
+    return found == mapping.end() ? std::string() : found->second;
+}
+
+// Others are stored in another form than people write.
+bool IsComparedAsText(const Field& field) {
+    switch (field.kind) {
+        case FieldKind::Text:
+        case FieldKind::Multiline:
+        case FieldKind::Choice:
+        case FieldKind::State:
+        case FieldKind::DisplayId:
+        case FieldKind::Integer:
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool IsReference(const Field& field) {
+    return field.kind == FieldKind::Reference || field.kind == FieldKind::ReferenceList;
+}
+
+}  // namespace
+
+MissingRecords::MissingRecords(recorddb::Database& database)
+    : m_database(database), m_reader(database) {}
+
+std::string MissingRecords::Describe(std::string_view record,
+                                     const ImportConfiguration& configuration) {
+    const RecordType* type = m_database.GetSchema().FindType(configuration.RecordType());
+    std::string text;
+    if (type == nullptr) {
+        return text;
+    }
+    for (const Wanted& wanted : WantedBy(record, configuration, *type)) {
+        if (IsThere(wanted)) {
+            continue;
+        }
+        text += fmt::format("{}It waits for the {} ", text.empty() ? "" : " ", wanted.type->name);
+        text += wanted.field.empty()
+                    ? fmt::format("\"{}\"", wanted.value)
+                    : fmt::format("whose {} is \"{}\"", wanted.field, wanted.value);
+        text += wanted.role.empty() ? "" : fmt::format(" (field {})", wanted.role);
+        const auto rejected = m_rejected.find({wanted.type->id, wanted.value});
+        text += rejected == m_rejected.end()
+                    ? "."
+                    : fmt::format(", which was rejected too: {}.", rejected->second);
+    }
+    return text;
+}
+
+std::vector<MissingRecords::Wanted> MissingRecords::WantedBy(
+    std::string_view record, const ImportConfiguration& configuration,
+    const RecordType& type) const {
+    const std::string& identity = configuration.OriginalId();
+    const bool creates = configuration.Data() == ImportedData::Records &&
+                         (!configuration.UpdateRecord() || configuration.UpdateInsert());
+    std::vector<Wanted> wanted;
+    if (configuration.Data() == ImportedData::Records) {
+        wanted = References(record, configuration, type);
+    }
+    if (configuration.Data() == ImportedData::Records && !identity.empty()) {
+        const std::string& duplicate = configuration.DuplicateId();
+        wanted.push_back(
+            {&type, identity, FindFieldValue(record, duplicate).value_or(""), duplicate});
+    }
+    if (!creates && !identity.empty()) {
+        wanted.push_back({&type, identity, FindFieldValue(record, identity).value_or(""), ""});
+    }
+    std::erase_if(wanted, [](const Wanted& one) { return one.value.empty(); });
+    return wanted;
+}
+
+std::vector<MissingRecords::Wanted> MissingRecords::References(
+    std::string_view record, const ImportConfiguration& configuration,
+    const RecordType& type) const {
+    std::vector<Wanted> wanted;
+    for (const Field& field : type.fields) {
+        if (!IsReference(field)) {
+            continue;
+        }
+        const std::string value = FindFieldValue(record, field.name).value_or("");
+        const RecordType& target = m_database.GetSchema().Type(field.target);
+        // A key of several fields is not searched through the mapping.
+        const std::string mapped = target.key.size() > 1 ? "" : MappedField(configuration, field);
+        for (const std::string& item : Items(field, value)) {
+            wanted.push_back({&target, mapped, item, field.name});
+        }
+    }
+    return wanted;
+}
+
+bool MissingRecords::IsThere(const Wanted& wanted) {
+    if (wanted.field.empty()) {
+        const auto found = m_reader.Find(*wanted.type, wanted.value);
+        // A dbid is found, too, but is no key.
+        return found && m_reader.Key(*wanted.type, found->dbid) == wanted.value;
+    }
+    const Field* field = wanted.type->FindField(wanted.field);
+    if (field == nullptr || !IsComparedAsText(*field)) {
+        return true;
+    }
+    m_database.GetSearchIndexes().Ensure(*wanted.type, *field);
+    return !m_reader.FindByValue(*wanted.type, *field, wanted.value, 1).empty();
+}
+
+void MissingRecords::NoteRejected(const ImportConfiguration& configuration,
+                                  const std::string& sourceId, const std::string& place) {
+    const RecordType* type = m_database.GetSchema().FindType(configuration.RecordType());
+    if (type != nullptr && !sourceId.empty() && configuration.Data() == ImportedData::Records &&
+        m_rejected.size() < kRemembered) {
+        m_rejected.emplace(std::pair(type->id, sourceId), place);
+    }
+}
+
+}  // namespace tool

@@ -1,0 +1,56 @@
+#ifndef TOOL_LOAD_MISSING_RECORDS_H
+#define TOOL_LOAD_MISSING_RECORDS_H
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "recorddb/database.h"
+#include "recorddb/reader/record_reader.h"
+#include "tool/packet/import_configuration.h"
+
+namespace tool {
+
+// Finds out which other records a rejected record waits for: those that it refers to, is a
+// duplicate of, or adds history or attachments to, and that are not in the database.
+class MissingRecords {
+  public:
+    // The database outlives the object.
+    explicit MissingRecords(recorddb::Database& database);
+
+    // What RECORD, the text of a record under CONFIGURATION, waits for, as sentences for people,
+    // such as "It waits for the user \"ann\" (field owner), rejected as users.xml, record 3.";
+    // empty when it waits for nothing. Throws sql::Error.
+    std::string Describe(std::string_view record, const ImportConfiguration& configuration);
+
+    // Remembers a rejected record, so that those that wait for it can say where it stands. PLACE
+    // is for people. Of very many only the first are remembered.
+    void NoteRejected(const ImportConfiguration& configuration, const std::string& sourceId,
+                      const std::string& place);
+
+  private:
+    struct Wanted {
+        const recorddb::schema::RecordType* type;
+        std::string field;  // that it is searched by; empty: by its key
+        std::string value;
+        std::string role;  // why the record waits for it, for people
+    };
+
+    std::vector<Wanted> WantedBy(std::string_view record, const ImportConfiguration& configuration,
+                                 const recorddb::schema::RecordType& type) const;
+    std::vector<Wanted> References(std::string_view record,
+                                   const ImportConfiguration& configuration,
+                                   const recorddb::schema::RecordType& type) const;
+    bool IsThere(const Wanted& wanted);
+
+    recorddb::Database& m_database;
+    recorddb::RecordReader m_reader;
+    // By record type and original id.
+    std::map<std::pair<std::int64_t, std::string>, std::string> m_rejected;
+};
+
+}  // namespace tool
+
+#endif

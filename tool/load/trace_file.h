@@ -1,0 +1,38 @@
+#ifndef TOOL_LOAD_TRACE_FILE_H
+#define TOOL_LOAD_TRACE_FILE_H
+
+#include <exception>
+#include <filesystem>
+
+#include "platform/messages/addiagnostic.h"
+#include "tool/io/replacing_file.h"
+
+namespace tool {
+
+// Writes the importer's traces to a file, one line each, for as long as it lives: it switches the
+// importer's diagnostic flag on and takes the process's diagnostic sink.
+class TraceFile : public AdDiagnosticSink {
+  public:
+    // Replaces the file at PATH at once. See ReplacingFile for links and for what is no file.
+    // Throws UsageError when it cannot be written.
+    explicit TraceFile(const std::filesystem::path& path);
+    ~TraceFile() override;
+    TraceFile(const TraceFile&) = delete;
+    TraceFile& operator=(const TraceFile&) = delete;
+
+    // Throws WriteError when a trace could not be written; those behind it are missing then. The
+    // traces themselves go through code that must not be disturbed.
+    void Finish();
+
+    bool Wants(int flag) override { return flag == AdDiagnostic::kImportFlag; }
+    void Write(const Obx_String& tag, const Obx_String& text) override;
+
+  private:
+    ReplacingFile m_file;
+    AdDiagnosticSink* m_former;
+    std::exception_ptr m_failure;
+};
+
+}  // namespace tool
+
+#endif

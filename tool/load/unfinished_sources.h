@@ -1,0 +1,41 @@
+#ifndef TOOL_LOAD_UNFINISHED_SOURCES_H
+#define TOOL_LOAD_UNFINISHED_SOURCES_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "recorddb/journal/journal.h"
+
+namespace tool {
+
+// The sources of which earlier loads have imported a part. One of them that comes again with
+// another content must not be taken for a new one: its first records would be there twice.
+class UnfinishedSources {
+  public:
+    struct Entry {
+        recorddb::journal::JournalKey key;
+        std::uint64_t handled = 0;  // records
+    };
+
+    // Reads JOURNAL, which stays the caller's. Throws sql::Error.
+    explicit UnfinishedSources(recorddb::journal::Journal& journal);
+
+    // The loads that have imported a part of the source called NAME under the configuration of KEY,
+    // when it had another content than that of KEY, and have not come to its end since.
+    std::vector<Entry> WithOtherContent(const recorddb::journal::JournalKey& key,
+                                        const std::string& name) const;
+
+  private:
+    recorddb::journal::Journal& m_journal;
+    std::vector<recorddb::journal::JournalKey> m_keys;
+};
+
+// What there is to do about a source that changed when a part of it had been imported, as a
+// sentence. HANDLED is the number of records of that part.
+std::string AdviseOnChangedSource(std::uint64_t handled);
+
+}  // namespace tool
+
+#endif

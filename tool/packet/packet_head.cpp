@@ -1,0 +1,119 @@
+#include "tool/packet/packet_head.h"
+
+namespace tool {
+
+namespace {
+
+constexpr std::size_t npos = std::string_view::npos;
+constexpr std::string_view cdataOpening = "<![CDATA[";
+
+bool IsBlank(char c) {
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
+std::string_view WithoutBlanks(std::string_view text) {
+    while (!text.empty() && IsBlank(text.front())) {
+        text.remove_prefix(1);
+    }
+    return text;
+}
+
+// Position behind the ">" that ends the tag at the start of TEXT; one inside quotes does not.
+std::size_t TagEnd(std::string_view text) {
+    char quote = 0;
+    for (std::size_t at = 1; at < text.size(); ++at) {
+        char c = text[at];
+        if (quote != 0) {
+            quote = c == quote ? '\0' : quote;
+        } else if (c == '>') {
+            return at + 1;
+        } else if (c == '"' || c == '\'') {
+            quote = c;
+        }
+    }
+    return npos;
+}
+
+// Position behind a document type declaration with its internal subset, if it has one. Quotes and
+// comments in the subset are not looked at: the importer refuses the declaration in any case.
+std::size_t DoctypeEnd(std::string_view text) {
+    std::size_t at = text.find_first_of("[>");
+    if (at != npos && text[at] == '[') {
+        at = text.find(']', at);
+        at = at == npos ? npos : text.find('>', at);
+    }
+    return at == npos ? npos : at + 1;
+}
+
+std::size_t Behind(std::string_view text, std::string_view mark, std::size_t from) {
+    std::size_t at = text.find(mark, from);
+    return at == npos ? npos : at + mark.size();
+}
+
+bool IsConfigurationTag(std::string_view tag) {
+    constexpr std::string_view opening = "<configuration";
+    return tag.starts_with(opening) &&
+           tag.substr(opening.size(), 1).find_first_of(" \t\r\n/>") == 0;
+}
+
+// Length of the comment, instruction or document type declaration at the start of TEXT: 0 when
+// something else stands there, npos when it does not end.
+std::size_t SkippedLength(std::string_view text) {
+    if (text.starts_with("<!--")) {
+        return Behind(text, "-->", 4);
+    }
+    if (text.starts_with("<?")) {
+        return Behind(text, "?>", 2);
+    }
+    if (text.starts_with("<!") && !text.starts_with(cdataOpening)) {
+        return DoctypeEnd(text);
+    }
+    return 0;
+}
+
+}  // namespace
+
+HeadAnswer ClassifyHead(std::string_view text, bool complete) {
+    HeadAnswer unfinished = complete ? HeadAnswer::Data : HeadAnswer::Undecided;
+    while (true) {
+        text = WithoutBlanks(text);
+        if (text.size() < cdataOpening.size() && !complete) {
+            return text.empty() || text[0] == '<' ? unfinished : HeadAnswer::Data;
+        }
+        std::size_t skipped = SkippedLength(text);
+        if (skipped == npos) {
+            return unfinished;
+        }
+        if (skipped > 0) {
+            text.remove_prefix(skipped);
+            continue;
+        }
+        if (!text.starts_with('<') || text.starts_with("</") || text.starts_with(cdataOpening)) {
+            return HeadAnswer::Data;
+        }
+        std::size_t end = TagEnd(text);
+        if (end == npos) {
+            return complete && IsConfigurationTag(text) ? HeadAnswer::Configuration : unfinished;
+        }
+        if (IsConfigurationTag(text)) {
+            return HeadAnswer::Configuration;
+        }
+        if (text[end - 2] == '/') {
+            return HeadAnswer::Data;
+        }
+        text.remove_prefix(end);
+    }
+}
+
+std::string WithPacketDeclaration(std::string_view text) {
+    std::string_view body = WithoutBlanks(text);
+    std::size_t end = npos;
+    if (body.starts_with("<?xml") && body.size() > 5 && IsBlank(body[5])) {
+        end = body.find("?>");
+    }
+    std::string packet(packetDeclaration);
+    packet += end == npos ? text : body.substr(end + 2);
+    return packet;
+}
+
+}  // namespace tool

@@ -1,0 +1,199 @@
+#include "tool/packet/record_fields.h"
+
+#include <unicode/uchar.h>
+#include <unicode/unistr.h>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace tool {
+
+namespace {
+
+constexpr std::size_t npos = std::string_view::npos;
+constexpr std::string_view blanks = " \t\r\n";
+
+constexpr std::array<std::pair<std::string_view, char>, 8> escapes = {{
+    {"&amp;", '&'},
+    {"&lt;", '<'},
+    {"&gt;", '>'},
+    {"&apos;", '\''},
+    {"&quot;", '"'},
+    {"&#x9;", '\t'},
+    {"&#xA;", '\n'},
+    {"&#xD;", '\r'},
+}};
+
+bool IsPlain(std::string_view text) {
+    return std::all_of(text.begin(), text.end(),
+                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+char Lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+icu::UnicodeString ToUnicode(std::string_view text) {
+    return icu::UnicodeString::fromUTF8(
+        icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
+}
+
+void ReplaceAll(std::string& text, std::string_view from, char to) {
+    std::size_t found = text.find(from);
+    if (found == npos) {
+        return;
+    }
+    std::string result;
+    std::size_t done = 0;
+    for (; found != npos; found = text.find(from, done)) {
+        result.append(text, done, found - done);
+        result += to;
+        done = found + from.size();
+    }
+    result.append(text, done);
+    text = std::move(result);
+}
+
+// A start tag cut out of a text that may be broken anywhere.
+struct StartTag {
+    std::string_view name;  // value of its attribute "name", as written
+    std::size_t end;        // position behind it
+    bool empty;             // ends with "/>"
+};
+
+// Reads the attribute at AT, its leading blanks skipped, and moves AT behind it.
+std::pair<std::string_view, std::string_view> ReadAttribute(std::string_view text,
+                                                            std::size_t& at) {
+    std::size_t nameEnd = std::min(text.find_first_of(" \t\r\n=/><", at), text.size());
+    std::string_view name = text.substr(at, nameEnd - at);
+    std::size_t equals = text.find_first_not_of(blanks, nameEnd);
+    if (equals == npos || text[equals] != '=') {
+        at = std::max(nameEnd, at + 1);
+        return {name, {}};
+    }
+    std::size_t quote = text.find_first_not_of(blanks, equals + 1);
+    std::size_t close = npos;
+    if (quote != npos && (text[quote] == '"' || text[quote] == '\'')) {
+        close = text.find(text[quote], quote + 1);
+    }
+    if (close == npos) {
+        at = equals + 1;
+        return {name, {}};
+    }
+    at = close + 1;
+    return {name, text.substr(quote + 1, close - quote - 1)};
+}
+
+StartTag ReadStartTag(std::string_view text, std::size_t begin) {
+    StartTag tag{{}, text.size(), false};
+    std::size_t at = std::min(text.find_first_of(" \t\r\n/>", begin + 1), text.size());
+    while ((at = text.find_first_not_of(blanks, at)) != npos && text[at] != '<') {
+        if (text[at] == '>') {
+            tag.end = at + 1;
+            return tag;
+        }
+        tag.empty = text[at] == '/';
+        if (tag.empty) {
+            ++at;
+            continue;
+        }
+        auto [name, value] = ReadAttribute(text, at);
+        if (name == "name") {
+            tag.name = value;
+        }
+    }
+    tag.end = std::min(at, text.size());
+    return tag;
+}
+
+std::size_t Behind(std::string_view text, std::string_view mark, std::size_t from) {
+    std::size_t found = text.find(mark, from);
+    return found == npos ? text.size() : found + mark.size();
+}
+
+// The character data from AT up to the next tag, escapes still in it.
+std::string ReadContent(std::string_view text, std::size_t at) {
+    constexpr std::string_view cdata = "<![CDATA[";
+    std::string content;
+    while (at < text.size()) {
+        std::size_t tag = std::min(text.find('<', at), text.size());
+        content += text.substr(at, tag - at);
+        std::string_view rest = text.substr(tag);
+        if (rest.starts_with("<!--")) {
+            at = Behind(text, "-->", tag);
+        } else if (rest.starts_with("<?")) {
+            at = Behind(text, "?>", tag);
+        } else if (rest.starts_with(cdata)) {
+            std::size_t close = std::min(text.find("]]>", tag), text.size());
+            content += text.substr(tag + cdata.size(), close - tag - cdata.size());
+            at = std::min(close + 3, text.size());
+        } else {
+            break;
+        }
+    }
+    return content;
+}
+
+// The position behind the comment, CDATA section or instruction at AT, else behind its "<".
+std::size_t SkipOther(std::string_view text, std::size_t at) {
+    std::string_view rest = text.substr(at);
+    if (rest.starts_with("<!--")) {
+        return Behind(text, "-->", at);
+    }
+    if (rest.starts_with("<![CDATA[")) {
+        return Behind(text, "]]>", at);
+    }
+    return at + 1;
+}
+
+}  // namespace
+
+bool SameFieldName(std::string_view field, std::string_view name) {
+    if (name.empty()) {
+        return false;
+    }
+    if (IsPlain(field) && IsPlain(name)) {
+        return std::equal(field.begin(), field.end(), name.begin(), name.end(),
+                          [](char x, char y) { return Lower(x) == Lower(y); });
+    }
+    return ToUnicode(field).caseCompare(ToUnicode(name), U_FOLD_CASE_DEFAULT) == 0;
+}
+
+std::string DecodePacketEscapes(std::string_view text) {
+    std::string decoded(text);
+    if (decoded.find('&') != npos) {
+        for (const auto& [sequence, character] : escapes) {
+            ReplaceAll(decoded, sequence, character);
+        }
+    }
+    return decoded;
+}
+
+bool StartsWithPacketEscape(std::string_view text) {
+    return std::any_of(escapes.begin(), escapes.end(),
+                       [text](const auto& escape) { return text.starts_with(escape.first); });
+}
+
+std::optional<std::string> FindFieldValue(std::string_view record, std::string_view name) {
+    std::optional<std::string> value;
+    if (name.empty()) {
+        return value;
+    }
+    std::size_t at = record.find('<');
+    while (at != npos && at + 1 < record.size()) {
+        char next = record[at + 1];
+        if (next == '/' || next == '!' || next == '?') {
+            at = record.find('<', SkipOther(record, at));
+            continue;
+        }
+        StartTag tag = ReadStartTag(record, at);
+        if (SameFieldName(DecodePacketEscapes(tag.name), name)) {
+            value = tag.empty ? std::string() : DecodePacketEscapes(ReadContent(record, tag.end));
+        }
+        at = record.find('<', tag.end);
+    }
+    return value;
+}
+
+}  // namespace tool

@@ -1,0 +1,44 @@
+#ifndef TOOL_PACKET_SOURCE_FORMATS_H
+#define TOOL_PACKET_SOURCE_FORMATS_H
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// The values of packets that have a format of their own, read so that nothing in them is left out:
+// what the importer drops of them without a word comes out as missing from the database.
+namespace tool {
+
+// The columns of a history entry that the database keeps, in the order of a packet's line.
+constexpr std::array<std::string_view, 6> kHistoryColumns = {
+    "action_timestamp", "user_name", "action_name", "old_state", "new_state", "comments"};
+constexpr std::size_t kTimeColumn = 0;
+using HistoryColumns = std::array<std::string, kHistoryColumns.size()>;
+
+// A line of a history value. Columns that it does not have are empty.
+struct HistoryLine {
+    std::string id;          // what the source calls the entry
+    HistoryColumns columns;  // the time as the database would tell it
+};
+
+std::vector<HistoryLine> ReadHistoryLines(std::string_view value);
+
+// Four lines of an attachments value, or what is left over behind the last whole four.
+struct AttachmentLines {
+    std::string id;  // what the source calls the attachment
+    std::string fileName;
+    std::string fileSize;
+    std::string description;
+    bool complete = false;
+};
+
+std::vector<AttachmentLines> ReadAttachmentLines(std::string_view value);
+
+// The items of a reference list value, trimmed, without the empty ones.
+std::vector<std::string> ReadListItems(std::string_view value);
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,31 @@
+#include "tool/process/interrupt.h"
+
+#include <csignal>
+
+namespace tool {
+
+namespace {
+
+volatile std::sig_atomic_t interruptedBy = 0;
+
+void Remember(int signal) {
+    interruptedBy = signal;
+}
+
+}  // namespace
+
+void WatchInterrupts() {
+    interruptedBy = 0;
+    struct sigaction action = {};
+    action.sa_handler = Remember;
+    // The handler serves once: whoever presses Ctrl-C again means it.
+    action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+}
+
+int Interrupted() {
+    return interruptedBy;
+}
+
+}  // namespace tool

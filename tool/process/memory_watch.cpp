@@ -1,0 +1,56 @@
+#include "tool/process/memory_watch.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <exception>
+#include <new>
+#include <string_view>
+
+#include "tool/process/exit_code.h"
+
+namespace tool {
+
+namespace {
+
+std::atomic<std::uint64_t> g_failures{0};
+
+void CountAndThrow() {
+    ++g_failures;
+    throw std::bad_alloc();
+}
+
+std::terminate_handler g_formerTerminate = nullptr;
+
+// Must do without memory.
+[[noreturn]] void Terminate() {
+    try {
+        if (const auto current = std::current_exception()) {
+            std::rethrow_exception(current);
+        }
+    } catch (const std::bad_alloc&) {
+        constexpr std::string_view text =
+            "ztimport: there is not enough memory; make some free, then start the same command "
+            "again\n";
+        [[maybe_unused]] const auto written = ::write(STDERR_FILENO, text.data(), text.size());
+        std::_Exit(static_cast<int>(ExitCode::DatabaseFailed));
+    } catch (...) {
+        // The former handler has words for it.
+    }
+    g_formerTerminate();
+    std::abort();
+}
+
+}  // namespace
+
+void WatchMemory() {
+    std::set_new_handler(CountAndThrow);
+    g_formerTerminate = std::set_terminate(Terminate);
+}
+
+std::uint64_t MemoryFailures() {
+    return g_failures;
+}
+
+}  // namespace tool

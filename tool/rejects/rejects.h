@@ -1,0 +1,88 @@
+#ifndef TOOL_REJECTS_REJECTS_H
+#define TOOL_REJECTS_REJECTS_H
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tool/io/output_file.h"
+#include "tool/packet/record_cutter.h"
+#include "tool/rejects/known_rejects.h"
+#include "tool/rejects/rejects_folder.h"
+
+namespace tool {
+
+// A record that was refused, and why.
+struct RejectedRecord {
+    std::string source;        // name of its source
+    std::uint64_t number = 0;  // its number in the source, from 1
+    std::uint64_t line = 0;    // line of its first byte, from 1
+    std::string reason;
+    std::string_view raw;  // its text as it stands in the source; valid UTF-8
+    RecordDefect defect = RecordDefect::None;
+    bool openSection = false;  // a comment, CDATA section or instruction in it does not close
+};
+
+// Sets rejected records aside in a directory that is a source itself: mended, it can be loaded.
+//
+// For every configuration under which records are rejected there is a pair of files,
+// NNNN-configuration.xml and NNNN-records.xml, numbered so that the order of the names is the order
+// of loading. Each record stands under an XML comment that names its place and reason. After every
+// Write the files are complete and closed XML documents, as far as the records in them are
+// well-formed. Nothing is made before the first record is rejected. Files of earlier runs stay as
+// they are: numbering goes on behind them, and a record that stands in one of them with the same
+// configuration, place and text is not written again. Several loads may use one directory at once.
+//
+// All operations throw std::system_error that names the file when something cannot be written.
+class RejectWriter {
+  public:
+    // Throws when DIRECTORY is no directory, or is seen now to be one that cannot be written.
+    explicit RejectWriter(std::filesystem::path directory);
+
+    // Sets the configuration packet under which the following records are rejected: everything that
+    // is in force, as one packet. Empty when there is none; then no configuration file is written.
+    void SetConfiguration(std::string packet);
+
+    // Writes RECORD behind those rejected before.
+    void Write(const RejectedRecord& record);
+
+    // Sees what was written to the disk; to be called before a transaction ends that says that
+    // these records were rejected. Throws also when somebody else has changed the file since the
+    // last call, in which case what was written meanwhile may be lost.
+    void Sync();
+
+    // Number of records rejected, those that stood there already among them.
+    std::uint64_t Count() const { return m_count; }
+
+    const std::filesystem::path& Directory() const { return m_folder.Path(); }
+
+    // The files made, in order.
+    const std::vector<std::filesystem::path>& Files() const { return m_files; }
+
+  private:
+    KnownRejects& Known();
+    void OpenPair();
+    void WriteEntry(std::string& text);
+    bool IsOurs() const;
+    void LeaveClosed() noexcept;
+
+    RejectsFolder m_folder;
+    std::string m_configuration;
+    std::optional<KnownRejects> m_known;
+    std::optional<OutputFile> m_records;
+    bool m_unsynced = false;
+    std::uint64_t m_end = 0;  // where the next record goes, in front of the closing tag
+    std::uint64_t m_count = 0;
+    std::vector<std::filesystem::path> m_files;
+};
+
+// TEXT made fit to stand in an XML comment: one line without control characters, without "--" and
+// without the bytes "<record>", by which records are found; valid UTF-8.
+std::string CommentText(std::string_view text);
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,33 @@
+#include "tool/report/json_text.h"
+
+#include <fmt/format.h>
+#include <unicode/utf16.h>
+
+#include <cstdint>
+#include <nlohmann/json.hpp>
+#include <string_view>
+
+#include "tool/text/visible_text.h"
+
+namespace tool {
+
+namespace {
+
+std::string EscapeOf(std::int32_t character, std::string_view /*bytes*/) {
+    constexpr std::int32_t lastOfPlane = 0xFFFF;
+    if (character <= lastOfPlane) {
+        return fmt::format("\\u{:04x}", static_cast<unsigned>(character));
+    }
+    return fmt::format("\\u{:04x}\\u{:04x}", static_cast<unsigned>(U16_LEAD(character)),
+                       static_cast<unsigned>(U16_TRAIL(character)));
+}
+
+}  // namespace
+
+std::string JsonText(const nlohmann::ordered_json& json) {
+    // Such characters stand in strings only, and there is nothing that is not UTF-8 any more.
+    return Escaped(json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace),
+                   EscapeOf);
+}
+
+}  // namespace tool

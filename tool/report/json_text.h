@@ -1,0 +1,15 @@
+#ifndef TOOL_REPORT_JSON_TEXT_H
+#define TOOL_REPORT_JSON_TEXT_H
+
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+
+namespace tool {
+
+// JSON in one line. What is not UTF-8, in a file name or a damaged database, becomes U+FFFD.
+// Characters that would do something to a terminal are escaped, those that JSON leaves alone too.
+std::string JsonText(const nlohmann::ordered_json& json);
+
+}  // namespace tool
+
+#endif

@@ -7,7 +7,7 @@
 #include <system_error>
 
 #include "tool/process/usage_error.h"
-#include "verify_fixture.h"
+#include "verify/verify_fixture.h"
 
 namespace tool {
 

@@ -45,8 +45,9 @@ class __attribute__((visibility("default"))) AdImporter : public CObject {
     // the values of that record can reach the next one, also in the next packet.
     Obx_String Import(const unsigned short* xml_packet);
 
-    // The operations and the state below are open to derived classes so that each operation can be
-    // driven by itself. Operations report failures as text in `error`.
+    // The operations and the state below are the library's own: it does not export the operations,
+    // and only its tests, which link its objects, derive from the class to drive each by itself.
+    // Operations report failures as text in `error`.
   protected:
     using EntryList = std::list<CMapStringToString*>;
 

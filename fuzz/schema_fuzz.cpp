@@ -3,11 +3,11 @@
 #include <string>
 
 #include "input.h"
-#include "recorddb/schema/schema_error.h"
-#include "recorddb/schema/schema_file.h"
-#include "recorddb/schema/stored_schema.h"
+#include "recorddb/schemafile/schema_error.h"
+#include "recorddb/schemafile/schema_file.h"
 #include "recorddb/sql/open.h"
 #include "recorddb/sql/transaction.h"
+#include "recorddb/store/stored_schema.h"
 
 namespace {
 

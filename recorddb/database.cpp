@@ -8,10 +8,10 @@
 #include <system_error>
 #include <utility>
 
-#include "recorddb/schema/stored_schema.h"
 #include "recorddb/session/session.h"
 #include "recorddb/sql/error.h"
 #include "recorddb/sql/open.h"
+#include "recorddb/store/stored_schema.h"
 
 namespace recorddb {
 

@@ -6,13 +6,13 @@
 
 #include "platform/core/adptr.h"
 #include "recorddb/database_error.h"
-#include "recorddb/journal/journal.h"
-#include "recorddb/schema/record_ids.h"
-#include "recorddb/schema/schema.h"
-#include "recorddb/schema/search_indexes.h"
+#include "recorddb/model/schema.h"
 #include "recorddb/session/session_options.h"
 #include "recorddb/sql/connection.h"
 #include "recorddb/sql/transaction.h"
+#include "recorddb/store/journal.h"
+#include "recorddb/store/record_ids.h"
+#include "recorddb/store/search_indexes.h"
 
 namespace recorddb {
 

@@ -9,7 +9,7 @@
 
 #include "platform/foundation/cexception.h"
 #include "recorddb/database_error.h"
-#include "recorddb/schema/schema_error.h"
+#include "recorddb/schemafile/schema_error.h"
 #include "recorddb/sql/error.h"
 #include "tool/commands/command_line.h"
 #include "tool/commands/database_failure.h"

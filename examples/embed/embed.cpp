@@ -5,7 +5,7 @@
 #include "platform/core/adsession.h"
 #include "platform/foundation/obx_string.h"
 #include "recorddb/database.h"
-#include "recorddb/schema/schema_file.h"
+#include "recorddb/schemafile/schema_file.h"
 #include "recorddb/session/session.h"
 #include "ztimporter/adimporter.h"
 

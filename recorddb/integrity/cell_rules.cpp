@@ -7,8 +7,8 @@
 #include <string_view>
 
 #include "platform/foundation/utf.h"
-#include "recorddb/records/value_text.h"
-#include "recorddb/schema/names.h"
+#include "recorddb/editing/value_text.h"
+#include "recorddb/model/names.h"
 
 namespace recorddb {
 

@@ -8,11 +8,11 @@
 #include <string_view>
 #include <utility>
 
+#include "recorddb/editing/reference_keys.h"
 #include "recorddb/integrity/fault.h"
-#include "recorddb/records/record_tables.h"
-#include "recorddb/records/reference_keys.h"
-#include "recorddb/schema/schema.h"
+#include "recorddb/model/schema.h"
 #include "recorddb/sql/connection.h"
+#include "recorddb/store/record_tables.h"
 
 namespace recorddb {
 

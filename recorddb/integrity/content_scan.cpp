@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "recorddb/attachments/content_hash.h"
+#include "recorddb/files/content_hash.h"
 #include "recorddb/integrity/cell_rules.h"
 
 namespace recorddb {

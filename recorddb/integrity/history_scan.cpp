@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "platform/core/adhistory.h"
-#include "recorddb/history/history_expiry.h"
 #include "recorddb/integrity/cell_rules.h"
+#include "recorddb/store/history_expiry.h"
 
 namespace recorddb {
 

@@ -7,7 +7,7 @@
 #include <unordered_set>
 
 #include "recorddb/integrity/cell_rules.h"
-#include "recorddb/schema/tables.h"
+#include "recorddb/store/tables.h"
 
 namespace recorddb {
 

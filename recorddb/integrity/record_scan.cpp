@@ -6,9 +6,9 @@
 #include <limits>
 #include <vector>
 
+#include "recorddb/editing/value_text.h"
 #include "recorddb/integrity/cell_rules.h"
-#include "recorddb/records/value_text.h"
-#include "recorddb/schema/tables.h"
+#include "recorddb/store/tables.h"
 
 namespace recorddb {
 

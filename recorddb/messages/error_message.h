@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "platform/messages/pamessage.h"
-#include "recorddb/schema/record_type.h"
+#include "recorddb/model/record_type.h"
 
 namespace recorddb {
 

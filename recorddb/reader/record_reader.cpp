@@ -2,9 +2,9 @@
 
 #include <fmt/format.h>
 
-#include "recorddb/attachments/content_hash.h"
-#include "recorddb/records/value_text.h"
-#include "recorddb/schema/tables.h"
+#include "recorddb/editing/value_text.h"
+#include "recorddb/files/content_hash.h"
+#include "recorddb/store/tables.h"
 
 namespace recorddb {
 

@@ -9,14 +9,14 @@
 #include <string_view>
 #include <vector>
 
-#include "recorddb/attachments/attachment_table.h"
-#include "recorddb/attachments/content_store.h"
 #include "recorddb/database.h"
-#include "recorddb/duplicates/duplicate_table.h"
-#include "recorddb/history/history_table.h"
+#include "recorddb/editing/reference_keys.h"
 #include "recorddb/reader/record_view.h"
-#include "recorddb/records/record_tables.h"
-#include "recorddb/records/reference_keys.h"
+#include "recorddb/store/attachment_table.h"
+#include "recorddb/store/content_store.h"
+#include "recorddb/store/duplicate_table.h"
+#include "recorddb/store/history_table.h"
+#include "recorddb/store/record_tables.h"
 
 namespace recorddb {
 

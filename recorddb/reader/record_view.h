@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "recorddb/schema/record_type.h"
+#include "recorddb/model/record_type.h"
 
 namespace recorddb {
 

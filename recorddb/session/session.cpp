@@ -2,11 +2,11 @@
 
 #include "platform/messages/message_ids.h"
 #include "platform/messages/pamsgexception.h"
+#include "recorddb/editing/entity.h"
+#include "recorddb/editing/query_def.h"
+#include "recorddb/editing/result_set.h"
+#include "recorddb/editing/value_text.h"
 #include "recorddb/messages/error_message.h"
-#include "recorddb/queries/query_def.h"
-#include "recorddb/queries/result_set.h"
-#include "recorddb/records/entity.h"
-#include "recorddb/records/value_text.h"
 
 namespace recorddb {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "recorddb/records/key_search.h"
+#include "recorddb/editing/key_search.h"
 
 namespace recorddb {
 

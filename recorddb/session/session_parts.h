@@ -2,21 +2,21 @@
 #define RECORDDB_SESSION_SESSION_PARTS_H
 
 #include "platform/core/adptr.h"
-#include "recorddb/attachments/attachment_folder.h"
-#include "recorddb/attachments/attachment_table.h"
-#include "recorddb/attachments/content_store.h"
 #include "recorddb/database.h"
-#include "recorddb/definitions/definitions.h"
-#include "recorddb/duplicates/duplicate_table.h"
-#include "recorddb/history/history_import.h"
-#include "recorddb/queries/query_statements.h"
-#include "recorddb/records/dbid_reservations.h"
-#include "recorddb/records/record_tables.h"
-#include "recorddb/records/reference_keys.h"
-#include "recorddb/records/value_rules.h"
-#include "recorddb/session/database_failures.h"
+#include "recorddb/editing/database_failures.h"
+#include "recorddb/editing/definitions.h"
+#include "recorddb/editing/history_import.h"
+#include "recorddb/editing/query_statements.h"
+#include "recorddb/editing/reference_keys.h"
+#include "recorddb/editing/value_rules.h"
+#include "recorddb/files/attachment_folder.h"
 #include "recorddb/session/session_options.h"
 #include "recorddb/session/statistics.h"
+#include "recorddb/store/attachment_table.h"
+#include "recorddb/store/content_store.h"
+#include "recorddb/store/dbid_reservations.h"
+#include "recorddb/store/duplicate_table.h"
+#include "recorddb/store/record_tables.h"
 
 namespace recorddb {
 

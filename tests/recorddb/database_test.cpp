@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "recorddb/schema/names.h"
-#include "recorddb/schema/schema_file.h"
+#include "recorddb/model/names.h"
+#include "recorddb/schemafile/schema_file.h"
 #include "recorddb/sql/error.h"
 #include "recorddb/sql/open.h"
 #include "sample_schema.h"

@@ -11,7 +11,7 @@
 
 #include "platform/messages/pamsgexception.h"
 #include "recorddb/database.h"
-#include "recorddb/schema/schema_file.h"
+#include "recorddb/schemafile/schema_file.h"
 #include "recorddb/session/session.h"
 #include "temporary_folder.h"
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "recorddb/integrity/fault.h"
-#include "recorddb/journal/journal.h"
+#include "recorddb/store/journal.h"
 #include "tool/html/example_groups.h"
 #include "tool/html/run_summary.h"
 #include "tool/verify/data_source.h"

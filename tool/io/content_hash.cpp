@@ -1,6 +1,6 @@
 #include "tool/io/content_hash.h"
 
-#include "recorddb/attachments/content_hash.h"
+#include "recorddb/files/content_hash.h"
 
 namespace tool {
 

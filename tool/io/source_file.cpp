@@ -11,7 +11,7 @@
 #include <system_error>
 #include <utility>
 
-#include "recorddb/attachments/content_hash.h"
+#include "recorddb/files/content_hash.h"
 #include "tool/io/source_error.h"
 
 namespace tool {

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "recorddb/journal/journal.h"
+#include "recorddb/store/journal.h"
 #include "tool/report/report.h"
 
 namespace tool {

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "platform/foundation/obx_string.h"
-#include "recorddb/schema/names.h"
+#include "recorddb/model/names.h"
 #include "tool/packet/record_fields.h"
 
 namespace tool {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "recorddb/journal/journal.h"
+#include "recorddb/store/journal.h"
 
 namespace tool {
 

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "recorddb/schema/names.h"
+#include "recorddb/model/names.h"
 #include "tool/packet/expat_parser.h"
 #include "tool/packet/packet_head.h"
 

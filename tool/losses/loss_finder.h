@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "recorddb/schema/schema.h"
+#include "recorddb/model/schema.h"
 #include "tool/losses/key_losses.h"
 #include "tool/losses/loss.h"
 #include "tool/losses/record_losses.h"

@@ -1,6 +1,6 @@
 #include "tool/packet/field_use.h"
 
-#include "recorddb/schema/names.h"
+#include "recorddb/model/names.h"
 #include "tool/packet/record_fields.h"
 
 namespace tool {

@@ -11,7 +11,7 @@
 #include <charconv>
 #include <system_error>
 
-#include "recorddb/attachments/content_hash.h"
+#include "recorddb/files/content_hash.h"
 #include "tool/io/output_file.h"
 
 namespace tool {

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <string>
 
-#include "recorddb/schema/schema.h"
+#include "recorddb/model/schema.h"
 #include "tool/packet/import_configuration.h"
 #include "tool/packet/packet_reader.h"
 

@@ -1,6 +1,6 @@
 #include "tool/verify/attachment_files.h"
 
-#include "recorddb/attachments/content_hash.h"
+#include "recorddb/files/content_hash.h"
 
 namespace tool {
 

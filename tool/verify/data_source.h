@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "recorddb/journal/journal.h"
+#include "recorddb/store/journal.h"
 #include "tool/packet/import_configuration.h"
 
 namespace tool {

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "recorddb/schema/tables.h"
+#include "recorddb/store/tables.h"
 #include "tool/verify/scratch_failure.h"
 #include "tool/verify/stored_text.h"
 

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "recorddb/database.h"
+#include "recorddb/editing/reference_keys.h"
 #include "recorddb/reader/record_reader.h"
-#include "recorddb/records/reference_keys.h"
 #include "recorddb/sql/connection.h"
 
 namespace tool {

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "recorddb/schema/names.h"
+#include "recorddb/model/names.h"
 
 namespace tool {
 

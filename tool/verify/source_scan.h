@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "recorddb/schema/schema.h"
+#include "recorddb/model/schema.h"
 #include "tool/io/source_file.h"
 #include "tool/losses/record_losses.h"
 #include "tool/packet/import_configuration.h"

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "recorddb/schema/field.h"
+#include "recorddb/model/field.h"
 
 namespace tool {
 

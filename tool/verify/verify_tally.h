@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "recorddb/schema/schema.h"
+#include "recorddb/model/schema.h"
 #include "tool/verify/verify_summary.h"
 
 namespace tool {

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string>
 
-#include "recorddb/attachments/content_hash.h"
+#include "recorddb/files/content_hash.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include "load_fixture.h"
 #include "ordinary_user.h"
 #include "recorddb/database.h"
-#include "recorddb/schema/schema_file.h"
+#include "recorddb/schemafile/schema_file.h"
 #include "recorddb/sql/error.h"
 #include "tool/commands/command_line.h"
 

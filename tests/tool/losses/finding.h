@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "recorddb/schema/schema.h"
+#include "recorddb/model/schema.h"
 #include "tool/losses/loss.h"
 #include "tool/packet/import_configuration.h"
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "recorddb/schema/schema_file.h"
+#include "recorddb/schemafile/schema_file.h"
 #include "recorddb/sql/open.h"
 #include "temporary_folder.h"
 

@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "recorddb/database.h"
-#include "recorddb/schema/schema_file.h"
+#include "recorddb/schemafile/schema_file.h"
 #include "recorddb/sql/error.h"
 #include "recorddb/sql/open.h"
 #include "temporary_folder.h"

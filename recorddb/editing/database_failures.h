@@ -1,0 +1,66 @@
+#ifndef RECORDDB_EDITING_DATABASE_FAILURES_H
+#define RECORDDB_EDITING_DATABASE_FAILURES_H
+
+#include <cstdint>
+#include <optional>
+#include <utility>
+
+#include "recorddb/sql/connection.h"
+#include "recorddb/sql/error.h"
+
+namespace recorddb {
+
+// Remembers that the database itself failed, and tells callers of the core as its message. After a
+// failure inside a transaction everything is refused until that transaction has ended: the engine
+// may have rolled it back on its own, and what came after would be kept without what came before.
+class DatabaseFailures {
+  public:
+    // The connection outlives the object.
+    explicit DatabaseFailures(sql::Connection& connection) : m_connection(connection) {}
+
+    // Does the work; an sql::Error out of it is remembered and thrown as a PaMsgException*.
+    template <typename Work>
+    decltype(auto) Guard(Work&& work) {
+        RefuseAfterFailure();
+        try {
+            return std::forward<Work>(work)();
+        } catch (const sql::Error& error) {
+            Remember(error);
+            Throw();
+        }
+    }
+
+    // Does the work; an sql::Error out of it is remembered and thrown on. For callers that know the
+    // database, not only the core.
+    template <typename Work>
+    decltype(auto) Watch(Work&& work) {
+        try {
+            return std::forward<Work>(work)();
+        } catch (const sql::Error& error) {
+            Remember(error);
+            throw;
+        }
+    }
+
+    // The latest failure.
+    const std::optional<sql::Error>& Last() const { return m_last; }
+
+  private:
+    void RefuseAfterFailure() const {
+        if (m_last && m_connection.InTransaction() &&
+            m_connection.TransactionCount() == m_failedTransaction) {
+            Throw();
+        }
+    }
+
+    void Remember(const sql::Error& error);
+    [[noreturn]] void Throw() const;
+
+    sql::Connection& m_connection;
+    std::optional<sql::Error> m_last;
+    std::uint64_t m_failedTransaction = 0;  // its number; 0 when the failure was outside of one
+};
+
+}  // namespace recorddb
+
+#endif

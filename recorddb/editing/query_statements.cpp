@@ -1,0 +1,64 @@
+#include "recorddb/editing/query_statements.h"
+
+#include <fmt/format.h>
+
+#include "recorddb/store/tables.h"
+
+namespace recorddb {
+
+namespace {
+
+using schema::Quoted;
+
+void AppendNumber(std::string& shape, std::size_t number) {
+    shape += static_cast<char>(number & 0xFFU);
+    shape += static_cast<char>(number >> 8U);
+}
+
+// The shape in a few bytes: building the SQL text for every look-up would cost as much as running
+// it.
+std::string ShapeOf(const QueryDef& query) {
+    constexpr std::size_t none = 0xFFFF;
+    std::string shape;
+    AppendNumber(shape, static_cast<std::size_t>(query.Type().id));
+    for (const schema::Field* const column : query.Columns()) {
+        AppendNumber(shape, column != nullptr ? column->index : none);
+    }
+    for (const FilterNode& filter : query.Filters()) {
+        shape += filter.Value().empty() ? 'n' : 'v';
+        AppendNumber(shape, filter.Field().index);
+    }
+    return shape;
+}
+
+std::string SqlOf(const QueryDef& query) {
+    std::vector<std::string> columns;
+    for (const schema::Field* const column : query.Columns()) {
+        columns.push_back(column != nullptr ? Quoted(column->name) : "NULL");
+    }
+    if (columns.empty()) {
+        columns.emplace_back("NULL");
+    }
+    std::vector<std::string> conditions;
+    int parameter = 0;
+    for (const FilterNode& filter : query.Filters()) {
+        const std::string column = Quoted(filter.Field().name);
+        conditions.push_back(filter.Value().empty() ? column + " IS NULL"
+                                                    : fmt::format("{} = ${}", column, ++parameter));
+    }
+    return fmt::format("SELECT {} FROM {}{}{} ORDER BY {}", fmt::join(columns, ", "),
+                       Quoted(query.Type().name), conditions.empty() ? "" : " WHERE ",
+                       fmt::join(conditions, " AND "), schema::dbIdName);
+}
+
+}  // namespace
+
+sql::Statement& QueryStatements::For(const QueryDef& query) {
+    sql::Statement*& statement = m_statements[ShapeOf(query)];
+    if (statement == nullptr) {
+        statement = &m_connection.Prepare(SqlOf(query));
+    }
+    return *statement;
+}
+
+}  // namespace recorddb

@@ -1,0 +1,30 @@
+#ifndef RECORDDB_EDITING_QUERY_STATEMENTS_H
+#define RECORDDB_EDITING_QUERY_STATEMENTS_H
+
+#include <string>
+#include <unordered_map>
+
+#include "recorddb/editing/query_def.h"
+#include "recorddb/sql/connection.h"
+
+namespace recorddb {
+
+// The statements of queries, prepared once for each shape: type, columns and fields compared. A
+// field that is compared with the empty value takes no parameter, the others take one each in
+// their order.
+class QueryStatements {
+  public:
+    // The connection outlives the object.
+    explicit QueryStatements(sql::Connection& connection) : m_connection(connection) {}
+
+    // Throws sql::Error.
+    sql::Statement& For(const QueryDef& query);
+
+  private:
+    sql::Connection& m_connection;
+    std::unordered_map<std::string, sql::Statement*> m_statements;
+};
+
+}  // namespace recorddb
+
+#endif

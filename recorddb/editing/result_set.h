@@ -1,0 +1,50 @@
+#ifndef RECORDDB_EDITING_RESULT_SET_H
+#define RECORDDB_EDITING_RESULT_SET_H
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/core/adquery.h"
+#include "recorddb/editing/query_def.h"
+#include "recorddb/session/session_parts.h"
+#include "recorddb/store/field_value.h"
+
+namespace recorddb {
+
+// The rows of a query, read whole by Execute: what is written afterwards does not change them.
+class ResultSet final : public AdResultSet {
+  public:
+    ResultSet(AdPtr<SessionParts> parts, AdPtr<QueryDef> query)
+        : m_parts(std::move(parts)), m_query(std::move(query)) {}
+
+    void SetRowLimit(long rows) override { m_limit = rows; }
+    void Prepare() override;
+    void Execute() override;
+    void FetchNext(int& status) override;
+    long GetRowCount() override { return static_cast<long>(m_rowCount); }
+
+    // Empty for a field without a value. Throws a PaMsgException* when there is no current row or
+    // no such column.
+    void GetColumn(int column, Obx_String& value, int reserved) override;
+
+  private:
+    bool Bind(sql::Statement& statement);
+    std::optional<FieldValue> Operand(const FilterNode& filter);
+    void ReadRows(sql::Statement& statement);
+    void ResolveReferences();
+
+    AdPtr<SessionParts> m_parts;
+    AdPtr<QueryDef> m_query;
+    long m_limit = 0;  // 0: none
+    std::vector<FieldValue> m_operands;
+    std::vector<std::string> m_cells;  // row by row, in UTF-8
+    std::size_t m_rowCount = 0;
+    std::size_t m_fetched = 0;  // rows; the current one is the last of them
+    bool m_onRow = false;
+};
+
+}  // namespace recorddb
+
+#endif

@@ -1,0 +1,38 @@
+#ifndef RECORDDB_FILES_CONTENT_HASH_H
+#define RECORDDB_FILES_CONTENT_HASH_H
+
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace recorddb {
+
+// The SHA-256 of content that is given piece by piece.
+class ContentHash {
+  public:
+    // Throws std::runtime_error when the cryptographic library refuses to work.
+    ContentHash();
+    ~ContentHash();
+    ContentHash(const ContentHash&) = delete;
+    ContentHash& operator=(const ContentHash&) = delete;
+
+    void Update(std::span<const std::byte> piece);
+    void Update(std::string_view piece) { Update(std::as_bytes(std::span(piece))); }
+
+    // The hash of the pieces so far, as the 32 bytes that it is. Others may follow.
+    std::array<std::byte, 32> DigestSoFar() const;
+
+    // The hash of all pieces as 64 lower-case hex digits. Nothing may follow it.
+    std::string HexDigest();
+
+  private:
+    struct Context;
+    std::unique_ptr<Context> m_context;
+};
+
+}  // namespace recorddb
+
+#endif

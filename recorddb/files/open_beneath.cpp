@@ -1,0 +1,95 @@
+#include "recorddb/files/open_beneath.h"
+
+#include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/syscall.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+
+namespace recorddb {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int readingFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+constexpr int folderFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+
+// A folder that is being renamed under the kernel's feet is looked at again, this many times.
+constexpr int mostAttempts = 16;
+
+// The kernel keeps to the folder by itself, but takes no link that begins at the root or steps out
+// and in again.
+FileDescriptor OpenByKernel(int folder, const std::string& name) {
+    open_how how{};
+    how.flags = readingFlags;
+    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
+    long number = -1;
+    for (int attempt = 0; attempt < mostAttempts; ++attempt) {
+        number = syscall(SYS_openat2, folder, name.c_str(), &how, sizeof how);
+        if (number >= 0 || (errno != EAGAIN && errno != EINTR)) {
+            break;
+        }
+    }
+    return FileDescriptor(static_cast<int>(number));
+}
+
+// The way from a folder to what the name leads to, all links resolved. Empty when there is no such
+// way, with the reason in errno.
+fs::path WayWithoutLinks(const fs::path& folder, const std::string& name) {
+    std::error_code error;
+    const fs::path base = fs::canonical(folder, error);
+    const fs::path target = error ? fs::path() : fs::canonical(folder / name, error);
+    if (error) {
+        errno = error.value();
+        return {};
+    }
+    const auto [end, rest] = std::mismatch(base.begin(), base.end(), target.begin(), target.end());
+    fs::path way;
+    if (end == base.end()) {
+        std::for_each(rest, target.end(), [&way](const fs::path& part) { way /= part; });
+    }
+    errno = EXDEV;
+    return way;
+}
+
+// Goes step by step and follows no link: one that has come into the way since it was worked out
+// ends it.
+FileDescriptor OpenByWalking(int folder, const fs::path& way) {
+    FileDescriptor step;
+    int at = folder;
+    const fs::path last = std::prev(way.end())->string();
+    for (auto part = way.begin(); std::next(part) != way.end(); ++part) {
+        step = FileDescriptor(openat(at, part->c_str(), folderFlags | O_NOFOLLOW));
+        if (!step.IsOpen()) {
+            return {};
+        }
+        at = step.Number();
+    }
+    return FileDescriptor(openat(at, last.c_str(), readingFlags | O_NOFOLLOW));
+}
+
+// True for the answers of a kernel that does not know the call, and of a sandbox that does not let
+// it through.
+bool IsUnavailable(int error) {
+    return error == ENOSYS || error == EPERM;
+}
+
+}  // namespace
+
+FileDescriptor OpenBeneath(const fs::path& folder, const std::string& name) {
+    const FileDescriptor base(open(folder.c_str(), folderFlags));
+    if (!base.IsOpen()) {
+        return {};
+    }
+    FileDescriptor file = OpenByKernel(base.Number(), name);
+    if (file.IsOpen() || (errno != EXDEV && !IsUnavailable(errno))) {
+        return file;
+    }
+    const fs::path way = WayWithoutLinks(folder, name);
+    return way.empty() ? FileDescriptor() : OpenByWalking(base.Number(), way);
+}
+
+}  // namespace recorddb

@@ -1,0 +1,41 @@
+#ifndef RECORDDB_STORE_ATTACHMENT_TABLE_H
+#define RECORDDB_STORE_ATTACHMENT_TABLE_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "recorddb/sql/connection.h"
+
+namespace recorddb {
+
+// An attachment of a record. Texts in UTF-8.
+struct Attachment {
+    std::int64_t dbid = 0;  // 0 until it is written
+    std::string field;
+    std::string fileName;  // without folders
+    std::int64_t fileSize = 0;
+    std::string description;
+    std::string sha256;  // of its content; empty until it is written
+};
+
+// The table of attachments. Every operation throws sql::Error.
+class AttachmentTable {
+  public:
+    // The connection outlives the object.
+    explicit AttachmentTable(sql::Connection& connection) : m_connection(connection) {}
+
+    // The attachments of a record in the order in which they were added.
+    std::vector<Attachment> Load(std::int64_t recordType, std::int64_t record);
+
+    void Insert(std::int64_t recordType, std::int64_t record, const Attachment& attachment);
+    void Remove(std::int64_t dbid);
+
+  private:
+    sql::Connection& m_connection;
+};
+
+}  // namespace recorddb
+
+#endif

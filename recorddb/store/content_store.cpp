@@ -1,0 +1,73 @@
+#include "recorddb/store/content_store.h"
+
+#include "recorddb/files/content_hash.h"
+
+namespace recorddb {
+
+PaMessage ContentStore::Store(const AttachmentFile& file, Content& content) {
+    // Read once to know the hash and, if the content is new, again to store it: chunks stand under
+    // the hash of the whole.
+    ContentHash hash;
+    PaMessage problem =
+        file.Read([&hash](std::span<const std::byte> piece) { hash.Update(piece); });
+    if (problem.ID() != 0) {
+        return problem;
+    }
+    content.size = file.Size();
+    content.sha256 = hash.HexDigest();
+    if (m_keeping == Keeping::Examine || Has(content.sha256)) {
+        return {};
+    }
+    return AddChunks(file, content.sha256);
+}
+
+PaMessage ContentStore::AddChunks(const AttachmentFile& file, const std::string& sha256) {
+    ContentHash hash;
+    std::int64_t chunks = 0;
+    PaMessage problem = file.Read([&](std::span<const std::byte> piece) {
+        hash.Update(piece);
+        AddChunk(sha256, chunks++, piece);
+    });
+    if (problem.ID() != 0) {
+        return problem;
+    }
+    if (chunks == 0) {
+        AddChunk(sha256, 0, {});
+    }
+    return hash.HexDigest() == sha256 ? PaMessage() : file.Changed();
+}
+
+bool ContentStore::Has(const std::string& sha256) {
+    sql::Statement& find =
+        m_connection.Prepare("SELECT 1 FROM zt_content WHERE sha256 = $1 AND chunk = 0");
+    find.BindAll(sha256);
+    return sql::QueryInt(find).has_value();
+}
+
+void ContentStore::AddChunk(const std::string& sha256, std::int64_t chunk,
+                            std::span<const std::byte> data) {
+    sql::Statement& insert =
+        m_connection.Prepare("INSERT INTO zt_content (sha256, chunk, data) VALUES ($1, $2, $3)");
+    insert.BindAll(sha256, chunk, data);
+    insert.Execute();
+}
+
+void ContentStore::RemoveUnused(const std::string& sha256) {
+    sql::Statement& remove = m_connection.Prepare(
+        "DELETE FROM zt_content WHERE sha256 = $1 "
+        "AND NOT EXISTS (SELECT 1 FROM zt_attachment WHERE sha256 = $1)");
+    remove.BindAll(sha256);
+    remove.Execute();
+}
+
+void ContentStore::Read(const std::string& sha256,
+                        const std::function<void(std::span<const std::byte>)>& take) {
+    const auto read =
+        m_connection.PrepareOwn("SELECT data FROM zt_content WHERE sha256 = $1 ORDER BY chunk");
+    read->BindAll(sha256);
+    while (read->Step()) {
+        take(read->Blob(0));
+    }
+}
+
+}  // namespace recorddb

@@ -1,0 +1,69 @@
+#ifndef RECORDDB_STORE_JOURNAL_H
+#define RECORDDB_STORE_JOURNAL_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "recorddb/sql/connection.h"
+
+namespace recorddb::journal {
+
+// What a piece of work is known by: the same content under another configuration is other work.
+// Both are SHA-256 hashes as 64 lower-case hex digits.
+struct JournalKey {
+    std::string sourceSha256;
+    std::string configurationSha256;
+};
+
+// How far a source has been loaded. The counters are those of all its loads together.
+struct JournalEntry {
+    std::string sourceName;        // for people; not part of the key
+    std::int64_t nextOrdinal = 0;  // the records 0 .. nextOrdinal-1 have been handled
+    bool complete = false;         // the source has no more records than those
+    std::int64_t created = 0;
+    std::int64_t updated = 0;
+    std::int64_t history = 0;
+    std::int64_t attachments = 0;
+    std::int64_t duplicates = 0;
+    std::int64_t rejected = 0;
+    std::int64_t skipped = 0;
+
+    bool operator==(const JournalEntry&) const = default;
+};
+
+// The journal of what has been loaded. It writes in the caller's transaction, the one that the
+// records themselves are in, so that both are kept or lost together. Every operation throws
+// sql::Error when the engine refuses.
+class Journal {
+  public:
+    // The connection outlives the journal.
+    explicit Journal(sql::Connection& connection);
+
+    std::optional<JournalEntry> Find(const JournalKey& key);
+
+    // The keys of the entries that are not complete.
+    std::vector<JournalKey> Unfinished();
+
+    // Writes the entry of a key in the place of the one before, if any.
+    void Save(const JournalKey& key, const JournalEntry& entry);
+
+    // Removes the entry of a key with its rejects, as if the source had never been loaded.
+    void Forget(const JournalKey& key);
+
+    // The ordinals of records that were rejected and have not been imported since. Adding one that
+    // is there and removing one that is not change nothing.
+    void AddReject(const JournalKey& key, std::int64_t ordinal);
+    void RemoveReject(const JournalKey& key, std::int64_t ordinal);
+
+    // In ascending order.
+    std::vector<std::int64_t> Rejects(const JournalKey& key);
+
+  private:
+    sql::Connection& m_connection;
+};
+
+}  // namespace recorddb::journal
+
+#endif

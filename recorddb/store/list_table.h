@@ -1,0 +1,38 @@
+#ifndef RECORDDB_STORE_LIST_TABLE_H
+#define RECORDDB_STORE_LIST_TABLE_H
+
+#include <cstdint>
+
+#include "recorddb/model/record_type.h"
+#include "recorddb/sql/connection.h"
+#include "recorddb/store/field_value.h"
+
+namespace recorddb {
+
+// The table of one reference list. Every operation throws sql::Error.
+class ListTable {
+  public:
+    // Connection, type and field outlive the object.
+    ListTable(sql::Connection& connection, const schema::RecordType& type,
+              const schema::Field& field)
+        : m_connection(connection), m_type(type), m_field(field) {}
+
+    // The list of a record: a ReferenceList, or no value when it is empty.
+    FieldValue Load(std::int64_t record);
+
+    // Turns the list that is stored for a record, `saved`, into `list`. What both begin with stays
+    // as it is.
+    void Save(std::int64_t record, const FieldValue& saved, const FieldValue& list);
+
+  private:
+    sql::Connection& m_connection;
+    const schema::RecordType& m_type;
+    const schema::Field& m_field;
+    sql::Statement* m_load = nullptr;
+    sql::Statement* m_cut = nullptr;
+    sql::Statement* m_add = nullptr;
+};
+
+}  // namespace recorddb
+
+#endif

@@ -1,0 +1,50 @@
+#include "recorddb/store/record_ids.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <limits>
+#include <stdexcept>
+#include <string>
+
+#include "platform/messages/message_ids.h"
+#include "recorddb/messages/error_message.h"
+#include "recorddb/store/tables.h"
+
+namespace recorddb::schema {
+
+RecordIds::RecordIds(sql::Connection& connection, const Schema& schema)
+    : m_connection(connection), m_counters(schema.Types().size()) {}
+
+std::int64_t RecordIds::Next(const RecordType& type) {
+    if (!m_connection.InTransaction()) {
+        throw std::logic_error("a record's dbid is given out in a transaction only");
+    }
+    Counter& counter = m_counters[static_cast<std::size_t>(type.id - 1)];
+    // After a roll-back the numbers given out since are free again, and between transactions
+    // another writer may have used some.
+    if (counter.transactionCount != m_connection.TransactionCount() ||
+        counter.rollbackCount != m_connection.RollbackCount()) {
+        Read(type, counter);
+    }
+    if (counter.last == std::numeric_limits<std::int64_t>::max()) {
+        ThrowMessage(
+            ErrorMessage(message_id::kDbIdsUsedUp,
+                         {{u"_datatype_", type.name}, {u"_value_", std::to_string(counter.last)}}));
+    }
+    return ++counter.last;
+}
+
+void RecordIds::Read(const RecordType& type, Counter& counter) {
+    if (counter.highest == nullptr) {
+        counter.highest = &m_connection.Prepare(
+            fmt::format("SELECT max({}) FROM {}", dbIdName, Quoted(type.name)));
+    }
+    // Whoever wrote to the database by other means may have used numbers below 1, which mean that a
+    // record has none yet.
+    counter.last = std::max<std::int64_t>(sql::QueryInt(*counter.highest).value_or(0), 0);
+    counter.transactionCount = m_connection.TransactionCount();
+    counter.rollbackCount = m_connection.RollbackCount();
+}
+
+}  // namespace recorddb::schema

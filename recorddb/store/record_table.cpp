@@ -1,0 +1,199 @@
+#include "recorddb/store/record_table.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <string>
+
+#include "recorddb/store/tables.h"
+
+namespace recorddb {
+
+namespace {
+
+using schema::Quoted;
+
+// Statements kept for different sets of changed columns. Past that many, all columns are written.
+constexpr std::size_t mostUpdates = 64;
+
+FieldValue ReadColumn(const sql::Statement& row, int column, schema::FieldKind kind) {
+    if (row.IsNull(column)) {
+        return {};
+    }
+    if (kind == schema::FieldKind::Integer || kind == schema::FieldKind::Reference) {
+        return row.Int(column);
+    }
+    return std::string(row.Text(column));
+}
+
+}  // namespace
+
+RecordTable::RecordTable(sql::Connection& connection, const schema::RecordType& type)
+    : m_connection(connection), m_type(type) {
+    for (const schema::Field& field : type.fields) {
+        if (schema::HasColumn(field.kind) && field.kind != schema::FieldKind::DbId) {
+            m_columns.push_back(field.index);
+        }
+    }
+    CollectUniqueSets();
+}
+
+std::string RecordTable::ColumnList() const {
+    std::string list;
+    for (const std::size_t field : m_columns) {
+        list += ", " + Quoted(m_type.fields[field].name);
+    }
+    return list;
+}
+
+void RecordTable::Insert(std::int64_t dbid, const RecordBuffer& record) {
+    if (m_insert == nullptr) {
+        std::string parameters;
+        for (std::size_t i = 0; i < m_columns.size(); ++i) {
+            parameters += fmt::format(", ${}", i + 2);
+        }
+        m_insert = &m_connection.Prepare(
+            fmt::format("INSERT INTO {} ({}, {}{}) VALUES ($1, 1{})", Quoted(m_type.name),
+                        schema::dbIdName, schema::versionColumn, ColumnList(), parameters));
+    }
+    m_insert->BindInt(1, dbid);
+    int parameter = 1;
+    for (const std::size_t field : m_columns) {
+        ++parameter;
+        if (const FieldValue& value = record.Get(field); HasValue(value)) {
+            BindValue(*m_insert, parameter, value);
+        }
+    }
+    m_insert->Execute();
+}
+
+void RecordTable::Remove(std::int64_t dbid) {
+    sql::Statement& remove = m_connection.Prepare(
+        fmt::format("DELETE FROM {} WHERE {} = $1", Quoted(m_type.name), schema::dbIdName));
+    remove.BindInt(1, dbid);
+    remove.Execute();
+}
+
+sql::Statement& RecordTable::UpdateStatement(const std::vector<bool>& changed) {
+    if (const auto found = m_updates.find(changed); found != m_updates.end()) {
+        return *found->second;
+    }
+    std::string assignments;
+    int parameter = 2;
+    for (std::size_t i = 0; i < m_columns.size(); ++i) {
+        if (changed[i]) {
+            assignments +=
+                fmt::format(", {} = ${}", Quoted(m_type.fields[m_columns[i]].name), ++parameter);
+        }
+    }
+    sql::Statement& update = m_connection.Prepare(
+        fmt::format("UPDATE {0} SET {1} = {1} + 1{2} WHERE {3} = $1 AND {1} = $2",
+                    Quoted(m_type.name), schema::versionColumn, assignments, schema::dbIdName));
+    m_updates.emplace(changed, &update);
+    return update;
+}
+
+bool RecordTable::Update(std::int64_t dbid, std::int64_t version, const RecordBuffer& record) {
+    std::vector<bool> changed(m_columns.size());
+    for (std::size_t i = 0; i < m_columns.size(); ++i) {
+        changed[i] = record.IsChanged(m_columns[i]);
+    }
+    const bool anyChanged = std::find(changed.begin(), changed.end(), true) != changed.end();
+    // A record of which a column was changed has been loaded, so all of them can be written.
+    if (anyChanged && m_updates.size() >= mostUpdates && !m_updates.contains(changed)) {
+        changed.assign(m_columns.size(), true);
+    }
+    sql::Statement& update = UpdateStatement(changed);
+    update.BindInt(1, dbid);
+    update.BindInt(2, version);
+    int parameter = 2;
+    for (std::size_t i = 0; i < m_columns.size(); ++i) {
+        if (changed[i]) {
+            BindValue(update, ++parameter, record.Get(m_columns[i]));
+        }
+    }
+    return update.Execute() == 1;
+}
+
+std::optional<std::int64_t> RecordTable::Version(std::int64_t dbid) {
+    if (m_version == nullptr) {
+        m_version = &m_connection.Prepare(fmt::format("SELECT {} FROM {} WHERE {} = $1",
+                                                      schema::versionColumn, Quoted(m_type.name),
+                                                      schema::dbIdName));
+    }
+    m_version->BindInt(1, dbid);
+    return sql::QueryInt(*m_version);
+}
+
+std::optional<std::int64_t> RecordTable::Load(std::int64_t dbid, RecordBuffer& record) {
+    if (m_load == nullptr) {
+        m_load = &m_connection.Prepare(fmt::format("SELECT {}{} FROM {} WHERE {} = $1",
+                                                   schema::versionColumn, ColumnList(),
+                                                   Quoted(m_type.name), schema::dbIdName));
+    }
+    const sql::ResetGuard guard(*m_load);
+    m_load->BindInt(1, dbid);
+    if (!m_load->Step()) {
+        return std::nullopt;
+    }
+    int column = 0;
+    for (const std::size_t field : m_columns) {
+        record.SetSaved(field, ReadColumn(*m_load, ++column, m_type.fields[field].kind));
+    }
+    return m_load->Int(0);
+}
+
+std::optional<std::int64_t> RecordTable::NextAfter(std::int64_t dbid) {
+    if (m_next == nullptr) {
+        m_next = &m_connection.Prepare(fmt::format("SELECT min({0}) FROM {1} WHERE {0} > $1",
+                                                   schema::dbIdName, Quoted(m_type.name)));
+    }
+    m_next->BindInt(1, dbid);
+    return sql::QueryInt(*m_next);
+}
+
+void RecordTable::CollectUniqueSets() {
+    const auto isFilledIn = [this](std::size_t field) {
+        const schema::FieldKind kind = m_type.fields[field].kind;
+        return kind == schema::FieldKind::DbId || kind == schema::FieldKind::DisplayId;
+    };
+    if (std::none_of(m_type.key.begin(), m_type.key.end(), isFilledIn)) {
+        m_uniqueSets.push_back(m_type.key);
+    }
+    for (const schema::Field& field : m_type.fields) {
+        const bool isKey = m_type.key.size() == 1 && m_type.key.front() == field.index;
+        if (field.unique && !isKey && !isFilledIn(field.index)) {
+            m_uniqueSets.push_back({field.index});
+        }
+    }
+    m_twins.resize(m_uniqueSets.size());
+}
+
+sql::Statement& RecordTable::TwinStatement(std::size_t set) {
+    sql::Statement*& statement = m_twins[set];
+    if (statement == nullptr) {
+        std::string conditions;
+        int parameter = 1;
+        for (const std::size_t field : m_uniqueSets[set]) {
+            conditions +=
+                fmt::format("{} = ${} AND ", Quoted(m_type.fields[field].name), ++parameter);
+        }
+        statement =
+            &m_connection.Prepare(fmt::format("SELECT {0} FROM {1} WHERE {2}{0} <> $1",
+                                              schema::dbIdName, Quoted(m_type.name), conditions));
+    }
+    return *statement;
+}
+
+std::optional<std::int64_t> RecordTable::FindTwin(std::size_t set, const RecordBuffer& record,
+                                                  std::int64_t dbid) {
+    sql::Statement& find = TwinStatement(set);
+    find.BindInt(1, dbid);
+    int parameter = 1;
+    for (const std::size_t field : m_uniqueSets[set]) {
+        BindValue(find, ++parameter, record.Get(field));
+    }
+    return sql::QueryInt(find);
+}
+
+}  // namespace recorddb

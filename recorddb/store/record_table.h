@@ -1,0 +1,73 @@
+#ifndef RECORDDB_STORE_RECORD_TABLE_H
+#define RECORDDB_STORE_RECORD_TABLE_H
+
+#include <cstdint>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+#include "recorddb/model/record_type.h"
+#include "recorddb/sql/connection.h"
+#include "recorddb/store/record_buffer.h"
+
+namespace recorddb {
+
+// The rows of a record type's table. Its statements are prepared when they are first needed and
+// kept. Every operation throws sql::Error.
+class RecordTable {
+  public:
+    // Connection and type outlive the object.
+    RecordTable(sql::Connection& connection, const schema::RecordType& type);
+
+    // Inserts a record, which then has version 1.
+    void Insert(std::int64_t dbid, const RecordBuffer& record);
+
+    // Removes a record, and with it its reference lists.
+    void Remove(std::int64_t dbid);
+
+    // Writes the changed columns of a record and counts its version up, provided that it still has
+    // the version given; else returns false.
+    bool Update(std::int64_t dbid, std::int64_t version, const RecordBuffer& record);
+
+    // The version of a record; nothing when there is no such record.
+    std::optional<std::int64_t> Version(std::int64_t dbid);
+
+    // Reads the columns of a record into the buffer as what the database holds; returns its
+    // version, or nothing when there is no such record.
+    std::optional<std::int64_t> Load(std::int64_t dbid, RecordBuffer& record);
+
+    // The lowest dbid above the one given; nothing when there is none.
+    std::optional<std::int64_t> NextAfter(std::int64_t dbid);
+
+    // The sets of fields, of one or more, in which no two records may have the same values: the key
+    // and the unique fields, save those that the database fills in itself.
+    using UniqueFields = std::vector<std::size_t>;
+    const std::vector<UniqueFields>& UniqueSets() const { return m_uniqueSets; }
+
+    // The dbid of a record other than the one given (0: of any) that has the values of `record` in
+    // all fields of UniqueSets()[set]; nothing when there is none.
+    std::optional<std::int64_t> FindTwin(std::size_t set, const RecordBuffer& record,
+                                         std::int64_t dbid);
+
+  private:
+    void CollectUniqueSets();
+    sql::Statement& TwinStatement(std::size_t set);
+    sql::Statement& UpdateStatement(const std::vector<bool>& changed);
+    std::string ColumnList() const;
+
+    sql::Connection& m_connection;
+    const schema::RecordType& m_type;
+    std::vector<std::size_t> m_columns;  // the fields with a column, without the dbid
+    std::vector<UniqueFields> m_uniqueSets;
+    std::vector<sql::Statement*> m_twins;  // by set
+    sql::Statement* m_insert = nullptr;
+    sql::Statement* m_version = nullptr;
+    sql::Statement* m_load = nullptr;
+    sql::Statement* m_next = nullptr;
+    // By which of the columns they write.
+    std::unordered_map<std::vector<bool>, sql::Statement*> m_updates;
+};
+
+}  // namespace recorddb
+
+#endif

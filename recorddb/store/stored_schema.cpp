@@ -1,0 +1,106 @@
+#include "recorddb/store/stored_schema.h"
+
+#include <fmt/format.h>
+
+#include <string>
+#include <vector>
+
+#include "recorddb/database_error.h"
+#include "recorddb/schemafile/schema_file.h"
+#include "recorddb/store/own_tables.h"
+#include "recorddb/store/tables.h"
+
+namespace recorddb::schema {
+
+namespace {
+
+using Problem = DatabaseError::Problem;
+
+// Either side may know that the two go together: this program the older formats, the database the
+// older programs.
+void CheckFormat(std::int64_t format, std::int64_t oldest, std::int64_t newest,
+                 const std::string& location) {
+    const bool known = format >= oldestFormat && format <= formatVersion;
+    const bool welcome = formatVersion >= oldest && formatVersion <= newest;
+    if (known || welcome) {
+        return;
+    }
+    if (format > formatVersion) {
+        throw DatabaseError(
+            Problem::FormatTooNew,
+            fmt::format("{}: the database was made by a newer version of this program (its format "
+                        "is {}, and this version knows formats up to {}); use that version",
+                        location, format, formatVersion));
+    }
+    throw DatabaseError(Problem::FormatTooOld,
+                        fmt::format("{}: the database was made by an older version of this program "
+                                    "(its format is {}, and this version knows formats from {}); "
+                                    "make a new one and load it again",
+                                    location, format, oldestFormat));
+}
+
+[[noreturn]] void NotOurs(const std::string& location) {
+    throw DatabaseError(Problem::NotARecordDatabase,
+                        location +
+                            ": this is a database of another program (it has no schema "
+                            "of record types); make a new one in another file");
+}
+
+// A view in the place of a table would answer with what it likes, and need not come to an end.
+void CheckTables(sql::Connection& connection, const Schema& schema, const std::string& location) {
+    std::vector<std::string> names(ownTables.begin(), ownTables.end());
+    for (const RecordType& type : schema.Types()) {
+        names.push_back(type.name);
+        for (const Field& field : type.fields) {
+            if (field.kind == FieldKind::ReferenceList) {
+                names.push_back(ListTableName(type, field));
+            }
+        }
+    }
+    for (const std::string& name : names) {
+        if (!connection.HasTable(name)) {
+            throw DatabaseError(
+                Problem::TablesChanged,
+                fmt::format("{}: another program has changed the database: \"{}\" is not there, or "
+                            "is no plain table; use a copy from before, or make a new database and "
+                            "load it again",
+                            location, name));
+        }
+    }
+}
+
+}  // namespace
+
+void StoreSchema(sql::Connection& connection, const Schema& schema) {
+    connection.ExecuteScript(OwnTablesScript(connection.GetDialect()));
+    connection.ExecuteScript(RecordTablesScript(schema, connection.GetDialect()));
+    sql::Statement& store = connection.Prepare(
+        "INSERT INTO zt_schema (format_version, oldest_readable, newest_readable, schema_text) "
+        "VALUES ($1, $2, $3, $4)");
+    store.BindAll(formatVersion, oldestReadable, newestReadable, schema.Text());
+    store.Execute();
+    sql::Statement& name =
+        connection.Prepare("INSERT INTO zt_record_type (id, name, kind) VALUES ($1, $2, $3)");
+    for (const RecordType& type : schema.Types()) {
+        name.BindAll(type.id, type.name, static_cast<int>(type.kind));
+        name.Execute();
+    }
+}
+
+Schema LoadSchema(sql::Connection& connection, const std::string& location) {
+    if (!connection.HasTable("zt_schema")) {
+        NotOurs(location);
+    }
+    sql::Statement& load = connection.Prepare(
+        "SELECT format_version, oldest_readable, newest_readable, schema_text FROM zt_schema");
+    const sql::ResetGuard guard(load);
+    if (!load.Step()) {
+        NotOurs(location);
+    }
+    CheckFormat(load.Int(0), load.Int(1), load.Int(2), location);
+    Schema schema = ReadSchema(std::string(load.Text(3)), location + " (stored schema)");
+    CheckTables(connection, schema, location);
+    return schema;
+}
+
+}  // namespace recorddb::schema

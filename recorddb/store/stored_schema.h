@@ -1,0 +1,33 @@
+#ifndef RECORDDB_STORE_STORED_SCHEMA_H
+#define RECORDDB_STORE_STORED_SCHEMA_H
+
+#include <cstdint>
+#include <string>
+
+#include "recorddb/model/schema.h"
+#include "recorddb/sql/connection.h"
+
+namespace recorddb::schema {
+
+// The format of the tables that this program makes, and the oldest one that it can use as well.
+constexpr std::int64_t formatVersion = 1;
+constexpr std::int64_t oldestFormat = 1;
+
+// The range of programs, by their formatVersion, that can use a database of this format. A later
+// format that only adds to this one keeps the lower end, so that programs of today go on with it.
+constexpr std::int64_t oldestReadable = 1;
+constexpr std::int64_t newestReadable = formatVersion;
+
+// Makes all tables of a new database, in the transaction under way, and stores the schema there.
+// Throws sql::Error.
+void StoreSchema(sql::Connection& connection, const Schema& schema);
+
+// Reads the schema that a database was made from, and sees that its tables are there; location
+// names the database in errors. Throws DatabaseError when it is no record database, one of a format
+// that this program cannot use or one whose tables were replaced, SchemaError or sql::Error when
+// what is stored is damaged.
+Schema LoadSchema(sql::Connection& connection, const std::string& location);
+
+}  // namespace recorddb::schema
+
+#endif

@@ -1,0 +1,151 @@
+#include "recorddb/store/tables.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <vector>
+
+namespace recorddb::schema {
+
+namespace {
+
+std::string_view ColumnType(FieldKind kind) {
+    // BIGINT, since INTEGER has 32 bits in PostgreSQL.
+    return kind == FieldKind::Integer || kind == FieldKind::Reference ? "BIGINT" : "TEXT";
+}
+
+// Collects the statements of a script. Foreign keys go into the table where the engine lets them
+// name tables that do not exist yet, otherwise behind all tables.
+class ScriptWriter {
+  public:
+    explicit ScriptWriter(const sql::Dialect& dialect) : m_dialect(dialect) {}
+
+    void BeginTable(const std::string& name) {
+        m_table = Quoted(name);
+        m_parts.clear();
+    }
+
+    void Part(std::string part) { m_parts.push_back(std::move(part)); }
+
+    void ForeignKey(const std::string& column, const RecordType& target, std::string_view action) {
+        std::string constraint = fmt::format("FOREIGN KEY ({}) REFERENCES {} ({}){}", column,
+                                             Quoted(target.name), dbIdName, action);
+        if (m_dialect.foreignKeysAhead) {
+            m_parts.push_back(std::move(constraint));
+        } else {
+            m_late += fmt::format("ALTER TABLE {} ADD {};\n", m_table, constraint);
+        }
+    }
+
+    void EndTable(std::string_view suffix) {
+        m_tables += fmt::format("CREATE TABLE {} (\n    {}\n){};\n", m_table,
+                                fmt::join(m_parts, ",\n    "), suffix);
+    }
+
+    void Index(bool unique, const std::string& name, const std::string& columns) {
+        m_late += fmt::format("CREATE {}INDEX {} ON {} ({});\n", unique ? "UNIQUE " : "", name,
+                              m_table, columns);
+    }
+
+    std::string Script() const { return m_tables + m_late; }
+
+  private:
+    const sql::Dialect& m_dialect;
+    std::string m_table;
+    std::vector<std::string> m_parts;
+    std::string m_tables;
+    std::string m_late;
+};
+
+bool IsSingleKey(const RecordType& type, const Field& field) {
+    return type.key.size() == 1 && type.key.front() == field.index;
+}
+
+void WriteIndexes(ScriptWriter& writer, const RecordType& type) {
+    const bool keyHasDbId = std::find(type.key.begin(), type.key.end(), 0) != type.key.end();
+    // With the dbid in it a key is unique as it is.
+    if (!keyHasDbId) {
+        std::vector<std::string> columns;
+        for (const std::size_t part : type.key) {
+            columns.push_back(Quoted(type.fields[part].name));
+        }
+        writer.Index(true, fmt::format("zt_key_{}", type.id),
+                     fmt::format("{}", fmt::join(columns, ", ")));
+    }
+    for (const Field& field : type.fields) {
+        if (field.kind == FieldKind::DbId || IsSingleKey(type, field)) {
+            continue;
+        }
+        if (field.unique) {
+            writer.Index(true, fmt::format("zt_unique_{}_{}", type.id, field.index),
+                         Quoted(field.name));
+        } else if (field.kind == FieldKind::Reference) {
+            writer.Index(false, fmt::format("zt_reference_{}_{}", type.id, field.index),
+                         Quoted(field.name));
+        }
+    }
+}
+
+void WriteTypeTable(ScriptWriter& writer, const Schema& schema, const RecordType& type,
+                    const sql::Dialect& dialect) {
+    writer.BeginTable(type.name);
+    writer.Part(fmt::format("{} {}", dbIdName, dialect.identityColumn));
+    writer.Part(fmt::format("{} BIGINT NOT NULL DEFAULT 1", versionColumn));
+    for (const Field& field : type.fields) {
+        if (field.kind == FieldKind::DbId || !HasColumn(field.kind)) {
+            continue;
+        }
+        writer.Part(fmt::format("{} {}{}", Quoted(field.name), ColumnType(field.kind),
+                                field.required ? " NOT NULL" : ""));
+    }
+    for (const Field& field : type.fields) {
+        if (field.kind == FieldKind::Reference) {
+            writer.ForeignKey(Quoted(field.name), schema.Type(field.target), "");
+        }
+    }
+    writer.EndTable("");
+    WriteIndexes(writer, type);
+}
+
+void WriteListTable(ScriptWriter& writer, const Schema& schema, const RecordType& type,
+                    const Field& field, const sql::Dialect& dialect) {
+    writer.BeginTable(ListTableName(type, field));
+    writer.Part("record BIGINT NOT NULL");
+    writer.Part("position BIGINT NOT NULL");
+    writer.Part("target BIGINT NOT NULL");
+    writer.Part("PRIMARY KEY (record, position)");
+    writer.ForeignKey("record", type, " ON DELETE CASCADE");
+    writer.ForeignKey("target", schema.Type(field.target), "");
+    writer.EndTable(dialect.clusteredTable);
+    writer.Index(false, fmt::format("zt_list_{}_{}", type.id, field.index), "target");
+}
+
+}  // namespace
+
+std::string Quoted(std::string_view name) {
+    std::string quoted = "\"";
+    for (const char character : name) {
+        quoted.append(character == '"' ? 2 : 1, character);
+    }
+    quoted += '"';
+    return quoted;
+}
+
+std::string ListTableName(const RecordType& type, const Field& field) {
+    return type.name + "__" + field.name;
+}
+
+std::string RecordTablesScript(const Schema& schema, const sql::Dialect& dialect) {
+    ScriptWriter writer(dialect);
+    for (const RecordType& type : schema.Types()) {
+        WriteTypeTable(writer, schema, type, dialect);
+        for (const Field& field : type.fields) {
+            if (field.kind == FieldKind::ReferenceList) {
+                WriteListTable(writer, schema, type, field, dialect);
+            }
+        }
+    }
+    return writer.Script();
+}
+
+}  // namespace recorddb::schema

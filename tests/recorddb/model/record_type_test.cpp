@@ -1,0 +1,32 @@
+#include "recorddb/model/record_type.h"
+
+#include <gtest/gtest.h>
+
+#include "recorddb/model/names.h"
+
+namespace recorddb::schema {
+
+namespace {
+
+TEST(RecordTypeTest, DisplayIdHasAtLeastEightDigits) {
+    EXPECT_EQ(FormatDisplayId("BUG", 42), "BUG00000042");
+    EXPECT_EQ(FormatDisplayId("BUG", 99999999), "BUG99999999");
+    EXPECT_EQ(FormatDisplayId("BUG", 100000000), "BUG100000000");
+}
+
+TEST(NamesTest, SameNameIgnoresAsciiCaseOnly) {
+    EXPECT_TRUE(SameName("Source_ID", "source_id"));
+    EXPECT_FALSE(SameName("source_id", "source_i"));
+    EXPECT_FALSE(SameName("a[", "a{"));
+    EXPECT_FALSE(SameName("\xC3\x84", "\xC3\xA4"));
+}
+
+TEST(NamesTest, Utf16LengthCountsUnits) {
+    EXPECT_EQ(Utf16Length(""), 0U);
+    EXPECT_EQ(Utf16Length("a\xC3\xA4\xE2\x82\xAC"), 3U);
+    EXPECT_EQ(Utf16Length("\xF0\x9F\x98\x80"), 2U);
+}
+
+}  // namespace
+
+}  // namespace recorddb::schema

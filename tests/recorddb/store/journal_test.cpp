@@ -1,0 +1,110 @@
+#include "recorddb/store/journal.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "recorddb/database.h"
+#include "recorddb/schemafile/schema_file.h"
+#include "sample_schema.h"
+#include "temporary_folder.h"
+
+namespace recorddb::journal {
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class JournalTest : public testing::Test {
+  protected:
+    JournalTest() {
+        Database::Create(Path(), schema::ReadSchema(sampleSchema, "sample.yaml"));
+        Open();
+    }
+
+    std::string Path() const { return m_folder.File("tracker.db"); }
+    void Open() { m_database = Database::Open(Path(), Database::Mode::ReadWrite); }
+    Journal& TheJournal() { return m_database->GetJournal(); }
+
+    static JournalEntry SampleEntry() {
+        return {.sourceName = "bugs.xml",
+                .nextOrdinal = 1000,
+                .complete = true,
+                .created = 1,
+                .updated = 2,
+                .history = 3,
+                .attachments = 4,
+                .duplicates = 5,
+                .rejected = 6,
+                .skipped = 7};
+    }
+
+    TemporaryFolder m_folder;
+    std::unique_ptr<Database> m_database;
+    const JournalKey m_key{"aa", "bb"};
+};
+
+TEST_F(JournalTest, UnknownSourceIsNotFound) {
+    EXPECT_FALSE(TheJournal().Find(m_key).has_value());
+}
+
+TEST_F(JournalTest, SavedEntryIsFoundInALaterSession) {
+    TheJournal().Save(m_key, SampleEntry());
+    Open();
+    EXPECT_EQ(TheJournal().Find(m_key), SampleEntry());
+}
+
+TEST_F(JournalTest, LaterEntryTakesThePlaceOfTheEarlier) {
+    TheJournal().Save(m_key, {.sourceName = "old.xml", .nextOrdinal = 10});
+    TheJournal().Save(m_key, SampleEntry());
+    EXPECT_EQ(TheJournal().Find(m_key), SampleEntry());
+}
+
+TEST_F(JournalTest, SameSourceUnderAnotherConfigurationIsOtherWork) {
+    TheJournal().Save(m_key, SampleEntry());
+    EXPECT_FALSE(TheJournal().Find({"aa", "cc"}).has_value());
+    EXPECT_FALSE(TheJournal().Find({"cc", "bb"}).has_value());
+}
+
+TEST_F(JournalTest, RejectsComeInOrderAndOnce) {
+    for (const std::int64_t ordinal : {12, 3, 700, 3}) {
+        TheJournal().AddReject(m_key, ordinal);
+    }
+    EXPECT_THAT(TheJournal().Rejects(m_key), ElementsAre(3, 12, 700));
+    EXPECT_THAT(TheJournal().Rejects({"aa", "cc"}), IsEmpty());
+}
+
+TEST_F(JournalTest, RemovedRejectIsGone) {
+    TheJournal().AddReject(m_key, 3);
+    TheJournal().AddReject(m_key, 4);
+    TheJournal().RemoveReject(m_key, 3);
+    TheJournal().RemoveReject(m_key, 99);
+    EXPECT_THAT(TheJournal().Rejects(m_key), ElementsAre(4));
+}
+
+TEST_F(JournalTest, ForgottenSourceIsAsIfNeverLoaded) {
+    const JournalKey other{"aa", "cc"};
+    for (const JournalKey& key : {m_key, other}) {
+        TheJournal().Save(key, SampleEntry());
+        TheJournal().AddReject(key, 1);
+    }
+    TheJournal().Forget(m_key);
+    EXPECT_FALSE(TheJournal().Find(m_key).has_value());
+    EXPECT_THAT(TheJournal().Rejects(m_key), IsEmpty());
+    EXPECT_TRUE(TheJournal().Find(other).has_value());
+    EXPECT_THAT(TheJournal().Rejects(other), ElementsAre(1));
+}
+
+TEST_F(JournalTest, EntryAndRejectsGoWithTheTransaction) {
+    {
+        const auto transaction = m_database->Begin();
+        TheJournal().Save(m_key, SampleEntry());
+        TheJournal().AddReject(m_key, 3);
+    }
+    EXPECT_FALSE(TheJournal().Find(m_key).has_value());
+    EXPECT_THAT(TheJournal().Rejects(m_key), IsEmpty());
+}
+
+}  // namespace
+
+}  // namespace recorddb::journal

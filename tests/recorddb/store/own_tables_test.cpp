@@ -1,0 +1,51 @@
+#include "recorddb/store/own_tables.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "open_database.h"
+#include "recorddb/sql/error.h"
+
+namespace recorddb::schema {
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::StartsWith;
+
+using OwnTablesTest = OpenDatabaseTest;
+
+TEST_F(OwnTablesTest, AllOfThemAreThere) {
+    EXPECT_THAT(Texts("SELECT name FROM sqlite_master WHERE type = 'table' AND name LIKE 'zt\\_%' "
+                      "ESCAPE '\\' ORDER BY name"),
+                ElementsAre("zt_attachment", "zt_content", "zt_duplicate", "zt_history",
+                            "zt_journal", "zt_journal_reject", "zt_record_type", "zt_schema"));
+}
+
+TEST_F(OwnTablesTest, RecordTypesAreNamedForQueries) {
+    EXPECT_THAT(Texts("SELECT id || ' ' || name || ' ' || kind FROM zt_record_type ORDER BY id"),
+                ElementsAre("1 user 2", "2 order 2", "3 bug 1"));
+}
+
+TEST_F(OwnTablesTest, AccessByRecordIsAnIndexSearch) {
+    for (const char* const sql : {
+             "SELECT * FROM zt_history WHERE record_type = $1 AND record = $2 ORDER BY entry",
+             "SELECT * FROM zt_attachment WHERE record_type = $1 AND record = $2 ORDER BY dbid",
+             "SELECT * FROM zt_duplicate WHERE record_type = $1 AND duplicate = $2",
+             "SELECT * FROM zt_duplicate WHERE record_type = $1 AND original = $2",
+             "SELECT data FROM zt_content WHERE sha256 = $1 ORDER BY chunk",
+             "SELECT count(*) FROM zt_attachment WHERE sha256 = $1",
+         }) {
+        EXPECT_THAT(Plan(sql), ElementsAre(StartsWith("SEARCH"))) << sql;
+    }
+}
+
+TEST_F(OwnTablesTest, RecordHasOneOriginal) {
+    Run("INSERT INTO zt_duplicate VALUES (3, 1, 2, '2020-01-01 00:00:00')");
+    EXPECT_THROW(Run("INSERT INTO zt_duplicate VALUES (3, 1, 9, '2020-01-01 00:00:00')"),
+                 sql::Error);
+}
+
+}  // namespace
+
+}  // namespace recorddb::schema

@@ -1,0 +1,112 @@
+#include "recorddb/store/record_ids.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "open_database.h"
+#include "platform/messages/pamsgexception.h"
+#include "recorddb/sql/savepoint.h"
+#include "recorddb/store/tables.h"
+
+namespace recorddb::schema {
+
+namespace {
+
+class RecordIdsTest : public OpenDatabaseTest {
+  protected:
+    // Inserts a bug with the next number and returns that.
+    std::int64_t InsertBug() { return InsertBug(*m_database); }
+
+    static std::int64_t InsertBug(Database& database) {
+        const RecordType& bug = *database.GetSchema().FindType("bug");
+        const std::int64_t dbid = database.GetRecordIds().Next(bug);
+        sql::Statement& insert = database.GetConnection().Prepare(
+            "INSERT INTO bug (dbid, id, state, title) VALUES ($1, $2, 'NEW', 't')");
+        const std::string id = FormatDisplayId(bug.prefix, dbid);
+        insert.BindAll(dbid, id);
+        insert.Execute();
+        return dbid;
+    }
+};
+
+TEST_F(RecordIdsTest, NumbersCountFromOneInEveryType) {
+    const auto transaction = m_database->Begin();
+    EXPECT_EQ(InsertBug(), 1);
+    EXPECT_EQ(InsertBug(), 2);
+    EXPECT_EQ(m_database->GetRecordIds().Next(Type("user")), 1);
+}
+
+TEST_F(RecordIdsTest, NumbersGoOnInTheNextTransactionAndSession) {
+    {
+        auto transaction = m_database->Begin();
+        InsertBug();
+        transaction.Commit();
+    }
+    {
+        auto transaction = m_database->Begin();
+        EXPECT_EQ(InsertBug(), 2);
+        transaction.Commit();
+    }
+    Reopen();
+    const auto transaction = m_database->Begin();
+    EXPECT_EQ(InsertBug(), 3);
+}
+
+TEST_F(RecordIdsTest, RolledBackNumbersAreFreeAgain) {
+    {
+        const auto transaction = m_database->Begin();
+        InsertBug();
+    }
+    auto transaction = m_database->Begin();
+    EXPECT_EQ(InsertBug(), 1);
+    {
+        const sql::Savepoint savepoint(Connection());
+        EXPECT_EQ(InsertBug(), 2);
+    }
+    EXPECT_EQ(InsertBug(), 2);
+    transaction.Commit();
+}
+
+TEST_F(RecordIdsTest, AnotherWritersRecordsAreSeen) {
+    {
+        auto transaction = m_database->Begin();
+        InsertBug();
+        transaction.Commit();
+    }
+    {
+        const auto other = Database::Open(Path(), Database::Mode::ReadWrite);
+        auto transaction = other->Begin();
+        EXPECT_EQ(InsertBug(*other), 2);
+        transaction.Commit();
+    }
+    const auto transaction = m_database->Begin();
+    EXPECT_EQ(InsertBug(), 3);
+}
+
+TEST_F(RecordIdsTest, NumbersAreGivenOutInATransactionOnly) {
+    EXPECT_THROW(m_database->GetRecordIds().Next(Type("bug")), std::logic_error);
+}
+
+TEST_F(RecordIdsTest, HighestNumberThatThereIsEndsTheCount) {
+    Run("INSERT INTO user (dbid, login) VALUES (9223372036854775807, 'last')");
+    const auto transaction = m_database->Begin();
+    try {
+        m_database->GetRecordIds().Next(Type("user"));
+        ADD_FAILURE() << "a number was given out";
+    } catch (PaMsgException* exception) {
+        EXPECT_EQ(AdExtractFirstMsgAndDeleteException(exception).ToUtf8(),
+                  "No record of type \"user\" can be added: the dbid 9223372036854775807, which a "
+                  "record has, is the highest that there is.");
+    }
+}
+
+TEST_F(RecordIdsTest, NumbersBelowOneAreNotCountedOn) {
+    Run("INSERT INTO user (dbid, login) VALUES (-5, 'odd')");
+    const auto transaction = m_database->Begin();
+    EXPECT_EQ(m_database->GetRecordIds().Next(Type("user")), 1);
+}
+
+}  // namespace
+
+}  // namespace recorddb::schema

@@ -14,7 +14,9 @@ namespace {
 // what is read beyond the record is wasted.
 constexpr std::size_t kSmallestChunk = 2048;
 
-// A value that goes on over many chunks is read in larger ones.
+// A value that goes on over many chunks is read in larger ones. expat looks at an incomplete tag or
+// comment again from its beginning whenever more of it comes, so chunks in which nothing was
+// complete must go on growing to keep the work linear. Text is passed on as it comes.
 constexpr std::size_t kLargestChunkOfText = std::size_t{64} * 1024;
 constexpr std::size_t kLargestChunk = std::size_t{256} * 1024 * 1024;
 
@@ -85,7 +87,7 @@ struct ExpatReader::Callbacks {
     template <typename Event>
     static void Take(void* reader, Event event) {
         auto& self = *static_cast<ExpatReader*>(reader);
-        self.m_chunkHadEvents = true;
+        self.m_chunkLimit = kLargestChunkOfText;
         // The end of an empty element is reported even if its start has already stopped expat.
         if (self.m_callbackFailure || self.m_refused) {
             return;
@@ -137,7 +139,8 @@ struct ExpatReader::Callbacks {
     static void CdataBorder(void* /*reader*/) {}
 };
 
-ExpatReader::ExpatReader(std::istream& input) : m_input(input), m_chunkSize(kSmallestChunk) {}
+ExpatReader::ExpatReader(std::istream& input)
+    : m_input(input), m_chunkSize(kSmallestChunk), m_chunkLimit(kLargestChunk) {}
 
 ExpatReader::~ExpatReader() {
     if (m_bytesRead > kMostBytesForReuse || m_deepest > kDeepestForReuse) {
@@ -146,21 +149,23 @@ ExpatReader::~ExpatReader() {
 }
 
 TokenQueue::Token* ExpatReader::Peek() {
-    Obx_Assert(!m_failed, u"an XML stream is not used after it has failed");
-    while (m_queue.IsEmpty() && !m_finished) {
-        // Stands until the reading has gone well, so that whatever is thrown leaves it standing.
-        m_failed = true;
-        if (m_refused) {
-            throw new XmlException(m_refused->code, m_refused->position, m_refused->what);
+    Obx_Assert(m_state != State::kFailed, u"an XML stream is not used after it has failed");
+    try {
+        while (m_queue.IsEmpty() && m_state != State::kFinished) {
+            if (m_refused) {
+                throw new XmlException(m_refused->code, m_refused->position, m_refused->what);
+            }
+            ReadOn();
         }
-        ReadOn();
-        m_failed = false;
+    } catch (...) {
+        m_state = State::kFailed;
+        throw;
     }
     return m_queue.IsEmpty() ? nullptr : &m_queue.Front();
 }
 
 XmlPosition ExpatReader::Position() const {
-    if (!m_opened) {
+    if (m_state == State::kUnopened) {
         return m_start;
     }
     const auto line = static_cast<long>(XML_GetCurrentLineNumber(m_parser.Get()));
@@ -171,9 +176,9 @@ XmlPosition ExpatReader::Position() const {
 }
 
 void ExpatReader::ReadOn() {
-    if (!m_opened) {
+    if (m_state == State::kUnopened) {
         OpenFragment();
-    } else if (m_suspended) {
+    } else if (m_state == State::kSuspended) {
         Settle(XML_ResumeParser(m_parser.Get()));
     } else {
         ParseNextChunk();
@@ -187,7 +192,7 @@ void ExpatReader::OpenFragment() {
     if (m_refused) {
         return;
     }
-    m_opened = true;
+    m_state = State::kReading;
 
     XML_Parser parser = m_parser.Get();
     const int opened = XML_Parse(parser, kSyntheticRoot.data(),
@@ -247,14 +252,12 @@ void ExpatReader::ParseNextChunk() {
         ThrowOutOfMemory();
     }
     const int length = Fill(static_cast<char*>(buffer), m_chunkSize);
-    m_chunkHadEvents = false;
+    m_chunkLimit = kLargestChunk;
     Settle(XML_ParseBuffer(m_parser.Get(), length, length == 0 ? XML_TRUE : XML_FALSE));
 }
 
-// expat looks at an incomplete tag or comment again from its beginning whenever more of it comes,
-// so the chunks must grow with it to keep the work linear. Text is passed on as it comes.
 void ExpatReader::Settle(int status) {
-    m_suspended = status == XML_STATUS_SUSPENDED;
+    m_state = status == XML_STATUS_SUSPENDED ? State::kSuspended : State::kReading;
     if (m_callbackFailure) {
         std::rethrow_exception(m_callbackFailure);
     }
@@ -263,11 +266,10 @@ void ExpatReader::Settle(int status) {
     }
     if (status == XML_STATUS_ERROR) {
         Finish();
-    } else if (m_suspended) {
+    } else if (m_state == State::kSuspended) {
         m_chunkSize = kSmallestChunk;
     } else {
-        m_chunkSize =
-            std::min(2 * m_chunkSize, m_chunkHadEvents ? kLargestChunkOfText : kLargestChunk);
+        m_chunkSize = std::min(2 * m_chunkSize, m_chunkLimit);
     }
 }
 
@@ -279,7 +281,7 @@ void ExpatReader::Finish() {
         Refuse(XmlException::Code::kMalformed,
                u"the element \"" + Obx_String::FromUtf8(m_queue.OpenName()) + u"\" is not closed");
     } else {
-        m_finished = true;
+        m_state = State::kFinished;
         m_queue.Finish();
     }
 }

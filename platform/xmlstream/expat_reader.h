@@ -34,6 +34,13 @@ class ExpatReader {
     XmlPosition Position() const;
 
   private:
+    enum class State {
+        kUnopened,   // nothing was read
+        kReading,    // expat has worked through what it was given
+        kSuspended,  // expat was stopped at a tag
+        kFinished,   // the input has ended
+        kFailed,     // reading threw an exception
+    };
     struct Callbacks;
     struct Failure {
         XmlException::Code code;
@@ -57,15 +64,13 @@ class ExpatReader {
     TokenQueue m_queue;
     XmlPosition m_start;
     std::size_t m_chunkSize;
+    // How large the next chunk may be.
+    std::size_t m_chunkLimit;
     std::size_t m_bytesRead = 0;
     std::size_t m_deepest = 0;
     std::optional<Failure> m_refused;
     std::exception_ptr m_callbackFailure;
-    bool m_opened = false;
-    bool m_suspended = false;
-    bool m_finished = false;
-    bool m_failed = false;
-    bool m_chunkHadEvents = false;
+    State m_state = State::kUnopened;
 };
 
 #endif

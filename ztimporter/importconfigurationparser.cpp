@@ -31,30 +31,22 @@ int IsTrue(const Obx_String& value) {
 }
 
 // Takes start tags, and the heads of the elements that they open, until the tag of that name has
-// been taken; 0 when something else than a start tag comes before it.
-int FindElement(IXmlStream& xml, const Obx_String& name, XmlSTag& tag) {
+// been taken; false when something else than a start tag comes before it.
+bool FindElement(IXmlStream& xml, const Obx_String& name, XmlSTag& tag) {
     Obx_String found;
-    while (xml.GetNextTokenType() == IXmlStream::kStartTag) {
-        if (xml.GetNextTokenName(found) == 0) {
-            continue;
-        }
-        xml >> tag;
+    while (TakeStartTag(xml, found, tag)) {
         if (AdIsEqual(found, name) != 0) {
-            return 1;
+            return true;
         }
         SkipElementHead(xml);
     }
-    return 0;
+    return false;
 }
 
 void ReadMappings(IXmlStream& xml, CMapStringToString& map) {
     Obx_String name;
     XmlSTag tag;
-    while (xml.GetNextTokenType() == IXmlStream::kStartTag) {
-        if (xml.GetNextTokenName(name) == 0) {
-            continue;
-        }
-        xml >> tag;
+    while (TakeStartTag(xml, name, tag)) {
         const Obx_String target = tag.GetAttributeByName(target_field_label);
         if (AdIsEmpty(target) == 0) {
             const Obx_String reference = tag.GetAttributeByName(reference_field_label);
@@ -74,36 +66,23 @@ AdImportConfigurationDataParser::AdImportConfigurationDataParser() {
 }
 
 AdImportConfigurationDataParser::~AdImportConfigurationDataParser() {
-    m_strXML = nullptr;
+    m_strXML = PacketText();
     TraceDestructor(kTag);
 }
 
 void AdImportConfigurationDataParser::SetInputData(const char* text) {
-    if (text == nullptr) {
-        Trace(kTag, u"SetInputData, m_strXML is NULL.");
-        return;
-    }
-    const std::string_view whole(text);
-    m_strXML = text;
-    m_end = text + whole.size();
-    Trace(kTag, u"SetInputData, m_strXML length = %d", whole.size());
-    m_strXML = SkipDeclaration(whole).data();
+    m_strXML.SetInputData(kTag, text);
 }
 
 int AdImportConfigurationDataParser::IsConfigurationData() {
     Trace(kTag, u"IsConfigurationData");
-    if (m_strXML == nullptr) {
+    if (!m_strXML) {
         return 0;
     }
-    PacketStream packet(std::string_view(m_strXML, m_end));
-    IXmlStream& xml = packet.Xml();
+    PacketStream packet(m_strXML.Rest());
     Obx_String name;
     XmlSTag tag;
-    while (xml.GetNextTokenType() == IXmlStream::kStartTag) {
-        if (xml.GetNextTokenName(name) == 0) {
-            continue;
-        }
-        xml >> tag;
+    while (TakeStartTag(packet.Xml(), name, tag)) {
         if (AdIsEqual(name, config_label) != 0) {
             return 1;
         }
@@ -114,10 +93,10 @@ int AdImportConfigurationDataParser::IsConfigurationData() {
 Obx_String AdImportConfigurationDataParser::GetConfigString(const Obx_String& item) {
     Trace(kTag, u"GetConfigString, item = %s", item);
     Obx_String value;
-    if (m_strXML != nullptr) {
-        PacketStream packet(std::string_view(m_strXML, m_end));
+    if (m_strXML) {
+        PacketStream packet(m_strXML.Rest());
         XmlSTag tag;
-        if (FindElement(packet.Xml(), item, tag) != 0) {
+        if (FindElement(packet.Xml(), item, tag)) {
             value = tag.GetAttributeByName(name_label);
         }
     }
@@ -160,12 +139,12 @@ int AdImportConfigurationDataParser::GetImportState() {
 int AdImportConfigurationDataParser::GetReferenceMapping(const Obx_String& listName,
                                                          CMapStringToString& map) {
     Trace(kTag, u"GetReferenceMapping, type = %s", listName);
-    if (m_strXML == nullptr) {
+    if (!m_strXML) {
         return 0;
     }
-    PacketStream packet(std::string_view(m_strXML, m_end));
+    PacketStream packet(m_strXML.Rest());
     XmlSTag list;
-    if (FindElement(packet.Xml(), listName, list) != 0) {
+    if (FindElement(packet.Xml(), listName, list)) {
         ReadMappings(packet.Xml(), map);
     }
     return map.GetCount();

@@ -3,6 +3,7 @@
 
 #include "platform/foundation/cmapstringtostring.h"
 #include "platform/foundation/obx_string.h"
+#include "ztimporter/packettext.h"
 
 // Reads a configuration packet. Holds nothing but the text: each question reads the packet afresh
 // from its beginning. Reports no errors; a missing item is empty or false. Exceptions of the XML
@@ -44,9 +45,7 @@ class AdImportConfigurationDataParser {
     int GetAttachmentReferenceMapping(CMapStringToString& map);
 
   private:
-    const char* m_strXML = nullptr;
-    // The terminating NUL of the text, so that a question does not measure the text again.
-    const char* m_end = nullptr;
+    PacketText m_strXML;
 };
 
 #endif

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "platform/core/adtext.h"
+#include "ztimporter/entrylabels.h"
 #include "ztimporter/packetstream.h"
 #include "ztimporter/trace.h"
 
@@ -17,11 +18,6 @@ constexpr const char16_t* kTag = u"AdImportRecordParser";
 
 const Obx_String record_label = u"record";
 const Obx_String name_label = u"name";
-const std::array<Obx_String, 4> attachment_label = {u"dbid", u"filename", u"filesize",
-                                                    u"description"};
-const std::array<Obx_String, 7> history_label = {u"dbid",        u"action_timestamp", u"user_name",
-                                                 u"action_name", u"old_state",        u"new_state",
-                                                 u"comments"};
 
 // One less than there are keys: a line that has a comment is dropped whole, and no entry ever gets
 // "comments". Callers know the format like this; it is not to be mended.
@@ -104,12 +100,8 @@ class EntryListBuilder {
 void ReadFields(AdImportRecordParser& parser, IXmlStream& xml, CMapStringToString& map) {
     Obx_String tagName;
     XmlSTag tag;
-    while (xml.GetNextTokenType() == IXmlStream::kStartTag) {
-        if (xml.GetNextTokenName(tagName) == 0) {
-            continue;
-        }
+    while (TakeStartTag(xml, tagName, tag)) {
         Obx_String value;
-        xml >> tag;
         if (xml.GetNextTokenType() == IXmlStream::kCharData) {
             XmlCharData data;
             xml >> data;
@@ -127,57 +119,44 @@ AdImportRecordParser::AdImportRecordParser() {
 }
 
 AdImportRecordParser::~AdImportRecordParser() {
-    m_strXML = nullptr;
+    m_strXML = PacketText();
     TraceDestructor(kTag);
 }
 
 void AdImportRecordParser::SetInputData(const char* text) {
-    if (text == nullptr) {
-        Trace(kTag, u"SetInputData, m_strXML is NULL.");
-        return;
-    }
-    const std::string_view whole(text);
-    m_strXML = text;
-    m_end = text + whole.size();
-    Trace(kTag, u"SetInputData, m_strXML length = %d", whole.size());
-    m_strXML = SkipDeclaration(whole).data();
+    m_strXML.SetInputData(kTag, text);
 }
 
 int AdImportRecordParser::NextRecord() {
-    if (m_strXML == nullptr) {
+    if (!m_strXML) {
         Trace(kTag, u"NextRecord, m_strXML is NULL");
         return 0;
     }
     // Any character of the tag, and not the tag itself: a text that was handed over while the
     // parser stood on a record of the former text loses its first byte in the same way.
-    if (m_bRecordFound != 0 && m_strXML != m_end &&
-        kRecordTag.find(*m_strXML) != std::string_view::npos) {
-        ++m_strXML;
+    if (m_bRecordFound != 0 && !m_strXML.Rest().empty() &&
+        kRecordTag.find(m_strXML.Rest().front()) != std::string_view::npos) {
+        m_strXML.Advance(1);
     }
-    const std::string_view rest(m_strXML, m_end);
-    const std::size_t found = rest.find(kRecordTag);
+    const std::size_t found = m_strXML.Rest().find(kRecordTag);
     m_bRecordFound = found == std::string_view::npos ? 0 : 1;
     if (m_bRecordFound != 0) {
-        m_strXML += found;
+        m_strXML.Advance(found);
     }
-    Trace(kTag, u"NextRecord, m_strXML length = %d", m_end - m_strXML);
+    Trace(kTag, u"NextRecord, m_strXML length = %d", m_strXML.Rest().size());
     return m_bRecordFound;
 }
 
 int AdImportRecordParser::GetRecordMap(CMapStringToString& map) {
-    if (m_strXML == nullptr) {
+    if (!m_strXML) {
         Trace(kTag, u"GetRecordMap, m_strXML is NULL");
         return 0;
     }
-    PacketStream packet(std::string_view(m_strXML, m_end));
+    PacketStream packet(m_strXML.Rest());
     IXmlStream& xml = packet.Xml();
     Obx_String name;
     XmlSTag tag;
-    while (xml.GetNextTokenType() == IXmlStream::kStartTag) {
-        if (xml.GetNextTokenName(name) == 0) {
-            continue;
-        }
-        xml >> tag;
+    while (TakeStartTag(xml, name, tag)) {
         if (AdIsUnequal(name, record_label) == 0) {
             ReadFields(*this, xml, map);
         } else {

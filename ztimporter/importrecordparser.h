@@ -6,6 +6,7 @@
 #include "platform/foundation/cmapstringtostring.h"
 #include "platform/foundation/cstringarray.h"
 #include "platform/foundation/obx_string.h"
+#include "ztimporter/packettext.h"
 
 // Reads a record data packet: walks the packet's UTF-8 text record by record, turns the current
 // record into a map of field names to values, and decodes the field values that have an inner
@@ -42,11 +43,8 @@ class AdImportRecordParser {
     std::list<CMapStringToString*> ExtractAttachmentData(const Obx_String& value);
 
   private:
-    const char* m_strXML = nullptr;
+    PacketText m_strXML;
     int m_bRecordFound = 0;
-    // The terminating NUL of the text. Kept so that handing the rest of the packet to a token
-    // stream does not measure it again for every record.
-    const char* m_end = nullptr;
 };
 
 #endif

@@ -1,12 +1,13 @@
 #include "ztimporter/packetstream.h"
 
-std::string_view SkipDeclaration(std::string_view text) {
-    constexpr std::string_view kDeclaration = R"(<?xml version="1.0" encoding="UTF-8"?>)";
-    static_assert(kDeclaration.size() == 38);
-    if (text.find(kDeclaration) != std::string_view::npos) {
-        text.remove_prefix(kDeclaration.size());
+bool TakeStartTag(IXmlStream& xml, Obx_String& name, XmlSTag& tag) {
+    while (xml.GetNextTokenType() == IXmlStream::kStartTag) {
+        if (xml.GetNextTokenName(name) != 0) {
+            xml >> tag;
+            return true;
+        }
     }
-    return text;
+    return false;
 }
 
 void SkipElementHead(IXmlStream& xml) {

@@ -6,12 +6,6 @@
 
 #include "platform/xmlstream/ixmlstream.h"
 
-// Where the packet's XML begins: 38 bytes into the text when the usual XML declaration occurs
-// anywhere in it, else at its first byte. The bytes are counted from the start of the text and not
-// from the declaration, which is expected to stand there: packets that have something before it
-// lose the beginning of their first element, and callers rely on what they then get.
-std::string_view SkipDeclaration(std::string_view text);
-
 // A token stream over text in memory, which it reads in place.
 class PacketStream {
   public:
@@ -24,6 +18,9 @@ class PacketStream {
     std::ispanstream m_input;
     IXmlStream m_xml;
 };
+
+// Takes the next token if it is a start tag, and its name. False when something else comes next.
+bool TakeStartTag(IXmlStream& xml, Obx_String& name, XmlSTag& tag);
 
 // Takes the head of an element whose start tag has been taken: its character data and every end tag
 // that follows.

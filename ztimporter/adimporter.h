@@ -8,7 +8,6 @@
 #include "platform/foundation/cobject.h"
 #include "platform/foundation/obx_string.h"
 
-class AdImportConfigurationDataParser;
 class AdImportRecordParser;
 
 // The names of the data types that a configuration's import_data can choose.
@@ -113,22 +112,8 @@ class __attribute__((visibility("default"))) AdImporter : public CObject {
     AdImportRecordParser* m_recordParser = nullptr;
 
   private:
-    class FieldWriter;
-    class OriginalRecord;
-    class Supplement;
-    class HistorySupplement;
-    class AttachmentSupplement;
-
-    // False when the packet is refused; Import then returns at once.
-    bool StoreConfiguration(AdImportConfigurationDataParser& configuration, Obx_String& result);
-    bool ImportData(const char* text, Obx_String& result);
-
-    int UpdateOriginal(OriginalRecord& original, Obx_String& error);
-    void FollowCommit(const AdEntityPtr& entity, Obx_String& error);
-    int MarkDuplicateOf(OriginalRecord& original, const AdEntityPtr& entity, Obx_String& error);
-    void BatchHistoryEntry(long recordDbid, const CMapStringToString& source, long lineNumber,
-                           Obx_String& error);
-    AdHistory& ClaimHistoryEntry(long recordDbid);
+    // What the operations are made of (ztimporter/adimporter/).
+    class Steps;
 };
 
 #endif

@@ -1,6 +1,7 @@
 #include "tests/ztimporter/importer_fixture.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <regex>
 
 #include "platform/foundation/utf.h"
@@ -139,9 +140,14 @@ void ImporterTest::ExpectBadValue(const Obx_String& condition) {
         u"\n" +
         Message(message_id::kBadValue,
                 {{u"_text_", condition}, {u"_file_", u"ztimporter/adimporter"}, {u"_line_", u"N"}});
-    // Which line of the source it is changes with every edit.
-    const std::regex line(", line [1-9][0-9]*\\)");
-    EXPECT_EQ(expected.ToUtf8(), std::regex_replace(m_error.ToUtf8(), line, ", line N)"));
+    // Which line of which source it is changes with every edit.
+    const std::regex place(" in ([a-z_]+\\.cpp) \\((.*), line [1-9][0-9]*\\)");
+    std::smatch source;
+    const std::string text = m_error.ToUtf8();
+    ASSERT_TRUE(std::regex_search(text, source, place)) << text;
+    EXPECT_TRUE(std::filesystem::exists(ZT_SOURCE_DIR "/ztimporter/adimporter/" + source[1].str()))
+        << source[1];
+    EXPECT_EQ(expected.ToUtf8(), std::regex_replace(text, place, " ($2, line N)"));
 }
 
 void ImporterTest::ExpectXmlError(const Obx_String& text) {

@@ -158,9 +158,10 @@ TEST_F(MessageParametersTest, OfAValueThatCannotBeUsed) {
     EXPECT_EQ(m_importer->SetupFieldValues(nullptr, m_error), 0);
     Obx_String id;
     id.Format(u"%d", message_id::kBadValue);
-    EXPECT_TRUE(m_error.ToUtf8().starts_with(
-        "\n[" + id.ToUtf8() +
-        " of type 3 _text_=entity != __null _file_=ztimporter/adimporter _line_="))
+    EXPECT_TRUE(
+        m_error.ToUtf8().starts_with("\n[" + id.ToUtf8() +
+                                     " of type 3 _text_=entity != __null in field_writer.cpp "
+                                     "_file_=ztimporter/adimporter _line_="))
         << m_error.ToUtf8();
 }
 

@@ -190,8 +190,8 @@ TEST_F(ReferenceLookupTest, ANullRecordIsRaisedToTheCaller) {
     } catch (PaMsgException* exception) {
         EXPECT_EQ(exception->Messages().front().ID(), AdGetBadValue0MsgID());
         const Obx_String text = AdExtractFirstMsgAndDeleteException(exception);
-        EXPECT_NE(text.Find(u"impEntity != __null"), -1) << text.ToUtf8();
-        EXPECT_NE(text.Find(u"ztimporter/adimporter"), -1) << text.ToUtf8();
+        EXPECT_NE(text.Find(u"impEntity != __null (ztimporter/adimporter, line "), -1)
+            << text.ToUtf8();
     }
     ExpectErrorText(u"");
     ExpectStory({"trace: " + BeginTrace()});

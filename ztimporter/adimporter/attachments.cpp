@@ -5,10 +5,11 @@
 #include "ztimporter/adimporter/bad_value.h"
 #include "ztimporter/adimporter/caught_exceptions.h"
 #include "ztimporter/adimporter/importer_trace.h"
-#include "ztimporter/adimporter/messages.h"
+#include "ztimporter/adimporter/message_text.h"
+#include "ztimporter/adimporter/open_record.h"
 #include "ztimporter/adimporter/owned_entries.h"
-#include "ztimporter/adimporter/record_fields.h"
-#include "ztimporter/adimporter/supplement.h"
+#include "ztimporter/adimporter/record_addition.h"
+#include "ztimporter/entrylabels.h"
 #include "ztimporter/importrecordparser.h"
 
 using adimporter::EndWithError;
@@ -30,9 +31,9 @@ NewAttachment ReadAttachment(const CMapStringToString& entry) {
     Obx_String value;
     while (position != nullptr) {
         entry.GetNextAssoc(position, key, value);
-        if (key.CompareNoCase(u"filename") == 0) {
+        if (key.CompareNoCase(attachment_label[kFileName]) == 0) {
             attachment.fileName = value;
-        } else if (key.CompareNoCase(u"description") == 0) {
+        } else if (key.CompareNoCase(attachment_label[kDescription]) == 0) {
             attachment.description = value;
         }
     }
@@ -64,10 +65,10 @@ void DeleteSameNamed(AdEntity& record, const Obx_String& fieldName, const Obx_St
 }  // namespace
 
 // One record of an attachments packet.
-class AdImporter::AttachmentSupplement : public Supplement {
+class AdImporter::Steps::AttachmentAddition : public RecordAddition {
   public:
-    AttachmentSupplement(AdImporter& importer, Obx_String& error)
-        : Supplement(importer, error, kEndsWithError) {}
+    AttachmentAddition(AdImporter& importer, Obx_String& error)
+        : RecordAddition(importer, error, kEndsWithError) {}
 
   protected:
     bool Collect() override {
@@ -109,7 +110,7 @@ int AdImporter::ImportAttachment(Obx_String& error) {
     try {
         TraceImporter(u"ImportAttachment begins");
         while (m_recordParser->NextRecord() != 0) {
-            if (!AttachmentSupplement(*this, error).Import()) {
+            if (!Steps::AttachmentAddition(*this, error).Import()) {
                 return 0;
             }
         }
@@ -126,7 +127,7 @@ void AdImporter::AddAttachment(AdEntityPtr entity, Obx_String fieldName, EntryLi
     try {
         TraceImporter(u"AddAttachment begins, field name: %s, attachments size: %d", fieldName,
                       attachments.size());
-        AdEntity& record = adimporter::Require(entity, u"entity != __null", __LINE__);
+        AdEntity& record = adimporter::Require(entity, u"entity != __null");
         CStringArray existing;
         {
             const AdFieldInfoPtr field = adimporter::FieldOf(record, fieldName);
@@ -141,7 +142,7 @@ void AdImporter::AddAttachment(AdEntityPtr entity, Obx_String fieldName, EntryLi
                 record.AddAttachment(fieldName, attachment.fileName, attachment.description);
             if (!coreText.IsEmpty()) {
                 Obx_String id;
-                entry->Lookup(u"dbid", id);
+                entry->Lookup(attachment_label[kAttachmentDbId], id);
                 // One attachment that fails does not stop the others; the last failure is told.
                 error = adimporter::MessageText(message_id::kAttachmentFailed,
                                                 {{u"_attachmentid_", id}}) +

@@ -1,21 +1,24 @@
 #ifndef ZTIMPORTER_ADIMPORTER_BAD_VALUE_H
 #define ZTIMPORTER_ADIMPORTER_BAD_VALUE_H
 
-#include "platform/messages/pamsgexception.h"
+#include "platform/foundation/obx_string.h"
 
 namespace adimporter {
 
-// Throws the core's message exception for a value that cannot be worked with. `text` says what
-// should hold, `line` where that was found out.
-[[noreturn]] inline void ThrowBadValue(const char16_t* text, int line) {
-    AdThrowMsgExcept(AdGetBadValue0MsgID(), text, u"ztimporter/adimporter", line);
-}
+// Both of these take the place of their call by themselves. (clang 14 has no std::source_location.)
 
-// The object behind a pointer or handle; a null one is a bad value.
+// Throws the core's message exception for a value that cannot be worked with. As the file it names
+// the engine as a whole, so `text` must be one that stands in a single place.
+[[noreturn]] void ThrowBadValue(const Obx_String& text, int line = __builtin_LINE());
+
+// The object behind a pointer or handle; a null one is a bad value. The text says which condition
+// does not hold, and in which source.
+[[noreturn]] void ThrowBrokenCondition(const char16_t* condition, const char* file, int line);
 template <typename Pointer>
-auto& Require(const Pointer& object, const char16_t* text, int line) {
+auto& Require(const Pointer& object, const char16_t* condition, const char* file = __builtin_FILE(),
+              int line = __builtin_LINE()) {
     if (!object) {
-        ThrowBadValue(text, line);
+        ThrowBrokenCondition(condition, file, line);
     }
     return *object;
 }

@@ -73,7 +73,7 @@ void AppendCaughtException(Obx_String& error) noexcept {
     }
 }
 
-void ReplaceByCaughtException(const CaughtException& caught, Obx_String& error) {
+void ReplaceOrAppendCaughtException(const CaughtException& caught, Obx_String& error) {
     switch (caught.kind) {
         case CaughtKind::kException:
             error = kExceptionPrefix + (u"\n" + caught.text);

@@ -27,7 +27,7 @@ void AppendCaughtException(Obx_String& error) noexcept;
 // The departure of GetResultSetWhere and ReallyImportHistory: an exception or a thrown string
 // replaces the error text, and the thrown string itself is dropped. Unknown exceptions are appended
 // as everywhere, and so are messages, but ReallyImportHistory takes those before it comes here.
-void ReplaceByCaughtException(const CaughtException& caught, Obx_String& error);
+void ReplaceOrAppendCaughtException(const CaughtException& caught, Obx_String& error);
 
 }  // namespace adimporter
 

@@ -3,9 +3,9 @@
 #include "ztimporter/adimporter/bad_value.h"
 #include "ztimporter/adimporter/caught_exceptions.h"
 #include "ztimporter/adimporter/importer_trace.h"
-#include "ztimporter/adimporter/messages.h"
+#include "ztimporter/adimporter/message_text.h"
 #include "ztimporter/adimporter/original_record.h"
-#include "ztimporter/adimporter/saved_record.h"
+#include "ztimporter/adimporter/validate_and_commit.h"
 
 using adimporter::EndWithError;
 using adimporter::MessageText;
@@ -26,16 +26,16 @@ int AdImporter::MarkDuplicates(AdEntityPtr entity, Obx_String& error) {
             TraceImporter(kEndsSuccessfully);
             return 1;
         }
-        OriginalRecord original(*this, m_duplicateID_value, error);
+        Steps::OriginalRecord original(*this, m_duplicateID_value, error);
         switch (original.Found()) {
-            case OriginalRecord::Matches::kOne:
-                return MarkDuplicateOf(original, entity, error);
-            case OriginalRecord::Matches::kUnknown:
+            case Steps::OriginalRecord::Matches::kOne:
+                return Steps::MarkDuplicateOf(*this, original, entity, error);
+            case Steps::OriginalRecord::Matches::kUnknown:
                 original.Release();
                 TraceImporter(kEndsSuccessfully);
                 return 1;
-            case OriginalRecord::Matches::kNone:
-            case OriginalRecord::Matches::kMany:
+            case Steps::OriginalRecord::Matches::kNone:
+            case Steps::OriginalRecord::Matches::kMany:
                 error = original.NotOneText();
                 original.Unbuild();
                 break;
@@ -46,24 +46,23 @@ int AdImporter::MarkDuplicates(AdEntityPtr entity, Obx_String& error) {
     return EndWithError(kEndsWithError, error);
 }
 
-int AdImporter::MarkDuplicateOf(OriginalRecord& original, const AdEntityPtr& entity,
-                                Obx_String& error) {
+int AdImporter::Steps::MarkDuplicateOf(AdImporter& importer, OriginalRecord& original,
+                                       const AdEntityPtr& entity, Obx_String& error) {
     const Obx_String parentId = original.Identifier();
-    AdEntity& duplicate = Require(entity, u"entity != __null", __LINE__);
+    AdEntity& duplicate = Require(entity, u"entity != __null");
     try {
-        const AdEntityPtr parent = GetEntity(m_session, m_entityDef, parentId);
-        AdActionDef* const action =
-            Require(duplicate.GetEntityDef(), u"entityDef != __null", __LINE__)
-                .LookupActionDef(AdActionType_t::kDuplicate);
-        MarkEntityAsDuplicate(m_session, entity, parent, action, 1);
+        const AdEntityPtr parent = GetEntity(importer.m_session, importer.m_entityDef, parentId);
+        AdActionDef* const action = Require(duplicate.GetEntityDef(), u"entityDef != __null")
+                                        .LookupActionDef(AdActionType_t::kDuplicate);
+        MarkEntityAsDuplicate(importer.m_session, entity, parent, action, 1);
     } catch (PaMsgException* exception) {
         // Neither unbuilt nor reverted: the record stays as the action left it, uncommitted.
         const Obx_String coreText = AdExtractFirstMsgAndDeleteException(exception);
         error = MessageText(message_id::kMarkDuplicateFailed,
                             {{u"_parentid_", field_dbid},
                              {u"_parentidvalue_", parentId},
-                             {u"_entityid_", m_originalID},
-                             {u"_entityidvalue_", m_originalID_value}});
+                             {u"_entityid_", importer.m_originalID},
+                             {u"_entityidvalue_", importer.m_originalID_value}});
         original.Release();
         TraceImporter(u"MarkDuplicates ends with error: %s. \n Core error: %s", error, coreText);
         return 0;

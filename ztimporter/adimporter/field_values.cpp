@@ -14,7 +14,7 @@ constexpr const char16_t* kEndsWithError = u"SetupFieldValues ends with error: %
 int AdImporter::SetupFieldValues(AdEntityPtr entity, Obx_String& error) {
     try {
         TraceImporter(u"SetupFieldValues begins");
-        FieldWriter writer(*this, entity, error);
+        Steps::FieldWriter writer(*this, entity, error);
         CMapStringToString::Position position = m_recordMap.GetStartPosition();
         Obx_String fieldName;
         Obx_String value;

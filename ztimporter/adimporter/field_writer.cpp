@@ -1,8 +1,8 @@
 #include "ztimporter/adimporter/field_writer.h"
 
 #include "ztimporter/adimporter/bad_value.h"
+#include "ztimporter/adimporter/open_record.h"
 #include "ztimporter/adimporter/owned_entries.h"
-#include "ztimporter/adimporter/record_fields.h"
 #include "ztimporter/importrecordparser.h"
 
 namespace {
@@ -24,8 +24,8 @@ void EmptyIfBlankWord(Obx_String& value) {
 
 }  // namespace
 
-bool AdImporter::FieldWriter::Write(const Obx_String& fieldName, Obx_String& value) {
-    switch (adimporter::Require(m_entity, u"entity != __null", __LINE__).GetFieldType(fieldName)) {
+bool AdImporter::Steps::FieldWriter::Write(const Obx_String& fieldName, Obx_String& value) {
+    switch (adimporter::Require(m_entity, u"entity != __null").GetFieldType(fieldName)) {
         case ad_field_type::kReference:
             return WriteReference(fieldName, value);
         case ad_field_type::kReferenceList:
@@ -44,7 +44,7 @@ bool AdImporter::FieldWriter::Write(const Obx_String& fieldName, Obx_String& val
 }
 
 // Plain values are not trimmed: the blanks around them belong to them.
-bool AdImporter::FieldWriter::WritePlain(const Obx_String& fieldName, Obx_String& value) {
+bool AdImporter::Steps::FieldWriter::WritePlain(const Obx_String& fieldName, Obx_String& value) {
     if (value.IsEmpty()) {
         return true;
     }
@@ -52,17 +52,18 @@ bool AdImporter::FieldWriter::WritePlain(const Obx_String& fieldName, Obx_String
     return Set(fieldName, value);
 }
 
-bool AdImporter::FieldWriter::WriteReference(const Obx_String& fieldName, Obx_String& value) {
+bool AdImporter::Steps::FieldWriter::WriteReference(const Obx_String& fieldName,
+                                                    Obx_String& value) {
     Trim(value);
     if (value.IsEmpty()) {
         return true;
     }
     EmptyIfBlankWord(value);
-    return Resolve(fieldName, value) && Set(fieldName, value);
+    return m_references.Resolve(fieldName, value) && Set(fieldName, value);
 }
 
-bool AdImporter::FieldWriter::WriteReferenceList(const Obx_String& fieldName,
-                                                 const Obx_String& value) {
+bool AdImporter::Steps::FieldWriter::WriteReferenceList(const Obx_String& fieldName,
+                                                        const Obx_String& value) {
     CStringArray items;
     m_importer.m_recordParser->SplitReferenceListValue(value, items);
     // The old list goes first, also when no new item survives.
@@ -75,7 +76,7 @@ bool AdImporter::FieldWriter::WriteReferenceList(const Obx_String& fieldName,
         if (item.IsEmpty()) {
             continue;
         }
-        if (!Resolve(fieldName, item)) {
+        if (!m_references.Resolve(fieldName, item)) {
             return false;
         }
         m_error = m_entity->AddFieldValue(fieldName, item, kImport);
@@ -86,26 +87,26 @@ bool AdImporter::FieldWriter::WriteReferenceList(const Obx_String& fieldName,
     return true;
 }
 
-bool AdImporter::FieldWriter::WriteHistory(const Obx_String& value) {
+bool AdImporter::Steps::FieldWriter::WriteHistory(const Obx_String& value) {
     adimporter::OwnedEntries entries(m_importer.m_recordParser->ExtractHistoryData(value));
     m_importer.AddHistory(adimporter::DbIdOf(*m_entity), entries.GetList(), m_error);
     return m_error.IsEmpty();
 }
 
-bool AdImporter::FieldWriter::WriteAttachments(const Obx_String& fieldName,
-                                               const Obx_String& value) {
+bool AdImporter::Steps::FieldWriter::WriteAttachments(const Obx_String& fieldName,
+                                                      const Obx_String& value) {
     adimporter::OwnedEntries entries(m_importer.m_recordParser->ExtractAttachmentData(value));
     m_importer.AddAttachment(m_entity, fieldName, entries.GetList(), m_error);
     return m_error.IsEmpty();
 }
 
-bool AdImporter::FieldWriter::Set(const Obx_String& fieldName, const Obx_String& value) {
+bool AdImporter::Steps::FieldWriter::Set(const Obx_String& fieldName, const Obx_String& value) {
     m_error = m_entity->SetFieldValue(fieldName, value, kImport);
     return m_error.IsEmpty();
 }
 
 // A value that cannot be deleted does not stop the record: what counts is that the new ones are in.
-void AdImporter::FieldWriter::RemoveListItems(const Obx_String& fieldName) {
+void AdImporter::Steps::FieldWriter::RemoveListItems(const Obx_String& fieldName) {
     CStringArray current;
     adimporter::FieldOf(*m_entity, fieldName)->GetValue(current);
     for (const Obx_String& value : current) {

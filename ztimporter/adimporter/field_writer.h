@@ -1,14 +1,17 @@
 #ifndef ZTIMPORTER_ADIMPORTER_FIELD_WRITER_H
 #define ZTIMPORTER_ADIMPORTER_FIELD_WRITER_H
 
-#include "ztimporter/adimporter.h"
+#include "ztimporter/adimporter/reference_mapping.h"
 
 // Writes fields of the current record into one open database record, each by its type.
-class AdImporter::FieldWriter {
+class AdImporter::Steps::FieldWriter {
   public:
     // The importer, the record and the error text must outlive the writer.
     FieldWriter(AdImporter& importer, const AdEntityPtr& entity, Obx_String& error)
-        : m_importer(importer), m_entity(entity), m_error(error) {}
+        : m_importer(importer),
+          m_entity(entity),
+          m_error(error),
+          m_references(importer, entity, error) {}
 
     // Writes one field; `value` is used up. False when the field could not be written, with the
     // reason in the error text.
@@ -24,16 +27,10 @@ class AdImporter::FieldWriter {
     bool Set(const Obx_String& fieldName, const Obx_String& value);
     void RemoveListItems(const Obx_String& fieldName);
 
-    // Turns a reference as the source writes it into the unique key that the core takes.
-    bool Resolve(const Obx_String& fieldName, Obx_String& value);
-    bool ResolveKeyParts(const AdEntityDef& type, const Obx_String& fieldName, Obx_String& value,
-                         const Obx_String& referencedField);
-    bool LookUp(const Obx_String& fieldName, Obx_String& value, const Obx_String& referencedField,
-                const Obx_String& uniqueKey);
-
     AdImporter& m_importer;
     const AdEntityPtr& m_entity;
     Obx_String& m_error;
+    ReferenceMapping m_references;
 };
 
 #endif

@@ -1,8 +1,8 @@
 #include "ztimporter/adimporter/caught_exceptions.h"
 #include "ztimporter/adimporter/importer_trace.h"
+#include "ztimporter/adimporter/open_record.h"
 #include "ztimporter/adimporter/owned_entries.h"
-#include "ztimporter/adimporter/record_fields.h"
-#include "ztimporter/adimporter/supplement.h"
+#include "ztimporter/adimporter/record_addition.h"
 #include "ztimporter/importrecordparser.h"
 
 using adimporter::EndWithError;
@@ -15,10 +15,10 @@ constexpr const char16_t* kEndsWithError = u"ImportHistory ends with error: %s";
 }  // namespace
 
 // One record of a history packet.
-class AdImporter::HistorySupplement : public Supplement {
+class AdImporter::Steps::HistoryAddition : public RecordAddition {
   public:
-    HistorySupplement(AdImporter& importer, Obx_String& error)
-        : Supplement(importer, error, kEndsWithError) {}
+    HistoryAddition(AdImporter& importer, Obx_String& error)
+        : RecordAddition(importer, error, kEndsWithError) {}
 
   protected:
     bool Collect() override {
@@ -45,7 +45,7 @@ class AdImporter::HistorySupplement : public Supplement {
         m_importer.ReallyImportHistory(m_error);
     }
 
-    void Complete() override {
+    void BeforeValidation() override {
         UpdateImportHistoryExpiredTimestamp(m_importer.m_session, m_importer.m_entityDef,
                                             m_recordDbid);
     }
@@ -59,7 +59,7 @@ int AdImporter::ImportHistory(Obx_String& error) {
     try {
         TraceImporter(u"ImportHistory begins: m_originalID=%s", m_originalID);
         while (m_recordParser->NextRecord() != 0) {
-            if (!HistorySupplement(*this, error).Import()) {
+            if (!Steps::HistoryAddition(*this, error).Import()) {
                 return 0;
             }
         }

@@ -2,13 +2,13 @@
 
 #include "platform/messages/message_ids.h"
 #include "ztimporter/adimporter/bad_value.h"
-#include "ztimporter/adimporter/messages.h"
+#include "ztimporter/adimporter/message_text.h"
 
 using adimporter::MessageText;
 using adimporter::Require;
 
-AdImporter::OriginalRecord::OriginalRecord(AdImporter& importer, Obx_String value,
-                                           Obx_String& error)
+AdImporter::Steps::OriginalRecord::OriginalRecord(AdImporter& importer, Obx_String value,
+                                                  Obx_String& error)
     : m_importer(importer), m_value(std::move(value)) {
     if (importer.m_originalID.IsEmpty() || m_value.IsEmpty()) {
         return;
@@ -26,22 +26,22 @@ AdImporter::OriginalRecord::OriginalRecord(AdImporter& importer, Obx_String valu
     }
 }
 
-Obx_String AdImporter::OriginalRecord::Identifier() const {
+Obx_String AdImporter::Steps::OriginalRecord::Identifier() const {
     Obx_String identifier;
     m_resultSet->GetColumn(1, identifier, 0);
     return identifier;
 }
 
-Obx_String AdImporter::OriginalRecord::NotOneText() const {
+Obx_String AdImporter::Steps::OriginalRecord::NotOneText() const {
     const int id =
         m_found == Matches::kNone ? message_id::kRecordNotFound : message_id::kRecordAmbiguous;
-    const AdEntityDef& type = Require(m_importer.m_entityDef, u"m_entityDef != __null", __LINE__);
+    const AdEntityDef& type = Require(m_importer.m_entityDef, u"m_entityDef != __null");
     return MessageText(id, {{u"_datatype_", type.GetName()},
                             {u"_field_", m_importer.m_originalID},
                             {u"_value_", m_value}});
 }
 
-void AdImporter::OriginalRecord::Unbuild() {
+void AdImporter::Steps::OriginalRecord::Unbuild() {
     if (m_resultSet) {
         UnbuildResultSet(m_importer.m_session, m_resultSet);
     }

@@ -1,12 +1,12 @@
 #ifndef ZTIMPORTER_ADIMPORTER_ORIGINAL_RECORD_H
 #define ZTIMPORTER_ADIMPORTER_ORIGINAL_RECORD_H
 
-#include "ztimporter/adimporter.h"
+#include "ztimporter/adimporter/steps.h"
 
 // The search for the one database record of the configured type whose original-id field holds a
 // given identity of the source. What follows from the outcome, and whether the result set is given
 // back to the core, is the caller's: the operations differ in both.
-class AdImporter::OriginalRecord {
+class AdImporter::Steps::OriginalRecord {
   public:
     enum class Matches {
         kNone,

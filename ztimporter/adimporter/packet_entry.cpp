@@ -3,11 +3,11 @@
 #include "platform/core/adcharset.h"
 #include "platform/messages/message_ids.h"
 #include "platform/messages/pamsgexception.h"
-#include "ztimporter/adimporter.h"
 #include "ztimporter/adimporter/caught_exceptions.h"
 #include "ztimporter/adimporter/importer_trace.h"
 #include "ztimporter/adimporter/left_behind.h"
-#include "ztimporter/adimporter/messages.h"
+#include "ztimporter/adimporter/message_text.h"
+#include "ztimporter/adimporter/steps.h"
 #include "ztimporter/importconfigurationparser.h"
 #include "ztimporter/importrecordparser.h"
 
@@ -72,8 +72,8 @@ Obx_String AdImporter::Import(const unsigned short* xml_packet) {
         configuration = new AdImportConfigurationDataParser;
         configuration->SetInputData(text.getData());
         const bool accepted = configuration->IsConfigurationData() != 0
-                                  ? StoreConfiguration(*configuration, result)
-                                  : ImportData(text.getData(), result);
+                                  ? Steps::StoreConfiguration(*this, *configuration, result)
+                                  : Steps::ImportData(*this, text.getData(), result);
         if (accepted) {
             delete std::exchange(configuration, nullptr);
             if (result.IsEmpty()) {
@@ -90,59 +90,60 @@ Obx_String AdImporter::Import(const unsigned short* xml_packet) {
     return result;
 }
 
-bool AdImporter::StoreConfiguration(AdImportConfigurationDataParser& configuration,
-                                    Obx_String& result) {
+bool AdImporter::Steps::StoreConfiguration(AdImporter& importer,
+                                           AdImportConfigurationDataParser& configuration,
+                                           Obx_String& result) {
     TraceImporter(u"Import IsConfigurationData");
     const Obx_String recordType = configuration.GetRecordType();
     try {
-        m_entityDef = GetEntityDef(m_session, recordType);
+        importer.m_entityDef = GetEntityDef(importer.m_session, recordType);
     } catch (PaMsgException* exception) {
         const Obx_String coreText = AdExtractFirstMsgAndDeleteException(exception);
         result = MessageText(message_id::kUnknownRecordType, {{u"_datatype_", recordType}});
         TraceImporter(u"Import ends with error: %s, Core error: %s", result, coreText);
         return false;
     }
-    m_originalID = configuration.GetOriginalID();
-    m_duplicateID = configuration.GetDuplicateID();
-    m_importDataType = configuration.GetImportDataType();
-    m_importState = configuration.GetImportState();
-    m_updateRecord = configuration.GetUpdateRecord();
-    m_replaceRefList = configuration.GetReplaceRefList();
-    m_updateInsert = configuration.GetUpdateInsert();
+    importer.m_originalID = configuration.GetOriginalID();
+    importer.m_duplicateID = configuration.GetDuplicateID();
+    importer.m_importDataType = configuration.GetImportDataType();
+    importer.m_importState = configuration.GetImportState();
+    importer.m_updateRecord = configuration.GetUpdateRecord();
+    importer.m_replaceRefList = configuration.GetReplaceRefList();
+    importer.m_updateInsert = configuration.GetUpdateInsert();
     // The map is not emptied first: mappings of earlier configurations stay in force.
-    configuration.GetRecordReferenceMapping(m_recordReferenceMapping);
-    m_configurationReceived = 1;
+    configuration.GetRecordReferenceMapping(importer.m_recordReferenceMapping);
+    importer.m_configurationReceived = 1;
     return true;
 }
 
-bool AdImporter::ImportData(const char* text, Obx_String& result) {
+bool AdImporter::Steps::ImportData(AdImporter& importer, const char* text, Obx_String& result) {
     TraceImporter(u"Import is record data");
-    if (m_configurationReceived == 0) {
+    if (importer.m_configurationReceived == 0) {
         result = MessageText(message_id::kNoConfiguration, {});
         EndWithError(kEndsWithError, result);
         return false;
     }
     // A batch that an exception left behind is dropped without release: its entries belong to no
     // record of this packet. AddHistory starts a new batch at 0.
-    m_historyBuffer = nullptr;
+    importer.m_historyBuffer = nullptr;
     // A parser that an exception left behind is dropped like that too: its text is gone.
-    LeaveBehind(m_recordParser);
-    m_recordParser = new AdImportRecordParser;
-    m_recordParser->SetInputData(text);
-    if (m_importDataType.CompareNoCase(record_data_type) == 0) {
-        while (m_recordParser->NextRecord() != 0) {
-            if (m_updateRecord != 0) {
-                UpdateRecord(result);
+    LeaveBehind(importer.m_recordParser);
+    importer.m_recordParser = new AdImportRecordParser;
+    importer.m_recordParser->SetInputData(text);
+    if (importer.m_importDataType.CompareNoCase(record_data_type) == 0) {
+        while (importer.m_recordParser->NextRecord() != 0) {
+            if (importer.m_updateRecord != 0) {
+                importer.UpdateRecord(result);
             } else {
-                ImportRecord(result);
+                importer.ImportRecord(result);
             }
         }
-    } else if (m_importDataType.CompareNoCase(history_data_type) == 0) {
-        ImportHistory(result);
-    } else if (m_importDataType.CompareNoCase(attachment_data_type) == 0) {
-        ImportAttachment(result);
+    } else if (importer.m_importDataType.CompareNoCase(history_data_type) == 0) {
+        importer.ImportHistory(result);
+    } else if (importer.m_importDataType.CompareNoCase(attachment_data_type) == 0) {
+        importer.ImportAttachment(result);
     }
-    delete m_recordParser;
-    m_recordParser = nullptr;
+    delete importer.m_recordParser;
+    importer.m_recordParser = nullptr;
     return true;
 }

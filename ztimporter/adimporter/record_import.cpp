@@ -3,11 +3,9 @@
 #include "ztimporter/adimporter/importer_trace.h"
 #include "ztimporter/adimporter/left_behind.h"
 #include "ztimporter/adimporter/original_record.h"
-#include "ztimporter/adimporter/saved_record.h"
+#include "ztimporter/adimporter/validate_and_commit.h"
 
-using adimporter::AppendCaughtException;
 using adimporter::EndWithError;
-using adimporter::LeaveBehind;
 using adimporter::Require;
 using adimporter::TraceImporter;
 using adimporter::ValidateAndCommit;
@@ -27,8 +25,7 @@ int AdImporter::ImportRecord(Obx_String& error) {
             CleanupRecordMap();
             return EndWithError(kImportFailed, error);
         }
-        AdEntityPtr entity = ImportEntity(m_session, m_entityDef, m_recordState.Units(), nullptr);
-        Require(entity, u"entity != __null", __LINE__);
+        AdEntityPtr entity = Steps::OpenRecord(*this, nullptr);
         if (SetupFieldValues(entity, error) == 0) {
             DiscardHistory();
             entity->Revert();
@@ -42,7 +39,7 @@ int AdImporter::ImportRecord(Obx_String& error) {
             CleanupRecordMap();
             return EndWithError(kImportFailed, error);
         }
-        FollowCommit(entity, error);
+        Steps::FollowCommit(*this, entity, error);
         CleanupRecordMap();
         if (!error.IsEmpty()) {
             return EndWithError(kImportFailed, error);
@@ -51,11 +48,8 @@ int AdImporter::ImportRecord(Obx_String& error) {
         TraceImporter(u"ImportRecord ends");
         return 1;
     } catch (...) {
-        AppendCaughtException(error);
-        // Nothing is cleaned up here, pending history included.
-        LeaveBehind(m_historyBuffer);
+        return Steps::EndByException(*this, kImportFailed, error);
     }
-    return EndWithError(kImportFailed, error);
 }
 
 int AdImporter::UpdateRecord(Obx_String& error) {
@@ -68,60 +62,57 @@ int AdImporter::UpdateRecord(Obx_String& error) {
             CleanupRecordMap();
             return EndWithError(kUpdateFailed, error);
         }
-        OriginalRecord original(*this, m_originalID_value, error);
+        Steps::OriginalRecord original(*this, m_originalID_value, error);
         switch (original.Found()) {
-            case OriginalRecord::Matches::kOne:
-                return UpdateOriginal(original, error);
-            case OriginalRecord::Matches::kUnknown:
+            case Steps::OriginalRecord::Matches::kOne:
+                return Steps::UpdateOriginal(*this, original, error);
+            case Steps::OriginalRecord::Matches::kUnknown:
                 // A count that the core cannot give is nothing to do; nothing is unbuilt either.
                 original.Release();
                 CleanupRecordMap();
                 TraceImporter(u"UpdateRecord ends successfully");
                 return 1;
-            case OriginalRecord::Matches::kNone:
+            case Steps::OriginalRecord::Matches::kNone:
                 if (m_updateInsert != 0) {
                     original.Release();
                     return ImportRecord(error);
                 }
                 break;
-            case OriginalRecord::Matches::kMany:
+            case Steps::OriginalRecord::Matches::kMany:
                 break;
         }
         error = original.NotOneText();
         original.Unbuild();
         CleanupRecordMap();
     } catch (...) {
-        AppendCaughtException(error);
-        // Nothing is cleaned up here, pending history included.
-        LeaveBehind(m_historyBuffer);
+        return Steps::EndByException(*this, kUpdateFailed, error);
     }
     return EndWithError(kUpdateFailed, error);
 }
 
-int AdImporter::UpdateOriginal(OriginalRecord& original, Obx_String& error) {
+int AdImporter::Steps::UpdateOriginal(AdImporter& importer, OriginalRecord& original,
+                                      Obx_String& error) {
     const Obx_String identifier = original.Identifier();
-    AdEntityPtr entity =
-        ImportEntity(m_session, m_entityDef, m_recordState.Units(), identifier.Units());
-    Require(entity, u"entity != __null", __LINE__);
-    if (SetupFieldValues(entity, error) == 0) {
+    AdEntityPtr entity = OpenRecord(importer, identifier.Units());
+    if (importer.SetupFieldValues(entity, error) == 0) {
         original.Unbuild();
         entity->Revert();
-        DiscardHistory();
-        CleanupRecordMap();
+        importer.DiscardHistory();
+        importer.CleanupRecordMap();
         return EndWithError(kUpdateFailed, error);
     }
     if (const auto refusal = ValidateAndCommit(*entity)) {
         // The core's text alone, where the creation of a record wraps it into a message.
         error = refusal->coreText;
         entity->Revert();
-        DiscardHistory();
+        importer.DiscardHistory();
         original.Unbuild();
-        CleanupRecordMap();
+        importer.CleanupRecordMap();
         return EndWithError(kUpdateFailed, error);
     }
-    FollowCommit(entity, error);
+    FollowCommit(importer, entity, error);
     original.Unbuild();
-    CleanupRecordMap();
+    importer.CleanupRecordMap();
     if (!error.IsEmpty()) {
         return EndWithError(kUpdateFailed, error);
     }
@@ -130,11 +121,26 @@ int AdImporter::UpdateOriginal(OriginalRecord& original, Obx_String& error) {
     return 1;
 }
 
-// What follows the commit of a record. A failure here leaves the record in the database and is only
-// reported.
-void AdImporter::FollowCommit(const AdEntityPtr& entity, Obx_String& error) {
-    ReallyImportHistory(error);
-    if (error.IsEmpty() && !m_duplicateID.IsEmpty()) {
-        MarkDuplicates(entity, error);
+void AdImporter::Steps::FollowCommit(AdImporter& importer, const AdEntityPtr& entity,
+                                     Obx_String& error) {
+    importer.ReallyImportHistory(error);
+    if (error.IsEmpty() && !importer.m_duplicateID.IsEmpty()) {
+        importer.MarkDuplicates(entity, error);
     }
+}
+
+AdEntityPtr AdImporter::Steps::OpenRecord(const AdImporter& importer,
+                                          const unsigned short* identifier) {
+    AdEntityPtr entity = ImportEntity(importer.m_session, importer.m_entityDef,
+                                      importer.m_recordState.Units(), identifier);
+    Require(entity, u"entity != __null");
+    return entity;
+}
+
+int AdImporter::Steps::EndByException(const AdImporter& importer, const char16_t* format,
+                                      Obx_String& error) noexcept {
+    adimporter::AppendCaughtException(error);
+    // Nothing is cleaned up here, pending history included.
+    adimporter::LeaveBehind(importer.m_historyBuffer);
+    return EndWithError(format, error);
 }

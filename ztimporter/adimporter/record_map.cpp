@@ -14,12 +14,11 @@ void AdImporter::SetupRecordMap(Obx_String& error) {
         TraceImporter(u"SetupRecordMap begins");
         m_recordParser->GetRecordMap(m_recordMap);
         m_recordState.Empty();
-        const AdEntityDef& type = Require(m_entityDef, u"m_entityDef != __null", __LINE__);
+        const AdEntityDef& type = Require(m_entityDef, u"m_entityDef != __null");
         const bool hasStates = type.GetType() == ad_entity_kind::kWithStates;
         Obx_String stateField;
         if (hasStates) {
-            stateField =
-                Require(type.GetStateFieldDef(), u"stateFieldDef != __null", __LINE__).GetName();
+            stateField = Require(type.GetStateFieldDef(), u"stateFieldDef != __null").GetName();
         }
         CMapStringToString::Position position = m_recordMap.GetStartPosition();
         Obx_String name;

@@ -5,8 +5,8 @@
 #include "ztimporter/adimporter/bad_value.h"
 #include "ztimporter/adimporter/caught_exceptions.h"
 #include "ztimporter/adimporter/importer_trace.h"
-#include "ztimporter/adimporter/messages.h"
-#include "ztimporter/adimporter/record_fields.h"
+#include "ztimporter/adimporter/message_text.h"
+#include "ztimporter/adimporter/open_record.h"
 
 using adimporter::AppendCaughtException;
 using adimporter::EndWithError;
@@ -36,7 +36,10 @@ int AdImporter::IsReferenceIDValid(AdEntityPtr impEntity, Obx_String fieldName,
         fieldName, fieldValue, referencedFieldName, uniqueKey);
     // Outside the try, with what is traced up to there: a missing record ends the caller's work,
     // not only this lookup.
-    const AdEntity& record = Require(impEntity, u"impEntity != __null", __LINE__);
+    if (!impEntity) {
+        adimporter::ThrowBadValue(u"impEntity != __null");
+    }
+    const AdEntity& record = *impEntity;
     if (fieldName.IsEmpty() || fieldValue.IsEmpty() || uniqueKey.IsEmpty()) {
         TraceImporter(u"IsReferenceIDValid ends");
         return 1;
@@ -44,8 +47,7 @@ int AdImporter::IsReferenceIDValid(AdEntityPtr impEntity, Obx_String fieldName,
     try {
         AdEntityDef& type = adimporter::ReferencedType(record, fieldName);
         AdQueryDefPtr query = BuildQueryDef(m_session, &type, 0);
-        Require(query, u"queryDef != __null", __LINE__)
-            .SelectField(1, type.GetFieldPath(uniqueKey, 0));
+        Require(query, u"queryDef != __null").SelectField(1, type.GetFieldPath(uniqueKey, 0));
         query->BuildFilter(nullptr, referencedFieldName, AdCompOp_t::kEqual, fieldValue, 1);
         AdResultSetPtr resultSet = BuildResultSet(m_session, query);
         int messageId = message_id::kReferenceNotFound;
@@ -81,11 +83,10 @@ AdResultSetPtr AdImporter::GetResultSetWhere(AdEntityDef* recordType, Obx_String
                                              Obx_String value, Obx_String& error) {
     try {
         TraceImporter(u"GetResultSetWhere begins: filed=%s, value=%s", fieldName, value);
-        const AdEntityDef& type = Require(recordType, u"recordType != __null", __LINE__);
-        const AdFieldDef& field =
-            Require(type.GetFieldDef(fieldName, 0), u"fieldDef != __null", __LINE__);
+        const AdEntityDef& type = Require(recordType, u"recordType != __null");
+        const AdFieldDef& field = Require(type.GetFieldDef(fieldName, 0), u"fieldDef != __null");
         AdQueryDefPtr query = BuildQueryDef(m_session, recordType, 0);
-        Require(query, u"queryDef != __null", __LINE__).SelectDbId(1);
+        Require(query, u"queryDef != __null").SelectDbId(1);
         query->BuildFilter(nullptr, field.GetName(), AdCompOp_t::kEqual, value, 1);
         AdResultSetPtr resultSet = BuildResultSet(m_session, query);
         Obx_Assert(static_cast<bool>(resultSet), u"adResultSetPtr != NULL");
@@ -100,7 +101,7 @@ AdResultSetPtr AdImporter::GetResultSetWhere(AdEntityDef* recordType, Obx_String
         resultSet.SetPtr(nullptr);
         TraceImporter(u"GetResultSetWhere ends");
     } catch (...) {
-        adimporter::ReplaceByCaughtException(adimporter::TakeCaughtException(), error);
+        adimporter::ReplaceOrAppendCaughtException(adimporter::TakeCaughtException(), error);
         EndWithError(u"GetResultSetWhere ends with error: %s", error);
     }
     return nullptr;

@@ -1,4 +1,4 @@
-#include "ztimporter/adimporter/record_fields.h"
+#include "ztimporter/adimporter/open_record.h"
 
 #include "platform/core/adtext.h"
 #include "ztimporter/adimporter/bad_value.h"
@@ -7,7 +7,7 @@ namespace adimporter {
 
 AdFieldInfoPtr FieldOf(const AdEntity& record, const Obx_String& fieldName) {
     AdFieldInfoPtr field = record.GetFieldValue(fieldName);
-    Require(field, u"fieldInfo != __null", __LINE__);
+    Require(field, u"fieldInfo != __null");
     return field;
 }
 
@@ -16,10 +16,9 @@ long DbIdOf(const AdEntity& record) {
 }
 
 AdEntityDef& ReferencedType(const AdEntity& record, const Obx_String& fieldName) {
-    const AdEntityDef& type = Require(record.GetEntityDef(), u"entityDef != __null", __LINE__);
-    const AdFieldDef& field =
-        Require(type.GetFieldDef(fieldName, 0), u"fieldDef != __null", __LINE__);
-    return Require(field.GetReferenceEntityDef(), u"referenceEntityDef != __null", __LINE__);
+    const AdEntityDef& type = Require(record.GetEntityDef(), u"entityDef != __null");
+    const AdFieldDef& field = Require(type.GetFieldDef(fieldName, 0), u"fieldDef != __null");
+    return Require(field.GetReferenceEntityDef(), u"referenceEntityDef != __null");
 }
 
 }  // namespace adimporter

@@ -1,8 +1,9 @@
-#include "platform/core/adtext.h"
-#include "ztimporter/adimporter/field_writer.h"
-#include "ztimporter/adimporter/record_fields.h"
+#include "ztimporter/adimporter/reference_mapping.h"
 
-bool AdImporter::FieldWriter::Resolve(const Obx_String& fieldName, Obx_String& value) {
+#include "platform/core/adtext.h"
+#include "ztimporter/adimporter/open_record.h"
+
+bool AdImporter::Steps::ReferenceMapping::Resolve(const Obx_String& fieldName, Obx_String& value) {
     Obx_String referencedField;
     m_importer.m_recordReferenceMapping.Lookup(fieldName, referencedField);
     if (referencedField.IsEmpty()) {
@@ -23,9 +24,10 @@ bool AdImporter::FieldWriter::Resolve(const Obx_String& fieldName, Obx_String& v
 
 // The value of a key of several fields is its parts, separated by single blanks. Only a part that
 // is a database identifier differs between the source and this database, and it stands first.
-bool AdImporter::FieldWriter::ResolveKeyParts(const AdEntityDef& type, const Obx_String& fieldName,
-                                              Obx_String& value,
-                                              const Obx_String& referencedField) {
+bool AdImporter::Steps::ReferenceMapping::ResolveKeyParts(const AdEntityDef& type,
+                                                          const Obx_String& fieldName,
+                                                          Obx_String& value,
+                                                          const Obx_String& referencedField) {
     const Obx_String separator(u" ");
     CStringArray labels;
     type.GetUniqueKeyFieldDefLabels(labels);
@@ -48,9 +50,9 @@ bool AdImporter::FieldWriter::ResolveKeyParts(const AdEntityDef& type, const Obx
     return true;
 }
 
-bool AdImporter::FieldWriter::LookUp(const Obx_String& fieldName, Obx_String& value,
-                                     const Obx_String& referencedField,
-                                     const Obx_String& uniqueKey) {
+bool AdImporter::Steps::ReferenceMapping::LookUp(const Obx_String& fieldName, Obx_String& value,
+                                                 const Obx_String& referencedField,
+                                                 const Obx_String& uniqueKey) {
     return m_importer.IsReferenceIDValid(m_entity, fieldName, value, referencedField, uniqueKey,
                                          m_error) != 0;
 }

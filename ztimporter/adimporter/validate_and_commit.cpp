@@ -1,7 +1,7 @@
-#include "ztimporter/adimporter/saved_record.h"
+#include "ztimporter/adimporter/validate_and_commit.h"
 
 #include "platform/messages/message_ids.h"
-#include "ztimporter/adimporter/messages.h"
+#include "ztimporter/adimporter/message_text.h"
 
 namespace adimporter {
 

@@ -1,10 +1,9 @@
-#include "ztimporter/adimporter/supplement.h"
+#include "ztimporter/adimporter/record_addition.h"
 
-#include "ztimporter/adimporter/bad_value.h"
 #include "ztimporter/adimporter/importer_trace.h"
-#include "ztimporter/adimporter/saved_record.h"
+#include "ztimporter/adimporter/validate_and_commit.h"
 
-bool AdImporter::Supplement::Import() {
+bool AdImporter::Steps::RecordAddition::Import() {
     m_importer.SetupRecordMap(m_error);
     if (!m_error.IsEmpty()) {
         m_importer.CleanupRecordMap();
@@ -35,11 +34,9 @@ bool AdImporter::Supplement::Import() {
     return Fail();
 }
 
-bool AdImporter::Supplement::AddToOriginal(OriginalRecord& original) {
+bool AdImporter::Steps::RecordAddition::AddToOriginal(OriginalRecord& original) {
     const Obx_String identifier = original.Identifier();
-    const AdEntityPtr entity = ImportEntity(m_importer.m_session, m_importer.m_entityDef,
-                                            m_importer.m_recordState.Units(), identifier.Units());
-    adimporter::Require(entity, u"entity != __null", __LINE__);
+    const AdEntityPtr entity = OpenRecord(m_importer, identifier.Units());
     AddTo(entity);
     if (!m_error.IsEmpty()) {
         original.Unbuild();
@@ -47,7 +44,7 @@ bool AdImporter::Supplement::AddToOriginal(OriginalRecord& original) {
         m_importer.CleanupRecordMap();
         return Fail();
     }
-    Complete();
+    BeforeValidation();
     if (const auto refusal = adimporter::ValidateAndCommit(*entity)) {
         m_error = refusal->WrappedText();
         entity->Revert();
@@ -62,7 +59,7 @@ bool AdImporter::Supplement::AddToOriginal(OriginalRecord& original) {
     return true;
 }
 
-bool AdImporter::Supplement::Fail() const {
+bool AdImporter::Steps::RecordAddition::Fail() const {
     adimporter::TraceImporter(m_endsWithError, m_error);
     return false;
 }

@@ -1,4 +1,4 @@
-#include "ztimporter/adimporter/messages.h"
+#include "ztimporter/adimporter/message_text.h"
 
 #include "platform/messages/pamessage.h"
 

@@ -1,20 +1,20 @@
-#ifndef ZTIMPORTER_ADIMPORTER_SUPPLEMENT_H
-#define ZTIMPORTER_ADIMPORTER_SUPPLEMENT_H
+#ifndef ZTIMPORTER_ADIMPORTER_RECORD_ADDITION_H
+#define ZTIMPORTER_ADIMPORTER_RECORD_ADDITION_H
 
 #include "ztimporter/adimporter/original_record.h"
 
-// One record of a packet that adds to records imported earlier: history or attachments. The road is
-// the same for both: collect what the source's record brings, find the database record that it
-// became, add to it, save it.
-class AdImporter::Supplement {
+// One record of a packet that adds to records imported earlier: history or attachments. Both go the
+// same way: collect what the source's record brings, find the database record that it became, add
+// to it, validate and commit it.
+class AdImporter::Steps::RecordAddition {
   public:
     // The importer and the error text must outlive the object. `endsWithError` is the trace of the
     // operation's failures.
-    Supplement(AdImporter& importer, Obx_String& error, const char16_t* endsWithError)
+    RecordAddition(AdImporter& importer, Obx_String& error, const char16_t* endsWithError)
         : m_importer(importer), m_error(error), m_endsWithError(endsWithError) {}
-    virtual ~Supplement() = default;
-    Supplement(const Supplement&) = delete;
-    Supplement& operator=(const Supplement&) = delete;
+    virtual ~RecordAddition() = default;
+    RecordAddition(const RecordAddition&) = delete;
+    RecordAddition& operator=(const RecordAddition&) = delete;
 
     // Handles the parser's current record. False when it fails, which ends the packet.
     bool Import();
@@ -24,8 +24,8 @@ class AdImporter::Supplement {
     virtual bool Collect() = 0;
     // Adds it to the open record; failures are left in the error text.
     virtual void AddTo(const AdEntityPtr& entity) = 0;
-    // What else is to be done before the record is saved.
-    virtual void Complete() {}
+    // What else is to be done once all was added and before the record is validated.
+    virtual void BeforeValidation() {}
 
     AdImporter& m_importer;
     Obx_String& m_error;

@@ -1,0 +1,134 @@
+#include "ztimporter/adimporter/history_line.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "platform/core/addatetime.h"
+#include "platform/core/adtext.h"
+#include "platform/messages/message_ids.h"
+#include "ztimporter/adimporter/bad_value.h"
+#include "ztimporter/adimporter/importer_trace.h"
+#include "ztimporter/adimporter/message_text.h"
+
+using adimporter::MessageText;
+using adimporter::TraceImporter;
+
+namespace {
+
+constexpr const char16_t* kAddError = u"AddHistory error: %s";
+
+const Obx_String expired_timestamp_label = u"expired_timestamp";
+
+// Rewrites the time in the form that history entries carry; false when it is not a time.
+bool Reformat(Obx_String& time) {
+    AdDateTime parsed;
+    if (parsed.ParseDateTime(time, 0) == 0) {
+        return false;
+    }
+    time = parsed.Format(u"%Y-%m-%d %H:%M:%S");
+    return true;
+}
+
+// Copies into a zeroed field. A text that does not fit leaves no terminator, by which the core
+// sees that it is too long; nothing is cut silently.
+template <std::size_t room>
+void CopyText(const Obx_String& text, char16_t (&field)[room]) {
+    const std::u16string_view fitting = text.View().substr(0, room);
+    std::copy(fitting.begin(), fitting.end(), field);
+}
+
+Obx_String EntryText(const Obx_String& historyId, const Obx_String& cause) {
+    return MessageText(message_id::kHistoryEntryInvalid,
+                       {{u"_historyid_", historyId}, {u"_coreinfo_", cause}});
+}
+
+Obx_String Digits(long number) {
+    Obx_String text;
+    text.Format(u"%d", number);
+    return text;
+}
+
+}  // namespace
+
+AdImporter::Steps::HistoryLine::HistoryLine(AdImporter& importer, const CMapStringToString& entry,
+                                            long number)
+    : m_importer(importer), m_number(number) {
+    for (std::size_t k = 0; k < history_label.size(); ++k) {
+        entry.Lookup(history_label[k], m_columns[k]);
+    }
+    entry.Lookup(expired_timestamp_label, m_expiryTime);
+}
+
+void AdImporter::Steps::HistoryLine::AddToBatch(long recordDbid, Obx_String& error) {
+    Obx_String actionTime = m_columns[kActionTimestamp];
+    if (!Reformat(actionTime)) {
+        error += InvalidTimeText(message_id::kInvalidActionTimestamp, actionTime) + u"\n";
+        TraceImporter(kAddError, error);
+        return;
+    }
+    Obx_String expiryTime = m_expiryTime;
+    if (AdIsEmpty(expiryTime) == 0 && !Reformat(expiryTime)) {
+        // Replaces what the lines before reported, where an invalid action time adds to it.
+        error = InvalidTimeText(message_id::kInvalidExpiredTimestamp, expiryTime);
+        TraceImporter(kAddError, error);
+        return;
+    }
+    AdHistory& entry = ClaimEntry(recordDbid);
+    if (LacksColumn(error)) {
+        TraceImporter(kAddError, error);
+        return;
+    }
+    CopyText(actionTime, entry.actionTime);
+    CopyText(expiryTime, entry.expiryTime);
+    CopyText(m_columns[kUserName], entry.userName);
+    CopyText(m_columns[kActionName], entry.actionName);
+    CopyText(m_columns[kOldState], entry.oldState);
+    CopyText(m_columns[kNewState], entry.newState);
+    CopyText(m_columns[kComments], entry.comments);
+    ++m_importer.m_historyCount;
+}
+
+bool AdImporter::Steps::HistoryLine::LacksColumn(Obx_String& error) const {
+    constexpr std::array kNeeded = {kUserName, kActionName, kOldState, kNewState};
+    return std::any_of(kNeeded.begin(), kNeeded.end(), [&](HistoryColumn column) {
+        return m_importer.IsHistoryFieldEmpty(m_columns[kHistoryDbId],
+                                              history_label[column].View().data(),
+                                              m_columns[column], m_number, error) != 0;
+    });
+}
+
+Obx_String AdImporter::Steps::HistoryLine::InvalidTimeText(int messageId,
+                                                           const Obx_String& time) const {
+    return EntryText(m_columns[kHistoryDbId],
+                     MessageText(messageId, {{u"_value_", time},
+                                             {u"_linenum_", Digits(m_number)},
+                                             {u"_id_", m_importer.m_originalID},
+                                             {u"_idvalue_", m_importer.m_originalID_value}}));
+}
+
+// The next entry of the batch, holding only whose history it is. It counts once it is complete; one
+// that never is gets claimed again by the next line.
+AdHistory& AdImporter::Steps::HistoryLine::ClaimEntry(long recordDbid) const {
+    const AdEntityDef& type = adimporter::Require(m_importer.m_entityDef, u"m_entityDef != __null");
+    AdHistory& entry = m_importer.m_historyBuffer[m_importer.m_historyCount];
+    entry = AdHistory{};
+    entry.recordId = recordDbid;
+    CopyText(m_importer.m_originalID, entry.sourceIdField);
+    entry.recordTypeId = type.GetDbId();
+    CopyText(type.GetName(), entry.recordTypeName);
+    return entry;
+}
+
+int AdImporter::IsHistoryFieldEmpty(Obx_String historyId, const char16_t* key, Obx_String value,
+                                    long lineNumber, Obx_String& error) {
+    if (!value.IsEmpty()) {
+        return 0;
+    }
+    error += EntryText(historyId, MessageText(message_id::kHistoryFieldEmpty,
+                                              {{u"_field_name_", key},
+                                               {u"_linenum_", Digits(lineNumber)},
+                                               {u"_id_", m_originalID},
+                                               {u"_idvalue_", m_originalID_value}}));
+    error += u"\n";
+    return 1;
+}

@@ -13,23 +13,25 @@ inline constexpr auto kImporterMessages = std::to_array<CatalogueMessage>({
      u"is \"_idvalue_\" is not a valid date and time.",
      "The second column of a history line, the time of the action, is missing, is no date and "
      "time such as \"2011-02-03 04:05:06\", or names a date that does not exist. ztimport takes "
-     "nothing of the record then; a program of your own finds the other lines of a packet of "
-     "history imported. Correct the time in the source and import the record again."},
+     "nothing of the record then. A program that calls the importer itself finds the other lines "
+     "of a "
+     "packet of history imported. Correct the time in the source and import the record again."},
     {message_id::kInvalidExpiredTimestamp,
      u"The expiry time \"_value_\" in line _linenum_ of the history of the record whose \"_id_\" "
      u"is \"_idvalue_\" is not a valid date and time.",
      "A history line gives an expiry time that is no date and time such as \"2011-02-03 "
-     "04:05:06\" or names a date that does not exist. ztimport takes nothing of the record then; a "
-     "program of your own finds the other lines of a packet of history imported. Correct the time "
-     "in the source, or leave it empty: the database then works it out from the next entry of the "
+     "04:05:06\" or names a date that does not exist. ztimport takes nothing of the record then. A "
+     "program that calls the importer itself finds the other lines of a packet of history "
+     "imported. Correct the time in the source, or leave it empty: the database then works it out "
+     "from the next entry of the "
      "same record."},
     {message_id::kMarkDuplicateFailed,
      u"The record whose \"_entityid_\" is \"_entityidvalue_\" could not be marked as a duplicate "
      u"of the record whose \"_parentid_\" is \"_parentidvalue_\".",
      "The record that it duplicates was found, but the database refused to link the two. Record "
      "types without states have no duplicate action; otherwise the trace names the database's "
-     "reason. ztimport takes nothing of the record then; a program of your own finds it imported, "
-     "without the mark. Mend the cause and import the record again."},
+     "reason. ztimport takes nothing of the record then. A program that calls the importer itself "
+     "finds it imported, without the mark. Mend the cause and import the record again."},
     {message_id::kReferenceNotFound,
      u"The field \"_fieldname_\" of a record of type \"_entitydef_\" refers to a record of type "
      u"\"_refentitydef_\" that does not exist.",
@@ -55,18 +57,21 @@ inline constexpr auto kImporterMessages = std::to_array<CatalogueMessage>({
      "The record breaks a rule of its type; the text ends with the database's own message, "
      "which names the field and the rule. Correct the value in the source, or the rule in the "
      "schema, and import the record again. Where a record breaks the rule only when it is marked "
-     "as a duplicate, a program of your own finds it imported, without the mark; ztimport takes "
-     "nothing of it."},
+     "as a duplicate, ztimport takes nothing of it; a program that calls the importer itself finds "
+     "it imported, without the mark."},
     {message_id::kCommitFailed, u"The record could not be written: _coreinfo_",
      "The database refused the record when its changes were to be made permanent; the text "
      "ends with its own message. If another program changed the record at the same time, "
-     "import it again. Where a record is refused only when it is marked as a duplicate, a program "
-     "of your own finds it imported, without the mark; ztimport takes nothing of it."},
+     "import it again. Where a record is refused only when it is marked as a duplicate, ztimport "
+     "takes nothing of it; a program that calls the importer itself finds it imported, without the "
+     "mark."},
     {message_id::kRecordNotFound,
      u"No record of type \"_datatype_\" has \"_value_\" in its field \"_field_\".",
      "The packet concerns a record that should be in the database already: one to be updated, "
      "one to receive history or attachments, or the original of a duplicate (ztimport then takes "
-     "nothing of the duplicate; a program of your own finds it imported, without the mark). Import "
+     "nothing of the duplicate; a program that calls the importer itself finds it imported, "
+     "without "
+     "the mark). Import "
      "that record first, or correct its identity in the source."},
     {message_id::kHistoryEntryInvalid,
      u"The history entry with the identifier \"_historyid_\" was left out: _coreinfo_",
@@ -86,8 +91,9 @@ inline constexpr auto kImporterMessages = std::to_array<CatalogueMessage>({
      u"The column \"_field_name_\" is empty in line _linenum_ of the history of the record whose "
      u"\"_id_\" is \"_idvalue_\".",
      "The columns for the user, the action, the old and the new state need a value. ztimport takes "
-     "nothing of the record then; a program of your own finds the other lines of a packet of "
-     "history imported. Fill in the column in the source and import the record again."},
+     "nothing of the record then. A program that calls the importer itself finds the other lines "
+     "of "
+     "a packet of history imported. Fill in the column in the source and import the record again."},
 });
 
 #endif

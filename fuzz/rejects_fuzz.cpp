@@ -25,7 +25,7 @@ class Rejections {
         tool::SourceRecord record;
         while (reader.NextRecord(record)) {
             m_raws.emplace_back(record.raw);
-            m_records.push_back({"source.xml", record.ordinal + 1, record.line,
+            m_records.push_back({"source.xml", record.ordinal + 1, record.line, "",
                                  std::string(text.substr(record.offset / 2, 100)), "",
                                  record.defect, record.openSection});
         }

@@ -11,7 +11,7 @@ namespace tool {
 // Returns the process's exit code: RecordsRejected when something would be rejected or lost, or 128
 // and the signal's number when a signal ended it early. Throws what main turns into an error. The
 // database is as it was before in any case.
-int RunCheck(LoadOptions options, std::ostream& out, std::ostream& err);
+int RunCheck(const LoadOptions& options, std::ostream& out, std::ostream& err);
 
 }  // namespace tool
 

@@ -7,9 +7,8 @@
 
 namespace tool {
 
-// Imports the sources into the database, or rehearses that when the options say so. Returns the
-// process's exit code: that of ExitCode, or 128 and the signal's number when a signal ended the
-// load early. Throws what main turns into an error.
+// Imports the sources into the database. Returns the process's exit code: that of ExitCode, or 128
+// and the signal's number when a signal ended the load early. Throws what main turns into an error.
 int RunLoad(const LoadOptions& options, std::ostream& out, std::ostream& err);
 
 }  // namespace tool

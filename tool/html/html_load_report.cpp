@@ -1,7 +1,8 @@
 #include "tool/html/html_load_report.h"
 
+#include <utility>
+
 #include "tool/html/load_page.h"
-#include "tool/html/tool_version.h"
 #include "tool/text/masked_password.h"
 
 namespace tool {
@@ -15,10 +16,18 @@ LoadOptions ForPage(LoadOptions options) {
 
 }  // namespace
 
-HtmlLoadReport::HtmlLoadReport(const std::filesystem::path& path, const LoadOptions& options)
-    : m_file(path),
-      m_summary({options.rehearse ? "check" : "load", ForPage(options),
-                 std::chrono::system_clock::now(), ToolVersion()}) {}
+HtmlLoadReport::HtmlLoadReport(const LoadOptions& options, std::string command)
+    : m_file(options.html),
+      m_summary(
+          {std::move(command), ForPage(options), std::chrono::system_clock::now(), ZT_VERSION}) {}
+
+void HtmlLoadReport::Configures(const ImportConfiguration& configuration, const LoadTotals& soFar) {
+    m_summary.StartType(configuration.RecordType(), configuration.Data(), soFar);
+}
+
+void HtmlLoadReport::Advances(const LoadTotals& soFar, std::uint64_t /*bytes*/) {
+    m_summary.Advance(soFar.seconds, soFar.read);
+}
 
 void HtmlLoadReport::Finish(const LoadTotals& totals) {
     m_summary.Finish(totals);

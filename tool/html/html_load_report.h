@@ -1,24 +1,32 @@
 #ifndef TOOL_HTML_HTML_LOAD_REPORT_H
 #define TOOL_HTML_HTML_LOAD_REPORT_H
 
-#include <filesystem>
+#include <cstdint>
+#include <string>
 
 #include "tool/html/run_summary.h"
 #include "tool/io/replacing_file.h"
+#include "tool/load/load_sink.h"
 
 namespace tool {
 
 // The page about a load in its file. It appears at its path complete or not at all, in place of an
 // earlier one. Constructor and Finish throw std::system_error that names the file when it cannot be
 // written; the constructor sees that before the load.
-class HtmlLoadReport {
+class HtmlLoadReport final : public LoadSink {
   public:
-    HtmlLoadReport(const std::filesystem::path& path, const LoadOptions& options);
+    // COMMAND is "load", or "check" for its rehearsal.
+    HtmlLoadReport(const LoadOptions& options, std::string command);
 
-    RunSummary& Summary() { return m_summary; }
-
+    void Configures(const ImportConfiguration& configuration, const LoadTotals& soFar) override;
+    void PassesOver(std::uint64_t records) override { m_summary.AddLoadedBefore(records); }
+    void LeavesRejected(std::uint64_t records) override { m_summary.AddRejectedBefore(records); }
+    void Rejects(const RejectedRecord& record) override { m_summary.AddReject(record); }
+    void Loses(const Loss& loss) override { m_summary.AddLoss(loss); }
+    void Advances(const LoadTotals& soFar, std::uint64_t bytes) override;
+    void EndsEarly(const std::string& why) override { m_summary.NoteEarlyEnd(why); }
     // Writes the page. To be called once.
-    void Finish(const LoadTotals& totals);
+    void Finish(const LoadTotals& totals) override;
 
   private:
     ReplacingFile m_file;

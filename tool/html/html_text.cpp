@@ -2,6 +2,7 @@
 
 #include <unicode/utf8.h>
 
+#include <algorithm>
 #include <cstdint>
 
 #include "tool/text/visible_text.h"
@@ -37,6 +38,11 @@ std::string_view Escape(char c) {
         default:
             return {};
     }
+}
+
+bool NeedsNoQuotes(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+           std::string_view("_-./:,+@%=").find(c) != std::string_view::npos;
 }
 
 }  // namespace
@@ -75,6 +81,21 @@ std::string Clipped(std::string_view text, std::size_t limit) {
         --end;
     }
     return std::string(text.substr(0, end)) + std::string(kEllipsis);
+}
+
+std::string ShellWord(std::string_view word) {
+    if (!word.empty() && std::all_of(word.begin(), word.end(), NeedsNoQuotes)) {
+        return std::string(word);
+    }
+    std::string quoted = "'";
+    for (const char c : word) {
+        if (c == '\'') {
+            quoted += "'\\''";
+        } else {
+            quoted += c;
+        }
+    }
+    return quoted + "'";
 }
 
 }  // namespace tool

@@ -16,6 +16,9 @@ std::string HtmlText(std::string_view text);
 // whole.
 std::string Clipped(std::string_view text, std::size_t limit);
 
+// WORD as it can be pasted into a POSIX shell, in quotes where it needs them. Plain text.
+std::string ShellWord(std::string_view word);
+
 }  // namespace tool
 
 #endif

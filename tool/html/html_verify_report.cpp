@@ -1,6 +1,5 @@
 #include "tool/html/html_verify_report.h"
 
-#include "tool/html/tool_version.h"
 #include "tool/html/verify_page.h"
 #include "tool/text/masked_password.h"
 
@@ -19,7 +18,7 @@ HtmlVerifyReport::HtmlVerifyReport(const VerifyOptions& options,
                                    recorddb::journal::Journal& journal)
     : m_journal(journal),
       m_file(options.html),
-      m_findings(ForPage(options), std::chrono::system_clock::now(), ToolVersion()) {}
+      m_findings(ForPage(options), std::chrono::system_clock::now(), ZT_VERSION) {}
 
 void HtmlVerifyReport::IsFaulty(const recorddb::Fault& fault) {
     m_findings.AddFault(fault);

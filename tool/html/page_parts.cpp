@@ -7,7 +7,6 @@
 
 #include "tool/html/html_style.h"
 #include "tool/html/html_text.h"
-#include "tool/html/shell_word.h"
 #include "tool/text/number_text.h"
 
 namespace tool {

@@ -34,9 +34,10 @@ void RunSummary::CloseType(const LoadTotals& soFar) {
     }
 }
 
-void RunSummary::AddReject(const RejectedRecord& record, const std::string& sourceId) {
-    m_causes.Add(record.reason,
-                 {record.source, record.number, record.line, sourceId, {{"", record.reason}}});
+void RunSummary::AddReject(const RejectedRecord& record) {
+    m_causes.Add(
+        record.reason,
+        {record.source, record.number, record.line, record.sourceId, {{"", record.reason}}});
 }
 
 void RunSummary::AddLoss(const Loss& loss) {

@@ -12,10 +12,10 @@
 #include "tool/html/rate_samples.h"
 #include "tool/html/type_totals.h"
 #include "tool/load/load_options.h"
+#include "tool/load/load_totals.h"
+#include "tool/load/rejected_record.h"
 #include "tool/losses/loss.h"
 #include "tool/packet/import_configuration.h"
-#include "tool/rejects/rejects.h"
-#include "tool/report/report.h"
 
 namespace tool {
 
@@ -36,7 +36,7 @@ class RunSummary {
     // Says that what is counted from here on belongs to TYPE; SOFAR are the totals up to here.
     void StartType(const std::string& type, ImportedData data, const LoadTotals& soFar);
 
-    void AddReject(const RejectedRecord& record, const std::string& sourceId);
+    void AddReject(const RejectedRecord& record);
     void AddLoss(const Loss& loss);
 
     // Says that records were passed over because the database's journal knows them as loaded.

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "tool/html/html_text.h"
-#include "tool/load/load_output.h"
 
 namespace tool {
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "tool/load/load_totals.h"
 #include "tool/packet/import_configuration.h"
-#include "tool/report/report.h"
 
 namespace tool {
 

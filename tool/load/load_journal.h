@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "recorddb/store/journal.h"
-#include "tool/report/report.h"
+#include "tool/load/load_totals.h"
 
 namespace tool {
 

@@ -29,10 +29,6 @@ struct LoadOptions {
     bool fresh = false;          // ignore the journal
     bool retryRejected = false;  // import what the journal knows as rejected once more
     bool quiet = false;
-    bool rehearse = false;  // keep nothing, and find what is lost silently
-
-    // A load without a page for people goes without, since the search takes a tenth of its time.
-    bool LooksForLosses() const { return rehearse || !html.empty(); }
 };
 
 }  // namespace tool

@@ -1,6 +1,13 @@
 #include "tool/load/record_group.h"
 
+#include <utility>
+
 namespace tool {
+
+RecordGroup::RecordGroup(AdPtr<recorddb::Session> session, const LoadPolicy& policy)
+    : m_session(std::move(session)), m_policy(policy) {
+    m_policy.Begin(*m_session.GetPtr(), m_transaction);
+}
 
 recorddb::SessionTransaction& RecordGroup::Open() {
     if (!m_transaction) {
@@ -12,9 +19,8 @@ recorddb::SessionTransaction& RecordGroup::Open() {
 
 void RecordGroup::Commit() {
     m_count = 0;
-    if (m_transaction && !m_rehearse) {
-        m_transaction->Commit();
-        m_transaction.reset();
+    if (m_transaction) {
+        m_policy.EndGroup(m_transaction);
     }
 }
 

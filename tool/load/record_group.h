@@ -2,10 +2,9 @@
 #define TOOL_LOAD_RECORD_GROUP_H
 
 #include <cstddef>
-#include <memory>
-#include <utility>
 
 #include "recorddb/session/session.h"
+#include "tool/load/load_policy.h"
 
 namespace tool {
 
@@ -13,13 +12,13 @@ namespace tool {
 // four times as much as the records themselves; one that never ends makes each savepoint in it
 // dearer. About a hundred records to a transaction is near the best.
 //
-// The groups of a rehearsal are undone together, at its end.
+// The groups of a rehearsal are undone together, when the object goes.
 class RecordGroup {
   public:
     static constexpr std::size_t kRecords = 100;
 
-    RecordGroup(AdPtr<recorddb::Session> session, bool rehearse)
-        : m_session(std::move(session)), m_rehearse(rehearse) {}
+    // POLICY, which says what becomes of a group, outlives the object. Throws sql::Error.
+    RecordGroup(AdPtr<recorddb::Session> session, const LoadPolicy& policy);
 
     // Makes sure that a transaction is open.
     recorddb::SessionTransaction& Open();
@@ -33,8 +32,8 @@ class RecordGroup {
 
   private:
     AdPtr<recorddb::Session> m_session;
-    bool m_rehearse;
-    std::unique_ptr<recorddb::SessionTransaction> m_transaction;
+    const LoadPolicy& m_policy;
+    LoadPolicy::Transaction m_transaction;
     std::size_t m_count = 0;
 };
 

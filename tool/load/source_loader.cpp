@@ -48,22 +48,19 @@ KeyLosses::Exists HasValue(recorddb::Database& database) {
 }  // namespace
 
 SourceLoader::SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session> session,
-                           const LoadOptions& options, LoadOutput& output)
+                           const LoadOptions& options, const LoadPolicy& policy, LoadSinks& sinks)
     : m_database(database),
       m_session(session),
       m_options(options),
-      m_output(output),
+      m_policy(policy),
+      m_sinks(sinks),
       m_missing(database),
       m_unfinished(database.GetJournal()),
       m_importer(session),
-      m_group(std::move(session), options.rehearse) {
-    if (options.LooksForLosses()) {
+      m_group(std::move(session), policy) {
+    if (policy.FindsLosses(options)) {
         m_losses.emplace(database.GetSchema(), HasValue(database),
-                         [this](const Loss& loss) { m_output.AddLoss(loss); });
-    }
-    if (options.rehearse) {
-        // What is read of the database from here on must not change under the rehearsal.
-        m_group.Open();
+                         [this](const Loss& loss) { m_sinks.Lose(loss); });
     }
 }
 
@@ -77,7 +74,7 @@ void SourceLoader::Load(const Source& listed) {
         LoadData(reader, source);
     }
     m_bytesBefore += listed.size;
-    m_output.Advance(m_bytesBefore);
+    m_sinks.Advance(m_bytesBefore);
 }
 
 ReaderOptions SourceLoader::ReadingOptions(const SourceFile& source) {
@@ -85,11 +82,9 @@ ReaderOptions SourceLoader::ReadingOptions(const SourceFile& source) {
     options.recordLimit = m_options.limits.size;
     options.maxDepth = m_options.limits.depth;
     options.unseen = [&](const UnseenRecord& unseen) {
-        m_output.AddLoss(LossOf(unseen, source.Name()));
+        m_sinks.Lose(LossOf(unseen, source.Name()));
     };
-    options.frame = [&](const FrameDefect& defect) {
-        m_output.AddLoss(LossOf(defect, source.Name()));
-    };
+    options.frame = [&](const FrameDefect& defect) { m_sinks.Lose(LossOf(defect, source.Name())); };
     return options;
 }
 
@@ -107,11 +102,11 @@ void SourceLoader::LoadConfiguration(PacketReader& reader, const SourceFile& sou
                                       NamesOfTypes(m_database.GetSchema())));
     }
     m_configuration = std::move(next);
-    m_output.SetConfiguration(m_configuration);
+    m_sinks.Configure(m_configuration);
     if (m_losses) {
         m_losses->Configure(packet, source.Name(), m_configuration);
     } else if (const auto loss = FindNothingImported(source.Name(), 0, m_configuration)) {
-        m_output.AddLoss(*loss);
+        m_sinks.Lose(*loss);
     }
 }
 
@@ -119,7 +114,7 @@ void SourceLoader::LoadData(PacketReader& reader, const SourceFile& source) {
     if (m_losses) {
         m_losses->BeginData(source.Name());
     }
-    if (m_options.rehearse && !m_configuration.Received()) {
+    if (!m_configuration.Received() && !m_policy.NeedsConfiguration()) {
         return;
     }
     CheckData(source);
@@ -144,10 +139,12 @@ void SourceLoader::ImportData(PacketReader& reader, const SourceFile& source,
             LoadRecords(reader, source, journal);
         }
     } catch (const SourceError& error) {
-        const std::uint64_t handled = journal.HandledForGood();
-        if (error.Problem() == SourceProblem::Changed && !m_options.rehearse && handled > 0) {
+        const std::string advice = error.Problem() == SourceProblem::Changed
+                                       ? m_policy.AdviseOnChange(journal.HandledForGood())
+                                       : "";
+        if (!advice.empty()) {
             throw SourceError(SourceProblem::Changed, source.Name(),
-                              fmt::format("{}. {}", error.what(), AdviseOnChangedSource(handled)));
+                              fmt::format("{}. {}", error.what(), advice));
         }
         throw;
     } catch (const std::bad_alloc&) {
@@ -160,8 +157,8 @@ void SourceLoader::ImportData(PacketReader& reader, const SourceFile& source,
 
 // Records that an earlier load has dealt with.
 void SourceLoader::PassOver(PacketReader& reader, const LoadJournal& journal) {
-    m_output.AddRead(journal.HandledBefore());
-    m_output.AddSkipped(journal.HandledBefore());
+    m_sinks.AddRead(journal.HandledBefore());
+    m_sinks.PassOver(journal.HandledBefore());
     if (m_losses) {
         ExamineRecords(reader);
     }
@@ -174,7 +171,7 @@ void SourceLoader::ExamineRecords(PacketReader& reader) {
         if (m_losses) {
             m_losses->Examine(record);
         }
-        m_output.Advance(m_bytesBefore + reader.BytesRead());
+        m_sinks.Advance(m_bytesBefore + reader.BytesRead());
         m_stopped = MustStop();
     }
 }
@@ -205,32 +202,46 @@ LoadJournal SourceLoader::OpenJournal(const SourceFile& source) {
         }
     }
     if (journal.WasComplete()) {
-        m_output.Say(fmt::format("{}: already loaded ({})", source.Name(),
-                                 CountOf(journal.HandledBefore(), "record")));
+        m_sinks.Say(fmt::format("{}: already loaded ({})", source.Name(),
+                                CountOf(journal.HandledBefore(), "record")));
     } else if (journal.HandledBefore() > 0) {
-        m_output.Say(fmt::format("{}: goes on behind record {}, where an earlier load stopped",
-                                 source.Name(), journal.HandledBefore()));
+        m_sinks.Say(fmt::format("{}: goes on behind record {}, where an earlier load stopped",
+                                source.Name(), journal.HandledBefore()));
     }
-    if (journal.RejectedBefore() > 0) {
-        m_output.NoteRejectedBefore(source.Name(), journal.RejectedBefore(), journal.Retries());
-    }
+    TellOfRejectedBefore(source, journal);
     return journal;
+}
+
+void SourceLoader::TellOfRejectedBefore(const SourceFile& source, const LoadJournal& journal) {
+    const std::uint64_t records = journal.RejectedBefore();
+    if (records == 0) {
+        return;
+    }
+    if (journal.Retries()) {
+        m_sinks.Say(fmt::format("{}: tries the rejected ones again ({})", source.Name(), records));
+        return;
+    }
+    m_sinks.LeaveRejected(records);
+    m_sinks.Warn(fmt::format(
+        "{}: an earlier load rejected {} of it; mend and load what that load left in its "
+        "rejects folder, or try again as it is with --retry-rejected",
+        source.Name(), CountOf(records, "record")));
 }
 
 void SourceLoader::LoadRecords(PacketReader& reader, const SourceFile& source,
                                LoadJournal& journal) {
     SourceRecord record;
     while (!m_stopped && reader.NextRecord(record)) {
-        m_output.AddRead();
+        m_sinks.AddRead();
         if (m_losses) {
             m_losses->Examine(record);
         }
         if (journal.TaskOf(record.ordinal) == RecordTask::Pass) {
-            m_output.AddSkipped(1);
+            m_sinks.PassOver(1);
         } else {
             LoadRecord(record, source, journal);
         }
-        m_output.Advance(m_bytesBefore + reader.BytesRead());
+        m_sinks.Advance(m_bytesBefore + reader.BytesRead());
         m_number = record.ordinal + 2;
         m_stopped = MustStop();
     }
@@ -278,13 +289,13 @@ void SourceLoader::LoadWhole(PacketReader& reader, const SourceFile& source, Loa
     record.raw = std::string_view(whole.text).substr(packetDeclaration.size());
     record.line = 1;
     std::string error = whole.error;
-    m_output.AddRead();
+    m_sinks.AddRead();
     if (!error.empty() || !ImportOne(whole.text, 0, journal, error)) {
         // Left out of the journal: nothing of the packet is there, and the next load, by records or
         // whole, begins at its front.
         if (Interrupted() == 0) {
             Reject(record, source, error);
-            m_output.SyncRejects();
+            m_sinks.Secure();
         }
         m_group.Commit();
     } else {
@@ -330,24 +341,23 @@ void SourceLoader::Reject(const SourceRecord& record, const SourceFile& source,
     rejected.raw = record.raw;
     rejected.defect = record.defect;
     rejected.openSection = record.openSection;
-    const std::string sourceId =
-        FindFieldValue(record.raw, m_configuration.OriginalId()).value_or("");
-    m_output.AddReject(rejected, sourceId);
-    m_missing.NoteRejected(m_configuration, sourceId,
+    rejected.sourceId = FindFieldValue(record.raw, m_configuration.OriginalId()).value_or("");
+    m_sinks.Reject(rejected);
+    m_missing.NoteRejected(m_configuration, rejected.sourceId,
                            fmt::format("{}, record {}", source.Name(), rejected.number));
 }
 
 void SourceLoader::CommitGroup(const SourceFile& source, LoadJournal& journal) {
     source.RequireUnchanged();
     journal.Save();
-    m_output.SyncRejects();
+    m_sinks.Secure();
     m_group.Commit();
-    m_output.AddImported(std::exchange(m_uncommitted, {}));
+    m_sinks.AddImported(std::exchange(m_uncommitted, {}));
 }
 
 bool SourceLoader::MustStop() const {
     return Interrupted() ||
-           (m_options.maxRejects && m_output.Totals().rejected > *m_options.maxRejects);
+           (m_options.maxRejects && m_sinks.Totals().rejected > *m_options.maxRejects);
 }
 
 }  // namespace tool

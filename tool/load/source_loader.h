@@ -10,7 +10,8 @@
 #include "tool/io/source_file.h"
 #include "tool/load/load_journal.h"
 #include "tool/load/load_options.h"
-#include "tool/load/load_output.h"
+#include "tool/load/load_policy.h"
+#include "tool/load/load_sinks.h"
 #include "tool/load/missing_records.h"
 #include "tool/load/record_group.h"
 #include "tool/load/record_importer.h"
@@ -26,13 +27,12 @@ namespace tool {
 // itself. What a rejected record had written is undone, so that a record is in the database as a
 // whole or not at all, and the journal is written with the records it speaks of.
 //
-// A rehearsal goes the same road and is undone as a whole when the loader goes; besides, it looks
-// for what the import drops silently, also in records that need not be imported any more.
+// What becomes of the work as a whole is for the policy to say (LoadPolicy).
 class SourceLoader {
   public:
     // All of them stay the caller's.
     SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session> session,
-                 const LoadOptions& options, LoadOutput& output);
+                 const LoadOptions& options, const LoadPolicy& policy, LoadSinks& sinks);
 
     // Throws SourceError when the source or its configuration cannot be used, when the source
     // changes while it is read, and when an unfinished load has imported a part of it as it was
@@ -51,6 +51,7 @@ class SourceLoader {
     void ExamineRecords(PacketReader& reader);
     ReaderOptions ReadingOptions(const SourceFile& source);
     LoadJournal OpenJournal(const SourceFile& source);
+    void TellOfRejectedBefore(const SourceFile& source, const LoadJournal& journal);
     void ImportData(PacketReader& reader, const SourceFile& source, LoadJournal& journal);
     void LoadRecords(PacketReader& reader, const SourceFile& source, LoadJournal& journal);
     void LoadRecord(const SourceRecord& record, const SourceFile& source, LoadJournal& journal);
@@ -64,14 +65,15 @@ class SourceLoader {
     recorddb::Database& m_database;
     AdPtr<recorddb::Session> m_session;
     const LoadOptions& m_options;
-    LoadOutput& m_output;
+    const LoadPolicy& m_policy;
+    LoadSinks& m_sinks;
     ImportConfiguration m_configuration;
     MissingRecords m_missing;
     UnfinishedSources m_unfinished;
     RecordImporter m_importer;
     RecordGroup m_group;
     LoadTotals m_uncommitted;            // what was done since the last commit
-    std::optional<LossFinder> m_losses;  // of a rehearsal
+    std::optional<LossFinder> m_losses;  // nothing when none are looked for
     std::uint64_t m_bytesBefore = 0;     // sizes of the sources dealt with
     std::uint64_t m_number = 1;          // of the record in hand, from 1
     bool m_stopped = false;

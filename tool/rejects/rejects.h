@@ -9,22 +9,11 @@
 #include <vector>
 
 #include "tool/io/output_file.h"
-#include "tool/packet/record_cutter.h"
+#include "tool/load/rejected_record.h"
 #include "tool/rejects/known_rejects.h"
 #include "tool/rejects/rejects_folder.h"
 
 namespace tool {
-
-// A record that was refused, and why.
-struct RejectedRecord {
-    std::string source;        // name of its source
-    std::uint64_t number = 0;  // its number in the source, from 1
-    std::uint64_t line = 0;    // line of its first byte, from 1
-    std::string reason;
-    std::string_view raw;  // its text as it stands in the source; valid UTF-8
-    RecordDefect defect = RecordDefect::None;
-    bool openSection = false;  // a comment, CDATA section or instruction in it does not close
-};
 
 // Sets rejected records aside in a directory that is a source itself: mended, it can be loaded.
 //

@@ -67,13 +67,13 @@ std::string Joined(const std::vector<Part>& parts) {
 
 }  // namespace
 
-std::string TotalsText(const LoadTotals& totals, bool rehearsed) {
+std::string TotalsText(const LoadTotals& totals, std::string_view would) {
     return fmt::format(
         "{} read: {} {}created, {} updated, {} rejected, {} skipped\n"
         "{}, {}, {}\n"
         "{:.1f} seconds, {:.0f} records per second\n",
-        CountOf(totals.read, "record"), Grouped(totals.created), rehearsed ? "would be " : "",
-        Grouped(totals.updated), Grouped(totals.rejected), Grouped(totals.skipped),
+        CountOf(totals.read, "record"), Grouped(totals.created), would, Grouped(totals.updated),
+        Grouped(totals.rejected), Grouped(totals.skipped),
         CountOf(totals.history, "history entry", "history entries"),
         CountOf(totals.attachments, "attachment"), CountOf(totals.duplicates, "duplicate mark"),
         totals.seconds, static_cast<double>(totals.read) / std::max(totals.seconds, 0.001));

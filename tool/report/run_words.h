@@ -3,15 +3,17 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
-#include "tool/losses/loss_log.h"
-#include "tool/report/report.h"
+#include "tool/load/load_totals.h"
+#include "tool/report/loss_log.h"
 
 namespace tool {
 
 // What a load says at its end, and a rehearsal in other words: each a few whole lines.
 
-std::string TotalsText(const LoadTotals& totals, bool rehearsed);
+// WOULD stands before what was done: "would be " in a rehearsal, else nothing.
+std::string TotalsText(const LoadTotals& totals, std::string_view would);
 
 // What came out of a rehearsal.
 struct Rehearsed {

@@ -36,7 +36,7 @@ void ExtraRecords::TellUpTo(std::int64_t dbid) {
         difference.id = m_reader.Key(type, *next);
         difference.problem = "in the database only: no source speaks of it";
         ++m_tally.Of(&type).extra;
-        m_output.Differs(difference);
+        m_sink.Differs(difference);
         m_after = *next;
         next = m_reader.NextDbId(type, m_after);
     }

@@ -5,7 +5,7 @@
 
 #include "recorddb/database.h"
 #include "recorddb/reader/record_reader.h"
-#include "tool/report/verify_output.h"
+#include "tool/verify/verify_sink.h"
 #include "tool/verify/verify_tally.h"
 
 namespace tool {
@@ -16,8 +16,8 @@ class ExtraRecords {
   public:
     // All of them outlive the object.
     ExtraRecords(const recorddb::schema::Schema& schema, recorddb::RecordReader& reader,
-                 VerifyTally& tally, VerifyOutput& output)
-        : m_schema(schema), m_reader(reader), m_tally(tally), m_output(output) {}
+                 VerifyTally& tally, VerifySink& sink)
+        : m_schema(schema), m_reader(reader), m_tally(tally), m_sink(sink) {}
 
     // The sources speak of this record. To be called by rising type and dbid; tells the records
     // before it that were passed over.
@@ -32,7 +32,7 @@ class ExtraRecords {
     const recorddb::schema::Schema& m_schema;
     recorddb::RecordReader& m_reader;
     VerifyTally& m_tally;
-    VerifyOutput& m_output;
+    VerifySink& m_sink;
     std::int64_t m_type = 1;   // under way
     std::int64_t m_after = 0;  // all of it up to this dbid have been seen
 };

@@ -27,12 +27,12 @@ bool IsComparedAnyway(LossKind kind) {
 
 SourceScan::SourceScan(RecordLookup& lookup, RecordShelf& shelf,
                        const std::filesystem::path& attachments, VerifyTally& tally,
-                       VerifyOutput& output, const RecordLimits& limits)
+                       VerifySink& sink, const RecordLimits& limits)
     : m_lookup(lookup),
       m_shelf(shelf),
       m_attachments(attachments),
       m_tally(tally),
-      m_output(output),
+      m_sink(sink),
       m_limits(limits),
       m_configurations(1) {}
 
@@ -52,7 +52,7 @@ void SourceScan::Read(const Source& listed) {
         ReadData(reader, source);
     }
     m_bytesBefore += listed.size;
-    m_output.Advance(m_read, m_bytesBefore);
+    m_sink.Advances(m_read, m_bytesBefore);
 }
 
 void SourceScan::ReadConfiguration(PacketReader& reader) {
@@ -66,7 +66,7 @@ void SourceScan::ReadConfiguration(PacketReader& reader) {
 void SourceScan::ReadData(PacketReader& reader, const SourceFile& source) {
     CheckData();
     if (IsRepeated(source)) {
-        m_output.Warn(fmt::format("{}: read already, and passed over as in a load", Name()));
+        m_sink.Warns(fmt::format("{}: read already, and passed over as in a load", Name()));
         return;
     }
     SourceRecord record;
@@ -74,7 +74,7 @@ void SourceScan::ReadData(PacketReader& reader, const SourceFile& source) {
         m_tally.AddRead();
         ++m_read;
         ReadRecord(record);
-        m_output.Advance(m_read, m_bytesBefore + reader.BytesRead());
+        m_sink.Advances(m_read, m_bytesBefore + reader.BytesRead());
     }
 }
 
@@ -86,7 +86,7 @@ bool SourceScan::IsRepeated(const SourceFile& source) {
     if (!m_contents.insert(key.sourceSha256 + key.configurationSha256).second) {
         return true;
     }
-    m_output.Reads({m_type->name, Current().Data(), key});
+    m_sink.Reads({m_type->name, Current().Data(), key});
     return false;
 }
 
@@ -169,7 +169,7 @@ bool SourceScan::FindLosses(const SourceRecord& record) {
         difference.sourceId = loss.sourceId;
         difference.field = loss.field;
         difference.problem = loss.text;
-        m_output.Differs(difference);
+        m_sink.Differs(difference);
         found = true;
     });
     return found;
@@ -233,26 +233,26 @@ void SourceScan::ReportMissing(const SourceRecord& record, const std::string& pr
     difference.sourceId = FindFieldValue(record.raw, Current().OriginalId()).value_or("");
     difference.problem = problem;
     ++m_tally.Of(m_type).missing;
-    m_output.Differs(difference);
+    m_sink.Differs(difference);
 }
 
 void SourceScan::ReportFrame(const FrameDefect& defect) {
     Difference difference = DifferenceAt(0, defect.line);
     difference.problem = LossOf(defect, Name()).text;
-    m_output.Differs(difference);
+    m_sink.Differs(difference);
 }
 
 void SourceScan::ReportUnseen(const UnseenRecord& unseen) {
     // A comment is no content of the source, whatever stands in it.
     if (unseen.kind == UnseenKind::InsideSection) {
-        m_output.Warn(fmt::format("warning: {}, line {}: not read as a record: {}", Name(),
-                                  unseen.line, unseen.text));
+        m_sink.Warns(fmt::format("warning: {}, line {}: not read as a record: {}", Name(),
+                                 unseen.line, unseen.text));
         return;
     }
     Difference difference = DifferenceAt(0, unseen.line);
     difference.problem = "not imported, since it is not read as a record: " + unseen.text;
     ++m_tally.Of(m_type).missing;
-    m_output.Differs(difference);
+    m_sink.Differs(difference);
 }
 
 }  // namespace tool

@@ -14,10 +14,10 @@
 #include "tool/losses/record_losses.h"
 #include "tool/packet/import_configuration.h"
 #include "tool/packet/packet_reader.h"
-#include "tool/report/verify_output.h"
 #include "tool/sources/source_list.h"
 #include "tool/verify/record_lookup.h"
 #include "tool/verify/record_shelf.h"
+#include "tool/verify/verify_sink.h"
 #include "tool/verify/verify_tally.h"
 
 namespace tool {
@@ -29,7 +29,7 @@ class SourceScan {
   public:
     // All of them outlive the object. ATTACHMENTS is the folder, empty for none.
     SourceScan(RecordLookup& lookup, RecordShelf& shelf, const std::filesystem::path& attachments,
-               VerifyTally& tally, VerifyOutput& output, const RecordLimits& limits);
+               VerifyTally& tally, VerifySink& sink, const RecordLimits& limits);
 
     // Reads the next source. Throws SourceError when the source or its configuration cannot be
     // used or it changes meanwhile, sql::Error when the database fails. Ends early when the process
@@ -66,7 +66,7 @@ class SourceScan {
     RecordShelf& m_shelf;
     const std::filesystem::path& m_attachments;
     VerifyTally& m_tally;
-    VerifyOutput& m_output;
+    VerifySink& m_sink;
     RecordLimits m_limits;
     std::deque<ImportConfiguration> m_configurations;  // which stay where they are
     std::vector<std::string> m_sources;

@@ -31,7 +31,7 @@ void CompareDuplicate(const ExpectedRecord& expected,
 
 }  // namespace
 
-Verifier::Verifier(recorddb::Database& database, const VerifyOptions& options, VerifyOutput& output)
+Verifier::Verifier(recorddb::Database& database, const VerifyOptions& options, VerifySinks& sinks)
     : m_moment(database.Begin()),
       m_scratch(recorddb::sql::OpenScratch()),
       m_scratchWork(*m_scratch),
@@ -45,21 +45,21 @@ Verifier::Verifier(recorddb::Database& database, const VerifyOptions& options, V
       m_contents(m_reader),
       m_files(options.attachments, options.maxAttachmentSize),
       m_tally(database.GetSchema()),
-      m_output(output),
-      m_scan(m_lookup, m_shelf, options.attachments, m_tally, output, options.limits),
+      m_sinks(sinks),
+      m_scan(m_lookup, m_shelf, options.attachments, m_tally, sinks, options.limits),
       m_exact(options.exact) {}
 
 VerifySummary Verifier::Run(const SourceList& sources) {
     const auto start = std::chrono::steady_clock::now();
     CheckDatabase();
-    m_output.BeginReading(sources.TotalSize());
+    m_sinks.Begins(sources.TotalSize());
     for (const Source& source : sources.Sources()) {
         m_scan.Read(source);
     }
-    m_output.BeginComparing(m_shelf.Count());
+    m_sinks.Begins(m_shelf.Count());
     CompareKept();
     VerifySummary summary = m_tally.Summary();
-    summary.differences = m_output.Count();
+    summary.differences = m_sinks.Differences();
     summary.exact = m_exact;
     summary.faults = m_integrity.faults;
     summary.unusedContents = m_integrity.unusedContents;
@@ -70,11 +70,11 @@ VerifySummary Verifier::Run(const SourceList& sources) {
 }
 
 void Verifier::CheckDatabase() {
-    m_output.BeginChecking();
+    m_sinks.Begins(0);
     m_integrity = recorddb::CheckIntegrity(
-        m_database, [this](const recorddb::Fault& fault) { m_output.IsFaulty(fault); },
+        m_database, [this](const recorddb::Fault& fault) { m_sinks.IsFaulty(fault); },
         [this](std::uint64_t records) {
-            m_output.Advance(records, 0);
+            m_sinks.Advances(records, 0);
             return Interrupted() == 0;
         });
     if (m_integrity.allContentsSound) {
@@ -85,7 +85,7 @@ void Verifier::CheckDatabase() {
 void Verifier::CompareKept() {
     KeptRecord record;
     std::uint64_t done = 0;
-    ExtraRecords extra(m_database.GetSchema(), m_reader, m_tally, m_output);
+    ExtraRecords extra(m_database.GetSchema(), m_reader, m_tally, m_sinks);
     bool more = m_shelf.Next(record);
     while (more && Interrupted() == 0) {
         const std::int64_t type = record.type;
@@ -101,7 +101,7 @@ void Verifier::CompareKept() {
             ++done;
         }
         CompareRecord(expected, dbid, differs);
-        m_output.Advance(done, done);
+        m_sinks.Advances(done, done);
     }
     if (m_exact) {
         extra.PassRest();
@@ -118,7 +118,7 @@ void Verifier::CompareRecord(const ExpectedRecord& expected, std::int64_t dbid, 
     subject.id = m_reader.Key(expected.Type(), dbid);
     subject.sourceId = expected.SourceId();
     DifferenceReporter reporter(
-        std::move(subject), [this](const Difference& difference) { m_output.Differs(difference); },
+        std::move(subject), [this](const Difference& difference) { m_sinks.Differs(difference); },
         [this](std::size_t source) { return m_scan.SourceName(source); });
     VerifiedType& tally = m_tally.Of(&expected.Type());
     CompareValues(expected, *record, reporter, tally);

@@ -7,7 +7,6 @@
 #include "recorddb/integrity/integrity_check.h"
 #include "recorddb/reader/record_reader.h"
 #include "recorddb/sql/transaction.h"
-#include "tool/report/verify_output.h"
 #include "tool/sources/source_list.h"
 #include "tool/verify/attachment_files.h"
 #include "tool/verify/expected_record.h"
@@ -17,6 +16,7 @@
 #include "tool/verify/source_scan.h"
 #include "tool/verify/stored_contents.h"
 #include "tool/verify/verify_options.h"
+#include "tool/verify/verify_sinks.h"
 #include "tool/verify/verify_tally.h"
 
 namespace tool {
@@ -31,7 +31,7 @@ namespace tool {
 class Verifier {
   public:
     // All of them outlive the object. Throws sql::Error.
-    Verifier(recorddb::Database& database, const VerifyOptions& options, VerifyOutput& output);
+    Verifier(recorddb::Database& database, const VerifyOptions& options, VerifySinks& sinks);
 
     // Compares; returns the numbers. Throws SourceError when a source cannot be used, sql::Error
     // when the database fails. Ends early when the process was interrupted; the numbers then are of
@@ -54,7 +54,7 @@ class Verifier {
     StoredContents m_contents;
     AttachmentFiles m_files;
     VerifyTally m_tally;
-    VerifyOutput& m_output;
+    VerifySinks& m_sinks;
     SourceScan m_scan;
     bool m_exact;
     recorddb::IntegrityTotals m_integrity;

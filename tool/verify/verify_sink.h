@@ -1,6 +1,9 @@
 #ifndef TOOL_VERIFY_VERIFY_SINK_H
 #define TOOL_VERIFY_VERIFY_SINK_H
 
+#include <cstdint>
+#include <string_view>
+
 #include "recorddb/integrity/fault.h"
 #include "tool/verify/data_source.h"
 #include "tool/verify/difference.h"
@@ -10,13 +13,24 @@ namespace tool {
 
 // Takes what a comparison finds: a report, say. First come the faults of the database itself, then
 // the differences as they are found, those that show while the sources are read before those of one
-// record after the other.
+// record after the other. A sink takes what it has a use for. What it throws ends the comparison.
 class VerifySink {
   public:
     VerifySink() = default;
     VerifySink(const VerifySink&) = delete;
     VerifySink& operator=(const VerifySink&) = delete;
     virtual ~VerifySink() = default;
+
+    // The next stage of the work begins. TOTAL is its length: the bytes of the sources where these
+    // are read, records where these are compared, 0 where it is not known.
+    virtual void Begins(std::uint64_t /*total*/) {}
+
+    // In this stage so many RECORDS have been dealt with, and so much of its length is DONE. Comes
+    // for every record.
+    virtual void Advances(std::uint64_t /*records*/, std::uint64_t /*done*/) {}
+
+    // A line for people, which is no difference.
+    virtual void Warns(std::string_view /*line*/) {}
 
     virtual void IsFaulty(const recorddb::Fault& fault) = 0;
 

@@ -37,7 +37,8 @@ class LoadPageTest : public testing::Test {
         record.number = 1234;
         record.line = 5678;
         record.reason = reason;
-        summary.AddReject(record, "core-7");
+        record.sourceId = "core-7";
+        summary.AddReject(record);
     }
 
     static LoadTotals Totals(std::uint64_t read, std::uint64_t rejected = 0) {
@@ -170,7 +171,7 @@ TEST_F(LoadPageTest, EscapesAllTextFromData) {
     m_options.rejects = evil;
     RunSummary summary = Start();
     summary.StartType(evil, ImportedData::Records, {});
-    summary.AddReject({evil, 1, 1, evil, {}}, evil);
+    summary.AddReject({evil, 1, 1, evil, evil, {}});
     summary.AddLoss({LossKind::ChangedText, evil, 1, 1, evil, evil, evil});
     summary.NoteEarlyEnd(evil);
     summary.Finish(Totals(2, 1));

@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "load_fixture.h"
+#include "tool/commands/check_command.h"
 #include "tool/process/usage_error.h"
 
 namespace tool {
@@ -73,10 +74,12 @@ TEST_F(HtmlLoadTest, IsWrittenWhenALoadStopsForTooManyRejects) {
 }
 
 TEST_F(HtmlLoadTest, TellsWhatARehearsalFound) {
-    m_options.rehearse = true;
-    EXPECT_EQ(Load({Bugs(), Records("r.xml", {{{"source_id", "a"}, {"title", "A"}, {"title", "B"}},
-                                              {{"source_id", "b"}, {"votes", "many"}}})}),
-              1);
+    m_options.database = m_database;
+    m_options.sources = {Bugs(),
+                         Records("r.xml", {{{"source_id", "a"}, {"title", "A"}, {"title", "B"}},
+                                           {{"source_id", "b"}, {"votes", "many"}}})};
+    std::ostringstream said;
+    EXPECT_EQ(RunCheck(m_options, said, said), 1);
     EXPECT_THAT(Page(),
                 AllOf(HasSubstr("Would lose data"),
                       HasSubstr("A load would reject 1 of 2 records and lose 1 detail silently."),

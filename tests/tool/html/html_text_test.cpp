@@ -5,7 +5,6 @@
 #include <chrono>
 #include <string>
 
-#include "tool/html/shell_word.h"
 #include "tool/text/number_text.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "tool/report/report.h"
+#include "tool/report/load_report.h"
 
 #include <fmt/format.h>
 
@@ -13,8 +13,7 @@ namespace {
 constexpr std::size_t rejectsList = 0;
 constexpr std::size_t lossesList = 1;
 
-}  // namespace
-
+// As the members of a JSON object, without its braces: "\"read\":1,...".
 std::string TotalsAsJson(const LoadTotals& totals) {
     return fmt::format(
         R"("read":{},"created":{},"updated":{},"rejected":{},"skipped":{},"history":{},)"
@@ -23,19 +22,26 @@ std::string TotalsAsJson(const LoadTotals& totals) {
         totals.history, totals.attachments, totals.duplicates, totals.seconds);
 }
 
-ReportWriter::ReportWriter(const std::filesystem::path& path, Lists lists)
-    : m_which(lists), m_lists(path, lists == Lists::Rejects ? 1 : 2) {}
+}  // namespace
 
-void ReportWriter::AddReject(const ReportedReject& reject) {
-    m_lists.AddItem(JsonText({{"file", reject.file},
-                              {"record", reject.record},
-                              {"source_id", reject.sourceId},
-                              {"error", reject.error}}),
+void LoadReport::Rejects(const RejectedRecord& record) {
+    m_lists.AddItem(JsonText({{"file", record.source},
+                              {"record", record.number},
+                              {"source_id", record.sourceId},
+                              {"error", record.reason}}),
                     rejectsList);
 }
 
-void ReportWriter::AddLoss(const Loss& loss) {
-    m_lists.AddItem(JsonText({{"kind", LossKindName(loss.kind)},
+void LoadReport::Finish(const LoadTotals& totals) {
+    m_lists.Finish(HeadOf(totals), "]}\n");
+}
+
+std::string LoadReport::HeadOf(const LoadTotals& totals) {
+    return fmt::format("{{{},\"rejects\":[", TotalsAsJson(totals));
+}
+
+void CheckReport::Loses(const Loss& loss) {
+    Lists().AddItem(JsonText({{"kind", LossKindName(loss.kind)},
                               {"file", loss.source},
                               {"record", loss.record},
                               {"line", loss.line},
@@ -45,13 +51,8 @@ void ReportWriter::AddLoss(const Loss& loss) {
                     lossesList);
 }
 
-void ReportWriter::Finish(const LoadTotals& totals) {
-    const std::string head = fmt::format("{{{},\"rejects\":[", TotalsAsJson(totals));
-    if (m_which == Lists::Rejects) {
-        m_lists.Finish(head, "]}\n");
-    } else {
-        m_lists.Finish(head, "]}\n", {"],\"losses\":["});
-    }
+void CheckReport::Finish(const LoadTotals& totals) {
+    Lists().Finish(HeadOf(totals), "]}\n", {"],\"losses\":["});
 }
 
 }  // namespace tool

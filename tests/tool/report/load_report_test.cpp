@@ -1,4 +1,4 @@
-#include "tool/report/report.h"
+#include "tool/report/load_report.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,12 +13,23 @@
 
 namespace {
 
+using tool::LoadReport;
 using tool::LoadTotals;
-using tool::ReportWriter;
+using tool::RejectedRecord;
 
 const LoadTotals totals = {10, 5, 2, 2, 1, 40, 3, 4, 1.5};
 
-class ReportTest : public testing::Test {
+RejectedRecord Reject(const std::string& source, std::uint64_t number, const std::string& id,
+                      const std::string& reason) {
+    RejectedRecord record;
+    record.source = source;
+    record.number = number;
+    record.sourceId = id;
+    record.reason = reason;
+    return record;
+}
+
+class LoadReportTest : public testing::Test {
   protected:
     std::string Content() const {
         std::ostringstream content;
@@ -30,43 +41,43 @@ class ReportTest : public testing::Test {
     std::string m_path = m_folder.File("report.json");
 };
 
-TEST_F(ReportTest, HoldsTheTotalsInTheirOrder) {
-    ReportWriter(m_path).Finish(totals);
+TEST_F(LoadReportTest, HoldsTheTotalsInTheirOrder) {
+    LoadReport(m_path).Finish(totals);
     EXPECT_EQ(Content(),
               R"({"read":10,"created":5,"updated":2,"rejected":2,"skipped":1,"history":40,)"
               R"("attachments":3,"duplicates":4,"seconds":1.500,"rejects":[]})"
               "\n");
 }
 
-TEST_F(ReportTest, ListsTheRejects) {
-    ReportWriter report(m_path);
-    report.AddReject({"a.xml", 3, "core-1", "line 1\n\"x\" \xC3\xA4"});
-    report.AddReject({"b.xml", 1, "", "no"});
+TEST_F(LoadReportTest, ListsTheRejects) {
+    LoadReport report(m_path);
+    report.Rejects(Reject("a.xml", 3, "core-1", "line 1\n\"x\" \xC3\xA4"));
+    report.Rejects(Reject("b.xml", 1, "", "no"));
     report.Finish(totals);
     EXPECT_EQ(nlohmann::json::parse(Content())["rejects"], nlohmann::json::parse(R"([
         {"file": "a.xml", "record": 3, "source_id": "core-1", "error": "line 1\n\"x\" ä"},
         {"file": "b.xml", "record": 1, "source_id": "", "error": "no"}])"));
 }
 
-TEST_F(ReportTest, NamesTheMembersOfARejectInOrder) {
-    ReportWriter report(m_path);
-    report.AddReject({"a.xml", 3, "core-1", "no"});
+TEST_F(LoadReportTest, NamesTheMembersOfARejectInOrder) {
+    LoadReport report(m_path);
+    report.Rejects(Reject("a.xml", 3, "core-1", "no"));
     report.Finish(totals);
     EXPECT_THAT(Content(), testing::HasSubstr(
                                R"({"file":"a.xml","record":3,"source_id":"core-1","error":"no"})"));
 }
 
-TEST_F(ReportTest, TakesTextThatIsNotUtf8) {
-    ReportWriter report(m_path);
-    report.AddReject({"\xFF.xml", 1, "", ""});
+TEST_F(LoadReportTest, TakesTextThatIsNotUtf8) {
+    LoadReport report(m_path);
+    report.Rejects(Reject("\xFF.xml", 1, "", ""));
     report.Finish(totals);
     EXPECT_EQ(nlohmann::json::parse(Content())["rejects"][0]["file"], "\xEF\xBF\xBD.xml");
 }
 
-TEST_F(ReportTest, EscapesWhatCouldDoSomethingToATerminal) {
+TEST_F(LoadReportTest, EscapesWhatCouldDoSomethingToATerminal) {
     const std::string hostile = "\x1B \x7F \xC2\x9B \u202E \U0001FFFE";
-    ReportWriter report(m_path);
-    report.AddReject({"a.xml", 1, "ä", hostile});
+    LoadReport report(m_path);
+    report.Rejects(Reject("a.xml", 1, "ä", hostile));
     report.Finish(totals);
     EXPECT_THAT(
         Content(),
@@ -75,10 +86,10 @@ TEST_F(ReportTest, EscapesWhatCouldDoSomethingToATerminal) {
     EXPECT_EQ(nlohmann::json::parse(Content())["rejects"][0]["error"], hostile);
 }
 
-TEST_F(ReportTest, TakesManyRejects) {
-    ReportWriter report(m_path);
+TEST_F(LoadReportTest, TakesManyRejects) {
+    LoadReport report(m_path);
     for (std::uint64_t i = 1; i <= 10000; ++i) {
-        report.AddReject({"a.xml", i, std::to_string(i), "no"});
+        report.Rejects(Reject("a.xml", i, std::to_string(i), "no"));
     }
     report.Finish(totals);
     nlohmann::json rejects = nlohmann::json::parse(Content())["rejects"];
@@ -86,25 +97,25 @@ TEST_F(ReportTest, TakesManyRejects) {
     EXPECT_EQ(rejects[9999]["record"], 10000);
 }
 
-TEST_F(ReportTest, ReplacesAnEarlierReportAndLeavesNothingElse) {
+TEST_F(LoadReportTest, ReplacesAnEarlierReportAndLeavesNothingElse) {
     m_folder.Write("report.json", "earlier");
-    ReportWriter report(m_path);
-    report.AddReject({"a.xml", 1, "", "no"});
+    LoadReport report(m_path);
+    report.Rejects(Reject("a.xml", 1, "", "no"));
     EXPECT_EQ(Content(), "earlier");
     report.Finish(totals);
     EXPECT_THAT(Content(), testing::StartsWith("{\"read\":10,"));
     EXPECT_EQ(m_folder.FileCount(), 1U);
 }
 
-TEST_F(ReportTest, LeavesNothingWhenItIsNotFinished) {
-    { ReportWriter(m_path).AddReject({"a.xml", 1, "", "no"}); }
+TEST_F(LoadReportTest, LeavesNothingWhenItIsNotFinished) {
+    { LoadReport(m_path).Rejects(Reject("a.xml", 1, "", "no")); }
     EXPECT_EQ(m_folder.FileCount(), 0U);
 }
 
-TEST_F(ReportTest, SaysAtOnceThatItCannotBeWritten) {
+TEST_F(LoadReportTest, SaysAtOnceThatItCannotBeWritten) {
     std::string path = m_folder.File("missing/report.json");
     try {
-        ReportWriter report(path);
+        LoadReport report(path);
         FAIL() << "a report in a directory that is not there";
     } catch (const std::system_error& error) {
         EXPECT_THAT(error.what(),

@@ -1,5 +1,5 @@
-#ifndef TOOL_LOSSES_LOSS_LOG_H
-#define TOOL_LOSSES_LOSS_LOG_H
+#ifndef TOOL_REPORT_LOSS_LOG_H
+#define TOOL_REPORT_LOSS_LOG_H
 
 #include <array>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "tool/report/verify_output.h"
+#include "tool/report/verify_terminal.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
@@ -118,71 +118,47 @@ std::string DescribeFault(const recorddb::Fault& fault) {
     return text + fmt::format("{} ({})", Shown(ShowPair("", fault.value).database), fault.problem);
 }
 
-VerifyOutput::VerifyOutput(bool quiet, std::ostream& out, std::ostream& err)
+VerifyTerminal::VerifyTerminal(bool quiet, std::ostream& out, std::ostream& err)
     : m_quiet(quiet), m_out(out), m_err(err) {}
 
-void VerifyOutput::Begin(std::uint64_t total) {
+void VerifyTerminal::Begins(std::uint64_t total) {
     if (m_progress) {
         m_progress->Finish();
     }
     m_progress.emplace(m_err, ChooseProgressStyle(m_quiet, STDERR_FILENO), total);
 }
 
-void VerifyOutput::BeginChecking() {
-    Begin(0);
-}
-
-void VerifyOutput::BeginReading(std::uint64_t totalBytes) {
-    Begin(totalBytes);
-}
-
-void VerifyOutput::BeginComparing(std::uint64_t records) {
-    Begin(records);
-}
-
-void VerifyOutput::Advance(std::uint64_t records, std::uint64_t done) {
+void VerifyTerminal::Advances(std::uint64_t records, std::uint64_t done) {
     m_progress->Update(records, done);
 }
 
-void VerifyOutput::Warn(std::string_view line) {
+void VerifyTerminal::Warns(std::string_view line) {
     m_progress->Print(line);
 }
 
-void VerifyOutput::IsFaulty(const recorddb::Fault& fault) {
+void VerifyTerminal::IsFaulty(const recorddb::Fault& fault) {
     ++m_faults;
     if (m_faults <= kShownFaults) {
-        Warn("damaged: " + DescribeFault(fault));
+        Warns("damaged: " + DescribeFault(fault));
     } else if (m_faults == kShownFaults + 1) {
-        Warn("damaged: further faults of the database are counted; --report lists all");
-    }
-    for (VerifySink* const sink : m_sinks) {
-        sink->IsFaulty(fault);
+        Warns("damaged: further faults of the database are counted; --report lists all");
     }
 }
 
-void VerifyOutput::Reads(const DataSource& source) {
-    for (VerifySink* const sink : m_sinks) {
-        sink->Reads(source);
+void VerifyTerminal::Differs(const Difference& difference) {
+    ++m_differences;
+    if (m_differences <= kShownDifferences) {
+        Warns("differs: " + DescribeDifference(difference));
+    } else if (m_differences == kShownDifferences + 1) {
+        Warns("differs: further differences are counted; --report lists all");
     }
 }
 
-void VerifyOutput::Differs(const Difference& difference) {
-    ++m_count;
-    if (m_count <= kShownDifferences) {
-        Warn("differs: " + DescribeDifference(difference));
-    } else if (m_count == kShownDifferences + 1) {
-        Warn("differs: further differences are counted; --report lists all");
-    }
-    for (VerifySink* const sink : m_sinks) {
-        sink->Differs(difference);
-    }
-}
-
-void VerifyOutput::Finish(const VerifySummary& summary) {
+void VerifyTerminal::Finish(const VerifySummary& /*summary*/) {
     m_progress->Finish();
-    for (VerifySink* const sink : m_sinks) {
-        sink->Finish(summary);
-    }
+}
+
+void VerifyTerminal::Show(const VerifySummary& summary) {
     if (m_quiet) {
         return;
     }

@@ -1,4 +1,4 @@
-#include "tool/report/verify_output.h"
+#include "tool/report/verify_terminal.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@ Difference OfABug() {
     return difference;
 }
 
-TEST(VerifyOutputTest, ADifferenceIsTheTermsOfTheSource) {
+TEST(VerifyTerminalTest, ADifferenceIsTheTermsOfTheSource) {
     Difference difference = OfABug();
     difference.sourceValue = "A";
     difference.databaseValue = "B";
@@ -26,7 +26,7 @@ TEST(VerifyOutputTest, ADifferenceIsTheTermsOfTheSource) {
               "\"A\", database \"B\"");
 }
 
-TEST(VerifyOutputTest, AMissingValueIsNothing) {
+TEST(VerifyTerminalTest, AMissingValueIsNothing) {
     Difference difference = OfABug();
     difference.sourceValue = "A";
     difference.problem = "why";
@@ -35,7 +35,7 @@ TEST(VerifyOutputTest, AMissingValueIsNothing) {
               "\"A\", database nothing (why)");
 }
 
-TEST(VerifyOutputTest, ARecordAsAWholeHasNoValues) {
+TEST(VerifyTerminalTest, ARecordAsAWholeHasNoValues) {
     Difference difference;
     difference.source = "a.xml";
     difference.line = 3;
@@ -44,7 +44,7 @@ TEST(VerifyOutputTest, ARecordAsAWholeHasNoValues) {
     EXPECT_EQ(DescribeDifference(difference), "a.xml, line 3: bug: missing from the database");
 }
 
-TEST(VerifyOutputTest, AFaultIsTheTermsOfTheDatabase) {
+TEST(VerifyTerminalTest, AFaultIsTheTermsOfTheDatabase) {
     EXPECT_EQ(DescribeFault({"bug", "BUG00000017", "title", "a\tb", "too long"}),
               "bug BUG00000017, title: \"a\\tb\" (too long)");
     EXPECT_EQ(DescribeFault({"zt_content", "abc", "", "", "damaged"}), "zt_content abc: damaged");

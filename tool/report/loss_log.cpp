@@ -1,4 +1,4 @@
-#include "tool/losses/loss_log.h"
+#include "tool/report/loss_log.h"
 
 #include <fmt/format.h>
 

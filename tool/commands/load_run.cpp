@@ -1,0 +1,161 @@
+#include "tool/commands/load_run.h"
+
+#include <fmt/format.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "recorddb/database.h"
+#include "recorddb/session/session.h"
+#include "tool/commands/database_failure.h"
+#include "tool/commands/output_guard.h"
+#include "tool/html/html_load_report.h"
+#include "tool/io/write_error.h"
+#include "tool/load/load_sinks.h"
+#include "tool/load/source_loader.h"
+#include "tool/load/trace_file.h"
+#include "tool/process/exit_code.h"
+#include "tool/process/interrupt.h"
+#include "tool/rejects/rejects_sink.h"
+#include "tool/sources/source_checks.h"
+#include "tool/sources/source_list.h"
+#include "tool/text/number_text.h"
+
+namespace tool {
+
+namespace {
+
+int ExitCodeOf(const LoadSinks& sinks, const LoadPolicy& policy) {
+    if (const int signal = Interrupted()) {
+        return 128 + signal;
+    }
+    const bool incomplete = sinks.Totals().rejected > 0 || sinks.LeftRejected() > 0 ||
+                            (policy.MindsLosses() && sinks.Losses() > 0);
+    return static_cast<int>(incomplete ? ExitCode::RecordsRejected : ExitCode::Success);
+}
+
+void SayWhyStopped(const LoadOptions& options, const LoadPolicy& policy, LoadSinks& sinks) {
+    const std::string why =
+        Interrupted() != 0
+            ? "Stopped."
+            : fmt::format("Stopped, since more than {} {} rejected.",
+                          CountOf(options.maxRejects.value_or(0), "record"), policy.Were());
+    const std::string text = fmt::format("{} {}", why, policy.WhatStays(options));
+    sinks.EndEarly(text);
+    sinks.Warn(text);
+}
+
+// For the report only: the exception itself goes on to where it becomes an error.
+std::string TextOfCurrentException() {
+    try {
+        throw;
+    } catch (const recorddb::sql::Error& error) {
+        return ExplainFailure(error);
+    } catch (const std::exception& error) {
+        return error.what();
+    } catch (...) {
+        return "The database failed.";
+    }
+}
+
+// What ended the load is what a person must know; that the reports cannot be written either comes
+// besides.
+void FinishAfterFailure(LoadSinks& sinks) {
+    try {
+        sinks.Finish();
+    } catch (const WriteError& error) {
+        sinks.Warn(fmt::format("warning: {}", error.what()));
+    }
+}
+
+void LoadSources(const SourceList& sources, SourceLoader& loader) {
+    for (const Source& source : sources.Sources()) {
+        loader.Load(source);
+        if (loader.Stopped()) {
+            return;
+        }
+    }
+}
+
+recorddb::SessionOptions SessionFor(const LoadOptions& options, const LoadPolicy& policy) {
+    recorddb::SessionOptions session;
+    session.attachmentsFolder = options.attachments.string();
+    session.maxAttachmentSize = options.maxAttachmentSize;
+    session.references = {.maxTries = options.maxReferenceTries,
+                          .stopRequested = [] { return Interrupted() != 0; }};
+    policy.Adjust(session);
+    return session;
+}
+
+// What the load is told to. That a record was rejected shows on the terminal when it has been set
+// aside.
+std::vector<std::unique_ptr<LoadSink>> OpenSinks(const LoadKind& kind, const LoadOptions& options,
+                                                 std::uint64_t totalBytes, std::ostream& out,
+                                                 std::ostream& err) {
+    std::vector<std::unique_ptr<LoadSink>> sinks;
+    if (!options.rejects.empty()) {
+        sinks.push_back(std::make_unique<RejectsSink>(options.rejects));
+    }
+    if (!options.report.empty()) {
+        sinks.push_back(kind.openReport(options.report));
+    }
+    if (!options.html.empty()) {
+        sinks.push_back(std::make_unique<HtmlLoadReport>(options, kind.command));
+    }
+    sinks.push_back(kind.openTerminal(options, totalBytes, out, err));
+    return sinks;
+}
+
+std::vector<LoadSink*> PointersTo(const std::vector<std::unique_ptr<LoadSink>>& sinks) {
+    std::vector<LoadSink*> pointers;
+    for (const auto& sink : sinks) {
+        pointers.push_back(sink.get());
+    }
+    return pointers;
+}
+
+int LoadInto(const LoadKind& kind, const LoadOptions& options, const SourceList& sources,
+             std::ostream& out, std::ostream& err) {
+    const auto database =
+        recorddb::Database::Open(options.database, recorddb::Database::Mode::ReadWrite);
+    const AdPtr<recorddb::Session> session =
+        database->OpenSession(SessionFor(options, kind.policy));
+    const auto opened = OpenSinks(kind, options, sources.TotalSize(), out, err);
+    LoadSinks sinks(PointersTo(opened));
+    SourceLoader loader(*database, session, options, kind.policy, sinks);
+    WatchInterrupts();
+    try {
+        LoadSources(sources, loader);
+    } catch (...) {
+        // What was imported and rejected before is true all the same, and the report says so.
+        sinks.EndEarly(TextOfCurrentException());
+        FinishAfterFailure(sinks);
+        throw;
+    }
+    if (loader.Stopped()) {
+        SayWhyStopped(options, kind.policy, sinks);
+    }
+    sinks.Finish();
+    return ExitCodeOf(sinks, kind.policy);
+}
+
+}  // namespace
+
+int RunLoadOfKind(const LoadKind& kind, const LoadOptions& options, std::ostream& out,
+                  std::ostream& err) {
+    RequireFolder(options.attachments);
+    const SourceList sources(options.sources);
+    CheckOutputs(options, sources);
+    std::optional<TraceFile> trace;
+    if (!options.trace.empty()) {
+        trace.emplace(options.trace);
+    }
+    const int code = LoadInto(kind, options, sources, out, err);
+    if (trace) {
+        trace->Finish();
+    }
+    return code;
+}
+
+}  // namespace tool

@@ -1,0 +1,33 @@
+#include "tool/load/load_policy.h"
+
+#include "tool/load/unfinished_sources.h"
+
+namespace tool {
+
+void PermanentLoad::EndGroup(Transaction& transaction) const {
+    transaction->Commit();
+    transaction.reset();
+}
+
+std::string PermanentLoad::AdviseOnChange(std::uint64_t handled) const {
+    return handled > 0 ? AdviseOnChangedSource(handled) : "";
+}
+
+std::string_view PermanentLoad::WhatStays(const LoadOptions& options) const {
+    return options.fresh ? "Everything up to here is in the database; go on without --fresh."
+                         : "Everything up to here is in the database; the same command goes on.";
+}
+
+void Rehearsal::Adjust(recorddb::SessionOptions& options) const {
+    options.examineAttachments = true;
+}
+
+void Rehearsal::Begin(recorddb::Session& session, Transaction& transaction) const {
+    transaction = session.BeginTransaction();
+}
+
+std::string_view Rehearsal::WhatStays(const LoadOptions& /*options*/) const {
+    return "The database is as it was before.";
+}
+
+}  // namespace tool

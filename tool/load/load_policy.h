@@ -1,0 +1,89 @@
+#ifndef TOOL_LOAD_LOAD_POLICY_H
+#define TOOL_LOAD_LOAD_POLICY_H
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "recorddb/session/session.h"
+#include "recorddb/session/session_options.h"
+#include "tool/load/load_options.h"
+
+namespace tool {
+
+// Where a load and its rehearsal, which go the same way, part: what becomes of their work, and what
+// else they look for.
+class LoadPolicy {
+  public:
+    using Transaction = std::unique_ptr<recorddb::SessionTransaction>;
+
+    LoadPolicy() = default;
+    LoadPolicy(const LoadPolicy&) = delete;
+    LoadPolicy& operator=(const LoadPolicy&) = delete;
+    virtual ~LoadPolicy() = default;
+
+    // Changes what the session is asked for.
+    virtual void Adjust(recorddb::SessionOptions& options) const = 0;
+
+    // Begins the work: may open the first transaction.
+    virtual void Begin(recorddb::Session& session, Transaction& transaction) const = 0;
+
+    // Ends a group of records, for which TRANSACTION is open; leaves it open where the next group
+    // is to join it. Throws sql::Error.
+    virtual void EndGroup(Transaction& transaction) const = 0;
+
+    // Whether to look for what the import drops silently, also in records that need not be imported
+    // any more.
+    virtual bool FindsLosses(const LoadOptions& options) const = 0;
+    // Whether a loss keeps the outcome from being a complete one.
+    virtual bool MindsLosses() const = 0;
+
+    // Whether records that no configuration comes before end the load as an error, or are told as
+    // a loss and passed over.
+    virtual bool NeedsConfiguration() const = 0;
+
+    // What is to be done, as a sentence, when a source changes of which HANDLED records have been
+    // dealt with; empty: nothing, since nothing of them stays.
+    virtual std::string AdviseOnChange(std::uint64_t handled) const = 0;
+
+    // Words for people. "were", or "would be", before what becomes of records; and as a sentence,
+    // what is in the database after a load that stopped.
+    virtual std::string_view Were() const = 0;
+    virtual std::string_view WhatStays(const LoadOptions& options) const = 0;
+};
+
+// Keeps what it imports, group by group.
+class PermanentLoad final : public LoadPolicy {
+  public:
+    void Adjust(recorddb::SessionOptions& /*options*/) const override {}
+    void Begin(recorddb::Session& /*session*/, Transaction& /*transaction*/) const override {}
+    void EndGroup(Transaction& transaction) const override;
+    // A load without a page for people goes without, since the search takes a tenth of its time.
+    bool FindsLosses(const LoadOptions& options) const override { return !options.html.empty(); }
+    bool MindsLosses() const override { return false; }
+    bool NeedsConfiguration() const override { return true; }
+    std::string AdviseOnChange(std::uint64_t handled) const override;
+    std::string_view Were() const override { return "were"; }
+    std::string_view WhatStays(const LoadOptions& options) const override;
+};
+
+// Keeps nothing: one transaction holds all its groups, and is undone when it goes.
+class Rehearsal final : public LoadPolicy {
+  public:
+    // The content of attachments is read, but not stored.
+    void Adjust(recorddb::SessionOptions& options) const override;
+    // What is read of the database from here on must not change under the rehearsal.
+    void Begin(recorddb::Session& session, Transaction& transaction) const override;
+    void EndGroup(Transaction& /*transaction*/) const override {}
+    bool FindsLosses(const LoadOptions& /*options*/) const override { return true; }
+    bool MindsLosses() const override { return true; }
+    bool NeedsConfiguration() const override { return false; }
+    std::string AdviseOnChange(std::uint64_t /*handled*/) const override { return {}; }
+    std::string_view Were() const override { return "would be"; }
+    std::string_view WhatStays(const LoadOptions& options) const override;
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,101 @@
+#include "tool/load/load_sinks.h"
+
+#include <exception>
+#include <utility>
+
+#include "tool/io/write_error.h"
+
+namespace tool {
+
+LoadSinks::LoadSinks(std::vector<LoadSink*> sinks)
+    : m_sinks(std::move(sinks)), m_start(std::chrono::steady_clock::now()) {}
+
+void LoadSinks::Say(std::string_view line) {
+    for (LoadSink* const sink : m_sinks) {
+        sink->Says(line);
+    }
+}
+
+void LoadSinks::Warn(std::string_view line) {
+    for (LoadSink* const sink : m_sinks) {
+        sink->Warns(line);
+    }
+}
+
+void LoadSinks::Configure(const ImportConfiguration& configuration) {
+    for (LoadSink* const sink : m_sinks) {
+        sink->Configures(configuration, m_totals);
+    }
+}
+
+void LoadSinks::PassOver(std::uint64_t records) {
+    m_totals.skipped += records;
+    for (LoadSink* const sink : m_sinks) {
+        sink->PassesOver(records);
+    }
+}
+
+void LoadSinks::Reject(const RejectedRecord& record) {
+    ++m_totals.rejected;
+    for (LoadSink* const sink : m_sinks) {
+        sink->Rejects(record);
+    }
+}
+
+void LoadSinks::Secure() {
+    for (LoadSink* const sink : m_sinks) {
+        sink->Secures();
+    }
+}
+
+void LoadSinks::Lose(const Loss& loss) {
+    ++m_losses;
+    for (LoadSink* const sink : m_sinks) {
+        sink->Loses(loss);
+    }
+}
+
+void LoadSinks::LeaveRejected(std::uint64_t records) {
+    m_leftRejected += records;
+    for (LoadSink* const sink : m_sinks) {
+        sink->LeavesRejected(records);
+    }
+}
+
+void LoadSinks::EndEarly(const std::string& why) {
+    for (LoadSink* const sink : m_sinks) {
+        sink->EndsEarly(why);
+    }
+}
+
+void LoadSinks::Advance(std::uint64_t bytes) {
+    m_totals.seconds = Elapsed();
+    for (LoadSink* const sink : m_sinks) {
+        sink->Advances(m_totals, bytes);
+    }
+}
+
+void LoadSinks::Finish() {
+    m_totals.seconds = Elapsed();
+    for (LoadSink* const sink : m_sinks) {
+        sink->Ends();
+    }
+    // One report that cannot be written does not keep the rest from being told.
+    std::exception_ptr failure;
+    for (LoadSink* const sink : m_sinks) {
+        try {
+            sink->Finish(m_totals);
+        } catch (const WriteError&) {
+            failure = std::current_exception();
+        }
+    }
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
+}
+
+double LoadSinks::Elapsed() const {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - m_start).count();
+}
+
+}  // namespace tool

@@ -1,0 +1,16 @@
+#include "tool/load/load_totals.h"
+
+namespace tool {
+
+void Add(LoadTotals& totals, const LoadTotals& more) {
+    totals.read += more.read;
+    totals.created += more.created;
+    totals.updated += more.updated;
+    totals.rejected += more.rejected;
+    totals.skipped += more.skipped;
+    totals.history += more.history;
+    totals.attachments += more.attachments;
+    totals.duplicates += more.duplicates;
+}
+
+}  // namespace tool

@@ -1,0 +1,26 @@
+#ifndef TOOL_LOAD_LOAD_TOTALS_H
+#define TOOL_LOAD_LOAD_TOTALS_H
+
+#include <cstdint>
+
+namespace tool {
+
+// What a load has done, in numbers.
+struct LoadTotals {
+    std::uint64_t read = 0;         // records found in the sources
+    std::uint64_t created = 0;      // records made
+    std::uint64_t updated = 0;      // records changed
+    std::uint64_t rejected = 0;     // records refused
+    std::uint64_t skipped = 0;      // records that the journal knows as loaded
+    std::uint64_t history = 0;      // history entries written
+    std::uint64_t attachments = 0;  // attachments stored
+    std::uint64_t duplicates = 0;   // duplicate marks set
+    double seconds = 0;             // time it took
+};
+
+// Adds the numbers of another load; the time is left alone.
+void Add(LoadTotals& totals, const LoadTotals& more);
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,26 @@
+#ifndef TOOL_LOAD_REJECTED_RECORD_H
+#define TOOL_LOAD_REJECTED_RECORD_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "tool/packet/record_cutter.h"
+
+namespace tool {
+
+// A record that was refused, and why.
+struct RejectedRecord {
+    std::string source;        // name of its source
+    std::uint64_t number = 0;  // its number in the source, from 1
+    std::uint64_t line = 0;    // line of its first byte, from 1
+    std::string sourceId;      // its original id, empty when it cannot be made out
+    std::string reason;
+    std::string_view raw;  // its text as it stands in the source; valid UTF-8
+    RecordDefect defect = RecordDefect::None;
+    bool openSection = false;  // a comment, CDATA section or instruction in it does not close
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,48 @@
+#include "tool/verify/verify_sinks.h"
+
+namespace tool {
+
+void VerifySinks::Begins(std::uint64_t total) {
+    for (VerifySink* const sink : m_sinks) {
+        sink->Begins(total);
+    }
+}
+
+void VerifySinks::Advances(std::uint64_t records, std::uint64_t done) {
+    for (VerifySink* const sink : m_sinks) {
+        sink->Advances(records, done);
+    }
+}
+
+void VerifySinks::Warns(std::string_view line) {
+    for (VerifySink* const sink : m_sinks) {
+        sink->Warns(line);
+    }
+}
+
+void VerifySinks::IsFaulty(const recorddb::Fault& fault) {
+    for (VerifySink* const sink : m_sinks) {
+        sink->IsFaulty(fault);
+    }
+}
+
+void VerifySinks::Reads(const DataSource& source) {
+    for (VerifySink* const sink : m_sinks) {
+        sink->Reads(source);
+    }
+}
+
+void VerifySinks::Differs(const Difference& difference) {
+    ++m_differences;
+    for (VerifySink* const sink : m_sinks) {
+        sink->Differs(difference);
+    }
+}
+
+void VerifySinks::Finish(const VerifySummary& summary) {
+    for (VerifySink* const sink : m_sinks) {
+        sink->Finish(summary);
+    }
+}
+
+}  // namespace tool

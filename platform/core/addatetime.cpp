@@ -6,16 +6,14 @@
 #include <string>
 #include <string_view>
 
+#include "platform/foundation/decimal_digit.h"
+
 namespace {
 
 using Seconds = std::chrono::sys_seconds;
 
 constexpr int kMostSecondsAhead = 14 * 3600;
 constexpr int kMostSecondsBehind = 12 * 3600;
-
-bool IsDigit(char16_t unit) {
-    return unit >= u'0' && unit <= u'9';
-}
 
 // Takes the parts of a text off its front. A step that does not fit makes the reader fail, and it
 // stays failed, so that the result need be asked for only once.
@@ -25,7 +23,7 @@ class Reader {
 
     bool Failed() const { return m_failed; }
     bool AtEnd() const { return m_rest.empty(); }
-    bool NextIsDigit() const { return !m_rest.empty() && IsDigit(m_rest.front()); }
+    bool NextIsDigit() const { return !m_rest.empty() && IsDecimalDigit(m_rest.front()); }
 
     // Takes the unit if it comes next.
     bool Skip(char16_t unit) {

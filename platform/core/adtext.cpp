@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/foundation/decimal_digit.h"
 #include "platform/foundation/white_space.h"
 
 namespace {
@@ -15,10 +16,6 @@ constexpr int kNotFound = -1;
 std::u16string_view Part(const Obx_String& text, int begin, int end) {
     return text.View().substr(static_cast<std::size_t>(begin),
                               static_cast<std::size_t>(end - begin));
-}
-
-bool IsDigit(char16_t unit) {
-    return unit >= u'0' && unit <= u'9';
 }
 
 }  // namespace
@@ -99,7 +96,7 @@ long AdStrToLong(const Obx_String& text) {
     constexpr long kLowest = std::numeric_limits<long>::min();
     constexpr long kHighest = std::numeric_limits<long>::max();
     long number = 0;
-    for (; !rest.empty() && IsDigit(rest.front()); rest.remove_prefix(1)) {
+    for (; !rest.empty() && IsDecimalDigit(rest.front()); rest.remove_prefix(1)) {
         const long digit = rest.front() - u'0';
         if (number < (kLowest + digit) / 10) {
             return negative ? kLowest : kHighest;

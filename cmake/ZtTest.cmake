@@ -1,13 +1,34 @@
-include(GoogleTest)
-
 # The seconds after which a test is taken to hang. No test is so slow, on however slow a machine and
 # beside whatever else.
 set(ZT_TEST_TIMEOUT 1800)
 
-# zt_add_test(NAME SOURCES file... LIBS target...): one test program, each of its tests known to CTest.
+# Where each test program writes what became of its tests, one file a process.
+set(ZT_TEST_RESULTS ${PROJECT_BINARY_DIR}/test-results)
+
+# zt_add_test(NAME [SHARDS n] SOURCES file... LIBS target...): one test program. CTest runs it as one
+# test: a process for each of its tests would take longer to start, under the sanitizers, than most
+# of them take. A program that takes long is spread over SHARDS processes, which may run at once.
 function(zt_add_test name)
-    cmake_parse_arguments(arg "" "" "SOURCES;LIBS" ${ARGN})
+    cmake_parse_arguments(arg "" "SHARDS" "SOURCES;LIBS" ${ARGN})
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE ${arg_LIBS} GTest::gmock GTest::gtest_main)
-    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 600 PROPERTIES TIMEOUT ${ZT_TEST_TIMEOUT})
+    if(NOT arg_SHARDS)
+        zt_run_tests_of(${name} ${name} "")
+        return()
+    endif()
+    math(EXPR last "${arg_SHARDS} - 1")
+    foreach(index RANGE ${last})
+        zt_run_tests_of(${name} ${name}.${index}
+            "GTEST_TOTAL_SHARDS=${arg_SHARDS};GTEST_SHARD_INDEX=${index}")
+        # What takes long begins first.
+        set_tests_properties(${name}.${index} PROPERTIES COST 100)
+    endforeach()
+endfunction()
+
+# Adds a CTest test that runs the tests of a program in the environment given besides.
+function(zt_run_tests_of program test environment)
+    add_test(NAME ${test} COMMAND ${program})
+    set_tests_properties(${test} PROPERTIES
+        TIMEOUT ${ZT_TEST_TIMEOUT}
+        ENVIRONMENT "${environment};GTEST_OUTPUT=xml:${ZT_TEST_RESULTS}/${test}.xml;GTEST_BRIEF=1")
 endfunction()

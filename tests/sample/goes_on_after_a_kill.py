@@ -10,7 +10,7 @@ import sys
 
 import sample as sample_tracker
 
-KILLS = 15
+KILLS = 10
 WRITES = 3  # the place of the writes among the counts, see tests/support/fault_points.h
 
 
@@ -33,13 +33,16 @@ def test(sample, expect):
 
     # Each load is killed when it has done a part of the work, so that it takes all of them.
     sample.init()
+    resumed = 0
     for _ in range(KILLS):
         status, output = load(sample, sample.database, ZT_FAULT=f"write:{writes // (2 * KILLS)}:KILL")
         expect.equal("exit code of a killed load", status, -signal.SIGKILL)
+        resumed += "goes on behind record" in output
+    expect.true("most loads begin amid a source", resumed > KILLS // 2)
     status, output = load(sample, sample.database)
     print(f"the last load, after one of {writes} writes was killed {KILLS} times:\n{output}")
     expect.equal("exit code of the last load", status, 0)
-    expect.true("the last load says what earlier ones did", "already loaded" in output and "goes on behind" in output)
+    expect.true("the last load says what earlier ones did", "already loaded" in output)
     expect.true("the database is that of an undisturbed load", sample.dump() == sample.dump(undisturbed))
 
 

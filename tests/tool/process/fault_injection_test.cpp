@@ -181,20 +181,20 @@ TEST_P(FaultInjection, LeavesASoundDatabaseThatTheSameCommandCompletes) {
 
 INSTANTIATE_TEST_SUITE_P(
     Of, FaultInjection,
-    testing::Values(Fault{"AWriteOnAFullDisk", Kind::Write, "ENOSPC", false, 40},
-                    Fault{"AllWritesOnAFullDisk", Kind::Write, "ENOSPC", true, 20},
-                    Fault{"AWriteByAnError", Kind::Write, "EIO", false, 20},
-                    Fault{"AWriteThatIsCutShort", Kind::Write, "SHORT", false, 20},
+    testing::Values(Fault{"AWriteOnAFullDisk", Kind::Write, "ENOSPC", false, 16},
+                    Fault{"AllWritesOnAFullDisk", Kind::Write, "ENOSPC", true, 8},
+                    Fault{"AWriteByAnError", Kind::Write, "EIO", false, 8},
+                    Fault{"AWriteThatIsCutShort", Kind::Write, "SHORT", false, 8},
                     Fault{"ASyncByAnError", Kind::Sync, "EIO", false, 0},
                     Fault{"ASyncOnAFullDisk", Kind::Sync, "ENOSPC", true, 0},
                     Fault{"ARenameOnAFullDisk", Kind::Rename, "ENOSPC", false, 0},
                     Fault{"ARenameByAnError", Kind::Rename, "EIO", false, 0},
                     Fault{"ATruncationByAnError", Kind::Truncate, "EIO", false, 0},
                     Fault{"ARemovalOfWhatIsBusy", Kind::Remove, "EBUSY", false, 0},
-                    Fault{"ALockThatIsTaken", Kind::Lock, "EAGAIN", false, 10},
-                    Fault{"AReadByAnError", Kind::Read, "EIO", false, 20},
-                    Fault{"AnAllocation", Kind::Allocation, "ENOMEM", false, 50},
-                    Fault{"AllAllocations", Kind::Allocation, "ENOMEM", true, 20}),
+                    Fault{"ALockThatIsTaken", Kind::Lock, "EAGAIN", false, 6},
+                    Fault{"AReadByAnError", Kind::Read, "EIO", false, 8},
+                    Fault{"AnAllocation", Kind::Allocation, "ENOMEM", false, 20},
+                    Fault{"AllAllocations", Kind::Allocation, "ENOMEM", true, 8}),
     [](const auto& test) { return test.param.name; });
 
 }  // namespace

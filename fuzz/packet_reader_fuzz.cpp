@@ -10,7 +10,7 @@
 #include "platform/foundation/cexception.h"
 #include "tool/io/source_error.h"
 #include "tool/packet/packet_head.h"
-#include "tool/packet/packet_reader.h"
+#include "tool/sources/xml/packet_reader.h"
 #include "ztimporter/importconfigurationparser.h"
 #include "ztimporter/importrecordparser.h"
 

@@ -7,9 +7,9 @@
 #include "input.h"
 #include "temporary_folder.h"
 #include "tool/io/source_error.h"
-#include "tool/packet/packet_reader.h"
 #include "tool/rejects/known_rejects.h"
 #include "tool/rejects/rejects.h"
+#include "tool/sources/xml/packet_reader.h"
 
 namespace {
 

@@ -69,15 +69,6 @@ void FinishAfterFailure(LoadSinks& sinks) {
     }
 }
 
-void LoadSources(const SourceList& sources, SourceLoader& loader) {
-    for (const Source& source : sources.Sources()) {
-        loader.Load(source);
-        if (loader.Stopped()) {
-            return;
-        }
-    }
-}
-
 recorddb::SessionOptions SessionFor(const LoadOptions& options, const LoadPolicy& policy) {
     recorddb::SessionOptions session;
     session.attachmentsFolder = options.attachments.string();
@@ -125,15 +116,16 @@ int LoadInto(const LoadKind& kind, const LoadOptions& options, const SourceList&
     LoadSinks sinks(PointersTo(opened));
     SourceLoader loader(*database, session, options, kind.policy, sinks);
     WatchInterrupts();
+    bool complete = false;
     try {
-        LoadSources(sources, loader);
+        complete = loader.Load(sources);
     } catch (...) {
         // What was imported and rejected before is true all the same, and the report says so.
         sinks.EndEarly(TextOfCurrentException());
         FinishAfterFailure(sinks);
         throw;
     }
-    if (loader.Stopped()) {
+    if (!complete) {
         SayWhyStopped(options, kind.policy, sinks);
     }
     sinks.Finish();

@@ -8,31 +8,29 @@
 #include "recorddb/model/schema.h"
 #include "tool/losses/key_losses.h"
 #include "tool/losses/loss.h"
+#include "tool/losses/loss_search.h"
 #include "tool/losses/record_losses.h"
 #include "tool/packet/import_configuration.h"
-#include "tool/packet/packet_reader.h"
+#include "tool/packet/packet_frame.h"
+#include "tool/packet/record_cutter.h"
+#include "tool/sources/source_record.h"
 
 namespace tool {
 
-// Goes along with the reading of sources, one after the other, and finds what an import drops of
-// them silently.
-class LossFinder {
+// The full search: in configurations, in records, and for sources without any.
+class LossFinder final : public LossSearch {
   public:
     // SCHEMA stays the caller's. EXISTS looks into the database.
     LossFinder(const recorddb::schema::Schema& schema, KeyLosses::Exists exists, LossTaker take)
         : m_schema(schema), m_keys(schema, std::move(exists)), m_take(std::move(take)) {}
 
-    // Says that CONFIGURATION is in force, in which PACKET, the source called SOURCE, has been
-    // applied.
     void Configure(const std::string& packet, const std::string& source,
-                   const ImportConfiguration& configuration);
-
-    // Begins a source of record data; without a configuration that is a loss itself.
-    void BeginData(const std::string& source);
-    // Examines the next of its records.
-    void Examine(const SourceRecord& record);
-    // Says that it holds no more records.
-    void EndData();
+                   const ImportConfiguration& configuration) override;
+    bool ExaminesRecords() const override { return true; }
+    // Without a configuration the source is a loss itself.
+    void BeginData(const std::string& source) override;
+    void Examine(const SourceRecord& record) override;
+    void EndData() override;
 
   private:
     const recorddb::schema::Schema& m_schema;

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "tool/packet/importer_fields.h"
-#include "tool/packet/packet_reader.h"
 #include "tool/packet/record_elements.h"
+#include "tool/sources/source_record.h"
 
 namespace tool {
 

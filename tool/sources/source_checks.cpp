@@ -19,16 +19,6 @@ void RequireFolder(const std::filesystem::path& attachments) {
     }
 }
 
-void RequirePacket(const PacketReader& reader, const std::string& name) {
-    if (!reader.IsPacket()) {
-        throw SourceError(SourceProblem::NotAPacket, name,
-                          name +
-                              ": this is no packet: a packet is XML with a <configuration> or with "
-                              "<record> elements; leave the file out, or see that it is the one "
-                              "you mean");
-    }
-}
-
 std::string NamesOfTypes(const recorddb::schema::Schema& schema) {
     std::vector<std::string> names;
     for (const auto& type : schema.Types()) {

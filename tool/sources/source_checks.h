@@ -6,7 +6,6 @@
 
 #include "recorddb/model/schema.h"
 #include "tool/packet/import_configuration.h"
-#include "tool/packet/packet_reader.h"
 
 namespace tool {
 
@@ -15,9 +14,6 @@ namespace tool {
 // Throws UsageError when the attachments folder, as the command line names it, does not exist; an
 // empty path is none.
 void RequireFolder(const std::filesystem::path& attachments);
-
-// Throws SourceError when the source called NAME is no packet.
-void RequirePacket(const PacketReader& reader, const std::string& name);
 
 // The record type of the configuration that the source called NAME is. Throws SourceError when the
 // database does not have it.

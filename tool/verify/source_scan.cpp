@@ -5,8 +5,6 @@
 #include <algorithm>
 
 #include "tool/losses/loss_finder.h"
-#include "tool/packet/record_fields.h"
-#include "tool/process/interrupt.h"
 #include "tool/sources/source_checks.h"
 
 namespace tool {
@@ -36,65 +34,58 @@ SourceScan::SourceScan(RecordLookup& lookup, RecordShelf& shelf,
       m_limits(limits),
       m_configurations(1) {}
 
-void SourceScan::Read(const Source& listed) {
-    const SourceFile source(listed.path, listed.name);
-    m_sources.push_back(source.Name());
-    ReaderOptions options;
-    options.recordLimit = m_limits.size;
-    options.maxDepth = m_limits.depth;
-    options.unseen = [this](const UnseenRecord& unseen) { ReportUnseen(unseen); };
-    options.frame = [this](const FrameDefect& defect) { ReportFrame(defect); };
-    PacketReader reader(source.Read(), options);
-    RequirePacket(reader, source.Name());
-    if (reader.IsConfiguration()) {
-        ReadConfiguration(reader);
-    } else {
-        ReadData(reader, source);
+void SourceScan::Read(const SourceList& sources) {
+    m_walk.emplace(sources, Options());
+    WalkStep step = WalkStep::End;
+    while ((step = m_walk->Next()) != WalkStep::End && step != WalkStep::Stopped) {
+        if (step == WalkStep::Configuration) {
+            TakeConfiguration();
+        } else if (step == WalkStep::Data) {
+            BeginData();
+        } else if (step == WalkStep::Record) {
+            m_tally.AddRead();
+            ++m_read;
+            ReadRecord(m_walk->Record());
+        }
+        m_sink.Advances(m_read, m_walk->BytesRead());
     }
-    m_bytesBefore += listed.size;
-    m_sink.Advances(m_read, m_bytesBefore);
 }
 
-void SourceScan::ReadConfiguration(PacketReader& reader) {
-    ImportConfiguration next = Current();
-    next.Apply(reader.ReadConfiguration(), Name());
-    m_type = &RequireType(m_lookup.GetSchema(), next, Name());
-    m_configurations.push_back(std::move(next));
+WalkOptions SourceScan::Options() {
+    WalkOptions options;
+    options.limits = m_limits;
+    options.attachments = m_attachments;
+    options.unseen = [this](const UnseenRecord& unseen, const std::string& /*source*/) {
+        ReportUnseen(unseen);
+    };
+    options.frame = [this](const FrameDefect& defect, const std::string& /*source*/) {
+        ReportFrame(defect);
+    };
+    return options;
+}
+
+void SourceScan::TakeConfiguration() {
+    m_type = &RequireType(m_lookup.GetSchema(), m_walk->Configuration(), Name());
+    m_configurations.push_back(m_walk->Configuration());
     m_losses.emplace(Current(), *m_type);
 }
 
-void SourceScan::ReadData(PacketReader& reader, const SourceFile& source) {
-    CheckData();
-    if (IsRepeated(source)) {
+void SourceScan::BeginData() {
+    m_walk->RequireUsableData();
+    m_sources.push_back(Name());
+    if (IsRepeated()) {
         m_sink.Warns(fmt::format("{}: read already, and passed over as in a load", Name()));
-        return;
-    }
-    SourceRecord record;
-    while (Interrupted() == 0 && reader.NextRecord(record)) {
-        m_tally.AddRead();
-        ++m_read;
-        ReadRecord(record);
-        m_sink.Advances(m_read, m_bytesBefore + reader.BytesRead());
+        m_walk->LeaveSource();
     }
 }
 
-bool SourceScan::IsRepeated(const SourceFile& source) {
-    const auto isField = [this](std::string_view name) {
-        return m_type->FindField(name) != nullptr;
-    };
-    const recorddb::journal::JournalKey key = {source.Sha256(), Current().Fingerprint(isField)};
+bool SourceScan::IsRepeated() {
+    const recorddb::journal::JournalKey key = m_walk->Key(*m_type);
     if (!m_contents.insert(key.sourceSha256 + key.configurationSha256).second) {
         return true;
     }
     m_sink.Reads({m_type->name, Current().Data(), key});
     return false;
-}
-
-void SourceScan::CheckData() const {
-    RequireConfiguration(Current(), Name());
-    if (Current().Data() == ImportedData::Attachments) {
-        RequireAttachments(m_attachments, Name());
-    }
 }
 
 void SourceScan::ReadRecord(const SourceRecord& record) {
@@ -230,7 +221,7 @@ Difference SourceScan::DifferenceAt(std::uint64_t record, std::uint64_t line) co
 
 void SourceScan::ReportMissing(const SourceRecord& record, const std::string& problem) {
     Difference difference = DifferenceAt(record.ordinal + 1, record.line);
-    difference.sourceId = FindFieldValue(record.raw, Current().OriginalId()).value_or("");
+    difference.sourceId = m_walk->IdIn(record.raw);
     difference.problem = problem;
     ++m_tally.Of(m_type).missing;
     m_sink.Differs(difference);

@@ -10,11 +10,10 @@
 #include <vector>
 
 #include "recorddb/model/schema.h"
-#include "tool/io/source_file.h"
 #include "tool/losses/record_losses.h"
 #include "tool/packet/import_configuration.h"
-#include "tool/packet/packet_reader.h"
 #include "tool/sources/source_list.h"
+#include "tool/sources/source_walk.h"
 #include "tool/verify/record_lookup.h"
 #include "tool/verify/record_shelf.h"
 #include "tool/verify/verify_sink.h"
@@ -31,11 +30,11 @@ class SourceScan {
     SourceScan(RecordLookup& lookup, RecordShelf& shelf, const std::filesystem::path& attachments,
                VerifyTally& tally, VerifySink& sink, const RecordLimits& limits);
 
-    // Reads the next source. Throws SourceError when the source or its configuration cannot be
+    // Reads the sources. Throws SourceError when the source or its configuration cannot be
     // used or it changes meanwhile, sql::Error when the database fails. Ends early when the process
     // was interrupted. Data that were read before, under the same configuration, are passed over as
     // in a load.
-    void Read(const Source& source);
+    void Read(const SourceList& sources);
 
     // What the numbers in kept records stand for.
     const ImportConfiguration& Configuration(std::size_t number) const {
@@ -44,10 +43,10 @@ class SourceScan {
     const std::string& SourceName(std::size_t number) const { return m_sources[number]; }
 
   private:
-    void ReadConfiguration(PacketReader& reader);
-    void ReadData(PacketReader& reader, const SourceFile& source);
-    bool IsRepeated(const SourceFile& source);
-    void CheckData() const;
+    WalkOptions Options();
+    void TakeConfiguration();
+    void BeginData();
+    bool IsRepeated();
     void ReadRecord(const SourceRecord& record);
     std::string WhyNotImported(const SourceRecord& record);
     bool SaysSomething(const PacketFields& fields) const;
@@ -60,7 +59,7 @@ class SourceScan {
     void ReportFrame(const FrameDefect& defect);
     Difference DifferenceAt(std::uint64_t record, std::uint64_t line) const;
     const ImportConfiguration& Current() const { return m_configurations.back(); }
-    const std::string& Name() const { return m_sources.back(); }
+    const std::string& Name() const { return m_walk->SourceName(); }
 
     RecordLookup& m_lookup;
     RecordShelf& m_shelf;
@@ -69,11 +68,11 @@ class SourceScan {
     VerifySink& m_sink;
     RecordLimits m_limits;
     std::deque<ImportConfiguration> m_configurations;  // which stay where they are
-    std::vector<std::string> m_sources;
-    std::set<std::string> m_contents;  // what was read, by hash and configuration
+    std::optional<SourceWalk> m_walk;
+    std::vector<std::string> m_sources;  // those of records
+    std::set<std::string> m_contents;    // what was read, by hash and configuration
     const recorddb::schema::RecordType* m_type = nullptr;  // of the configuration in force
     std::optional<RecordLosses> m_losses;                  // under that configuration
-    std::uint64_t m_bytesBefore = 0;                       // sizes of the sources read
     std::uint64_t m_read = 0;                              // records of all sources
     KeptRecord m_record;
 };

@@ -53,9 +53,7 @@ VerifySummary Verifier::Run(const SourceList& sources) {
     const auto start = std::chrono::steady_clock::now();
     CheckDatabase();
     m_sinks.Begins(sources.TotalSize());
-    for (const Source& source : sources.Sources()) {
-        m_scan.Read(source);
-    }
+    m_scan.Read(sources);
     m_sinks.Begins(m_shelf.Count());
     CompareKept();
     VerifySummary summary = m_tally.Summary();

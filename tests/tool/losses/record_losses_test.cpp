@@ -5,6 +5,7 @@
 #include <string>
 
 #include "finding.h"
+#include "tool/sources/xml/packet_reader.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 
 #include "faulty_tool.h"
 #include "load_fixture.h"
-#include "tool/packet/packet_reader.h"
 #include "tool/sources/source_list.h"
+#include "tool/sources/xml/packet_reader.h"
 
 namespace tool {
 namespace {

@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "temporary_folder.h"
-#include "tool/packet/packet_reader.h"
 #include "tool/sources/source_list.h"
+#include "tool/sources/xml/packet_reader.h"
 
 namespace {
 

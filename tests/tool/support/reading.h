@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tool/packet/packet_reader.h"
+#include "tool/sources/xml/packet_reader.h"
 
 // The small language of the reading tests: sources are texts, and what is read is copied out.
 namespace reading {

@@ -1,4 +1,4 @@
-#include "tool/packet/packet_reader.h"
+#include "tool/sources/xml/packet_reader.h"
 
 #include <fmt/format.h>
 
@@ -9,6 +9,7 @@
 #include "tool/io/text_units.h"
 #include "tool/packet/packet_head.h"
 #include "tool/packet/record_depth.h"
+#include "tool/packet/record_fields.h"
 #include "tool/packet/record_packet.h"
 
 namespace tool {
@@ -121,6 +122,7 @@ WholePacket PacketReader::ReadAll(std::size_t limit, std::string_view limitName)
         packet.error = DecodingError(text, mark, m_window.Line(), m_window.SourceOffset());
         packet.text = WithPacketDeclaration(ReplaceDecodingMarks(text));
     }
+    packet.rawBegin = packetDeclaration.size();
     return packet;
 }
 
@@ -139,6 +141,7 @@ bool PacketReader::NextRecord(SourceRecord& record) {
     if (!m_cutter.Next(m_cut)) {
         return false;
     }
+    record.source = m_bytes->Name();
     record.ordinal = m_nextOrdinal++;
     record.line = m_cut.line;
     record.offset = m_cut.offset;
@@ -162,6 +165,11 @@ bool PacketReader::NextRecord(SourceRecord& record) {
         record.packet.clear();
     }
     return true;
+}
+
+std::optional<std::string> PacketReader::ValueIn(std::string_view raw,
+                                                 std::string_view name) const {
+    return FindFieldValue(raw, name);
 }
 
 void PacketReader::NoteDecodingError(const CutRecord& cut, SourceRecord& record) {

@@ -1,5 +1,5 @@
-#ifndef TOOL_PACKET_PACKET_READER_H
-#define TOOL_PACKET_PACKET_READER_H
+#ifndef TOOL_SOURCES_XML_PACKET_READER_H
+#define TOOL_SOURCES_XML_PACKET_READER_H
 
 #include <cstddef>
 #include <cstdint>
@@ -15,6 +15,7 @@
 #include "tool/packet/packet_frame.h"
 #include "tool/packet/record_cutter.h"
 #include "tool/packet/record_limits.h"
+#include "tool/sources/record_source.h"
 
 namespace tool {
 
@@ -28,30 +29,9 @@ struct ReaderOptions {
     FrameHandler frame;    // told of what is wrong around the records; may be empty
 };
 
-// One record, ready for the importer.
-struct SourceRecord {
-    // The record as a packet of its own; empty when it has a defect.
-    std::string packet;
-    // The record as it stands in the source, as UTF-8, with U+FFFD for what is no text; empty when
-    // it is TooLong. Valid until the next record is read.
-    std::string_view raw;
-    std::uint64_t ordinal = 0;  // its number in the source, from 0
-    std::uint64_t line = 0;     // line of its first byte, from 1
-    std::uint64_t offset = 0;   // place of its first byte in the source
-    RecordDefect defect = RecordDefect::None;
-    std::string error;         // what the defect is and where, for people; empty without one
-    bool openSection = false;  // a comment, CDATA section or instruction in it does not close
-};
-
-// A packet handed out whole.
-struct WholePacket {
-    std::string text;   // UTF-8 without byte order mark, beginning with the usual declaration
-    std::string error;  // set when the source holds what is no text; text then has U+FFFD there
-};
-
-// Reads one source: a configuration packet as a whole, record data record by record in constant
-// memory. Every text that it hands out is valid UTF-8 without NUL.
-class PacketReader {
+// Reads a packet file: a configuration packet as a whole, record data record by record in constant
+// memory.
+class PacketReader final : public RecordSource {
   public:
     // Opens the file at PATH, called NAME in errors. Throws SourceError.
     PacketReader(const std::filesystem::path& path, std::string name, ReaderOptions options = {});
@@ -60,26 +40,23 @@ class PacketReader {
 
     // Whether the importer takes the source, as one packet, as configuration. Reads only as far as
     // that takes. Throws SourceError.
-    bool IsConfiguration() const { return m_isConfiguration; }
+    bool IsConfiguration() const override { return m_isConfiguration; }
 
     // False for a text, an archive, an empty file: the source does not begin with markup, white
     // space aside, and no record begins in its first 64 KiB.
     bool IsPacket() const { return m_isPacket; }
 
-    // The configuration packet. To be called once, for a source that is one. Throws SourceError
-    // (Undecodable, TooLarge) since a configuration is good as a whole or not at all.
-    std::string ReadConfiguration();
+    // Throws SourceError (Undecodable, TooLarge).
+    std::string ReadConfiguration() override;
 
-    // The whole source as one packet. To be called once, before any NextRecord. Throws SourceError
-    // (TooLarge).
-    WholePacket ReadWhole();
+    // Throws SourceError (TooLarge).
+    WholePacket ReadWhole() override;
 
-    // Reads the next record, telling of what stands before it, and at the end of the source.
-    // Returns false when there is none. Throws SourceError when the source cannot be read on.
-    bool NextRecord(SourceRecord& record);
+    bool NextRecord(SourceRecord& record) override;
 
-    // Bytes read from the source so far, for the progress.
-    std::uint64_t BytesRead() const { return m_decoder.BytesRead(); }
+    std::optional<std::string> ValueIn(std::string_view raw, std::string_view name) const override;
+
+    std::uint64_t BytesRead() const override { return m_decoder.BytesRead(); }
 
   private:
     void Classify();

@@ -1,4 +1,4 @@
-#include "tool/packet/packet_reader.h"
+#include "tool/sources/xml/packet_reader.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

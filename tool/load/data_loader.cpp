@@ -1,0 +1,123 @@
+#include "tool/load/data_loader.h"
+
+#include <utility>
+
+#include "tool/io/source_error.h"
+#include "tool/process/interrupt.h"
+
+namespace tool {
+
+bool DataLoader::Load() {
+    return m_parts.options.wholePackets ? LoadWhole() : LoadRecords();
+}
+
+bool DataLoader::PassOver() {
+    const std::uint64_t records = m_journal.Journal().HandledBefore();
+    m_parts.sinks.AddRead(records);
+    m_parts.sinks.PassOver(records);
+    return !m_parts.losses.ExaminesRecords() || ExamineRecords();
+}
+
+bool DataLoader::LoadRecords() {
+    WalkStep step = WalkStep::Data;
+    while (!HasTooManyRejects() && (step = m_walk.Next()) == WalkStep::Record) {
+        const SourceRecord& record = m_walk.Record();
+        m_number = record.ordinal + 1;
+        m_parts.sinks.AddRead();
+        m_parts.losses.Examine(record);
+        if (m_journal.Journal().TaskOf(record.ordinal) == RecordTask::Pass) {
+            m_parts.sinks.PassOver(1);
+        } else {
+            LoadRecord(record);
+        }
+        m_parts.sinks.Advance(m_walk.BytesRead());
+        ++m_number;
+    }
+    if (step == WalkStep::DataEnd) {
+        m_journal.NoteEnd();
+    }
+    m_journal.Commit();
+    return step == WalkStep::DataEnd;
+}
+
+void DataLoader::LoadRecord(const SourceRecord& record) {
+    std::string error = record.error;
+    if (record.defect != RecordDefect::None || !Import(record.packet, record.ordinal, error)) {
+        if (Interrupted() != 0) {
+            // It may have failed for that alone. The load that goes on tries it again.
+            return;
+        }
+        m_journal.OpenGroup();
+        m_parts.rejecter.Reject(record, m_walk, error);
+        m_journal.NoteRejected(record.ordinal);
+    }
+    m_journal.CloseRecord();
+}
+
+bool DataLoader::LoadWhole() {
+    // That everything is done is not the case here: what is there was imported record by record,
+    // and the whole packet would import it again.
+    if (m_journal.Journal().HandledBefore() > 0) {
+        throw SourceError(SourceProblem::Refused, m_walk.SourceName(),
+                          m_walk.SourceName() +
+                              ": an earlier load has imported some of its records one by one; "
+                              "finish that without --whole-packets first");
+    }
+    if (!ExamineRecords()) {
+        return false;
+    }
+    const WholePacket whole = m_walk.ReadWhole();
+    std::string error = whole.error;
+    m_parts.sinks.AddRead();
+    if (error.empty() && Import(whole.text, 0, error)) {
+        m_journal.NoteEnd();
+        m_journal.Commit();
+    } else {
+        RejectWhole(whole, error);
+    }
+    return Interrupted() == 0 && !HasTooManyRejects();
+}
+
+// Left out of the journal: nothing of the packet is there, and the next load, by records or whole,
+// begins at its front.
+void DataLoader::RejectWhole(const WholePacket& whole, const std::string& error) {
+    if (Interrupted() == 0) {
+        SourceRecord record;
+        record.raw = whole.Raw();
+        record.source = m_walk.SourceName();
+        record.line = 1;
+        m_journal.OpenGroup();
+        m_parts.rejecter.Reject(record, m_walk, error);
+        m_parts.sinks.Secure();
+    }
+    m_journal.CommitUnnoted();
+}
+
+// Reads all records for nothing but what is lost of them and around them. False when that was
+// interrupted.
+bool DataLoader::ExamineRecords() {
+    WalkStep step = WalkStep::Data;
+    while ((step = m_walk.Next()) == WalkStep::Record) {
+        m_parts.losses.Examine(m_walk.Record());
+        m_parts.sinks.Advance(m_walk.BytesRead());
+    }
+    return step == WalkStep::DataEnd;
+}
+
+// Imports one packet. When it fails, sets ERROR to the reason, and nothing of it stays.
+bool DataLoader::Import(std::string_view packet, std::uint64_t ordinal, std::string& error) {
+    AtomicImport::Result result = m_parts.import.Import(packet, m_walk.Configuration().Data());
+    if (!result.error.empty()) {
+        error = std::move(result.error);
+        return false;
+    }
+    m_journal.NoteImported(ordinal, result.done);
+    return true;
+}
+
+bool DataLoader::HasTooManyRejects() const {
+    const auto& most = m_parts.options.maxRejects;
+    return most && m_parts.sinks.Totals().rejected > *most;
+}
+
+}  // namespace tool

@@ -1,0 +1,64 @@
+#ifndef TOOL_LOAD_DATA_LOADER_H
+#define TOOL_LOAD_DATA_LOADER_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "tool/load/atomic_import.h"
+#include "tool/load/group_journal.h"
+#include "tool/load/load_options.h"
+#include "tool/load/load_sinks.h"
+#include "tool/load/record_rejecter.h"
+#include "tool/losses/loss_search.h"
+#include "tool/sources/source_walk.h"
+
+namespace tool {
+
+// Loads the records of one source: each is imported or rejected, unless an earlier load has dealt
+// with it, and is noted in the journal.
+class DataLoader {
+  public:
+    // What the sources of a load have in common. All of it outlives the object.
+    struct Parts {
+        const LoadOptions& options;
+        LoadSinks& sinks;
+        LossSearch& losses;
+        AtomicImport& import;
+        RecordRejecter& rejecter;
+    };
+
+    // WALK has the source in hand, of which no record has been read yet.
+    DataLoader(SourceWalk& walk, GroupJournal& journal, const Parts& parts)
+        : m_walk(walk), m_journal(journal), m_parts(parts) {}
+
+    // Loads what is left to do. Returns false when the load is to end early, because of a signal or
+    // of too many rejected records. Throws SourceError when the source changes or cannot be read
+    // on, sql::Error, std::bad_alloc, and what the sinks throw.
+    bool Load();
+
+    // Passes over a source of which an earlier load has dealt with all records; they are read only
+    // to find what is lost of them. As Load otherwise.
+    bool PassOver();
+
+    // The number of the record in hand, from 1.
+    std::uint64_t Number() const { return m_number; }
+
+  private:
+    bool LoadRecords();
+    bool LoadWhole();
+    void RejectWhole(const WholePacket& whole, const std::string& error);
+    bool ExamineRecords();
+    void LoadRecord(const SourceRecord& record);
+    bool Import(std::string_view packet, std::uint64_t ordinal, std::string& error);
+    bool HasTooManyRejects() const;
+
+    SourceWalk& m_walk;
+    GroupJournal& m_journal;
+    const Parts& m_parts;
+    std::uint64_t m_number = 1;
+};
+
+}  // namespace tool
+
+#endif

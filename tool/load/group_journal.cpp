@@ -1,0 +1,31 @@
+#include "tool/load/group_journal.h"
+
+#include <utility>
+
+namespace tool {
+
+GroupJournal::GroupJournal(LoadJournal journal, const SourceWalk& walk, RecordGroup& group,
+                           LoadSinks& sinks)
+    : m_journal(std::move(journal)), m_walk(walk), m_group(group), m_sinks(sinks) {}
+
+void GroupJournal::NoteImported(std::uint64_t ordinal, const LoadTotals& done) {
+    m_journal.NoteImported(ordinal, done);
+    Add(m_uncommitted, done);
+}
+
+void GroupJournal::CloseRecord() {
+    if (m_group.AddRecord()) {
+        Commit();
+    }
+}
+
+void GroupJournal::Commit() {
+    m_group.Open();
+    m_walk.RequireUnchanged();
+    m_journal.Save();
+    m_sinks.Secure();
+    m_group.Commit();
+    m_sinks.AddImported(std::exchange(m_uncommitted, {}));
+}
+
+}  // namespace tool

@@ -1,0 +1,53 @@
+#ifndef TOOL_LOAD_GROUP_JOURNAL_H
+#define TOOL_LOAD_GROUP_JOURNAL_H
+
+#include <cstdint>
+
+#include "tool/load/load_journal.h"
+#include "tool/load/load_sinks.h"
+#include "tool/load/load_totals.h"
+#include "tool/load/record_group.h"
+#include "tool/sources/source_walk.h"
+
+namespace tool {
+
+// Notes what becomes of the records of one source, and makes it permanent with them, group by
+// group: the journal is written in the transaction of the records that it speaks of.
+class GroupJournal {
+  public:
+    // All but the journal stay the caller's. WALK has the source in hand.
+    GroupJournal(LoadJournal journal, const SourceWalk& walk, RecordGroup& group, LoadSinks& sinks);
+
+    const LoadJournal& Journal() const { return m_journal; }
+
+    // Note what became of a record. Records are noted in the order of their ordinals.
+    void NoteImported(std::uint64_t ordinal, const LoadTotals& done);
+    void NoteRejected(std::uint64_t ordinal) { m_journal.NoteRejected(ordinal); }
+    // Notes that the source holds no more records.
+    void NoteEnd() { m_journal.NoteEnd(); }
+
+    // Makes sure that a transaction is open for the group.
+    void OpenGroup() { m_group.Open(); }
+
+    // Counts a record of the group, and ends the group when it has as many as it should have.
+    void CloseRecord();
+
+    // Ends the group. Rejected records are on the disk before the journal says that they were
+    // rejected. Throws SourceError when the source has changed meanwhile, sql::Error, and what the
+    // sinks throw.
+    void Commit();
+
+    // Ends the group and leaves the journal as it is: nothing was noted.
+    void CommitUnnoted() { m_group.Commit(); }
+
+  private:
+    LoadJournal m_journal;
+    const SourceWalk& m_walk;
+    RecordGroup& m_group;
+    LoadSinks& m_sinks;
+    LoadTotals m_uncommitted;  // what was done since the last commit
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,24 @@
+#include "tool/load/record_rejecter.h"
+
+#include <fmt/format.h>
+
+namespace tool {
+
+void RecordRejecter::Reject(const SourceRecord& record, const SourceWalk& walk,
+                            const std::string& reason) {
+    RejectedRecord rejected;
+    rejected.source = std::string(record.source);
+    rejected.number = record.ordinal + 1;
+    rejected.line = record.line;
+    const std::string missing = m_missing.Describe(record.raw, walk.Configuration());
+    rejected.reason = missing.empty() ? reason : reason + " " + missing;
+    rejected.raw = record.raw;
+    rejected.defect = record.defect;
+    rejected.openSection = record.openSection;
+    rejected.sourceId = walk.IdIn(record.raw);
+    m_sinks.Reject(rejected);
+    m_missing.NoteRejected(walk.Configuration(), rejected.sourceId,
+                           fmt::format("{}, record {}", rejected.source, rejected.number));
+}
+
+}  // namespace tool

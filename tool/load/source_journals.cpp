@@ -1,0 +1,62 @@
+#include "tool/load/source_journals.h"
+
+#include <fmt/format.h>
+
+#include "tool/io/source_error.h"
+#include "tool/text/number_text.h"
+
+namespace tool {
+
+LoadJournal SourceJournals::Open(const SourceWalk& walk) {
+    const auto* const type = m_database.GetSchema().FindType(walk.Configuration().RecordType());
+    const recorddb::journal::JournalKey key = walk.Key(*type);
+    LoadJournal journal(m_database.GetJournal(), key, walk.SourceName(), m_options.fresh,
+                        m_options.retryRejected);
+    RequireSameContent(walk, journal, key);
+    TellOfHandled(walk.SourceName(), journal);
+    TellOfRejected(walk.SourceName(), journal);
+    return journal;
+}
+
+void SourceJournals::RequireSameContent(const SourceWalk& walk, LoadJournal& journal,
+                                        const recorddb::journal::JournalKey& key) const {
+    for (const auto& unfinished : m_unfinished.WithOtherContent(key, walk.SourceName())) {
+        if (m_options.fresh) {
+            journal.AlsoForget(unfinished.key);
+        } else if (journal.HandledBefore() == 0 && !journal.WasComplete()) {
+            throw SourceError(
+                SourceProblem::Changed, walk.SourceName(),
+                fmt::format("{}: the file has changed since an earlier load stopped "
+                            "in it. {}",
+                            walk.SourceName(), AdviseOnChangedSource(unfinished.handled)));
+        }
+    }
+}
+
+void SourceJournals::TellOfHandled(const std::string& source, const LoadJournal& journal) {
+    if (journal.WasComplete()) {
+        m_sinks.Say(fmt::format("{}: already loaded ({})", source,
+                                CountOf(journal.HandledBefore(), "record")));
+    } else if (journal.HandledBefore() > 0) {
+        m_sinks.Say(fmt::format("{}: goes on behind record {}, where an earlier load stopped",
+                                source, journal.HandledBefore()));
+    }
+}
+
+void SourceJournals::TellOfRejected(const std::string& source, const LoadJournal& journal) {
+    const std::uint64_t records = journal.RejectedBefore();
+    if (records == 0) {
+        return;
+    }
+    if (journal.Retries()) {
+        m_sinks.Say(fmt::format("{}: tries the rejected ones again ({})", source, records));
+        return;
+    }
+    m_sinks.LeaveRejected(records);
+    m_sinks.Warn(fmt::format(
+        "{}: an earlier load rejected {} of it; mend and load what that load left in its "
+        "rejects folder, or try again as it is with --retry-rejected",
+        source, CountOf(records, "record")));
+}
+
+}  // namespace tool

@@ -1,0 +1,41 @@
+#ifndef TOOL_LOAD_SOURCE_JOURNALS_H
+#define TOOL_LOAD_SOURCE_JOURNALS_H
+
+#include "recorddb/database.h"
+#include "tool/load/load_journal.h"
+#include "tool/load/load_options.h"
+#include "tool/load/load_sinks.h"
+#include "tool/load/unfinished_sources.h"
+#include "tool/sources/source_walk.h"
+
+namespace tool {
+
+// Finds out what earlier loads have done of each source, and tells of it.
+class SourceJournals {
+  public:
+    // All of them outlive the object. Throws sql::Error.
+    SourceJournals(recorddb::Database& database, const LoadOptions& options, LoadSinks& sinks)
+        : m_database(database),
+          m_options(options),
+          m_sinks(sinks),
+          m_unfinished(database.GetJournal()) {}
+
+    // The journal of the source of records that WALK has in hand. Throws SourceError (Changed) when
+    // an earlier load has imported a part of it as it was before a change, sql::Error.
+    LoadJournal Open(const SourceWalk& walk);
+
+  private:
+    void RequireSameContent(const SourceWalk& walk, LoadJournal& journal,
+                            const recorddb::journal::JournalKey& key) const;
+    void TellOfHandled(const std::string& source, const LoadJournal& journal);
+    void TellOfRejected(const std::string& source, const LoadJournal& journal);
+
+    recorddb::Database& m_database;
+    const LoadOptions& m_options;
+    LoadSinks& m_sinks;
+    UnfinishedSources m_unfinished;
+};
+
+}  // namespace tool
+
+#endif

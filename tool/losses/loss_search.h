@@ -1,0 +1,38 @@
+#ifndef TOOL_LOSSES_LOSS_SEARCH_H
+#define TOOL_LOSSES_LOSS_SEARCH_H
+
+#include <string>
+
+#include "tool/packet/import_configuration.h"
+#include "tool/sources/source_record.h"
+
+namespace tool {
+
+// Goes along with the reading of sources, one after the other, and looks for what an import drops
+// of them silently.
+class LossSearch {
+  public:
+    LossSearch() = default;
+    LossSearch(const LossSearch&) = delete;
+    LossSearch& operator=(const LossSearch&) = delete;
+    virtual ~LossSearch() = default;
+
+    // Says that CONFIGURATION is in force, in which PACKET, the source called SOURCE, has been
+    // applied.
+    virtual void Configure(const std::string& packet, const std::string& source,
+                           const ImportConfiguration& configuration) = 0;
+
+    // Whether records are examined at all. If not, they need not be read for the search.
+    virtual bool ExaminesRecords() const = 0;
+
+    // Begins a source of record data.
+    virtual void BeginData(const std::string& source) = 0;
+    // Examines the next of its records.
+    virtual void Examine(const SourceRecord& record) = 0;
+    // Says that it holds no more records.
+    virtual void EndData() = 0;
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,63 @@
+#ifndef TOOL_SOURCES_RECORD_SOURCE_H
+#define TOOL_SOURCES_RECORD_SOURCE_H
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "tool/io/source_file.h"
+#include "tool/packet/packet_frame.h"
+#include "tool/packet/record_cutter.h"
+#include "tool/packet/record_limits.h"
+#include "tool/sources/source_record.h"
+
+namespace tool {
+
+// A source of one kind that is open for reading: either a configuration, or records, which are read
+// one by one in constant memory. Whatever its format is, what it hands out for the importer are
+// packets. Every text that it hands out is valid UTF-8 without NUL.
+class RecordSource {
+  public:
+    RecordSource() = default;
+    RecordSource(const RecordSource&) = delete;
+    RecordSource& operator=(const RecordSource&) = delete;
+    virtual ~RecordSource() = default;
+
+    virtual bool IsConfiguration() const = 0;
+
+    // The configuration as a packet. To be called once, for a source that is one. Throws
+    // SourceError, since a configuration is good as a whole or not at all.
+    virtual std::string ReadConfiguration() = 0;
+
+    // Reads the next record, telling of what stands before it, and at the end of the source.
+    // Returns false when there is none. Throws SourceError when the source cannot be read on.
+    virtual bool NextRecord(SourceRecord& record) = 0;
+
+    // All records as one packet. To be called once, before any NextRecord. Throws SourceError.
+    virtual WholePacket ReadWhole() = 0;
+
+    // The value of the field called NAME in RAW, a record as it stands in a source of this kind,
+    // as far as it can be made out, also where the record has a defect. Nothing when there is no
+    // such field, or NAME is empty.
+    virtual std::optional<std::string> ValueIn(std::string_view raw,
+                                               std::string_view name) const = 0;
+
+    // Bytes read from the source so far, for the progress.
+    virtual std::uint64_t BytesRead() const = 0;
+};
+
+// How a source is to be read.
+struct SourceReading {
+    RecordLimits limits;
+    UnseenHandler unseen;  // told of what looks like a record and is not read; may be empty
+    FrameHandler frame;    // told of what is wrong around the records; may be empty
+};
+
+// Opens the content of FILE as the kind of source that it is. Throws SourceError when it is none.
+std::unique_ptr<RecordSource> OpenRecordSource(const SourceFile& file, SourceReading reading);
+
+}  // namespace tool
+
+#endif

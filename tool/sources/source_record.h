@@ -1,0 +1,40 @@
+#ifndef TOOL_SOURCES_SOURCE_RECORD_H
+#define TOOL_SOURCES_SOURCE_RECORD_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "tool/packet/record_cutter.h"
+
+namespace tool {
+
+// One record of a source, ready for the importer.
+struct SourceRecord {
+    // The record as a packet of its own; empty when it has a defect.
+    std::string packet;
+    // The record as it stands in the source, in whatever format, as UTF-8, with U+FFFD for what is
+    // no text; empty when it is TooLong. Valid until the next record is read.
+    std::string_view raw;
+    std::string_view source;    // name of the source; valid as long as that is open
+    std::uint64_t ordinal = 0;  // its number in the source, from 0
+    std::uint64_t line = 0;     // line of its first byte, from 1
+    std::uint64_t offset = 0;   // place of its first byte in the source
+    RecordDefect defect = RecordDefect::None;
+    std::string error;         // what the defect is and where, for people; empty without one
+    bool openSection = false;  // a comment, CDATA section or instruction in it does not close
+};
+
+// All records of a source as one packet.
+struct WholePacket {
+    std::string text;          // UTF-8 without byte order mark, beginning with packetDeclaration
+    std::size_t rawBegin = 0;  // where in it the text of the source begins, but for a declaration
+    std::string error;  // set when the source holds what is no text; text then has U+FFFD there
+
+    std::string_view Raw() const { return std::string_view(text).substr(rawBegin); }
+};
+
+}  // namespace tool
+
+#endif

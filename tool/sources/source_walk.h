@@ -1,0 +1,103 @@
+#ifndef TOOL_SOURCES_SOURCE_WALK_H
+#define TOOL_SOURCES_SOURCE_WALK_H
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "recorddb/model/record_type.h"
+#include "recorddb/store/journal.h"
+#include "tool/io/source_file.h"
+#include "tool/packet/import_configuration.h"
+#include "tool/sources/record_source.h"
+#include "tool/sources/source_list.h"
+
+namespace tool {
+
+// What a walk comes to next.
+enum class WalkStep {
+    Configuration,  // a source that is one; it is in force from here on
+    Data,           // a source of records begins
+    Record,         // the next of its records
+    DataEnd,        // it holds no more
+    End,            // all sources have been walked through
+    Stopped,        // the process was interrupted before
+};
+
+struct WalkOptions {
+    RecordLimits limits;
+    std::filesystem::path attachments;  // the folder of attachments; empty for none
+    // As in SourceReading, with the name of the source besides; neither is empty.
+    std::function<void(const UnseenRecord&, const std::string& source)> unseen;
+    std::function<void(const FrameDefect&, const std::string& source)> frame;
+};
+
+// The walk through sources that all commands take: source by source and record by record, with the
+// configuration in force. Memory does not grow with the sources.
+class SourceWalk {
+  public:
+    // SOURCES stay the caller's.
+    SourceWalk(const SourceList& sources, WalkOptions options);
+
+    // Goes on. Throws SourceError when a source or its configuration cannot be used or read on, or
+    // changes while it is read. Behind End and Stopped there is nothing.
+    WalkStep Next();
+
+    // Leaves the records of the source in hand that have not been read: the next step is the next
+    // source's.
+    void LeaveSource();
+
+    // The source in hand, from its first step to that of the next one.
+    const std::string& SourceName() const { return m_file->Name(); }
+    // Throws SourceError (Changed) when the file is no longer what it was when it was opened.
+    void RequireUnchanged() const { m_file->RequireUnchanged(); }
+
+    // The configuration in force: all that came so far, in one. And the packet that brought the
+    // last of it, valid until the next step.
+    const ImportConfiguration& Configuration() const { return m_configuration; }
+    const std::string& ConfigurationPacket() const { return m_packet; }
+
+    // Throws SourceError when the records of the source in hand cannot be used as they are: for
+    // want of a configuration before them, or of a folder of attachments. To be asked before them.
+    void RequireUsableData() const;
+
+    // What the source in hand is known by: its content, and the configuration in force, which is
+    // one of TYPE.
+    recorddb::journal::JournalKey Key(const recorddb::schema::RecordType& type) const;
+
+    // The record in hand, until the next step.
+    const SourceRecord& Record() const { return m_record; }
+    // The original id in RAW, a record of the source in hand as it stands there; empty when it has
+    // none, or it cannot be made out.
+    std::string IdIn(std::string_view raw) const;
+
+    // All records of the source in hand as one packet, read anew. Throws SourceError.
+    WholePacket ReadWhole() const;
+
+    // The bytes of the sources read so far; one that was left counts as read.
+    std::uint64_t BytesRead() const;
+
+  private:
+    WalkStep NextSource();
+    WalkStep NextRecord();
+    SourceReading Reading() const;
+
+    const SourceList& m_sources;
+    WalkOptions m_options;
+    std::size_t m_next = 0;  // source
+    std::optional<SourceFile> m_file;
+    std::unique_ptr<RecordSource> m_source;
+    bool m_inData = false;
+    std::uint64_t m_bytesBefore = 0;  // sizes of the sources dealt with
+    std::string m_packet;
+    ImportConfiguration m_configuration;
+    SourceRecord m_record;
+};
+
+}  // namespace tool
+
+#endif

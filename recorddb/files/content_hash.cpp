@@ -10,10 +10,6 @@ namespace recorddb {
 
 namespace {
 
-struct FreeContext {
-    void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
-};
-
 void Check(int result) {
     if (result != 1) {
         throw std::runtime_error("SHA-256 is not available from the cryptographic library");
@@ -23,7 +19,12 @@ void Check(int result) {
 }  // namespace
 
 struct ContentHash::Context {
-    std::unique_ptr<EVP_MD_CTX, FreeContext> handle{EVP_MD_CTX_new()};
+    struct Free {
+        void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
+    };
+    using Handle = std::unique_ptr<EVP_MD_CTX, Free>;
+
+    Handle handle{EVP_MD_CTX_new()};
 };
 
 ContentHash::ContentHash() : m_context(std::make_unique<Context>()) {
@@ -38,7 +39,7 @@ void ContentHash::Update(std::span<const std::byte> piece) {
 }
 
 std::array<std::byte, 32> ContentHash::DigestSoFar() const {
-    const std::unique_ptr<EVP_MD_CTX, FreeContext> copy{EVP_MD_CTX_new()};
+    const Context::Handle copy{EVP_MD_CTX_new()};
     Check(copy != nullptr ? EVP_MD_CTX_copy_ex(copy.get(), m_context->handle.get()) : 0);
     std::array<std::byte, 32> digest{};
     Check(EVP_DigestFinal_ex(copy.get(), reinterpret_cast<unsigned char*>(digest.data()), nullptr));

@@ -10,17 +10,6 @@ namespace recorddb {
 
 namespace {
 
-enum Column {
-    dbIdColumn,
-    typeColumn,
-    recordColumn,
-    fieldColumn,
-    nameColumn,
-    sizeColumn,
-    descriptionColumn,
-    hashColumn
-};
-
 class AttachmentScan {
   public:
     explicit AttachmentScan(CheckContext& context)
@@ -47,6 +36,17 @@ class AttachmentScan {
     }
 
   private:
+    enum Column {
+        dbIdColumn,
+        typeColumn,
+        recordColumn,
+        fieldColumn,
+        nameColumn,
+        sizeColumn,
+        descriptionColumn,
+        hashColumn
+    };
+
     const schema::RecordType* TypeOf(const sql::Statement& row) {
         return IntegerProblem(row, typeColumn, 1).empty() &&
                        IntegerProblem(row, recordColumn, 1).empty()

@@ -11,10 +11,6 @@ namespace recorddb {
 
 namespace {
 
-constexpr int hashColumn = 0;
-constexpr int chunkColumn = 1;
-constexpr int dataColumn = 2;
-
 class ContentScan {
   public:
     explicit ContentScan(CheckContext& context)
@@ -45,6 +41,10 @@ class ContentScan {
     }
 
   private:
+    static constexpr int hashColumn = 0;
+    static constexpr int chunkColumn = 1;
+    static constexpr int dataColumn = 2;
+
     void Begin(const sql::Statement& row) {
         m_sha256 = row.Text(hashColumn);
         m_hash.emplace();

@@ -10,8 +10,6 @@ namespace recorddb {
 
 namespace {
 
-enum Column { typeColumn, duplicateColumn, originalColumn, timeColumn };
-
 class DuplicateScan {
   public:
     explicit DuplicateScan(CheckContext& context)
@@ -40,6 +38,8 @@ class DuplicateScan {
     }
 
   private:
+    enum Column { typeColumn, duplicateColumn, originalColumn, timeColumn };
+
     // Only records with states can be duplicates.
     const schema::RecordType* TypeOf(const sql::Statement& row) {
         if (!IntegerProblem(row, typeColumn, 1).empty() ||

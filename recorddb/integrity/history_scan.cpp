@@ -15,16 +15,6 @@ namespace recorddb {
 
 namespace {
 
-enum Column {
-    typeColumn,
-    recordColumn,
-    entryColumn,
-    fieldColumn,
-    actionTimeColumn,
-    expiryTimeColumn,
-    firstTextColumn
-};
-
 // The texts of an entry, behind the columns above, with the room that the core has for them.
 struct TextColumn {
     const char* name;
@@ -63,6 +53,16 @@ class HistoryScan {
     }
 
   private:
+    enum Column {
+        typeColumn,
+        recordColumn,
+        entryColumn,
+        fieldColumn,
+        actionTimeColumn,
+        expiryTimeColumn,
+        firstTextColumn
+    };
+
     void BeginRecord(const sql::Statement& row) {
         if (!IntegerProblem(row, typeColumn, 1).empty() ||
             !IntegerProblem(row, recordColumn, 1).empty() ||

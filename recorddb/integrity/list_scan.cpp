@@ -13,10 +13,6 @@ namespace recorddb {
 
 namespace {
 
-constexpr int recordColumn = 0;
-constexpr int positionColumn = 1;
-constexpr int targetColumn = 2;
-
 class ListScan {
   public:
     ListScan(CheckContext& context, const schema::RecordType& type, const schema::Field& field)
@@ -48,6 +44,10 @@ class ListScan {
     }
 
   private:
+    static constexpr int recordColumn = 0;
+    static constexpr int positionColumn = 1;
+    static constexpr int targetColumn = 2;
+
     void BeginRecord(std::int64_t record) {
         if (m_record == record) {
             return;

@@ -18,11 +18,6 @@ using schema::Field;
 using schema::FieldKind;
 using schema::RecordType;
 
-// The columns of a row that stand before those of the fields.
-constexpr int dbIdColumn = 0;
-constexpr int versionColumn = 1;
-constexpr int ownColumns = 2;
-
 class RecordScan {
   public:
     RecordScan(CheckContext& context, const RecordType& type) : m_context(context), m_type(type) {
@@ -47,6 +42,11 @@ class RecordScan {
     }
 
   private:
+    // The columns of a row that stand before those of the fields.
+    static constexpr int dbIdColumn = 0;
+    static constexpr int versionColumn = 1;
+    static constexpr int ownColumns = 2;
+
     std::string Sql() const {
         std::string columns = fmt::format("{}, {}", schema::dbIdName, schema::versionColumn);
         for (const Field* const field : m_fields) {

@@ -14,7 +14,6 @@ namespace {
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 // Before it, there are no controls but those that IsNoText knows.
 constexpr UChar32 kFirstBidirectional = 0x600;
-constexpr std::string_view kEllipsis = "\xE2\x80\xA6";
 
 // Control characters but tab and line ends, and what Unicode calls no characters at all.
 bool IsNoText(UChar32 character) {

@@ -7,6 +7,9 @@
 
 namespace tool {
 
+// Stands for what has been left out of a text.
+inline constexpr std::string_view kEllipsis = "\xE2\x80\xA6";
+
 // TEXT as it may stand in an HTML element or between the double quotes of an attribute. What is not
 // UTF-8, and control characters that HTML does not know, become U+FFFD; what would turn the order
 // of the text around it is written as VisibleText does.

@@ -17,7 +17,6 @@ constexpr std::size_t kWordingLimit = 400;
 constexpr std::size_t kValueLimit = 80;
 constexpr std::size_t kValuesKept = 12;
 constexpr std::size_t kNameLimit = 60;
-constexpr std::string_view kEllipsis = "\xE2\x80\xA6";
 
 bool IsDigit(char c) {
     return c >= '0' && c <= '9';

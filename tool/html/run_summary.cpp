@@ -6,7 +6,7 @@ namespace tool {
 
 namespace {
 
-LoadTotals Difference(const LoadTotals& now, const LoadTotals& before) {
+LoadTotals TotalsSince(const LoadTotals& now, const LoadTotals& before) {
     LoadTotals difference;
     difference.read = now.read - before.read;
     difference.created = now.created - before.created;
@@ -28,7 +28,7 @@ void RunSummary::StartType(const std::string& type, ImportedData data, const Loa
 }
 
 void RunSummary::CloseType(const LoadTotals& soFar) {
-    const LoadTotals done = Difference(soFar, std::exchange(m_typeStart, soFar));
+    const LoadTotals done = TotalsSince(soFar, std::exchange(m_typeStart, soFar));
     if (done.read > 0) {
         m_types.Add(m_type, m_data, done);
     }

@@ -8,6 +8,9 @@
 
 namespace tool {
 
+// The bytes that are copied or searched at a time.
+inline constexpr std::size_t kPieceSize = std::size_t{256} * 1024;
+
 // Where bytes come from, front to back.
 class ByteSource {
   public:

@@ -5,16 +5,12 @@
 
 namespace tool {
 
-namespace {
-
-constexpr std::size_t pieceSize = std::size_t{256} * 1024;
-
-}  // namespace
+namespace {}  // namespace
 
 SpoolFile::SpoolFile(ByteSource& bytes)
     : m_file(OutputFile::CreateUnnamed(std::filesystem::temp_directory_path())),
       m_path("/proc/self/fd/" + std::to_string(m_file.Descriptor())) {
-    std::vector<char> piece(pieceSize);
+    std::vector<char> piece(kPieceSize);
     while (std::size_t got = bytes.Read(piece.data(), piece.size())) {
         m_file.Append({piece.data(), got});
     }

@@ -12,6 +12,7 @@
 #include <system_error>
 
 #include "recorddb/files/content_hash.h"
+#include "tool/io/byte_source.h"
 #include "tool/io/output_file.h"
 
 namespace tool {
@@ -19,8 +20,6 @@ namespace tool {
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr std::size_t pieceSize = std::size_t{256} * 1024;
 
 // Enough for the name of any source; the rest of a line does not matter.
 constexpr std::size_t longestPlace = std::size_t{8} * 1024;
@@ -100,7 +99,7 @@ void ReadLines(const InputFile& file, TakeLine takeLine) {
     std::uint64_t offset = 0;
     std::string line;
     while (true) {
-        const std::string piece = file.Read(offset, pieceSize);
+        const std::string piece = file.Read(offset, kPieceSize);
         if (piece.empty()) {
             return;
         }
@@ -155,8 +154,8 @@ std::string HashOf(const InputFile& file) {
     recorddb::ContentHash hash;
     if (file.IsRegular()) {
         std::uint64_t offset = 0;
-        for (std::string piece = file.Read(0, pieceSize); !piece.empty();
-             piece = file.Read(offset, pieceSize)) {
+        for (std::string piece = file.Read(0, kPieceSize); !piece.empty();
+             piece = file.Read(offset, kPieceSize)) {
             hash.Update(piece);
             offset += piece.size();
         }

@@ -6,12 +6,6 @@ namespace tool {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-constexpr std::size_t pieceSize = std::size_t{256} * 1024;
-
-}  // namespace
-
 ListReport::Spool::Spool(const fs::path& folder)
     : in(OutputFile::CreateUnnamed(folder)), out(in.Descriptor(), folder.string()) {}
 
@@ -29,7 +23,7 @@ void ListReport::AddItem(std::string_view text, std::size_t list) {
 }
 
 void ListReport::Append(Spool& list) {
-    std::vector<char> piece(pieceSize);
+    std::vector<char> piece(kPieceSize);
     while (std::size_t got = list.out.Read(piece.data(), piece.size())) {
         m_report.Append({piece.data(), got});
     }

@@ -17,7 +17,7 @@ using adimporter::TraceImporter;
 
 namespace {
 
-constexpr const char16_t* kEndsWithError = u"ImportAttachment ends with error: %s";
+constexpr const char16_t* kImportAttachmentEndsWithError = u"ImportAttachment ends with error: %s";
 
 struct NewAttachment {
     Obx_String fileName;
@@ -68,7 +68,7 @@ void DeleteSameNamed(AdEntity& record, const Obx_String& fieldName, const Obx_St
 class AdImporter::Steps::AttachmentAddition : public RecordAddition {
   public:
     AttachmentAddition(AdImporter& importer, Obx_String& error)
-        : RecordAddition(importer, error, kEndsWithError) {}
+        : RecordAddition(importer, error, kImportAttachmentEndsWithError) {}
 
   protected:
     bool Collect() override {
@@ -119,7 +119,7 @@ int AdImporter::ImportAttachment(Obx_String& error) {
     } catch (...) {
         adimporter::AppendCaughtException(error);
     }
-    return EndWithError(kEndsWithError, error);
+    return EndWithError(kImportAttachmentEndsWithError, error);
 }
 
 void AdImporter::AddAttachment(AdEntityPtr entity, Obx_String fieldName, EntryList& attachments,

@@ -14,7 +14,7 @@ using adimporter::TraceImporter;
 
 namespace {
 
-constexpr const char16_t* kEndsWithError = u"MarkDuplicates ends with error: %s";
+constexpr const char16_t* kMarkDuplicatesEndsWithError = u"MarkDuplicates ends with error: %s";
 constexpr const char16_t* kEndsSuccessfully = u"MarkDuplicates ends successfully";
 
 }  // namespace
@@ -43,7 +43,7 @@ int AdImporter::MarkDuplicates(AdEntityPtr entity, Obx_String& error) {
     } catch (...) {
         adimporter::AppendCaughtException(error);
     }
-    return EndWithError(kEndsWithError, error);
+    return EndWithError(kMarkDuplicatesEndsWithError, error);
 }
 
 int AdImporter::Steps::MarkDuplicateOf(AdImporter& importer, OriginalRecord& original,
@@ -79,5 +79,5 @@ int AdImporter::Steps::MarkDuplicateOf(AdImporter& importer, OriginalRecord& ori
         duplicate.Revert();
     }
     original.Unbuild();
-    return EndWithError(kEndsWithError, error);
+    return EndWithError(kMarkDuplicatesEndsWithError, error);
 }

@@ -7,7 +7,7 @@ using adimporter::TraceImporter;
 
 namespace {
 
-constexpr const char16_t* kEndsWithError = u"SetupFieldValues ends with error: %s";
+constexpr const char16_t* kSetupFieldValuesEndsWithError = u"SetupFieldValues ends with error: %s";
 
 }  // namespace
 
@@ -21,7 +21,7 @@ int AdImporter::SetupFieldValues(AdEntityPtr entity, Obx_String& error) {
         while (position != nullptr) {
             m_recordMap.GetNextAssoc(position, fieldName, value);
             if (!writer.Write(fieldName, value)) {
-                return EndWithError(kEndsWithError, error);
+                return EndWithError(kSetupFieldValuesEndsWithError, error);
             }
         }
         TraceImporter(u"SetupFieldValues ends");
@@ -29,5 +29,5 @@ int AdImporter::SetupFieldValues(AdEntityPtr entity, Obx_String& error) {
     } catch (...) {
         adimporter::AppendCaughtException(error);
     }
-    return EndWithError(kEndsWithError, error);
+    return EndWithError(kSetupFieldValuesEndsWithError, error);
 }

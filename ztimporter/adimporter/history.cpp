@@ -10,7 +10,7 @@ using adimporter::TraceImporter;
 
 namespace {
 
-constexpr const char16_t* kEndsWithError = u"ImportHistory ends with error: %s";
+constexpr const char16_t* kImportHistoryEndsWithError = u"ImportHistory ends with error: %s";
 
 }  // namespace
 
@@ -18,7 +18,7 @@ constexpr const char16_t* kEndsWithError = u"ImportHistory ends with error: %s";
 class AdImporter::Steps::HistoryAddition : public RecordAddition {
   public:
     HistoryAddition(AdImporter& importer, Obx_String& error)
-        : RecordAddition(importer, error, kEndsWithError) {}
+        : RecordAddition(importer, error, kImportHistoryEndsWithError) {}
 
   protected:
     bool Collect() override {
@@ -68,5 +68,5 @@ int AdImporter::ImportHistory(Obx_String& error) {
     } catch (...) {
         adimporter::AppendCaughtException(error);
     }
-    return EndWithError(kEndsWithError, error);
+    return EndWithError(kImportHistoryEndsWithError, error);
 }

@@ -19,7 +19,7 @@ using adimporter::TraceImporter;
 
 namespace {
 
-constexpr const char16_t* kEndsWithError = u"Import ends with error: %s";
+constexpr const char16_t* kImportEndsWithError = u"Import ends with error: %s";
 
 // Callers may have made the packet of char16_t, which is read as another type only through one that
 // may alias.
@@ -79,12 +79,12 @@ Obx_String AdImporter::Import(const unsigned short* xml_packet) {
             if (result.IsEmpty()) {
                 TraceImporter(u"Import ends successfully.");
             } else {
-                EndWithError(kEndsWithError, result);
+                EndWithError(kImportEndsWithError, result);
             }
         }
     } catch (...) {
         AppendCaughtException(result);
-        EndWithError(kEndsWithError, result);
+        EndWithError(kImportEndsWithError, result);
     }
     LeaveBehind(configuration);
     return result;
@@ -120,7 +120,7 @@ bool AdImporter::Steps::ImportData(AdImporter& importer, const char* text, Obx_S
     TraceImporter(u"Import is record data");
     if (importer.m_configurationReceived == 0) {
         result = MessageText(message_id::kNoConfiguration, {});
-        EndWithError(kEndsWithError, result);
+        EndWithError(kImportEndsWithError, result);
         return false;
     }
     // A batch that an exception left behind is dropped without release: its entries belong to no

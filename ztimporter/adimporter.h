@@ -33,10 +33,12 @@ class __attribute__((visibility("default"))) AdImporter : public CObject {
     // Returns the packet's error text, empty when all of it went through. Never throws; what a sink
     // of traces throws counts as an exception of the operation that traces.
     //
-    // The text is made for joining, so it can begin and end with a line feed and hold others. What
-    // comes from an exception is joined on after a line feed, except that a search by original id
-    // and the import of a history batch put most of it in place of the text; what tells of a
-    // refused attachment, or of a history line but for its expiry time, ends with a line feed.
+    // The text can hold several messages, and it can begin and end with a line feed:
+    // - The text of an exception is appended after a line feed. Only where a record is searched by
+    //   its original id, or a history batch is imported, do most kinds of exception replace the
+    //   text that was there.
+    // - The message of a refused attachment ends with a line feed. So does that of a refused line
+    //   of history, unless its expiry time is what is wrong.
     //
     // A configuration packet replaces all configured values and adds to the reference mapping. In a
     // record data packet the first record that fails ends the useful work: the records after it are
@@ -44,16 +46,16 @@ class __attribute__((visibility("default"))) AdImporter : public CObject {
     // the values of that record can reach the next one, also in the next packet.
     Obx_String Import(const unsigned short* xml_packet);
 
-    // The operations and the state below are the library's own: it does not export the operations,
-    // and only its tests, which link its objects, derive from the class to drive each by itself.
-    // Operations report failures as text in `error`.
+    // The operations and the state below are the library's own, and it does not export the
+    // operations. They are not private, so that its tests, which link its objects, can drive each
+    // by itself. Operations report failures as text in `error`.
   protected:
     using EntryList = std::list<CMapStringToString*>;
 
-    // The view of the current record. In a record type without states no field is taken as the
-    // state, not even one without a name: that stays in the map, and the record's writing refuses
-    // it. But it is taken out as the duplicate reference where original_id is configured and
-    // duplicate_id is not, since the latter's name is then empty as well.
+    // Sets up the view of the current record, and empties it. In a record type without states no
+    // field is taken as the state. A field without a name stays in the map, and is refused when the
+    // record is written; but where original_id is configured and duplicate_id is not, the name of
+    // the duplicate reference is empty as well, and the field is taken for that.
     void SetupRecordMap(Obx_String& error);
     void CleanupRecordMap();
 

@@ -15,3 +15,15 @@ function(zt_provides_layer target layer)
     zt_layer_root(${layer} root)
     target_include_directories(${target} PUBLIC ${root})
 endfunction()
+
+# Gives everyone who links TARGET these headers of LAYER's own top level, and nothing that stands in
+# the folders below it.
+function(zt_provides_headers target layer)
+    set(root ${PROJECT_BINARY_DIR}/include-roots/${layer}-public)
+    file(REMOVE_RECURSE ${root}/${layer})
+    file(MAKE_DIRECTORY ${root}/${layer})
+    foreach(header IN LISTS ARGN)
+        file(CREATE_LINK ${PROJECT_SOURCE_DIR}/${layer}/${header} ${root}/${layer}/${header} SYMBOLIC)
+    endforeach()
+    target_include_directories(${target} INTERFACE ${root})
+endfunction()

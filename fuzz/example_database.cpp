@@ -9,7 +9,7 @@
 
 #include "input.h"
 #include "platform/foundation/utf.h"
-#include "recorddb/schemafile/schema_file.h"
+#include "recorddb/schema.h"
 #include "ztimporter/adimporter.h"
 
 namespace fuzz {

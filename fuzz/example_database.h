@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "recorddb/database.h"
-#include "recorddb/session/session.h"
+#include "recorddb/session.h"
 #include "temporary_folder.h"
 
 namespace fuzz {

@@ -3,10 +3,9 @@
 #include <string>
 
 #include "input.h"
-#include "recorddb/schemafile/schema_error.h"
-#include "recorddb/schemafile/schema_file.h"
-#include "recorddb/sql/open.h"
-#include "recorddb/sql/transaction.h"
+#include "recorddb/errors.h"
+#include "recorddb/schema.h"
+#include "recorddb/sql.h"
 #include "recorddb/store/stored_schema.h"
 
 namespace {
@@ -36,7 +35,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto connection = recorddb::sql::OpenScratch();
     recorddb::sql::Transaction transaction(*connection);
     recorddb::schema::StoreSchema(*connection, *schema);
-    const auto stored = recorddb::schema::LoadSchema(*connection, "scratch");
+    const auto stored = recorddb::schema::ReadSchema(
+        recorddb::schema::LoadSchemaText(*connection, "scratch"), "scratch");
+    recorddb::schema::CheckTables(*connection, stored, "scratch");
     Expect(stored.Text() == text && stored.Types().size() == schema->Types().size(),
            "the stored schema is the one of the file");
     for (const recorddb::schema::RecordType& type : schema->Types()) {

@@ -5,23 +5,24 @@
 #include <string>
 
 #include "platform/core/adptr.h"
-#include "recorddb/database_error.h"
-#include "recorddb/model/schema.h"
-#include "recorddb/session/session_options.h"
-#include "recorddb/sql/connection.h"
-#include "recorddb/sql/transaction.h"
-#include "recorddb/store/journal.h"
-#include "recorddb/store/record_ids.h"
-#include "recorddb/store/search_indexes.h"
+#include "recorddb/errors.h"
+#include "recorddb/export.h"
+#include "recorddb/journal.h"
+#include "recorddb/schema.h"
+#include "recorddb/session_options.h"
+#include "recorddb/sql.h"
 
 namespace recorddb {
 
+namespace schema {
+class SearchIndexes;
+}
 class Session;
 
 // An open record database, for one thread. A location is the path of an SQLite file; server URLs
 // (postgresql://...) are refused with sql::Error of kind Unsupported. What it hands out by
 // reference lives as long as it does.
-class Database {
+class RECORDDB_API Database {
   public:
     enum class Mode {
         ReadOnly,
@@ -42,20 +43,28 @@ class Database {
 
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
+    ~Database();
 
     const schema::Schema& GetSchema() const { return m_schema; }
     sql::Connection& GetConnection() { return *m_connection; }
     journal::Journal& GetJournal() { return m_journal; }
-    schema::RecordIds& GetRecordIds() { return m_recordIds; }
-    schema::SearchIndexes& GetSearchIndexes() { return m_searchIndexes; }
 
-    // A session, through which the core works on the records (recorddb/session/session.h). It must
-    // not outlive the database; one at a time.
+    // A session, through which the core works on the records (recorddb/session.h). It must not
+    // outlive the database; one at a time.
     AdPtr<Session> OpenSession(const SessionOptions& options);
 
     // Begins a transaction; everything written until it ends belongs to it. Throws sql::Error, and
     // std::logic_error when one is open already.
     sql::Transaction Begin() { return sql::Transaction(*m_connection); }
+
+    // Makes sure that an equality search on a field of a type is an index search. Nothing happens
+    // on a database that is only read and for fields without a column. Runs in the transaction
+    // under way, or in one of its own. Throws sql::Error.
+    void EnsureSearchIndex(const schema::RecordType& type, const schema::Field& field);
+
+    // True when an equality search on a field of a type is an index search as things stand. False
+    // for fields without a column. Throws sql::Error.
+    bool HasSearchIndex(const schema::RecordType& type, const schema::Field& field);
 
   private:
     Database(std::unique_ptr<sql::Connection> connection, schema::Schema schema);
@@ -63,8 +72,7 @@ class Database {
     std::unique_ptr<sql::Connection> m_connection;
     schema::Schema m_schema;
     journal::Journal m_journal;
-    schema::RecordIds m_recordIds;
-    schema::SearchIndexes m_searchIndexes;
+    std::unique_ptr<schema::SearchIndexes> m_searchIndexes;
 };
 
 }  // namespace recorddb

@@ -8,9 +8,7 @@
 #include <system_error>
 
 #include "platform/foundation/cexception.h"
-#include "recorddb/database_error.h"
-#include "recorddb/schemafile/schema_error.h"
-#include "recorddb/sql/error.h"
+#include "recorddb/errors.h"
 #include "tool/commands/command_line.h"
 #include "tool/commands/database_failure.h"
 #include "tool/io/source_error.h"

@@ -5,8 +5,8 @@
 #include "platform/core/adsession.h"
 #include "platform/foundation/obx_string.h"
 #include "recorddb/database.h"
-#include "recorddb/schemafile/schema_file.h"
-#include "recorddb/session/session.h"
+#include "recorddb/schema.h"
+#include "recorddb/session.h"
 #include "ztimporter/adimporter.h"
 
 namespace {

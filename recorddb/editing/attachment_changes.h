@@ -5,9 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "recorddb/files/attachment_folder.h"
-#include "recorddb/store/attachment_table.h"
-#include "recorddb/store/content_store.h"
+#include "recorddb/record.h"
 
 namespace recorddb {
 
@@ -30,13 +28,6 @@ struct AttachmentChanges {
     // added.
     std::vector<Attachment> AppliedTo(std::vector<Attachment> stored) const;
 };
-
-// Writes the changes of a record, with the files of the folder, removing content that nothing has
-// any longer. Returns a message with id 0, or the one that says why a file could not be read, after
-// which the caller undoes what was written. Throws sql::Error.
-PaMessage WriteAttachments(AttachmentTable& table, const AttachmentFolder& folder,
-                           ContentStore& contents, std::int64_t recordType, std::int64_t record,
-                           const AttachmentChanges& changes);
 
 // An attachment as the core tells it: four lines, dbid, file name, size and description. The
 // description stands last, since it alone may have line ends in it.

@@ -5,8 +5,8 @@
 #include <optional>
 #include <utility>
 
-#include "recorddb/sql/connection.h"
-#include "recorddb/sql/error.h"
+#include "recorddb/errors.h"
+#include "recorddb/sql.h"
 
 namespace recorddb {
 

@@ -5,7 +5,7 @@
 #include <deque>
 
 #include "recorddb/editing/entity_def.h"
-#include "recorddb/model/schema.h"
+#include "recorddb/schema.h"
 
 namespace recorddb {
 

@@ -8,8 +8,6 @@
 
 #include "platform/messages/message_ids.h"
 #include "recorddb/editing/field_info.h"
-#include "recorddb/editing/record_checks.h"
-#include "recorddb/editing/record_writer.h"
 #include "recorddb/messages/error_message.h"
 
 namespace recorddb {
@@ -32,7 +30,7 @@ const Field* StateField(const EntityDef& def) {
 
 }  // namespace
 
-Entity::Entity(AdPtr<SessionParts> parts, EntityDef& def)
+Entity::Entity(std::shared_ptr<const EntityParts> parts, EntityDef& def)
     : m_parts(std::move(parts)), m_record(def) {}
 
 Entity::~Entity() {
@@ -41,7 +39,7 @@ Entity::~Entity() {
     }
 }
 
-AdPtr<Entity> Entity::New(const AdPtr<SessionParts>& parts, EntityDef& def) {
+AdPtr<Entity> Entity::New(const std::shared_ptr<const EntityParts>& parts, EntityDef& def) {
     AdPtr<Entity> entity(new Entity(parts, def));
     if (const Field* const state = StateField(def)) {
         entity->m_firstState = def.Type().states.front();
@@ -50,7 +48,8 @@ AdPtr<Entity> Entity::New(const AdPtr<SessionParts>& parts, EntityDef& def) {
     return entity;
 }
 
-AdPtr<Entity> Entity::Open(const AdPtr<SessionParts>& parts, EntityDef& def, std::int64_t dbid) {
+AdPtr<Entity> Entity::Open(const std::shared_ptr<const EntityParts>& parts, EntityDef& def,
+                           std::int64_t dbid) {
     const auto version = parts->tables.Records(def.Type()).Version(dbid);
     if (!version) {
         return {};
@@ -227,7 +226,7 @@ void Entity::MoveToState(const Field& field, FieldValue state) {
 PaMessage Entity::Check() {
     PaMessage problem;
     if (!m_checked) {
-        problem = CheckRecord(*m_parts, m_record);
+        problem = m_parts->checks.Check(m_record);
         m_checked = problem.ID() == 0;
     }
     return problem;
@@ -249,7 +248,7 @@ PaMessage Entity::Write() {
     const bool isNew = m_record.IsNew();
     const auto added = static_cast<std::int64_t>(m_record.attachments.added.size());
     const bool marked = m_record.original.has_value();
-    problem = WriteRecord(*m_parts, m_record);
+    problem = m_parts->writer.Write(m_record);
     if (problem.ID() != 0) {
         return problem;
     }

@@ -2,22 +2,50 @@
 #define RECORDDB_EDITING_ENTITY_H
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "platform/core/adentity.h"
+#include "recorddb/editing/database_failures.h"
 #include "recorddb/editing/edited_record.h"
-#include "recorddb/session/session_parts.h"
+#include "recorddb/editing/record_attachments.h"
+#include "recorddb/editing/record_checks.h"
+#include "recorddb/editing/record_writer.h"
+#include "recorddb/editing/value_rules.h"
+#include "recorddb/statistics.h"
+#include "recorddb/store/dbid_reservations.h"
+#include "recorddb/store/duplicate_table.h"
+#include "recorddb/store/history_table.h"
+#include "recorddb/store/key_table.h"
+#include "recorddb/store/record_tables.h"
 
 namespace recorddb {
 
-// A record that is open for writing.
+// What open records work with. Their session owns it all.
+struct EntityParts {
+    DatabaseFailures& failures;
+    RecordTables& tables;
+    KeyTable& keys;
+    ValueRules& rules;
+    DbIdReservations& dbids;
+    HistoryTable& history;
+    RecordAttachments& attachments;
+    DuplicateTable& duplicates;
+    RecordChecks& checks;
+    RecordWriter& writer;
+    Statistics& statistics;   // of what has been committed
+    Obx_String& lastRefusal;  // of an attachment
+};
+
+// A record that is open for writing. It keeps alive what it works with.
 class Entity final : public AdEntity {
   public:
     // A new record of a type, in the initial state when it has states.
-    static AdPtr<Entity> New(const AdPtr<SessionParts>& parts, EntityDef& def);
+    static AdPtr<Entity> New(const std::shared_ptr<const EntityParts>& parts, EntityDef& def);
 
     // The record of a type with that dbid; null when there is none. Throws sql::Error.
-    static AdPtr<Entity> Open(const AdPtr<SessionParts>& parts, EntityDef& def, std::int64_t dbid);
+    static AdPtr<Entity> Open(const std::shared_ptr<const EntityParts>& parts, EntityDef& def,
+                              std::int64_t dbid);
 
     AdEntityDef* GetEntityDef() const override { return &m_record.def; }
     int GetFieldType(const Obx_String& fieldName) const override;
@@ -44,7 +72,7 @@ class Entity final : public AdEntity {
     void MarkAsDuplicateOf(Entity& original);
 
   private:
-    Entity(AdPtr<SessionParts> parts, EntityDef& def);
+    Entity(std::shared_ptr<const EntityParts> parts, EntityDef& def);
     ~Entity() override;
 
     std::int64_t DbId();
@@ -80,7 +108,7 @@ class Entity final : public AdEntity {
     }
     Obx_String NoField(const Obx_String& fieldName) const;
 
-    AdPtr<SessionParts> m_parts;
+    std::shared_ptr<const EntityParts> m_parts;
     EditedRecord m_record;
     FieldValue m_firstState;   // of a new record, also after Revert
     bool m_checked = false;    // valid as it stands

@@ -8,7 +8,7 @@
 #include "platform/core/adentitydef.h"
 #include "recorddb/editing/action_def.h"
 #include "recorddb/editing/field_def.h"
-#include "recorddb/model/record_type.h"
+#include "recorddb/schema.h"
 
 namespace recorddb {
 

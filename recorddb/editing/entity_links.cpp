@@ -64,7 +64,7 @@ PaMessage Entity::Attach(const Field& field, const Obx_String& fileName,
                             {{u"_value_", fileName.ToUtf8()}});
     }
     AttachmentFile file;
-    PaMessage problem = m_parts->folder.Open(addition.name, field.name, file);
+    PaMessage problem = m_parts->attachments.Open(addition.name, field.name, file);
     if (problem.ID() != 0) {
         return problem;
     }

@@ -39,8 +39,7 @@ std::vector<Obx_String> Entity::ValuesOf(const Field& field) {
 // The entries as the lines of a packet's history field.
 std::vector<Obx_String> Entity::HistoryLines() {
     std::vector<Obx_String> lines;
-    for (const HistoryEntry& entry :
-         m_parts->history.Table().Load(m_record.Type().id, m_record.dbid)) {
+    for (const HistoryEntry& entry : m_parts->history.Load(m_record.Type().id, m_record.dbid)) {
         lines.push_back(Obx_String::FromUtf8(
             fmt::format("{}\t{}\t{}\t{}\t{}\t{}", entry.entry, entry.actionTime, entry.userName,
                         entry.actionName, entry.oldState, entry.newState)));

@@ -2,7 +2,7 @@
 #define RECORDDB_EDITING_FIELD_DEF_H
 
 #include "platform/core/adentitydef.h"
-#include "recorddb/model/field.h"
+#include "recorddb/schema.h"
 
 namespace recorddb {
 

@@ -8,9 +8,9 @@
 #include "platform/core/adhistory.h"
 #include "platform/foundation/obx_string.h"
 #include "platform/messages/pamessage.h"
-#include "recorddb/model/schema.h"
-#include "recorddb/sql/connection.h"
-#include "recorddb/store/history_entry.h"
+#include "recorddb/record.h"
+#include "recorddb/schema.h"
+#include "recorddb/sql.h"
 #include "recorddb/store/history_table.h"
 #include "recorddb/store/record_tables.h"
 
@@ -21,8 +21,9 @@ namespace recorddb {
 class HistoryImport {
   public:
     // What is given outlives the object.
-    HistoryImport(sql::Connection& connection, const schema::Schema& schema, RecordTables& tables)
-        : m_connection(connection), m_schema(schema), m_tables(tables), m_table(connection) {}
+    HistoryImport(sql::Connection& connection, const schema::Schema& schema, RecordTables& tables,
+                  HistoryTable& table)
+        : m_connection(connection), m_schema(schema), m_tables(tables), m_table(table) {}
 
     // Takes an entry; number counts the entries of the call from 1. Returns a message with id 0, or
     // the one that refuses the entry.
@@ -38,8 +39,6 @@ class HistoryImport {
 
     // Brings the expiry times of a record up to date.
     void UpdateExpiry(const schema::RecordType& type, std::int64_t record);
-
-    HistoryTable& Table() { return m_table; }
 
   private:
     // A record whose expiry times are known to be up to date, and in which state of the connection.
@@ -62,7 +61,7 @@ class HistoryImport {
     sql::Connection& m_connection;
     const schema::Schema& m_schema;
     RecordTables& m_tables;
-    HistoryTable m_table;
+    HistoryTable& m_table;
     // The first m_pendingCount wait for Commit; the rest is kept for the memory of its texts.
     std::vector<HistoryEntry> m_pending;
     std::size_t m_pendingCount = 0;

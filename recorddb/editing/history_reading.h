@@ -3,7 +3,7 @@
 
 #include "platform/core/adhistory.h"
 #include "platform/messages/pamessage.h"
-#include "recorddb/store/history_entry.h"
+#include "recorddb/record.h"
 
 namespace recorddb {
 

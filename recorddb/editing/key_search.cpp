@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "recorddb/editing/value_text.h"
+#include "recorddb/model/value_text.h"
 
 namespace recorddb {
 

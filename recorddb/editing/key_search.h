@@ -9,25 +9,11 @@
 #include <unordered_map>
 #include <vector>
 
-#include "recorddb/model/schema.h"
-#include "recorddb/store/field_value.h"
+#include "recorddb/keys.h"
+#include "recorddb/model/field_value.h"
+#include "recorddb/schema.h"
 
 namespace recorddb {
-
-// What the records with a given key are.
-struct KeyMatch {
-    std::int64_t dbid = 0;   // of the one record; 0 when there is none
-    bool several = false;    // the text can be read as the keys of different records
-    bool undecided = false;  // the search was given up
-};
-
-inline constexpr std::int64_t defaultMaxReferenceTries = 10'000;
-
-// When the search for one key is given up.
-struct KeySearchLimits {
-    std::int64_t maxTries = defaultMaxReferenceTries;
-    std::function<bool()> stopRequested;  // asked at every try; may be empty
-};
 
 // Where keys are looked up. Operations throw sql::Error.
 class KeyDirectory {

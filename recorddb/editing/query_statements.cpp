@@ -8,7 +8,7 @@ namespace recorddb {
 
 namespace {
 
-using schema::Quoted;
+using sql::Quoted;
 
 void AppendNumber(std::string& shape, std::size_t number) {
     shape += static_cast<char>(number & 0xFFU);

@@ -5,7 +5,7 @@
 #include <unordered_map>
 
 #include "recorddb/editing/query_def.h"
-#include "recorddb/sql/connection.h"
+#include "recorddb/sql.h"
 
 namespace recorddb {
 

@@ -27,21 +27,6 @@ PaMessage CheckRequired(const EditedRecord& record) {
     return {};
 }
 
-PaMessage NotUnique(SessionParts& parts, const EditedRecord& record,
-                    const RecordTable::UniqueFields& fields, std::int64_t twin) {
-    const RecordType& type = record.Type();
-    const std::string other = parts.keys.KeyOf(type, twin).value_or(std::to_string(twin));
-    if (fields == type.key) {
-        return ErrorMessage(
-            message_id::kKeyNotUnique,
-            {{u"_datatype_", type.name}, {u"_value_", other}, {u"_id_", std::to_string(twin)}});
-    }
-    const Field& field = type.fields[fields.front()];
-    const auto texts = parts.keys.TextsOf(field, record.buffer.Get(field.index));
-    return FieldMessage(message_id::kValueNotUnique, type, field,
-                        {{u"_value_", texts.front()}, {u"_id_", other}});
-}
-
 bool MayHaveTwin(const EditedRecord& record, const RecordTable::UniqueFields& fields) {
     const auto isEmpty = [&record](std::size_t field) {
         return !HasValue(record.buffer.Get(field));
@@ -51,14 +36,29 @@ bool MayHaveTwin(const EditedRecord& record, const RecordTable::UniqueFields& fi
            std::none_of(fields.begin(), fields.end(), isEmpty);
 }
 
-bool Exists(SessionParts& parts, const Field& field, std::int64_t target) {
-    return parts.tables.Records(parts.schema.Type(field.target)).Version(target).has_value();
-}
-
 }  // namespace
 
-PaMessage CheckUnique(SessionParts& parts, const EditedRecord& record) {
-    RecordTable& table = parts.tables.Records(record.Type());
+PaMessage RecordChecks::NotUnique(const EditedRecord& record,
+                                  const RecordTable::UniqueFields& fields, std::int64_t twin) {
+    const RecordType& type = record.Type();
+    const std::string other = m_keys.KeyOf(type, twin).value_or(std::to_string(twin));
+    if (fields == type.key) {
+        return ErrorMessage(
+            message_id::kKeyNotUnique,
+            {{u"_datatype_", type.name}, {u"_value_", other}, {u"_id_", std::to_string(twin)}});
+    }
+    const Field& field = type.fields[fields.front()];
+    const auto texts = m_keys.TextsOf(field, record.buffer.Get(field.index));
+    return FieldMessage(message_id::kValueNotUnique, type, field,
+                        {{u"_value_", texts.front()}, {u"_id_", other}});
+}
+
+bool RecordChecks::Exists(const Field& field, std::int64_t target) {
+    return m_tables.Records(m_schema.Type(field.target)).Version(target).has_value();
+}
+
+PaMessage RecordChecks::CheckUnique(const EditedRecord& record) {
+    RecordTable& table = m_tables.Records(record.Type());
     for (std::size_t set = 0; set < table.UniqueSets().size(); ++set) {
         const RecordTable::UniqueFields& fields = table.UniqueSets()[set];
         if (!MayHaveTwin(record, fields)) {
@@ -66,13 +66,13 @@ PaMessage CheckUnique(SessionParts& parts, const EditedRecord& record) {
         }
         const std::int64_t self = record.IsNew() ? 0 : record.dbid;
         if (const auto twin = table.FindTwin(set, record.buffer, self)) {
-            return NotUnique(parts, record, fields, *twin);
+            return NotUnique(record, fields, *twin);
         }
     }
     return {};
 }
 
-PaMessage CheckReferences(SessionParts& parts, const EditedRecord& record) {
+PaMessage RecordChecks::CheckReferences(const EditedRecord& record) {
     for (const Field& field : record.Type().fields) {
         ReferenceList targets;
         const FieldValue& value = record.buffer.Get(field.index);
@@ -82,9 +82,9 @@ PaMessage CheckReferences(SessionParts& parts, const EditedRecord& record) {
             targets = std::get<ReferenceList>(value);
         }
         for (const std::int64_t target : targets) {
-            if (!Exists(parts, field, target)) {
+            if (!Exists(field, target)) {
                 return FieldMessage(message_id::kReferencedRecordGone, record.Type(), field,
-                                    {{u"_refentitydef_", parts.schema.Type(field.target).name},
+                                    {{u"_refentitydef_", m_schema.Type(field.target).name},
                                      {u"_value_", std::to_string(target)}});
             }
         }
@@ -92,9 +92,9 @@ PaMessage CheckReferences(SessionParts& parts, const EditedRecord& record) {
     return {};
 }
 
-PaMessage CheckRecord(SessionParts& parts, const EditedRecord& record) {
+PaMessage RecordChecks::Check(const EditedRecord& record) {
     PaMessage problem = CheckRequired(record);
-    return problem.ID() != 0 ? problem : CheckUnique(parts, record);
+    return problem.ID() != 0 ? problem : CheckUnique(record);
 }
 
 }  // namespace recorddb

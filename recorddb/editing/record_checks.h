@@ -3,18 +3,37 @@
 
 #include "platform/messages/pamessage.h"
 #include "recorddb/editing/edited_record.h"
-#include "recorddb/session/session_parts.h"
+#include "recorddb/store/key_table.h"
+#include "recorddb/store/record_tables.h"
 
 namespace recorddb {
 
-// Judges a record as a whole, which includes other records: required fields that are empty, values
-// that must be unique and are not. What is wrong with a value in itself was refused when it was
-// given. Each returns the message of the first fault, or one with id 0. Throw sql::Error.
-PaMessage CheckRecord(SessionParts& parts, const EditedRecord& record);
-PaMessage CheckUnique(SessionParts& parts, const EditedRecord& record);
+// Judges a record as a whole, which includes other records. What is wrong with a value in itself
+// was refused when it was given. Each check returns the message of the first fault, or one with
+// id 0, and throws sql::Error.
+class RecordChecks {
+  public:
+    // All of them outlive the object.
+    RecordChecks(const schema::Schema& schema, RecordTables& tables, KeyTable& keys)
+        : m_schema(schema), m_tables(tables), m_keys(keys) {}
 
-// Finds the reference that made the engine refuse the record: one to a record that is gone.
-PaMessage CheckReferences(SessionParts& parts, const EditedRecord& record);
+    // Required fields that are empty, values that must be unique and are not.
+    PaMessage Check(const EditedRecord& record);
+
+    PaMessage CheckUnique(const EditedRecord& record);
+
+    // Finds the reference that made the engine refuse the record: one to a record that is gone.
+    PaMessage CheckReferences(const EditedRecord& record);
+
+  private:
+    PaMessage NotUnique(const EditedRecord& record, const RecordTable::UniqueFields& fields,
+                        std::int64_t twin);
+    bool Exists(const schema::Field& field, std::int64_t target);
+
+    const schema::Schema& m_schema;
+    RecordTables& m_tables;
+    KeyTable& m_keys;
+};
 
 }  // namespace recorddb
 

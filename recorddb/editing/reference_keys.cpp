@@ -1,11 +1,6 @@
 #include "recorddb/editing/reference_keys.h"
 
-#include <fmt/format.h>
-
 #include <utility>
-
-#include "recorddb/editing/value_text.h"
-#include "recorddb/store/tables.h"
 
 namespace recorddb {
 
@@ -14,22 +9,23 @@ namespace {
 // Records remembered for each type.
 constexpr std::size_t mostKnown = 20'000;
 
-// A key can contain a reference to a record whose key contains one in turn. Deeper than this, or
-// with more records to it, only one gets that refers to itself.
-constexpr int deepestKey = 16;
-constexpr int mostKeyReads = 1000;
-
 }  // namespace
 
 ReferenceKeys::ReferenceKeys(sql::Connection& connection, const schema::Schema& schema,
-                             KeySearchLimits limits)
+                             KeyTable& table, KeySearchLimits limits)
     : m_connection(connection),
       m_schema(schema),
-      m_types(schema.Types().size()),
-      m_limits(std::move(limits)) {}
+      m_table(table),
+      m_limits(std::move(limits)),
+      m_known(schema.Types().size()) {}
 
 KeyMatch ReferenceKeys::Find(const schema::RecordType& type, std::string_view key) {
-    return KeySearch(m_schema, *this, m_limits).Find(type, key);
+    return Find(type, key, m_limits);
+}
+
+KeyMatch ReferenceKeys::Find(const schema::RecordType& type, std::string_view key,
+                             const KeySearchLimits& limits) {
+    return KeySearch(m_schema, *this, limits).Find(type, key);
 }
 
 std::optional<std::int64_t> ReferenceKeys::Known(const schema::RecordType& type,
@@ -37,7 +33,7 @@ std::optional<std::int64_t> ReferenceKeys::Known(const schema::RecordType& type,
     if (!MayRemember()) {
         return std::nullopt;
     }
-    const KeyCache& known = Keys(type).known;
+    const KeyCache& known = CacheOf(type);
     const auto found = known.find(key);
     return found != known.end() ? std::optional(found->second) : std::nullopt;
 }
@@ -49,7 +45,7 @@ void ReferenceKeys::Remember(const schema::RecordType& type, std::string_view ke
     if (!MayRemember()) {
         return;
     }
-    KeyCache& known = Keys(type).known;
+    KeyCache& known = CacheOf(type);
     if (known.size() >= mostKnown) {
         known.clear();
     }
@@ -71,101 +67,14 @@ bool ReferenceKeys::MayRemember() {
 }
 
 void ReferenceKeys::Forget() {
-    for (TypeKeys& type : m_types) {
-        type.known.clear();
+    for (KeyCache& known : m_known) {
+        known.clear();
     }
 }
 
 std::int64_t ReferenceKeys::LookUp(const schema::RecordType& type,
                                    const std::vector<FieldValue>& values) {
-    sql::Statement& find = FindStatement(type);
-    int parameter = 0;
-    for (const FieldValue& value : values) {
-        BindValue(find, ++parameter, value);
-    }
-    return sql::QueryInt(find).value_or(0);
-}
-
-std::optional<std::string> ReferenceKeys::KeyOf(const schema::RecordType& type, std::int64_t dbid) {
-    m_readsLeft = mostKeyReads;
-    return KeyOf(type, dbid, 0);
-}
-
-std::optional<std::string> ReferenceKeys::KeyOf(const schema::RecordType& type, std::int64_t dbid,
-                                                int depth) {
-    if (--m_readsLeft < 0) {
-        return std::nullopt;
-    }
-    sql::Statement& statement = KeyStatement(type);
-    std::vector<std::string> parts;
-    {
-        const sql::ResetGuard guard(statement);
-        statement.BindAll(dbid);
-        if (!statement.Step()) {
-            return std::nullopt;
-        }
-        for (int column = 0; column < statement.ColumnCount(); ++column) {
-            parts.emplace_back(statement.Text(column));
-        }
-    }
-    for (std::size_t i = 0; i < parts.size(); ++i) {
-        const schema::Field& field = type.fields[type.key[i]];
-        const auto target = IntegerOf(parts[i]);
-        if (field.kind == schema::FieldKind::Reference && target && depth < deepestKey) {
-            parts[i] = KeyOf(m_schema.Type(field.target), *target, depth + 1).value_or("");
-        }
-    }
-    return fmt::format("{}", fmt::join(parts, " "));
-}
-
-std::vector<std::string> ReferenceKeys::TextsOf(const schema::Field& field,
-                                                const FieldValue& value) {
-    const auto keyOf = [this, &field](std::int64_t target) {
-        return KeyOf(m_schema.Type(field.target), target).value_or("");
-    };
-    if (const auto* const text = std::get_if<std::string>(&value)) {
-        return {*text};
-    }
-    if (const auto* const number = std::get_if<std::int64_t>(&value)) {
-        const bool isReference = field.kind == schema::FieldKind::Reference;
-        return {isReference ? keyOf(*number) : std::to_string(*number)};
-    }
-    std::vector<std::string> keys;
-    if (const auto* const list = std::get_if<ReferenceList>(&value)) {
-        for (const std::int64_t target : *list) {
-            keys.push_back(keyOf(target));
-        }
-    }
-    return keys;
-}
-
-sql::Statement& ReferenceKeys::FindStatement(const schema::RecordType& type) {
-    sql::Statement*& statement = Keys(type).find;
-    if (statement == nullptr) {
-        std::vector<std::string> conditions;
-        for (const std::size_t part : type.key) {
-            conditions.push_back(fmt::format("{} = ${}", schema::Quoted(type.fields[part].name),
-                                             conditions.size() + 1));
-        }
-        statement = &m_connection.Prepare(fmt::format("SELECT {} FROM {} WHERE {}",
-                                                      schema::dbIdName, schema::Quoted(type.name),
-                                                      fmt::join(conditions, " AND ")));
-    }
-    return *statement;
-}
-
-sql::Statement& ReferenceKeys::KeyStatement(const schema::RecordType& type) {
-    sql::Statement*& statement = Keys(type).key;
-    if (statement == nullptr) {
-        std::vector<std::string> columns;
-        for (const std::size_t part : type.key) {
-            columns.push_back(schema::Quoted(type.fields[part].name));
-        }
-        statement = &m_connection.Prepare(fmt::format("SELECT {} FROM {} WHERE {} = $1",
-                                                      fmt::join(columns, ", "),
-                                                      schema::Quoted(type.name), schema::dbIdName));
-    }
-    return *statement;
+    return m_table.Find(type, values);
 }
 
 }  // namespace recorddb

@@ -5,7 +5,7 @@
 
 #include "platform/messages/pamessage.h"
 #include "recorddb/editing/key_search.h"
-#include "recorddb/model/record_type.h"
+#include "recorddb/schema.h"
 
 namespace recorddb {
 

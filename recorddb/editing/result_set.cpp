@@ -2,17 +2,18 @@
 
 #include "platform/messages/message_ids.h"
 #include "recorddb/editing/reference_refusal.h"
-#include "recorddb/editing/value_text.h"
 #include "recorddb/messages/error_message.h"
+#include "recorddb/model/value_text.h"
+#include "recorddb/store/bind_value.h"
 
 namespace recorddb {
 
 void ResultSet::Prepare() {
     m_parts->failures.Guard([this] {
         for (const FilterNode& filter : m_query->Filters()) {
-            m_parts->database.GetSearchIndexes().Ensure(m_query->Type(), filter.Field());
+            m_parts->searchIndexes.Ensure(m_query->Type(), filter.Field());
         }
-        m_parts->queryStatements.For(*m_query);
+        m_parts->statements.For(*m_query);
     });
 }
 
@@ -22,7 +23,7 @@ void ResultSet::Execute() {
     m_fetched = 0;
     m_onRow = false;
     m_parts->failures.Guard([this] {
-        sql::Statement& statement = m_parts->queryStatements.For(*m_query);
+        sql::Statement& statement = m_parts->statements.For(*m_query);
         const sql::ResetGuard guard(statement);
         if (Bind(statement)) {
             ReadRows(statement);
@@ -95,7 +96,7 @@ void ResultSet::ResolveReferences() {
         }
         if (const auto target = IntegerOf(m_cells[cell])) {
             m_cells[cell] =
-                m_parts->keys.KeyOf(m_parts->schema.Type(field->target), *target).value_or("");
+                m_parts->keyTable.KeyOf(m_parts->schema.Type(field->target), *target).value_or("");
         }
     }
 }

@@ -2,21 +2,36 @@
 #define RECORDDB_EDITING_RESULT_SET_H
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/core/adquery.h"
+#include "recorddb/editing/database_failures.h"
 #include "recorddb/editing/query_def.h"
-#include "recorddb/session/session_parts.h"
-#include "recorddb/store/field_value.h"
+#include "recorddb/editing/query_statements.h"
+#include "recorddb/editing/reference_keys.h"
+#include "recorddb/model/field_value.h"
+#include "recorddb/store/key_table.h"
+#include "recorddb/store/search_indexes.h"
 
 namespace recorddb {
+
+// What result sets work with. Their session owns it all.
+struct QueryParts {
+    DatabaseFailures& failures;
+    const schema::Schema& schema;
+    KeyTable& keyTable;
+    ReferenceKeys& keys;
+    QueryStatements& statements;
+    schema::SearchIndexes& searchIndexes;
+};
 
 // The rows of a query, read whole by Execute: what is written afterwards does not change them.
 class ResultSet final : public AdResultSet {
   public:
-    ResultSet(AdPtr<SessionParts> parts, AdPtr<QueryDef> query)
+    ResultSet(std::shared_ptr<const QueryParts> parts, AdPtr<QueryDef> query)
         : m_parts(std::move(parts)), m_query(std::move(query)) {}
 
     void SetRowLimit(long rows) override { m_limit = rows; }
@@ -35,7 +50,7 @@ class ResultSet final : public AdResultSet {
     void ReadRows(sql::Statement& statement);
     void ResolveReferences();
 
-    AdPtr<SessionParts> m_parts;
+    std::shared_ptr<const QueryParts> m_parts;
     AdPtr<QueryDef> m_query;
     long m_limit = 0;  // 0: none
     std::vector<FieldValue> m_operands;

@@ -8,8 +8,8 @@
 #include "platform/foundation/utf.h"
 #include "platform/messages/message_ids.h"
 #include "recorddb/editing/reference_refusal.h"
-#include "recorddb/editing/value_text.h"
 #include "recorddb/messages/error_message.h"
+#include "recorddb/model/value_text.h"
 
 namespace recorddb {
 

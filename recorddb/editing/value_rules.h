@@ -6,8 +6,8 @@
 
 #include "platform/messages/pamessage.h"
 #include "recorddb/editing/reference_keys.h"
-#include "recorddb/model/schema.h"
-#include "recorddb/store/field_value.h"
+#include "recorddb/model/field_value.h"
+#include "recorddb/schema.h"
 
 namespace recorddb {
 

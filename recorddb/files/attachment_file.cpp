@@ -1,11 +1,11 @@
-#include "recorddb/files/attachment_file.h"
-
 #include <algorithm>
 #include <cerrno>
 #include <system_error>
 #include <vector>
 
 #include "platform/messages/message_ids.h"
+#include "recorddb/attachment_folder.h"
+#include "recorddb/files/file_descriptor.h"
 #include "recorddb/messages/error_message.h"
 
 namespace recorddb {
@@ -40,7 +40,7 @@ PaMessage AttachmentFile::Read(const std::function<void(std::span<const std::byt
         std::min(pieceSize, static_cast<std::size_t>(m_size) + std::size_t{1}));
     std::int64_t offset = 0;
     while (true) {
-        const std::int64_t got = ReadAt(m_descriptor.Number(), buffer, offset);
+        const std::int64_t got = ReadAt(m_descriptor->Number(), buffer, offset);
         if (got < 0) {
             return ErrorMessage(
                 message_id::kAttachmentUnreadable,

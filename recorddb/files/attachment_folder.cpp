@@ -1,4 +1,4 @@
-#include "recorddb/files/attachment_folder.h"
+#include "recorddb/attachment_folder.h"
 
 #include <sys/stat.h>
 
@@ -81,7 +81,8 @@ PaMessage AttachmentFolder::Open(const std::string& name, std::string_view field
                              {u"_length_", std::to_string(size)},
                              {u"_limit_", std::to_string(m_maxSize)}});
     }
-    file = AttachmentFile(std::move(descriptor), name, size);
+    file =
+        AttachmentFile(std::make_shared<const FileDescriptor>(std::move(descriptor)), name, size);
     return {};
 }
 

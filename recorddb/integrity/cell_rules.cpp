@@ -7,8 +7,8 @@
 #include <string_view>
 
 #include "platform/foundation/utf.h"
-#include "recorddb/editing/value_text.h"
 #include "recorddb/model/names.h"
+#include "recorddb/model/value_text.h"
 
 namespace recorddb {
 

@@ -8,10 +8,10 @@
 #include <string_view>
 #include <utility>
 
-#include "recorddb/editing/reference_keys.h"
-#include "recorddb/integrity/fault.h"
-#include "recorddb/model/schema.h"
-#include "recorddb/sql/connection.h"
+#include "recorddb/integrity.h"
+#include "recorddb/schema.h"
+#include "recorddb/sql.h"
+#include "recorddb/store/key_table.h"
 #include "recorddb/store/record_tables.h"
 
 namespace recorddb {
@@ -71,7 +71,7 @@ class CheckContext {
     sql::Connection& m_connection;
     const schema::Schema& m_schema;
     RecordTables m_tables;
-    ReferenceKeys m_keys;
+    KeyTable m_keys;
     TakeFault m_take;
     KeepOn m_keepOn;
     std::uint64_t m_records = 0;

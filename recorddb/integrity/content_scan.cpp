@@ -4,8 +4,8 @@
 
 #include <optional>
 
-#include "recorddb/files/content_hash.h"
 #include "recorddb/integrity/cell_rules.h"
+#include "recorddb/sha256.h"
 
 namespace recorddb {
 
@@ -114,7 +114,7 @@ class ContentScan {
     std::unique_ptr<sql::Statement> m_owners;
     ContentTotals m_totals;
     std::string m_sha256;  // of the content under way
-    std::optional<ContentHash> m_hash;
+    std::optional<Sha256> m_hash;
     std::int64_t m_next = 0;  // chunk
     std::int64_t m_size = 0;
     bool m_chunksSound = true;

@@ -1,5 +1,5 @@
-#include "recorddb/integrity/integrity_check.h"
-
+#include "recorddb/database.h"
+#include "recorddb/integrity.h"
 #include "recorddb/integrity/attachment_scan.h"
 #include "recorddb/integrity/content_scan.h"
 #include "recorddb/integrity/duplicate_scan.h"

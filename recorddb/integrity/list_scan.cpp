@@ -7,6 +7,7 @@
 #include <unordered_set>
 
 #include "recorddb/integrity/cell_rules.h"
+#include "recorddb/model/names.h"
 #include "recorddb/store/tables.h"
 
 namespace recorddb {
@@ -25,7 +26,7 @@ class ListScan {
     void Run() {
         const auto rows = m_context.Query(
             fmt::format("SELECT record, position, target FROM {} ORDER BY record, position",
-                        schema::Quoted(m_table)));
+                        sql::Quoted(m_table)));
         while (m_context.NextRow(*rows)) {
             if (std::string problem = IntegerProblem(*rows, recordColumn, 1); !problem.empty()) {
                 m_context.Report({.type = m_table,

@@ -6,8 +6,9 @@
 #include <limits>
 #include <vector>
 
-#include "recorddb/editing/value_text.h"
 #include "recorddb/integrity/cell_rules.h"
+#include "recorddb/model/names.h"
+#include "recorddb/model/value_text.h"
 #include "recorddb/store/tables.h"
 
 namespace recorddb {
@@ -26,7 +27,7 @@ class RecordScan {
                 m_requiredLists.emplace_back(
                     &field,
                     context.Query(fmt::format("SELECT 1 FROM {} WHERE record = $1 LIMIT 1",
-                                              schema::Quoted(schema::ListTableName(type, field)))));
+                                              sql::Quoted(schema::ListTableName(type, field)))));
             } else if (schema::HasColumn(field.kind) && field.kind != FieldKind::DbId) {
                 m_fields.push_back(&field);
             }
@@ -50,9 +51,9 @@ class RecordScan {
     std::string Sql() const {
         std::string columns = fmt::format("{}, {}", schema::dbIdName, schema::versionColumn);
         for (const Field* const field : m_fields) {
-            columns += ", " + schema::Quoted(field->name);
+            columns += ", " + sql::Quoted(field->name);
         }
-        return fmt::format("SELECT {} FROM {} ORDER BY {}", columns, schema::Quoted(m_type.name),
+        return fmt::format("SELECT {} FROM {} ORDER BY {}", columns, sql::Quoted(m_type.name),
                            schema::dbIdName);
     }
 

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "platform/messages/pamessage.h"
-#include "recorddb/model/record_type.h"
+#include "recorddb/schema.h"
 
 namespace recorddb {
 

@@ -1,7 +1,7 @@
-#include "recorddb/model/field.h"
-
 #include <algorithm>
 #include <array>
+
+#include "recorddb/schema.h"
 
 namespace recorddb::schema {
 

@@ -46,6 +46,10 @@ bool IsSystemColumn(std::string_view name) {
                        [name](std::string_view column) { return SameName(name, column); });
 }
 
+std::string ListTableName(const RecordType& type, const Field& field) {
+    return type.name + "__" + field.name;
+}
+
 std::size_t Utf16Length(std::string_view utf8) {
     std::size_t length = 0;
     for (const char character : utf8) {

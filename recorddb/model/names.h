@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "recorddb/schema.h"
+
 namespace recorddb::schema {
 
 // The longest name of a record type: a history entry has room for this much.
@@ -19,10 +21,6 @@ constexpr std::size_t maxKeyFields = 32;
 // The longest name of a state, in UTF-16 units: a history entry has room for this much.
 constexpr std::size_t maxStateLength = 30;
 
-// True when two names of record types or fields are the same: without regard to ASCII case, since
-// such names are SQL identifiers.
-bool SameName(std::string_view left, std::string_view right);
-
 // True for a letter or underscore followed by letters, digits and underscores, all ASCII.
 bool IsIdentifier(std::string_view name);
 
@@ -31,6 +29,10 @@ bool HasOwnPrefix(std::string_view name);
 
 // True for names of columns that PostgreSQL keeps for itself in every table.
 bool IsSystemColumn(std::string_view name);
+
+// The table of a reference list, such as bug__keywords(record, position, target): record and target
+// are dbids, position counts from 0.
+std::string ListTableName(const RecordType& type, const Field& field);
 
 // Length of UTF-8 text in UTF-16 units.
 std::size_t Utf16Length(std::string_view utf8);

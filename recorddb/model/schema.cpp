@@ -1,4 +1,4 @@
-#include "recorddb/model/schema.h"
+#include "recorddb/schema.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,10 +1,17 @@
-#include "recorddb/reader/record_reader.h"
-
 #include <fmt/format.h>
 
-#include "recorddb/editing/value_text.h"
-#include "recorddb/files/content_hash.h"
-#include "recorddb/store/tables.h"
+#include "recorddb/database.h"
+#include "recorddb/editing/reference_keys.h"
+#include "recorddb/model/value_text.h"
+#include "recorddb/reader.h"
+#include "recorddb/sha256.h"
+#include "recorddb/sql.h"
+#include "recorddb/store/attachment_table.h"
+#include "recorddb/store/content_store.h"
+#include "recorddb/store/duplicate_table.h"
+#include "recorddb/store/history_table.h"
+#include "recorddb/store/key_table.h"
+#include "recorddb/store/record_tables.h"
 
 namespace recorddb {
 
@@ -21,18 +28,34 @@ std::vector<std::int64_t> TargetsOf(const schema::Field& field, const FieldValue
 
 }  // namespace
 
-RecordReader::RecordReader(Database& database)
-    : m_database(database),
-      m_tables(database.GetConnection(), database.GetSchema()),
-      m_keys(database.GetConnection(), database.GetSchema()),
-      m_history(database.GetConnection()),
-      m_attachments(database.GetConnection()),
-      m_contents(database.GetConnection()),
-      m_duplicates(database.GetConnection()) {}
+struct RecordReader::Tables {
+    explicit Tables(Database& database)
+        : connection(database.GetConnection()),
+          records(connection, database.GetSchema()),
+          keyTable(connection, database.GetSchema()),
+          keys(connection, database.GetSchema(), keyTable),
+          history(connection),
+          attachments(connection),
+          contents(connection),
+          duplicates(connection) {}
+
+    sql::Connection& connection;
+    RecordTables records;
+    KeyTable keyTable;
+    ReferenceKeys keys;
+    HistoryTable history;
+    AttachmentTable attachments;
+    ContentStore contents;
+    DuplicateTable duplicates;
+};
+
+RecordReader::RecordReader(Database& database) : m_tables(std::make_unique<Tables>(database)) {}
+
+RecordReader::~RecordReader() = default;
 
 std::int64_t RecordReader::Count(const schema::RecordType& type) {
-    sql::Statement& count = m_database.GetConnection().Prepare(
-        fmt::format("SELECT count(*) FROM {}", schema::Quoted(type.name)));
+    sql::Statement& count = m_tables->connection.Prepare(
+        fmt::format("SELECT count(*) FROM {}", sql::Quoted(type.name)));
     return sql::QueryInt(count).value_or(0);
 }
 
@@ -43,12 +66,12 @@ std::optional<RecordView> RecordReader::Next(const schema::RecordType& type, std
 
 std::optional<std::int64_t> RecordReader::NextDbId(const schema::RecordType& type,
                                                    std::int64_t after) {
-    return m_tables.Records(type).NextAfter(after);
+    return m_tables->records.Records(type).NextAfter(after);
 }
 
 std::optional<RecordView> RecordReader::Get(const schema::RecordType& type, std::int64_t dbid) {
     RecordBuffer buffer(type.fields.size());
-    const auto version = m_tables.Records(type).Load(dbid, buffer);
+    const auto version = m_tables->records.Records(type).Load(dbid, buffer);
     if (!version) {
         return std::nullopt;
     }
@@ -57,10 +80,10 @@ std::optional<RecordView> RecordReader::Get(const schema::RecordType& type, std:
         if (field.kind == schema::FieldKind::DbId) {
             buffer.SetSaved(field.index, dbid);
         } else if (field.kind == schema::FieldKind::ReferenceList) {
-            buffer.SetSaved(field.index, m_tables.List(type, field).Load(dbid));
+            buffer.SetSaved(field.index, m_tables->records.List(type, field).Load(dbid));
         }
         const FieldValue& value = buffer.Get(field.index);
-        view.values.push_back(m_keys.TextsOf(field, value));
+        view.values.push_back(m_tables->keyTable.TextsOf(field, value));
         view.targets.push_back(TargetsOf(field, value));
     }
     return view;
@@ -68,7 +91,7 @@ std::optional<RecordView> RecordReader::Get(const schema::RecordType& type, std:
 
 std::optional<RecordView> RecordReader::Find(const schema::RecordType& type,
                                              std::string_view identifier) {
-    const KeyMatch match = m_keys.Find(type, identifier);
+    const KeyMatch match = m_tables->keys.Find(type, identifier);
     if (match.dbid != 0) {
         return Get(type, match.dbid);
     }
@@ -79,9 +102,9 @@ std::optional<RecordView> RecordReader::Find(const schema::RecordType& type,
 std::vector<std::int64_t> RecordReader::FindByValue(const schema::RecordType& type,
                                                     const schema::Field& field,
                                                     std::string_view value, std::size_t limit) {
-    sql::Statement& find = m_database.GetConnection().Prepare(
+    sql::Statement& find = m_tables->connection.Prepare(
         fmt::format("SELECT {0} FROM {1} WHERE {2} = $1 ORDER BY {0}", schema::dbIdName,
-                    schema::Quoted(type.name), schema::Quoted(field.name)));
+                    sql::Quoted(type.name), sql::Quoted(field.name)));
     const sql::ResetGuard guard(find);
     const bool isNumber = field.kind == schema::FieldKind::Integer ||
                           field.kind == schema::FieldKind::Reference ||
@@ -98,31 +121,47 @@ std::vector<std::int64_t> RecordReader::FindByValue(const schema::RecordType& ty
     return dbids;
 }
 
+KeyMatch RecordReader::FindKey(const schema::RecordType& type, std::string_view key,
+                               const KeySearchLimits& limits) {
+    return m_tables->keys.Find(type, key, limits);
+}
+
+void RecordReader::ReadValues(const schema::RecordType& type, const schema::Field& field,
+                              const std::function<void(std::int64_t, std::string_view)>& take) {
+    sql::Statement& read = m_tables->connection.Prepare(
+        fmt::format("SELECT {0}, {1} FROM {2} WHERE {0} IS NOT NULL", sql::Quoted(field.name),
+                    schema::dbIdName, sql::Quoted(type.name)));
+    const sql::ResetGuard guard(read);
+    while (read.Step()) {
+        take(read.Int(1), read.Text(0));
+    }
+}
+
 std::string RecordReader::Key(const schema::RecordType& type, std::int64_t dbid) {
-    return m_keys.KeyOf(type, dbid).value_or("");
+    return m_tables->keyTable.KeyOf(type, dbid).value_or("");
 }
 
 std::vector<HistoryEntry> RecordReader::History(const RecordView& record) {
-    return m_history.Load(record.type->id, record.dbid);
+    return m_tables->history.Load(record.type->id, record.dbid);
 }
 
 std::vector<Attachment> RecordReader::Attachments(const RecordView& record) {
-    return m_attachments.Load(record.type->id, record.dbid);
+    return m_tables->attachments.Load(record.type->id, record.dbid);
 }
 
 void RecordReader::ReadContent(const Attachment& attachment,
                                const std::function<void(std::span<const std::byte>)>& take) {
-    m_contents.Read(attachment.sha256, take);
+    m_tables->contents.Read(attachment.sha256, take);
 }
 
 std::string RecordReader::HashContent(const Attachment& attachment) {
-    ContentHash hash;
+    Sha256 hash;
     ReadContent(attachment, [&hash](std::span<const std::byte> piece) { hash.Update(piece); });
     return hash.HexDigest();
 }
 
 std::optional<LinkedRecord> RecordReader::Original(const RecordView& record) {
-    const auto original = m_duplicates.OriginalOf(record.type->id, record.dbid);
+    const auto original = m_tables->duplicates.OriginalOf(record.type->id, record.dbid);
     if (!original) {
         return std::nullopt;
     }
@@ -131,7 +170,8 @@ std::optional<LinkedRecord> RecordReader::Original(const RecordView& record) {
 
 std::vector<LinkedRecord> RecordReader::Duplicates(const RecordView& record) {
     std::vector<LinkedRecord> duplicates;
-    for (const std::int64_t dbid : m_duplicates.DuplicatesOf(record.type->id, record.dbid)) {
+    for (const std::int64_t dbid :
+         m_tables->duplicates.DuplicatesOf(record.type->id, record.dbid)) {
         duplicates.push_back({.dbid = dbid, .key = Key(*record.type, dbid)});
     }
     return duplicates;

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "recorddb/model/names.h"
-#include "recorddb/model/record_type.h"
+#include "recorddb/schema.h"
 
 namespace recorddb::schema {
 

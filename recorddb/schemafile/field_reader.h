@@ -1,7 +1,7 @@
 #ifndef RECORDDB_SCHEMAFILE_FIELD_READER_H
 #define RECORDDB_SCHEMAFILE_FIELD_READER_H
 
-#include "recorddb/model/field.h"
+#include "recorddb/schema.h"
 #include "recorddb/schemafile/yaml_map.h"
 
 namespace recorddb::schema {

@@ -1,6 +1,6 @@
-#include "recorddb/schemafile/schema_error.h"
-
 #include <utility>
+
+#include "recorddb/errors.h"
 
 namespace recorddb::schema {
 

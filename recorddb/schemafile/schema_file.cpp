@@ -1,5 +1,3 @@
-#include "recorddb/schemafile/schema_file.h"
-
 #include <fmt/format.h>
 #include <yaml-cpp/eventhandler.h>
 
@@ -11,10 +9,10 @@
 #include <utility>
 #include <vector>
 
+#include "recorddb/errors.h"
 #include "recorddb/model/names.h"
-#include "recorddb/schemafile/schema_error.h"
+#include "recorddb/schema.h"
 #include "recorddb/schemafile/type_reader.h"
-#include "recorddb/store/tables.h"
 
 namespace recorddb::schema {
 

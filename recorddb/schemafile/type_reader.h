@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "recorddb/model/record_type.h"
+#include "recorddb/schema.h"
 #include "recorddb/schemafile/yaml_map.h"
 
 namespace recorddb::schema {

@@ -6,8 +6,8 @@
 #include <charconv>
 #include <utility>
 
+#include "recorddb/errors.h"
 #include "recorddb/model/names.h"
-#include "recorddb/schemafile/schema_error.h"
 
 namespace recorddb::schema {
 

@@ -1,12 +1,15 @@
-#include "recorddb/session/session.h"
+#include "recorddb/session.h"
+
+#include <utility>
 
 #include "platform/messages/message_ids.h"
 #include "platform/messages/pamsgexception.h"
 #include "recorddb/editing/entity.h"
 #include "recorddb/editing/query_def.h"
 #include "recorddb/editing/result_set.h"
-#include "recorddb/editing/value_text.h"
 #include "recorddb/messages/error_message.h"
+#include "recorddb/model/value_text.h"
+#include "recorddb/session/session_parts.h"
 
 namespace recorddb {
 
@@ -16,10 +19,14 @@ namespace {
     AdThrowMsgExcept(AdGetBadValue0MsgID(), text, u"recorddb/session/session", line);
 }
 
+std::shared_ptr<const EntityParts> PartsOfEntities(const std::shared_ptr<SessionParts>& parts) {
+    return {parts, &parts->ofEntities};
+}
+
 // The record with that dbid; the identifier is what it was asked for by.
-AdPtr<Entity> OpenEntity(const AdPtr<SessionParts>& parts, EntityDef& def, std::int64_t dbid,
-                         std::string_view identifier) {
-    AdPtr<Entity> entity = Entity::Open(parts, def, dbid);
+AdPtr<Entity> OpenEntity(const std::shared_ptr<SessionParts>& parts, EntityDef& def,
+                         std::int64_t dbid, std::string_view identifier) {
+    AdPtr<Entity> entity = Entity::Open(PartsOfEntities(parts), def, dbid);
     if (!entity) {
         ThrowMessage(ErrorMessage(message_id::kNoRecord,
                                   {{u"_datatype_", def.Type().name}, {u"_value_", identifier}}));
@@ -29,8 +36,9 @@ AdPtr<Entity> OpenEntity(const AdPtr<SessionParts>& parts, EntityDef& def, std::
 
 }  // namespace
 
-Session::Session(Database& database, const SessionOptions& options)
-    : m_parts(new SessionParts(database, options)) {}
+Session::Session(std::shared_ptr<SessionParts> parts) : m_parts(std::move(parts)) {}
+
+Session::~Session() = default;
 
 AdEntityDef* Session::GetEntityDef(const Obx_String& recordTypeName) {
     return &m_parts->definitions.Find(recordTypeName);
@@ -54,7 +62,7 @@ AdEntityPtr Session::ImportEntity(AdEntityDef* recordType, const unsigned short*
     return m_parts->failures.Guard([&] {
         AdPtr<Entity> entity;
         if (existingId == nullptr) {
-            entity = Entity::New(m_parts, def);
+            entity = Entity::New(PartsOfEntities(m_parts), def);
         } else {
             const std::string text = Obx_String(existingId).ToUtf8();
             entity = OpenEntity(m_parts, def, IntegerOf(text).value_or(0), text);
@@ -99,7 +107,8 @@ AdResultSetPtr Session::BuildResultSet(const AdQueryDefPtr& query) {
     if (own == nullptr) {
         ThrowBadValue(u"the query is not one of this session", __LINE__);
     }
-    return AdResultSetPtr(new ResultSet(m_parts, AdPtr<QueryDef>(own)));
+    return AdResultSetPtr(new ResultSet(
+        std::shared_ptr<const QueryParts>(m_parts, &m_parts->ofQueries), AdPtr<QueryDef>(own)));
 }
 
 void Session::UnbuildResultSet(AdResultSetPtr& resultSet) {
@@ -135,6 +144,18 @@ void Session::RevertImportHistory() {
 void Session::UpdateImportHistoryExpiredTimestamp(AdEntityDef* recordType, long recordId) {
     const EntityDef& def = m_parts->definitions.Own(recordType);
     m_parts->failures.Guard([&] { m_parts->history.UpdateExpiry(def.Type(), recordId); });
+}
+
+const Statistics& Session::GetStatistics() const {
+    return m_parts->statistics;
+}
+
+Obx_String Session::TakeLastRefusal() {
+    return std::exchange(m_parts->lastRefusal, Obx_String());
+}
+
+const std::optional<sql::Error>& Session::Failure() const {
+    return m_parts->failures.Last();
 }
 
 std::unique_ptr<SessionTransaction> Session::BeginTransaction() {

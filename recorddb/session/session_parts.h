@@ -1,65 +1,81 @@
 #ifndef RECORDDB_SESSION_SESSION_PARTS_H
 #define RECORDDB_SESSION_SESSION_PARTS_H
 
-#include "platform/core/adptr.h"
-#include "recorddb/database.h"
+#include "platform/foundation/obx_string.h"
 #include "recorddb/editing/database_failures.h"
 #include "recorddb/editing/definitions.h"
+#include "recorddb/editing/entity.h"
 #include "recorddb/editing/history_import.h"
 #include "recorddb/editing/query_statements.h"
+#include "recorddb/editing/record_attachments.h"
+#include "recorddb/editing/record_checks.h"
+#include "recorddb/editing/record_writer.h"
 #include "recorddb/editing/reference_keys.h"
+#include "recorddb/editing/result_set.h"
 #include "recorddb/editing/value_rules.h"
-#include "recorddb/files/attachment_folder.h"
-#include "recorddb/session/session_options.h"
-#include "recorddb/session/statistics.h"
-#include "recorddb/store/attachment_table.h"
-#include "recorddb/store/content_store.h"
+#include "recorddb/session_options.h"
+#include "recorddb/statistics.h"
 #include "recorddb/store/dbid_reservations.h"
 #include "recorddb/store/duplicate_table.h"
+#include "recorddb/store/history_table.h"
+#include "recorddb/store/key_table.h"
+#include "recorddb/store/record_ids.h"
 #include "recorddb/store/record_tables.h"
+#include "recorddb/store/search_indexes.h"
 
 namespace recorddb {
 
-// What a session, its records and its result sets share. Each of them holds a handle, so that they
-// may be let go of in any order.
-class SessionParts final : public AdRefCounted {
-  public:
-    // The database outlives the session and all that it handed out.
-    SessionParts(Database& base, const SessionOptions& options)
-        : database(base),
-          connection(base.GetConnection()),
-          schema(base.GetSchema()),
+// What a session owns. Its records and result sets each get what they use of it, and a share in
+// the whole, so that they may be let go of in any order.
+struct SessionParts {
+    // Connection, schema and indexes outlive the session and all that it handed out.
+    SessionParts(sql::Connection& connectionOfSession, const schema::Schema& schema,
+                 schema::SearchIndexes& searchIndexes, const SessionOptions& options)
+        : connection(connectionOfSession),
           failures(connection),
           definitions(schema),
           tables(connection, schema),
-          keys(connection, schema, options.references),
+          keyTable(connection, schema),
+          keys(connection, schema, keyTable, options.references),
           rules(schema, keys),
-          dbids(connection, base.GetRecordIds()),
+          ids(connection, schema),
+          dbids(connection, ids),
+          historyTable(connection),
+          history(connection, schema, tables, historyTable),
+          attachments(connection,
+                      AttachmentFolder(options.attachmentsFolder, options.maxAttachmentSize),
+                      options.examineAttachments ? ContentStore::Keeping::Examine
+                                                 : ContentStore::Keeping::Store),
+          duplicates(connection),
+          checks(schema, tables, keyTable),
+          writer({connection, tables, keyTable, keys, dbids, attachments, duplicates, checks}),
           queryStatements(connection),
-          history(connection, schema, tables),
-          folder(options.attachmentsFolder, options.maxAttachmentSize),
-          attachments(connection),
-          contents(connection, options.examineAttachments ? ContentStore::Keeping::Examine
-                                                          : ContentStore::Keeping::Store),
-          duplicates(connection) {}
+          ofEntities{failures,    tables,     keyTable, rules,  dbids,      historyTable,
+                     attachments, duplicates, checks,   writer, statistics, lastRefusal},
+          ofQueries{failures, schema, keyTable, keys, queryStatements, searchIndexes} {}
+    SessionParts(const SessionParts&) = delete;
+    SessionParts& operator=(const SessionParts&) = delete;
 
-    Database& database;
     sql::Connection& connection;
-    const schema::Schema& schema;
     DatabaseFailures failures;
     Statistics statistics;
+    Obx_String lastRefusal;  // see Session::TakeLastRefusal
     Definitions definitions;
     RecordTables tables;
+    KeyTable keyTable;
     ReferenceKeys keys;
     ValueRules rules;
+    schema::RecordIds ids;
     DbIdReservations dbids;
-    QueryStatements queryStatements;
+    HistoryTable historyTable;
     HistoryImport history;
-    AttachmentFolder folder;
-    AttachmentTable attachments;
-    ContentStore contents;
+    RecordAttachments attachments;
     DuplicateTable duplicates;
-    Obx_String lastRefusal;  // see Session::TakeLastRefusal
+    RecordChecks checks;
+    RecordWriter writer;
+    QueryStatements queryStatements;
+    EntityParts ofEntities;
+    QueryParts ofQueries;
 };
 
 }  // namespace recorddb

@@ -1,10 +1,19 @@
-#include "recorddb/session/session_transaction.h"
-
 #include <utility>
+
+#include "recorddb/session.h"
+#include "recorddb/session/session_parts.h"
+#include "recorddb/sql.h"
+#include "recorddb/sql/savepoint.h"
 
 namespace recorddb {
 
 namespace {
+
+// What a session has in memory and must go back to when work is undone.
+struct SessionState {
+    Statistics statistics;
+    std::size_t pendingHistory = 0;
+};
 
 SessionState StateOf(const SessionParts& parts) {
     return {.statistics = parts.statistics, .pendingHistory = parts.history.PendingCount()};
@@ -17,31 +26,51 @@ void GoBackTo(const SessionState& state, SessionParts& parts) noexcept {
 
 }  // namespace
 
-SessionSavepoint::SessionSavepoint(AdPtr<SessionParts> parts)
-    : m_parts(std::move(parts)), m_before(StateOf(*m_parts)), m_savepoint(m_parts->connection) {}
+struct SessionSavepoint::State {
+    explicit State(std::shared_ptr<SessionParts> session)
+        : parts(std::move(session)), before(StateOf(*parts)), savepoint(parts->connection) {}
+
+    std::shared_ptr<SessionParts> parts;
+    SessionState before;
+    sql::Savepoint savepoint;
+    bool isOpen = true;
+};
+
+SessionSavepoint::SessionSavepoint(std::shared_ptr<SessionParts> parts)
+    : m_state(std::make_unique<State>(std::move(parts))) {}
 
 SessionSavepoint::~SessionSavepoint() {
     Rollback();
 }
 
 void SessionSavepoint::Release() {
-    m_parts->failures.Watch([this] { m_savepoint.Release(); });
-    m_open = false;
+    m_state->parts->failures.Watch([this] { m_state->savepoint.Release(); });
+    m_state->isOpen = false;
 }
 
 void SessionSavepoint::Rollback() noexcept {
-    if (!m_open) {
+    if (!m_state->isOpen) {
         return;
     }
-    m_open = false;
-    m_savepoint.Rollback();
-    GoBackTo(m_before, *m_parts);
+    m_state->isOpen = false;
+    m_state->savepoint.Rollback();
+    GoBackTo(m_state->before, *m_state->parts);
 }
 
-SessionTransaction::SessionTransaction(AdPtr<SessionParts> parts)
-    : m_parts(std::move(parts)),
-      m_before(StateOf(*m_parts)),
-      m_transaction(m_parts->failures.Watch([this] { return m_parts->database.Begin(); })) {}
+struct SessionTransaction::State {
+    explicit State(std::shared_ptr<SessionParts> session)
+        : parts(std::move(session)),
+          before(StateOf(*parts)),
+          transaction(
+              parts->failures.Watch([this] { return sql::Transaction(parts->connection); })) {}
+
+    std::shared_ptr<SessionParts> parts;
+    SessionState before;
+    sql::Transaction transaction;
+};
+
+SessionTransaction::SessionTransaction(std::shared_ptr<SessionParts> parts)
+    : m_state(std::make_unique<State>(std::move(parts))) {}
 
 SessionTransaction::~SessionTransaction() {
     Rollback();
@@ -49,7 +78,7 @@ SessionTransaction::~SessionTransaction() {
 
 void SessionTransaction::Commit() {
     try {
-        m_parts->failures.Watch([this] { m_transaction.Commit(); });
+        m_state->parts->failures.Watch([this] { m_state->transaction.Commit(); });
     } catch (const sql::Error&) {
         Rollback();
         throw;
@@ -57,15 +86,16 @@ void SessionTransaction::Commit() {
 }
 
 void SessionTransaction::Rollback() noexcept {
-    if (!m_transaction.IsOpen()) {
+    if (!m_state->transaction.IsOpen()) {
         return;
     }
-    m_transaction.Rollback();
-    GoBackTo(m_before, *m_parts);
+    m_state->transaction.Rollback();
+    GoBackTo(m_state->before, *m_state->parts);
 }
 
 std::unique_ptr<SessionSavepoint> SessionTransaction::Savepoint() {
-    return m_parts->failures.Watch([this] { return std::make_unique<SessionSavepoint>(m_parts); });
+    return m_state->parts->failures.Watch(
+        [this] { return std::make_unique<SessionSavepoint>(m_state->parts); });
 }
 
 }  // namespace recorddb

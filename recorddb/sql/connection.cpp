@@ -1,8 +1,7 @@
-#include "recorddb/sql/connection.h"
-
 #include <stdexcept>
 
-#include "recorddb/sql/error.h"
+#include "recorddb/errors.h"
+#include "recorddb/sql.h"
 
 namespace recorddb::sql {
 

@@ -1,6 +1,6 @@
-#include "recorddb/sql/error.h"
-
 #include <utility>
+
+#include "recorddb/errors.h"
 
 namespace recorddb::sql {
 

@@ -1,6 +1,5 @@
-#include "recorddb/sql/open.h"
-
-#include "recorddb/sql/error.h"
+#include "recorddb/errors.h"
+#include "recorddb/sql.h"
 #include "recorddb/sql/sqlite/sqlite_connection.h"
 
 namespace recorddb::sql {

@@ -1,7 +1,7 @@
 #ifndef RECORDDB_SQL_SAVEPOINT_H
 #define RECORDDB_SQL_SAVEPOINT_H
 
-#include "recorddb/sql/connection.h"
+#include "recorddb/sql.h"
 
 namespace recorddb::sql {
 

@@ -1,7 +1,7 @@
 #ifndef RECORDDB_SQL_STORAGE_H
 #define RECORDDB_SQL_STORAGE_H
 
-#include "recorddb/sql/statement.h"
+#include "recorddb/sql.h"
 
 namespace recorddb::sql {
 

@@ -1,7 +1,7 @@
-#include "recorddb/sql/transaction.h"
-
 #include <stdexcept>
 #include <utility>
+
+#include "recorddb/sql.h"
 
 namespace recorddb::sql {
 

@@ -3,8 +3,8 @@
 
 #include <optional>
 
+#include "recorddb/sql.h"
 #include "recorddb/sql/savepoint.h"
-#include "recorddb/sql/transaction.h"
 
 namespace recorddb {
 

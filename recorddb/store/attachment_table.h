@@ -6,19 +6,10 @@
 #include <string_view>
 #include <vector>
 
-#include "recorddb/sql/connection.h"
+#include "recorddb/record.h"
+#include "recorddb/sql.h"
 
 namespace recorddb {
-
-// An attachment of a record. Texts in UTF-8.
-struct Attachment {
-    std::int64_t dbid = 0;  // 0 until it is written
-    std::string field;
-    std::string fileName;  // without folders
-    std::int64_t fileSize = 0;
-    std::string description;
-    std::string sha256;  // of its content; empty until it is written
-};
 
 // The table of attachments. Every operation throws sql::Error.
 class AttachmentTable {

@@ -1,13 +1,13 @@
 #include "recorddb/store/content_store.h"
 
-#include "recorddb/files/content_hash.h"
+#include "recorddb/sha256.h"
 
 namespace recorddb {
 
 PaMessage ContentStore::Store(const AttachmentFile& file, Content& content) {
     // Read once to know the hash and, if the content is new, again to store it: chunks stand under
     // the hash of the whole.
-    ContentHash hash;
+    Sha256 hash;
     PaMessage problem =
         file.Read([&hash](std::span<const std::byte> piece) { hash.Update(piece); });
     if (problem.ID() != 0) {
@@ -22,7 +22,7 @@ PaMessage ContentStore::Store(const AttachmentFile& file, Content& content) {
 }
 
 PaMessage ContentStore::AddChunks(const AttachmentFile& file, const std::string& sha256) {
-    ContentHash hash;
+    Sha256 hash;
     std::int64_t chunks = 0;
     PaMessage problem = file.Read([&](std::span<const std::byte> piece) {
         hash.Update(piece);

@@ -8,8 +8,8 @@
 #include <string>
 
 #include "platform/messages/pamessage.h"
-#include "recorddb/files/attachment_file.h"
-#include "recorddb/sql/connection.h"
+#include "recorddb/attachment_folder.h"
+#include "recorddb/sql.h"
 
 namespace recorddb {
 

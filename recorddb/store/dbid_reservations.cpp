@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <optional>
 
-#include "recorddb/sql/transaction.h"
+#include "recorddb/sql.h"
 
 namespace recorddb {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "recorddb/sql/connection.h"
+#include "recorddb/sql.h"
 #include "recorddb/store/record_ids.h"
 
 namespace recorddb {

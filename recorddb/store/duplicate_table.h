@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-#include "recorddb/sql/connection.h"
+#include "recorddb/sql.h"
 
 namespace recorddb {
 

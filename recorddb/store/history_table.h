@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "recorddb/sql/connection.h"
-#include "recorddb/store/history_entry.h"
+#include "recorddb/record.h"
+#include "recorddb/sql.h"
 #include "recorddb/store/history_expiry.h"
 
 namespace recorddb {

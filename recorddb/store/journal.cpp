@@ -1,4 +1,6 @@
-#include "recorddb/store/journal.h"
+#include "recorddb/journal.h"
+
+#include "recorddb/sql.h"
 
 namespace recorddb::journal {
 

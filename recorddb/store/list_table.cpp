@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "recorddb/store/tables.h"
+#include "recorddb/model/names.h"
 
 namespace recorddb {
 
@@ -23,7 +23,7 @@ FieldValue ListTable::Load(std::int64_t record) {
     if (m_load == nullptr) {
         m_load = &m_connection.Prepare(
             fmt::format("SELECT target FROM {} WHERE record = $1 ORDER BY position",
-                        schema::Quoted(schema::ListTableName(m_type, m_field))));
+                        sql::Quoted(schema::ListTableName(m_type, m_field))));
     }
     const sql::ResetGuard guard(*m_load);
     m_load->BindInt(1, record);
@@ -36,7 +36,7 @@ FieldValue ListTable::Load(std::int64_t record) {
 
 void ListTable::Save(std::int64_t record, const FieldValue& saved, const FieldValue& list) {
     if (m_add == nullptr) {
-        const std::string table = schema::Quoted(schema::ListTableName(m_type, m_field));
+        const std::string table = sql::Quoted(schema::ListTableName(m_type, m_field));
         m_cut = &m_connection.Prepare(
             fmt::format("DELETE FROM {} WHERE record = $1 AND position >= $2", table));
         m_add = &m_connection.Prepare(

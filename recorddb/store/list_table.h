@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
-#include "recorddb/model/record_type.h"
-#include "recorddb/sql/connection.h"
-#include "recorddb/store/field_value.h"
+#include "recorddb/model/field_value.h"
+#include "recorddb/schema.h"
+#include "recorddb/sql.h"
 
 namespace recorddb {
 

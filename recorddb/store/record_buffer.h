@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-#include "recorddb/store/field_value.h"
+#include "recorddb/model/field_value.h"
 
 namespace recorddb {
 

@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "recorddb/model/schema.h"
-#include "recorddb/sql/connection.h"
+#include "recorddb/schema.h"
+#include "recorddb/sql.h"
 
 namespace recorddb::schema {
 

@@ -5,13 +5,14 @@
 #include <algorithm>
 #include <string>
 
+#include "recorddb/store/bind_value.h"
 #include "recorddb/store/tables.h"
 
 namespace recorddb {
 
 namespace {
 
-using schema::Quoted;
+using sql::Quoted;
 
 // Statements kept for different sets of changed columns. Past that many, all columns are written.
 constexpr std::size_t mostUpdates = 64;

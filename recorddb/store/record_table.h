@@ -6,8 +6,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "recorddb/model/record_type.h"
-#include "recorddb/sql/connection.h"
+#include "recorddb/schema.h"
+#include "recorddb/sql.h"
 #include "recorddb/store/record_buffer.h"
 
 namespace recorddb {

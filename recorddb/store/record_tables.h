@@ -5,7 +5,7 @@
 #include <map>
 #include <utility>
 
-#include "recorddb/model/schema.h"
+#include "recorddb/schema.h"
 #include "recorddb/store/list_table.h"
 #include "recorddb/store/record_table.h"
 

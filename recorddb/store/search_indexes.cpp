@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "recorddb/sql/transaction.h"
+#include "recorddb/sql.h"
 #include "recorddb/store/tables.h"
 
 namespace recorddb::schema {
@@ -56,7 +56,7 @@ void SearchIndexes::Make(const RecordType& type, const Field& field, State& stat
     }
     if (!exists) {
         const std::string script = fmt::format("CREATE INDEX IF NOT EXISTS {} ON {} ({})", name,
-                                               Quoted(type.name), Quoted(field.name));
+                                               sql::Quoted(type.name), sql::Quoted(field.name));
         if (m_connection.InTransaction()) {
             m_connection.ExecuteScript(script);
         } else {

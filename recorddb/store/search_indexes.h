@@ -5,8 +5,8 @@
 #include <optional>
 #include <vector>
 
-#include "recorddb/model/schema.h"
-#include "recorddb/sql/connection.h"
+#include "recorddb/schema.h"
+#include "recorddb/sql.h"
 
 namespace recorddb::schema {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "recorddb/database_error.h"
-#include "recorddb/schemafile/schema_file.h"
+#include "recorddb/errors.h"
+#include "recorddb/model/names.h"
 #include "recorddb/store/own_tables.h"
 #include "recorddb/store/tables.h"
 
@@ -46,6 +46,38 @@ void CheckFormat(std::int64_t format, std::int64_t oldest, std::int64_t newest,
                             "of record types); make a new one in another file");
 }
 
+}  // namespace
+
+void StoreSchema(sql::Connection& connection, const Schema& schema) {
+    connection.ExecuteScript(OwnTablesScript(connection.GetDialect()));
+    connection.ExecuteScript(RecordTablesScript(schema, connection.GetDialect()));
+    sql::Statement& store = connection.Prepare(
+        "INSERT INTO zt_schema (format_version, oldest_readable, newest_readable, schema_text) "
+        "VALUES ($1, $2, $3, $4)");
+    store.BindAll(formatVersion, oldestReadable, newestReadable, schema.Text());
+    store.Execute();
+    sql::Statement& name =
+        connection.Prepare("INSERT INTO zt_record_type (id, name, kind) VALUES ($1, $2, $3)");
+    for (const RecordType& type : schema.Types()) {
+        name.BindAll(type.id, type.name, static_cast<int>(type.kind));
+        name.Execute();
+    }
+}
+
+std::string LoadSchemaText(sql::Connection& connection, const std::string& location) {
+    if (!connection.HasTable("zt_schema")) {
+        NotOurs(location);
+    }
+    sql::Statement& load = connection.Prepare(
+        "SELECT format_version, oldest_readable, newest_readable, schema_text FROM zt_schema");
+    const sql::ResetGuard guard(load);
+    if (!load.Step()) {
+        NotOurs(location);
+    }
+    CheckFormat(load.Int(0), load.Int(1), load.Int(2), location);
+    return std::string(load.Text(3));
+}
+
 // A view in the place of a table would answer with what it likes, and need not come to an end.
 void CheckTables(sql::Connection& connection, const Schema& schema, const std::string& location) {
     std::vector<std::string> names(ownTables.begin(), ownTables.end());
@@ -67,40 +99,6 @@ void CheckTables(sql::Connection& connection, const Schema& schema, const std::s
                             location, name));
         }
     }
-}
-
-}  // namespace
-
-void StoreSchema(sql::Connection& connection, const Schema& schema) {
-    connection.ExecuteScript(OwnTablesScript(connection.GetDialect()));
-    connection.ExecuteScript(RecordTablesScript(schema, connection.GetDialect()));
-    sql::Statement& store = connection.Prepare(
-        "INSERT INTO zt_schema (format_version, oldest_readable, newest_readable, schema_text) "
-        "VALUES ($1, $2, $3, $4)");
-    store.BindAll(formatVersion, oldestReadable, newestReadable, schema.Text());
-    store.Execute();
-    sql::Statement& name =
-        connection.Prepare("INSERT INTO zt_record_type (id, name, kind) VALUES ($1, $2, $3)");
-    for (const RecordType& type : schema.Types()) {
-        name.BindAll(type.id, type.name, static_cast<int>(type.kind));
-        name.Execute();
-    }
-}
-
-Schema LoadSchema(sql::Connection& connection, const std::string& location) {
-    if (!connection.HasTable("zt_schema")) {
-        NotOurs(location);
-    }
-    sql::Statement& load = connection.Prepare(
-        "SELECT format_version, oldest_readable, newest_readable, schema_text FROM zt_schema");
-    const sql::ResetGuard guard(load);
-    if (!load.Step()) {
-        NotOurs(location);
-    }
-    CheckFormat(load.Int(0), load.Int(1), load.Int(2), location);
-    Schema schema = ReadSchema(std::string(load.Text(3)), location + " (stored schema)");
-    CheckTables(connection, schema, location);
-    return schema;
 }
 
 }  // namespace recorddb::schema

@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <string>
 
-#include "recorddb/model/schema.h"
-#include "recorddb/sql/connection.h"
+#include "recorddb/schema.h"
+#include "recorddb/sql.h"
 
 namespace recorddb::schema {
 
@@ -22,11 +22,14 @@ constexpr std::int64_t newestReadable = formatVersion;
 // Throws sql::Error.
 void StoreSchema(sql::Connection& connection, const Schema& schema);
 
-// Reads the schema that a database was made from, and sees that its tables are there; location
-// names the database in errors. Throws DatabaseError when it is no record database, one of a format
-// that this program cannot use or one whose tables were replaced, SchemaError or sql::Error when
-// what is stored is damaged.
-Schema LoadSchema(sql::Connection& connection, const std::string& location);
+// The text of the schema file that a database was made from; location names the database in
+// errors. Throws DatabaseError when it is no record database or one of a format that this program
+// cannot use, sql::Error when what is stored is damaged.
+std::string LoadSchemaText(sql::Connection& connection, const std::string& location);
+
+// Sees that the tables of a schema are there. Throws DatabaseError when they were replaced or taken
+// away, sql::Error.
+void CheckTables(sql::Connection& connection, const Schema& schema, const std::string& location);
 
 }  // namespace recorddb::schema
 

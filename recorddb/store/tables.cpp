@@ -5,9 +5,14 @@
 #include <algorithm>
 #include <vector>
 
+#include "recorddb/model/names.h"
+#include "recorddb/sql.h"
+
 namespace recorddb::schema {
 
 namespace {
+
+using sql::Quoted;
 
 std::string_view ColumnType(FieldKind kind) {
     // BIGINT, since INTEGER has 32 bits in PostgreSQL.
@@ -121,19 +126,6 @@ void WriteListTable(ScriptWriter& writer, const Schema& schema, const RecordType
 }
 
 }  // namespace
-
-std::string Quoted(std::string_view name) {
-    std::string quoted = "\"";
-    for (const char character : name) {
-        quoted.append(character == '"' ? 2 : 1, character);
-    }
-    quoted += '"';
-    return quoted;
-}
-
-std::string ListTableName(const RecordType& type, const Field& field) {
-    return type.name + "__" + field.name;
-}
 
 std::string RecordTablesScript(const Schema& schema, const sql::Dialect& dialect) {
     ScriptWriter writer(dialect);

@@ -4,20 +4,13 @@
 #include <string>
 #include <string_view>
 
-#include "recorddb/model/schema.h"
+#include "recorddb/schema.h"
 #include "recorddb/sql/dialect.h"
 
 namespace recorddb::schema {
 
 // The column of every record type's table that counts the record's versions, from 1.
 constexpr std::string_view versionColumn = "zt_version";
-
-// A name as an SQL identifier, in double quotes, so that names which are words of SQL work.
-std::string Quoted(std::string_view name);
-
-// The table of a reference list, such as bug__keywords(record, position, target): record and target
-// are dbids, position counts from 0. Not quoted.
-std::string ListTableName(const RecordType& type, const Field& field);
 
 // The script that makes the tables and indexes of a schema's record types: one table per type, with
 // the columns `dbid`, the version and one per field that has one, named as the schema names them;

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "recorddb/database.h"
-#include "recorddb/schemafile/schema_file.h"
+#include "recorddb/schema.h"
 #include "sample_schema.h"
 #include "temporary_folder.h"
 

@@ -11,8 +11,8 @@
 
 #include "platform/messages/pamsgexception.h"
 #include "recorddb/database.h"
-#include "recorddb/schemafile/schema_file.h"
-#include "recorddb/session/session.h"
+#include "recorddb/schema.h"
+#include "recorddb/session.h"
 #include "temporary_folder.h"
 
 namespace recorddb {

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "recorddb/sql/error.h"
+#include "recorddb/errors.h"
 
 namespace tool {
 

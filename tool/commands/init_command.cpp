@@ -6,7 +6,7 @@
 #include <system_error>
 
 #include "recorddb/database.h"
-#include "recorddb/schemafile/schema_file.h"
+#include "recorddb/schema.h"
 #include "tool/process/usage_error.h"
 #include "tool/text/masked_password.h"
 #include "tool/text/number_text.h"

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "recorddb/database.h"
-#include "recorddb/session/session.h"
+#include "recorddb/session.h"
 #include "tool/commands/database_failure.h"
 #include "tool/commands/output_guard.h"
 #include "tool/html/html_load_report.h"

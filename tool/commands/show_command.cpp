@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "recorddb/database.h"
-#include "recorddb/reader/record_reader.h"
+#include "recorddb/reader.h"
 #include "tool/process/usage_error.h"
 #include "tool/report/record_printer.h"
 

@@ -1,6 +1,6 @@
 #include "tool/html/attachment_words.h"
 
-#include "recorddb/session/session_options.h"
+#include "recorddb/session_options.h"
 
 namespace tool {
 

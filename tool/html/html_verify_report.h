@@ -1,7 +1,7 @@
 #ifndef TOOL_HTML_HTML_VERIFY_REPORT_H
 #define TOOL_HTML_HTML_VERIFY_REPORT_H
 
-#include "recorddb/store/journal.h"
+#include "recorddb/journal.h"
 #include "tool/html/verify_findings.h"
 #include "tool/io/replacing_file.h"
 #include "tool/verify/verify_sink.h"

@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "recorddb/integrity/fault.h"
-#include "recorddb/store/journal.h"
+#include "recorddb/integrity.h"
+#include "recorddb/journal.h"
 #include "tool/html/example_groups.h"
 #include "tool/html/run_summary.h"
 #include "tool/verify/data_source.h"

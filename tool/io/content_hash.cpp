@@ -1,11 +1,11 @@
 #include "tool/io/content_hash.h"
 
-#include "recorddb/files/content_hash.h"
+#include "recorddb/sha256.h"
 
 namespace tool {
 
 std::string HashText(std::string_view text) {
-    recorddb::ContentHash hash;
+    recorddb::Sha256 hash;
     hash.Update(text);
     return hash.HexDigest();
 }

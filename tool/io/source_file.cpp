@@ -11,7 +11,7 @@
 #include <system_error>
 #include <utility>
 
-#include "recorddb/files/content_hash.h"
+#include "recorddb/sha256.h"
 #include "tool/io/source_error.h"
 
 namespace tool {
@@ -131,7 +131,7 @@ class SourceFile::Reader : public ByteSource {
     }
 
     std::shared_ptr<const File> m_file;
-    recorddb::ContentHash m_hash;
+    recorddb::Sha256 m_hash;
     std::vector<char> m_block;
     std::size_t m_at = 0;
     std::size_t m_filled = 0;
@@ -146,7 +146,7 @@ SourceFile::SourceFile(const std::filesystem::path& path, std::string name)
 SourceFile::~SourceFile() = default;
 
 void SourceFile::Hash() {
-    recorddb::ContentHash hash;
+    recorddb::Sha256 hash;
     std::vector<char> block(std::min<std::uint64_t>(blockSize, m_file->size));
     for (std::uint64_t offset = 0; offset < m_file->size; offset += block.size()) {
         block.resize(std::min<std::uint64_t>(blockSize, m_file->size - offset));

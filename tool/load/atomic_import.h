@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "recorddb/session/session.h"
+#include "recorddb/session.h"
 #include "tool/load/load_totals.h"
 #include "tool/load/record_group.h"
 #include "tool/load/record_importer.h"

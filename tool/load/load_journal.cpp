@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "recorddb/sql/error.h"
+#include "recorddb/errors.h"
 
 namespace tool {
 

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "recorddb/store/journal.h"
+#include "recorddb/journal.h"
 #include "tool/load/load_totals.h"
 
 namespace tool {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "recorddb/session/session_options.h"
+#include "recorddb/session_options.h"
 #include "tool/packet/record_limits.h"
 
 namespace tool {

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "recorddb/session/session.h"
-#include "recorddb/session/session_options.h"
+#include "recorddb/session.h"
+#include "recorddb/session_options.h"
 #include "tool/load/load_options.h"
 
 namespace tool {

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "platform/foundation/obx_string.h"
-#include "recorddb/model/names.h"
+#include "recorddb/schema.h"
 #include "tool/packet/record_fields.h"
 
 namespace tool {
@@ -151,7 +151,7 @@ bool MissingRecords::IsThere(const Wanted& wanted) {
     if (field == nullptr || !IsComparedAsText(*field)) {
         return true;
     }
-    m_database.GetSearchIndexes().Ensure(*wanted.type, *field);
+    m_database.EnsureSearchIndex(*wanted.type, *field);
     return !m_reader.FindByValue(*wanted.type, *field, wanted.value, 1).empty();
 }
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "recorddb/database.h"
-#include "recorddb/reader/record_reader.h"
+#include "recorddb/reader.h"
 #include "tool/packet/import_configuration.h"
 
 namespace tool {

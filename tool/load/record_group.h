@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-#include "recorddb/session/session.h"
+#include "recorddb/session.h"
 #include "tool/load/load_policy.h"
 
 namespace tool {

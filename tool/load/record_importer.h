@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "recorddb/session/session.h"
+#include "recorddb/session.h"
 #include "tool/packet/import_configuration.h"
 #include "ztimporter/adimporter.h"
 

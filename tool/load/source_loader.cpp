@@ -5,7 +5,7 @@
 #include <new>
 #include <utility>
 
-#include "recorddb/reader/record_reader.h"
+#include "recorddb/reader.h"
 #include "tool/io/source_error.h"
 #include "tool/load/data_loader.h"
 #include "tool/losses/loss_finder.h"
@@ -21,7 +21,7 @@ KeyLosses::Exists HasValue(recorddb::Database& database) {
     const auto reader = std::make_shared<recorddb::RecordReader>(database);
     return [&database, reader](const recorddb::schema::RecordType& type,
                                const recorddb::schema::Field& field, const std::string& value) {
-        database.GetSearchIndexes().Ensure(type, field);
+        database.EnsureSearchIndex(type, field);
         return !reader->FindByValue(type, field, value, 1).empty();
     };
 }

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "recorddb/database.h"
-#include "recorddb/session/session.h"
+#include "recorddb/session.h"
 #include "tool/load/atomic_import.h"
 #include "tool/load/load_options.h"
 #include "tool/load/load_policy.h"

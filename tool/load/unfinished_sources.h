@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "recorddb/store/journal.h"
+#include "recorddb/journal.h"
 
 namespace tool {
 

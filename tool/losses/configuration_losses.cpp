@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "recorddb/model/names.h"
+#include "recorddb/schema.h"
 #include "tool/packet/expat_parser.h"
 #include "tool/packet/packet_head.h"
 

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "recorddb/model/schema.h"
+#include "recorddb/schema.h"
 #include "tool/losses/record_losses.h"
 #include "tool/packet/import_configuration.h"
 

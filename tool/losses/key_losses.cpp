@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "platform/foundation/obx_string.h"
-#include "recorddb/model/names.h"
+#include "recorddb/schema.h"
 #include "tool/losses/value_losses.h"
 #include "tool/packet/record_fields.h"
 

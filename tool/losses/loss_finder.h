@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "recorddb/model/schema.h"
+#include "recorddb/schema.h"
 #include "tool/losses/key_losses.h"
 #include "tool/losses/loss.h"
 #include "tool/losses/loss_search.h"

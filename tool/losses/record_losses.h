@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "recorddb/model/record_type.h"
+#include "recorddb/schema.h"
 #include "tool/losses/key_losses.h"
 #include "tool/losses/loss.h"
 #include "tool/losses/record_readings.h"

@@ -1,6 +1,6 @@
 #include "tool/packet/field_use.h"
 
-#include "recorddb/model/names.h"
+#include "recorddb/schema.h"
 #include "tool/packet/record_fields.h"
 
 namespace tool {

@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "recorddb/model/record_type.h"
+#include "recorddb/schema.h"
 #include "tool/packet/import_configuration.h"
 
 namespace tool {

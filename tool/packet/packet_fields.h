@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "recorddb/model/record_type.h"
+#include "recorddb/schema.h"
 #include "tool/packet/import_configuration.h"
 
 namespace tool {

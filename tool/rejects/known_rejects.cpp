@@ -11,7 +11,7 @@
 #include <charconv>
 #include <system_error>
 
-#include "recorddb/files/content_hash.h"
+#include "recorddb/sha256.h"
 #include "tool/io/byte_source.h"
 #include "tool/io/output_file.h"
 
@@ -145,13 +145,13 @@ std::string_view PlaceIn(std::string_view line) {
 }
 
 std::string HashOf(std::string_view configuration) {
-    recorddb::ContentHash hash;
+    recorddb::Sha256 hash;
     hash.Update(configuration);
     return hash.HexDigest();
 }
 
 std::string HashOf(const InputFile& file) {
-    recorddb::ContentHash hash;
+    recorddb::Sha256 hash;
     if (file.IsRegular()) {
         std::uint64_t offset = 0;
         for (std::string piece = file.Read(0, kPieceSize); !piece.empty();
@@ -242,7 +242,7 @@ bool KnownRejects::Holds(const Place& place, std::string_view text) {
 }
 
 KnownRejects::Key KnownRejects::KeyOf(std::string_view configurationHash, std::string_view place) {
-    recorddb::ContentHash hash;
+    recorddb::Sha256 hash;
     hash.Update(configurationHash);
     hash.Update(place);
     const std::string hex = hash.HexDigest();

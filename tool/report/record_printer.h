@@ -4,7 +4,7 @@
 #include <ostream>
 #include <string>
 
-#include "recorddb/reader/record_reader.h"
+#include "recorddb/reader.h"
 
 namespace tool {
 

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <string>
 
-#include "recorddb/model/schema.h"
+#include "recorddb/schema.h"
 #include "tool/packet/import_configuration.h"
 
 namespace tool {

@@ -9,8 +9,8 @@
 #include <optional>
 #include <string>
 
-#include "recorddb/model/record_type.h"
-#include "recorddb/store/journal.h"
+#include "recorddb/journal.h"
+#include "recorddb/schema.h"
 #include "tool/io/source_file.h"
 #include "tool/packet/import_configuration.h"
 #include "tool/sources/record_source.h"

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "recorddb/editing/value_text.h"
+#include "recorddb/value_text.h"
 
 namespace tool {
 

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "recorddb/reader/record_reader.h"
+#include "recorddb/reader.h"
 #include "tool/verify/attachment_files.h"
 #include "tool/verify/difference_reporter.h"
 #include "tool/verify/expected_record.h"

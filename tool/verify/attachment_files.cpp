@@ -1,12 +1,12 @@
 #include "tool/verify/attachment_files.h"
 
-#include "recorddb/files/content_hash.h"
+#include "recorddb/sha256.h"
 
 namespace tool {
 
 FileContent AttachmentFiles::Read(const std::string& name, std::string_view field) const {
     recorddb::AttachmentFile file;
-    recorddb::ContentHash hash;
+    recorddb::Sha256 hash;
     PaMessage problem = m_folder.Open(name, field, file);
     if (problem.ID() == 0) {
         problem = file.Read([&hash](std::span<const std::byte> piece) { hash.Update(piece); });

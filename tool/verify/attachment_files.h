@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "recorddb/files/attachment_folder.h"
+#include "recorddb/attachment_folder.h"
 
 namespace tool {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "recorddb/store/journal.h"
+#include "recorddb/journal.h"
 #include "tool/packet/import_configuration.h"
 
 namespace tool {

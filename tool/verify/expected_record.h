@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "recorddb/model/record_type.h"
+#include "recorddb/schema.h"
 #include "tool/packet/source_formats.h"
 #include "tool/verify/kept_record.h"
 #include "tool/verify/reference_resolver.h"

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "recorddb/database.h"
-#include "recorddb/reader/record_reader.h"
+#include "recorddb/reader.h"
 #include "tool/verify/verify_sink.h"
 #include "tool/verify/verify_tally.h"
 

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "recorddb/store/history_entry.h"
+#include "recorddb/record.h"
 #include "tool/verify/difference_reporter.h"
 #include "tool/verify/expected_record.h"
 #include "tool/verify/verify_summary.h"

@@ -4,7 +4,6 @@
 
 #include <utility>
 
-#include "recorddb/store/tables.h"
 #include "tool/verify/scratch_failure.h"
 #include "tool/verify/stored_text.h"
 
@@ -26,10 +25,7 @@ std::string CopyName(const RecordType& type, const Field& field) {
 
 RecordLookup::RecordLookup(recorddb::Database& database, recorddb::RecordReader& reader,
                            recorddb::sql::Connection& scratch, recorddb::KeySearchLimits limits)
-    : m_database(database),
-      m_reader(reader),
-      m_scratch(scratch),
-      m_keys(database.GetConnection(), database.GetSchema(), std::move(limits)) {}
+    : m_database(database), m_reader(reader), m_scratch(scratch), m_limits(std::move(limits)) {}
 
 std::vector<std::int64_t> RecordLookup::Find(const RecordType& type, const Field& field,
                                              std::string_view value) {
@@ -45,7 +41,7 @@ std::vector<std::int64_t> RecordLookup::Find(const RecordType& type, const Field
         }
         stored = std::to_string(match.dbid);
     }
-    return m_database.GetSearchIndexes().Has(type, field)
+    return m_database.HasSearchIndex(type, field)
                ? m_reader.FindByValue(type, field, stored, kLimit)
                : FindCopied(type, field, stored);
 }
@@ -72,21 +68,17 @@ void RecordLookup::Copy(const RecordType& type, const Field& field) {
         fmt::format("CREATE TABLE {} (value TEXT NOT NULL, dbid INTEGER NOT NULL)", name));
     auto& insert =
         m_scratch.Prepare(fmt::format("INSERT INTO {} (value, dbid) VALUES ($1, $2)", name));
-    auto& read = m_database.GetConnection().Prepare(fmt::format(
-        "SELECT {0}, {1} FROM {2} WHERE {0} IS NOT NULL", recorddb::schema::Quoted(field.name),
-        recorddb::schema::dbIdName, recorddb::schema::Quoted(type.name)));
-    const recorddb::sql::ResetGuard guard(read);
-    while (read.Step()) {
-        insert.BindAll(read.Text(0), read.Int(1));
+    m_reader.ReadValues(type, field, [&insert](std::int64_t dbid, std::string_view stored) {
+        insert.BindAll(stored, dbid);
         OnScratch([&insert] { return insert.Execute(); });
-    }
+    });
     OnScratch([&] {
         m_scratch.ExecuteScript(fmt::format("CREATE INDEX {0}_value ON {0} (value, dbid)", name));
     });
 }
 
 recorddb::KeyMatch RecordLookup::FindKey(const RecordType& type, std::string_view key) {
-    return m_keys.Find(type, key);
+    return m_reader.FindKey(type, key, m_limits);
 }
 
 }  // namespace tool

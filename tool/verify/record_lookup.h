@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "recorddb/database.h"
-#include "recorddb/editing/reference_keys.h"
-#include "recorddb/reader/record_reader.h"
-#include "recorddb/sql/connection.h"
+#include "recorddb/keys.h"
+#include "recorddb/reader.h"
+#include "recorddb/sql.h"
 
 namespace tool {
 
@@ -44,7 +44,7 @@ class RecordLookup {
     recorddb::Database& m_database;
     recorddb::RecordReader& m_reader;
     recorddb::sql::Connection& m_scratch;
-    recorddb::ReferenceKeys m_keys;
+    recorddb::KeySearchLimits m_limits;
     std::set<std::pair<std::int64_t, std::size_t>> m_copied;  // type and field
 };
 

@@ -5,8 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "recorddb/sql/connection.h"
-#include "recorddb/sql/transaction.h"
+#include "recorddb/sql.h"
 #include "tool/verify/kept_record.h"
 
 namespace tool {

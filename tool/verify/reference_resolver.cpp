@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "recorddb/model/names.h"
+#include "recorddb/schema.h"
 
 namespace tool {
 

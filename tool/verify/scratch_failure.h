@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "recorddb/sql/error.h"
+#include "recorddb/errors.h"
 
 namespace tool {
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "recorddb/model/schema.h"
+#include "recorddb/schema.h"
 #include "tool/losses/record_losses.h"
 #include "tool/packet/import_configuration.h"
 #include "tool/sources/source_list.h"

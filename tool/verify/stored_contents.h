@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "recorddb/reader/record_reader.h"
+#include "recorddb/reader.h"
 
 namespace tool {
 

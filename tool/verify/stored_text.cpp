@@ -1,6 +1,6 @@
 #include "tool/verify/stored_text.h"
 
-#include "recorddb/editing/value_text.h"
+#include "recorddb/value_text.h"
 
 namespace tool {
 

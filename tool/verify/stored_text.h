@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "recorddb/model/field.h"
+#include "recorddb/schema.h"
 
 namespace tool {
 

@@ -1,7 +1,7 @@
 #ifndef TOOL_VERIFY_VALUE_COMPARISON_H
 #define TOOL_VERIFY_VALUE_COMPARISON_H
 
-#include "recorddb/reader/record_view.h"
+#include "recorddb/record.h"
 #include "tool/verify/difference_reporter.h"
 #include "tool/verify/expected_record.h"
 #include "tool/verify/verify_summary.h"

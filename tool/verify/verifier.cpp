@@ -3,7 +3,7 @@
 #include <chrono>
 #include <optional>
 
-#include "recorddb/sql/open.h"
+#include "recorddb/sql.h"
 #include "tool/process/interrupt.h"
 #include "tool/verify/attachment_comparison.h"
 #include "tool/verify/extra_records.h"

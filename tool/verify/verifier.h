@@ -4,9 +4,9 @@
 #include <memory>
 
 #include "recorddb/database.h"
-#include "recorddb/integrity/integrity_check.h"
-#include "recorddb/reader/record_reader.h"
-#include "recorddb/sql/transaction.h"
+#include "recorddb/integrity.h"
+#include "recorddb/reader.h"
+#include "recorddb/sql.h"
 #include "tool/sources/source_list.h"
 #include "tool/verify/attachment_files.h"
 #include "tool/verify/expected_record.h"

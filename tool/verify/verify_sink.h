@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "recorddb/integrity/fault.h"
+#include "recorddb/integrity.h"
 #include "tool/verify/data_source.h"
 #include "tool/verify/difference.h"
 #include "tool/verify/verify_summary.h"

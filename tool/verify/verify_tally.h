@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "recorddb/model/schema.h"
+#include "recorddb/schema.h"
 #include "tool/verify/verify_summary.h"
 
 namespace tool {

@@ -4,7 +4,8 @@
 
 #include <utility>
 
-#include "recorddb/sql/error.h"
+#include "recorddb/errors.h"
+#include "recorddb/sql/dialect.h"
 #include "recorddb/sql/sqlite/sqlite_error.h"
 #include "recorddb/sql/sqlite/sqlite_statement.h"
 

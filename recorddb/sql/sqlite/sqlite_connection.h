@@ -8,8 +8,7 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "recorddb/sql/connection.h"
-#include "recorddb/sql/open.h"
+#include "recorddb/sql.h"
 
 struct sqlite3;
 

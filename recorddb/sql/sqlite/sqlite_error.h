@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "recorddb/sql/error.h"
+#include "recorddb/errors.h"
 
 struct sqlite3;
 

@@ -7,7 +7,7 @@
 #include <system_error>
 #include <utility>
 
-#include "recorddb/sql/error.h"
+#include "recorddb/errors.h"
 #include "recorddb/sql/sqlite/sqlite_connection.h"
 #include "recorddb/sql/sqlite/sqlite_error.h"
 

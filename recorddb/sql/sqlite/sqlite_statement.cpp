@@ -5,7 +5,7 @@
 #include <charconv>
 #include <string>
 
-#include "recorddb/sql/error.h"
+#include "recorddb/errors.h"
 #include "recorddb/sql/sqlite/sqlite_error.h"
 
 namespace recorddb::sql {

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "recorddb/sql/statement.h"
+#include "recorddb/sql.h"
 #include "recorddb/sql/storage.h"
 
 struct sqlite3;

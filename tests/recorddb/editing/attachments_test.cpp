@@ -1,7 +1,8 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-#include "recorddb/files/content_hash.h"
+#include "recorddb/sha256.h"
+#include "recorddb/store/content_store.h"
 #include "session_fixture.h"
 
 // The address sanitizer keeps freed memory for a while, by default more of it than the test of
@@ -261,7 +262,7 @@ TEST_F(AttachmentsTest, ContentIsReadBackInOrder) {
     GivenAttached("numbers.txt");
     ContentStore store(Base().GetConnection());
     std::string read;
-    ContentHash hash;
+    Sha256 hash;
     store.Read(Row("SELECT sha256 FROM zt_attachment"), [&](std::span<const std::byte> piece) {
         read.append(reinterpret_cast<const char*>(piece.data()), piece.size());
         hash.Update(piece);

@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-#include "recorddb/schemafile/schema_file.h"
+#include "recorddb/schema.h"
 
 namespace recorddb {
 

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "recorddb/editing/reference_keys.h"
+#include "recorddb/store/key_table.h"
 #include "session_fixture.h"
 
 namespace recorddb {
@@ -137,9 +138,10 @@ TEST_F(ReferencesTest, KeyOfARecordThatContainsItselfIsReadAllTheSame) {
                                         "loop.yaml"));
     const auto database = Database::Open(Folder().File("loop.db"), Database::Mode::ReadWrite);
     database->GetConnection().ExecuteScript("INSERT INTO node (dbid, above) VALUES (1, 1)");
-    ReferenceKeys keys(database->GetConnection(), database->GetSchema());
+    KeyTable table(database->GetConnection(), database->GetSchema());
+    ReferenceKeys keys(database->GetConnection(), database->GetSchema(), table);
     const schema::RecordType& node = database->GetSchema().Types().front();
-    EXPECT_TRUE(keys.KeyOf(node, 1).has_value());
+    EXPECT_TRUE(table.KeyOf(node, 1).has_value());
     EXPECT_EQ(keys.Find(node, "1").dbid, 0);
 }
 
@@ -196,8 +198,8 @@ TEST_F(ReferencesTest, KeyOfARecordThatRefersToItselfInManyPartsComesToAnEnd) {
                                         "web.yaml"));
     const auto database = Database::Open(Folder().File("web.db"), Database::Mode::ReadWrite);
     database->GetConnection().ExecuteScript("INSERT INTO node (dbid, a, b, c) VALUES (1, 1, 1, 1)");
-    ReferenceKeys keys(database->GetConnection(), database->GetSchema());
-    EXPECT_TRUE(keys.KeyOf(database->GetSchema().Types().front(), 1).has_value());
+    KeyTable table(database->GetConnection(), database->GetSchema());
+    EXPECT_TRUE(table.KeyOf(database->GetSchema().Types().front(), 1).has_value());
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "recorddb/files/attachment_folder.h"
+#include "recorddb/attachment_folder.h"
 
 #include <gtest/gtest.h>
 #include <linux/filter.h>

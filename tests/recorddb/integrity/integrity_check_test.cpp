@@ -1,9 +1,8 @@
-#include "recorddb/integrity/integrity_check.h"
-
 #include <gmock/gmock.h>
 
 #include <algorithm>
 
+#include "recorddb/integrity.h"
 #include "session_fixture.h"
 
 namespace recorddb {

@@ -1,8 +1,7 @@
-#include "recorddb/model/record_type.h"
-
 #include <gtest/gtest.h>
 
 #include "recorddb/model/names.h"
+#include "recorddb/schema.h"
 
 namespace recorddb::schema {
 

@@ -1,7 +1,6 @@
-#include "recorddb/reader/record_reader.h"
-
 #include <algorithm>
 
+#include "recorddb/reader.h"
 #include "session_fixture.h"
 
 namespace recorddb {

@@ -1,13 +1,12 @@
-#include "recorddb/schemafile/schema_error.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <ostream>
 #include <string>
 
+#include "recorddb/errors.h"
 #include "recorddb/model/names.h"
-#include "recorddb/schemafile/schema_file.h"
+#include "recorddb/schema.h"
 
 namespace recorddb::schema {
 

@@ -1,9 +1,8 @@
-#include "recorddb/schemafile/schema_file.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "recorddb/schemafile/schema_error.h"
+#include "recorddb/errors.h"
+#include "recorddb/schema.h"
 #include "sample_schema.h"
 #include "temporary_folder.h"
 

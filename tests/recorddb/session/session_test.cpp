@@ -1,4 +1,4 @@
-#include "recorddb/session/session.h"
+#include "recorddb/session.h"
 
 #include "session_fixture.h"
 

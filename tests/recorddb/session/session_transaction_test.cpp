@@ -1,5 +1,4 @@
-#include "recorddb/session/session_transaction.h"
-
+#include "recorddb/session.h"
 #include "session_fixture.h"
 
 namespace recorddb {

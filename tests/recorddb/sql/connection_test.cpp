@@ -1,7 +1,6 @@
-#include "recorddb/sql/connection.h"
-
 #include <gmock/gmock.h>
 
+#include "recorddb/sql.h"
 #include "sql/sql_test.h"
 
 namespace recorddb::sql {

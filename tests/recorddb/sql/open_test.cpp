@@ -1,11 +1,10 @@
-#include "recorddb/sql/open.h"
-
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
 #include <vector>
 
 #include "ordinary_user.h"
+#include "recorddb/sql.h"
 #include "sql/sql_test.h"
 
 namespace recorddb::sql {

@@ -3,7 +3,8 @@
 #include <new>
 #include <stdexcept>
 
-#include "recorddb/sql/transaction.h"
+#include "recorddb/sql.h"
+#include "recorddb/sql/dialect.h"
 #include "sql/sql_test.h"
 
 namespace recorddb::sql {

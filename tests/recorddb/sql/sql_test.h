@@ -6,9 +6,8 @@
 #include <memory>
 #include <string>
 
-#include "recorddb/sql/connection.h"
-#include "recorddb/sql/error.h"
-#include "recorddb/sql/open.h"
+#include "recorddb/errors.h"
+#include "recorddb/sql.h"
 #include "temporary_folder.h"
 
 namespace recorddb::sql {

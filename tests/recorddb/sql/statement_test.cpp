@@ -1,7 +1,6 @@
-#include "recorddb/sql/statement.h"
-
 #include <array>
 
+#include "recorddb/sql.h"
 #include "sql/sql_test.h"
 
 namespace recorddb::sql {

@@ -1,8 +1,7 @@
-#include "recorddb/sql/transaction.h"
-
 #include <stdexcept>
 #include <utility>
 
+#include "recorddb/sql.h"
 #include "recorddb/sql/savepoint.h"
 #include "sql/sql_test.h"
 

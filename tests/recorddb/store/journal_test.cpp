@@ -1,10 +1,10 @@
-#include "recorddb/store/journal.h"
+#include "recorddb/journal.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "recorddb/database.h"
-#include "recorddb/schemafile/schema_file.h"
+#include "recorddb/schema.h"
 #include "sample_schema.h"
 #include "temporary_folder.h"
 

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "open_database.h"
-#include "recorddb/sql/error.h"
+#include "recorddb/errors.h"
 
 namespace recorddb::schema {
 

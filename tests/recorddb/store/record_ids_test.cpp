@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <stdexcept>
+#include <utility>
 
 #include "open_database.h"
 #include "platform/messages/pamsgexception.h"
@@ -16,11 +18,11 @@ namespace {
 class RecordIdsTest : public OpenDatabaseTest {
   protected:
     // Inserts a bug with the next number and returns that.
-    std::int64_t InsertBug() { return InsertBug(*m_database); }
+    std::int64_t InsertBug() { return InsertBug(*m_database, *m_ids); }
 
-    static std::int64_t InsertBug(Database& database) {
+    static std::int64_t InsertBug(Database& database, RecordIds& ids) {
         const RecordType& bug = *database.GetSchema().FindType("bug");
-        const std::int64_t dbid = database.GetRecordIds().Next(bug);
+        const std::int64_t dbid = ids.Next(bug);
         sql::Statement& insert = database.GetConnection().Prepare(
             "INSERT INTO bug (dbid, id, state, title) VALUES ($1, $2, 'NEW', 't')");
         const std::string id = FormatDisplayId(bug.prefix, dbid);
@@ -28,13 +30,20 @@ class RecordIdsTest : public OpenDatabaseTest {
         insert.Execute();
         return dbid;
     }
+
+    void Reopen() {
+        OpenDatabaseTest::Reopen();
+        m_ids.emplace(Connection(), TheSchema());
+    }
+
+    std::optional<RecordIds> m_ids{std::in_place, Connection(), TheSchema()};
 };
 
 TEST_F(RecordIdsTest, NumbersCountFromOneInEveryType) {
     const auto transaction = m_database->Begin();
     EXPECT_EQ(InsertBug(), 1);
     EXPECT_EQ(InsertBug(), 2);
-    EXPECT_EQ(m_database->GetRecordIds().Next(Type("user")), 1);
+    EXPECT_EQ(m_ids->Next(Type("user")), 1);
 }
 
 TEST_F(RecordIdsTest, NumbersGoOnInTheNextTransactionAndSession) {
@@ -76,8 +85,9 @@ TEST_F(RecordIdsTest, AnotherWritersRecordsAreSeen) {
     }
     {
         const auto other = Database::Open(Path(), Database::Mode::ReadWrite);
+        RecordIds otherIds(other->GetConnection(), other->GetSchema());
         auto transaction = other->Begin();
-        EXPECT_EQ(InsertBug(*other), 2);
+        EXPECT_EQ(InsertBug(*other, otherIds), 2);
         transaction.Commit();
     }
     const auto transaction = m_database->Begin();
@@ -85,14 +95,14 @@ TEST_F(RecordIdsTest, AnotherWritersRecordsAreSeen) {
 }
 
 TEST_F(RecordIdsTest, NumbersAreGivenOutInATransactionOnly) {
-    EXPECT_THROW(m_database->GetRecordIds().Next(Type("bug")), std::logic_error);
+    EXPECT_THROW(m_ids->Next(Type("bug")), std::logic_error);
 }
 
 TEST_F(RecordIdsTest, HighestNumberThatThereIsEndsTheCount) {
     Run("INSERT INTO user (dbid, login) VALUES (9223372036854775807, 'last')");
     const auto transaction = m_database->Begin();
     try {
-        m_database->GetRecordIds().Next(Type("user"));
+        m_ids->Next(Type("user"));
         ADD_FAILURE() << "a number was given out";
     } catch (PaMsgException* exception) {
         EXPECT_EQ(AdExtractFirstMsgAndDeleteException(exception).ToUtf8(),
@@ -104,7 +114,7 @@ TEST_F(RecordIdsTest, HighestNumberThatThereIsEndsTheCount) {
 TEST_F(RecordIdsTest, NumbersBelowOneAreNotCountedOn) {
     Run("INSERT INTO user (dbid, login) VALUES (-5, 'odd')");
     const auto transaction = m_database->Begin();
-    EXPECT_EQ(m_database->GetRecordIds().Next(Type("user")), 1);
+    EXPECT_EQ(m_ids->Next(Type("user")), 1);
 }
 
 }  // namespace

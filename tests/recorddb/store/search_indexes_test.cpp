@@ -16,7 +16,7 @@ using ::testing::StartsWith;
 class SearchIndexesTest : public OpenDatabaseTest {
   protected:
     void Ensure(std::string_view type, std::string_view field) {
-        m_database->GetSearchIndexes().Ensure(Type(type), Field(type, field));
+        m_database->EnsureSearchIndex(Type(type), Field(type, field));
     }
 
     std::size_t IndexCount() {
@@ -53,7 +53,7 @@ TEST_F(SearchIndexesTest, ColumnsWithAnIndexGetNoSecondOne) {
 
 TEST_F(SearchIndexesTest, KnowsWhatIsSearchedByAnIndex) {
     const auto has = [this](std::string_view type, std::string_view field) {
-        return m_database->GetSearchIndexes().Has(Type(type), Field(type, field));
+        return m_database->HasSearchIndex(Type(type), Field(type, field));
     };
     for (const char* const field : {"dbid", "id", "source_id", "owner"}) {
         EXPECT_TRUE(has("bug", field)) << field;

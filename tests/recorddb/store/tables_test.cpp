@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 
 #include "open_database.h"
-#include "recorddb/schemafile/schema_file.h"
-#include "recorddb/sql/error.h"
+#include "recorddb/errors.h"
+#include "recorddb/schema.h"
+#include "recorddb/sql.h"
+#include "recorddb/sql/dialect.h"
 
 namespace recorddb::schema {
 
@@ -110,11 +112,6 @@ TEST_F(TablesTest, DialectDecidesWhereForeignKeysStand) {
     EXPECT_GT(firstKey, lastTable);
     EXPECT_THAT(script, HasSubstr("ALTER TABLE \"bug\" ADD FOREIGN KEY (\"owner\") REFERENCES "
                                   "\"user\" (dbid);"));
-}
-
-TEST(QuotedTest, QuotesAreDoubled) {
-    EXPECT_EQ(Quoted("order"), "\"order\"");
-    EXPECT_EQ(Quoted("a\"b"), "\"a\"\"b\"");
 }
 
 }  // namespace

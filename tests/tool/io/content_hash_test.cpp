@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string>
 
-#include "recorddb/files/content_hash.h"
+#include "recorddb/sha256.h"
 
 namespace {
 
@@ -14,21 +14,21 @@ constexpr const char* hashOfNothing =
 constexpr const char* hashOfAbc =
     "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad";
 
-TEST(ContentHash, IsSha256InHexadecimal) {
+TEST(Sha256, IsSha256InHexadecimal) {
     EXPECT_EQ(tool::HashText(""), hashOfNothing);
     EXPECT_EQ(tool::HashText("abc"), hashOfAbc);
 }
 
-TEST(ContentHash, DoesNotDependOnThePieces) {
-    recorddb::ContentHash hash;
+TEST(Sha256, DoesNotDependOnThePieces) {
+    recorddb::Sha256 hash;
     hash.Update("a");
     hash.Update("");
     hash.Update("bc");
     EXPECT_EQ(hash.HexDigest(), hashOfAbc);
 }
 
-TEST(ContentHash, TellsTheHashOfThePiecesSoFar) {
-    recorddb::ContentHash hash;
+TEST(Sha256, TellsTheHashOfThePiecesSoFar) {
+    recorddb::Sha256 hash;
     hash.Update("abc");
     EXPECT_EQ(hash.DigestSoFar()[0], std::byte{0xBA});
     EXPECT_EQ(hash.DigestSoFar()[31], std::byte{0xAD});

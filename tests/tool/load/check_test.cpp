@@ -8,7 +8,7 @@
 
 #include "interrupting_sink.h"
 #include "load_fixture.h"
-#include "recorddb/sql/error.h"
+#include "recorddb/errors.h"
 #include "tool/commands/check_command.h"
 #include "tool/io/source_error.h"
 #include "tool/losses/loss.h"

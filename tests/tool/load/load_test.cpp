@@ -7,7 +7,7 @@
 #include "interrupting_sink.h"
 #include "load_fixture.h"
 #include "recorddb/database.h"
-#include "recorddb/sql/error.h"
+#include "recorddb/errors.h"
 #include "tool/io/source_error.h"
 #include "tool/load/load_journal.h"
 

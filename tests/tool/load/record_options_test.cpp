@@ -8,8 +8,8 @@
 #include "load_fixture.h"
 #include "ordinary_user.h"
 #include "recorddb/database.h"
-#include "recorddb/schemafile/schema_file.h"
-#include "recorddb/sql/error.h"
+#include "recorddb/errors.h"
+#include "recorddb/schema.h"
 #include "tool/commands/command_line.h"
 
 namespace tool {

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "reading.h"
-#include "recorddb/schemafile/schema_file.h"
+#include "recorddb/schema.h"
 #include "tool/losses/configuration_losses.h"
 #include "tool/losses/record_losses.h"
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "recorddb/model/schema.h"
+#include "recorddb/schema.h"
 #include "tool/losses/loss.h"
 #include "tool/packet/import_configuration.h"
 

@@ -14,7 +14,7 @@
 #include "child_process.h"
 #include "load_fixture.h"
 #include "recorddb/database.h"
-#include "recorddb/sql/transaction.h"
+#include "recorddb/sql.h"
 
 namespace tool {
 namespace {

@@ -12,7 +12,7 @@
 #include "faulty_tool.h"
 #include "load_fixture.h"
 #include "recorddb/database.h"
-#include "recorddb/schemafile/schema_file.h"
+#include "recorddb/schema.h"
 
 namespace tool {
 namespace {

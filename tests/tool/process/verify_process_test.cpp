@@ -9,7 +9,7 @@
 #include "child_process.h"
 #include "faulty_tool.h"
 #include "load_fixture.h"
-#include "recorddb/sql/open.h"
+#include "recorddb/sql.h"
 
 namespace tool {
 namespace {

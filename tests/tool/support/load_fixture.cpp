@@ -4,7 +4,7 @@
 #include <fmt/ranges.h>
 
 #include "recorddb/database.h"
-#include "recorddb/schemafile/schema_file.h"
+#include "recorddb/schema.h"
 #include "tool/commands/load_command.h"
 #include "tool/packet/xml_text.h"
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "recorddb/sql/open.h"
+#include "recorddb/sql.h"
 
 namespace tool {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "recorddb/schemafile/schema_file.h"
-#include "recorddb/sql/open.h"
+#include "recorddb/schema.h"
+#include "recorddb/sql.h"
 #include "temporary_folder.h"
 
 namespace tool {

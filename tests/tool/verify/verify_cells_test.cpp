@@ -15,9 +15,9 @@
 #include <vector>
 
 #include "recorddb/database.h"
-#include "recorddb/schemafile/schema_file.h"
-#include "recorddb/sql/error.h"
-#include "recorddb/sql/open.h"
+#include "recorddb/errors.h"
+#include "recorddb/schema.h"
+#include "recorddb/sql.h"
 #include "temporary_folder.h"
 #include "tool/commands/load_command.h"
 #include "tool/commands/verify_command.h"

@@ -6,7 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "recorddb/sql/open.h"
+#include "recorddb/sql.h"
 #include "tool/commands/verify_command.h"
 
 namespace tool {

@@ -8,9 +8,11 @@
 #include <system_error>
 #include <utility>
 
-#include "recorddb/session/session.h"
-#include "recorddb/sql/error.h"
-#include "recorddb/sql/open.h"
+#include "recorddb/errors.h"
+#include "recorddb/session.h"
+#include "recorddb/session/session_parts.h"
+#include "recorddb/sql.h"
+#include "recorddb/store/search_indexes.h"
 #include "recorddb/store/stored_schema.h"
 
 namespace recorddb {
@@ -115,7 +117,9 @@ void Database::Create(const std::string& location, const schema::Schema& schema)
 
 std::unique_ptr<Database> Database::Open(const std::string& location, Mode mode) {
     auto connection = sql::Open(location, OpenModeOf(mode));
-    schema::Schema schema = schema::LoadSchema(*connection, location);
+    schema::Schema schema = schema::ReadSchema(schema::LoadSchemaText(*connection, location),
+                                               location + " (stored schema)");
+    schema::CheckTables(*connection, schema, location);
     return std::unique_ptr<Database>(new Database(std::move(connection), std::move(schema)));
 }
 
@@ -123,11 +127,21 @@ Database::Database(std::unique_ptr<sql::Connection> connection, schema::Schema s
     : m_connection(std::move(connection)),
       m_schema(std::move(schema)),
       m_journal(*m_connection),
-      m_recordIds(*m_connection, m_schema),
-      m_searchIndexes(*m_connection, m_schema) {}
+      m_searchIndexes(std::make_unique<schema::SearchIndexes>(*m_connection, m_schema)) {}
+
+Database::~Database() = default;
 
 AdPtr<Session> Database::OpenSession(const SessionOptions& options) {
-    return AdPtr<Session>(new Session(*this, options));
+    return AdPtr<Session>(new Session(
+        std::make_shared<SessionParts>(*m_connection, m_schema, *m_searchIndexes, options)));
+}
+
+void Database::EnsureSearchIndex(const schema::RecordType& type, const schema::Field& field) {
+    m_searchIndexes->Ensure(type, field);
+}
+
+bool Database::HasSearchIndex(const schema::RecordType& type, const schema::Field& field) {
+    return m_searchIndexes->Has(type, field);
 }
 
 }  // namespace recorddb

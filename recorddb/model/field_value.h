@@ -1,12 +1,10 @@
-#ifndef RECORDDB_STORE_FIELD_VALUE_H
-#define RECORDDB_STORE_FIELD_VALUE_H
+#ifndef RECORDDB_MODEL_FIELD_VALUE_H
+#define RECORDDB_MODEL_FIELD_VALUE_H
 
 #include <cstdint>
 #include <string>
 #include <variant>
 #include <vector>
-
-#include "recorddb/sql/statement.h"
 
 namespace recorddb {
 
@@ -19,17 +17,6 @@ using FieldValue = std::variant<std::monostate, std::int64_t, std::string, Refer
 
 inline bool HasValue(const FieldValue& value) {
     return value.index() != 0;
-}
-
-// Binds the value of a column. The value must outlive the execution.
-inline void BindValue(sql::Statement& statement, int parameter, const FieldValue& value) {
-    if (const auto* const text = std::get_if<std::string>(&value)) {
-        statement.BindText(parameter, *text);
-    } else if (const auto* const number = std::get_if<std::int64_t>(&value)) {
-        statement.BindInt(parameter, *number);
-    } else {
-        statement.BindNull(parameter);
-    }
 }
 
 }  // namespace recorddb

@@ -3,10 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "recorddb/errors.h"
 #include "recorddb/model/names.h"
-#include "recorddb/schemafile/schema_file.h"
-#include "recorddb/sql/error.h"
-#include "recorddb/sql/open.h"
+#include "recorddb/schema.h"
+#include "recorddb/sql.h"
 #include "sample_schema.h"
 #include "temporary_folder.h"
 

@@ -1,12 +1,16 @@
-#ifndef RECORDDB_STORE_JOURNAL_H
-#define RECORDDB_STORE_JOURNAL_H
+#ifndef RECORDDB_JOURNAL_H
+#define RECORDDB_JOURNAL_H
 
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "recorddb/sql/connection.h"
+#include "recorddb/export.h"
+
+namespace recorddb::sql {
+class Connection;
+}
 
 namespace recorddb::journal {
 
@@ -36,7 +40,7 @@ struct JournalEntry {
 // The journal of what has been loaded. It writes in the caller's transaction, the one that the
 // records themselves are in, so that both are kept or lost together. Every operation throws
 // sql::Error when the engine refuses.
-class Journal {
+class RECORDDB_API Journal {
   public:
     // The connection outlives the journal.
     explicit Journal(sql::Connection& connection);

@@ -1,10 +1,10 @@
-#ifndef RECORDDB_SESSION_SESSION_OPTIONS_H
-#define RECORDDB_SESSION_SESSION_OPTIONS_H
+#ifndef RECORDDB_SESSION_OPTIONS_H
+#define RECORDDB_SESSION_OPTIONS_H
 
 #include <cstdint>
 #include <string>
 
-#include "recorddb/editing/key_search.h"
+#include "recorddb/keys.h"
 
 namespace recorddb {
 

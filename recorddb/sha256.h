@@ -1,5 +1,5 @@
-#ifndef RECORDDB_FILES_CONTENT_HASH_H
-#define RECORDDB_FILES_CONTENT_HASH_H
+#ifndef RECORDDB_SHA256_H
+#define RECORDDB_SHA256_H
 
 #include <array>
 #include <cstddef>
@@ -8,16 +8,18 @@
 #include <string>
 #include <string_view>
 
+#include "recorddb/export.h"
+
 namespace recorddb {
 
 // The SHA-256 of content that is given piece by piece.
-class ContentHash {
+class RECORDDB_API Sha256 {
   public:
     // Throws std::runtime_error when the cryptographic library refuses to work.
-    ContentHash();
-    ~ContentHash();
-    ContentHash(const ContentHash&) = delete;
-    ContentHash& operator=(const ContentHash&) = delete;
+    Sha256();
+    ~Sha256();
+    Sha256(const Sha256&) = delete;
+    Sha256& operator=(const Sha256&) = delete;
 
     void Update(std::span<const std::byte> piece);
     void Update(std::string_view piece) { Update(std::as_bytes(std::span(piece))); }

@@ -1,10 +1,8 @@
-#include "recorddb/editing/value_text.h"
+#include "recorddb/model/value_text.h"
 
 #include <algorithm>
 #include <charconv>
 #include <chrono>
-
-#include "platform/core/addatetime.h"
 
 namespace recorddb {
 
@@ -63,18 +61,6 @@ bool IsStoredDateTime(std::string_view text) {
                                            std::chrono::day(static_cast<unsigned>(part(8, 2))));
     return date.ok() && int(date.year()) >= 1 && part(11, 2) < 24 && part(14, 2) < 60 &&
            part(17, 2) < 60;
-}
-
-std::optional<std::string> DateTimeOf(std::string_view text) {
-    // Most sources write the stored form, which need not be taken apart and put together again.
-    if (IsStoredDateTime(text)) {
-        return std::string(text);
-    }
-    AdDateTime time;
-    if (time.ParseDateTime(Obx_String::FromUtf8(text), 0) == 0) {
-        return std::nullopt;
-    }
-    return time.Format(u"%Y-%m-%d %H:%M:%S").ToUtf8();
 }
 
 std::int64_t CharacterCount(std::string_view utf8) {

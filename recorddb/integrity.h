@@ -1,13 +1,27 @@
-#ifndef RECORDDB_INTEGRITY_INTEGRITY_CHECK_H
-#define RECORDDB_INTEGRITY_INTEGRITY_CHECK_H
+#ifndef RECORDDB_INTEGRITY_H
+#define RECORDDB_INTEGRITY_H
 
 #include <cstdint>
 #include <functional>
+#include <string>
 
-#include "recorddb/database.h"
-#include "recorddb/integrity/fault.h"
+#include "recorddb/export.h"
 
 namespace recorddb {
+
+class Database;
+
+// Something in a database that breaks its own rules, which nothing that writes through this library
+// leaves behind. Texts in UTF-8, but for values, which are as they are stored.
+struct Fault {
+    std::string type;     // a record type, or one of the database's own tables
+    std::string id;       // the record as people call it; in own tables what tells the row
+    std::string field;    // field and part of it; empty when it is the record or row as a whole
+    std::string value;    // what stands there; empty: nothing, or not to be shown
+    std::string problem;  // what is wrong, for people
+};
+
+using TakeFault = std::function<void(const Fault&)>;
 
 // How a check came out, beside the faults that were told.
 struct IntegrityTotals {
@@ -26,8 +40,8 @@ struct IntegrityTotals {
 // TAKE gets the faults; KEEPON is asked at every row, with the number of records checked so far,
 // and ends the check when it returns false, the totals then being of no use. Throws sql::Error; who
 // needs all of one moment holds a transaction.
-IntegrityTotals CheckIntegrity(Database& database, const TakeFault& take,
-                               const std::function<bool(std::uint64_t)>& keepOn);
+RECORDDB_API IntegrityTotals CheckIntegrity(Database& database, const TakeFault& take,
+                                            const std::function<bool(std::uint64_t)>& keepOn);
 
 }  // namespace recorddb
 

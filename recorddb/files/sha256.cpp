@@ -1,4 +1,4 @@
-#include "recorddb/files/content_hash.h"
+#include "recorddb/sha256.h"
 
 #include <fmt/format.h>
 #include <openssl/evp.h>
@@ -18,7 +18,7 @@ void Check(int result) {
 
 }  // namespace
 
-struct ContentHash::Context {
+struct Sha256::Context {
     struct Free {
         void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
     };
@@ -27,18 +27,18 @@ struct ContentHash::Context {
     Handle handle{EVP_MD_CTX_new()};
 };
 
-ContentHash::ContentHash() : m_context(std::make_unique<Context>()) {
+Sha256::Sha256() : m_context(std::make_unique<Context>()) {
     Check(m_context->handle != nullptr ? 1 : 0);
     Check(EVP_DigestInit_ex(m_context->handle.get(), EVP_sha256(), nullptr));
 }
 
-ContentHash::~ContentHash() = default;
+Sha256::~Sha256() = default;
 
-void ContentHash::Update(std::span<const std::byte> piece) {
+void Sha256::Update(std::span<const std::byte> piece) {
     Check(EVP_DigestUpdate(m_context->handle.get(), piece.data(), piece.size()));
 }
 
-std::array<std::byte, 32> ContentHash::DigestSoFar() const {
+std::array<std::byte, 32> Sha256::DigestSoFar() const {
     const Context::Handle copy{EVP_MD_CTX_new()};
     Check(copy != nullptr ? EVP_MD_CTX_copy_ex(copy.get(), m_context->handle.get()) : 0);
     std::array<std::byte, 32> digest{};
@@ -46,7 +46,7 @@ std::array<std::byte, 32> ContentHash::DigestSoFar() const {
     return digest;
 }
 
-std::string ContentHash::HexDigest() {
+std::string Sha256::HexDigest() {
     std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
     unsigned int size = 0;
     Check(EVP_DigestFinal_ex(m_context->handle.get(), digest.data(), &size));

@@ -1,33 +1,34 @@
-#ifndef RECORDDB_READER_RECORD_READER_H
-#define RECORDDB_READER_RECORD_READER_H
+#ifndef RECORDDB_READER_H
+#define RECORDDB_READER_H
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "recorddb/database.h"
-#include "recorddb/editing/reference_keys.h"
-#include "recorddb/reader/record_view.h"
-#include "recorddb/store/attachment_table.h"
-#include "recorddb/store/content_store.h"
-#include "recorddb/store/duplicate_table.h"
-#include "recorddb/store/history_table.h"
-#include "recorddb/store/record_tables.h"
+#include "recorddb/export.h"
+#include "recorddb/keys.h"
+#include "recorddb/record.h"
 
 namespace recorddb {
+
+class Database;
 
 // Reads what is in a database, for programs that show or compare it. It takes the memory of one
 // record, however many there are. Each operation sees the database of its own moment; who needs all
 // of one moment holds a transaction (Database::Begin) around them. Every operation throws
 // sql::Error.
-class RecordReader {
+class RECORDDB_API RecordReader {
   public:
     // The database outlives the reader.
     explicit RecordReader(Database& database);
+    RecordReader(const RecordReader&) = delete;
+    RecordReader& operator=(const RecordReader&) = delete;
+    ~RecordReader();
 
     std::int64_t Count(const schema::RecordType& type);
 
@@ -48,6 +49,15 @@ class RecordReader {
     std::vector<std::int64_t> FindByValue(const schema::RecordType& type,
                                           const schema::Field& field, std::string_view value,
                                           std::size_t limit);
+
+    // The record of a type with that unique key, searched within the limits.
+    KeyMatch FindKey(const schema::RecordType& type, std::string_view key,
+                     const KeySearchLimits& limits);
+
+    // Hands over the dbid and the value, as it is stored, of every record that has a value in a
+    // field with a column, in no particular order.
+    void ReadValues(const schema::RecordType& type, const schema::Field& field,
+                    const std::function<void(std::int64_t, std::string_view)>& take);
 
     // The unique key of a record; empty when there is no such record.
     std::string Key(const schema::RecordType& type, std::int64_t dbid);
@@ -71,13 +81,9 @@ class RecordReader {
     std::vector<LinkedRecord> Duplicates(const RecordView& record);
 
   private:
-    Database& m_database;
-    RecordTables m_tables;
-    ReferenceKeys m_keys;
-    HistoryTable m_history;
-    AttachmentTable m_attachments;
-    ContentStore m_contents;
-    DuplicateTable m_duplicates;
+    struct Tables;
+
+    std::unique_ptr<Tables> m_tables;
 };
 
 }  // namespace recorddb

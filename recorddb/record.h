@@ -1,11 +1,11 @@
-#ifndef RECORDDB_READER_RECORD_VIEW_H
-#define RECORDDB_READER_RECORD_VIEW_H
+#ifndef RECORDDB_RECORD_H
+#define RECORDDB_RECORD_H
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-#include "recorddb/model/record_type.h"
+#include "recorddb/schema.h"
 
 namespace recorddb {
 
@@ -37,6 +37,30 @@ struct LinkedRecord {
     std::string key;  // empty when the record is gone
 
     bool operator==(const LinkedRecord&) const = default;
+};
+
+// One entry of a record's history. Texts in UTF-8, times as 'YYYY-MM-DD HH:MM:SS', UTC.
+struct HistoryEntry {
+    std::int64_t recordType = 0;
+    std::int64_t record = 0;
+    std::int64_t entry = 0;  // counts from 1 in each record, in the order of arrival
+    std::string actionTime;
+    std::string expiryTime;  // empty: not expired
+    std::string userName;
+    std::string actionName;
+    std::string oldState;
+    std::string newState;
+    std::string comments;
+};
+
+// An attachment of a record. Texts in UTF-8.
+struct Attachment {
+    std::int64_t dbid = 0;  // 0 until it is written
+    std::string field;
+    std::string fileName;  // without folders
+    std::int64_t fileSize = 0;
+    std::string description;
+    std::string sha256;  // of its content; empty until it is written
 };
 
 }  // namespace recorddb

@@ -1,0 +1,114 @@
+#ifndef RECORDDB_SESSION_H
+#define RECORDDB_SESSION_H
+
+#include <memory>
+#include <optional>
+
+#include "platform/core/adsession.h"
+#include "recorddb/errors.h"
+#include "recorddb/export.h"
+#include "recorddb/session_options.h"
+#include "recorddb/statistics.h"
+
+namespace recorddb {
+
+struct SessionParts;
+
+// A part of a session's transaction that can be undone by itself, such as the work on one record.
+// The destructor undoes one that is still open. Made by SessionTransaction::Savepoint; savepoints
+// nest.
+class RECORDDB_API SessionSavepoint {
+  public:
+    explicit SessionSavepoint(std::shared_ptr<SessionParts> parts);
+    SessionSavepoint(const SessionSavepoint&) = delete;
+    SessionSavepoint& operator=(const SessionSavepoint&) = delete;
+    ~SessionSavepoint();
+
+    // Keeps the work, as part of what is around. Throws sql::Error.
+    void Release();
+
+    // Undoes the work, and takes it off the statistics. Records that were opened meanwhile should
+    // be let go of: committing one again is refused when what it was based on is undone. Nothing
+    // happens when the savepoint has ended already.
+    void Rollback() noexcept;
+
+  private:
+    struct State;
+
+    std::unique_ptr<State> m_state;
+};
+
+// A transaction around many commits of a session, from construction to Commit or Rollback; the
+// destructor rolls back one that is still open. Made by Session::BeginTransaction.
+class RECORDDB_API SessionTransaction {
+  public:
+    explicit SessionTransaction(std::shared_ptr<SessionParts> parts);
+    SessionTransaction(const SessionTransaction&) = delete;
+    SessionTransaction& operator=(const SessionTransaction&) = delete;
+    ~SessionTransaction();
+
+    // Makes the work permanent. Throws sql::Error, after which everything is undone; the session
+    // remembers the failure.
+    void Commit();
+
+    // Undoes the work, and takes it off the statistics. Nothing happens when the transaction has
+    // ended already.
+    void Rollback() noexcept;
+
+    // Begins a savepoint. Throws sql::Error.
+    std::unique_ptr<SessionSavepoint> Savepoint();
+
+  private:
+    struct State;
+
+    std::unique_ptr<State> m_state;
+};
+
+// A session with a record database: the core's operations, and what a program that knows the
+// database needs besides. Made by Database::OpenSession; the database outlives it and everything
+// that it hands out. For one thread.
+class RECORDDB_API Session final : public AdSession {
+  public:
+    explicit Session(std::shared_ptr<SessionParts> parts);
+
+    AdEntityDef* GetEntityDef(const Obx_String& recordTypeName) override;
+    AdEntityPtr GetEntity(AdEntityDef* recordType, const Obx_String& identifier) override;
+    AdEntityPtr ImportEntity(AdEntityDef* recordType, const unsigned short* state,
+                             const unsigned short* existingId) override;
+    void MarkEntityAsDuplicate(const AdEntityPtr& duplicate, const AdEntityPtr& original,
+                               AdActionDef* action, int import) override;
+    AdQueryDefPtr BuildQueryDef(AdEntityDef* recordType, int reserved) override;
+    void UnbuildQueryDef(AdQueryDefPtr& query) override;
+    AdResultSetPtr BuildResultSet(const AdQueryDefPtr& query) override;
+    void UnbuildResultSet(AdResultSetPtr& resultSet) override;
+    void ImportHistoryData(const AdHistory* entries, long count, long options,
+                           CEnumArray<int, int>& problemEntries, Obx_String& problems,
+                           AdHistoryCallback callback, void* context) override;
+    void CommitImportHistory() override;
+    void RevertImportHistory() override;
+    void UpdateImportHistoryExpiredTimestamp(AdEntityDef* recordType, long recordId) override;
+
+    // What the session has done so far.
+    const Statistics& GetStatistics() const;
+
+    // The text with which an attachment or a duplicate mark was refused last, empty when none was
+    // since the last call. The importer's own messages for these two leave the cause out.
+    Obx_String TakeLastRefusal();
+
+    // Begins a transaction around many commits, which otherwise are one transaction each. One at a
+    // time. Throws sql::Error; std::logic_error when one is open already.
+    std::unique_ptr<SessionTransaction> BeginTransaction();
+
+    // The latest failure of the database itself (disk full, locked, damaged ...), as opposed to a
+    // record that was refused. Callers of the core got it as a PaMsgException*.
+    const std::optional<sql::Error>& Failure() const;
+
+  private:
+    ~Session() override;
+
+    std::shared_ptr<SessionParts> m_parts;
+};
+
+}  // namespace recorddb
+
+#endif

@@ -1,0 +1,253 @@
+#ifndef RECORDDB_SQL_H
+#define RECORDDB_SQL_H
+
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "recorddb/export.h"
+
+namespace recorddb::sql {
+
+struct Dialect;
+
+// Text that dies at the end of the expression it stands in, and so cannot be borrowed.
+template <typename T>
+concept DyingText = std::same_as<T, std::string> || std::same_as<T, std::optional<std::string>>;
+
+// A prepared statement with parameters $1, $2 ... One execution goes:
+//
+//     statement.BindAll(type, record);          // every parameter that is not to be NULL
+//     while (statement.Step()) { ... statement.Text(0) ... }
+//
+// or BindAll and Execute for a statement that returns no rows. An execution ends, and the
+// parameters become NULL again, when Step returns false, when Execute returns, when either throws,
+// and at Reset. Who stops stepping early says Reset, best through a ResetGuard: a statement left
+// in mid-air keeps its snapshot of the database open.
+//
+// A statement holds one execution at a time. Binding while one is under way throws Error.
+class RECORDDB_API Statement {
+  public:
+    Statement() = default;
+    Statement(const Statement&) = delete;
+    Statement& operator=(const Statement&) = delete;
+    virtual ~Statement() = default;
+
+    // Parameters count from 1. Text (UTF-8) and blobs are borrowed, not copied: the caller keeps
+    // them alive and unchanged until the execution ends. Throw Error for a parameter that the
+    // statement does not have.
+    virtual void BindInt(int parameter, std::int64_t value) = 0;
+    virtual void BindText(int parameter, std::string_view text) = 0;
+    virtual void BindBlob(int parameter, std::span<const std::byte> data) = 0;
+    virtual void BindNull(int parameter) = 0;
+
+    // Advances to the next row; true when there is one. Throws Error.
+    virtual bool Step() = 0;
+
+    // Runs the statement to its end and returns the number of rows it inserted, changed or
+    // deleted. Throws Error.
+    virtual std::int64_t Execute() = 0;
+
+    // Ends the execution under way, if any, and sets the parameters to NULL.
+    virtual void Reset() noexcept = 0;
+
+    // Columns of the current row, counted from 0. Views live until the next Step or Reset. A NULL
+    // reads as 0 or as an empty view.
+    virtual bool IsNull(int column) const = 0;
+    virtual std::int64_t Int(int column) const = 0;
+    virtual std::string_view Text(int column) const = 0;
+    virtual std::span<const std::byte> Blob(int column) const = 0;
+    virtual int ColumnCount() const = 0;
+
+    void Bind(int parameter, std::integral auto value) {
+        BindInt(parameter, static_cast<std::int64_t>(value));
+    }
+    void Bind(int parameter, std::string_view text) { BindText(parameter, text); }
+    void Bind(int parameter, std::span<const std::byte> data) { BindBlob(parameter, data); }
+    void Bind(int parameter, std::nullptr_t) { BindNull(parameter); }
+    template <typename T>
+    void Bind(int parameter, const std::optional<T>& value) {
+        if (value) {
+            Bind(parameter, *value);
+        } else {
+            BindNull(parameter);
+        }
+    }
+
+    template <DyingText T>
+    void Bind(int parameter, T&& text) = delete;
+
+    // Binds $1, $2 ... in turn.
+    template <typename... Values>
+    void BindAll(Values&&... values) {
+        int parameter = 0;
+        (Bind(++parameter, std::forward<Values>(values)), ...);
+    }
+};
+
+// Ends the execution of a statement at the end of a scope.
+class ResetGuard {
+  public:
+    explicit ResetGuard(Statement& statement) : m_statement(statement) {}
+    ResetGuard(const ResetGuard&) = delete;
+    ResetGuard& operator=(const ResetGuard&) = delete;
+    ~ResetGuard() { m_statement.Reset(); }
+
+  private:
+    Statement& m_statement;
+};
+
+// Runs a query whose parameters are bound and returns the first column of its first row; nothing
+// when there is no row or the column is NULL.
+inline std::optional<std::int64_t> QueryInt(Statement& statement) {
+    const ResetGuard guard(statement);
+    if (!statement.Step() || statement.IsNull(0)) {
+        return std::nullopt;
+    }
+    return statement.Int(0);
+}
+
+// One connection to an SQL engine, for one thread. Every operation throws Error when the engine
+// refuses. Transactions are objects: see Transaction and Savepoint.
+class RECORDDB_API Connection {
+  public:
+    Connection() = default;
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+    virtual ~Connection() = default;
+
+    // The statement with this text, prepared at the first call and kept. The reference stays valid
+    // for the connection's life; hot paths keep it and save the look-up. All callers with the same
+    // text share one statement, and with it its execution.
+    virtual Statement& Prepare(std::string_view sql) = 0;
+
+    // A statement of the caller's own, for executions that nest. It must not outlive the
+    // connection.
+    virtual std::unique_ptr<Statement> PrepareOwn(std::string_view sql) = 0;
+
+    // Runs statements that are separated by semicolons and return no rows; nothing is kept. What
+    // makes tables and indexes goes this way.
+    virtual void ExecuteScript(std::string_view sql) = 0;
+
+    // True for a table that holds its rows itself, as opposed to a view, a virtual table or one
+    // with computed columns.
+    virtual bool HasTable(std::string_view name) = 0;
+    virtual bool HasIndex(std::string_view name) = 0;
+
+    virtual const Dialect& GetDialect() const = 0;
+    virtual bool IsReadOnly() const = 0;
+
+    bool InTransaction() const { return m_inTransaction; }
+
+    // Number of transactions begun so far. What was read inside a transaction may be trusted as
+    // long as this number and RollbackCount stand still; after that another writer may have been
+    // at work.
+    std::uint64_t TransactionCount() const { return m_transactionCount; }
+
+    // Number of roll-backs so far, those of savepoints included. What was written is there as long
+    // as this number stands still.
+    std::uint64_t RollbackCount() const { return m_rollbackCount; }
+
+  protected:
+    enum class Control {
+        Begin,
+        Commit,
+        Rollback,
+        BeginSavepoint,
+        ReleaseSavepoint,
+        RollbackToSavepoint
+    };
+
+    // Runs one transaction statement.
+    virtual void Run(Control control) = 0;
+
+    // True while the engine itself has a transaction open. An engine may roll back on its own, on a
+    // full disk for instance.
+    virtual bool EngineInTransaction() const = 0;
+
+    // A number that grows with every row that is written and every script that is run.
+    virtual std::uint64_t WriteCount() const = 0;
+
+  private:
+    friend class Transaction;
+    friend class Savepoint;
+
+    void BeginTransaction();
+    void CommitTransaction();
+    void RollbackTransaction() noexcept;
+    int BeginSavepoint();
+    void ReleaseSavepoint(int depth);
+    void RollbackSavepoint(int depth) noexcept;
+
+    bool m_inTransaction = false;
+    bool m_undoFailed = false;  // a savepoint's work may still be in the transaction
+    int m_savepointDepth = 0;
+    std::vector<std::uint64_t> m_writesBefore;  // WriteCount at the beginning of each savepoint
+    std::uint64_t m_transactionCount = 0;
+    std::uint64_t m_rollbackCount = 0;
+};
+
+// A transaction from construction to Commit or Rollback; the destructor rolls back one that is
+// still open. One at a time on a connection; what nests is a Savepoint. On a read-write connection
+// it holds the write lock from the start, so that a transaction that reads first and writes later
+// never fails half-way because another writer came in between.
+class RECORDDB_API Transaction {
+  public:
+    // Throws Error when the engine refuses, std::logic_error when a transaction is open already.
+    explicit Transaction(Connection& connection);
+    Transaction(Transaction&& other) noexcept;
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+    Transaction& operator=(Transaction&&) = delete;
+    ~Transaction();
+
+    // Makes the work permanent. Throws Error when the engine refuses, after which the transaction
+    // is still open and its destructor rolls it back; std::logic_error when it has ended already
+    // or a savepoint is open.
+    void Commit();
+
+    // Undoes the work; nothing happens when the transaction has ended already.
+    void Rollback() noexcept;
+
+    bool IsOpen() const { return m_connection != nullptr; }
+
+  private:
+    Connection* m_connection;
+};
+
+enum class OpenMode {
+    ReadOnly,
+    Immutable,  // reading a file that certainly nobody writes to, without its side files
+    ReadWrite,  // an existing database
+    CreateNew   // a database that does not exist yet
+};
+
+// True for postgresql://... and postgres://..., false for what is taken as the path of a file.
+RECORDDB_API bool IsServerUrl(const std::string& location);
+
+// Opens the database at a location: the path of an SQLite file. Throws Error: Unsupported for a
+// server URL; CannotOpen when there is no such file (or, for CreateNew, already one), or it cannot
+// be read completely in this mode; NotADatabase when the file is something else, or a database that
+// another program has marked as its own.
+//
+// The database may come from anybody: its triggers do not run and its views cannot be read.
+RECORDDB_API std::unique_ptr<Connection> Open(const std::string& location, OpenMode mode);
+
+// Opens an empty database for intermediate results of any size: a file without a name among the
+// system's temporary files, which goes with the connection. It takes a few MiB of memory. Nothing
+// in it survives a failure, so a transaction rolled back leaves it useless.
+RECORDDB_API std::unique_ptr<Connection> OpenScratch();
+
+// A name as an SQL identifier, in double quotes, so that names which are words of SQL work.
+RECORDDB_API std::string Quoted(std::string_view name);
+
+}  // namespace recorddb::sql
+
+#endif

@@ -1,0 +1,109 @@
+#include "recorddb/store/key_table.h"
+
+#include <fmt/format.h>
+
+#include "recorddb/model/value_text.h"
+#include "recorddb/store/bind_value.h"
+
+namespace recorddb {
+
+namespace {
+
+// A key can contain a reference to a record whose key contains one in turn. Deeper than this, or
+// with more records to it, only one gets that refers to itself.
+constexpr int deepestKey = 16;
+constexpr int mostKeyReads = 1000;
+
+}  // namespace
+
+std::int64_t KeyTable::Find(const schema::RecordType& type, const std::vector<FieldValue>& values) {
+    sql::Statement& find = FindStatement(type);
+    int parameter = 0;
+    for (const FieldValue& value : values) {
+        BindValue(find, ++parameter, value);
+    }
+    return sql::QueryInt(find).value_or(0);
+}
+
+std::optional<std::string> KeyTable::KeyOf(const schema::RecordType& type, std::int64_t dbid) {
+    m_readsLeft = mostKeyReads;
+    return KeyOf(type, dbid, 0);
+}
+
+std::optional<std::string> KeyTable::KeyOf(const schema::RecordType& type, std::int64_t dbid,
+                                           int depth) {
+    if (--m_readsLeft < 0) {
+        return std::nullopt;
+    }
+    sql::Statement& statement = KeyStatement(type);
+    std::vector<std::string> parts;
+    {
+        const sql::ResetGuard guard(statement);
+        statement.BindAll(dbid);
+        if (!statement.Step()) {
+            return std::nullopt;
+        }
+        for (int column = 0; column < statement.ColumnCount(); ++column) {
+            parts.emplace_back(statement.Text(column));
+        }
+    }
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        const schema::Field& field = type.fields[type.key[i]];
+        const auto target = IntegerOf(parts[i]);
+        if (field.kind == schema::FieldKind::Reference && target && depth < deepestKey) {
+            parts[i] = KeyOf(m_schema.Type(field.target), *target, depth + 1).value_or("");
+        }
+    }
+    return fmt::format("{}", fmt::join(parts, " "));
+}
+
+std::vector<std::string> KeyTable::TextsOf(const schema::Field& field, const FieldValue& value) {
+    const auto keyOf = [this, &field](std::int64_t target) {
+        return KeyOf(m_schema.Type(field.target), target).value_or("");
+    };
+    if (const auto* const text = std::get_if<std::string>(&value)) {
+        return {*text};
+    }
+    if (const auto* const number = std::get_if<std::int64_t>(&value)) {
+        const bool isReference = field.kind == schema::FieldKind::Reference;
+        return {isReference ? keyOf(*number) : std::to_string(*number)};
+    }
+    std::vector<std::string> keys;
+    if (const auto* const list = std::get_if<ReferenceList>(&value)) {
+        for (const std::int64_t target : *list) {
+            keys.push_back(keyOf(target));
+        }
+    }
+    return keys;
+}
+
+sql::Statement& KeyTable::FindStatement(const schema::RecordType& type) {
+    sql::Statement*& statement = Statements(type).find;
+    if (statement == nullptr) {
+        std::vector<std::string> conditions;
+        for (const std::size_t part : type.key) {
+            conditions.push_back(fmt::format("{} = ${}", sql::Quoted(type.fields[part].name),
+                                             conditions.size() + 1));
+        }
+        statement = &m_connection.Prepare(fmt::format("SELECT {} FROM {} WHERE {}",
+                                                      schema::dbIdName, sql::Quoted(type.name),
+                                                      fmt::join(conditions, " AND ")));
+    }
+    return *statement;
+}
+
+sql::Statement& KeyTable::KeyStatement(const schema::RecordType& type) {
+    sql::Statement*& statement = Statements(type).key;
+    if (statement == nullptr) {
+        std::vector<std::string> columns;
+        for (const std::size_t part : type.key) {
+            columns.push_back(sql::Quoted(type.fields[part].name));
+        }
+        statement = &m_connection.Prepare(fmt::format("SELECT {} FROM {} WHERE {} = $1",
+                                                      fmt::join(columns, ", "),
+                                                      sql::Quoted(type.name), schema::dbIdName));
+    }
+    return *statement;
+}
+
+}  // namespace recorddb

@@ -144,6 +144,11 @@ class RECORDDB_API Connection {
     virtual const Dialect& GetDialect() const = 0;
     virtual bool IsReadOnly() const = 0;
 
+    // True for an engine that undoes a statement that fails and lets its transaction go on. With
+    // any other, a transaction in which a statement failed takes nothing but a roll-back, of itself
+    // or to a savepoint; so a statement that may be refused needs a savepoint around it.
+    virtual bool TransactionSurvivesErrors() const = 0;
+
     bool InTransaction() const { return m_inTransaction; }
 
     // Number of transactions begun so far. What was read inside a transaction may be trusted as
@@ -161,19 +166,16 @@ class RECORDDB_API Connection {
         Commit,
         Rollback,
         BeginSavepoint,
-        ReleaseSavepoint,
-        RollbackToSavepoint
+        ReleaseSavepoint,    // the innermost one
+        RollbackToSavepoint  // undoes what was done since the innermost one began, which stays
     };
 
-    // Runs one transaction statement.
+    // Does one of these, by whatever means the engine has.
     virtual void Run(Control control) = 0;
 
     // True while the engine itself has a transaction open. An engine may roll back on its own, on a
     // full disk for instance.
     virtual bool EngineInTransaction() const = 0;
-
-    // A number that grows with every row that is written and every script that is run.
-    virtual std::uint64_t WriteCount() const = 0;
 
   private:
     friend class Transaction;
@@ -189,7 +191,6 @@ class RECORDDB_API Connection {
     bool m_inTransaction = false;
     bool m_undoFailed = false;  // a savepoint's work may still be in the transaction
     int m_savepointDepth = 0;
-    std::vector<std::uint64_t> m_writesBefore;  // WriteCount at the beginning of each savepoint
     std::uint64_t m_transactionCount = 0;
     std::uint64_t m_rollbackCount = 0;
 };
@@ -239,6 +240,10 @@ RECORDDB_API bool IsServerUrl(const std::string& location);
 //
 // The database may come from anybody: its triggers do not run and its views cannot be read.
 RECORDDB_API std::unique_ptr<Connection> Open(const std::string& location, OpenMode mode);
+
+// The files that the engine may put beside the database at a location, whether or not they are
+// there. None for a server.
+RECORDDB_API std::vector<std::string> SideFiles(const std::string& location);
 
 // Opens an empty database for intermediate results of any size: a file without a name among the
 // system's temporary files, which goes with the connection. It takes a few MiB of memory. Nothing

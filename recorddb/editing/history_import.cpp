@@ -86,9 +86,8 @@ std::int64_t HistoryImport::Commit() {
     std::stable_sort(m_pending.begin(), end, [](const HistoryEntry& a, const HistoryEntry& b) {
         return std::tie(a.recordType, a.record) < std::tie(b.recordType, b.record);
     });
-    // No savepoint: there is no rule that an entry could break, so when writing fails the database
-    // itself does, and the whole transaction goes.
-    AtomicWrite write(m_connection, AtomicWrite::Extent::OneStatement);
+    // There is no rule that an entry could break.
+    AtomicWrite write(m_connection, AtomicWrite::Refusable::None);
     for (std::size_t first = 0; first < m_pendingCount;) {
         std::size_t next = first + 1;
         while (next < m_pendingCount && SameRecord(m_pending[first], m_pending[next])) {
@@ -159,7 +158,7 @@ void HistoryImport::UpdateExpiry(const schema::RecordType& type, std::int64_t re
     if (m_connection.InTransaction() && m_upToDate == Now(type.id, record)) {
         return;
     }
-    AtomicWrite write(m_connection, AtomicWrite::Extent::OneStatement);
+    AtomicWrite write(m_connection, AtomicWrite::Refusable::None);
     const std::vector<HistoryTimes> before = m_table.Times(type.id, record);
     std::vector<HistoryTimes> after = before;
     WorkOutExpiry(after);

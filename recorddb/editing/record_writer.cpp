@@ -45,9 +45,9 @@ RecordWriter::Reach RecordWriter::ReachOf(const EditedRecord& record) {
 // A savepoint costs a tenth of what writing a record does, so one is made only where it is needed.
 // The row goes first; when it is refused, nothing was written. The lists of a new record go with
 // its row, if need be.
-AtomicWrite::Extent RecordWriter::ExtentOf(const EditedRecord& record, Reach reach) {
-    return reach.links || (reach.lists && !record.IsNew()) ? AtomicWrite::Extent::SeveralStatements
-                                                           : AtomicWrite::Extent::OneStatement;
+AtomicWrite::Refusable RecordWriter::RefusableOf(const EditedRecord& record, Reach reach) {
+    return reach.links || (reach.lists && !record.IsNew()) ? AtomicWrite::Refusable::Any
+                                                           : AtomicWrite::Refusable::First;
 }
 
 void RecordWriter::SaveLists(const EditedRecord& record) {
@@ -98,11 +98,11 @@ PaMessage RecordWriter::WriteLinks(const EditedRecord& record) {
     return m_parts.attachments.Write(record.Type().id, record.dbid, record.attachments);
 }
 
-void RecordWriter::SaveListsOfNew(const EditedRecord& record) {
+void RecordWriter::SaveListsOfNew(const EditedRecord& record, const AtomicWrite& write) {
     try {
         SaveLists(record);
     } catch (const sql::Error& error) {
-        if (error.IsConstraint()) {
+        if (error.IsConstraint() && !write.UndoesAll()) {
             m_parts.tables.Records(record.Type()).Remove(record.dbid);
         }
         throw;
@@ -110,11 +110,11 @@ void RecordWriter::SaveListsOfNew(const EditedRecord& record) {
 }
 
 PaMessage RecordWriter::WriteAll(EditedRecord& record, Reach reach) {
-    AtomicWrite write(m_parts.connection, ExtentOf(record, reach));
+    AtomicWrite write(m_parts.connection, RefusableOf(record, reach));
     PaMessage problem = WriteRow(record);
     if (problem.ID() == 0 && reach.lists) {
         if (record.IsNew()) {
-            SaveListsOfNew(record);
+            SaveListsOfNew(record, write);
         } else {
             SaveLists(record);
         }

@@ -46,11 +46,11 @@ class RecordWriter {
     };
 
     static Reach ReachOf(const EditedRecord& record);
-    static AtomicWrite::Extent ExtentOf(const EditedRecord& record, Reach reach);
+    static AtomicWrite::Refusable RefusableOf(const EditedRecord& record, Reach reach);
     PaMessage WriteAll(EditedRecord& record, Reach reach);
     PaMessage WriteRow(EditedRecord& record);
     void SaveLists(const EditedRecord& record);
-    void SaveListsOfNew(const EditedRecord& record);
+    void SaveListsOfNew(const EditedRecord& record, const AtomicWrite& write);
     PaMessage WriteLinks(const EditedRecord& record);
     PaMessage Outdated(const EditedRecord& record);
     PaMessage Explain(const EditedRecord& record, const sql::Error& error);

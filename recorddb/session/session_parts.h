@@ -15,11 +15,11 @@
 #include "recorddb/editing/value_rules.h"
 #include "recorddb/session_options.h"
 #include "recorddb/statistics.h"
+#include "recorddb/store/counted_record_ids.h"
 #include "recorddb/store/dbid_reservations.h"
 #include "recorddb/store/duplicate_table.h"
 #include "recorddb/store/history_table.h"
 #include "recorddb/store/key_table.h"
-#include "recorddb/store/record_ids.h"
 #include "recorddb/store/record_tables.h"
 #include "recorddb/store/search_indexes.h"
 
@@ -65,7 +65,7 @@ struct SessionParts {
     KeyTable keyTable;
     ReferenceKeys keys;
     ValueRules rules;
-    schema::RecordIds ids;
+    schema::CountedRecordIds ids;
     DbIdReservations dbids;
     HistoryTable historyTable;
     HistoryImport history;

@@ -46,9 +46,7 @@ int Connection::BeginSavepoint() {
         throw std::logic_error("a savepoint needs a transaction around it");
     }
     Run(Control::BeginSavepoint);
-    m_writesBefore.resize(static_cast<std::size_t>(++m_savepointDepth));
-    m_writesBefore.back() = WriteCount();
-    return m_savepointDepth;
+    return ++m_savepointDepth;
 }
 
 void Connection::ReleaseSavepoint(int depth) {
@@ -68,13 +66,7 @@ void Connection::RollbackSavepoint(int depth) noexcept {
     try {
         if (EngineInTransaction()) {
             for (; m_savepointDepth >= depth; --m_savepointDepth) {
-                // In a transaction that has made an index, rolling back to a savepoint costs the
-                // engine every statement that it has prepared. Most records that are refused have
-                // written nothing yet.
-                if (WriteCount() !=
-                    m_writesBefore[static_cast<std::size_t>(m_savepointDepth - 1)]) {
-                    Run(Control::RollbackToSavepoint);
-                }
+                Run(Control::RollbackToSavepoint);
                 Run(Control::ReleaseSavepoint);
             }
         }

@@ -12,16 +12,27 @@ namespace recorddb {
 // they are part of a larger one. What is not kept is undone by the destructor.
 class AtomicWrite {
   public:
-    // A single statement needs no savepoint, since the engine undoes what it did when it fails.
-    enum class Extent { OneStatement, SeveralStatements };
+    // Which of the statements the engine may refuse, for a rule of the database that they break,
+    // with the transaction around them going on.
+    enum class Refusable {
+        None,   // what fails is the database itself, and with it the transaction
+        First,  // or later ones, if the writer takes back by itself what came before (see
+                // UndoesAll)
+        Any
+    };
 
-    AtomicWrite(sql::Connection& connection, Extent extent) {
+    AtomicWrite(sql::Connection& connection, Refusable refusable) {
+        const bool engineUndoes =
+            refusable == Refusable::First && connection.TransactionSurvivesErrors();
         if (!connection.InTransaction()) {
             m_transaction.emplace(connection);
-        } else if (extent == Extent::SeveralStatements) {
+        } else if (refusable != Refusable::None && !engineUndoes) {
             m_savepoint.emplace(connection);
         }
     }
+
+    // True when all is undone that is not kept; otherwise only the statement that was refused.
+    bool UndoesAll() const { return m_transaction || m_savepoint; }
 
     void Keep() {
         if (m_transaction) {

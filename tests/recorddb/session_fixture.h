@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/messages/pamsgexception.h"
@@ -89,6 +90,9 @@ class SessionTest : public testing::Test {
     void OpenSession(const SessionOptions& options) {
         m_session = m_database->OpenSession(options);
     }
+
+    // Works on with another session on the same file.
+    void UseSession(AdPtr<Session> session) { m_session = std::move(session); }
 
     Session& Core() { return *m_session; }
     Database& Base() { return *m_database; }

@@ -7,6 +7,7 @@
 
 #include "recorddb/database.h"
 #include "recorddb/schema.h"
+#include "recorddb/sql.h"
 #include "tool/process/usage_error.h"
 #include "tool/text/masked_password.h"
 #include "tool/text/number_text.h"
@@ -27,8 +28,7 @@ void CheckSideFiles(const std::string& database) {
     if (Exists(database)) {
         return;
     }
-    for (const char* const suffix : {"-wal", "-shm", "-journal"}) {
-        const std::string file = database + suffix;
+    for (const std::string& file : recorddb::sql::SideFiles(database)) {
         if (Exists(file)) {
             throw UsageError(fmt::format(
                 "{}: this file is in the way: one of this name belongs to the database {}; if it "

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "recorddb/sql.h"
 #include "tool/process/usage_error.h"
 #include "tool/rejects/known_rejects.h"
 
@@ -18,8 +19,6 @@ namespace tool {
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr std::array<const char*, 3> sideFiles = {"-wal", "-shm", "-journal"};
 
 [[noreturn]] void Refuse(const std::string& output, const std::string& what) {
     throw UsageError(fmt::format("{} would be written over {}; name another file", output, what));
@@ -68,8 +67,9 @@ void OutputGuard::KeepDatabase(const std::string& database) {
     Keep(database, what);
     // The engine looks for these beside the file itself.
     for (const fs::path& file : {fs::path(database), WithoutLinks(database)}) {
-        for (const char* const suffix : sideFiles) {
-            Keep(file.string() + suffix, fmt::format("a part of {} ({})", what, suffix));
+        for (const std::string& sideFile : recorddb::sql::SideFiles(file.string())) {
+            const std::string suffix = sideFile.substr(file.string().size());
+            Keep(sideFile, fmt::format("a part of {} ({})", what, suffix));
         }
     }
 }

@@ -2,11 +2,13 @@
 #define RECORDDB_SQL_SQLITE_SQLITE_CONNECTION_H
 
 #include <array>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "recorddb/sql.h"
 
@@ -21,6 +23,9 @@ class SqliteConnection final : public Connection {
     // not changed by being opened.
     static std::unique_ptr<Connection> Open(const std::string& path, OpenMode mode);
 
+    // The files that the engine may put beside a database file.
+    static std::vector<std::string> SideFiles(const std::string& path);
+
     // Opens a database of its own in a temporary file without a name.
     static std::unique_ptr<Connection> OpenScratch();
 
@@ -33,11 +38,11 @@ class SqliteConnection final : public Connection {
     bool HasIndex(std::string_view name) override;
     const Dialect& GetDialect() const override;
     bool IsReadOnly() const override { return m_readOnly; }
+    bool TransactionSurvivesErrors() const override { return true; }
 
   protected:
     void Run(Control control) override;
     bool EngineInTransaction() const override;
-    std::uint64_t WriteCount() const override;
 
   private:
     struct Closer {
@@ -54,6 +59,9 @@ class SqliteConnection final : public Connection {
 
     SqliteConnection(Handle handle, OpenMode mode);
 
+    std::uint64_t WriteCount() const;
+    void ExecuteControl(Control control);
+
     static Handle OpenHandle(const std::string& path, int flags);
     static Handle OpenReadOnly(const std::string& path);
     static Handle OpenImmutable(const std::string& path);
@@ -67,6 +75,7 @@ class SqliteConnection final : public Connection {
     std::unordered_map<std::string, std::unique_ptr<Statement>, TextHash, std::equal_to<>>
         m_statements;
     std::array<Statement*, 6> m_controls{};
+    std::vector<std::uint64_t> m_writesBefore;  // WriteCount at the beginning of each savepoint
 };
 
 }  // namespace recorddb::sql

@@ -269,6 +269,10 @@ std::unique_ptr<Connection> SqliteConnection::Open(const std::string& path, Open
     }
 }
 
+std::vector<std::string> SqliteConnection::SideFiles(const std::string& path) {
+    return {path + "-wal", path + "-shm", path + "-journal"};
+}
+
 std::unique_ptr<Connection> SqliteConnection::OpenScratch() {
     // The engine's name for a database in a temporary file that only this connection knows.
     Handle handle = OpenHandle("", SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);

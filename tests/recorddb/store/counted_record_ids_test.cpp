@@ -1,4 +1,4 @@
-#include "recorddb/store/record_ids.h"
+#include "recorddb/store/counted_record_ids.h"
 
 #include <gtest/gtest.h>
 
@@ -15,12 +15,12 @@ namespace recorddb::schema {
 
 namespace {
 
-class RecordIdsTest : public OpenDatabaseTest {
+class CountedRecordIdsTest : public OpenDatabaseTest {
   protected:
     // Inserts a bug with the next number and returns that.
     std::int64_t InsertBug() { return InsertBug(*m_database, *m_ids); }
 
-    static std::int64_t InsertBug(Database& database, RecordIds& ids) {
+    static std::int64_t InsertBug(Database& database, CountedRecordIds& ids) {
         const RecordType& bug = *database.GetSchema().FindType("bug");
         const std::int64_t dbid = ids.Next(bug);
         sql::Statement& insert = database.GetConnection().Prepare(
@@ -36,17 +36,17 @@ class RecordIdsTest : public OpenDatabaseTest {
         m_ids.emplace(Connection(), TheSchema());
     }
 
-    std::optional<RecordIds> m_ids{std::in_place, Connection(), TheSchema()};
+    std::optional<CountedRecordIds> m_ids{std::in_place, Connection(), TheSchema()};
 };
 
-TEST_F(RecordIdsTest, NumbersCountFromOneInEveryType) {
+TEST_F(CountedRecordIdsTest, NumbersCountFromOneInEveryType) {
     const auto transaction = m_database->Begin();
     EXPECT_EQ(InsertBug(), 1);
     EXPECT_EQ(InsertBug(), 2);
     EXPECT_EQ(m_ids->Next(Type("user")), 1);
 }
 
-TEST_F(RecordIdsTest, NumbersGoOnInTheNextTransactionAndSession) {
+TEST_F(CountedRecordIdsTest, NumbersGoOnInTheNextTransactionAndSession) {
     {
         auto transaction = m_database->Begin();
         InsertBug();
@@ -62,7 +62,7 @@ TEST_F(RecordIdsTest, NumbersGoOnInTheNextTransactionAndSession) {
     EXPECT_EQ(InsertBug(), 3);
 }
 
-TEST_F(RecordIdsTest, RolledBackNumbersAreFreeAgain) {
+TEST_F(CountedRecordIdsTest, RolledBackNumbersAreFreeAgain) {
     {
         const auto transaction = m_database->Begin();
         InsertBug();
@@ -77,7 +77,7 @@ TEST_F(RecordIdsTest, RolledBackNumbersAreFreeAgain) {
     transaction.Commit();
 }
 
-TEST_F(RecordIdsTest, AnotherWritersRecordsAreSeen) {
+TEST_F(CountedRecordIdsTest, AnotherWritersRecordsAreSeen) {
     {
         auto transaction = m_database->Begin();
         InsertBug();
@@ -85,7 +85,7 @@ TEST_F(RecordIdsTest, AnotherWritersRecordsAreSeen) {
     }
     {
         const auto other = Database::Open(Path(), Database::Mode::ReadWrite);
-        RecordIds otherIds(other->GetConnection(), other->GetSchema());
+        CountedRecordIds otherIds(other->GetConnection(), other->GetSchema());
         auto transaction = other->Begin();
         EXPECT_EQ(InsertBug(*other, otherIds), 2);
         transaction.Commit();
@@ -94,11 +94,11 @@ TEST_F(RecordIdsTest, AnotherWritersRecordsAreSeen) {
     EXPECT_EQ(InsertBug(), 3);
 }
 
-TEST_F(RecordIdsTest, NumbersAreGivenOutInATransactionOnly) {
+TEST_F(CountedRecordIdsTest, NumbersAreGivenOutInATransactionOnly) {
     EXPECT_THROW(m_ids->Next(Type("bug")), std::logic_error);
 }
 
-TEST_F(RecordIdsTest, HighestNumberThatThereIsEndsTheCount) {
+TEST_F(CountedRecordIdsTest, HighestNumberThatThereIsEndsTheCount) {
     Run("INSERT INTO user (dbid, login) VALUES (9223372036854775807, 'last')");
     const auto transaction = m_database->Begin();
     try {
@@ -111,7 +111,7 @@ TEST_F(RecordIdsTest, HighestNumberThatThereIsEndsTheCount) {
     }
 }
 
-TEST_F(RecordIdsTest, NumbersBelowOneAreNotCountedOn) {
+TEST_F(CountedRecordIdsTest, NumbersBelowOneAreNotCountedOn) {
     Run("INSERT INTO user (dbid, login) VALUES (-5, 'odd')");
     const auto transaction = m_database->Begin();
     EXPECT_EQ(m_ids->Next(Type("user")), 1);

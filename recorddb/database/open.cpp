@@ -17,6 +17,11 @@ std::unique_ptr<Connection> Open(const std::string& location, OpenMode mode) {
     return SqliteConnection::Open(location, mode);
 }
 
+std::vector<std::string> SideFiles(const std::string& location) {
+    return IsServerUrl(location) ? std::vector<std::string>()
+                                 : SqliteConnection::SideFiles(location);
+}
+
 std::unique_ptr<Connection> OpenScratch() {
     return SqliteConnection::OpenScratch();
 }

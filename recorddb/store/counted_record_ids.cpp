@@ -1,4 +1,4 @@
-#include "recorddb/store/record_ids.h"
+#include "recorddb/store/counted_record_ids.h"
 
 #include <fmt/format.h>
 
@@ -13,10 +13,10 @@
 
 namespace recorddb::schema {
 
-RecordIds::RecordIds(sql::Connection& connection, const Schema& schema)
+CountedRecordIds::CountedRecordIds(sql::Connection& connection, const Schema& schema)
     : m_connection(connection), m_counters(schema.Types().size()) {}
 
-std::int64_t RecordIds::Next(const RecordType& type) {
+std::int64_t CountedRecordIds::Next(const RecordType& type) {
     if (!m_connection.InTransaction()) {
         throw std::logic_error("a record's dbid is given out in a transaction only");
     }
@@ -35,7 +35,7 @@ std::int64_t RecordIds::Next(const RecordType& type) {
     return ++counter.last;
 }
 
-void RecordIds::Read(const RecordType& type, Counter& counter) {
+void CountedRecordIds::Read(const RecordType& type, Counter& counter) {
     if (counter.highest == nullptr) {
         counter.highest = &m_connection.Prepare(
             fmt::format("SELECT max({}) FROM {}", dbIdName, sql::Quoted(type.name)));

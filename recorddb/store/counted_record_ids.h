@@ -1,0 +1,42 @@
+#ifndef RECORDDB_STORE_COUNTED_RECORD_IDS_H
+#define RECORDDB_STORE_COUNTED_RECORD_IDS_H
+
+#include <cstdint>
+#include <vector>
+
+#include "recorddb/schema.h"
+#include "recorddb/sql.h"
+#include "recorddb/store/record_ids.h"
+
+namespace recorddb::schema {
+
+// Counts on from the highest dbid in the type's table: no row of its own needs to be written with
+// every record, and the dbid is unique because it is the table's primary key. For engines with one
+// writer at a time. The highest dbid is read once in a transaction and counted on in memory.
+class CountedRecordIds final : public RecordIds {
+  public:
+    // Connection and schema outlive the object.
+    CountedRecordIds(sql::Connection& connection, const Schema& schema);
+
+    // Throws sql::Error as well, and std::logic_error outside of a transaction, where another
+    // writer could take the same number.
+    std::int64_t Next(const RecordType& type) override;
+
+  private:
+    struct Counter {
+        std::int64_t last = 0;
+        // The state of the connection in which `last` was right.
+        std::uint64_t transactionCount = 0;
+        std::uint64_t rollbackCount = 0;
+        sql::Statement* highest = nullptr;
+    };
+
+    void Read(const RecordType& type, Counter& counter);
+
+    sql::Connection& m_connection;
+    std::vector<Counter> m_counters;  // by type
+};
+
+}  // namespace recorddb::schema
+
+#endif

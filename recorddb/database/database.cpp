@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -42,27 +43,32 @@ void CheckDirectory(const std::string& location) {
     }
 }
 
-// The file in which a database is made, beside its final place. Removed with what the engine may
-// have put next to it, whatever happens.
-class WorkFile {
+// The folder in which a database is made, beside its final place: new, and this process's alone, so
+// that what is in it can be removed, whatever the engine calls it.
+class WorkFolder {
   public:
-    explicit WorkFile(const std::string& location)
-        : m_path(fmt::format("{}.new-{}", location, getpid())) {}
-    WorkFile(const WorkFile&) = delete;
-    WorkFile& operator=(const WorkFile&) = delete;
-    ~WorkFile() {
-        for (const char* const suffix : {"", "-wal", "-shm", "-journal"}) {
-            std::error_code ignored;
-            std::filesystem::remove(m_path + suffix, ignored);
+    explicit WorkFolder(const std::string& location) : m_path(location + ".new-XXXXXX") {
+        if (mkdtemp(m_path.data()) == nullptr) {
+            throw sql::Error(sql::ErrorKind::CannotOpen,
+                             fmt::format("{}: a folder to make it in cannot be made: {}", location,
+                                         std::generic_category().message(errno)),
+                             "");
         }
     }
+    WorkFolder(const WorkFolder&) = delete;
+    WorkFolder& operator=(const WorkFolder&) = delete;
+    ~WorkFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_path, ignored);
+    }
 
-    const std::string& Path() const { return m_path; }
+    std::string File() const { return m_path + "/database"; }
 
     // Gives the finished file its name. A link, unlike a rename, never replaces a file that has
     // come into being meanwhile.
-    void MoveTo(const std::string& location) const {
-        if (link(m_path.c_str(), location.c_str()) == 0) {
+    void MoveFileTo(const std::string& location) const {
+        CheckThatAllIsInTheFile(location);
+        if (link(File().c_str(), location.c_str()) == 0) {
             return;
         }
         if (errno == EEXIST) {
@@ -70,13 +76,26 @@ class WorkFile {
         }
         // Not every file system has links.
         std::error_code error;
-        std::filesystem::rename(m_path, location, error);
+        std::filesystem::rename(File(), location, error);
         if (error) {
             throw sql::Error(sql::ErrorKind::Io, location + ": " + error.message(), "");
         }
     }
 
   private:
+    // An engine that could not end its work keeps a part of the database beside the file.
+    void CheckThatAllIsInTheFile(const std::string& location) const {
+        for (const auto& entry : std::filesystem::directory_iterator(m_path)) {
+            if (entry.path() != File()) {
+                throw sql::Error(sql::ErrorKind::Io,
+                                 fmt::format("{}: the database could not be written whole to one "
+                                             "file; is the disk full?",
+                                             location),
+                                 "");
+            }
+        }
+    }
+
     std::string m_path;
 };
 
@@ -110,9 +129,9 @@ void Database::Create(const std::string& location, const schema::Schema& schema)
         RefuseExisting(location);
     }
     CheckDirectory(location);
-    const WorkFile file(location);
-    Fill(file.Path(), schema);
-    file.MoveTo(location);
+    const WorkFolder folder(location);
+    Fill(folder.File(), schema);
+    folder.MoveFileTo(location);
 }
 
 std::unique_ptr<Database> Database::Open(const std::string& location, Mode mode) {

@@ -2,6 +2,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
 
 #include "recorddb/errors.h"
 #include "recorddb/model/names.h"
@@ -77,6 +81,18 @@ TEST_F(DatabaseTest, CreationRefusesAnExistingFileAndKeepsIt) {
     }
     EXPECT_EQ(std::filesystem::file_size(Path()), 8U);
     EXPECT_EQ(m_folder.FileCount(), 1U);
+}
+
+TEST_F(DatabaseTest, CreationKeepsFilesOfOthersWhateverTheirNames) {
+    const std::string other = "tracker.db.new-" + std::to_string(getpid());
+    for (const char* const suffix : {"", "-wal", "-journal"}) {
+        m_folder.Write(other + suffix, "precious");
+    }
+    GivenDatabase();
+    for (const char* const suffix : {"", "-wal", "-journal"}) {
+        EXPECT_EQ(std::filesystem::file_size(m_folder.File(other + suffix)), 8U) << suffix;
+    }
+    EXPECT_EQ(m_folder.FileCount(), 4U);
 }
 
 TEST_F(DatabaseTest, FailedCreationLeavesNothingBehind) {

@@ -2,20 +2,14 @@
 
 #include <algorithm>
 
+#include "tool/packet/markup_text.h"
+
 namespace tool {
 
 namespace {
 
 constexpr std::string_view commentOpening = "<!--";
-constexpr std::string_view cdataOpening = "<![CDATA[";
 constexpr std::string_view instructionOpening = "<?";
-
-// A stray "<?" in front of anything else opens nothing that could close.
-bool StartsName(char c) {
-    auto byte = static_cast<unsigned char>(c);
-    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || byte == '_' ||
-           byte == ':' || byte >= 0x80;
-}
 
 }  // namespace
 
@@ -23,9 +17,10 @@ SectionKind SectionAt(std::string_view text) {
     if (text.starts_with(commentOpening)) {
         return SectionKind::Comment;
     }
-    if (text.starts_with(cdataOpening)) {
+    if (text.starts_with(kCDataOpening)) {
         return SectionKind::CData;
     }
+    // A stray "<?" in front of anything else opens nothing that could close.
     if (text.starts_with(instructionOpening) && text.size() > 2 && StartsName(text[2])) {
         return SectionKind::Instruction;
     }
@@ -37,7 +32,7 @@ std::size_t OpeningLength(SectionKind kind) {
         case SectionKind::Comment:
             return commentOpening.size();
         case SectionKind::CData:
-            return cdataOpening.size();
+            return kCDataOpening.size();
         case SectionKind::Instruction:
             return instructionOpening.size();
         case SectionKind::None:

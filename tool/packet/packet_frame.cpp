@@ -7,26 +7,16 @@
 
 #include "tool/io/decoding_marks.h"
 #include "tool/io/text_units.h"
+#include "tool/packet/markup_text.h"
 
 namespace tool {
 
 namespace {
 
-constexpr std::size_t npos = std::string_view::npos;
-
 // As much of a text or a name as is kept to compare and to show.
 constexpr std::size_t kept = 80;
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-
-bool IsBlank(char c) {
-    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
-}
-
-bool StartsName(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c == ':' ||
-           static_cast<unsigned char>(c) >= 0x80;
-}
 
 bool IsMark(char c) {
     return static_cast<unsigned char>(c) >= NulMark;
@@ -42,7 +32,7 @@ std::string Shown(std::string_view text) {
         text.remove_suffix(text.empty() ? 0 : 1);
     }
     std::string shown = ReplaceDecodingMarks(text);
-    std::replace_if(shown.begin(), shown.end(), IsBlank, ' ');
+    std::replace_if(shown.begin(), shown.end(), IsXmlBlank, ' ');
     return shown;
 }
 
@@ -108,7 +98,7 @@ void PacketFrame::AddToText(char c) {
         return;
     }
     if (m_text.line == 0) {
-        if (IsBlank(c)) {
+        if (IsXmlBlank(c)) {
             return;
         }
         m_text.line = m_line;
@@ -150,7 +140,7 @@ void PacketFrame::AddToTag(char c) {
         m_quotedIn = State::StartTag;
         m_state = State::Quoted;
     } else {
-        m_nameEnded = m_nameEnded || IsBlank(c) || c == '/';
+        m_nameEnded = m_nameEnded || IsXmlBlank(c) || c == '/';
         if (!m_nameEnded && m_name.size() < kept) {
             m_name += c;
         }
@@ -252,7 +242,7 @@ void PacketFrame::NoteMark(char mark) {
 
 void PacketFrame::AddSection(SectionKind kind, std::string_view section, std::uint64_t line) {
     m_line = line;
-    if (const std::size_t mark = FindDecodingMark(section); mark != npos) {
+    if (const std::size_t mark = FindDecodingMark(section); mark != kNotFound) {
         m_line += CountLineEnds(section.substr(0, mark));
         NoteMark(section[mark]);
     }
@@ -301,7 +291,7 @@ void PacketFrame::AddBrokenRecord(std::string_view text, std::uint64_t line) {
     AddRecord(line);
     m_inBrokenRecord = true;
     // The record may have taken the end tags of the elements around it along.
-    while (m_open.size() > 1 && text.find("</" + Innermost().name) != npos) {
+    while (m_open.size() > 1 && text.find("</" + Innermost().name) != kNotFound) {
         m_open.pop_back();
     }
 }

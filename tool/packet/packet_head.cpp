@@ -1,18 +1,13 @@
 #include "tool/packet/packet_head.h"
 
+#include "tool/packet/markup_text.h"
+
 namespace tool {
 
 namespace {
 
-constexpr std::size_t npos = std::string_view::npos;
-constexpr std::string_view cdataOpening = "<![CDATA[";
-
-bool IsBlank(char c) {
-    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
-}
-
 std::string_view WithoutBlanks(std::string_view text) {
-    while (!text.empty() && IsBlank(text.front())) {
+    while (!text.empty() && IsXmlBlank(text.front())) {
         text.remove_prefix(1);
     }
     return text;
@@ -31,23 +26,23 @@ std::size_t TagEnd(std::string_view text) {
             quote = c;
         }
     }
-    return npos;
+    return kNotFound;
 }
 
 // Position behind a document type declaration with its internal subset, if it has one. Quotes and
 // comments in the subset are not looked at: the importer refuses the declaration in any case.
 std::size_t DoctypeEnd(std::string_view text) {
     std::size_t at = text.find_first_of("[>");
-    if (at != npos && text[at] == '[') {
+    if (at != kNotFound && text[at] == '[') {
         at = text.find(']', at);
-        at = at == npos ? npos : text.find('>', at);
+        at = at == kNotFound ? kNotFound : text.find('>', at);
     }
-    return at == npos ? npos : at + 1;
+    return at == kNotFound ? kNotFound : at + 1;
 }
 
 std::size_t Behind(std::string_view text, std::string_view mark, std::size_t from) {
     std::size_t at = text.find(mark, from);
-    return at == npos ? npos : at + mark.size();
+    return at == kNotFound ? kNotFound : at + mark.size();
 }
 
 bool IsConfigurationTag(std::string_view tag) {
@@ -57,7 +52,7 @@ bool IsConfigurationTag(std::string_view tag) {
 }
 
 // Length of the comment, instruction or document type declaration at the start of TEXT: 0 when
-// something else stands there, npos when it does not end.
+// something else stands there, kNotFound when it does not end.
 std::size_t SkippedLength(std::string_view text) {
     if (text.starts_with("<!--")) {
         return Behind(text, "-->", 4);
@@ -65,7 +60,7 @@ std::size_t SkippedLength(std::string_view text) {
     if (text.starts_with("<?")) {
         return Behind(text, "?>", 2);
     }
-    if (text.starts_with("<!") && !text.starts_with(cdataOpening)) {
+    if (text.starts_with("<!") && !text.starts_with(kCDataOpening)) {
         return DoctypeEnd(text);
     }
     return 0;
@@ -77,22 +72,22 @@ HeadAnswer ClassifyHead(std::string_view text, bool complete) {
     HeadAnswer unfinished = complete ? HeadAnswer::Data : HeadAnswer::Undecided;
     while (true) {
         text = WithoutBlanks(text);
-        if (text.size() < cdataOpening.size() && !complete) {
+        if (text.size() < kCDataOpening.size() && !complete) {
             return text.empty() || text[0] == '<' ? unfinished : HeadAnswer::Data;
         }
         std::size_t skipped = SkippedLength(text);
-        if (skipped == npos) {
+        if (skipped == kNotFound) {
             return unfinished;
         }
         if (skipped > 0) {
             text.remove_prefix(skipped);
             continue;
         }
-        if (!text.starts_with('<') || text.starts_with("</") || text.starts_with(cdataOpening)) {
+        if (!text.starts_with('<') || text.starts_with("</") || text.starts_with(kCDataOpening)) {
             return HeadAnswer::Data;
         }
         std::size_t end = TagEnd(text);
-        if (end == npos) {
+        if (end == kNotFound) {
             return complete && IsConfigurationTag(text) ? HeadAnswer::Configuration : unfinished;
         }
         if (IsConfigurationTag(text)) {
@@ -107,12 +102,12 @@ HeadAnswer ClassifyHead(std::string_view text, bool complete) {
 
 std::string WithPacketDeclaration(std::string_view text) {
     std::string_view body = WithoutBlanks(text);
-    std::size_t end = npos;
-    if (body.starts_with("<?xml") && body.size() > 5 && IsBlank(body[5])) {
+    std::size_t end = kNotFound;
+    if (body.starts_with("<?xml") && body.size() > 5 && IsXmlBlank(body[5])) {
         end = body.find("?>");
     }
     std::string packet(packetDeclaration);
-    packet += end == npos ? text : body.substr(end + 2);
+    packet += end == kNotFound ? text : body.substr(end + 2);
     return packet;
 }
 

@@ -6,6 +6,7 @@
 
 #include "tool/io/decoding_marks.h"
 #include "tool/io/text_units.h"
+#include "tool/packet/markup_text.h"
 
 namespace tool {
 
@@ -13,7 +14,6 @@ namespace {
 
 constexpr std::string_view startTag = "<record>";
 constexpr std::string_view endTagHead = "</record";
-constexpr std::size_t npos = std::string_view::npos;
 
 // Enough bytes to tell every mark and tag that matters from the others.
 constexpr std::size_t lookahead = 9;
@@ -25,17 +25,13 @@ constexpr std::size_t endTagBlanks = 256;
 // As much of a tag as is looked at to see whether it names a record, and as is shown to people.
 constexpr std::size_t tagLookahead = 80;
 
-bool IsBlank(char c) {
-    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
-}
-
 // Sorts out nearly every tag of a record at its second byte. TAG has three bytes at least.
 bool MayMatter(const char* tag) {
     return tag[1] == 'r' || tag[1] == '!' || tag[1] == '?' || (tag[1] == '/' && tag[2] == 'r');
 }
 
 // The first "<" in [FROM, END) that may begin something of interest, or that has too few bytes of
-// TEXT behind it to tell; npos when there is none.
+// TEXT behind it to tell; kNotFound when there is none.
 std::size_t ScanTags(std::string_view text, std::size_t from, std::size_t end) {
     while (from < end) {
         const void* found = std::memchr(text.data() + from, '<', end - from);
@@ -49,7 +45,7 @@ std::size_t ScanTags(std::string_view text, std::size_t from, std::size_t end) {
         }
         from = at + 1;
     }
-    return npos;
+    return kNotFound;
 }
 
 bool EqualsNoCase(std::string_view text, std::string_view lower) {
@@ -62,7 +58,7 @@ bool EqualsNoCase(std::string_view text, std::string_view lower) {
 bool NamesRecord(std::string_view tag) {
     std::string_view name = tag.substr(1, tag.find_first_of(" \t\r\n/>", 1) - 1);
     std::size_t colon = name.find(':');
-    return EqualsNoCase(colon == npos ? name : name.substr(colon + 1), "record");
+    return EqualsNoCase(colon == kNotFound ? name : name.substr(colon + 1), "record");
 }
 
 // Does not cut a character in two, and is valid UTF-8 also where the source is not.
@@ -73,7 +69,7 @@ std::string Excerpt(std::string_view text) {
     }
     std::string_view part = text.substr(0, size);
     std::size_t end = part.find_first_of("\r\n>");
-    return ReplaceDecodingMarks(part.substr(0, end == npos ? npos : end + 1));
+    return ReplaceDecodingMarks(part.substr(0, end == kNotFound ? kNotFound : end + 1));
 }
 
 }  // namespace
@@ -151,7 +147,7 @@ void RecordCutter::SkipMarkup() {
         return;
     }
     std::size_t end = m_ends.Find(kind, 0, m_limit);
-    if (end == npos) {
+    if (end == kNotFound) {
         if (m_frame != nullptr) {
             m_frame->AddOpenSection(kind, m_window.Line());
         }
@@ -165,17 +161,17 @@ void RecordCutter::SkipMarkup() {
     m_window.Consume(end);
 }
 
-// The next "<" from FROM on that may begin something of interest, or npos when the record's limit
-// or the source's end comes first.
+// The next "<" from FROM on that may begin something of interest, or kNotFound when the record's
+// limit or the source's end comes first.
 std::size_t RecordCutter::FindMarkup(std::size_t from) {
     while (true) {
         std::string_view text = m_window.Text();
         std::size_t end = std::min(text.size(), m_limit);
         std::size_t at = ScanTags(text, from, end);
-        if (at == npos) {
+        if (at == kNotFound) {
             from = std::max(from, end);
             if (end == m_limit || !m_window.Grow()) {
-                return npos;
+                return kNotFound;
             }
         } else if (at + lookahead <= text.size() || !m_window.Grow()) {
             return at;
@@ -187,7 +183,7 @@ std::size_t RecordCutter::FindMarkup(std::size_t from) {
 
 std::size_t RecordCutter::FindRecordEnd(CutRecord& record) {
     std::size_t at = startTag.size();
-    while ((at = FindMarkup(at)) != npos) {
+    while ((at = FindMarkup(at)) != kNotFound) {
         std::string_view rest = m_window.Text().substr(at);
         if (rest.starts_with(startTag)) {
             record.defect = RecordDefect::Unterminated;
@@ -218,7 +214,7 @@ std::size_t RecordCutter::EndTagLength(std::size_t at) {
         if (c == '>') {
             return i + 1;
         }
-        if (!IsBlank(c)) {
+        if (!IsXmlBlank(c)) {
             return 0;
         }
     }
@@ -228,11 +224,11 @@ std::size_t RecordCutter::EndTagLength(std::size_t at) {
 // The position from which the search for the record's end goes on.
 std::size_t RecordCutter::SkipSection(SectionKind kind, std::size_t at, CutRecord& record) {
     std::size_t end = m_ends.Find(kind, at, m_limit);
-    if (end == npos) {
+    if (end == kNotFound) {
         record.openSection = true;
         return at + OpeningLength(kind);
     }
-    if (m_window.Text().substr(at, end - at).find(startTag) != npos) {
+    if (m_window.Text().substr(at, end - at).find(startTag) != kNotFound) {
         record.disguised.push_back({kind, at, end});
     }
     return end;
@@ -245,7 +241,8 @@ void RecordCutter::ReportHidden(std::size_t size) {
     std::string_view section = m_window.Text().substr(0, size);
     std::uint64_t line = m_window.Line();
     std::size_t counted = 0;
-    for (std::size_t at = section.find(startTag); at != npos; at = section.find(startTag, at + 1)) {
+    for (std::size_t at = section.find(startTag); at != kNotFound;
+         at = section.find(startTag, at + 1)) {
         line += CountLineEnds(section.substr(counted, at - counted));
         counted = at;
         m_unseen({UnseenKind::InsideSection, line, std::string(startTag)});

@@ -3,17 +3,16 @@
 #include <algorithm>
 
 #include "tool/packet/markup_sections.h"
+#include "tool/packet/markup_text.h"
 
 namespace tool {
 
 namespace {
 
-constexpr std::size_t npos = std::string_view::npos;
-
 // A record with this few tags is not that deep, whatever they are: true of nearly every record.
 bool HasFewTags(std::size_t limit, std::string_view record) {
     std::size_t count = 0;
-    for (std::size_t at = record.find('<'); at != npos; at = record.find('<', at + 1)) {
+    for (std::size_t at = record.find('<'); at != kNotFound; at = record.find('<', at + 1)) {
         if (++count > limit) {
             return false;
         }
@@ -36,11 +35,11 @@ std::string_view EndMark(SectionKind kind) {
 std::size_t BehindSection(std::string_view record, SectionKind kind, std::size_t at) {
     const std::size_t from = at + OpeningLength(kind);
     const std::size_t end = record.find(EndMark(kind), from);
-    return end == npos ? from : end + EndMark(kind).size();
+    return end == kNotFound ? from : end + EndMark(kind).size();
 }
 
-// The position of the ">" that ends the tag at AT; one inside quotes does not. npos when there is
-// none before the next "<".
+// The position of the ">" that ends the tag at AT; one inside quotes does not. kNotFound when there
+// is none before the next "<".
 std::size_t TagEnd(std::string_view record, std::size_t at) {
     char quote = 0;
     for (++at; at < record.size() && record[at] != '<'; ++at) {
@@ -53,7 +52,7 @@ std::size_t TagEnd(std::string_view record, std::size_t at) {
             quote = c;
         }
     }
-    return npos;
+    return kNotFound;
 }
 
 }  // namespace
@@ -64,7 +63,7 @@ bool IsNestedDeeperThan(std::size_t depth, std::string_view record) {
     }
     std::size_t open = 0;
     std::size_t at = record.find('<');
-    while (at != npos) {
+    while (at != kNotFound) {
         const std::string_view rest = record.substr(at);
         if (const SectionKind kind = SectionAt(rest); kind != SectionKind::None) {
             at = record.find('<', BehindSection(record, kind, at));
@@ -73,7 +72,7 @@ bool IsNestedDeeperThan(std::size_t depth, std::string_view record) {
         const std::size_t end = TagEnd(record, at);
         if (rest.starts_with("</")) {
             open -= std::min<std::size_t>(open, 1);
-        } else if (end == npos || record[end - 1] != '/') {
+        } else if (end == kNotFound || record[end - 1] != '/') {
             ++open;
         }
         if (open > depth) {

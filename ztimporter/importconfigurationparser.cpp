@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr const char16_t* kTag = u"AdImportConfigurationDataParser";
+constexpr const char16_t* kConfigurationParserTag = u"AdImportConfigurationDataParser";
 
 const Obx_String config_label = u"configuration";
 const Obx_String import_data_type_label = u"import_data";
@@ -22,7 +22,6 @@ const Obx_String history_reference_mapping_list_label = u"history_reference_mapp
 const Obx_String attachment_reference_mapping_list_label = u"attachment_reference_mapping_list";
 const Obx_String reference_field_label = u"reference_field";
 const Obx_String target_field_label = u"target_field";
-const Obx_String name_label = u"name";
 
 const Obx_String kTrue = u"TRUE";
 
@@ -62,20 +61,20 @@ void ReadMappings(IXmlStream& xml, CMapStringToString& map) {
 }  // namespace
 
 AdImportConfigurationDataParser::AdImportConfigurationDataParser() {
-    Trace(kTag, u"Constructor");
+    Trace(kConfigurationParserTag, u"Constructor");
 }
 
 AdImportConfigurationDataParser::~AdImportConfigurationDataParser() {
     m_strXML = PacketText();
-    TraceDestructor(kTag);
+    TraceDestructor(kConfigurationParserTag);
 }
 
 void AdImportConfigurationDataParser::SetInputData(const char* text) {
-    m_strXML.SetInputData(kTag, text);
+    m_strXML.SetInputData(kConfigurationParserTag, text);
 }
 
 int AdImportConfigurationDataParser::IsConfigurationData() {
-    Trace(kTag, u"IsConfigurationData");
+    Trace(kConfigurationParserTag, u"IsConfigurationData");
     if (!m_strXML) {
         return 0;
     }
@@ -91,7 +90,7 @@ int AdImportConfigurationDataParser::IsConfigurationData() {
 }
 
 Obx_String AdImportConfigurationDataParser::GetConfigString(const Obx_String& item) {
-    Trace(kTag, u"GetConfigString, item = %s", item);
+    Trace(kConfigurationParserTag, u"GetConfigString, item = %s", item);
     Obx_String value;
     if (m_strXML) {
         PacketStream packet(m_strXML.Rest());
@@ -100,7 +99,7 @@ Obx_String AdImportConfigurationDataParser::GetConfigString(const Obx_String& it
             value = tag.GetAttributeByName(name_label);
         }
     }
-    Trace(kTag, u"GetConfigString, value = %s", value);
+    Trace(kConfigurationParserTag, u"GetConfigString, value = %s", value);
     return value;
 }
 
@@ -138,7 +137,7 @@ int AdImportConfigurationDataParser::GetImportState() {
 
 int AdImportConfigurationDataParser::GetReferenceMapping(const Obx_String& listName,
                                                          CMapStringToString& map) {
-    Trace(kTag, u"GetReferenceMapping, type = %s", listName);
+    Trace(kConfigurationParserTag, u"GetReferenceMapping, type = %s", listName);
     if (!m_strXML) {
         return 0;
     }

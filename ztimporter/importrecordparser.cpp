@@ -14,10 +14,9 @@
 
 namespace {
 
-constexpr const char16_t* kTag = u"AdImportRecordParser";
+constexpr const char16_t* kRecordParserTag = u"AdImportRecordParser";
 
 const Obx_String record_label = u"record";
-const Obx_String name_label = u"name";
 
 // One less than there are keys: a line that has a comment is dropped whole, and no entry ever gets
 // "comments". Callers know the format like this; it is not to be mended.
@@ -115,21 +114,21 @@ void ReadFields(AdImportRecordParser& parser, IXmlStream& xml, CMapStringToStrin
 }  // namespace
 
 AdImportRecordParser::AdImportRecordParser() {
-    Trace(kTag, u"Constructor");
+    Trace(kRecordParserTag, u"Constructor");
 }
 
 AdImportRecordParser::~AdImportRecordParser() {
     m_strXML = PacketText();
-    TraceDestructor(kTag);
+    TraceDestructor(kRecordParserTag);
 }
 
 void AdImportRecordParser::SetInputData(const char* text) {
-    m_strXML.SetInputData(kTag, text);
+    m_strXML.SetInputData(kRecordParserTag, text);
 }
 
 int AdImportRecordParser::NextRecord() {
     if (!m_strXML) {
-        Trace(kTag, u"NextRecord, m_strXML is NULL");
+        Trace(kRecordParserTag, u"NextRecord, m_strXML is NULL");
         return 0;
     }
     // Any character of the tag, and not the tag itself: a text that was handed over while the
@@ -143,13 +142,13 @@ int AdImportRecordParser::NextRecord() {
     if (m_bRecordFound != 0) {
         m_strXML.Advance(found);
     }
-    Trace(kTag, u"NextRecord, m_strXML length = %d", m_strXML.Rest().size());
+    Trace(kRecordParserTag, u"NextRecord, m_strXML length = %d", m_strXML.Rest().size());
     return m_bRecordFound;
 }
 
 int AdImportRecordParser::GetRecordMap(CMapStringToString& map) {
     if (!m_strXML) {
-        Trace(kTag, u"GetRecordMap, m_strXML is NULL");
+        Trace(kRecordParserTag, u"GetRecordMap, m_strXML is NULL");
         return 0;
     }
     PacketStream packet(m_strXML.Rest());
@@ -163,7 +162,7 @@ int AdImportRecordParser::GetRecordMap(CMapStringToString& map) {
             SkipElementHead(xml);
         }
     }
-    Trace(kTag, u"GetRecordMap, fields number = %d", map.GetCount());
+    Trace(kRecordParserTag, u"GetRecordMap, fields number = %d", map.GetCount());
     return map.GetCount();
 }
 
@@ -189,7 +188,7 @@ int AdImportRecordParser::SplitReferenceListValue(const Obx_String& value, CStri
     if (AdIsEmpty(item) == 0) {
         items.Add(item);
     }
-    Trace(kTag, u"SplitReferenceListValue, result size = %d", items.GetSize());
+    Trace(kRecordParserTag, u"SplitReferenceListValue, result size = %d", items.GetSize());
     return items.GetSize();
 }
 
@@ -209,7 +208,7 @@ std::list<CMapStringToString*> AdImportRecordParser::ExtractHistoryData(const Ob
         }
         entries.Add(std::move(entry));
     }
-    Trace(kTag, u"ExtractHistoryData, result size = %d", entries.Size());
+    Trace(kRecordParserTag, u"ExtractHistoryData, result size = %d", entries.Size());
     return entries.Release();
 }
 
@@ -230,6 +229,6 @@ std::list<CMapStringToString*> AdImportRecordParser::ExtractAttachmentData(
             entries.Add(std::exchange(entry, nullptr));
         }
     }
-    Trace(kTag, u"ExtractAttachmentData, result size = %d", entries.Size());
+    Trace(kRecordParserTag, u"ExtractAttachmentData, result size = %d", entries.Size());
     return entries.Release();
 }

@@ -4,7 +4,11 @@
 #include <spanstream>
 #include <string_view>
 
+#include "platform/foundation/obx_string.h"
 #include "platform/xmlstream/ixmlstream.h"
+
+// The attribute that names fields, and that carries the values of a configuration.
+inline const Obx_String name_label = u"name";
 
 // A token stream over text in memory, which it reads in place.
 class PacketStream {

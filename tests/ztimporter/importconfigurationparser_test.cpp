@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/foundation/cexception.h"
+#include "tests/ztimporter/declaration.h"
 #include "tests/ztimporter/map_pairs.h"
 
 namespace {
@@ -15,8 +16,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
-
-const std::string kDeclaration = R"(<?xml version="1.0" encoding="UTF-8"?>)";
 
 // A parser on a packet that the fixture keeps.
 class ConfigurationParser : public testing::Test {

@@ -9,6 +9,7 @@
 #include "platform/foundation/cexception.h"
 #include "tests/platform/thrown_text.h"
 #include "tests/support/trace_recorder.h"
+#include "tests/ztimporter/declaration.h"
 #include "tests/ztimporter/map_pairs.h"
 
 namespace {
@@ -17,7 +18,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
 
-const std::string kDeclaration = R"(<?xml version="1.0" encoding="UTF-8"?>)";
 const std::string kFirst = "<record><f name='a'>1</f></record>";
 const std::string kSecond = "<record><f name='a'>2</f></record>";
 

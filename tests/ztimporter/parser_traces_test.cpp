@@ -8,6 +8,7 @@
 #include "platform/foundation/cexception.h"
 #include "tests/platform/thrown_text.h"
 #include "tests/support/trace_recorder.h"
+#include "tests/ztimporter/declaration.h"
 #include "ztimporter/importconfigurationparser.h"
 #include "ztimporter/importrecordparser.h"
 #include "ztimporter/trace.h"
@@ -16,8 +17,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-const std::string kDeclaration = R"(<?xml version="1.0" encoding="UTF-8"?>)";
 
 // The traces of the call, without their tag, which must be that one.
 template <typename Call>

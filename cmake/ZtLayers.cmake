@@ -13,7 +13,7 @@ endfunction()
 # Gives TARGET the headers of LAYER, and everyone who links TARGET as well.
 function(zt_provides_layer target layer)
     zt_layer_root(${layer} root)
-    target_include_directories(${target} PUBLIC ${root})
+    target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${root}>)
 endfunction()
 
 # Gives everyone who links TARGET these headers of LAYER's own top level, and nothing that stands in

@@ -1,0 +1,68 @@
+# What `cmake --install` brings beside the tool: libraries, the headers of those who use them, a
+# CMake package and pkg-config files. The prefix can be moved as a whole: nothing in it names its
+# own place.
+include(CMakePackageConfigHelpers)
+include(GNUInstallDirs)
+
+# Headers stand in a folder of their own and are included as in the project: <recorddb/database.h>.
+set(ZT_INSTALL_HEADERDIR ${CMAKE_INSTALL_INCLUDEDIR}/ztimporter)
+set(ZT_INSTALL_PACKAGEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/ztimporter)
+set(ZT_INSTALL_PKGCONFIGDIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# zt_install_library(TARGET AS NAME DESCRIPTION text [REQUIRES library...] HEADERS file...): the
+# shared library, known to CMake as ztimporter::NAME and to pkg-config as TARGET. REQUIRES are the
+# other libraries of the project that its headers need.
+function(zt_install_library target)
+    cmake_parse_arguments(arg "" "AS;DESCRIPTION" "REQUIRES;HEADERS" ${ARGN})
+    add_library(ztimporter::${arg_AS} ALIAS ${target})
+    # Before version 1.0 each minor version can change the binary interface.
+    set_target_properties(${target} PROPERTIES
+        EXPORT_NAME ${arg_AS}
+        VERSION ${PROJECT_VERSION}
+        SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}
+        INSTALL_RPATH $ORIGIN)
+    if(NOT ZT_INSTALL)
+        return()
+    endif()
+
+    install(TARGETS ${target} EXPORT ztimporter
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        INCLUDES DESTINATION ${ZT_INSTALL_HEADERDIR})
+    cmake_path(GET CMAKE_CURRENT_SOURCE_DIR FILENAME layer)
+    foreach(header IN LISTS arg_HEADERS)
+        cmake_path(SET path ${layer}/${header})
+        cmake_path(GET path PARENT_PATH folder)
+        install(FILES ${header} DESTINATION ${ZT_INSTALL_HEADERDIR}/${folder})
+    endforeach()
+
+    set(ZT_PC_NAME ${target})
+    set(ZT_PC_DESCRIPTION ${arg_DESCRIPTION})
+    list(TRANSFORM arg_REQUIRES APPEND " = ${PROJECT_VERSION}")
+    list(JOIN arg_REQUIRES ", " ZT_PC_REQUIRES)
+    file(RELATIVE_PATH ZT_PC_PREFIX /prefix/${ZT_INSTALL_PKGCONFIGDIR} /prefix)
+    configure_file(${PROJECT_SOURCE_DIR}/cmake/library.pc.in ${PROJECT_BINARY_DIR}/${target}.pc @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/${target}.pc DESTINATION ${ZT_INSTALL_PKGCONFIGDIR})
+endfunction()
+
+# zt_install_program(TARGET): a program that finds the libraries of its own prefix.
+function(zt_install_program target)
+    file(RELATIVE_PATH libraries /prefix/${CMAKE_INSTALL_BINDIR} /prefix/${CMAKE_INSTALL_LIBDIR})
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH $ORIGIN/${libraries})
+    if(ZT_INSTALL)
+        install(TARGETS ${target} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    endif()
+endfunction()
+
+# What belongs to all of the libraries, once they are there.
+function(zt_install_package)
+    install(EXPORT ztimporter NAMESPACE ztimporter:: FILE ztimporter-targets.cmake
+        DESTINATION ${ZT_INSTALL_PACKAGEDIR})
+    write_basic_package_version_file(${PROJECT_BINARY_DIR}/ztimporter-config-version.cmake
+        COMPATIBILITY SameMinorVersion)
+    install(FILES
+        ${PROJECT_SOURCE_DIR}/cmake/ztimporter-config.cmake
+        ${PROJECT_BINARY_DIR}/ztimporter-config-version.cmake
+        DESTINATION ${ZT_INSTALL_PACKAGEDIR})
+    install(FILES LICENSE README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+    install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
+endfunction()

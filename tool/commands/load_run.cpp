@@ -100,6 +100,7 @@ std::vector<std::unique_ptr<LoadSink>> OpenSinks(const LoadKind& kind, const Loa
 
 std::vector<LoadSink*> PointersTo(const std::vector<std::unique_ptr<LoadSink>>& sinks) {
     std::vector<LoadSink*> pointers;
+    pointers.reserve(sinks.size());
     for (const auto& sink : sinks) {
         pointers.push_back(sink.get());
     }

@@ -15,6 +15,8 @@ set(ZT_INSTALL_PKGCONFIGDIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 function(zt_install_library target)
     cmake_parse_arguments(arg "" "AS;DESCRIPTION" "REQUIRES;HEADERS" ${ARGN})
     add_library(ztimporter::${arg_AS} ALIAS ${target})
+    # What the headers take.
+    target_compile_features(${target} INTERFACE cxx_std_20)
     # Before version 1.0 each minor version can change the binary interface.
     set_target_properties(${target} PROPERTIES
         EXPORT_NAME ${arg_AS}

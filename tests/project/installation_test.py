@@ -51,7 +51,7 @@ class Installation(unittest.TestCase):
         return run("pkg-config", *options, PKG_CONFIG_LIBDIR=str(self.libraries / "pkgconfig")).split()
 
     def compile(self, *words):
-        return run(arguments.compiler, "-std=c++23", "-Wall", "-Wextra", "-Wconversion", "-Werror",
+        return run(arguments.compiler, "-std=c++20", "-Wall", "-Wextra", "-Wconversion", "-Werror",
                    *arguments.flags.split(), *words)
 
     def expect_embed_to_work(self, program):

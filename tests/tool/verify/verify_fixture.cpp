@@ -99,6 +99,14 @@ int VerifyFixture::LoadAndVerify(const std::vector<std::string>& sources) {
     return Verify(sources);
 }
 
+int VerifyFixture::LoadAndVerifyBugs(const std::vector<Fields>& bugs, std::string_view more) {
+    return LoadAndVerify(m_sources = Together(Basics(), Bugs("bugs", bugs, more)));
+}
+
+int VerifyFixture::LoadAndVerifyMore(const std::vector<std::string>& more) {
+    return LoadAndVerify(m_sources = Together(m_sources, more));
+}
+
 std::string VerifyFixture::Report() const {
     std::ifstream file(m_verifyOptions.report, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};

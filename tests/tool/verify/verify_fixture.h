@@ -31,6 +31,10 @@ class VerifyFixture : public LoadFixture {
     int Verify(const std::vector<std::string>& sources);
     // Loads the sources, which must go without a rejection, and compares.
     int LoadAndVerify(const std::vector<std::string>& sources);
+    // Loads the basics and these bugs, and compares; what was loaded is then in m_sources.
+    int LoadAndVerifyBugs(const std::vector<Fields>& bugs, std::string_view more = "");
+    // Loads something more, which joins m_sources, and compares all of it.
+    int LoadAndVerifyMore(const std::vector<std::string>& more);
 
     // What the last comparison said, and its differences, one a line, in the form
     // "ID|FIELD|SOURCE|DATABASE|PROBLEM".
@@ -45,6 +49,7 @@ class VerifyFixture : public LoadFixture {
     void Damage(const std::string& sql);
 
     VerifyOptions m_verifyOptions;
+    std::vector<std::string> m_sources;
 
   private:
     std::string m_shown;

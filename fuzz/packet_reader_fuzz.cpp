@@ -1,18 +1,15 @@
 #include <unicode/utf8.h>
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "importer_view.h"
 #include "input.h"
-#include "platform/foundation/cexception.h"
 #include "tool/io/source_error.h"
 #include "tool/packet/packet_head.h"
 #include "tool/sources/xml/packet_reader.h"
-#include "ztimporter/importconfigurationparser.h"
-#include "ztimporter/importrecordparser.h"
 
 namespace {
 
@@ -74,28 +71,6 @@ bool IsTextWithoutNul(std::string_view text) {
     return true;
 }
 
-// Whether the importer takes the packet as configuration; nothing when it refuses it.
-std::optional<bool> ImporterTakesAsConfiguration(const std::string& packet) {
-    AdImportConfigurationDataParser parser;
-    parser.SetInputData(packet.c_str());
-    try {
-        return parser.IsConfigurationData() != 0;
-    } catch (CException* exception) {
-        exception->Delete();
-        return std::nullopt;
-    }
-}
-
-int RecordsForTheImporter(const std::string& packet) {
-    AdImportRecordParser parser;
-    parser.SetInputData(packet.c_str());
-    int count = 0;
-    while (parser.NextRecord() != 0) {
-        ++count;
-    }
-    return count;
-}
-
 void ExamineRecord(const Read& record) {
     Expect(IsTextWithoutNul(record.raw) && IsTextWithoutNul(record.error), "texts are text");
     Expect(record.packet.empty() == (record.defect != tool::RecordDefect::None),
@@ -103,8 +78,8 @@ void ExamineRecord(const Read& record) {
     Expect(record.error.empty() != record.packet.empty(), "a defect is explained");
     if (!record.packet.empty()) {
         Expect(IsTextWithoutNul(record.packet), "a packet is text");
-        Expect(RecordsForTheImporter(record.packet) == 1, "a packet holds one record");
-        Expect(!ImporterTakesAsConfiguration(record.packet).value_or(false),
+        Expect(importer_view::CountRecords(record.packet) == 1, "a packet holds one record");
+        Expect(!importer_view::TakesAsConfiguration(record.packet).value_or(false),
                "a record is no configuration");
     }
 }
@@ -129,7 +104,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     }
     if (reading.refusal.empty() && IsTextWithoutNul(input.Text())) {
         const auto isConfiguration =
-            ImporterTakesAsConfiguration(tool::WithPacketDeclaration(input.Text()));
+            importer_view::TakesAsConfiguration(tool::WithPacketDeclaration(input.Text()));
         Expect(!isConfiguration || *isConfiguration == reading.isConfiguration,
                "the importer and the reader agree on what is configuration");
     }

@@ -1,41 +1,21 @@
+#include "importer_view.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "platform/foundation/cexception.h"
 #include "platform/foundation/cmapstringtostring.h"
 #include "random_records.h"
 #include "reading.h"
 #include "tool/packet/packet_head.h"
-#include "ztimporter/importconfigurationparser.h"
 #include "ztimporter/importrecordparser.h"
 
 // The tool decides what is configuration and cuts out records on its own; these tests hold its
 // answers against those of the importer's parsers.
 namespace {
 
-enum class View { Configuration, Data, Refused };
-
-View ViewOf(const std::string& packet) {
-    AdImportConfigurationDataParser parser;
-    parser.SetInputData(packet.c_str());
-    try {
-        return parser.IsConfigurationData() != 0 ? View::Configuration : View::Data;
-    } catch (CException* exception) {
-        exception->Delete();
-        return View::Refused;
-    }
-}
-
-int CountRecords(const std::string& packet) {
-    AdImportRecordParser parser;
-    parser.SetInputData(packet.c_str());
-    int count = 0;
-    while (parser.NextRecord() != 0) {
-        ++count;
-    }
-    return count;
-}
+using importer_view::CountRecords;
+using importer_view::TakesAsConfiguration;
 
 std::string RandomHead(reading::RandomText& random) {
     static constexpr const char* pieces[] = {"<configuration>",
@@ -64,11 +44,10 @@ TEST(ImporterView, OfConfigurationIsTheReaders) {
     int configurations = 0;
     for (int round = 0; round < 5000; ++round) {
         std::string text = RandomHead(random);
-        View view = ViewOf(tool::WithPacketDeclaration(text));
+        const auto taken = TakesAsConfiguration(tool::WithPacketDeclaration(text));
         bool isConfiguration = reading::ReaderOf(text).IsConfiguration();
-        configurations += view == View::Configuration ? 1 : 0;
-        ASSERT_TRUE(view == View::Refused || isConfiguration == (view == View::Configuration))
-            << text;
+        configurations += taken.value_or(false) ? 1 : 0;
+        ASSERT_TRUE(!taken || isConfiguration == *taken) << text;
     }
     EXPECT_GT(configurations, 500);
 }
@@ -81,7 +60,7 @@ TEST(ImporterView, OfEachPacketIsOneRecord) {
         std::string text = random.Below(2) == 0 ? random.Soup() : random.Record();
         for (const reading::Read& record : reading::ReadRecords(text)) {
             ASSERT_EQ(CountRecords(record.packet), record.packet.empty() ? 0 : 1) << text;
-            ASSERT_NE(ViewOf(record.packet), View::Configuration) << text;
+            ASSERT_FALSE(TakesAsConfiguration(record.packet).value_or(false)) << text;
         }
     }
 }
@@ -91,7 +70,7 @@ TEST(ImporterView, OfARecordWithAFieldElementCalledConfigurationIsARecord) {
         reading::ReadRecords("<record><configuration name=\"a\">x</configuration></record>")
             .at(0)
             .packet;
-    EXPECT_EQ(ViewOf(packet), View::Data);
+    EXPECT_EQ(TakesAsConfiguration(packet), false);
     AdImportRecordParser parser;
     parser.SetInputData(packet.c_str());
     ASSERT_EQ(parser.NextRecord(), 1);

@@ -4,7 +4,7 @@
 
 #include "platform/core/adtext.h"
 #include "platform/foundation/cexception.h"
-#include "tool/io/content_hash.h"
+#include "tool/io/text_hash.h"
 #include "tool/io/source_error.h"
 #include "tool/packet/exception_text.h"
 #include "tool/packet/packet_head.h"

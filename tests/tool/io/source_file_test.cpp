@@ -11,8 +11,8 @@
 #include <string>
 
 #include "temporary_folder.h"
-#include "tool/io/content_hash.h"
 #include "tool/io/source_error.h"
+#include "tool/io/text_hash.h"
 
 namespace {
 

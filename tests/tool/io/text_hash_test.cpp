@@ -1,4 +1,4 @@
-#include "tool/io/content_hash.h"
+#include "tool/io/text_hash.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#ifndef TOOL_IO_CONTENT_HASH_H
-#define TOOL_IO_CONTENT_HASH_H
+#ifndef TOOL_IO_TEXT_HASH_H
+#define TOOL_IO_TEXT_HASH_H
 
 #include <string>
 #include <string_view>

@@ -5,9 +5,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/foundation/obx_string.h"
-#include "recorddb/schema.h"
-#include "tool/packet/record_fields.h"
+#include "tool/packet/field_use.h"
+#include "tool/packet/field_value.h"
+#include "tool/packet/importer_text.h"
+#include "tool/packet/source_formats.h"
 
 namespace tool {
 
@@ -19,35 +20,20 @@ using recorddb::schema::RecordType;
 
 constexpr std::size_t kRemembered = 100'000;
 
-std::string Trimmed(std::string_view text) {
-    Obx_String value = Obx_String::FromUtf8(text);
-    value.TrimLeft();
-    value.TrimRight();
-    return value.ToUtf8();
-}
-
-std::vector<std::string> Items(const Field& field, const std::string& value) {
-    std::vector<std::string> items;
-    std::size_t begin = 0;
-    while (begin <= value.size()) {
-        const std::size_t end = field.kind == FieldKind::ReferenceList
-                                    ? std::min(value.find(',', begin), value.size())
-                                    : value.size();
-        items.push_back(Trimmed(std::string_view(value).substr(begin, end - begin)));
-        begin = end + 1;
+std::vector<std::string> Items(FieldUse use, const std::string& value) {
+    if (use == FieldUse::ReferenceList) {
+        return ReadListItems(value);
     }
-    std::erase_if(items, [&](const std::string& item) {
-        // "BLANK" empties a single reference.
-        return item.empty() ||
-               (field.kind == FieldKind::Reference && recorddb::schema::SameName(item, "BLANK"));
-    });
-    return items;
+    // "BLANK" empties a single reference.
+    const std::string_view item = Trimmed(value);
+    return item.empty() || IsBlankWord(item) ? std::vector<std::string>()
+                                             : std::vector{std::string(item)};
 }
 
 std::string MappedField(const ImportConfiguration& configuration, const Field& field) {
     const auto& mapping = configuration.Mapping();
     const auto found = std::find_if(mapping.begin(), mapping.end(), [&](const auto& entry) {
-        return recorddb::schema::SameName(entry.first, field.name);
+        return EqualNoCase(entry.first, field.name);
     });
     return found == mapping.end() ? std::string() : found->second;
 }
@@ -65,10 +51,6 @@ bool IsComparedAsText(const Field& field) {
         default:
             return false;
     }
-}
-
-bool IsReference(const Field& field) {
-    return field.kind == FieldKind::Reference || field.kind == FieldKind::ReferenceList;
 }
 
 }  // namespace
@@ -104,13 +86,14 @@ std::vector<MissingRecords::Wanted> MissingRecords::WantedBy(
     std::string_view record, const ImportConfiguration& configuration,
     const RecordType& type) const {
     const std::string& identity = configuration.OriginalId();
-    const bool creates = configuration.Data() == ImportedData::Records &&
-                         (!configuration.UpdateRecord() || configuration.UpdateInsert());
+    const bool isRecord = configuration.Data() == ImportedData::Records;
+    const bool creates =
+        configuration.CreatesRecords() || (isRecord && configuration.UpdateInsert());
     std::vector<Wanted> wanted;
-    if (configuration.Data() == ImportedData::Records) {
+    if (isRecord) {
         wanted = References(record, configuration, type);
     }
-    if (configuration.Data() == ImportedData::Records && !identity.empty()) {
+    if (isRecord && !identity.empty()) {
         const std::string& duplicate = configuration.DuplicateId();
         wanted.push_back(
             {&type, identity, FindFieldValue(record, duplicate).value_or(""), duplicate});
@@ -127,14 +110,15 @@ std::vector<MissingRecords::Wanted> MissingRecords::References(
     const RecordType& type) const {
     std::vector<Wanted> wanted;
     for (const Field& field : type.fields) {
-        if (!IsReference(field)) {
+        const FieldUse use = UseOf(field.name, configuration, type);
+        if (use != FieldUse::Reference && use != FieldUse::ReferenceList) {
             continue;
         }
         const std::string value = FindFieldValue(record, field.name).value_or("");
         const RecordType& target = m_database.GetSchema().Type(field.target);
         // A key of several fields is not searched through the mapping.
         const std::string mapped = target.key.size() > 1 ? "" : MappedField(configuration, field);
-        for (const std::string& item : Items(field, value)) {
+        for (const std::string& item : Items(use, value)) {
             wanted.push_back({&target, mapped, item, field.name});
         }
     }

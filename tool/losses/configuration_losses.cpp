@@ -8,7 +8,6 @@
 #include <string_view>
 #include <vector>
 
-#include "recorddb/schema.h"
 #include "tool/packet/expat_parser.h"
 #include "tool/packet/packet_head.h"
 

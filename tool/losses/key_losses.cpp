@@ -5,10 +5,8 @@
 #include <algorithm>
 #include <string_view>
 
-#include "platform/foundation/obx_string.h"
-#include "recorddb/schema.h"
-#include "tool/losses/value_losses.h"
-#include "tool/packet/record_fields.h"
+#include "tool/losses/changed_text.h"
+#include "tool/packet/importer_text.h"
 
 namespace tool {
 
@@ -18,22 +16,6 @@ using recorddb::schema::Field;
 using recorddb::schema::FieldKind;
 using recorddb::schema::RecordType;
 using recorddb::schema::Schema;
-
-std::string TrimmedLeft(const std::string& text) {
-    Obx_String value = Obx_String::FromUtf8(text);
-    value.TrimLeft();
-    return value.ToUtf8();
-}
-
-std::string TrimmedRight(const std::string& text) {
-    Obx_String value = Obx_String::FromUtf8(text);
-    value.TrimRight();
-    return value.ToUtf8();
-}
-
-std::string Trimmed(const std::string& text) {
-    return TrimmedRight(TrimmedLeft(text));
-}
 
 bool IsReferredTo(const Schema& schema, const RecordType& type, FieldKind kind) {
     return std::any_of(schema.Types().begin(), schema.Types().end(), [&](const RecordType& other) {
@@ -70,7 +52,7 @@ std::string KeyLosses::OfKey(const std::string& name, const std::string& value,
                                    [&](std::size_t index) { return &type.fields[index] == field; });
     const bool isPart = part != type.key.end();
     const bool isAlone =
-        SameFieldName(name, configuration.OriginalId()) || (isPart && type.key.size() == 1);
+        EqualNoCase(name, configuration.OriginalId()) || (isPart && type.key.size() == 1);
     const bool inList = IsReferredTo(m_schema, type, FieldKind::ReferenceList);
     if ((!isPart && !isAlone) || (!inList && !IsReferredTo(m_schema, type, FieldKind::Reference))) {
         return {};
@@ -112,7 +94,7 @@ std::string KeyLosses::OfReference(const std::string& name, const std::string& v
             Quoted(written), taken, target.name, compared->name, Quoted(written));
     };
     const auto isOther = [&](const std::string& written) {
-        const std::string taken = Trimmed(written);
+        const std::string_view taken = Trimmed(written);
         return taken != written && !taken.empty() && m_exists(target, *compared, written);
     };
     if (isOther(value)) {
@@ -121,7 +103,7 @@ std::string KeyLosses::OfReference(const std::string& name, const std::string& v
     if (field->kind != FieldKind::ReferenceList || value.find(',') == std::string::npos) {
         return {};
     }
-    if (const std::string whole = Trimmed(value); m_exists(target, *compared, whole)) {
+    if (const std::string whole(Trimmed(value)); m_exists(target, *compared, whole)) {
         return describe(whole, "several items");
     }
     for (std::size_t begin = 0; begin <= value.size();) {

@@ -27,8 +27,8 @@ void LossFinder::BeginData(const std::string& source) {
 
 void LossFinder::Examine(const SourceRecord& record) {
     ++m_examined;
-    if (m_recordLosses) {
-        m_recordLosses->Find(record, m_source, m_take);
+    if (m_recordLosses && m_readings.Read(record).empty()) {
+        m_recordLosses->Find(record, m_readings, m_source, m_take);
     }
 }
 

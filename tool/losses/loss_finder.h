@@ -38,6 +38,7 @@ class LossFinder final : public LossSearch {
     LossTaker m_take;
     ImportConfiguration m_configuration;
     std::optional<RecordLosses> m_recordLosses;
+    RecordReadings m_readings;
     std::string m_source;
     std::uint64_t m_examined = 0;
 };

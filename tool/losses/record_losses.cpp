@@ -6,8 +6,10 @@
 #include <utility>
 
 #include "tool/io/text_units.h"
-#include "tool/losses/value_losses.h"
-#include "tool/packet/record_fields.h"
+#include "tool/losses/changed_text.h"
+#include "tool/packet/importer_text.h"
+#include "tool/packet/source_formats.h"
+#include "tool/packet/xml_text.h"
 
 namespace tool {
 
@@ -16,19 +18,14 @@ namespace {
 // The most history entries that the importer takes of one record.
 constexpr std::size_t mostHistoryEntries = 501;
 
-constexpr std::string_view blanks = " \t\r\n";
-
 bool IsBlank(std::string_view text) {
-    return text.find_first_not_of(blanks) == std::string_view::npos;
+    return text.find_first_not_of(xmlBlanks) == std::string_view::npos;
 }
 
 // The value that clears a field; a reference is trimmed before it is looked at.
 bool AsksToClear(std::string_view value, FieldUse use) {
-    if (use == FieldUse::Reference) {
-        value.remove_prefix(std::min(value.find_first_not_of(blanks), value.size()));
-        value = value.substr(0, value.find_last_not_of(blanks) + 1);
-    }
-    return (use == FieldUse::Value || use == FieldUse::Reference) && SameFieldName(value, "BLANK");
+    return (use == FieldUse::Value && IsBlankWord(value)) ||
+           (use == FieldUse::Reference && IsBlankWord(Trimmed(value)));
 }
 
 // Blanks in front of an element are layout.
@@ -49,12 +46,13 @@ std::string_view Describe(RecordElements::StopCause cause) {
 
 }  // namespace
 
-void RecordLosses::Find(const SourceRecord& record, const std::string& source,
-                        const LossTaker& take) {
-    if (m_configuration.Data() == ImportedData::Nothing || !m_readings.Read(record)) {
+void RecordLosses::Find(const SourceRecord& record, const RecordReadings& readings,
+                        const std::string& source, const LossTaker& take) {
+    if (m_configuration.Data() == ImportedData::Nothing) {
         return;
     }
     m_record = &record;
+    m_readings = &readings;
     m_source = &source;
     m_take = &take;
     m_historyEntries = 0;
@@ -62,13 +60,13 @@ void RecordLosses::Find(const SourceRecord& record, const std::string& source,
     FindStructure();
     FindOverwritten();
     FindOtherSpellings();
-    for (std::size_t field = 0; field < m_readings.Fields().Count(); ++field) {
+    for (std::size_t field = 0; field < m_readings->Fields().size(); ++field) {
         FindInField(field);
     }
 }
 
 void RecordLosses::FindStructure() {
-    const RecordElements& elements = m_readings.Elements();
+    const RecordElements& elements = m_readings->Elements();
     for (std::size_t index = 0; index < elements.Count(); ++index) {
         const RecordPart& part = elements.Part(index);
         if (!part.read) {
@@ -90,7 +88,7 @@ void RecordLosses::FindStructure() {
 }
 
 void RecordLosses::FindUnread(const RecordPart& part) {
-    const RecordElements& elements = m_readings.Elements();
+    const RecordElements& elements = m_readings->Elements();
     const std::string why = fmt::format("the importer stops reading the record on line {}, {}",
                                         LineAt(elements.StopOffset()), Describe(elements.Stop()));
     if (part.kind == RecordPart::Kind::Broken) {
@@ -103,15 +101,15 @@ void RecordLosses::FindUnread(const RecordPart& part) {
 }
 
 void RecordLosses::FindOverwritten() {
-    for (const auto& [index, field] : m_readings.OverwrittenParts()) {
-        const RecordPart& part = m_readings.Elements().Part(index);
+    for (const auto& [index, field] : m_readings->OverwrittenParts()) {
+        const RecordPart& part = m_readings->Elements().Part(index);
         const bool isLost = !part.name.empty() && !TextOf(part).empty() &&
-                            !SameButForLineEnds(part.text, m_readings.Fields().At(field).value);
+                            !SameButForLineEnds(part.text, m_readings->Fields()[field].value);
         if (isLost) {
             Add(LossKind::RepeatedField, part, part.name,
                 fmt::format("{} is dropped: the field is named again on line {}, and the last "
                             "one counts",
-                            Quoted(part.text), LineAt(m_readings.PartOf(field))));
+                            Quoted(part.text), LineAt(m_readings->PartOf(field))));
         }
     }
 }
@@ -119,22 +117,22 @@ void RecordLosses::FindOverwritten() {
 // Names are told apart by case until the fields are written, one after the other, to the same
 // place. Empty ones are not written.
 void RecordLosses::FindOtherSpellings() {
-    const ImporterFields& fields = m_readings.Fields();
-    for (const std::vector<std::size_t>& spellings : m_readings.Spellings()) {
-        if (AddsToOthers(UseOf(fields.At(spellings.front()).name, m_configuration, m_type))) {
+    const ImporterFields& fields = m_readings->Fields();
+    for (const std::vector<std::size_t>& spellings : m_readings->Spellings()) {
+        if (AddsToOthers(UseOf(fields[spellings.front()].name, m_configuration, m_type))) {
             continue;
         }
-        const ImporterFields::Field* winner = nullptr;
+        const ImporterField* winner = nullptr;
         for (auto field = spellings.rbegin(); field != spellings.rend(); ++field) {
-            const auto& [name, value] = fields.At(*field);
+            const auto& [name, value] = fields[*field];
             if (winner != nullptr && !value.empty() && value != winner->value) {
-                Add(LossKind::RepeatedField, m_readings.PartOf(*field), name,
+                Add(LossKind::RepeatedField, m_readings->PartOf(*field), name,
                     fmt::format("{} is dropped: the record names the same field as \"{}\", and "
                                 "that one counts",
                                 Quoted(value), winner->name));
             }
             if (winner == nullptr && !value.empty()) {
-                winner = &fields.At(*field);
+                winner = &fields[*field];
             }
         }
     }
@@ -158,7 +156,7 @@ bool RecordLosses::AddsToOthers(FieldUse use) const {
 }
 
 void RecordLosses::FindInField(std::size_t field) {
-    const auto& [name, value] = m_readings.Fields().At(field);
+    const auto& [name, value] = m_readings->Fields()[field];
     if (name.empty()) {
         return;
     }
@@ -174,32 +172,30 @@ void RecordLosses::FindInKeys(std::size_t field, FieldUse use) {
     if (m_keys == nullptr) {
         return;
     }
-    const auto& [name, value] = m_readings.Fields().At(field);
+    const auto& [name, value] = m_readings->Fields()[field];
     if (use == FieldUse::Value) {
         if (std::string text = m_keys->OfKey(name, value, m_configuration, m_type); !text.empty()) {
-            Add(LossKind::UnreachableKey, m_readings.PartOf(field), name, std::move(text));
+            Add(LossKind::UnreachableKey, m_readings->PartOf(field), name, std::move(text));
         }
     } else if (use == FieldUse::Reference || use == FieldUse::ReferenceList) {
         if (std::string text = m_keys->OfReference(name, value, m_configuration, m_type);
             !text.empty()) {
-            Add(LossKind::MistakenReference, m_readings.PartOf(field), name, std::move(text));
+            Add(LossKind::MistakenReference, m_readings->PartOf(field), name, std::move(text));
         }
     }
 }
 
 void RecordLosses::FindChangedText(std::size_t field) {
-    const RecordPart& part = m_readings.PartOf(field);
-    const auto& [name, value] = m_readings.Fields().At(field);
+    const RecordPart& part = m_readings->PartOf(field);
+    const auto& [name, value] = m_readings->Fields()[field];
     if (!SameButForLineEnds(TextOf(part), value)) {
         Add(LossKind::ChangedText, part, name, DescribeChange(TextOf(part), value));
     }
 }
 
 void RecordLosses::FindInValue(std::size_t field, FieldUse use) {
-    const RecordPart& part = m_readings.PartOf(field);
-    const auto& [name, value] = m_readings.Fields().At(field);
-    const bool creates =
-        m_configuration.Data() == ImportedData::Records && !m_configuration.UpdateRecord();
+    const RecordPart& part = m_readings->PartOf(field);
+    const auto& [name, value] = m_readings->Fields()[field];
     if (use == FieldUse::NeverWritten) {
         Add(LossKind::SkippedField, part, name,
             fmt::format("{} is not written: the database itself gives this field its value",
@@ -211,7 +207,7 @@ void RecordLosses::FindInValue(std::size_t field, FieldUse use) {
         m_historyEntries = FindInHistory(field);
     } else if (use == FieldUse::Attachments) {
         FindInAttachments(field);
-    } else if (creates && AsksToClear(value, use)) {
+    } else if (m_configuration.CreatesRecords() && AsksToClear(value, use)) {
         Add(LossKind::ClearedValue, part, name,
             fmt::format("{} stands for the empty value, and the field stays empty", Quoted(value)));
     }
@@ -219,21 +215,26 @@ void RecordLosses::FindInValue(std::size_t field, FieldUse use) {
 
 // Returns the number of entries that the record's fields have up to this one.
 std::size_t RecordLosses::FindInHistory(std::size_t field) {
-    const RecordPart& part = m_readings.PartOf(field);
-    // Not bindings, which lambdas may capture with newer compilers only.
-    const std::string& name = m_readings.Fields().At(field).name;
-    const std::string& value = m_readings.Fields().At(field).value;
+    const RecordPart& part = m_readings->PartOf(field);
+    const auto& [name, value] = m_readings->Fields()[field];
     if (m_configuration.Data() == ImportedData::History && std::exchange(m_historySeen, true)) {
         Add(LossKind::UnusedField, part, name,
             Quoted(value) + " is not read: a history packet uses the first such field only");
         return m_historyEntries;
     }
-    const std::size_t entries = ReadHistoryValue(value, [&](const LongLine& line) {
+    std::size_t entries = 0;
+    std::size_t number = 0;
+    for (const HistoryLine& line : ReadHistoryLines(value)) {
+        ++number;
+        if (line.count <= HistoryLine::mostColumns) {
+            ++entries;
+            continue;
+        }
         Add(LossKind::LongHistoryLine, part, name,
             fmt::format("line {} of the value (entry {}) is dropped: it has {} columns, and six "
                         "are the most",
-                        line.line, Quoted(line.id), line.columns));
-    });
+                        number, Quoted(line.id), line.count));
+    }
     const std::size_t room = mostHistoryEntries - std::min(mostHistoryEntries, m_historyEntries);
     if (entries > room) {
         Add(LossKind::HistoryBeyondLimit, part, name,
@@ -245,9 +246,11 @@ std::size_t RecordLosses::FindInHistory(std::size_t field) {
 }
 
 void RecordLosses::FindInAttachments(std::size_t field) {
-    const auto& [name, value] = m_readings.Fields().At(field);
-    if (const std::size_t lines = LinesLeftOver(value); lines > 0) {
-        Add(LossKind::IncompleteAttachment, m_readings.PartOf(field), name,
+    const auto& [name, value] = m_readings->Fields()[field];
+    const std::vector<AttachmentLines> attachments = ReadAttachmentLines(value);
+    if (!attachments.empty() && !attachments.back().Complete()) {
+        const std::size_t lines = attachments.back().count;
+        Add(LossKind::IncompleteAttachment, m_readings->PartOf(field), name,
             fmt::format("{}: an attachment takes four lines (id, file name, size, description)",
                         lines == 1 ? "the last line is dropped"
                                    : fmt::format("the last {} lines are dropped", lines)));
@@ -265,21 +268,10 @@ std::uint64_t RecordLosses::LineAt(std::size_t offset) const {
     return m_record->line + CountLineEnds(m_record->raw.substr(0, offset));
 }
 
-// The importer keeps the last one that is not empty.
-std::string RecordLosses::OriginalId() const {
-    const ImporterFields& fields = m_readings.Fields();
-    for (std::size_t index = fields.Count(); index > 0; --index) {
-        const auto& [name, value] = fields.At(index - 1);
-        if (!value.empty() && SameFieldName(name, m_configuration.OriginalId())) {
-            return value;
-        }
-    }
-    return {};
-}
-
 void RecordLosses::Add(LossKind kind, const RecordPart& part, const std::string& field,
                        std::string text) const {
-    (*m_take)({kind, *m_source, m_record->ordinal + 1, LineAt(part), OriginalId(), field,
+    (*m_take)({kind, *m_source, m_record->ordinal + 1, LineAt(part),
+               OriginalIdOf(m_readings->Fields(), m_configuration, m_type), field,
                std::move(text)});
 }
 

@@ -21,10 +21,10 @@ using LossTaker = std::function<void(Loss)>;
 
 // Finds what an import under one configuration drops or changes of a record without an error.
 //
-// It reads the record twice, as any XML reader would and with the importer's own parser: what
-// stands in the one and not in the other is lost. Empty values are not. But for keys, it
-// knows nothing of the database, so what it finds holds for a record that is imported; one that is
-// rejected is lost as a whole, and the rejection tells of it.
+// A record is read twice, as any XML reader would and with the importer's own parser: what stands
+// in the one and not in the other is lost. Empty values are not. But for keys, nothing is known
+// here of the database, so what is found holds for a record that is imported; one that is rejected
+// is lost as a whole, and the rejection tells of it.
 class RecordLosses {
   public:
     // Both stay the caller's.
@@ -34,9 +34,10 @@ class RecordLosses {
     // Has keys and references looked at, too. KEYS, which may be null, stays the caller's.
     void LookAtKeys(const KeyLosses* keys) { m_keys = keys; }
 
-    // Hands over the losses of RECORD, which comes from the source called SOURCE. A record that the
-    // importer cannot read, for a defect or since it is not well-formed, has none.
-    void Find(const SourceRecord& record, const std::string& source, const LossTaker& take);
+    // Hands over the losses of RECORD, which comes from the source called SOURCE and was read as
+    // READINGS say. A record that the importer cannot read has none.
+    void Find(const SourceRecord& record, const RecordReadings& readings, const std::string& source,
+              const LossTaker& take);
 
   private:
     void FindStructure();
@@ -52,7 +53,6 @@ class RecordLosses {
 
     bool AddsToOthers(FieldUse use) const;
     std::string WhatIsUsed() const;
-    std::string OriginalId() const;
     std::uint64_t LineAt(const RecordPart& part) const { return LineAt(part.offset); }
     std::uint64_t LineAt(std::size_t offset) const;
     void Add(LossKind kind, const RecordPart& part, const std::string& field,
@@ -61,10 +61,10 @@ class RecordLosses {
     const ImportConfiguration& m_configuration;
     const recorddb::schema::RecordType& m_type;
     const KeyLosses* m_keys = nullptr;
-    RecordReadings m_readings;
 
     // The record in hand.
     const SourceRecord* m_record = nullptr;
+    const RecordReadings* m_readings = nullptr;
     const std::string* m_source = nullptr;
     const LossTaker* m_take = nullptr;
     std::size_t m_historyEntries = 0;

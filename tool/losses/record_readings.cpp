@@ -5,27 +5,11 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "tool/packet/record_fields.h"
+#include "tool/packet/importer_text.h"
 
 namespace tool {
 
 namespace {
-
-char Lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-int CompareNoCase(std::string_view a, std::string_view b) {
-    const std::size_t common = std::min(a.size(), b.size());
-    for (std::size_t i = 0; i < common; ++i) {
-        const char x = Lower(a[i]);
-        const char y = Lower(b[i]);
-        if (x != y) {
-            return x < y ? -1 : 1;
-        }
-    }
-    return a.size() == b.size() ? 0 : (a.size() < b.size() ? -1 : 1);
-}
 
 // Names that differ in case only are neighbours.
 bool IsBefore(std::string_view a, std::string_view b) {
@@ -33,22 +17,11 @@ bool IsBefore(std::string_view a, std::string_view b) {
     return order < 0 || (order == 0 && a < b);
 }
 
+// More than the longest escape of the packet format has.
+constexpr std::size_t longestEscape = 16;
+
 bool HoldsPacketEscape(std::string_view text) {
     return text.find('&') != std::string_view::npos && DecodePacketEscapes(text) != text;
-}
-
-// A carriage return is one of the things that XML and the importer read differently.
-bool HasOnlyPacketEscapes(std::string_view record) {
-    if (record.find('\r') != std::string_view::npos) {
-        return false;
-    }
-    for (std::size_t at = record.find('&'); at != std::string_view::npos;
-         at = record.find('&', at + 1)) {
-        if (!StartsWithPacketEscape(record.substr(at))) {
-            return false;
-        }
-    }
-    return true;
 }
 
 [[noreturn]] void ThrowDisagreement() {
@@ -57,20 +30,20 @@ bool HasOnlyPacketEscapes(std::string_view record) {
 
 }  // namespace
 
-bool RecordReadings::Read(const SourceRecord& record) {
+std::string RecordReadings::Read(const SourceRecord& record) {
     if (record.defect != RecordDefect::None) {
-        return false;
+        return record.error;
     }
     m_elements.Read(record.raw);
     if (!TakePlainRecord(record.raw)) {
-        if (!m_fields.Read(record.packet)) {
-            return false;
+        if (std::string problem = m_reader.Read(record.packet, m_fields); !problem.empty()) {
+            return problem;
         }
         SortNames();
     }
     MatchParts();
     GroupSpellings();
-    return true;
+    return {};
 }
 
 // The importer's parser takes most of the time. What it reads of a record is known without it when
@@ -80,35 +53,64 @@ bool RecordReadings::TakePlainRecord(std::string_view record) {
     if (m_elements.Stop() != RecordElements::StopCause::None || !HasOnlyPacketEscapes(record)) {
         return false;
     }
-    m_fields.Clear();
+    m_fields.resize(m_elements.Count());
     for (std::size_t index = 0; index < m_elements.Count(); ++index) {
         const RecordPart& part = m_elements.Part(index);
         if (part.holdsElement || HoldsPacketEscape(part.text)) {
             return false;
         }
-        m_fields.Add(part.name, part.text);
+        m_fields[index].name = part.name;
+        m_fields[index].value = part.text;
     }
     SortNames();
     return !HasRepeatedName();
 }
 
+// A carriage return is one of the things that XML and the importer read differently.
+bool RecordReadings::HasOnlyPacketEscapes(std::string_view record) {
+    if (record.find('\r') != std::string_view::npos) {
+        return false;
+    }
+    for (std::size_t at = record.find('&'); at != std::string_view::npos;
+         at = record.find('&', at + 1)) {
+        if (!StartsWithEscape(record.substr(at))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// Which escapes there are only the importer's parser knows. Each is asked for once.
+bool RecordReadings::StartsWithEscape(std::string_view text) {
+    const std::string_view beginning = text.substr(0, longestEscape);
+    const std::string_view reference = beginning.substr(0, beginning.find(';') + 1);
+    if (std::find(m_escapes.begin(), m_escapes.end(), reference) != m_escapes.end()) {
+        return true;
+    }
+    const bool isOne = DecodePacketEscapes(reference).size() == 1;
+    if (isOne) {
+        m_escapes.emplace_back(reference);
+    }
+    return isOne;
+}
+
 bool RecordReadings::HasRepeatedName() const {
     return std::adjacent_find(m_byName.begin(), m_byName.end(),
                               [this](std::size_t a, std::size_t b) {
-                                  return m_fields.At(a).name == m_fields.At(b).name;
+                                  return m_fields[a].name == m_fields[b].name;
                               }) != m_byName.end();
 }
 
 void RecordReadings::SortNames() {
-    m_byName.resize(m_fields.Count());
+    m_byName.resize(m_fields.size());
     std::iota(m_byName.begin(), m_byName.end(), std::size_t{0});
     std::sort(m_byName.begin(), m_byName.end(), [this](std::size_t a, std::size_t b) {
-        return IsBefore(m_fields.At(a).name, m_fields.At(b).name);
+        return IsBefore(m_fields[a].name, m_fields[b].name);
     });
 }
 
 void RecordReadings::MatchParts() {
-    m_partOf.assign(m_fields.Count(), RecordPart::none);
+    m_partOf.assign(m_fields.size(), RecordPart::none);
     m_overwritten.clear();
     std::size_t expected = 0;
     for (std::size_t index = 0; index < m_elements.Count(); ++index) {
@@ -124,7 +126,7 @@ void RecordReadings::MatchParts() {
         }
         m_partOf[field] = index;
     }
-    if (expected != m_fields.Count()) {
+    if (expected != m_fields.size()) {
         ThrowDisagreement();
     }
 }
@@ -132,14 +134,14 @@ void RecordReadings::MatchParts() {
 // The fields stand in the order in which their names first occur, so the next one that is new is
 // nearly always the one.
 std::size_t RecordReadings::FieldOf(const RecordPart& part, std::size_t expected) const {
-    if (expected < m_fields.Count() && m_fields.At(expected).name == part.name) {
+    if (expected < m_fields.size() && m_fields[expected].name == part.name) {
         return expected;
     }
     const auto found = std::lower_bound(m_byName.begin(), m_byName.end(), part.name,
                                         [this](std::size_t field, const std::string& name) {
-                                            return IsBefore(m_fields.At(field).name, name);
+                                            return IsBefore(m_fields[field].name, name);
                                         });
-    if (found == m_byName.end() || m_fields.At(*found).name != part.name) {
+    if (found == m_byName.end() || m_fields[*found].name != part.name) {
         ThrowDisagreement();
     }
     return *found;
@@ -148,10 +150,9 @@ std::size_t RecordReadings::FieldOf(const RecordPart& part, std::size_t expected
 void RecordReadings::GroupSpellings() {
     m_spellings.clear();
     for (std::size_t first = 0; first < m_byName.size();) {
-        const std::string& name = m_fields.At(m_byName[first]).name;
+        const std::string& name = m_fields[m_byName[first]].name;
         std::size_t last = first + 1;
-        while (last < m_byName.size() &&
-               CompareNoCase(m_fields.At(m_byName[last]).name, name) == 0) {
+        while (last < m_byName.size() && CompareNoCase(m_fields[m_byName[last]].name, name) == 0) {
             ++last;
         }
         if (last - first > 1) {

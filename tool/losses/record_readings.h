@@ -2,6 +2,7 @@
 #define TOOL_LOSSES_RECORD_READINGS_H
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -21,9 +22,10 @@ class RecordReadings {
         std::size_t field;  // has the value of a later part
     };
 
-    // Returns false for a record that the importer cannot read: it has a defect or is not
-    // well-formed. What was read lasts until the next call, and no longer than RECORD.
-    bool Read(const SourceRecord& record);
+    // Returns why the importer cannot read RECORD, for people: it has a defect or is not
+    // well-formed. Empty when it can; what was read then lasts until the next call, and no longer
+    // than RECORD.
+    std::string Read(const SourceRecord& record);
 
     const RecordElements& Elements() const { return m_elements; }
     const ImporterFields& Fields() const { return m_fields; }
@@ -39,15 +41,19 @@ class RecordReadings {
 
   private:
     bool TakePlainRecord(std::string_view record);
-    void SortNames();
+    bool HasOnlyPacketEscapes(std::string_view record);
+    bool StartsWithEscape(std::string_view text);
     bool HasRepeatedName() const;
+    void SortNames();
     void MatchParts();
     void GroupSpellings();
     std::size_t FieldOf(const RecordPart& part, std::size_t expected) const;
 
     RecordElements m_elements;
+    ImporterFieldReader m_reader;
     ImporterFields m_fields;
-    std::vector<std::size_t> m_byName;  // the fields in the order of their names
+    std::vector<std::string> m_escapes;  // of the packet format, as far as they have occurred
+    std::vector<std::size_t> m_byName;   // the fields in the order of their names
     std::vector<std::size_t> m_partOf;
     std::vector<Overwritten> m_overwritten;
     std::vector<std::vector<std::size_t>> m_spellings;

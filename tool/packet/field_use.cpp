@@ -1,7 +1,8 @@
 #include "tool/packet/field_use.h"
 
-#include "recorddb/schema.h"
-#include "tool/packet/record_fields.h"
+#include <algorithm>
+
+#include "tool/packet/importer_text.h"
 
 namespace tool {
 
@@ -9,10 +10,12 @@ namespace {
 
 namespace schema = recorddb::schema;
 
-// Names that end up in SQL are compared like SQL identifiers, those that only the importer looks at
-// as it does.
+bool IsState(std::string_view name, const schema::RecordType& type) {
+    return type.HasStates() && EqualNoCase(name, schema::stateName);
+}
+
 bool IsOriginalId(std::string_view name, const ImportConfiguration& configuration) {
-    return SameFieldName(name, configuration.OriginalId());
+    return EqualNoCase(name, configuration.OriginalId());
 }
 
 FieldUse UseOfKind(schema::FieldKind kind) {
@@ -33,14 +36,15 @@ FieldUse UseOfKind(schema::FieldKind kind) {
     }
 }
 
-// The order of these questions is the importer's.
+// The order of these questions is the importer's. So is the comparison of names; those of fields
+// are compared by the database, as SQL identifiers.
 FieldUse UseInRecords(std::string_view name, const ImportConfiguration& configuration,
                       const schema::RecordType& type) {
-    if (type.HasStates() && schema::SameName(name, schema::stateName)) {
+    if (IsState(name, type)) {
         return FieldUse::State;
     }
     const bool isOriginalId = IsOriginalId(name, configuration);
-    if (!isOriginalId && SameFieldName(name, configuration.DuplicateId())) {
+    if (!isOriginalId && EqualNoCase(name, configuration.DuplicateId())) {
         return FieldUse::DuplicateMark;
     }
     const schema::Field* const field = type.FindField(name);
@@ -60,7 +64,7 @@ FieldUse UseOf(std::string_view name, const ImportConfiguration& configuration,
     if (configuration.Data() == ImportedData::Records) {
         return UseInRecords(name, configuration, type);
     }
-    if (configuration.Data() == ImportedData::History && SameFieldName(name, "history")) {
+    if (configuration.Data() == ImportedData::History && EqualNoCase(name, "history")) {
         return FieldUse::History;
     }
     if (configuration.Data() == ImportedData::Attachments) {
@@ -70,6 +74,18 @@ FieldUse UseOf(std::string_view name, const ImportConfiguration& configuration,
         }
     }
     return IsOriginalId(name, configuration) ? FieldUse::LookedUp : FieldUse::Unused;
+}
+
+std::string OriginalIdOf(const ImporterFields& fields, const ImportConfiguration& configuration,
+                         const schema::RecordType& type) {
+    if (configuration.OriginalId().empty()) {
+        return {};
+    }
+    const auto found = std::find_if(fields.rbegin(), fields.rend(), [&](const auto& field) {
+        return !field.value.empty() && !IsState(field.name, type) &&
+               IsOriginalId(field.name, configuration);
+    });
+    return found == fields.rend() ? std::string() : found->value;
 }
 
 }  // namespace tool

@@ -1,10 +1,12 @@
 #ifndef TOOL_PACKET_FIELD_USE_H
 #define TOOL_PACKET_FIELD_USE_H
 
+#include <string>
 #include <string_view>
 
 #include "recorddb/schema.h"
 #include "tool/packet/import_configuration.h"
+#include "tool/packet/importer_fields.h"
 
 namespace tool {
 
@@ -15,7 +17,7 @@ enum class FieldUse {
     ReferenceList,  // adds its items
     History,        // reads entries from it
     Attachments,    // reads attachments from it
-    State,          // moves the record there
+    State,          // moves the record there, where states are imported
     LookedUp,       // finds the record by it
     DuplicateMark,  // finds the record that this one repeats by it
     NeverWritten,   // passes it over: the database gives the field its value
@@ -23,10 +25,15 @@ enum class FieldUse {
     Unknown         // refuses the record, since its type has no such field
 };
 
-// Says what the import under CONFIGURATION does with the field NAME, which is not empty, of records
-// of TYPE.
+// Says what the import under CONFIGURATION does with the field NAME of records of TYPE. The
+// original id is a value like others, and used as such besides, except where it is only LookedUp.
 FieldUse UseOf(std::string_view name, const ImportConfiguration& configuration,
                const recorddb::schema::RecordType& type);
+
+// The value by which the source knows the record that has FIELDS, as the import takes it: the last
+// one that is not empty. Empty when the record has none.
+std::string OriginalIdOf(const ImporterFields& fields, const ImportConfiguration& configuration,
+                         const recorddb::schema::RecordType& type);
 
 }  // namespace tool
 

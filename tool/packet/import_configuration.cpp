@@ -4,8 +4,8 @@
 
 #include "platform/core/adtext.h"
 #include "platform/foundation/cexception.h"
-#include "tool/io/text_hash.h"
 #include "tool/io/source_error.h"
+#include "tool/io/text_hash.h"
 #include "tool/packet/exception_text.h"
 #include "tool/packet/packet_head.h"
 #include "tool/packet/xml_text.h"
@@ -36,6 +36,17 @@ std::string LowerCase(std::string text) {
     return text;
 }
 
+ImportedData DataOf(const Obx_String& type) {
+    if (AdIsEqualNoCase(type, record_data_type) != 0) {
+        return ImportedData::Records;
+    }
+    if (AdIsEqualNoCase(type, history_data_type) != 0) {
+        return ImportedData::History;
+    }
+    return AdIsEqualNoCase(type, attachment_data_type) != 0 ? ImportedData::Attachments
+                                                            : ImportedData::Nothing;
+}
+
 std::map<std::string, std::string> ReadMapping(AdImportConfigurationDataParser& parser) {
     CMapStringToString pairs(10);
     parser.GetRecordReferenceMapping(pairs);
@@ -57,7 +68,9 @@ void ImportConfiguration::Apply(const std::string& packet, const std::string& na
         AdImportConfigurationDataParser parser;
         parser.SetInputData(packet.c_str());
         next.m_received = true;
-        next.m_importData = parser.GetImportDataType().ToUtf8();
+        const Obx_String importData = parser.GetImportDataType();
+        next.m_importData = importData.ToUtf8();
+        next.m_data = DataOf(importData);
         next.m_recordType = parser.GetRecordType().ToUtf8();
         next.m_originalId = parser.GetOriginalID().ToUtf8();
         next.m_duplicateId = parser.GetDuplicateID().ToUtf8();
@@ -73,18 +86,6 @@ void ImportConfiguration::Apply(const std::string& packet, const std::string& na
     }
     next.m_mapping.merge(m_mapping);
     *this = std::move(next);
-}
-
-ImportedData ImportConfiguration::Data() const {
-    const Obx_String type = Obx_String::FromUtf8(m_importData);
-    if (AdIsEqualNoCase(type, record_data_type) != 0) {
-        return ImportedData::Records;
-    }
-    if (AdIsEqualNoCase(type, history_data_type) != 0) {
-        return ImportedData::History;
-    }
-    return AdIsEqualNoCase(type, attachment_data_type) != 0 ? ImportedData::Attachments
-                                                            : ImportedData::Nothing;
 }
 
 std::string ImportConfiguration::ItemElements() const {

@@ -28,7 +28,7 @@ class ImportConfiguration {
     // False until a packet was applied.
     bool Received() const { return m_received; }
 
-    ImportedData Data() const;
+    ImportedData Data() const { return m_data; }
     const std::string& ImportData() const { return m_importData; }
     const std::string& RecordType() const { return m_recordType; }
     const std::string& OriginalId() const { return m_originalId; }
@@ -37,6 +37,9 @@ class ImportConfiguration {
     bool UpdateRecord() const { return m_updateRecord; }
     bool ReplaceRefList() const { return m_replaceRefList; }
     bool UpdateInsert() const { return m_updateInsert; }
+
+    // True when data packets create the records that they hold, false when they add to others.
+    bool CreatesRecords() const { return m_data == ImportedData::Records && !m_updateRecord; }
 
     // Target field to the field of the referenced type that the source's values are searched in.
     const std::map<std::string, std::string>& Mapping() const { return m_mapping; }
@@ -54,6 +57,7 @@ class ImportConfiguration {
 
     bool m_received = false;
     std::string m_importData;
+    ImportedData m_data = ImportedData::Nothing;
     std::string m_recordType;
     std::string m_originalId;
     std::string m_duplicateId;

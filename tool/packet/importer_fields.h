@@ -1,40 +1,38 @@
 #ifndef TOOL_PACKET_IMPORTER_FIELDS_H
 #define TOOL_PACKET_IMPORTER_FIELDS_H
 
-#include <cstddef>
 #include <string>
+#include <vector>
 
 #include "platform/foundation/cmapstringtostring.h"
+#include "platform/foundation/obx_string.h"
 
 namespace tool {
 
-// The fields of a record as the importer reads them, with its own parser. Texts in UTF-8.
-class ImporterFields {
+// A field of a record as the importer reads it, escapes decoded. Texts in UTF-8.
+struct ImporterField {
+    std::string name;
+    std::string value;
+
+    bool operator==(const ImporterField&) const = default;
+};
+
+// The fields of a record in the order in which their names first occur. A name stands there once,
+// with its last value; names that differ in case are different ones here.
+using ImporterFields = std::vector<ImporterField>;
+
+// Reads the fields of records with the importer's own parser. For many records, since what it and
+// the fields hold of one is used again for the next.
+class ImporterFieldReader {
   public:
-    struct Field {
-        std::string name;
-        std::string value;
-    };
-
-    // Reads the one record of PACKET. Returns false when it is not well-formed as far as the
-    // importer reads it. What was read lasts until the next call.
-    bool Read(const std::string& packet);
-
-    // Takes over a record that both readings must agree on.
-    void Clear() { m_count = 0; }
-    void Add(const std::string& name, const std::string& value);
-
-    // In the order in which the names first occur.
-    std::size_t Count() const { return m_count; }
-    const Field& At(std::size_t index) const { return m_fields[index]; }
+    // Replaces FIELDS by those of the one record in PACKET. Returns what is wrong with the packet,
+    // empty when it could be read; else FIELDS is of no use.
+    std::string Read(const std::string& packet, ImporterFields& fields);
 
   private:
-    bool ReadMap(const std::string& packet);
-    Field& NewField();
+    std::string ReadMap(const std::string& packet);
 
     CMapStringToString m_map;
-    std::vector<Field> m_fields;  // the first m_count are in use; the others keep their memory
-    std::size_t m_count = 0;
     Obx_String m_name;
     Obx_String m_value;
 };

@@ -4,11 +4,11 @@
 
 #include <algorithm>
 
+#include "tool/packet/xml_text.h"
+
 namespace tool {
 
 namespace {
-
-constexpr std::string_view blanks = " \t\r\n";
 
 // The attribute "name"; a field without one has the empty name for the importer as well.
 std::string_view NameIn(const char** attributes) {
@@ -121,7 +121,7 @@ void RecordElements::AddText(std::string_view text) {
 void RecordElements::AddLooseText(std::string_view text) {
     const std::size_t offset = m_parser.Offset();
     // A reference is text even if what it stands for is blank.
-    const std::size_t first = m_record[offset] == '&' ? 0 : text.find_first_not_of(blanks);
+    const std::size_t first = m_record[offset] == '&' ? 0 : text.find_first_not_of(xmlBlanks);
     if (!m_looseGoesOn && first == std::string_view::npos) {
         return;
     }

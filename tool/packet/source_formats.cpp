@@ -1,9 +1,10 @@
 #include "tool/packet/source_formats.h"
 
+#include <algorithm>
+
 #include "platform/core/adtext.h"
-#include "tool/packet/packet_fields.h"
-#include "tool/verify/stored_text.h"
-#include "ztimporter/importrecordparser.h"
+#include "tool/packet/importer_text.h"
+#include "tool/packet/quiet_parser.h"
 
 namespace tool {
 
@@ -37,10 +38,10 @@ HistoryLine ReadHistoryLine(std::string_view text) {
     HistoryLine line;
     const std::vector<std::string_view> columns = Columns(text);
     line.id = columns.front();
+    line.count = columns.size();
     for (std::size_t i = 0; i < line.columns.size() && i + 1 < columns.size(); ++i) {
         line.columns[i] = columns[i + 1];
     }
-    line.columns[kTimeColumn] = StoredTime(line.columns[kTimeColumn]);
     return line;
 }
 
@@ -55,10 +56,9 @@ std::vector<HistoryLine> ReadHistoryLines(std::string_view value) {
 }
 
 std::vector<AttachmentLines> ReadAttachmentLines(std::string_view value) {
-    constexpr std::size_t linesEach = 4;
     std::vector<AttachmentLines> attachments;
     const std::vector<std::string> lines = Lines(value);
-    for (std::size_t first = 0; first < lines.size(); first += linesEach) {
+    for (std::size_t first = 0; first < lines.size(); first += AttachmentLines::whole) {
         const auto line = [&](std::size_t number) {
             return first + number < lines.size() ? lines[first + number] : std::string();
         };
@@ -66,18 +66,18 @@ std::vector<AttachmentLines> ReadAttachmentLines(std::string_view value) {
                                .fileName = line(1),
                                .fileSize = line(2),
                                .description = line(3),
-                               .complete = first + linesEach <= lines.size()});
+                               .count = std::min(AttachmentLines::whole, lines.size() - first)});
     }
     return attachments;
 }
 
 std::vector<std::string> ReadListItems(std::string_view value) {
     CStringArray parts;
-    AdImportRecordParser().SplitReferenceListValue(Obx_String::FromUtf8(value), parts);
+    QuietParser()->SplitReferenceListValue(Obx_String::FromUtf8(value), parts);
     std::vector<std::string> items;
     for (const std::string& part : Texts(parts)) {
-        if (std::string item = Trimmed(part); !item.empty()) {
-            items.push_back(std::move(item));
+        if (const std::string_view item = Trimmed(part); !item.empty()) {
+            items.emplace_back(item);
         }
     }
     return items;

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-// The values of packets that have a format of their own, read so that nothing in them is left out:
-// what the importer drops of them without a word comes out as missing from the database.
+// The values of packets that have a format of their own, read so that nothing in them is left out,
+// also what the importer drops of them without a word. All texts are UTF-8.
 namespace tool {
 
 // The columns of a history entry that the database keeps, in the order of a packet's line.
@@ -19,19 +19,27 @@ using HistoryColumns = std::array<std::string, kHistoryColumns.size()>;
 
 // A line of a history value. Columns that it does not have are empty.
 struct HistoryLine {
+    // A line of more columns, the id among them, is dropped whole.
+    static constexpr std::size_t mostColumns = 6;
+
     std::string id;          // what the source calls the entry
-    HistoryColumns columns;  // the time as the database would tell it
+    HistoryColumns columns;  // behind the id, as the source writes them
+    std::size_t count = 0;   // of its columns, the id and those that have no name among them
 };
 
 std::vector<HistoryLine> ReadHistoryLines(std::string_view value);
 
 // Four lines of an attachments value, or what is left over behind the last whole four.
 struct AttachmentLines {
+    static constexpr std::size_t whole = 4;
+
     std::string id;  // what the source calls the attachment
     std::string fileName;
     std::string fileSize;
     std::string description;
-    bool complete = false;
+    std::size_t count = 0;  // of its lines; fewer than four are dropped
+
+    bool Complete() const { return count == whole; }
 };
 
 std::vector<AttachmentLines> ReadAttachmentLines(std::string_view value);

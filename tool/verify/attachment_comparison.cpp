@@ -67,7 +67,7 @@ class AttachmentComparison {
         for (const ExpectedAttachment& claimed : m_expected.Attachments(m_field.index)) {
             Pair& pair = m_pairs.emplace_back();
             pair.claimed = &claimed;
-            if (!claimed.lines.complete) {
+            if (!claimed.lines.Complete()) {
                 continue;
             }
             pair.file = m_files.Read(claimed.lines.fileName, m_field.name);
@@ -130,7 +130,7 @@ class AttachmentComparison {
     void ReportMissing(const Pair& pair) {
         const AttachmentLines& lines = pair.claimed->lines;
         const std::string problem =
-            lines.complete ? pair.file.problem : "incomplete: an attachment takes four lines";
+            lines.Complete() ? pair.file.problem : "incomplete: an attachment takes four lines";
         m_reporter.Report(pair.claimed->place, m_field.name,
                           lines.fileName.empty() ? lines.id : lines.fileName, "", problem);
     }

@@ -1,20 +1,25 @@
 #include "tool/verify/expected_record.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/core/adtext.h"
+#include "tool/packet/importer_text.h"
 #include "tool/verify/stored_text.h"
 
 namespace tool {
 
 using recorddb::schema::Field;
-using recorddb::schema::FieldKind;
 using recorddb::schema::RecordType;
 
 namespace {
 
 std::string BaseName(const std::string& path) {
     return AdBasename(Obx_String::FromUtf8(path)).ToUtf8();
+}
+
+const Field& StateOf(const RecordType& type) {
+    return *type.FindField(recorddb::schema::stateName);
 }
 
 bool Holds(const std::vector<ExpectedTarget>& targets, const ExpectedTarget& target) {
@@ -35,53 +40,33 @@ ExpectedRecord::ExpectedRecord(const RecordType& type, ReferenceResolver& resolv
       m_attachments(type.fields.size()) {}
 
 void ExpectedRecord::Add(const KeptRecord& record, const ImportConfiguration& configuration) {
-    const bool creates =
-        configuration.Data() == ImportedData::Records && !configuration.UpdateRecord();
+    const bool creates = configuration.CreatesRecords();
     if (m_empty) {
         m_firstPlace = record.place;
         m_creates = creates;
         m_empty = false;
     }
     m_creation += creates ? 1 : 0;
-    if (std::string id = OriginalIdOf(record.fields, m_type, configuration); !id.empty()) {
+    if (std::string id = OriginalIdOf(record.fields, configuration, m_type); !id.empty()) {
         m_sourceId = std::move(id);
     }
-    switch (configuration.Data()) {
-        case ImportedData::Records:
-            AddRecord(record, configuration);
-            break;
-        case ImportedData::History:
-            if (const std::string* const value = HistoryValue(record.fields)) {
-                AddHistory(record.place, *value);
-            }
-            break;
-        case ImportedData::Attachments:
-            for (const auto& [name, value] : record.fields) {
-                const Field* const field = m_type.FindField(name);
-                if (field != nullptr && field->kind == FieldKind::Attachments) {
-                    AddAttachments(record.place, *field, value);
-                }
-            }
-            break;
-        case ImportedData::Nothing:
-            break;
-    }
-}
-
-void ExpectedRecord::AddRecord(const KeptRecord& record, const ImportConfiguration& configuration) {
     std::string duplicateOf;
-    for (const auto& [name, value] : record.fields) {
-        switch (RoleOf(name, m_type, configuration)) {
-            case FieldRole::State:
-                if (configuration.ImportState()) {
-                    m_values[m_type.FindField(name)->index] = {record.place, value, value};
-                }
+    bool hasHistory = false;
+    for (const ImporterField& field : record.fields) {
+        const FieldUse use = UseOf(field.name, configuration, m_type);
+        switch (use) {
+            case FieldUse::DuplicateMark:
+                duplicateOf = field.value;
                 break;
-            case FieldRole::DuplicateId:
-                duplicateOf = value;
+            case FieldUse::History:
+                // Of a history packet's record only the first one counts.
+                if (configuration.Data() == ImportedData::Records ||
+                    !std::exchange(hasHistory, true)) {
+                    AddHistory(record.place, field.value);
+                }
                 break;
             default:
-                AddField(record.place, name, value, configuration);
+                AddField(record.place, field, use, configuration);
         }
     }
     const bool marks = !configuration.DuplicateId().empty() && !configuration.OriginalId().empty();
@@ -90,27 +75,29 @@ void ExpectedRecord::AddRecord(const KeptRecord& record, const ImportConfigurati
     }
 }
 
-void ExpectedRecord::AddField(const SourcePlace& place, const std::string& name,
-                              const std::string& value, const ImportConfiguration& configuration) {
+void ExpectedRecord::AddField(const SourcePlace& place, const ImporterField& given, FieldUse use,
+                              const ImportConfiguration& configuration) {
+    const auto& [name, value] = given;
     const Field* const field = m_type.FindField(name);
-    if (field == nullptr) {
-        m_unknown[name] = {place, value, value};
-        return;
-    }
-    switch (field->kind) {
-        case FieldKind::Reference:
+    switch (use) {
+        case FieldUse::State:
+            if (configuration.ImportState()) {
+                m_values[StateOf(m_type).index] = {place, value, value};
+            }
+            return;
+        case FieldUse::Value:
+            return AddPlain(place, *field, value);
+        case FieldUse::Reference:
             return AddReference(place, *field, name, value, configuration);
-        case FieldKind::ReferenceList:
+        case FieldUse::ReferenceList:
             return AddList(place, *field, name, value, configuration);
-        case FieldKind::Attachments:
+        case FieldUse::Attachments:
             return AddAttachments(place, *field, value);
-        case FieldKind::History:
-            return AddHistory(place, value);
-        case FieldKind::DisplayId:
-        case FieldKind::DbId:
+        case FieldUse::Unknown:
+            m_unknown[name] = {place, value, value};
             return;
         default:
-            return AddPlain(place, *field, value);
+            return;
     }
 }
 
@@ -122,7 +109,7 @@ void ExpectedRecord::AddPlain(const SourcePlace& place, const Field& field,
 void ExpectedRecord::AddReference(const SourcePlace& place, const Field& field,
                                   const std::string& name, const std::string& value,
                                   const ImportConfiguration& configuration) {
-    const std::string trimmed = Trimmed(value);
+    const std::string trimmed(Trimmed(value));
     if (trimmed.empty()) {
         return;
     }
@@ -161,6 +148,7 @@ void ExpectedRecord::AddHistory(const SourcePlace& place, const std::string& val
         m_historyCreation = m_creation;
     }
     for (HistoryLine& line : lines) {
+        line.columns[kTimeColumn] = StoredTime(line.columns[kTimeColumn]);
         m_history.push_back({place, std::move(line)});
     }
 }
@@ -180,7 +168,7 @@ void ExpectedRecord::AddAttachments(const SourcePlace& place, const Field& field
         const auto old = std::find_if(expected.list.begin(), end, [&](const auto& other) {
             return EqualNoCase(other.baseName, baseName);
         });
-        if (lines.complete && old != end) {
+        if (lines.Complete() && old != end) {
             expected.list.erase(old);
             --before;
         }
@@ -193,8 +181,7 @@ void ExpectedRecord::AddOriginal(const SourcePlace& place, const std::string& va
     m_original = m_resolver.ResolveOriginal(m_type, value, configuration);
     m_originalPlace = place;
     if (m_type.duplicateState) {
-        const Field* const state = m_type.FindField(recorddb::schema::stateName);
-        m_values[state->index] = {place, *m_type.duplicateState, *m_type.duplicateState};
+        m_values[StateOf(m_type).index] = {place, *m_type.duplicateState, *m_type.duplicateState};
     }
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "recorddb/schema.h"
+#include "tool/packet/field_use.h"
 #include "tool/packet/source_formats.h"
 #include "tool/verify/kept_record.h"
 #include "tool/verify/reference_resolver.h"
@@ -32,7 +33,7 @@ struct ExpectedTargets {
 
 struct ExpectedEntry {
     SourcePlace place;
-    HistoryLine line;
+    HistoryLine line;  // its time as the database would tell it
 };
 
 struct ExpectedAttachment {
@@ -89,8 +90,7 @@ class ExpectedRecord {
     const std::map<std::string, ExpectedValue>& UnknownFields() const { return m_unknown; }
 
   private:
-    void AddRecord(const KeptRecord& record, const ImportConfiguration& configuration);
-    void AddField(const SourcePlace& place, const std::string& name, const std::string& value,
+    void AddField(const SourcePlace& place, const ImporterField& given, FieldUse use,
                   const ImportConfiguration& configuration);
     void AddPlain(const SourcePlace& place, const recorddb::schema::Field& field,
                   const std::string& value);

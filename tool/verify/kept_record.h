@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "tool/packet/packet_fields.h"
+#include "tool/packet/importer_fields.h"
 
 namespace tool {
 
@@ -22,7 +22,7 @@ struct KeptRecord {
     SourcePlace place;
     std::size_t configuration = 0;  // in force for it, by position among those that were
     bool differs = false;           // a difference of it was told while it was read
-    PacketFields fields;
+    ImporterFields fields;          // those that have a value
 };
 
 }  // namespace tool

@@ -26,12 +26,12 @@ std::string TakeTextFrom(std::string_view& buffer) {
     return text;
 }
 
-void ReadFields(std::span<const std::byte> blob, PacketFields& fields) {
+void ReadFields(std::span<const std::byte> blob, ImporterFields& fields) {
     fields.clear();
     std::string_view rest(reinterpret_cast<const char*>(blob.data()), blob.size());
     while (!rest.empty()) {
         std::string name = TakeTextFrom(rest);
-        fields.emplace_back(std::move(name), TakeTextFrom(rest));
+        fields.push_back({std::move(name), TakeTextFrom(rest)});
     }
 }
 

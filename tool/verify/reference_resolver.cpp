@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "recorddb/schema.h"
-
 namespace tool {
 
 using recorddb::schema::Field;

@@ -5,6 +5,8 @@
 #include <algorithm>
 
 #include "tool/losses/loss_finder.h"
+#include "tool/packet/field_use.h"
+#include "tool/packet/importer_text.h"
 #include "tool/sources/source_checks.h"
 
 namespace tool {
@@ -119,25 +121,24 @@ std::string SourceScan::WhyNotImported(const SourceRecord& record) {
         return fmt::format("import_data is \"{}\"; it must be record, history or attachments",
                            Current().ImportData());
     }
-    return ReadPacketFields(record.packet, m_record.fields);
+    if (std::string problem = m_readings.Read(record); !problem.empty()) {
+        return problem;
+    }
+    m_record.fields = m_readings.Fields();
+    std::erase_if(m_record.fields, [](const ImporterField& field) { return field.value.empty(); });
+    return {};
 }
 
 // Records of history and attachments packets that hold none are passed over by the import, too.
-bool SourceScan::SaysSomething(const PacketFields& fields) const {
-    switch (Current().Data()) {
-        case ImportedData::History:
-            return HistoryValue(fields) != nullptr;
-        case ImportedData::Attachments:
-            return std::any_of(fields.begin(), fields.end(), [this](const auto& field) {
-                const Field* const known = m_type->FindField(field.first);
-                return known != nullptr && known->kind == FieldKind::Attachments;
-            });
-        default:
-            return true;
-    }
+bool SourceScan::SaysSomething(const ImporterFields& fields) const {
+    return Current().Data() == ImportedData::Records ||
+           std::any_of(fields.begin(), fields.end(), [this](const ImporterField& field) {
+               const FieldUse use = UseOf(field.name, Current(), *m_type);
+               return use == FieldUse::History || use == FieldUse::Attachments;
+           });
 }
 
-void SourceScan::CheckAttachments(const PacketFields& fields) const {
+void SourceScan::CheckAttachments(const ImporterFields& fields) const {
     if (!m_attachments.empty()) {
         return;
     }
@@ -152,7 +153,7 @@ void SourceScan::CheckAttachments(const PacketFields& fields) const {
 // Tells what an import drops of a record that it takes; true when there is something.
 bool SourceScan::FindLosses(const SourceRecord& record) {
     bool found = false;
-    m_losses->Find(record, Name(), [&](const Loss& loss) {
+    m_losses->Find(record, m_readings, Name(), [&](const Loss& loss) {
         if (IsComparedAnyway(loss.kind)) {
             return;
         }
@@ -167,8 +168,8 @@ bool SourceScan::FindLosses(const SourceRecord& record) {
 }
 
 // Finds the record of the database; returns why there is not one, or nothing.
-std::string SourceScan::Locate(const PacketFields& fields, std::int64_t& dbid) {
-    const std::string id = OriginalIdOf(fields, *m_type, Current());
+std::string SourceScan::Locate(const ImporterFields& fields, std::int64_t& dbid) {
+    const std::string id = OriginalIdOf(fields, Current(), *m_type);
     if (id.empty()) {
         return LocateByKey(fields, dbid);
     }
@@ -189,7 +190,7 @@ std::string SourceScan::Locate(const PacketFields& fields, std::int64_t& dbid) {
     return {};
 }
 
-std::string SourceScan::LocateByKey(const PacketFields& fields, std::int64_t& dbid) {
+std::string SourceScan::LocateByKey(const ImporterFields& fields, std::int64_t& dbid) {
     constexpr const char* noId = "cannot be compared: it has no original id";
     if (m_type->HasStates()) {
         return noId;
@@ -198,13 +199,14 @@ std::string SourceScan::LocateByKey(const PacketFields& fields, std::int64_t& db
     for (const std::size_t part : m_type->key) {
         const Field& field = m_type->fields[part];
         const auto found = std::find_if(fields.begin(), fields.end(), [&field](const auto& given) {
-            return EqualNoCase(given.first, field.name);
+            return EqualNoCase(given.name, field.name);
         });
         if (found == fields.end()) {
             return noId;
         }
         const bool isReference = field.kind == FieldKind::Reference;
-        key += (key.empty() ? "" : " ") + (isReference ? Trimmed(found->second) : found->second);
+        key += key.empty() ? "" : " ";
+        key += isReference ? Trimmed(found->value) : found->value;
     }
     dbid = m_lookup.FindKey(*m_type, key).dbid;
     return dbid == 0 ? "missing from the database" : "";

@@ -49,11 +49,11 @@ class SourceScan {
     bool IsRepeated();
     void ReadRecord(const SourceRecord& record);
     std::string WhyNotImported(const SourceRecord& record);
-    bool SaysSomething(const PacketFields& fields) const;
-    void CheckAttachments(const PacketFields& fields) const;
+    bool SaysSomething(const ImporterFields& fields) const;
+    void CheckAttachments(const ImporterFields& fields) const;
     bool FindLosses(const SourceRecord& record);
-    std::string Locate(const PacketFields& fields, std::int64_t& dbid);
-    std::string LocateByKey(const PacketFields& fields, std::int64_t& dbid);
+    std::string Locate(const ImporterFields& fields, std::int64_t& dbid);
+    std::string LocateByKey(const ImporterFields& fields, std::int64_t& dbid);
     void ReportMissing(const SourceRecord& record, const std::string& problem);
     void ReportUnseen(const UnseenRecord& unseen);
     void ReportFrame(const FrameDefect& defect);
@@ -74,6 +74,7 @@ class SourceScan {
     const recorddb::schema::RecordType* m_type = nullptr;  // of the configuration in force
     std::optional<RecordLosses> m_losses;                  // under that configuration
     std::uint64_t m_read = 0;                              // records of all sources
+    RecordReadings m_readings;
     KeptRecord m_record;
 };
 

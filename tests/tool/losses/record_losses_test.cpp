@@ -109,9 +109,12 @@ TEST(RecordLosses, NameTheirRecordByItsNumber) {
     const auto configuration = Configuration("record");
     tool::RecordLosses finder(configuration, *finding::TrackerSchema().FindType("bug"));
     tool::SourceRecord record;
+    tool::RecordReadings readings;
     std::vector<tool::Loss> losses;
     while (reader.NextRecord(record)) {
-        finder.Find(record, "bugs.xml", [&](const tool::Loss& loss) { losses.push_back(loss); });
+        ASSERT_EQ(readings.Read(record), "");
+        finder.Find(record, readings, "bugs.xml",
+                    [&](const tool::Loss& loss) { losses.push_back(loss); });
     }
     ASSERT_EQ(losses.size(), 1U);
     EXPECT_EQ(losses[0].record, 2U);

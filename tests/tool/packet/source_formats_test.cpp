@@ -13,13 +13,15 @@ TEST(SourceFormatsTest, AHistoryLineHasItsColumns) {
     ASSERT_EQ(lines.size(), 1U);
     EXPECT_EQ(lines[0].id, "7");
     EXPECT_THAT(lines[0].columns,
-                ElementsAre("2020-01-01 11:00:00", "ann", "open", "NEW", "OPEN", ""));
+                ElementsAre("2020-01-01T12:00:00+01:00", "ann", "open", "NEW", "OPEN", ""));
+    EXPECT_EQ(lines[0].count, 6U);
 }
 
 TEST(SourceFormatsTest, ALongHistoryLineKeepsItsComment) {
     const auto lines = ReadHistoryLines("7\t2020-01-01\tann\topen\tNEW\tOPEN\twhy\tmore");
     ASSERT_EQ(lines.size(), 1U);
     EXPECT_EQ(lines[0].columns[5], "why");
+    EXPECT_EQ(lines[0].count, 8U);
 }
 
 TEST(SourceFormatsTest, NoHistoryLineIsLeftOut) {
@@ -39,15 +41,15 @@ TEST(SourceFormatsTest, AnAttachmentTakesFourLines) {
     EXPECT_EQ(attachments[0].description, "text");
     EXPECT_EQ(attachments[1].fileName, "c.txt");
     EXPECT_EQ(attachments[1].description, "");
-    EXPECT_TRUE(attachments[0].complete && attachments[1].complete);
+    EXPECT_TRUE(attachments[0].Complete() && attachments[1].Complete());
 }
 
 TEST(SourceFormatsTest, TheLinesLeftOverAreAnIncompleteAttachment) {
     for (const char* const rest : {"2", "2\nc.txt", "2\nc.txt\n6"}) {
         const auto attachments = ReadAttachmentLines(std::string("1\nb.txt\n5\ntext\n") + rest);
         ASSERT_EQ(attachments.size(), 2U);
-        EXPECT_TRUE(attachments[0].complete);
-        EXPECT_FALSE(attachments[1].complete);
+        EXPECT_TRUE(attachments[0].Complete());
+        EXPECT_FALSE(attachments[1].Complete());
         EXPECT_EQ(attachments[1].id, "2");
     }
 }

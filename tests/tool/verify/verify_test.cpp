@@ -65,6 +65,19 @@ TEST_F(VerifyTest, StatesThatAreNotImportedSayNothing) {
         << Shown();
 }
 
+// The importer folds case by Unicode, for which the long s is an s.
+TEST_F(VerifyTest, AStateIsTakenByItsNameInAnyCase) {
+    EXPECT_EQ(LoadAndVerifyBugs({{{"source_id", "C-1"},
+                                  {"title", "One"},
+                                  {"\xC5\xBF"
+                                   "tate",
+                                   "OPEN"}}},
+                                "<importstate name=\"TRUE\"/>"),
+              0)
+        << Shown();
+    EXPECT_EQ(Query("SELECT state FROM bug"), "OPEN");
+}
+
 TEST_F(VerifyTest, WithoutAStateANewRecordIsInTheFirst) {
     LoadAndVerifyBugs({{{"source_id", "C-1"}, {"title", "One"}, {"state", "OPEN"}}});
     Damage("UPDATE bug SET state = 'OPEN'");

@@ -1,59 +1,16 @@
-#include "tool/packet/record_fields.h"
-
-#include <unicode/uchar.h>
-#include <unicode/unistr.h>
+#include "tool/packet/field_value.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
+
+#include "tool/packet/importer_text.h"
+#include "tool/packet/xml_text.h"
 
 namespace tool {
 
 namespace {
 
 constexpr std::size_t npos = std::string_view::npos;
-constexpr std::string_view blanks = " \t\r\n";
-
-constexpr std::array<std::pair<std::string_view, char>, 8> escapes = {{
-    {"&amp;", '&'},
-    {"&lt;", '<'},
-    {"&gt;", '>'},
-    {"&apos;", '\''},
-    {"&quot;", '"'},
-    {"&#x9;", '\t'},
-    {"&#xA;", '\n'},
-    {"&#xD;", '\r'},
-}};
-
-bool IsPlain(std::string_view text) {
-    return std::all_of(text.begin(), text.end(),
-                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
-char Lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-icu::UnicodeString ToUnicode(std::string_view text) {
-    return icu::UnicodeString::fromUTF8(
-        icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
-}
-
-void ReplaceAll(std::string& text, std::string_view from, char to) {
-    std::size_t found = text.find(from);
-    if (found == npos) {
-        return;
-    }
-    std::string result;
-    std::size_t done = 0;
-    for (; found != npos; found = text.find(from, done)) {
-        result.append(text, done, found - done);
-        result += to;
-        done = found + from.size();
-    }
-    result.append(text, done);
-    text = std::move(result);
-}
 
 // A start tag cut out of a text that may be broken anywhere.
 struct StartTag {
@@ -67,12 +24,12 @@ std::pair<std::string_view, std::string_view> ReadAttribute(std::string_view tex
                                                             std::size_t& at) {
     std::size_t nameEnd = std::min(text.find_first_of(" \t\r\n=/><", at), text.size());
     std::string_view name = text.substr(at, nameEnd - at);
-    std::size_t equals = text.find_first_not_of(blanks, nameEnd);
+    std::size_t equals = text.find_first_not_of(xmlBlanks, nameEnd);
     if (equals == npos || text[equals] != '=') {
         at = std::max(nameEnd, at + 1);
         return {name, {}};
     }
-    std::size_t quote = text.find_first_not_of(blanks, equals + 1);
+    std::size_t quote = text.find_first_not_of(xmlBlanks, equals + 1);
     std::size_t close = npos;
     if (quote != npos && (text[quote] == '"' || text[quote] == '\'')) {
         close = text.find(text[quote], quote + 1);
@@ -88,7 +45,7 @@ std::pair<std::string_view, std::string_view> ReadAttribute(std::string_view tex
 StartTag ReadStartTag(std::string_view text, std::size_t begin) {
     StartTag tag{{}, text.size(), false};
     std::size_t at = std::min(text.find_first_of(" \t\r\n/>", begin + 1), text.size());
-    while ((at = text.find_first_not_of(blanks, at)) != npos && text[at] != '<') {
+    while ((at = text.find_first_not_of(xmlBlanks, at)) != npos && text[at] != '<') {
         if (text[at] == '>') {
             tag.end = at + 1;
             return tag;
@@ -149,32 +106,6 @@ std::size_t SkipOther(std::string_view text, std::size_t at) {
 
 }  // namespace
 
-bool SameFieldName(std::string_view field, std::string_view name) {
-    if (name.empty()) {
-        return false;
-    }
-    if (IsPlain(field) && IsPlain(name)) {
-        return std::equal(field.begin(), field.end(), name.begin(), name.end(),
-                          [](char x, char y) { return Lower(x) == Lower(y); });
-    }
-    return ToUnicode(field).caseCompare(ToUnicode(name), U_FOLD_CASE_DEFAULT) == 0;
-}
-
-std::string DecodePacketEscapes(std::string_view text) {
-    std::string decoded(text);
-    if (decoded.find('&') != npos) {
-        for (const auto& [sequence, character] : escapes) {
-            ReplaceAll(decoded, sequence, character);
-        }
-    }
-    return decoded;
-}
-
-bool StartsWithPacketEscape(std::string_view text) {
-    return std::any_of(escapes.begin(), escapes.end(),
-                       [text](const auto& escape) { return text.starts_with(escape.first); });
-}
-
 std::optional<std::string> FindFieldValue(std::string_view record, std::string_view name) {
     std::optional<std::string> value;
     if (name.empty()) {
@@ -188,7 +119,7 @@ std::optional<std::string> FindFieldValue(std::string_view record, std::string_v
             continue;
         }
         StartTag tag = ReadStartTag(record, at);
-        if (SameFieldName(DecodePacketEscapes(tag.name), name)) {
+        if (EqualNoCase(DecodePacketEscapes(tag.name), name)) {
             value = tag.empty ? std::string() : DecodePacketEscapes(ReadContent(record, tag.end));
         }
         at = record.find('<', tag.end);

@@ -1,4 +1,4 @@
-#include "tool/packet/record_fields.h"
+#include "tool/packet/field_value.h"
 
 #include <gtest/gtest.h>
 
@@ -76,14 +76,6 @@ TEST(FindFieldValue, SurvivesEveryCutOfARecord) {
         std::optional<std::string> value = tool::FindFieldValue(record.substr(0, size), "id");
         EXPECT_LE(value.value_or("").size(), 4U) << record.substr(0, size);
     }
-}
-
-TEST(DecodePacketEscapes, ReplacesTheEightEscapesOneAfterTheOther) {
-    EXPECT_EQ(tool::DecodePacketEscapes("&amp;&lt;&gt;&apos;&quot;&#x9;&#xA;&#xD;"),
-              "&<>'\"\t\n\r");
-    EXPECT_EQ(tool::DecodePacketEscapes("&amp;amp;lt;"), "&amp;lt;");
-    EXPECT_EQ(tool::DecodePacketEscapes("&amp;lt;"), "<");
-    EXPECT_EQ(tool::DecodePacketEscapes("&#10;&#xa;&LT;"), "&#10;&#xa;&LT;");
 }
 
 }  // namespace

@@ -1,10 +1,10 @@
-#include "tool/losses/value_losses.h"
+#include "tool/losses/changed_text.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 
-#include "tool/packet/record_fields.h"
+#include "tool/packet/importer_text.h"
 
 namespace tool {
 
@@ -12,25 +12,10 @@ namespace {
 
 constexpr std::size_t npos = std::string_view::npos;
 
-// The most columns of a history line that the importer reads.
-constexpr std::size_t mostColumns = 6;
-constexpr std::size_t linesPerAttachment = 4;
 constexpr std::size_t longestQuotation = 60;
 
 // The longest reference is "&#x10FFFF;", and zeros in front of the number change nothing.
 constexpr std::size_t longestReference = 16;
-
-// Takes the next line off VALUE, which is not empty. The importer splits lines in the same way.
-std::string_view TakeLine(std::string_view& value) {
-    const std::size_t end = value.find_first_of("\r\n");
-    const std::string_view line = value.substr(0, end);
-    if (end == npos) {
-        value = {};
-    } else {
-        value.remove_prefix(end + (value.substr(end, 2) == "\r\n" ? 2 : 1));
-    }
-    return line;
-}
 
 std::string WithLineFeeds(std::string_view text) {
     std::string out;
@@ -65,30 +50,6 @@ std::string_view Beginning(std::string_view text, std::size_t most) {
 }
 
 }  // namespace
-
-std::size_t ReadHistoryValue(std::string_view value,
-                             const std::function<void(const LongLine&)>& take) {
-    std::size_t entries = 0;
-    for (std::size_t number = 1; !value.empty(); ++number) {
-        const std::string_view line = TakeLine(value);
-        const auto columns =
-            static_cast<std::size_t>(std::count(line.begin(), line.end(), '\t')) + 1;
-        if (columns > mostColumns) {
-            take({number, columns, line.substr(0, line.find('\t'))});
-        } else {
-            ++entries;
-        }
-    }
-    return entries;
-}
-
-std::size_t LinesLeftOver(std::string_view value) {
-    std::size_t lines = 0;
-    for (; !value.empty(); ++lines) {
-        TakeLine(value);
-    }
-    return lines % linesPerAttachment;
-}
 
 bool SameButForLineEnds(std::string_view a, std::string_view b) {
     return a == b || WithLineFeeds(a) == WithLineFeeds(b);

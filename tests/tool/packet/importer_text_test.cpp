@@ -1,0 +1,92 @@
+#include "tool/packet/importer_text.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "platform/foundation/obx_string.h"
+#include "random_records.h"
+
+namespace {
+
+std::string RandomText(reading::RandomText& random) {
+    // Of one, two, three and four bytes; those behind the first line are white space.
+    static constexpr const char* pieces[] = {"a",
+                                             "B",
+                                             "k",
+                                             "\xE2\x84\xAA",
+                                             "\xC3\xBC",
+                                             "\xC3\x9C",
+                                             "\xF0\x9F\x90\x9E",
+                                             "_",
+                                             " ",
+                                             "\t",
+                                             "\r\n",
+                                             "\x0B",
+                                             "\xC2\xA0",
+                                             "\xE2\x80\x83",
+                                             "\xE3\x80\x80",
+                                             "-",
+                                             "\xC2\x85",
+                                             "&amp;lt;",
+                                             "&#xA;",
+                                             "\xE2\x80\x8B",
+                                             "&"};
+    std::string text;
+    for (std::size_t count = random.Below(5); count > 0; --count) {
+        text += pieces[random.Below(std::size(pieces))];
+    }
+    return text;
+}
+
+int Sign(int number) {
+    return number == 0 ? 0 : (number < 0 ? -1 : 1);
+}
+
+TEST(ImporterText, IsComparedAndTrimmedAsThePlatformDoes) {
+    const unsigned seed = reading::NewSeed();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    reading::RandomText random(seed);
+    for (int round = 0; round < 20'000; ++round) {
+        const std::string a = RandomText(random);
+        const std::string b = RandomText(random);
+        Obx_String left = Obx_String::FromUtf8(a);
+        Obx_String right = left;
+        ASSERT_EQ(Sign(tool::CompareNoCase(a, b)),
+                  Sign(left.CompareNoCase(Obx_String::FromUtf8(b))))
+            << '"' << a << "\" and \"" << b << '"';
+        left.TrimLeft();
+        right.TrimRight();
+        ASSERT_EQ(tool::TrimmedLeft(a), left.ToUtf8()) << '"' << a << '"';
+        ASSERT_EQ(tool::TrimmedRight(a), right.ToUtf8()) << '"' << a << '"';
+        right.TrimLeft();
+        ASSERT_EQ(tool::Trimmed(a), right.ToUtf8()) << '"' << a << '"';
+    }
+}
+
+TEST(ImporterText, IsEqualWithoutRegardToCase) {
+    EXPECT_TRUE(tool::EqualNoCase("Source_ID", "source_id"));
+    EXPECT_TRUE(tool::EqualNoCase("SCHL\xC3\x9CSSEL", "schl\xC3\xBCssel"));
+    EXPECT_TRUE(tool::EqualNoCase("", ""));
+    EXPECT_FALSE(tool::EqualNoCase("a", ""));
+    EXPECT_FALSE(tool::EqualNoCase("a", "ab"));
+}
+
+TEST(ImporterText, AsksForAnEmptyValueByOneWord) {
+    for (const char* const word : {"BLANK", "blank", "Blank", "BLAN\xE2\x84\xAA"}) {
+        EXPECT_TRUE(tool::IsBlankWord(word)) << word;
+    }
+    for (const char* const word : {"", " BLANK", "BLANKET", "BLAN"}) {
+        EXPECT_FALSE(tool::IsBlankWord(word)) << word;
+    }
+}
+
+TEST(ImporterText, HasTheEightEscapesReplacedOneAfterTheOther) {
+    EXPECT_EQ(tool::DecodePacketEscapes("&amp;&lt;&gt;&apos;&quot;&#x9;&#xA;&#xD;"),
+              "&<>'\"\t\n\r");
+    EXPECT_EQ(tool::DecodePacketEscapes("&amp;amp;lt;"), "&amp;lt;");
+    EXPECT_EQ(tool::DecodePacketEscapes("&amp;lt;"), "<");
+    EXPECT_EQ(tool::DecodePacketEscapes("&#10;&#xa;&LT;"), "&#10;&#xa;&LT;");
+}
+
+}  // namespace

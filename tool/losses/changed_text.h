@@ -1,0 +1,21 @@
+#ifndef TOOL_LOSSES_CHANGED_TEXT_H
+#define TOOL_LOSSES_CHANGED_TEXT_H
+
+#include <string>
+#include <string_view>
+
+// Telling how the importer reads another text than XML says. All texts are UTF-8.
+namespace tool {
+
+// True when the two texts differ in nothing but how their lines end.
+bool SameButForLineEnds(std::string_view a, std::string_view b);
+
+// What the importer has made of WRITTEN, a value as XML says, when it reads READ instead.
+std::string DescribeChange(std::string_view written, std::string_view read);
+
+// TEXT between double quotes and on one line, cut when it is long.
+std::string Quoted(std::string_view text);
+
+}  // namespace tool
+
+#endif

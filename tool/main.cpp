@@ -85,13 +85,20 @@ void FlushAfterFailure(std::ostream& out) {
     }
 }
 
+// Runs before the constructors of global objects, those of shared libraries included, which ask for
+// memory as well.
+void BeforeConstructors(int /*argc*/, char** /*argv*/, char** /*environment*/) {
+    tool::WatchMemory();
+}
+[[gnu::section(".preinit_array"), gnu::used]] void (*const preinit)(int, char**,
+                                                                    char**) = BeforeConstructors;
+
 }  // namespace
 
 int main(int argc, char** argv) {
     tool::OccupyStandardDescriptors();
     tool::StandardOutput out;
     try {
-        tool::WatchMemory();
         const int code = tool::RunCommandLine(argc, argv, out, std::cerr);
         out.flush();
         return code;

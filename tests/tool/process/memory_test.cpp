@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "child_process.h"
+#include "faulty_tool.h"
 #include "load_fixture.h"
 
 namespace tool {
@@ -76,6 +77,13 @@ TEST_F(LittleMemory, IsEnoughForTheOthersWhenLongRecordsAreRejected) {
     EXPECT_THAT(m_said, HasSubstr("bugs.xml, record 2, line 4: the record is not shorter than 1 "
                                   "MiB, which --max-record-size sets"));
     EXPECT_EQ(Query("SELECT source_id FROM bug ORDER BY dbid"), "a\nc");
+}
+
+// Global objects ask for memory before the tool itself begins.
+TEST_F(LoadFixture, MemoryThatIsMissingAtTheStartEndsTheToolWithAMessage) {
+    FaultyTool show({"show", m_database}, "allocation:1:ENOMEM");
+    EXPECT_EQ(show.Wait(), 3);
+    EXPECT_THAT(show.Output(), HasSubstr("ztimport: there is not enough memory"));
 }
 
 }  // namespace

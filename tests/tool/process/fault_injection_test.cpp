@@ -13,6 +13,7 @@
 #include "load_fixture.h"
 #include "recorddb/database.h"
 #include "recorddb/schema.h"
+#include "temporary_folder.h"
 
 namespace tool {
 namespace {
@@ -177,6 +178,22 @@ TEST_P(FaultInjection, LeavesASoundDatabaseThatTheSameCommandCompletes) {
             return;
         }
     }
+}
+
+// The engine copies its log into the file when the database is closed, and tells nobody when that
+// fails.
+TEST(FaultInjectionOfInit, DatabaseThatIsNotWholeIsNotGivenItsName) {
+    const TemporaryFolder folder;
+    const std::vector<std::string> init = {"init", folder.File("new.db"),
+                                           std::string(ZT_EXAMPLE_DIR) + "/schema.yaml"};
+    FaultyTool whole(init);
+    ASSERT_EQ(whole.Wait(), 0) << whole.Output();
+    const std::uint64_t writes = whole.Counts().Of(Kind::Write);
+    std::filesystem::remove(folder.File("new.db"));
+
+    FaultyTool full(init, "write:" + std::to_string(writes - 5) + ":ENOSPC");
+    EXPECT_EQ(full.Wait(), 3) << full.Output();
+    EXPECT_EQ(folder.FileCount(), 0U);
 }
 
 INSTANTIATE_TEST_SUITE_P(

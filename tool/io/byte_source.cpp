@@ -29,21 +29,17 @@ int OpenForReading(const std::filesystem::path& path, const std::string& name, i
     int error = errno;
     if (error == ENOENT || error == ENOTDIR) {
         throw SourceError(
-            SourceProblem::NotFound, name,
             fmt::format("{}: there is no such file; check the path and its spelling", name));
     }
     throw SourceError(
-        SourceProblem::NotReadable, name,
         fmt::format("{}: cannot be opened: {}; make it readable for this user and run again", name,
                     Reason(error)));
 }
 
 void ThrowNotReadable(const std::string& name, int error) {
-    throw SourceError(
-        SourceProblem::NotReadable, name,
-        fmt::format(
-            "{}: cannot be read: {}; see that the file and its disk are sound and run again", name,
-            Reason(error)));
+    throw SourceError(fmt::format(
+        "{}: cannot be read: {}; see that the file and its disk are sound and run again", name,
+        Reason(error)));
 }
 
 FileBytes::FileBytes(const std::filesystem::path& path, std::string name)

@@ -25,17 +25,17 @@ class ByteSource {
 };
 
 // Opens the file at PATH for reading, with FLAGS of open(2) besides, and returns the descriptor,
-// which is the caller's. Throws SourceError (NotFound, NotReadable) that calls it NAME.
+// which is the caller's. Throws SourceError that calls it NAME.
 int OpenForReading(const std::filesystem::path& path, const std::string& name, int flags = 0);
 
-// Throws the SourceError (NotReadable) that says that reading the source NAME failed with ERROR, an
+// Throws the SourceError that says that reading the source NAME failed with ERROR, an
 // errno.
 [[noreturn]] void ThrowNotReadable(const std::string& name, int error);
 
 // The bytes of a file, pipe or device. Owns its descriptor.
 class FileBytes : public ByteSource {
   public:
-    // Opens PATH and calls it NAME in errors. Throws SourceError (NotFound, NotReadable).
+    // Opens PATH and calls it NAME in errors. Throws SourceError.
     FileBytes(const std::filesystem::path& path, std::string name);
     // Reads an open DESCRIPTOR, which stays the caller's.
     FileBytes(int descriptor, std::string name);

@@ -21,10 +21,10 @@ namespace {
 constexpr std::size_t blockSize = std::size_t{1024} * 1024;
 
 [[noreturn]] void ThrowChanged(const std::string& name, std::string_view what) {
-    throw SourceError(SourceProblem::Changed, name,
-                      fmt::format("{}: {} while it was read; let what writes it come to its end, "
-                                  "then run again",
-                                  name, what));
+    throw SourceChanged(
+        fmt::format("{}: {} while it was read; let what writes it come to its end, "
+                    "then run again",
+                    name, what));
 }
 
 }  // namespace

@@ -21,8 +21,7 @@ namespace tool {
 // takes 32 bytes of memory for each mebibyte of the source.
 class SourceFile {
   public:
-    // Opens and hashes the file at PATH, called NAME in errors. Throws SourceError (NotFound,
-    // NotReadable, Changed).
+    // Opens and hashes the file at PATH, called NAME in errors. Throws SourceError.
     SourceFile(const std::filesystem::path& path, std::string name);
     ~SourceFile();
     SourceFile(const SourceFile&) = delete;
@@ -34,12 +33,12 @@ class SourceFile {
     const std::string& Sha256() const { return m_sha256; }
 
     // The content from its front on; several may be read side by side, each lasts without this
-    // object. Their Read throws SourceError (Changed) instead of handing out a byte that was
-    // another one when the file was hashed, and what RequireUnchanged throws.
+    // object. Their Read throws SourceChanged instead of handing out a byte that was another one
+    // when the file was hashed, and what RequireUnchanged throws.
     std::unique_ptr<ByteSource> Read() const;
 
-    // Throws SourceError (Changed) when the file has been written to since it was hashed, or
-    // another file has taken its name. A file that was removed is read to its end.
+    // Throws SourceChanged when the file has been written to since it was hashed, or another file
+    // has taken its name. A file that was removed is read to its end.
     void RequireUnchanged() const;
 
   private:

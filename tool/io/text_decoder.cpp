@@ -56,13 +56,11 @@ bool IsUtf32(std::string_view head) {
 }
 
 [[noreturn]] void RefuseEncoding(const std::string& source, const std::string& encoding) {
-    throw SourceError(
-        SourceProblem::UnsupportedEncoding, source,
-        fmt::format(
-            "{0}: the file is in {1}, and packets are read in UTF-8 or UTF-16 only; convert "
-            "it first, for example with iconv -f {1} -t UTF-8, and name UTF-8 in its XML "
-            "declaration",
-            source, encoding));
+    throw SourceError(fmt::format(
+        "{0}: the file is in {1}, and packets are read in UTF-8 or UTF-16 only; convert "
+        "it first, for example with iconv -f {1} -t UTF-8, and name UTF-8 in its XML "
+        "declaration",
+        source, encoding));
 }
 
 // The value of the pseudo attribute "encoding" of an XML declaration at the start of HEAD, empty

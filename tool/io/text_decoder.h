@@ -23,8 +23,8 @@ class TextDecoder {
     static constexpr std::size_t defaultChunk = std::size_t{256} * 1024;
 
     // SOURCE stays the caller's and must outlive the decoder. CHUNK is the number of bytes read and
-    // decoded at a time. Reads the first bytes; throws SourceError (UnsupportedEncoding, or what
-    // the source throws).
+    // decoded at a time. Reads the first bytes; throws SourceError when it is in another
+    // encoding, and what the source throws.
     explicit TextDecoder(ByteSource& source, std::size_t chunk = defaultChunk);
 
     // Appends the text of the next chunk to OUT. Returns false at the end, when nothing follows;

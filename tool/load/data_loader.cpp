@@ -58,10 +58,9 @@ bool DataLoader::LoadWhole() {
     // That everything is done is not the case here: what is there was imported record by record,
     // and the whole packet would import it again.
     if (m_journal.Journal().HandledBefore() > 0) {
-        throw SourceError(SourceProblem::Refused, m_walk.SourceName(),
-                          m_walk.SourceName() +
-                              ": an earlier load has imported some of its records one by one; "
-                              "finish that without --whole-packets first");
+        throw SourceError(m_walk.SourceName() +
+                          ": an earlier load has imported some of its records one by one; "
+                          "finish that without --whole-packets first");
     }
     if (!ExamineRecords()) {
         return false;

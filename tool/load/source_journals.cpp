@@ -24,8 +24,7 @@ void SourceJournals::RequireSameContent(const SourceWalk& walk, LoadJournal& jou
         if (m_options.fresh) {
             journal.AlsoForget(unfinished.key);
         } else if (journal.HandledBefore() == 0 && !journal.WasComplete()) {
-            throw SourceError(
-                SourceProblem::Changed, walk.SourceName(),
+            throw SourceChanged(
                 fmt::format("{}: the file has changed since an earlier load stopped "
                             "in it. {}",
                             walk.SourceName(), AdviseOnChangedSource(unfinished.handled)));

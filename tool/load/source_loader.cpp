@@ -85,8 +85,7 @@ void SourceLoader::Configure(const SourceWalk& walk) {
         throw *failure;
     }
     if (!error.empty()) {
-        throw SourceError(SourceProblem::Refused, walk.SourceName(),
-                          fmt::format("{}: {} Its record types are: {}.", walk.SourceName(), error,
+        throw SourceError(fmt::format("{}: {} Its record types are: {}.", walk.SourceName(), error,
                                       NamesOfTypes(m_database.GetSchema())));
     }
     m_sinks.Configure(configuration);
@@ -115,15 +114,12 @@ bool SourceLoader::ImportData(SourceWalk& walk) {
     }
     try {
         return loader.Load();
-    } catch (const SourceError& error) {
-        const std::string advice = error.Problem() == SourceProblem::Changed
-                                       ? m_policy.AdviseOnChange(journal.Journal().HandledForGood())
-                                       : "";
+    } catch (const SourceChanged& error) {
+        const std::string advice = m_policy.AdviseOnChange(journal.Journal().HandledForGood());
         if (advice.empty()) {
             throw;
         }
-        throw SourceError(SourceProblem::Changed, walk.SourceName(),
-                          fmt::format("{}. {}", error.what(), advice));
+        throw SourceChanged(fmt::format("{}. {}", error.what(), advice));
     } catch (const std::bad_alloc&) {
         throw MemoryError(fmt::format(
             "{}: there is not enough memory for record {}; make some free, or reject such records "

@@ -80,9 +80,8 @@ void ImportConfiguration::Apply(const std::string& packet, const std::string& na
         next.m_updateInsert = parser.GetUpdateInsert() != 0;
         next.m_mapping = ReadMapping(parser);
     } catch (CException* exception) {
-        throw SourceError(
-            SourceProblem::NotAPacket, name,
-            name + ": " + TakeText(exception) + "; mend the configuration and load it again");
+        throw SourceError(name + ": " + TakeText(exception) +
+                          "; mend the configuration and load it again");
     }
     next.m_mapping.merge(m_mapping);
     *this = std::move(next);

@@ -15,11 +15,10 @@ std::unique_ptr<RecordSource> OpenRecordSource(const SourceFile& file, SourceRea
     options.frame = std::move(reading.frame);
     auto reader = std::make_unique<PacketReader>(file.Read(), std::move(options));
     if (!reader->IsPacket()) {
-        throw SourceError(SourceProblem::NotAPacket, file.Name(),
-                          file.Name() +
-                              ": this is no packet: a packet is XML with a <configuration> or with "
-                              "<record> elements; leave the file out, or see that it is the one "
-                              "you mean");
+        throw SourceError(file.Name() +
+                          ": this is no packet: a packet is XML with a <configuration> or with "
+                          "<record> elements; leave the file out, or see that it is the one "
+                          "you mean");
     }
     return reader;
 }

@@ -32,29 +32,27 @@ const recorddb::schema::RecordType& RequireType(const recorddb::schema::Schema& 
                                                 const std::string& name) {
     const auto* const type = schema.FindType(configuration.RecordType());
     if (type == nullptr) {
-        throw SourceError(SourceProblem::Refused, name,
-                          fmt::format("{}: the database has no record type \"{}\". Its record "
-                                      "types are: {}.",
-                                      name, configuration.RecordType(), NamesOfTypes(schema)));
+        throw SourceError(
+            fmt::format("{}: the database has no record type \"{}\". Its record "
+                        "types are: {}.",
+                        name, configuration.RecordType(), NamesOfTypes(schema)));
     }
     return *type;
 }
 
 void RequireConfiguration(const ImportConfiguration& configuration, const std::string& name) {
     if (!configuration.Received()) {
-        throw SourceError(SourceProblem::Refused, name,
-                          name +
-                              ": no configuration packet comes before these records; "
-                              "name it before them on the command line");
+        throw SourceError(name +
+                          ": no configuration packet comes before these records; "
+                          "name it before them on the command line");
     }
 }
 
 void RequireAttachments(const std::filesystem::path& attachments, const std::string& name) {
     if (attachments.empty()) {
-        throw SourceError(SourceProblem::Refused, name,
-                          name +
-                              ": attachments are imported only from a folder that "
-                              "--attachments names");
+        throw SourceError(name +
+                          ": attachments are imported only from a folder that "
+                          "--attachments names");
     }
 }
 

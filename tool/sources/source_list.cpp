@@ -32,7 +32,6 @@ std::vector<fs::path> PacketFiles(const fs::path& directory, const std::string& 
         }
     } catch (const fs::filesystem_error& error) {
         throw SourceError(
-            SourceProblem::NotReadable, argument,
             fmt::format("{}: the directory cannot be read: {}; make it readable for this user and "
                         "run again",
                         argument, error.code().message()));
@@ -47,9 +46,9 @@ std::vector<fs::path> PacketFiles(const fs::path& directory, const std::string& 
 
 SourceList::SourceList(const std::vector<std::string>& arguments, int standardInput) {
     if (arguments.empty()) {
-        throw SourceError(SourceProblem::NoPackets, "",
-                          "no source is given; name a packet file, a directory with *.xml files or "
-                          "- for standard input");
+        throw SourceError(
+            "no source is given; name a packet file, a directory with *.xml files or "
+            "- for standard input");
     }
     for (const std::string& argument : arguments) {
         AddArgument(argument, standardInput);
@@ -73,9 +72,9 @@ void SourceList::AddArgument(const std::string& argument, int standardInput) {
         return;
     }
     if (m_standardInputTaken) {
-        throw SourceError(SourceProblem::RepeatedInput, argument,
-                          "standard input (-) is named twice, and can be read once only; name it "
-                          "once or use files");
+        throw SourceError(
+            "standard input (-) is named twice, and can be read once only; name it "
+            "once or use files");
     }
     m_standardInputTaken = true;
     FileBytes bytes(standardInput, "standard input");
@@ -86,7 +85,6 @@ void SourceList::AddDirectory(const fs::path& directory, const std::string& argu
     std::vector<fs::path> files = PacketFiles(directory, argument);
     if (files.empty()) {
         throw SourceError(
-            SourceProblem::NoPackets, argument,
             fmt::format("{}: there is no *.xml file in this directory; name the directory that "
                         "holds the packets, or the packet files themselves",
                         argument));

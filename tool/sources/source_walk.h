@@ -53,7 +53,7 @@ class SourceWalk {
 
     // The source in hand, from its first step to that of the next one.
     const std::string& SourceName() const { return m_file->Name(); }
-    // Throws SourceError (Changed) when the file is no longer what it was when it was opened.
+    // Throws SourceChanged when the file is no longer what it was when it was opened.
     void RequireUnchanged() const { m_file->RequireUnchanged(); }
 
     // The configuration in force: all that came so far, in one. And the packet that brought the

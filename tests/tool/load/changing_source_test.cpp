@@ -61,8 +61,7 @@ class ChangingSourceTest : public LoadFixture {
     static std::string Refusal(Work work) {
         try {
             work();
-        } catch (const SourceError& error) {
-            EXPECT_EQ(error.Problem(), SourceProblem::Changed);
+        } catch (const SourceChanged& error) {
             return error.what();
         }
         ADD_FAILURE() << "the source was taken as it stands";

@@ -21,7 +21,6 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using tool::SourceList;
-using tool::SourceProblem;
 
 std::string ContentOf(const std::filesystem::path& path) {
     std::ostringstream content;
@@ -44,12 +43,12 @@ class SourceListTest : public testing::Test {
         return names;
     }
 
-    // The problem and text with which ARGUMENTS are refused.
-    std::pair<SourceProblem, std::string> Refusal(const std::vector<std::string>& arguments) {
+    // The text with which ARGUMENTS are refused.
+    std::string Refusal(const std::vector<std::string>& arguments) {
         try {
             SourceList list(arguments, m_nothing);
         } catch (const tool::SourceError& error) {
-            return {error.Problem(), error.what()};
+            return error.what();
         }
         ADD_FAILURE() << "nothing was refused";
         return {};
@@ -129,36 +128,31 @@ TEST_F(SourceListTest, CopiesANamedPipe) {
 
 TEST_F(SourceListTest, RefusesAFileThatIsNotThere) {
     std::string missing = m_folder.File("missing.xml");
-    auto [problem, text] = Refusal({missing});
-    EXPECT_EQ(problem, SourceProblem::NotFound);
+    const std::string text = Refusal({missing});
     EXPECT_EQ(text, missing + ": there is no such file; check the path and its spelling");
 }
 
 TEST_F(SourceListTest, RefusesAFileThatCannotBeOpened) {
     std::filesystem::create_symlink("loop.xml", m_folder.Path() / "loop.xml");
-    auto [problem, text] = Refusal({Folder()});
-    EXPECT_EQ(problem, SourceProblem::NotReadable);
+    const std::string text = Refusal({Folder()});
     EXPECT_THAT(text, HasSubstr("loop.xml: cannot be opened: "));
 }
 
 TEST_F(SourceListTest, RefusesADirectoryWithoutPackets) {
     Write("notes.txt");
-    auto [problem, text] = Refusal({Folder()});
-    EXPECT_EQ(problem, SourceProblem::NoPackets);
+    const std::string text = Refusal({Folder()});
     EXPECT_EQ(text, Folder() +
                         ": there is no *.xml file in this directory; name the directory that holds "
                         "the packets, or the packet files themselves");
 }
 
 TEST_F(SourceListTest, RefusesStandardInputTwice) {
-    auto [problem, text] = Refusal({"-", "-"});
-    EXPECT_EQ(problem, SourceProblem::RepeatedInput);
+    const std::string text = Refusal({"-", "-"});
     EXPECT_THAT(text, HasSubstr("named twice"));
 }
 
 TEST_F(SourceListTest, RefusesNoSourceAtAll) {
-    auto [problem, text] = Refusal({});
-    EXPECT_EQ(problem, SourceProblem::NoPackets);
+    const std::string text = Refusal({});
     EXPECT_THAT(text, HasSubstr("no source is given"));
 }
 

@@ -92,7 +92,6 @@ std::string PacketReader::ReadConfiguration() {
     WholePacket packet = ReadAll(m_options.configurationLimit, "a configuration packet");
     if (!packet.error.empty()) {
         throw SourceError(
-            SourceProblem::Undecodable, m_bytes->Name(),
             fmt::format("{}: {}; save the configuration packet as UTF-8 and run again",
                         m_bytes->Name(), packet.error));
     }
@@ -106,7 +105,6 @@ WholePacket PacketReader::ReadWhole() {
 WholePacket PacketReader::ReadAll(std::size_t limit, std::string_view limitName) {
     if (m_window.Ensure(limit + 1)) {
         throw SourceError(
-            SourceProblem::TooLarge, m_bytes->Name(),
             fmt::format("{}: the file is larger than {}, the most that {} may have; split it",
                         m_bytes->Name(), ShowSize(limit), limitName));
     }

@@ -46,10 +46,10 @@ class PacketReader final : public RecordSource {
     // space aside, and no record begins in its first 64 KiB.
     bool IsPacket() const { return m_isPacket; }
 
-    // Throws SourceError (Undecodable, TooLarge).
+    // Throws SourceError when it holds what is no text, or is too large.
     std::string ReadConfiguration() override;
 
-    // Throws SourceError (TooLarge).
+    // Throws SourceError when it is too large.
     WholePacket ReadWhole() override;
 
     bool NextRecord(SourceRecord& record) override;

@@ -7,13 +7,13 @@
 
 namespace recorddb {
 
-namespace {
-
 // What a session has in memory and must go back to when work is undone.
 struct SessionState {
     Statistics statistics;
     std::size_t pendingHistory = 0;
 };
+
+namespace {
 
 SessionState StateOf(const SessionParts& parts) {
     return {.statistics = parts.statistics, .pendingHistory = parts.history.PendingCount()};

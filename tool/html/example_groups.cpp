@@ -9,7 +9,7 @@ namespace tool {
 namespace {
 
 constexpr std::size_t kTextLimit = 4000;
-constexpr std::size_t kNameLimit = 1000;
+constexpr std::size_t kExampleNameLimit = 1000;
 
 // An empty value is shown as one that differs.
 void KeepCommonValues(ReasonPattern& pattern, const ReasonPattern& other) {
@@ -27,8 +27,8 @@ void ExampleGroup::Add(const Example& example) {
     if (examples.size() == examplesKept) {
         return;
     }
-    examples.push_back({Clipped(example.source, kNameLimit), example.record, example.line,
-                        Clipped(example.sourceId, kNameLimit), example.details});
+    examples.push_back({Clipped(example.source, kExampleNameLimit), example.record, example.line,
+                        Clipped(example.sourceId, kExampleNameLimit), example.details});
     for (ExampleDetail& detail : examples.back().details) {
         detail.text = Clipped(detail.text, kTextLimit);
     }

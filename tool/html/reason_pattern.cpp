@@ -16,7 +16,7 @@ constexpr std::size_t kReadLimit = std::size_t{64} * 1024;
 constexpr std::size_t kWordingLimit = 400;
 constexpr std::size_t kValueLimit = 80;
 constexpr std::size_t kValuesKept = 12;
-constexpr std::size_t kNameLimit = 60;
+constexpr std::size_t kPatternNameLimit = 60;
 
 bool IsDigit(char c) {
     return c >= '0' && c <= '9';
@@ -89,7 +89,7 @@ class Reader {
         const std::size_t end = EndOfQuote(m_reason, m_at);
         const std::string_view content = m_reason.substr(m_at + 1, end - m_at - 1);
         const bool isName = AnnouncesName(m_reason.substr(0, m_at)) &&
-                            content.size() <= kNameLimit &&
+                            content.size() <= kPatternNameLimit &&
                             content.find(ReasonPattern::valueMark) == std::string_view::npos;
         m_pattern.wording += '"';
         if (isName) {

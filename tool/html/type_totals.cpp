@@ -9,12 +9,12 @@ namespace tool {
 namespace {
 
 constexpr std::size_t kTypesKept = 200;
-constexpr std::size_t kNameLimit = 200;
+constexpr std::size_t kTypeNameLimit = 200;
 
 }  // namespace
 
 void TypeTotalsList::Add(const std::string& type, ImportedData data, const LoadTotals& more) {
-    const std::string name = Clipped(type, kNameLimit);
+    const std::string name = Clipped(type, kTypeNameLimit);
     auto found = std::find_if(m_types.begin(), m_types.end(), [&](const TypeTotals& totals) {
         return totals.type == name && totals.data == data;
     });

@@ -4,13 +4,12 @@
 #include <utility>
 
 #include "tool/packet/importer_text.h"
+#include "tool/packet/markup_text.h"
 #include "tool/packet/xml_text.h"
 
 namespace tool {
 
 namespace {
-
-constexpr std::size_t npos = std::string_view::npos;
 
 // A start tag cut out of a text that may be broken anywhere.
 struct StartTag {
@@ -25,16 +24,16 @@ std::pair<std::string_view, std::string_view> ReadAttribute(std::string_view tex
     std::size_t nameEnd = std::min(text.find_first_of(" \t\r\n=/><", at), text.size());
     std::string_view name = text.substr(at, nameEnd - at);
     std::size_t equals = text.find_first_not_of(xmlBlanks, nameEnd);
-    if (equals == npos || text[equals] != '=') {
+    if (equals == kNotFound || text[equals] != '=') {
         at = std::max(nameEnd, at + 1);
         return {name, {}};
     }
     std::size_t quote = text.find_first_not_of(xmlBlanks, equals + 1);
-    std::size_t close = npos;
-    if (quote != npos && (text[quote] == '"' || text[quote] == '\'')) {
+    std::size_t close = kNotFound;
+    if (quote != kNotFound && (text[quote] == '"' || text[quote] == '\'')) {
         close = text.find(text[quote], quote + 1);
     }
-    if (close == npos) {
+    if (close == kNotFound) {
         at = equals + 1;
         return {name, {}};
     }
@@ -45,7 +44,7 @@ std::pair<std::string_view, std::string_view> ReadAttribute(std::string_view tex
 StartTag ReadStartTag(std::string_view text, std::size_t begin) {
     StartTag tag{{}, text.size(), false};
     std::size_t at = std::min(text.find_first_of(" \t\r\n/>", begin + 1), text.size());
-    while ((at = text.find_first_not_of(xmlBlanks, at)) != npos && text[at] != '<') {
+    while ((at = text.find_first_not_of(xmlBlanks, at)) != kNotFound && text[at] != '<') {
         if (text[at] == '>') {
             tag.end = at + 1;
             return tag;
@@ -64,26 +63,25 @@ StartTag ReadStartTag(std::string_view text, std::size_t begin) {
     return tag;
 }
 
-std::size_t Behind(std::string_view text, std::string_view mark, std::size_t from) {
+std::size_t BehindOrEnd(std::string_view text, std::string_view mark, std::size_t from) {
     std::size_t found = text.find(mark, from);
-    return found == npos ? text.size() : found + mark.size();
+    return found == kNotFound ? text.size() : found + mark.size();
 }
 
 // The character data from AT up to the next tag, escapes still in it.
 std::string ReadContent(std::string_view text, std::size_t at) {
-    constexpr std::string_view cdata = "<![CDATA[";
     std::string content;
     while (at < text.size()) {
         std::size_t tag = std::min(text.find('<', at), text.size());
         content += text.substr(at, tag - at);
         std::string_view rest = text.substr(tag);
         if (rest.starts_with("<!--")) {
-            at = Behind(text, "-->", tag);
+            at = BehindOrEnd(text, "-->", tag);
         } else if (rest.starts_with("<?")) {
-            at = Behind(text, "?>", tag);
-        } else if (rest.starts_with(cdata)) {
+            at = BehindOrEnd(text, "?>", tag);
+        } else if (rest.starts_with(kCDataOpening)) {
             std::size_t close = std::min(text.find("]]>", tag), text.size());
-            content += text.substr(tag + cdata.size(), close - tag - cdata.size());
+            content += text.substr(tag + kCDataOpening.size(), close - tag - kCDataOpening.size());
             at = std::min(close + 3, text.size());
         } else {
             break;
@@ -96,10 +94,10 @@ std::string ReadContent(std::string_view text, std::size_t at) {
 std::size_t SkipOther(std::string_view text, std::size_t at) {
     std::string_view rest = text.substr(at);
     if (rest.starts_with("<!--")) {
-        return Behind(text, "-->", at);
+        return BehindOrEnd(text, "-->", at);
     }
     if (rest.starts_with("<![CDATA[")) {
-        return Behind(text, "]]>", at);
+        return BehindOrEnd(text, "]]>", at);
     }
     return at + 1;
 }
@@ -112,7 +110,7 @@ std::optional<std::string> FindFieldValue(std::string_view record, std::string_v
         return value;
     }
     std::size_t at = record.find('<');
-    while (at != npos && at + 1 < record.size()) {
+    while (at != kNotFound && at + 1 < record.size()) {
         char next = record[at + 1];
         if (next == '/' || next == '!' || next == '?') {
             at = record.find('<', SkipOther(record, at));

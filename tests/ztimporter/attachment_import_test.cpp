@@ -195,13 +195,13 @@ TEST_F(AttachmentImportTest, ARecordThatIsNotFoundEndsThePacketWithoutCreation) 
     ExpectCleanRecordMap();
 }
 
-struct UnusableCount {
+struct UnusableAttachmentCount {
     long count;
     int id;
 };
 
 class UnusableAttachmentCountTest : public AttachmentImportTest,
-                                    public testing::WithParamInterface<UnusableCount> {};
+                                    public testing::WithParamInterface<UnusableAttachmentCount> {};
 
 TEST_P(UnusableAttachmentCountTest, IsAnErrorAndTheResultSetGoesBack) {
     GivenRowCount(u"core-1", GetParam().count);
@@ -212,13 +212,12 @@ TEST_P(UnusableAttachmentCountTest, IsAnErrorAndTheResultSetGoesBack) {
     ExpectCleanRecordMap();
 }
 
-INSTANTIATE_TEST_SUITE_P(ZeroAndMany, UnusableAttachmentCountTest,
-                         testing::Values(UnusableCount{0, message_id::kRecordNotFound},
-                                         UnusableCount{2, message_id::kRecordAmbiguous},
-                                         UnusableCount{100, message_id::kRecordAmbiguous}),
-                         [](const auto& instance) {
-                             return "Count" + std::to_string(instance.param.count);
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    ZeroAndMany, UnusableAttachmentCountTest,
+    testing::Values(UnusableAttachmentCount{0, message_id::kRecordNotFound},
+                    UnusableAttachmentCount{2, message_id::kRecordAmbiguous},
+                    UnusableAttachmentCount{100, message_id::kRecordAmbiguous}),
+    [](const auto& instance) { return "Count" + std::to_string(instance.param.count); });
 
 class UncountedAttachmentsTest : public AttachmentImportTest,
                                  public testing::WithParamInterface<long> {};

@@ -228,13 +228,13 @@ TEST_F(HistoryImportTest, ARecordThatIsNotFoundEndsThePacketWithoutCreation) {
     ExpectCleanRecordMap();
 }
 
-struct UnusableCount {
+struct UnusableHistoryCount {
     long count;
     int id;
 };
 
 class UnusableCountTest : public HistoryImportTest,
-                          public testing::WithParamInterface<UnusableCount> {};
+                          public testing::WithParamInterface<UnusableHistoryCount> {};
 
 TEST_P(UnusableCountTest, IsAnErrorAndTheResultSetGoesBack) {
     GivenRowCount(u"core-1", GetParam().count);
@@ -246,9 +246,9 @@ TEST_P(UnusableCountTest, IsAnErrorAndTheResultSetGoesBack) {
 }
 
 INSTANTIATE_TEST_SUITE_P(ZeroAndMany, UnusableCountTest,
-                         testing::Values(UnusableCount{0, message_id::kRecordNotFound},
-                                         UnusableCount{2, message_id::kRecordAmbiguous},
-                                         UnusableCount{100, message_id::kRecordAmbiguous}),
+                         testing::Values(UnusableHistoryCount{0, message_id::kRecordNotFound},
+                                         UnusableHistoryCount{2, message_id::kRecordAmbiguous},
+                                         UnusableHistoryCount{100, message_id::kRecordAmbiguous}),
                          [](const auto& instance) {
                              return "Count" + std::to_string(instance.param.count);
                          });

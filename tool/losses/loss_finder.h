@@ -13,7 +13,7 @@
 #include "tool/packet/import_configuration.h"
 #include "tool/packet/packet_frame.h"
 #include "tool/packet/record_cutter.h"
-#include "tool/sources/source_record.h"
+#include "tool/sources/kind/source_record.h"
 
 namespace tool {
 

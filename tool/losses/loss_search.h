@@ -4,7 +4,7 @@
 #include <string>
 
 #include "tool/packet/import_configuration.h"
-#include "tool/sources/source_record.h"
+#include "tool/sources/kind/source_record.h"
 
 namespace tool {
 

@@ -13,7 +13,7 @@
 #include "tool/losses/record_readings.h"
 #include "tool/packet/field_use.h"
 #include "tool/packet/import_configuration.h"
-#include "tool/sources/source_record.h"
+#include "tool/sources/kind/source_record.h"
 
 namespace tool {
 

@@ -9,7 +9,7 @@
 
 #include "tool/packet/importer_fields.h"
 #include "tool/packet/record_elements.h"
-#include "tool/sources/source_record.h"
+#include "tool/sources/kind/source_record.h"
 
 namespace tool {
 

@@ -13,7 +13,7 @@
 #include "recorddb/schema.h"
 #include "tool/io/source_file.h"
 #include "tool/packet/import_configuration.h"
-#include "tool/sources/record_source.h"
+#include "tool/sources/open_source.h"
 #include "tool/sources/source_list.h"
 
 namespace tool {

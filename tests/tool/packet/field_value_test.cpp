@@ -43,7 +43,7 @@ const std::vector<FieldCase> wellFormed = {
 INSTANTIATE_TEST_SUITE_P(InAWellFormedRecord, FieldValue, testing::ValuesIn(wellFormed),
                          [](const auto& info) { return std::string(info.param.what); });
 
-const std::vector<FieldCase> broken = {
+const std::vector<FieldCase> brokenRecords = {
     {"Nothing", "", std::nullopt},
     {"BehindAStrayBracket", R"(<record>1 < 2 <f name="id">7</f>)", "7"},
     {"BehindAnUnknownEntity", R"(<record><f name="x">&nbsp;</f><f name="id">7</f>)", "7"},
@@ -57,7 +57,7 @@ const std::vector<FieldCase> broken = {
     {"CutAfterABracket", "<record><", std::nullopt},
     {"CutInAComment", "<record><!-- ", std::nullopt},
 };
-INSTANTIATE_TEST_SUITE_P(InABrokenRecord, FieldValue, testing::ValuesIn(broken),
+INSTANTIATE_TEST_SUITE_P(InABrokenRecord, FieldValue, testing::ValuesIn(brokenRecords),
                          [](const auto& info) { return std::string(info.param.what); });
 
 TEST(FindFieldValue, ComparesNamesWithoutRegardToCaseBeyondAscii) {

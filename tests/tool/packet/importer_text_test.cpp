@@ -9,7 +9,7 @@
 
 namespace {
 
-std::string RandomText(reading::RandomText& random) {
+std::string RandomWord(reading::RandomText& random) {
     // Of one, two, three and four bytes; those behind the first line are white space.
     static constexpr const char* pieces[] = {"a",
                                              "B",
@@ -48,8 +48,8 @@ TEST(ImporterText, IsComparedAndTrimmedAsThePlatformDoes) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     reading::RandomText random(seed);
     for (int round = 0; round < 20'000; ++round) {
-        const std::string a = RandomText(random);
-        const std::string b = RandomText(random);
+        const std::string a = RandomWord(random);
+        const std::string b = RandomWord(random);
         Obx_String left = Obx_String::FromUtf8(a);
         Obx_String right = left;
         ASSERT_EQ(Sign(tool::CompareNoCase(a, b)),

@@ -40,7 +40,7 @@ struct FrameCase {
     std::vector<std::string> defects;
 };
 
-std::string CaseName(const testing::TestParamInfo<FrameCase>& info) {
+std::string FrameCaseName(const testing::TestParamInfo<FrameCase>& info) {
     return info.param.what;
 }
 
@@ -78,7 +78,7 @@ const std::vector<FrameCase> sound = {
     {"AForeignAlphabet", "<käse><record>a</record></käse>", {}},
 };
 
-INSTANTIATE_TEST_SUITE_P(PacketFrame, SoundPackets, testing::ValuesIn(sound), CaseName);
+INSTANTIATE_TEST_SUITE_P(PacketFrame, SoundPackets, testing::ValuesIn(sound), FrameCaseName);
 
 class BrokenPackets : public testing::TestWithParam<FrameCase> {};
 
@@ -86,7 +86,7 @@ TEST_P(BrokenPackets, AreTold) {
     EXPECT_EQ(Defects(GetParam().text), GetParam().defects);
 }
 
-const std::vector<FrameCase> broken = {
+const std::vector<FrameCase> brokenPackets = {
     {"CutBehindARecord",
      "<bugs>\n<record>a</record>\n",
      {"3: the packet is cut short: the element <bugs>, which opens on line 1, does not end"}},
@@ -141,7 +141,8 @@ const std::vector<FrameCase> broken = {
      {"2: a NUL character outside of records"}},
 };
 
-INSTANTIATE_TEST_SUITE_P(PacketFrame, BrokenPackets, testing::ValuesIn(broken), CaseName);
+INSTANTIATE_TEST_SUITE_P(PacketFrame, BrokenPackets, testing::ValuesIn(brokenPackets),
+                         FrameCaseName);
 
 TEST(PacketFrame, TellsOfEachPlaceBetweenRecords) {
     EXPECT_THAT(

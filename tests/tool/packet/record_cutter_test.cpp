@@ -30,7 +30,7 @@ TEST_P(Cutting, GivesTheTextsOfTheRecords) {
     EXPECT_EQ(Raws(GetParam().text), GetParam().raws);
 }
 
-std::string CaseName(const testing::TestParamInfo<CutCase>& info) {
+std::string CutCaseName(const testing::TestParamInfo<CutCase>& info) {
     return info.param.what;
 }
 
@@ -61,7 +61,7 @@ const std::vector<CutCase> whole = {
      R"(<record><f name="a>b</f></record>)",
      {R"(<record><f name="a>b</f></record>)"}},
 };
-INSTANTIATE_TEST_SUITE_P(OfWholeRecords, Cutting, testing::ValuesIn(whole), CaseName);
+INSTANTIATE_TEST_SUITE_P(OfWholeRecords, Cutting, testing::ValuesIn(whole), CutCaseName);
 
 const std::vector<CutCase> sections = {
     {"ACommentHidesTags",
@@ -90,9 +90,9 @@ const std::vector<CutCase> sections = {
      "<record><!x <? <![CDATX[ </record><record>b</record>",
      {"<record><!x <? <![CDATX[ </record>", "<record>b</record>"}},
 };
-INSTANTIATE_TEST_SUITE_P(AroundSections, Cutting, testing::ValuesIn(sections), CaseName);
+INSTANTIATE_TEST_SUITE_P(AroundSections, Cutting, testing::ValuesIn(sections), CutCaseName);
 
-const std::vector<CutCase> broken = {
+const std::vector<CutCase> cutRecords = {
     {"ARecordWithoutEndStopsAtTheNext",
      "<record>a<record>b</record>",
      {"<record>a", "<record>b</record>"}},
@@ -120,7 +120,7 @@ const std::vector<CutCase> broken = {
      {"<record><?a<?b<![CDATA[<![CDATA[<!--<!--</record>", "<record>b</record>"}},
     {"ATextCutInsideAMark", "<record>a</record><!-", {"<record>a</record>"}},
 };
-INSTANTIATE_TEST_SUITE_P(OfBrokenRecords, Cutting, testing::ValuesIn(broken), CaseName);
+INSTANTIATE_TEST_SUITE_P(OfBrokenRecords, Cutting, testing::ValuesIn(cutRecords), CutCaseName);
 
 TEST(RecordCutter, TellsWhichRecordsDoNotEnd) {
     std::vector<Read> records = ReadAtEveryChunkSize("<record>a<record>b</record><record>c");

@@ -9,7 +9,7 @@
 namespace tool {
 namespace {
 
-constexpr const char* kSchema = R"(record_types:
+constexpr const char* kResolverSchema = R"(record_types:
   user:
     key: [login]
     fields:
@@ -49,7 +49,8 @@ constexpr const char* kRecords =
 class ReferenceResolverTest : public testing::Test {
   protected:
     ReferenceResolverTest() {
-        recorddb::Database::Create(m_path, recorddb::schema::ReadSchema(kSchema, "schema.yaml"));
+        recorddb::Database::Create(m_path,
+                                   recorddb::schema::ReadSchema(kResolverSchema, "schema.yaml"));
         recorddb::sql::Open(m_path, recorddb::sql::OpenMode::ReadWrite)->ExecuteScript(kRecords);
         m_database = recorddb::Database::Open(m_path, recorddb::Database::Mode::ReadOnly);
         m_reader.emplace(*m_database);

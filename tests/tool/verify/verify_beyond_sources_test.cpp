@@ -18,8 +18,6 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 
-constexpr const char* kUpdate = "<updaterecord name=\"TRUE\"/>";
-
 class DatabaseFaultTest : public VerifyFixture {};
 
 TEST_F(DatabaseFaultTest, IsFoundInRecordsThatTheSourcesDoNotSpeakOf) {

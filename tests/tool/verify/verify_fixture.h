@@ -10,6 +10,12 @@
 
 namespace tool {
 
+// A configuration item: the packets change records that are there.
+inline constexpr const char* kUpdate = "<updaterecord name=\"TRUE\"/>";
+
+// A bug with nothing but what every bug must have.
+inline const Fields kBug = {{"source_id", "C-1"}, {"title", "One"}};
+
 // A loaded tracker, and the words in which tests of comparisons speak of it.
 class VerifyFixture : public LoadFixture {
   protected:

@@ -21,8 +21,6 @@ using testing::StartsWith;
 
 class VerifyTest : public VerifyFixture {};
 
-const Fields kBug = {{"source_id", "C-1"}, {"title", "One"}};
-
 TEST_F(VerifyTest, ACleanLoadIsVerified) {
     EXPECT_EQ(LoadAndVerify(Tracker()), 0) << Shown();
     EXPECT_THAT(Shown(), EndsWith("Verified: everything in the sources is in the database.\n"));

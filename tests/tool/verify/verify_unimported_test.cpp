@@ -15,11 +15,7 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-constexpr const char* kUpdate = "<updaterecord name=\"TRUE\"/>";
-
 class VerifyUnimportedTest : public VerifyFixture {};
-
-const Fields kBug = {{"source_id", "C-1"}, {"title", "One"}};
 
 TEST_F(VerifyUnimportedTest, MalformedRecordsAreNotInTheDatabase) {
     const auto sources =

@@ -12,7 +12,6 @@ namespace {
 
 using testing::HasSubstr;
 
-constexpr const char* kUpdate = "<updaterecord name=\"TRUE\"/>";
 constexpr const char* kReplace = "<updaterecord name=\"TRUE\"/><replacereflist name=\"TRUE\"/>";
 
 class VerifyUpdatesTest : public VerifyFixture {};

@@ -15,7 +15,7 @@
 #include "tool/packet/packet_frame.h"
 #include "tool/packet/record_cutter.h"
 #include "tool/packet/record_limits.h"
-#include "tool/sources/record_source.h"
+#include "tool/sources/kind/record_source.h"
 
 namespace tool {
 

@@ -1,17 +1,12 @@
-#ifndef TOOL_SOURCES_RECORD_SOURCE_H
-#define TOOL_SOURCES_RECORD_SOURCE_H
+#ifndef TOOL_SOURCES_KIND_RECORD_SOURCE_H
+#define TOOL_SOURCES_KIND_RECORD_SOURCE_H
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "tool/io/source_file.h"
-#include "tool/packet/packet_frame.h"
-#include "tool/packet/record_cutter.h"
-#include "tool/packet/record_limits.h"
-#include "tool/sources/source_record.h"
+#include "tool/sources/kind/source_record.h"
 
 namespace tool {
 
@@ -47,16 +42,6 @@ class RecordSource {
     // Bytes read from the source so far, for the progress.
     virtual std::uint64_t BytesRead() const = 0;
 };
-
-// How a source is to be read.
-struct SourceReading {
-    RecordLimits limits;
-    UnseenHandler unseen;  // told of what looks like a record and is not read; may be empty
-    FrameHandler frame;    // told of what is wrong around the records; may be empty
-};
-
-// Opens the content of FILE as the kind of source that it is. Throws SourceError when it is none.
-std::unique_ptr<RecordSource> OpenRecordSource(const SourceFile& file, SourceReading reading);
 
 }  // namespace tool
 

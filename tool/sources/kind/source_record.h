@@ -1,5 +1,5 @@
-#ifndef TOOL_SOURCES_SOURCE_RECORD_H
-#define TOOL_SOURCES_SOURCE_RECORD_H
+#ifndef TOOL_SOURCES_KIND_SOURCE_RECORD_H
+#define TOOL_SOURCES_KIND_SOURCE_RECORD_H
 
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "tool/sources/record_source.h"
+#include "tool/sources/open_source.h"
 
 #include <utility>
 

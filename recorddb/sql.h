@@ -29,8 +29,8 @@ concept DyingText = std::same_as<T, std::string> || std::same_as<T, std::optiona
 //
 // or BindAll and Execute for a statement that returns no rows. An execution ends, and the
 // parameters become NULL again, when Step returns false, when Execute returns, when either throws,
-// and at Reset. Who stops stepping early says Reset, best through a ResetGuard: a statement left
-// in mid-air keeps its snapshot of the database open.
+// and at Reset. Call Reset, best through a ResetGuard, when you stop before Step has returned
+// false: a statement that is still being executed keeps its snapshot of the database open.
 //
 // A statement holds one execution at a time. Binding while one is under way throws Error.
 class RECORDDB_API Statement {

@@ -25,7 +25,8 @@ namespace {
                         location + ": the file exists already; a database is made in a new file");
 }
 
-// The engine only says that it cannot open a file, and the file is one that nobody has named.
+// Without this check, the engine would complain of the temporary file that a database is made in, a
+// name that means nothing to the user.
 void CheckDirectory(const std::string& location) {
     const auto directory = std::filesystem::absolute(location).parent_path();
     std::error_code ignored;

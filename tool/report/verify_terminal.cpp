@@ -99,7 +99,7 @@ std::string DescribeDifference(const Difference& difference) {
     const ShownPair values = ShowPair(difference.sourceValue, difference.databaseValue);
     std::string text = PlaceOf(difference);
     text += (text.empty() ? "" : ": ") + SubjectOf(difference);
-    // What is wrong with a record as a whole is no matter of two values.
+    // A record that is missing as a whole, for example, has no values to show.
     const bool hasValues = !difference.sourceValue.empty() || !difference.databaseValue.empty();
     if (hasValues) {
         text += fmt::format("source {}, database {}", Shown(values.source), Shown(values.database));

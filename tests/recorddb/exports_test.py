@@ -50,11 +50,11 @@ def name_of(symbol):
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--nm", required=True)
-    parser.add_argument("library")
+    parser.add_argument("shared_object")
     parser.add_argument("headers", nargs="+", type=pathlib.Path)
     arguments = parser.parse_args()
     classes, functions = marked_names(arguments.headers)
-    symbols = exported_symbols(arguments.nm, arguments.library)
+    symbols = exported_symbols(arguments.nm, arguments.shared_object)
 
     used, surplus = set(), []
     for symbol in symbols:

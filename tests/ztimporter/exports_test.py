@@ -42,9 +42,9 @@ def exported_signatures(nm, library):
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--nm", required=True)
-    parser.add_argument("library")
+    parser.add_argument("shared_object")
     arguments = parser.parse_args()
-    exported = exported_signatures(arguments.nm, arguments.library)
+    exported = exported_signatures(arguments.nm, arguments.shared_object)
     for signature in sorted((EXPECTED - exported).elements()):
         print(f"missing: {signature}")
     for signature in sorted((exported - EXPECTED).elements()):

@@ -6,8 +6,8 @@
 
 namespace bench {
 
-// Writes the rows that a load of RECORDS generated records creates into a new database made for the
-// schema, by SQLite's own interface: prepared statements, one transaction, the same settings,
+// Writes the rows that a load of `records` generated records creates into a new database made for
+// the schema, by SQLite's own interface: prepared statements, one transaction, the same settings,
 // indexes and foreign keys. Returns the seconds of the writing alone; the records are made before.
 double WriteFloor(const std::filesystem::path& database, std::int64_t records);
 

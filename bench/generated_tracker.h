@@ -45,7 +45,7 @@ struct PacketFiles {
     std::uint64_t bytes = 0;  // of the data packet
 };
 
-// Write the packets of RECORDS records into FOLDER.
+// Write the packets of `records` records into `folder`.
 PacketFiles WriteKeywordPackets(const std::filesystem::path& folder);
 PacketFiles WriteCreatePackets(const std::filesystem::path& folder, std::int64_t records);
 // The same records without their history, for which the history packets are then loaded.

@@ -7,7 +7,7 @@ namespace {
 
 using fuzz::Expect;
 
-constexpr const char16_t* pattern = u"%Y-%m-%d %H:%M:%S";
+constexpr const char16_t* kPattern = u"%Y-%m-%d %H:%M:%S";
 
 }  // namespace
 
@@ -18,10 +18,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (time.ParseDateTime(text, 0) == 0) {
         return 0;
     }
-    const Obx_String written = time.Format(pattern);
+    const Obx_String written = time.Format(kPattern);
     Expect(written.GetLength() == 19, "a time is written in full");
     AdDateTime again;
     Expect(again.ParseDateTime(written, 0) != 0, "what was written can be read");
-    Expect(again.Format(pattern) == written, "and is the same time");
+    Expect(again.Format(kPattern) == written, "and is the same time");
     return 0;
 }

@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const fs::path example = ZT_EXAMPLE_TRACKER;
+const fs::path kExample = ZT_EXAMPLE_TRACKER;
 
 std::string ReadFile(const fs::path& path) {
     std::ifstream file(path, std::ios::binary);
@@ -28,7 +28,7 @@ std::string ReadFile(const fs::path& path) {
 
 // The example's types, and one whose key has several parts, nested ones among them.
 std::string SchemaText() {
-    return ReadFile(example / "schema.yaml") +
+    return ReadFile(kExample / "schema.yaml") +
            "  berth:\n"
            "    key: [pier, keeper]\n"
            "    fields:\n"
@@ -50,7 +50,7 @@ ExampleDatabase::ExampleDatabase() {
     recorddb::Database::Create(file, recorddb::schema::ReadSchema(SchemaText(), "schema.yaml"));
     m_database = recorddb::Database::Open(file, recorddb::Database::Mode::ReadWrite);
     recorddb::SessionOptions options;
-    options.attachmentsFolder = example / "attachments";
+    options.attachmentsFolder = kExample / "attachments";
     m_session = m_database->OpenSession(options);
     const auto transaction = m_session->BeginTransaction();
     ImportExample();
@@ -59,7 +59,7 @@ ExampleDatabase::ExampleDatabase() {
 
 void ExampleDatabase::ImportExample() {
     std::vector<fs::path> files;
-    for (const auto& entry : fs::directory_iterator(example / "packets")) {
+    for (const auto& entry : fs::directory_iterator(kExample / "packets")) {
         files.push_back(entry.path());
     }
     std::sort(files.begin(), files.end());
@@ -73,13 +73,13 @@ void ExampleDatabase::ImportExample() {
 }
 
 std::string ExampleDatabase::Contents() {
-    static constexpr std::array queries = {
+    static constexpr std::array kQueries = {
         "SELECT * FROM \"user\"",      "SELECT * FROM component",     "SELECT * FROM keyword",
         "SELECT * FROM bug",           "SELECT * FROM bug__keywords", "SELECT * FROM berth",
         "SELECT * FROM berth__guests", "SELECT * FROM zt_history",    "SELECT * FROM zt_attachment",
         "SELECT * FROM zt_duplicate"};
     std::string contents;
-    for (const char* query : queries) {
+    for (const char* query : kQueries) {
         recorddb::sql::Statement& statement = m_database->GetConnection().Prepare(query);
         const recorddb::sql::ResetGuard guard(statement);
         while (statement.Step()) {

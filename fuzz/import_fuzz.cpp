@@ -13,7 +13,7 @@ namespace {
 using fuzz::Expect;
 
 // The configurations that the last byte chooses from. The packets may bring others.
-constexpr std::array<std::u16string_view, 8> configurations = {
+constexpr std::array<std::u16string_view, 8> kConfigurations = {
     u"",
     u"<import_data name=\"record\"/><record_type name=\"keyword\"/><original_id name=\"name\"/>",
     u"<import_data name=\"record\"/><record_type name=\"bug\"/><original_id name=\"source_id\"/>"
@@ -30,9 +30,9 @@ constexpr std::array<std::u16string_view, 8> configurations = {
     u"<original_id name=\"source_id\"/>",
     u"<import_data name=\"record\"/><record_type name=\"berth\"/><original_id name=\"pier\"/>"
     u"<updaterecord name=\"TRUE\"/><updateinsert name=\"TRUE\"/>"};
-constexpr std::uint8_t keywords = 1;
+constexpr std::uint8_t kKeywords = 1;
 
-constexpr const char* probe = "a keyword that no input names";
+constexpr const char* kProbe = "a keyword that no input names";
 
 // Releases what a packet that an exception ended leaves behind for whoever looks into it; the next
 // data packet would drop it.
@@ -79,9 +79,9 @@ void ImportKeyword(Importer& importer, const std::u16string& packet) {
 
 void ImportPackets(std::u16string_view packets, std::uint8_t choice) {
     Importer importer;
-    const std::u16string_view items = configurations[choice];
+    const std::u16string_view items = kConfigurations[choice];
     Expect(items.empty() || importer.Configure(items).IsEmpty(), "the configuration is good");
-    bool configuredHere = choice == keywords;
+    bool configuredHere = choice == kKeywords;
     while (!packets.empty()) {
         const std::size_t end = std::min(packets.find(u'\0'), packets.size());
         const std::u16string packet(packets.substr(0, end));
@@ -98,14 +98,15 @@ void ImportPackets(std::u16string_view packets, std::uint8_t choice) {
 void ExpectUsableSession() {
     fuzz::ExampleDatabase& database = fuzz::ExampleDatabase::Instance();
     Expect(!database.Session()->Failure(), "no packet makes the database fail");
-    if (database.HasKeyword(probe)) {
+    if (database.HasKeyword(kProbe)) {
         return;
     }
     Importer importer;
-    Expect(importer.Configure(configurations[keywords]).IsEmpty(), "the session still configures");
+    Expect(importer.Configure(kConfigurations[kKeywords]).IsEmpty(),
+           "the session still configures");
     const std::u16string packet =
-        u"<record><field name=\"name\">" + Utf8ToUtf16Lossy(probe) + u"</field></record>";
-    Expect(importer.ImportText(packet).IsEmpty() && database.HasKeyword(probe),
+        u"<record><field name=\"name\">" + Utf8ToUtf16Lossy(kProbe) + u"</field></record>";
+    Expect(importer.ImportText(packet).IsEmpty() && database.HasKeyword(kProbe),
            "the session still imports");
 }
 
@@ -115,7 +116,7 @@ void ExpectUsableSession() {
 // leaves nothing in the database.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Input input(data, size);
-    const auto choice = static_cast<std::uint8_t>(input.TakeChoice() % configurations.size());
+    const auto choice = static_cast<std::uint8_t>(input.TakeChoice() % kConfigurations.size());
     const auto transaction = fuzz::ExampleDatabase::Instance().Session()->BeginTransaction();
     ImportPackets(PacketsOf(input.Text()), choice);
     ExpectUsableSession();

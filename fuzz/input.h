@@ -36,7 +36,7 @@ class Input {
     std::string_view m_text;
 };
 
-// Ends the process, which makes the input a finding, unless the property HOLDS that WHAT tells.
+// Ends the process, which makes the input a finding, unless the property `holds` that `what` tells.
 inline void Expect(bool holds, const char* what) {
     if (!holds) {
         std::fprintf(stderr, "This does not hold: %s\n", what);

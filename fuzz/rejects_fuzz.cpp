@@ -15,7 +15,7 @@ namespace {
 
 using fuzz::Expect;
 
-constexpr const char* configuration = "<configuration/>";
+constexpr const char* kConfiguration = "<configuration/>";
 
 // The records of a text, each rejected for a reason that holds a part of the text itself.
 class Rejections {
@@ -36,10 +36,10 @@ class Rejections {
 
     const std::vector<std::string>& Raws() const { return m_raws; }
 
-    // Sets them aside in FOLDER; returns the files that were made.
+    // Sets them aside in `folder`; returns the files that were made.
     std::vector<std::filesystem::path> Write(const std::filesystem::path& folder) const {
         tool::RejectWriter writer(folder);
-        writer.SetConfiguration(configuration);
+        writer.SetConfiguration(kConfiguration);
         for (const tool::RejectedRecord& record : m_records) {
             writer.Write(record);
         }
@@ -80,8 +80,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const TemporaryFolder folder;
     try {
         const Rejections rejections(text);
-        folder.Write(tool::RejectFileName(1, tool::rejectConfigurationKind), configuration);
-        folder.Write(tool::RejectFileName(1, tool::rejectRecordsKind), text);
+        folder.Write(tool::RejectFileName(1, tool::kRejectConfigurationKind), kConfiguration);
+        folder.Write(tool::RejectFileName(1, tool::kRejectRecordsKind), text);
         const auto files = rejections.Write(folder.Path());
         if (!files.empty()) {
             ExpectReadable(files.back(), rejections.Raws());

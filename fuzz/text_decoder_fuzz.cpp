@@ -20,7 +20,7 @@ void Append(UChar32 character, std::string& out) {
     out.append(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size));
 }
 
-// BYTES as ICU reads UTF-8, with a mark for each byte that is no text.
+// `bytes` as ICU reads UTF-8, with a mark for each byte that is no text.
 std::string DecodeUtf8(std::string_view bytes) {
     const auto* units = reinterpret_cast<const std::uint8_t*>(bytes.data());
     const auto size = static_cast<std::int32_t>(bytes.size());
@@ -39,7 +39,7 @@ std::string DecodeUtf8(std::string_view bytes) {
     return text;
 }
 
-// BYTES as ICU reads UTF-16, with a mark for each unit that is no text.
+// `bytes` as ICU reads UTF-16, with a mark for each unit that is no text.
 std::string DecodeUtf16(std::string_view bytes, bool bigEndian) {
     std::u16string units;
     for (std::size_t at = 0; at + 1 < bytes.size(); at += 2) {

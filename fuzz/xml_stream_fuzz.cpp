@@ -25,7 +25,7 @@ struct Reading {
     }
 };
 
-// Takes the next token; false at the end. OPEN holds the names of the elements that are open.
+// Takes the next token; false at the end. `open` holds the names of the elements that are open.
 bool TakeToken(IXmlStream& xml, std::vector<std::string>& open, std::vector<std::string>& tokens) {
     const int type = xml.GetNextTokenType();
     Expect(type == xml.GetNextTokenType(), "looking at a token does not take it");
@@ -113,7 +113,8 @@ std::vector<std::string> TagsOf(const Reading& reading) {
     return tags;
 }
 
-// TEXT behind a comment so long that the stream's first chunk of input ends BORDER bytes into it.
+// `text` behind a comment so long that the stream's first chunk of input ends `border` bytes into
+// it.
 std::string Shifted(std::string_view text, std::size_t border) {
     constexpr std::size_t chunk = 2048;
     constexpr std::size_t marks = 7;

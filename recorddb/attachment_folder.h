@@ -23,7 +23,7 @@ class FileDescriptor;
 class RECORDDB_API AttachmentFile {
   public:
     // The longest piece that is read at once.
-    static constexpr std::size_t pieceSize = std::size_t{256} * 1024;
+    static constexpr std::size_t kPieceSize = std::size_t{256} * 1024;
 
     AttachmentFile() = default;
 
@@ -35,7 +35,7 @@ class RECORDDB_API AttachmentFile {
     // In bytes, when it was opened.
     std::int64_t Size() const { return m_size; }
 
-    // Hands the content over from its beginning, in pieces that are all of pieceSize but for the
+    // Hands the content over from its beginning, in pieces that are all of kPieceSize but for the
     // last one. May be called again. Returns a message with id 0; or the one that says that the
     // file cannot be read, or is longer or shorter than it was when it was opened. No more than
     // Size() bytes are handed over.

@@ -37,9 +37,9 @@ struct IntegrityTotals {
 // and marks that lead nowhere, contents, what is left of records that are gone, the journal. Takes
 // the memory of one record with its history and lists, and time that grows with the rows.
 //
-// TAKE gets the faults; KEEPON is asked at every row, with the number of records checked so far,
-// and ends the check when it returns false, the totals then being of no use. Throws sql::Error; who
-// needs all of one moment holds a transaction.
+// `take` gets the faults; `keepOn` is asked at every row, with the number of records checked so
+// far, and ends the check when it returns false, the totals then being of no use. Throws
+// sql::Error; who needs all of one moment holds a transaction.
 RECORDDB_API IntegrityTotals CheckIntegrity(Database& database, const TakeFault& take,
                                             const std::function<bool(std::uint64_t)>& keepOn);
 

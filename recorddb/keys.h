@@ -13,11 +13,11 @@ struct KeyMatch {
     bool undecided = false;  // the search was given up
 };
 
-inline constexpr std::int64_t defaultMaxReferenceTries = 10'000;
+inline constexpr std::int64_t kDefaultMaxReferenceTries = 10'000;
 
 // When the search for one key is given up.
 struct KeySearchLimits {
-    std::int64_t maxTries = defaultMaxReferenceTries;
+    std::int64_t maxTries = kDefaultMaxReferenceTries;
     std::function<bool()> stopRequested;  // asked at every try; may be empty
 };
 

@@ -57,9 +57,9 @@ struct Field {
 };
 
 // The names of the fields that types get by themselves.
-constexpr std::string_view dbIdName = "dbid";
-constexpr std::string_view displayIdName = "id";
-constexpr std::string_view stateName = "state";
+constexpr std::string_view kDbIdName = "dbid";
+constexpr std::string_view kDisplayIdName = "id";
+constexpr std::string_view kStateName = "state";
 
 // The numbers are the kind codes of the core API.
 enum class RecordKind { WithStates = 1, WithoutStates = 2 };

@@ -9,13 +9,13 @@
 namespace recorddb {
 
 // In bytes. More than trackers take, and less than a file that is nothing but holes.
-inline constexpr std::int64_t defaultMaxAttachmentSize = std::int64_t{1} << 30;
+inline constexpr std::int64_t kDefaultMaxAttachmentSize = std::int64_t{1} << 30;
 
 struct SessionOptions {
     // The folder below which the files of attachments are found; empty: attachments are refused.
     std::string attachmentsFolder;
     // Larger files are refused; in bytes.
-    std::int64_t maxAttachmentSize = defaultMaxAttachmentSize;
+    std::int64_t maxAttachmentSize = kDefaultMaxAttachmentSize;
     // The files of attachments are found and read, but their content is not stored: for work that
     // is to be undone in any case.
     bool examineAttachments = false;

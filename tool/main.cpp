@@ -90,8 +90,8 @@ void FlushAfterFailure(std::ostream& out) {
 void BeforeConstructors(int /*argc*/, char** /*argv*/, char** /*environment*/) {
     tool::WatchMemory();
 }
-[[gnu::section(".preinit_array"), gnu::used]] void (*const preinit)(int, char**,
-                                                                    char**) = BeforeConstructors;
+[[gnu::section(".preinit_array"), gnu::used]] void (*const kPreinit)(int, char**,
+                                                                     char**) = BeforeConstructors;
 
 }  // namespace
 

@@ -28,7 +28,7 @@ struct Escape {
     std::u16string_view sequence;
     char16_t character;
 };
-constexpr std::array<Escape, 8> escape_table = {{{u"&amp;", u'&'},
+constexpr std::array<Escape, 8> kEscapeTable = {{{u"&amp;", u'&'},
                                                  {u"&lt;", u'<'},
                                                  {u"&gt;", u'>'},
                                                  {u"&apos;", u'\''},
@@ -170,7 +170,7 @@ int AdImportRecordParser::GetRecordMap(CMapStringToString& map) {
 // twice ("&amp;lt;") is decoded twice. None of the other seven can arise from one of them being
 // replaced, which lets these share one pass.
 Obx_String AdImportRecordParser::UnEscape(const Obx_String& text) {
-    const std::span<const Escape> table(escape_table);
+    const std::span<const Escape> table(kEscapeTable);
     return ReplaceEscapes(ReplaceEscapes(text, table.first(1)), table.subspan(1));
 }
 

@@ -21,8 +21,8 @@ namespace {
 }  // namespace
 
 const AdCharset& AdCharset::getUTF8Charset() {
-    static const AdCharset utf8("UTF-8");
-    return utf8;
+    static const AdCharset kUtf8("UTF-8");
+    return kUtf8;
 }
 
 // UTF-8 is the one character set there is, so that the argument leaves nothing to decide.

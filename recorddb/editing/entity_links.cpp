@@ -138,7 +138,7 @@ void Entity::MarkAsDuplicateOf(Entity& original) {
     m_record.linked = !m_record.IsNew() &&
                       m_parts->duplicates.OriginalOf(type.id, m_record.dbid) == m_record.original;
     if (type.duplicateState) {
-        MoveToState(*type.FindField(schema::stateName), *type.duplicateState);
+        MoveToState(*type.FindField(schema::kStateName), *type.duplicateState);
     }
 }
 

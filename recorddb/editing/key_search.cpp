@@ -9,7 +9,7 @@ namespace recorddb {
 namespace {
 
 // A search goes as deep as there are words to a text. The stack has room for so many.
-constexpr int deepestReading = 200;
+constexpr int kDeepestReading = 200;
 
 bool IsDecided(const KeyMatch& match) {
     return match.several || match.undecided;
@@ -73,7 +73,7 @@ KeyMatch KeySearch::Find(const schema::RecordType& type, std::string_view text) 
 }
 
 KeyMatch KeySearch::FindAnew(const schema::RecordType& type, std::string_view text) {
-    if (m_depth == deepestReading) {
+    if (m_depth == kDeepestReading) {
         return {.dbid = 0, .several = false, .undecided = true};
     }
     ++m_depth;

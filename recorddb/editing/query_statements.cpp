@@ -48,7 +48,7 @@ std::string SqlOf(const QueryDef& query) {
     }
     return fmt::format("SELECT {} FROM {}{}{} ORDER BY {}", fmt::join(columns, ", "),
                        Quoted(query.Type().name), conditions.empty() ? "" : " WHERE ",
-                       fmt::join(conditions, " AND "), schema::dbIdName);
+                       fmt::join(conditions, " AND "), schema::kDbIdName);
 }
 
 }  // namespace

@@ -137,8 +137,8 @@ PaMessage RecordWriter::Explain(const EditedRecord& record, const sql::Error& er
         const auto names = [&columns](std::string_view name) {
             return std::find(columns.begin(), columns.end(), name) != columns.end();
         };
-        if (names(schema::dbIdName) ||
-            (record.Type().HasStates() && names(schema::displayIdName))) {
+        if (names(schema::kDbIdName) ||
+            (record.Type().HasStates() && names(schema::kDisplayIdName))) {
             return ErrorMessage(
                 message_id::kDbIdTaken,
                 {{u"_datatype_", record.Type().name}, {u"_value_", std::to_string(record.dbid)}});

@@ -7,7 +7,7 @@ namespace recorddb {
 namespace {
 
 // Records remembered for each type.
-constexpr std::size_t mostKnown = 20'000;
+constexpr std::size_t kMostKnown = 20'000;
 
 }  // namespace
 
@@ -46,7 +46,7 @@ void ReferenceKeys::Remember(const schema::RecordType& type, std::string_view ke
         return;
     }
     KeyCache& known = CacheOf(type);
-    if (known.size() >= mostKnown) {
+    if (known.size() >= kMostKnown) {
         known.clear();
     }
     known.emplace(key, dbid);

@@ -37,7 +37,7 @@ std::int64_t ReadAt(int descriptor, std::span<std::byte> buffer, std::int64_t of
 PaMessage AttachmentFile::Read(const std::function<void(std::span<const std::byte>)>& take) const {
     // One byte more than there should be shows that the file has grown.
     std::vector<std::byte> buffer(
-        std::min(pieceSize, static_cast<std::size_t>(m_size) + std::size_t{1}));
+        std::min(kPieceSize, static_cast<std::size_t>(m_size) + std::size_t{1}));
     std::int64_t offset = 0;
     while (true) {
         const std::int64_t got = ReadAt(m_descriptor->Number(), buffer, offset);

@@ -14,20 +14,20 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int readingFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-constexpr int folderFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+constexpr int kReadingFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+constexpr int kFolderFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
 
 // A folder that is being renamed under the kernel's feet is looked at again, this many times.
-constexpr int mostAttempts = 16;
+constexpr int kMostAttempts = 16;
 
 // The kernel keeps to the folder by itself, but takes no link that begins at the root or steps out
 // and in again.
 FileDescriptor OpenByKernel(int folder, const std::string& name) {
     open_how how{};
-    how.flags = readingFlags;
+    how.flags = kReadingFlags;
     how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
     long number = -1;
-    for (int attempt = 0; attempt < mostAttempts; ++attempt) {
+    for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
         number = syscall(SYS_openat2, folder, name.c_str(), &how, sizeof how);
         if (number >= 0 || (errno != EAGAIN && errno != EINTR)) {
             break;
@@ -62,13 +62,13 @@ FileDescriptor OpenByWalking(int folder, const fs::path& way) {
     int at = folder;
     const fs::path last = std::prev(way.end())->string();
     for (auto part = way.begin(); std::next(part) != way.end(); ++part) {
-        step = FileDescriptor(openat(at, part->c_str(), folderFlags | O_NOFOLLOW));
+        step = FileDescriptor(openat(at, part->c_str(), kFolderFlags | O_NOFOLLOW));
         if (!step.IsOpen()) {
             return {};
         }
         at = step.Number();
     }
-    return FileDescriptor(openat(at, last.c_str(), readingFlags | O_NOFOLLOW));
+    return FileDescriptor(openat(at, last.c_str(), kReadingFlags | O_NOFOLLOW));
 }
 
 // True for the answers of a kernel that does not know the call, and of a sandbox that does not let
@@ -80,7 +80,7 @@ bool IsUnavailable(int error) {
 }  // namespace
 
 FileDescriptor OpenBeneath(const fs::path& folder, const std::string& name) {
-    const FileDescriptor base(open(folder.c_str(), folderFlags));
+    const FileDescriptor base(open(folder.c_str(), kFolderFlags));
     if (!base.IsOpen()) {
         return {};
     }

@@ -20,7 +20,7 @@ std::string FilledTextProblem(const sql::Statement& row, int column);
 // The same, empty or not, of at most so many UTF-16 units.
 std::string UnitsProblem(const sql::Statement& row, int column, std::size_t most);
 
-// A whole number from LEAST on.
+// A whole number from `least` on.
 std::string IntegerProblem(const sql::Statement& row, int column, std::int64_t least);
 
 // A date and time in the form in which they are stored.

@@ -23,8 +23,8 @@ class ContentScan {
             m_context.Query("SELECT sha256, chunk, data FROM zt_content ORDER BY sha256, chunk");
         bool more = m_context.NextRow(*rows);
         while (more) {
-            if (std::string problem = HashProblem(*rows, hashColumn); !problem.empty()) {
-                Report(CellText(*rows, hashColumn), "sha256", std::move(problem));
+            if (std::string problem = HashProblem(*rows, kHashColumn); !problem.empty()) {
+                Report(CellText(*rows, kHashColumn), "sha256", std::move(problem));
                 more = m_context.NextRow(*rows);
                 continue;
             }
@@ -32,7 +32,7 @@ class ContentScan {
             do {
                 Take(*rows);
                 more = m_context.NextRow(*rows);
-            } while (more && rows->Text(hashColumn) == m_sha256);
+            } while (more && rows->Text(kHashColumn) == m_sha256);
             if (!m_context.Stopped()) {
                 End();
             }
@@ -41,12 +41,12 @@ class ContentScan {
     }
 
   private:
-    static constexpr int hashColumn = 0;
-    static constexpr int chunkColumn = 1;
-    static constexpr int dataColumn = 2;
+    static constexpr int kHashColumn = 0;
+    static constexpr int kChunkColumn = 1;
+    static constexpr int kDataColumn = 2;
 
     void Begin(const sql::Statement& row) {
-        m_sha256 = row.Text(hashColumn);
+        m_sha256 = row.Text(kHashColumn);
         m_hash.emplace();
         m_next = 0;
         m_size = 0;
@@ -54,19 +54,19 @@ class ContentScan {
     }
 
     void Take(const sql::Statement& row) {
-        std::string problem = IntegerProblem(row, chunkColumn, 0);
-        if (problem.empty() && row.Int(chunkColumn) != m_next) {
+        std::string problem = IntegerProblem(row, kChunkColumn, 0);
+        if (problem.empty() && row.Int(kChunkColumn) != m_next) {
             problem = fmt::format("the chunk {} is expected", m_next);
         }
         if (problem.empty()) {
-            problem = BlobProblem(row, dataColumn);
+            problem = BlobProblem(row, kDataColumn);
         }
         if (!problem.empty() && m_chunksSound) {
-            Report(m_sha256, "chunk " + CellText(row, chunkColumn), std::move(problem));
+            Report(m_sha256, "chunk " + CellText(row, kChunkColumn), std::move(problem));
             m_chunksSound = false;
         }
         ++m_next;
-        const auto data = row.Blob(dataColumn);
+        const auto data = row.Blob(kDataColumn);
         m_hash->Update(data);
         m_size += static_cast<std::int64_t>(data.size());
     }

@@ -22,14 +22,14 @@ struct TextColumn {
 };
 
 template <typename Text>
-constexpr std::size_t roomOf = std::extent_v<Text> - 1;
+constexpr std::size_t kRoomOf = std::extent_v<Text> - 1;
 
-constexpr std::array<TextColumn, 5> textColumns = {{
-    {"user_name", roomOf<decltype(AdHistory::userName)>},
-    {"action_name", roomOf<decltype(AdHistory::actionName)>},
-    {"old_state", roomOf<decltype(AdHistory::oldState)>},
-    {"new_state", roomOf<decltype(AdHistory::newState)>},
-    {"comments", roomOf<decltype(AdHistory::comments)>},
+constexpr std::array<TextColumn, 5> kTextColumns = {{
+    {"user_name", kRoomOf<decltype(AdHistory::userName)>},
+    {"action_name", kRoomOf<decltype(AdHistory::actionName)>},
+    {"old_state", kRoomOf<decltype(AdHistory::oldState)>},
+    {"new_state", kRoomOf<decltype(AdHistory::newState)>},
+    {"comments", kRoomOf<decltype(AdHistory::comments)>},
 }};
 
 class HistoryScan {
@@ -105,7 +105,7 @@ class HistoryScan {
         const bool expires = !hasExpiry || !Tell(row, "expiry_time", expiryTimeColumn,
                                                  TimeProblem(row, expiryTimeColumn));
         int column = firstTextColumn;
-        for (const TextColumn& text : textColumns) {
+        for (const TextColumn& text : kTextColumns) {
             Tell(row, text.name, column, UnitsProblem(row, column, text.most));
             ++column;
         }

@@ -28,15 +28,15 @@ class ListScan {
             fmt::format("SELECT record, position, target FROM {} ORDER BY record, position",
                         sql::Quoted(m_table)));
         while (m_context.NextRow(*rows)) {
-            if (std::string problem = IntegerProblem(*rows, recordColumn, 1); !problem.empty()) {
+            if (std::string problem = IntegerProblem(*rows, kRecordColumn, 1); !problem.empty()) {
                 m_context.Report({.type = m_table,
-                                  .id = CellText(*rows, recordColumn),
+                                  .id = CellText(*rows, kRecordColumn),
                                   .field = "record",
                                   .value = "",
                                   .problem = std::move(problem)});
                 continue;
             }
-            BeginRecord(rows->Int(recordColumn));
+            BeginRecord(rows->Int(kRecordColumn));
             if (m_belongs) {
                 CheckPosition(*rows);
                 CheckTarget(*rows);
@@ -45,9 +45,9 @@ class ListScan {
     }
 
   private:
-    static constexpr int recordColumn = 0;
-    static constexpr int positionColumn = 1;
-    static constexpr int targetColumn = 2;
+    static constexpr int kRecordColumn = 0;
+    static constexpr int kPositionColumn = 1;
+    static constexpr int kTargetColumn = 2;
 
     void BeginRecord(std::int64_t record) {
         if (m_record == record) {
@@ -66,27 +66,27 @@ class ListScan {
 
     // What follows a wrong position is wrong for the same reason.
     void CheckPosition(const sql::Statement& row) {
-        std::string problem = IntegerProblem(row, positionColumn, 0);
-        if (problem.empty() && row.Int(positionColumn) != m_next) {
+        std::string problem = IntegerProblem(row, kPositionColumn, 0);
+        if (problem.empty() && row.Int(kPositionColumn) != m_next) {
             problem = fmt::format("the position {} is expected", m_next);
         }
         if (!m_positionsTold) {
             m_positionsTold = m_context.ReportCell(m_type, *m_record, m_field.name + ", position",
-                                                   row, positionColumn, std::move(problem));
+                                                   row, kPositionColumn, std::move(problem));
         }
         ++m_next;
     }
 
     void CheckTarget(const sql::Statement& row) {
         std::string problem =
-            IntegerProblem(row, targetColumn, std::numeric_limits<std::int64_t>::min());
-        if (problem.empty() && !m_context.Exists(m_target, row.Int(targetColumn))) {
+            IntegerProblem(row, kTargetColumn, std::numeric_limits<std::int64_t>::min());
+        if (problem.empty() && !m_context.Exists(m_target, row.Int(kTargetColumn))) {
             problem = fmt::format("there is no {} with this dbid", m_target.name);
         }
-        if (problem.empty() && !m_targets.insert(row.Int(targetColumn)).second) {
+        if (problem.empty() && !m_targets.insert(row.Int(kTargetColumn)).second) {
             problem = fmt::format("the {} with this dbid stands in the list twice", m_target.name);
         }
-        m_context.ReportCell(m_type, *m_record, m_field.name, row, targetColumn,
+        m_context.ReportCell(m_type, *m_record, m_field.name, row, kTargetColumn,
                              std::move(problem));
     }
 

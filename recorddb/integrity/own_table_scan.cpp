@@ -49,11 +49,11 @@ void ScanFormat(CheckContext& context) {
             continue;
         }
         row.Tell("schema_text", 3, FilledTextProblem(*rows, 3));
-        row.Tell("format_version", 0, IntegerProblem(*rows, 0, schema::oldestFormat));
+        row.Tell("format_version", 0, IntegerProblem(*rows, 0, schema::kOldestFormat));
         const std::int64_t format = rows->Int(0);
-        if (format == schema::formatVersion) {
-            row.TellUnless("oldest_readable", 1, schema::oldestReadable);
-            row.TellUnless("newest_readable", 2, schema::newestReadable);
+        if (format == schema::kFormatVersion) {
+            row.TellUnless("oldest_readable", 1, schema::kOldestReadable);
+            row.TellUnless("newest_readable", 2, schema::kNewestReadable);
         } else if (format < rows->Int(1) || format > rows->Int(2)) {
             row.Tell("format_version", 0, "programs of this format are said not to know it");
         }
@@ -91,34 +91,34 @@ void ScanTypes(CheckContext& context) {
     }
 }
 
-constexpr int nameColumn = 2;
-constexpr int nextColumn = 3;
-constexpr int completeColumn = 4;
-constexpr int rejectedColumn = 5;
-constexpr std::array<std::string_view, 7> counters = {
+constexpr int kNameColumn = 2;
+constexpr int kNextColumn = 3;
+constexpr int kCompleteColumn = 4;
+constexpr int kRejectedColumn = 5;
+constexpr std::array<std::string_view, 7> kCounters = {
     "rejected", "created", "updated", "history", "attachments", "duplicates", "skipped"};
 
 void CheckJournalRow(const OwnRow& row, sql::Statement& countRejects) {
     const sql::Statement& cells = row.row;
     row.Tell("source_sha256", 0, HashProblem(cells, 0));
     row.Tell("configuration_sha256", 1, HashProblem(cells, 1));
-    row.Tell("source_name", nameColumn, FilledTextProblem(cells, nameColumn));
-    row.Tell("next_ordinal", nextColumn, IntegerProblem(cells, nextColumn, 0));
-    std::string problem = IntegerProblem(cells, completeColumn, 0);
-    if (problem.empty() && cells.Int(completeColumn) > 1) {
+    row.Tell("source_name", kNameColumn, FilledTextProblem(cells, kNameColumn));
+    row.Tell("next_ordinal", kNextColumn, IntegerProblem(cells, kNextColumn, 0));
+    std::string problem = IntegerProblem(cells, kCompleteColumn, 0);
+    if (problem.empty() && cells.Int(kCompleteColumn) > 1) {
         problem = "neither 0 nor 1";
     }
-    row.Tell("complete", completeColumn, std::move(problem));
-    int column = rejectedColumn;
-    for (const std::string_view counter : counters) {
+    row.Tell("complete", kCompleteColumn, std::move(problem));
+    int column = kRejectedColumn;
+    for (const std::string_view counter : kCounters) {
         row.Tell(counter, column, IntegerProblem(cells, column, 0));
         ++column;
     }
     countRejects.BindAll(cells.Text(0), cells.Text(1));
     const std::int64_t named = sql::QueryInt(countRejects).value_or(0);
-    if (sql::StorageOf(cells, rejectedColumn) == sql::Storage::Integer &&
-        cells.Int(rejectedColumn) != named) {
-        row.Tell("rejected", rejectedColumn, fmt::format("zt_journal_reject names {}", named));
+    if (sql::StorageOf(cells, kRejectedColumn) == sql::Storage::Integer &&
+        cells.Int(kRejectedColumn) != named) {
+        row.Tell("rejected", kRejectedColumn, fmt::format("zt_journal_reject names {}", named));
     }
 }
 
@@ -131,7 +131,8 @@ void ScanEntries(CheckContext& context) {
         "SELECT count(*) FROM zt_journal_reject "
         "WHERE source_sha256 = $1 AND configuration_sha256 = $2");
     while (context.NextRow(*rows)) {
-        CheckJournalRow({context, *rows, "zt_journal", CellText(*rows, nameColumn)}, *countRejects);
+        CheckJournalRow({context, *rows, "zt_journal", CellText(*rows, kNameColumn)},
+                        *countRejects);
     }
 }
 

@@ -44,28 +44,28 @@ class RecordScan {
 
   private:
     // The columns of a row that stand before those of the fields.
-    static constexpr int dbIdColumn = 0;
-    static constexpr int versionColumn = 1;
-    static constexpr int ownColumns = 2;
+    static constexpr int kDbIdColumn = 0;
+    static constexpr int kVersionColumn = 1;
+    static constexpr int kOwnColumns = 2;
 
     std::string Sql() const {
-        std::string columns = fmt::format("{}, {}", schema::dbIdName, schema::versionColumn);
+        std::string columns = fmt::format("{}, {}", schema::kDbIdName, schema::kVersionColumn);
         for (const Field* const field : m_fields) {
             columns += ", " + sql::Quoted(field->name);
         }
         return fmt::format("SELECT {} FROM {} ORDER BY {}", columns, sql::Quoted(m_type.name),
-                           schema::dbIdName);
+                           schema::kDbIdName);
     }
 
     void CheckRow(const sql::Statement& row) {
-        const std::int64_t dbid = row.Int(dbIdColumn);
+        const std::int64_t dbid = row.Int(kDbIdColumn);
         if (dbid < 1) {
-            m_context.ReportRecord(m_type, dbid, std::string(schema::dbIdName),
+            m_context.ReportRecord(m_type, dbid, std::string(schema::kDbIdName),
                                    std::to_string(dbid), "less than 1");
         }
-        Tell(row, dbid, schema::versionColumn, versionColumn,
-             IntegerProblem(row, versionColumn, 1));
-        int column = ownColumns;
+        Tell(row, dbid, schema::kVersionColumn, kVersionColumn,
+             IntegerProblem(row, kVersionColumn, 1));
+        int column = kOwnColumns;
         for (const Field* const field : m_fields) {
             Tell(row, dbid, field->name, column, ProblemOf(row, dbid, *field, column));
             ++column;

@@ -7,16 +7,16 @@ namespace recorddb {
 
 namespace {
 
-constexpr int errorType = 3;
+constexpr int kErrorType = 3;
 
 // Enough to recognise a value by; a description of a megabyte would bury the message.
-constexpr std::size_t longestShown = 120;
+constexpr std::size_t kLongestShown = 120;
 
 Obx_String Shown(std::string_view utf8) {
-    if (utf8.size() <= longestShown) {
+    if (utf8.size() <= kLongestShown) {
         return Obx_String::FromUtf8(utf8);
     }
-    std::size_t end = longestShown;
+    std::size_t end = kLongestShown;
     const auto continues = [&utf8](std::size_t at) {
         return (static_cast<unsigned char>(utf8[at]) & 0xC0U) == 0x80U;
     };
@@ -36,7 +36,7 @@ void SetParameters(PaMessage& message, MessageParameters parameters) {
 
 PaMessage ErrorMessage(int id, MessageParameters parameters) {
     PaMessage message(id);
-    message.Type(errorType);
+    message.Type(kErrorType);
     SetParameters(message, parameters);
     return message;
 }

@@ -13,7 +13,7 @@ struct KindName {
     bool inFile;  // whether a schema file may ask for it
 };
 
-constexpr std::array<KindName, 12> kindNames = {{
+constexpr std::array<KindName, 12> kKindNames = {{
     {FieldKind::Text, "text", true},
     {FieldKind::Multiline, "multiline", true},
     {FieldKind::Integer, "integer", true},
@@ -31,14 +31,14 @@ constexpr std::array<KindName, 12> kindNames = {{
 }  // namespace
 
 std::string_view FieldKindName(FieldKind kind) {
-    return kindNames.at(static_cast<std::size_t>(kind) - 1).name;
+    return kKindNames.at(static_cast<std::size_t>(kind) - 1).name;
 }
 
 std::optional<FieldKind> FieldKindFromName(std::string_view name) {
     const auto* const found =
-        std::find_if(kindNames.begin(), kindNames.end(),
+        std::find_if(kKindNames.begin(), kKindNames.end(),
                      [name](const KindName& known) { return known.inFile && known.name == name; });
-    if (found == kindNames.end()) {
+    if (found == kKindNames.end()) {
         return std::nullopt;
     }
     return found->kind;
@@ -46,7 +46,7 @@ std::optional<FieldKind> FieldKindFromName(std::string_view name) {
 
 std::vector<std::string_view> FieldKindNames() {
     std::vector<std::string_view> names;
-    for (const KindName& known : kindNames) {
+    for (const KindName& known : kKindNames) {
         if (known.inFile) {
             names.push_back(known.name);
         }

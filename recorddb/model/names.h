@@ -10,16 +10,16 @@
 namespace recorddb::schema {
 
 // The longest name of a record type: a history entry has room for this much.
-constexpr std::size_t maxTypeNameLength = 30;
+constexpr std::size_t kMaxTypeNameLength = 30;
 // The longest name of a field, and of any table: PostgreSQL cuts longer identifiers.
-constexpr std::size_t maxIdentifierLength = 63;
+constexpr std::size_t kMaxIdentifierLength = 63;
 // The most fields with a column that a record type has, and the most fields of a key: SQLite has
 // tables of up to 2000 columns, of which two are the database's own, and PostgreSQL has indexes of
 // up to 32.
-constexpr std::size_t maxColumnFields = 1998;
-constexpr std::size_t maxKeyFields = 32;
+constexpr std::size_t kMaxColumnFields = 1998;
+constexpr std::size_t kMaxKeyFields = 32;
 // The longest name of a state, in UTF-16 units: a history entry has room for this much.
-constexpr std::size_t maxStateLength = 30;
+constexpr std::size_t kMaxStateLength = 30;
 
 // True for a letter or underscore followed by letters, digits and underscores, all ASCII.
 bool IsIdentifier(std::string_view name);

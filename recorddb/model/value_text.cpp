@@ -8,14 +8,14 @@ namespace recorddb {
 
 namespace {
 
-constexpr std::string_view blanks = " \t\r\n";
+constexpr std::string_view kBlanks = " \t\r\n";
 
 std::string_view Trimmed(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(blanks);
+    const std::size_t first = text.find_first_not_of(kBlanks);
     if (first == std::string_view::npos) {
         return {};
     }
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
 int Number(std::string_view digits) {

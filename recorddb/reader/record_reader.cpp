@@ -103,7 +103,7 @@ std::vector<std::int64_t> RecordReader::FindByValue(const schema::RecordType& ty
                                                     const schema::Field& field,
                                                     std::string_view value, std::size_t limit) {
     sql::Statement& find = m_tables->connection.Prepare(
-        fmt::format("SELECT {0} FROM {1} WHERE {2} = $1 ORDER BY {0}", schema::dbIdName,
+        fmt::format("SELECT {0} FROM {1} WHERE {2} = $1 ORDER BY {0}", schema::kDbIdName,
                     sql::Quoted(type.name), sql::Quoted(field.name)));
     const sql::ResetGuard guard(find);
     const bool isNumber = field.kind == schema::FieldKind::Integer ||
@@ -130,7 +130,7 @@ void RecordReader::ReadValues(const schema::RecordType& type, const schema::Fiel
                               const std::function<void(std::int64_t, std::string_view)>& take) {
     sql::Statement& read = m_tables->connection.Prepare(
         fmt::format("SELECT {0}, {1} FROM {2} WHERE {0} IS NOT NULL", sql::Quoted(field.name),
-                    schema::dbIdName, sql::Quoted(type.name)));
+                    schema::kDbIdName, sql::Quoted(type.name)));
     const sql::ResetGuard guard(read);
     while (read.Step()) {
         take(read.Int(1), read.Text(0));

@@ -13,8 +13,8 @@ namespace recorddb::schema {
 
 namespace {
 
-constexpr std::array<std::string_view, 6> fieldKeys = {"type",   "max_length", "required",
-                                                       "unique", "choices",    "to"};
+constexpr std::array<std::string_view, 6> kFieldKeys = {"type",   "max_length", "required",
+                                                        "unique", "choices",    "to"};
 
 // Which kinds of field an option is for. Attachments and history often arrive after the record
 // itself, so a record without them must be possible. Long texts do not fit into a unique index.
@@ -71,9 +71,9 @@ void CheckFieldName(const YamlSource& source, const YamlEntry& entry) {
                                 "letters, digits and underscores",
                                 entry.key));
     }
-    if (entry.key.size() > maxIdentifierLength) {
+    if (entry.key.size() > kMaxIdentifierLength) {
         source.Fail(entry.keyNode, fmt::format("field name '{}' is longer than {} characters",
-                                               entry.key, maxIdentifierLength));
+                                               entry.key, kMaxIdentifierLength));
     }
     if (HasOwnPrefix(entry.key)) {
         source.Fail(entry.keyNode,
@@ -81,7 +81,7 @@ void CheckFieldName(const YamlSource& source, const YamlEntry& entry) {
                                 "database's own",
                                 entry.key));
     }
-    if (SameName(entry.key, dbIdName)) {
+    if (SameName(entry.key, kDbIdName)) {
         source.Fail(entry.keyNode, fmt::format("field name '{}' is reserved: every record has this "
                                                "field, its own identifier",
                                                entry.key));
@@ -103,7 +103,7 @@ ReadField ReadFieldEntry(const YamlSource& source, const YamlEntry& entry) {
                     entry.what + " must be a map such as {type: text}");
     }
     const YamlMap map(source, entry);
-    map.AllowOnly(fieldKeys);
+    map.AllowOnly(kFieldKeys);
 
     ReadField read;
     Field& field = read.field;

@@ -18,7 +18,7 @@ namespace recorddb::schema {
 
 namespace {
 
-constexpr std::array<std::string_view, 1> schemaKeys = {"record_types"};
+constexpr std::array<std::string_view, 1> kSchemaKeys = {"record_types"};
 
 // Notes where the last document that was read begins, and whether it holds anything.
 class DocumentWatcher : public YAML::EventHandler {
@@ -135,9 +135,9 @@ void CheckListTableName(const YamlSource& source, const YamlText& target, const 
                         const std::vector<std::string>& others) {
     const std::string start =
         fmt::format("the table of this reference list would be named '{}', ", table);
-    if (table.size() > maxIdentifierLength) {
+    if (table.size() > kMaxIdentifierLength) {
         source.Fail(target.place, fmt::format("{}which is longer than {} characters", start,
-                                              maxIdentifierLength));
+                                              kMaxIdentifierLength));
     }
     for (const std::string& other : others) {
         if (SameName(other, table)) {
@@ -172,7 +172,7 @@ Schema ReadSchema(const std::string& text, const std::string& file) {
     const YamlSource source(file);
     const YAML::Node document = LoadDocument(source, text);
     const YamlMap map(source, {"", document, document, "the schema"});
-    map.AllowOnly(schemaKeys);
+    map.AllowOnly(kSchemaKeys);
     const YamlMap typeMap(source, map.Require("record_types", "it lists the record types"));
 
     std::vector<ReadType> reads;

@@ -13,9 +13,9 @@ namespace recorddb::schema {
 
 namespace {
 
-constexpr std::array<std::string_view, 5> typeKeys = {"key", "prefix", "states", "duplicate_state",
-                                                      "fields"};
-constexpr std::size_t maxPrefixLength = 20;
+constexpr std::array<std::string_view, 5> kTypeKeys = {"key", "prefix", "states", "duplicate_state",
+                                                       "fields"};
+constexpr std::size_t kMaxPrefixLength = 20;
 
 void CheckTypeName(const YamlSource& source, const YamlEntry& entry) {
     const std::string& name = entry.key;
@@ -25,9 +25,9 @@ void CheckTypeName(const YamlSource& source, const YamlEntry& entry) {
                                 "letters, digits and underscores",
                                 name));
     }
-    if (name.size() > maxTypeNameLength) {
+    if (name.size() > kMaxTypeNameLength) {
         source.Fail(entry.keyNode, fmt::format("record type name '{}' is longer than {} characters",
-                                               name, maxTypeNameLength));
+                                               name, kMaxTypeNameLength));
     }
     // The engines keep tables of their own under the other two prefixes.
     if (HasOwnPrefix(name) || SameName(std::string_view(name).substr(0, 7), "sqlite_") ||
@@ -53,22 +53,22 @@ std::string ReadPrefix(const YamlSource& source, const YamlEntry& entry) {
     std::string prefix = ReadText(source, entry);
     const auto isDigit = [](char character) { return character >= '0' && character <= '9'; };
     // A digit at the end would run into the number that follows.
-    if (!IsIdentifier(prefix) || isDigit(prefix.back()) || prefix.size() > maxPrefixLength) {
+    if (!IsIdentifier(prefix) || isDigit(prefix.back()) || prefix.size() > kMaxPrefixLength) {
         source.Fail(entry.value,
                     fmt::format("{} must be at most {} letters, digits and underscores that start "
                                 "with a letter or underscore and do not end in a digit, not '{}'",
-                                entry.what, maxPrefixLength, prefix));
+                                entry.what, kMaxPrefixLength, prefix));
     }
     return prefix;
 }
 
 void ReadStates(const YamlMap& map, const YamlEntry& entry, RecordType& type) {
     for (YamlText& state : ReadTexts(map.Source(), entry)) {
-        if (Utf16Length(state.text) > maxStateLength) {
+        if (Utf16Length(state.text) > kMaxStateLength) {
             map.Source().Fail(state.place,
                               fmt::format("state '{}' is longer than {} characters, which is the "
                                           "room that history has for it",
-                                          state.text, maxStateLength));
+                                          state.text, kMaxStateLength));
         }
         type.states.push_back(std::move(state.text));
     }
@@ -98,11 +98,11 @@ void CheckColumnCount(const YamlSource& source, const YamlEntry& entry, const Re
     const auto columns = std::count_if(
         type.fields.begin(), type.fields.end(),
         [](const Field& one) { return one.kind != FieldKind::DbId && HasColumn(one.kind); });
-    if (static_cast<std::size_t>(columns) > maxColumnFields) {
+    if (static_cast<std::size_t>(columns) > kMaxColumnFields) {
         source.Fail(entry.keyNode,
                     fmt::format("{} is one too many: a record type has at most {} fields that hold "
                                 "a value, id and state included; spread them over several types",
-                                entry.what, maxColumnFields));
+                                entry.what, kMaxColumnFields));
     }
 }
 
@@ -149,10 +149,10 @@ void ReadKey(const YamlMap& map, RecordType& type) {
             map.Source().Fail(part.place,
                               fmt::format("'{}' stands twice in {}", part.text, entry.what));
         }
-        if (type.key.size() == maxKeyFields) {
+        if (type.key.size() == kMaxKeyFields) {
             map.Source().Fail(part.place, fmt::format("'{}' is one too many: {} has at most {} "
                                                       "fields",
-                                                      part.text, entry.what, maxKeyFields));
+                                                      part.text, entry.what, kMaxKeyFields));
         }
         // A record without a part of its key could not be told from others.
         field.required = true;
@@ -170,9 +170,9 @@ void ReadWithStates(const YamlMap& map, const YamlEntry& states, ReadType& read)
     type.prefix = ReadPrefix(map.Source(), prefix);
     read.prefixPlace = prefix.value.Mark();
     ReadStates(map, states, type);
-    AddOwnField(type, displayIdName, FieldKind::DisplayId);
+    AddOwnField(type, kDisplayIdName, FieldKind::DisplayId);
     type.key.push_back(type.fields.back().index);
-    AddOwnField(type, stateName, FieldKind::State);
+    AddOwnField(type, kStateName, FieldKind::State);
     ReadFields(map, read);
 }
 
@@ -188,11 +188,11 @@ void ReadWithoutStates(const YamlMap& map, ReadType& read) {
 ReadType ReadTypeEntry(const YamlSource& source, const YamlEntry& entry) {
     CheckTypeName(source, entry);
     const YamlMap map(source, entry);
-    map.AllowOnly(typeKeys);
+    map.AllowOnly(kTypeKeys);
 
     ReadType read;
     read.type.name = entry.key;
-    AddOwnField(read.type, dbIdName, FieldKind::DbId);
+    AddOwnField(read.type, kDbIdName, FieldKind::DbId);
     if (const YamlEntry* const states = map.Find("states")) {
         ReadWithStates(map, *states, read);
     } else {

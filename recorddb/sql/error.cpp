@@ -7,7 +7,7 @@ namespace recorddb::sql {
 namespace {
 
 // Enough of a statement to know it by. What makes the tables of a schema has thousands of lines.
-constexpr std::size_t longestShown = 300;
+constexpr std::size_t kLongestShown = 300;
 
 std::string FullText(ErrorKind kind, const std::string& driverText, const std::string& sql) {
     std::string text = "database error (";
@@ -16,8 +16,8 @@ std::string FullText(ErrorKind kind, const std::string& driverText, const std::s
     text += driverText;
     if (!sql.empty()) {
         text += " [";
-        text += sql.substr(0, longestShown);
-        text += sql.size() > longestShown ? " ...]" : "]";
+        text += sql.substr(0, kLongestShown);
+        text += sql.size() > kLongestShown ? " ...]" : "]";
     }
     return text;
 }

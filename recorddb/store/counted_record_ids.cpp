@@ -38,7 +38,7 @@ std::int64_t CountedRecordIds::Next(const RecordType& type) {
 void CountedRecordIds::Read(const RecordType& type, Counter& counter) {
     if (counter.highest == nullptr) {
         counter.highest = &m_connection.Prepare(
-            fmt::format("SELECT max({}) FROM {}", dbIdName, sql::Quoted(type.name)));
+            fmt::format("SELECT max({}) FROM {}", kDbIdName, sql::Quoted(type.name)));
     }
     // Whoever wrote to the database by other means may have used numbers below 1, which mean that a
     // record has none yet.

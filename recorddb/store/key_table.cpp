@@ -11,8 +11,8 @@ namespace {
 
 // A key can contain a reference to a record whose key contains one in turn. Deeper than this, or
 // with more records to it, only one gets that refers to itself.
-constexpr int deepestKey = 16;
-constexpr int mostKeyReads = 1000;
+constexpr int kDeepestKey = 16;
+constexpr int kMostKeyReads = 1000;
 
 }  // namespace
 
@@ -26,7 +26,7 @@ std::int64_t KeyTable::Find(const schema::RecordType& type, const std::vector<Fi
 }
 
 std::optional<std::string> KeyTable::KeyOf(const schema::RecordType& type, std::int64_t dbid) {
-    m_readsLeft = mostKeyReads;
+    m_readsLeft = kMostKeyReads;
     return KeyOf(type, dbid, 0);
 }
 
@@ -50,7 +50,7 @@ std::optional<std::string> KeyTable::KeyOf(const schema::RecordType& type, std::
     for (std::size_t i = 0; i < parts.size(); ++i) {
         const schema::Field& field = type.fields[type.key[i]];
         const auto target = IntegerOf(parts[i]);
-        if (field.kind == schema::FieldKind::Reference && target && depth < deepestKey) {
+        if (field.kind == schema::FieldKind::Reference && target && depth < kDeepestKey) {
             parts[i] = KeyOf(m_schema.Type(field.target), *target, depth + 1).value_or("");
         }
     }
@@ -86,7 +86,7 @@ sql::Statement& KeyTable::FindStatement(const schema::RecordType& type) {
                                              conditions.size() + 1));
         }
         statement = &m_connection.Prepare(fmt::format("SELECT {} FROM {} WHERE {}",
-                                                      schema::dbIdName, sql::Quoted(type.name),
+                                                      schema::kDbIdName, sql::Quoted(type.name),
                                                       fmt::join(conditions, " AND ")));
     }
     return *statement;
@@ -101,7 +101,7 @@ sql::Statement& KeyTable::KeyStatement(const schema::RecordType& type) {
         }
         statement = &m_connection.Prepare(fmt::format("SELECT {} FROM {} WHERE {} = $1",
                                                       fmt::join(columns, ", "),
-                                                      sql::Quoted(type.name), schema::dbIdName));
+                                                      sql::Quoted(type.name), schema::kDbIdName));
     }
     return *statement;
 }

@@ -12,9 +12,9 @@ namespace recorddb {
 namespace {
 
 const ReferenceList& ListIn(const FieldValue& value) {
-    static const ReferenceList empty;
+    static const ReferenceList kEmpty;
     const auto* const list = std::get_if<ReferenceList>(&value);
-    return list != nullptr ? *list : empty;
+    return list != nullptr ? *list : kEmpty;
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ namespace recorddb::schema {
 // zt_duplicate         which record is a duplicate of which; a record has one original
 // zt_journal           what was loaded from which source under which configuration
 // zt_journal_reject    the ordinals of a source's records that were rejected
-inline constexpr std::array<std::string_view, 8> ownTables = {
+inline constexpr std::array<std::string_view, 8> kOwnTables = {
     "zt_schema",  "zt_record_type", "zt_history", "zt_attachment",
     "zt_content", "zt_duplicate",   "zt_journal", "zt_journal_reject"};
 

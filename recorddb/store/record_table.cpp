@@ -15,7 +15,7 @@ namespace {
 using sql::Quoted;
 
 // Statements kept for different sets of changed columns. Past that many, all columns are written.
-constexpr std::size_t mostUpdates = 64;
+constexpr std::size_t kMostUpdates = 64;
 
 FieldValue ReadColumn(const sql::Statement& row, int column, schema::FieldKind kind) {
     if (row.IsNull(column)) {
@@ -55,7 +55,7 @@ void RecordTable::Insert(std::int64_t dbid, const RecordBuffer& record) {
         }
         m_insert = &m_connection.Prepare(
             fmt::format("INSERT INTO {} ({}, {}{}) VALUES ($1, 1{})", Quoted(m_type.name),
-                        schema::dbIdName, schema::versionColumn, ColumnList(), parameters));
+                        schema::kDbIdName, schema::kVersionColumn, ColumnList(), parameters));
     }
     m_insert->BindInt(1, dbid);
     int parameter = 1;
@@ -70,7 +70,7 @@ void RecordTable::Insert(std::int64_t dbid, const RecordBuffer& record) {
 
 void RecordTable::Remove(std::int64_t dbid) {
     sql::Statement& remove = m_connection.Prepare(
-        fmt::format("DELETE FROM {} WHERE {} = $1", Quoted(m_type.name), schema::dbIdName));
+        fmt::format("DELETE FROM {} WHERE {} = $1", Quoted(m_type.name), schema::kDbIdName));
     remove.BindInt(1, dbid);
     remove.Execute();
 }
@@ -89,7 +89,7 @@ sql::Statement& RecordTable::UpdateStatement(const std::vector<bool>& changed) {
     }
     sql::Statement& update = m_connection.Prepare(
         fmt::format("UPDATE {0} SET {1} = {1} + 1{2} WHERE {3} = $1 AND {1} = $2",
-                    Quoted(m_type.name), schema::versionColumn, assignments, schema::dbIdName));
+                    Quoted(m_type.name), schema::kVersionColumn, assignments, schema::kDbIdName));
     m_updates.emplace(changed, &update);
     return update;
 }
@@ -101,7 +101,7 @@ bool RecordTable::Update(std::int64_t dbid, std::int64_t version, const RecordBu
     }
     const bool anyChanged = std::find(changed.begin(), changed.end(), true) != changed.end();
     // A record of which a column was changed has been loaded, so all of them can be written.
-    if (anyChanged && m_updates.size() >= mostUpdates && !m_updates.contains(changed)) {
+    if (anyChanged && m_updates.size() >= kMostUpdates && !m_updates.contains(changed)) {
         changed.assign(m_columns.size(), true);
     }
     sql::Statement& update = UpdateStatement(changed);
@@ -119,8 +119,8 @@ bool RecordTable::Update(std::int64_t dbid, std::int64_t version, const RecordBu
 std::optional<std::int64_t> RecordTable::Version(std::int64_t dbid) {
     if (m_version == nullptr) {
         m_version = &m_connection.Prepare(fmt::format("SELECT {} FROM {} WHERE {} = $1",
-                                                      schema::versionColumn, Quoted(m_type.name),
-                                                      schema::dbIdName));
+                                                      schema::kVersionColumn, Quoted(m_type.name),
+                                                      schema::kDbIdName));
     }
     m_version->BindInt(1, dbid);
     return sql::QueryInt(*m_version);
@@ -129,8 +129,8 @@ std::optional<std::int64_t> RecordTable::Version(std::int64_t dbid) {
 std::optional<std::int64_t> RecordTable::Load(std::int64_t dbid, RecordBuffer& record) {
     if (m_load == nullptr) {
         m_load = &m_connection.Prepare(fmt::format("SELECT {}{} FROM {} WHERE {} = $1",
-                                                   schema::versionColumn, ColumnList(),
-                                                   Quoted(m_type.name), schema::dbIdName));
+                                                   schema::kVersionColumn, ColumnList(),
+                                                   Quoted(m_type.name), schema::kDbIdName));
     }
     const sql::ResetGuard guard(*m_load);
     m_load->BindInt(1, dbid);
@@ -147,7 +147,7 @@ std::optional<std::int64_t> RecordTable::Load(std::int64_t dbid, RecordBuffer& r
 std::optional<std::int64_t> RecordTable::NextAfter(std::int64_t dbid) {
     if (m_next == nullptr) {
         m_next = &m_connection.Prepare(fmt::format("SELECT min({0}) FROM {1} WHERE {0} > $1",
-                                                   schema::dbIdName, Quoted(m_type.name)));
+                                                   schema::kDbIdName, Quoted(m_type.name)));
     }
     m_next->BindInt(1, dbid);
     return sql::QueryInt(*m_next);
@@ -181,7 +181,7 @@ sql::Statement& RecordTable::TwinStatement(std::size_t set) {
         }
         statement =
             &m_connection.Prepare(fmt::format("SELECT {0} FROM {1} WHERE {2}{0} <> $1",
-                                              schema::dbIdName, Quoted(m_type.name), conditions));
+                                              schema::kDbIdName, Quoted(m_type.name), conditions));
     }
     return *statement;
 }

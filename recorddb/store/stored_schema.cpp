@@ -20,23 +20,23 @@ using Problem = DatabaseError::Problem;
 // older programs.
 void CheckFormat(std::int64_t format, std::int64_t oldest, std::int64_t newest,
                  const std::string& location) {
-    const bool known = format >= oldestFormat && format <= formatVersion;
-    const bool welcome = formatVersion >= oldest && formatVersion <= newest;
+    const bool known = format >= kOldestFormat && format <= kFormatVersion;
+    const bool welcome = kFormatVersion >= oldest && kFormatVersion <= newest;
     if (known || welcome) {
         return;
     }
-    if (format > formatVersion) {
+    if (format > kFormatVersion) {
         throw DatabaseError(
             Problem::FormatTooNew,
             fmt::format("{}: the database was made by a newer version of this program (its format "
                         "is {}, and this version knows formats up to {}); use that version",
-                        location, format, formatVersion));
+                        location, format, kFormatVersion));
     }
     throw DatabaseError(Problem::FormatTooOld,
                         fmt::format("{}: the database was made by an older version of this program "
                                     "(its format is {}, and this version knows formats from {}); "
                                     "make a new one and load it again",
-                                    location, format, oldestFormat));
+                                    location, format, kOldestFormat));
 }
 
 [[noreturn]] void NotOurs(const std::string& location) {
@@ -54,7 +54,7 @@ void StoreSchema(sql::Connection& connection, const Schema& schema) {
     sql::Statement& store = connection.Prepare(
         "INSERT INTO zt_schema (format_version, oldest_readable, newest_readable, schema_text) "
         "VALUES ($1, $2, $3, $4)");
-    store.BindAll(formatVersion, oldestReadable, newestReadable, schema.Text());
+    store.BindAll(kFormatVersion, kOldestReadable, kNewestReadable, schema.Text());
     store.Execute();
     sql::Statement& name =
         connection.Prepare("INSERT INTO zt_record_type (id, name, kind) VALUES ($1, $2, $3)");
@@ -80,7 +80,7 @@ std::string LoadSchemaText(sql::Connection& connection, const std::string& locat
 
 // A view in the place of a table would answer with what it likes, and need not come to an end.
 void CheckTables(sql::Connection& connection, const Schema& schema, const std::string& location) {
-    std::vector<std::string> names(ownTables.begin(), ownTables.end());
+    std::vector<std::string> names(kOwnTables.begin(), kOwnTables.end());
     for (const RecordType& type : schema.Types()) {
         names.push_back(type.name);
         for (const Field& field : type.fields) {

@@ -10,13 +10,13 @@
 namespace recorddb::schema {
 
 // The format of the tables that this program makes, and the oldest one that it can use as well.
-constexpr std::int64_t formatVersion = 1;
-constexpr std::int64_t oldestFormat = 1;
+constexpr std::int64_t kFormatVersion = 1;
+constexpr std::int64_t kOldestFormat = 1;
 
-// The range of programs, by their formatVersion, that can use a database of this format. A later
+// The range of programs, by their kFormatVersion, that can use a database of this format. A later
 // format that only adds to this one keeps the lower end, so that programs of today go on with it.
-constexpr std::int64_t oldestReadable = 1;
-constexpr std::int64_t newestReadable = formatVersion;
+constexpr std::int64_t kOldestReadable = 1;
+constexpr std::int64_t kNewestReadable = kFormatVersion;
 
 // Makes all tables of a new database, in the transaction under way, and stores the schema there.
 // Throws sql::Error.

@@ -34,7 +34,7 @@ class ScriptWriter {
 
     void ForeignKey(const std::string& column, const RecordType& target, std::string_view action) {
         std::string constraint = fmt::format("FOREIGN KEY ({}) REFERENCES {} ({}){}", column,
-                                             Quoted(target.name), dbIdName, action);
+                                             Quoted(target.name), kDbIdName, action);
         if (m_dialect.foreignKeysAhead) {
             m_parts.push_back(std::move(constraint));
         } else {
@@ -94,8 +94,8 @@ void WriteIndexes(ScriptWriter& writer, const RecordType& type) {
 void WriteTypeTable(ScriptWriter& writer, const Schema& schema, const RecordType& type,
                     const sql::Dialect& dialect) {
     writer.BeginTable(type.name);
-    writer.Part(fmt::format("{} {}", dbIdName, dialect.identityColumn));
-    writer.Part(fmt::format("{} BIGINT NOT NULL DEFAULT 1", versionColumn));
+    writer.Part(fmt::format("{} {}", kDbIdName, dialect.identityColumn));
+    writer.Part(fmt::format("{} BIGINT NOT NULL DEFAULT 1", kVersionColumn));
     for (const Field& field : type.fields) {
         if (field.kind == FieldKind::DbId || !HasColumn(field.kind)) {
             continue;

@@ -10,7 +10,7 @@
 namespace recorddb::schema {
 
 // The column of every record type's table that counts the record's versions, from 1.
-constexpr std::string_view versionColumn = "zt_version";
+constexpr std::string_view kVersionColumn = "zt_version";
 
 // The script that makes the tables and indexes of a schema's record types: one table per type, with
 // the columns `dbid`, the version and one per field that has one, named as the schema names them;

@@ -18,7 +18,7 @@ namespace recorddb {
 class OpenDatabaseTest : public testing::Test {
   protected:
     OpenDatabaseTest() {
-        Database::Create(Path(), schema::ReadSchema(sampleSchema, "sample.yaml"));
+        Database::Create(Path(), schema::ReadSchema(kSampleSchema, "sample.yaml"));
         Reopen();
     }
 

@@ -2,7 +2,7 @@
 #define TESTS_RECORDDB_SAMPLE_SCHEMA_H
 
 // A schema with every type of field; `order` and `Group` are words of SQL.
-constexpr const char* sampleSchema = R"(record_types:
+constexpr const char* kSampleSchema = R"(record_types:
   user:
     key: [login]
     fields:

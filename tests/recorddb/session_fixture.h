@@ -18,7 +18,7 @@
 
 namespace recorddb {
 
-inline constexpr const char* trackerSchema = R"(record_types:
+inline constexpr const char* kTrackerSchema = R"(record_types:
   user:
     key: [login]
     fields:
@@ -200,13 +200,13 @@ class SessionTest : public testing::Test {
   private:
     // Made once and copied for each test, since making a database waits for the disk.
     static std::string EmptyTracker() {
-        static const TemporaryFolder folder;
-        static const std::string file = [] {
-            std::string path = folder.File("empty.db");
-            Database::Create(path, schema::ReadSchema(trackerSchema, "schema.yaml"));
+        static const TemporaryFolder kFolder;
+        static const std::string kFile = [] {
+            std::string path = kFolder.File("empty.db");
+            Database::Create(path, schema::ReadSchema(kTrackerSchema, "schema.yaml"));
             return path;
         }();
-        return file;
+        return kFile;
     }
 
     TemporaryFolder m_folder;

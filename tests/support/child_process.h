@@ -11,9 +11,9 @@
 // running when the object goes is killed.
 class ChildProcess {
   public:
-    // Starts COMMAND, a path and arguments. PREPARE is run in the child before the program starts;
-    // a child that cannot be prepared (an exception) or started ends with exit code 127. Throws
-    // std::runtime_error when no process can be made.
+    // Starts `command`, a path and arguments. `prepare` is run in the child before the program
+    // starts; a child that cannot be prepared (an exception) or started ends with exit code 127.
+    // Throws std::runtime_error when no process can be made.
     explicit ChildProcess(const std::vector<std::string>& command,
                           const std::function<void()>& prepare = {});
     ChildProcess(const ChildProcess&) = delete;

@@ -58,7 +58,7 @@ int ValueOf(const std::array<Names, size>& names, std::string_view name) {
     return found == names.end() ? 0 : found->second;
 }
 
-// Takes what stands in front of the first colon off TEXT.
+// Takes what stands in front of the first colon off `text`.
 std::string_view TakePart(std::string_view& text) {
     const std::string_view part = text.substr(0, text.find(':'));
     text.remove_prefix(std::min(part.size() + 1, text.size()));

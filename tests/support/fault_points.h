@@ -55,7 +55,7 @@ struct Fate {
     bool killsThen = false;  // and KillNow is called
 };
 
-// Counts a request for the file at PATH, or the one that DESCRIPTOR stands for, or for no file.
+// Counts a request for the file at `path`, or the one that `descriptor` stands for, or for no file.
 Fate Meet(Kind kind, const char* path);
 Fate Meet(Kind kind, int descriptor);
 Fate Meet(Kind kind);

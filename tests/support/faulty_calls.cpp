@@ -37,7 +37,7 @@ bool IsForPeople(int descriptor) {
     return descriptor == STDOUT_FILENO || descriptor == STDERR_FILENO;
 }
 
-// Writes SIZE bytes by write(BYTES), or fewer as planned.
+// Writes `size` bytes by write(BYTES), or fewer as planned.
 template <typename Write>
 ssize_t WriteAsPlanned(int descriptor, std::size_t size, Write write) {
     // What people read depends on the time that has passed, and would make the counts depend on it.

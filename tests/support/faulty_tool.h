@@ -11,7 +11,7 @@
 // A run of the tool that meets a fault at a counted point (fault_points.h).
 class FaultyTool {
   public:
-    // Starts the tool with ARGUMENTS and the plan FAULT: "write:17:KILL", say; empty for none.
+    // Starts the tool with `arguments` and the plan `fault`: "write:17:KILL", say; empty for none.
     explicit FaultyTool(const std::vector<std::string>& arguments, const std::string& fault = "");
     FaultyTool(const FaultyTool&) = delete;
     FaultyTool& operator=(const FaultyTool&) = delete;

@@ -17,13 +17,13 @@ namespace tool {
 // compared themselves, not their names: a link is the file that it leads to.
 class OutputGuard {
   public:
-    // Keeps the file at PATH, which messages call WHAT, "the packet file" say.
+    // Keeps the file at `path`, which messages call `what`, "the packet file" say.
     void Keep(const std::filesystem::path& path, const std::string& what);
 
     // Keeps the file of a database and those that the engine puts beside it, made already or not.
     void KeepDatabase(const std::string& database);
 
-    // Keeps the files in FOLDER and below it, except for earlier reports of this program: the
+    // Keeps the files in `folder` and below it, except for earlier reports of this program: the
     // folder of attachments may be one that people work in.
     void KeepFolder(const std::filesystem::path& folder, const std::string& what);
 
@@ -34,8 +34,8 @@ class OutputGuard {
     // that follow away from both.
     void CheckStandardOutputs();
 
-    // Sees that an output is none of what is kept, and keeps it. OPTION is what it was named with.
-    // An empty path is none. Throws UsageError.
+    // Sees that an output is none of what is kept, and keeps it. `option` is what it was named
+    // with. An empty path is none. Throws UsageError.
     void Check(const std::string& option, const std::filesystem::path& path);
 
   private:

@@ -10,7 +10,7 @@ void AddAttachmentWords(const std::filesystem::path& folder, std::int64_t maxSiz
         return;
     }
     command.insert(command.end(), {"--attachments", folder.string()});
-    if (maxSize != recorddb::defaultMaxAttachmentSize) {
+    if (maxSize != recorddb::kDefaultMaxAttachmentSize) {
         command.insert(command.end(), {"--max-attachment-size", std::to_string(maxSize)});
     }
 }

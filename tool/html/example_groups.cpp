@@ -24,7 +24,7 @@ void KeepCommonValues(ReasonPattern& pattern, const ReasonPattern& other) {
 
 void ExampleGroup::Add(const Example& example) {
     ++count;
-    if (examples.size() == examplesKept) {
+    if (examples.size() == kExamplesKept) {
         return;
     }
     examples.push_back({Clipped(example.source, kExampleNameLimit), example.record, example.line,
@@ -41,7 +41,7 @@ void PatternGroups::Add(std::string_view text, const Example& example) {
         Entry& entry = m_entries[known->second];
         KeepCommonValues(entry.pattern, pattern);
         entry.group.Add(example);
-    } else if (m_entries.size() < groupsKept) {
+    } else if (m_entries.size() < kGroupsKept) {
         m_indices.emplace(pattern.wording, m_entries.size());
         m_entries.push_back({std::move(pattern), {}});
         m_entries.back().group.Add(example);

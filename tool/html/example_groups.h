@@ -30,26 +30,26 @@ struct Example {
 
 // Things of one kind: how many there are, and the first few of them.
 struct ExampleGroup {
-    static constexpr std::size_t examplesKept = 5;
+    static constexpr std::size_t kExamplesKept = 5;
 
     std::string title;
     std::uint64_t count = 0;
     std::vector<Example> examples;
 
-    // Counts EXAMPLE, and keeps it when it is one of the first. Long texts are cut.
+    // Counts `example`, and keeps it when it is one of the first. Long texts are cut.
     void Add(const Example& example);
 };
 
 // Things by the patterns of what is said of them, in memory that does not grow with their number:
-// up to groupsKept groups, and one more for all the others.
+// up to kGroupsKept groups, and one more for all the others.
 class PatternGroups {
   public:
-    static constexpr std::size_t groupsKept = 200;
+    static constexpr std::size_t kGroupsKept = 200;
 
-    // OTHERS is the title of the group of all that the limit leaves no group for.
+    // `others` is the title of the group of all that the limit leaves no group for.
     explicit PatternGroups(std::string others) { m_others.title = std::move(others); }
 
-    // Adds EXAMPLE to those of which the same is said as TEXT says of it.
+    // Adds `example` to those of which the same is said as `text` says of it.
     void Add(std::string_view text, const Example& example);
 
     // The groups by falling count, those of one count in the order of their first examples; the

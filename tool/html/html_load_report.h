@@ -15,7 +15,7 @@ namespace tool {
 // written; the constructor sees that before the load.
 class HtmlLoadReport final : public LoadSink {
   public:
-    // COMMAND is "load", or "check" for its rehearsal.
+    // `command` is "load", or "check" for its rehearsal.
     HtmlLoadReport(const LoadOptions& options, std::string command);
 
     void Configures(const ImportConfiguration& configuration, const LoadTotals& soFar) override;

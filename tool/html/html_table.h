@@ -17,11 +17,11 @@ class HtmlTable {
         Kind kind = Kind::Text;
     };
 
-    // CAPTION and titles are plain text. The first column names the row.
+    // `caption` and titles are plain text. The first column names the row.
     HtmlTable(std::string caption, std::vector<Column> columns)
         : m_caption(std::move(caption)), m_columns(std::move(columns)) {}
 
-    // CELLS are HTML, one for each column.
+    // `cells` are HTML, one for each column.
     void AddRow(const std::vector<std::string>& cells) { AppendRow(m_rows, cells); }
     // The row of sums, below all others.
     void SetTotals(const std::vector<std::string>& cells);

@@ -14,7 +14,7 @@ namespace tool {
 // before the comparison.
 class HtmlVerifyReport final : public VerifySink {
   public:
-    // JOURNAL is the database's, and stays the caller's.
+    // `journal` is the database's, and stays the caller's.
     HtmlVerifyReport(const VerifyOptions& options, recorddb::journal::Journal& journal);
 
     void IsFaulty(const recorddb::Fault& fault) override;

@@ -5,7 +5,7 @@ namespace tool {
 
 namespace {
 
-// The command NAME on SOURCES, with the database and the folder of attachments of the run.
+// The command `name` on `sources`, with the database and the folder of attachments of the run.
 std::vector<std::string> CommandOn(std::string_view name, const LoadOptions& options,
                                    const std::vector<std::string>& sources,
                                    const std::vector<std::string>& more = {}) {

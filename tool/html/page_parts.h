@@ -27,11 +27,11 @@ struct PageFacts {
     std::string version;  // of the tool
 };
 
-// A whole document. SECTIONS are HTML.
+// A whole document. `sections` are HTML.
 std::string PageDocument(const PageFacts& facts, const PageVerdict& verdict,
                          const std::string& sections);
 
-// A part of the page with a heading. ID names it for links, CONTENT is HTML.
+// A part of the page with a heading. `id` names it for links, `content` is HTML.
 std::string PageSection(std::string_view id, std::string_view title, const std::string& content);
 
 std::string FactsSection(const PageFacts& facts);
@@ -46,21 +46,21 @@ struct PageFigure {
     bool wantsAttention = false;  // when it is not 0
 };
 
-// A row of numbers; the MINOR ones are smaller.
+// A row of numbers; the `minor` ones are smaller.
 std::string FigureRow(const std::vector<PageFigure>& figures, bool minor = false);
 
-// A number in a table. A zero is to be passed over by the eye; one that WANTSATTENTION is not.
+// A number in a table. A zero is to be passed over by the eye; one that `wantsAttention` is not.
 std::string NumberCell(std::uint64_t number, bool wantsAttention = false);
 
 // What was done to the records of each type, with a row for all of them.
 std::string TypesTable(std::string caption, const std::vector<TypeTotals>& types,
                        const LoadTotals& all);
 
-// GROUP, which is a part of ALL things of its sort, with its examples, whose details stand under
-// DETAILTITLE.
+// `group`, which is a part of `all` things of its sort, with its examples, whose details stand
+// under DETAILTITLE.
 std::string GroupHtml(const ExampleGroup& group, std::uint64_t all, std::string_view detailTitle);
 
-// The title of a page about what was done with DATABASE: "Load into tracker.db".
+// The title of a page about what was done with `database`: "Load into tracker.db".
 std::string TitleFor(std::string_view what, const std::string& database);
 
 }  // namespace tool

@@ -22,7 +22,7 @@ void RateSamples::Close(double seconds, std::uint64_t records) {
     m_samples.push_back({m_begin, seconds, records - m_before});
     m_begin = seconds;
     m_before = records;
-    if (m_samples.size() == samplesKept) {
+    if (m_samples.size() == kSamplesKept) {
         MergeNeighbours();
     }
 }

@@ -12,8 +12,8 @@ namespace tool {
 // follow are twice as long.
 class RateSamples {
   public:
-    static constexpr std::size_t samplesKept = 240;
-    static constexpr double firstStep = 0.05;  // seconds
+    static constexpr std::size_t kSamplesKept = 240;
+    static constexpr double kFirstStep = 0.05;  // seconds
 
     struct Sample {
         double from = 0;  // seconds since the start
@@ -23,8 +23,8 @@ class RateSamples {
         double Rate() const { return static_cast<double>(records) / (to - from); }
     };
 
-    // Says that RECORDS have been handled SECONDS after the start, both counted from the start. May
-    // be called for every record.
+    // Says that `records` have been handled `seconds` after the start, both counted from the start.
+    // May be called for every record.
     void Add(double seconds, std::uint64_t records);
 
     // Closes the last stretch, which may be shorter than the others.
@@ -36,7 +36,7 @@ class RateSamples {
     void Close(double seconds, std::uint64_t records);
     void MergeNeighbours();
 
-    double m_step = firstStep;
+    double m_step = kFirstStep;
     double m_begin = 0;
     std::uint64_t m_before = 0;
     std::vector<Sample> m_samples;

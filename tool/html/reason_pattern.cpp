@@ -33,7 +33,7 @@ bool OpensQuote(std::string_view text, std::size_t at) {
     return apart && at + 1 < text.size();
 }
 
-// Whether a value that began behind BEGIN has another quote in it that opens at AT.
+// Whether a value that began behind `begin` has another quote in it that opens at `at`.
 bool OpensInnerQuote(std::string_view text, std::size_t begin, std::size_t at) {
     if (at == begin + 1) {
         return at + 1 < text.size() && IsWordByte(text[at + 1]);
@@ -41,7 +41,7 @@ bool OpensInnerQuote(std::string_view text, std::size_t begin, std::size_t at) {
     return OpensQuote(text, at) && text[at + 1] != ' ';
 }
 
-// Where the quote that opens at BEGIN closes. Values hold quotes of their own, which are counted;
+// Where the quote that opens at `begin` closes. Values hold quotes of their own, which are counted;
 // where that finds no end, the next quote is the end.
 std::size_t EndOfQuote(std::string_view text, std::size_t begin) {
     int depth = 0;
@@ -77,7 +77,7 @@ class Reader {
             } else {
                 // The mark itself must not come from the text.
                 const char c = m_reason[m_at++];
-                m_pattern.wording += c == ReasonPattern::valueMark ? ' ' : c;
+                m_pattern.wording += c == ReasonPattern::kValueMark ? ' ' : c;
             }
         }
         m_pattern.wording = Clipped(m_pattern.wording, kWordingLimit);
@@ -90,7 +90,7 @@ class Reader {
         const std::string_view content = m_reason.substr(m_at + 1, end - m_at - 1);
         const bool isName = AnnouncesName(m_reason.substr(0, m_at)) &&
                             content.size() <= kPatternNameLimit &&
-                            content.find(ReasonPattern::valueMark) == std::string_view::npos;
+                            content.find(ReasonPattern::kValueMark) == std::string_view::npos;
         m_pattern.wording += '"';
         if (isName) {
             m_pattern.wording += content;
@@ -111,7 +111,7 @@ class Reader {
     }
 
     void TakeValue(std::string_view value) {
-        m_pattern.wording += ReasonPattern::valueMark;
+        m_pattern.wording += ReasonPattern::kValueMark;
         if (m_pattern.values.size() < kValuesKept) {
             m_pattern.values.push_back(Clipped(value, kValueLimit));
         }
@@ -132,7 +132,7 @@ std::string Readable(const ReasonPattern& pattern) {
     std::string text;
     std::size_t next = 0;
     for (const char c : pattern.wording) {
-        if (c != ReasonPattern::valueMark) {
+        if (c != ReasonPattern::kValueMark) {
             text += c;
             continue;
         }

@@ -13,10 +13,10 @@ namespace tool {
 // Values are what stands in double quotes and whole numbers. Names of fields and record types,
 // which the messages announce by these words, belong to the wording: where to mend depends on them.
 struct ReasonPattern {
-    std::string wording;              // with valueMark in the place of each value
+    std::string wording;              // with kValueMark in the place of each value
     std::vector<std::string> values;  // quotes not included; long ones are cut
 
-    static constexpr char valueMark = '\x01';
+    static constexpr char kValueMark = '\x01';
 };
 
 // Memory does not depend on the length of REASON.

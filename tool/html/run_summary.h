@@ -33,7 +33,7 @@ class RunSummary {
   public:
     explicit RunSummary(RunDescription description) : m_description(std::move(description)) {}
 
-    // Says that what is counted from here on belongs to TYPE; SOFAR are the totals up to here.
+    // Says that what is counted from here on belongs to `type`; `soFar` are the totals up to here.
     void StartType(const std::string& type, ImportedData data, const LoadTotals& soFar);
 
     void AddReject(const RejectedRecord& record);

@@ -22,12 +22,12 @@ namespace tool {
 // number of differences or sources.
 class VerifyFindings {
   public:
-    // START and VERSION are those of the comparison and of the tool.
+    // `start` and `version` are those of the comparison and of the tool.
     VerifyFindings(VerifyOptions options, std::chrono::system_clock::time_point start,
                    std::string version)
         : m_options(std::move(options)), m_start(start), m_version(std::move(version)) {}
 
-    // What the journal knows of SOURCE; ENTRY is null when it was never loaded.
+    // What the journal knows of `source`; `entry` is null when it was never loaded.
     void AddLoad(const DataSource& source, const recorddb::journal::JournalEntry* entry);
     void AddFault(const recorddb::Fault& fault);
     void AddDifference(const Difference& difference);

@@ -16,28 +16,28 @@ class ByteSource {
   public:
     virtual ~ByteSource() = default;
 
-    // Puts up to SIZE bytes at BUFFER and returns how many; 0 only at the end. Fewer than SIZE does
-    // not mean the end. Throws SourceError when reading fails.
+    // Puts up to `size` bytes at `buffer` and returns how many; 0 only at the end. Fewer than
+    // `size` does not mean the end. Throws SourceError when reading fails.
     virtual std::size_t Read(char* buffer, std::size_t size) = 0;
 
     // The name that errors give the source.
     virtual const std::string& Name() const = 0;
 };
 
-// Opens the file at PATH for reading, with FLAGS of open(2) besides, and returns the descriptor,
-// which is the caller's. Throws SourceError that calls it NAME.
+// Opens the file at `path` for reading, with `flags` of open(2) besides, and returns the
+// descriptor, which is the caller's. Throws SourceError that calls it `name`.
 int OpenForReading(const std::filesystem::path& path, const std::string& name, int flags = 0);
 
-// Throws the SourceError that says that reading the source NAME failed with ERROR, an
+// Throws the SourceError that says that reading the source `name` failed with `error`, an
 // errno.
 [[noreturn]] void ThrowNotReadable(const std::string& name, int error);
 
 // The bytes of a file, pipe or device. Owns its descriptor.
 class FileBytes : public ByteSource {
   public:
-    // Opens PATH and calls it NAME in errors. Throws SourceError.
+    // Opens `path` and calls it `name` in errors. Throws SourceError.
     FileBytes(const std::filesystem::path& path, std::string name);
-    // Reads an open DESCRIPTOR, which stays the caller's.
+    // Reads an open `descriptor`, which stays the caller's.
     FileBytes(int descriptor, std::string name);
     ~FileBytes() override;
     FileBytes(const FileBytes&) = delete;

@@ -18,13 +18,13 @@ enum DecodingMark : unsigned char {
     OddByteMark = 0xFB,    // the single byte at the end of a UTF-16 text of odd length
 };
 
-// Position of the first mark in TEXT, or std::string_view::npos. Reads every byte once.
+// Position of the first mark in `text`, or std::string_view::npos. Reads every byte once.
 std::size_t FindDecodingMark(std::string_view text);
 
 // What the mark stands for, such as "a byte that is not UTF-8".
 std::string_view DescribeDecodingMark(char mark);
 
-// TEXT with U+FFFD in the place of each mark: valid UTF-8.
+// `text` with U+FFFD in the place of each mark: valid UTF-8.
 std::string ReplaceDecodingMarks(std::string_view text);
 
 }  // namespace tool

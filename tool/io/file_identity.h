@@ -24,7 +24,7 @@ struct FileIdentity {
     }
 };
 
-// The identity of the file that PATH leads to, or that writing to PATH would make. Nothing when
+// The identity of the file that `path` leads to, or that writing to `path` would make. Nothing when
 // there is no folder for it, and for character devices: a terminal or /dev/null may be anything at
 // once.
 std::optional<FileIdentity> IdentityOf(const std::filesystem::path& path);
@@ -32,7 +32,7 @@ std::optional<FileIdentity> IdentityOf(const std::filesystem::path& path);
 // The same for the file that is open as DESCRIPTOR. Nothing when that is no regular file.
 std::optional<FileIdentity> IdentityOf(int descriptor);
 
-// PATH without the symbolic link that its last part may be, nor those that this one leads to: the
+// `path` without the symbolic link that its last part may be, nor those that this one leads to: the
 // name of a file itself, which may not exist yet. Throws std::system_error when the links lead in a
 // circle.
 std::filesystem::path WithoutLinks(const std::filesystem::path& path);

@@ -14,10 +14,10 @@ namespace tool {
 // names the file: WriteError when it is open already.
 class OutputFile {
   public:
-    // Makes the file, which must not exist yet; a link counts as a file. PERMISSIONS are narrowed
+    // Makes the file, which must not exist yet; a link counts as a file. `permissions` are narrowed
     // by the process's mask.
     static OutputFile CreateNew(const std::filesystem::path& path, mode_t permissions = 0666);
-    // Makes a file in FOLDER that no folder shows and that is gone when it is closed, however the
+    // Makes a file in `folder` that no folder shows and that is gone when it is closed, however the
     // process ends. Where the system can do that only in two steps, a process that is killed in
     // between leaves an empty file.
     static OutputFile CreateUnnamed(const std::filesystem::path& folder);
@@ -28,11 +28,11 @@ class OutputFile {
     OutputFile(OutputFile&& other) noexcept;
     OutputFile& operator=(OutputFile&& other) noexcept;
 
-    // Writes BYTES behind all that has been written.
+    // Writes `bytes` behind all that has been written.
     void Append(std::string_view bytes);
-    // Writes BYTES at OFFSET, over what stands there. Not for streams.
+    // Writes `bytes` at `offset`, over what stands there. Not for streams.
     void WriteAt(std::uint64_t offset, std::string_view bytes);
-    // Cuts off what stands behind SIZE bytes.
+    // Cuts off what stands behind `size` bytes.
     void Truncate(std::uint64_t size);
     // Sees the content to the disk. Nothing happens for a stream.
     void Sync();
@@ -55,7 +55,7 @@ class OutputFile {
     std::uint64_t m_size = 0;
 };
 
-// Sees to the disk which files FOLDER holds. Throws std::system_error.
+// Sees to the disk which files `folder` holds. Throws std::system_error.
 void SyncFolder(const std::filesystem::path& folder);
 
 }  // namespace tool

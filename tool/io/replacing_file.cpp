@@ -19,8 +19,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr mode_t usualPermissions = 0666;
-constexpr mode_t permissionBits = 0777;
+constexpr mode_t kUsualPermissions = 0666;
+constexpr mode_t kPermissionBits = 0777;
 
 [[noreturn]] void CannotWrite(const fs::path& path, std::error_code error) {
     throw std::system_error(error, path.string() + ": the report cannot be written here");
@@ -68,7 +68,7 @@ fs::path FolderOf(const fs::path& file) {
 OutputFile CreateBeside(const fs::path& named, const fs::path& file) {
     struct stat status = {};
     const bool exists = ::stat(file.c_str(), &status) == 0;
-    const mode_t permissions = exists ? status.st_mode & permissionBits : usualPermissions;
+    const mode_t permissions = exists ? status.st_mode & kPermissionBits : kUsualPermissions;
     // With a long name, the name beside it would be too long.
     constexpr std::size_t longestPart = 100;
     const std::string part = file.filename().string().substr(0, longestPart);

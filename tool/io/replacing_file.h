@@ -18,7 +18,7 @@ namespace tool {
 // All operations throw std::system_error that names the file when something cannot be written.
 class ReplacingFile {
   public:
-    // Makes a file beside PATH, so that a place that cannot be written shows at once.
+    // Makes a file beside `path`, so that a place that cannot be written shows at once.
     explicit ReplacingFile(std::filesystem::path path);
     // Without Place or Finish nothing is left.
     ~ReplacingFile();

@@ -18,7 +18,7 @@ namespace tool {
 
 namespace {
 
-constexpr std::size_t blockSize = std::size_t{1024} * 1024;
+constexpr std::size_t kBlockSize = std::size_t{1024} * 1024;
 
 [[noreturn]] void ThrowChanged(const std::string& name, std::string_view what) {
     throw SourceChanged(
@@ -60,7 +60,7 @@ SourceFile::File::File(std::filesystem::path thePath, std::string theName)
     changed = status.st_mtim;
 }
 
-// Fills BLOCK unless the file ends before; returns how many bytes were read.
+// Fills `block` unless the file ends before; returns how many bytes were read.
 std::size_t SourceFile::File::ReadBlock(std::uint64_t offset, std::span<char> block) const {
     std::size_t filled = 0;
     while (filled < block.size()) {
@@ -119,8 +119,8 @@ class SourceFile::Reader : public ByteSource {
         if (m_next == m_file->digests.size()) {
             return;
         }
-        const std::uint64_t offset = std::uint64_t{m_next} * blockSize;
-        m_block.resize(std::min<std::uint64_t>(blockSize, m_file->size - offset));
+        const std::uint64_t offset = std::uint64_t{m_next} * kBlockSize;
+        m_block.resize(std::min<std::uint64_t>(kBlockSize, m_file->size - offset));
         const std::size_t got = m_file->ReadBlock(offset, m_block);
         m_hash.Update(std::string_view(m_block.data(), got));
         if (got < m_block.size() || m_hash.DigestSoFar() != m_file->digests[m_next]) {
@@ -147,9 +147,9 @@ SourceFile::~SourceFile() = default;
 
 void SourceFile::Hash() {
     recorddb::Sha256 hash;
-    std::vector<char> block(std::min<std::uint64_t>(blockSize, m_file->size));
+    std::vector<char> block(std::min<std::uint64_t>(kBlockSize, m_file->size));
     for (std::uint64_t offset = 0; offset < m_file->size; offset += block.size()) {
-        block.resize(std::min<std::uint64_t>(blockSize, m_file->size - offset));
+        block.resize(std::min<std::uint64_t>(kBlockSize, m_file->size - offset));
         if (m_file->ReadBlock(offset, block) < block.size()) {
             ThrowChanged(m_file->name, "the file was written to");
         }

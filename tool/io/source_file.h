@@ -21,7 +21,7 @@ namespace tool {
 // takes 32 bytes of memory for each mebibyte of the source.
 class SourceFile {
   public:
-    // Opens and hashes the file at PATH, called NAME in errors. Throws SourceError.
+    // Opens and hashes the file at `path`, called `name` in errors. Throws SourceError.
     SourceFile(const std::filesystem::path& path, std::string name);
     ~SourceFile();
     SourceFile(const SourceFile&) = delete;

@@ -13,8 +13,8 @@ namespace tool {
 // No folder shows it, so it is gone with the object, or with the process, however that ends.
 class SpoolFile {
   public:
-    // Copies all of BYTES into a file of the system's temporary directory. Throws SourceError when
-    // BYTES cannot be read, std::system_error when the file cannot be written.
+    // Copies all of `bytes` into a file of the system's temporary directory. Throws SourceError
+    // when `bytes` cannot be read, std::system_error when the file cannot be written.
     explicit SpoolFile(ByteSource& bytes);
     SpoolFile(const SpoolFile&) = delete;
     SpoolFile& operator=(const SpoolFile&) = delete;

@@ -16,11 +16,11 @@ namespace {
 using namespace std::string_view_literals;
 
 // Room for any real XML declaration, also in UTF-16.
-constexpr std::size_t headSize = 2048;
+constexpr std::size_t kHeadSize = 2048;
 // A character that a chunk cuts leaves three bytes at the most.
-constexpr std::size_t carryRoom = 4;
+constexpr std::size_t kCarryRoom = 4;
 
-constexpr std::string_view whiteSpace = " \t\r\n";
+constexpr std::string_view kWhiteSpace = " \t\r\n";
 
 struct Detected {
     Encoding encoding;
@@ -28,7 +28,7 @@ struct Detected {
 };
 
 bool OpensXml(char c) {
-    return c == '<' || whiteSpace.find(c) != std::string_view::npos;
+    return c == '<' || kWhiteSpace.find(c) != std::string_view::npos;
 }
 
 Detected DetectEncoding(std::string_view head) {
@@ -63,10 +63,10 @@ bool IsUtf32(std::string_view head) {
         source, encoding));
 }
 
-// The value of the pseudo attribute "encoding" of an XML declaration at the start of HEAD, empty
+// The value of the pseudo attribute "encoding" of an XML declaration at the start of `head`, empty
 // when there is none.
 std::string_view DeclaredEncoding(std::string_view head) {
-    std::size_t begin = std::min(head.find_first_not_of(whiteSpace), head.size());
+    std::size_t begin = std::min(head.find_first_not_of(kWhiteSpace), head.size());
     head.remove_prefix(begin);
     std::size_t end = head.find("?>");
     if (!head.starts_with("<?xml") || end == std::string_view::npos) {
@@ -97,7 +97,7 @@ bool IsKnownEncoding(std::string_view name) {
 }  // namespace
 
 TextDecoder::TextDecoder(ByteSource& source, std::size_t chunk)
-    : m_source(source), m_chunk(chunk), m_buffer(chunk + carryRoom, '\0') {
+    : m_source(source), m_chunk(chunk), m_buffer(chunk + kCarryRoom, '\0') {
     ReadHead();
     if (IsUtf32(m_head)) {
         RefuseEncoding(source.Name(), "UTF-32");
@@ -110,10 +110,10 @@ TextDecoder::TextDecoder(ByteSource& source, std::size_t chunk)
 }
 
 void TextDecoder::ReadHead() {
-    m_head.resize(headSize);
+    m_head.resize(kHeadSize);
     std::size_t size = 0;
-    while (size < headSize) {
-        std::size_t got = m_source.Read(m_head.data() + size, headSize - size);
+    while (size < kHeadSize) {
+        std::size_t got = m_source.Read(m_head.data() + size, kHeadSize - size);
         if (got == 0) {
             break;
         }

@@ -20,15 +20,15 @@ enum class Encoding { Utf8, Utf16LittleEndian, Utf16BigEndian };
 // of the text. What is no text becomes marks (see decoding_marks.h) and never stops the reading.
 class TextDecoder {
   public:
-    static constexpr std::size_t defaultChunk = std::size_t{256} * 1024;
+    static constexpr std::size_t kDefaultChunk = std::size_t{256} * 1024;
 
-    // SOURCE stays the caller's and must outlive the decoder. CHUNK is the number of bytes read and
-    // decoded at a time. Reads the first bytes; throws SourceError when it is in another
+    // `source` stays the caller's and must outlive the decoder. `chunk` is the number of bytes read
+    // and decoded at a time. Reads the first bytes; throws SourceError when it is in another
     // encoding, and what the source throws.
-    explicit TextDecoder(ByteSource& source, std::size_t chunk = defaultChunk);
+    explicit TextDecoder(ByteSource& source, std::size_t chunk = kDefaultChunk);
 
     // Appends the text of the next chunk to OUT. Returns false at the end, when nothing follows;
-    // true does not promise that OUT grew.
+    // true does not promise that `out` grew.
     bool Read(std::string& out);
 
     Encoding SourceEncoding() const { return m_encoding; }

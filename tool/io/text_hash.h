@@ -6,7 +6,7 @@
 
 namespace tool {
 
-// The SHA-256 digest of TEXT as 64 lower-case hexadecimal digits.
+// The SHA-256 digest of `text` as 64 lower-case hexadecimal digits.
 std::string HashText(std::string_view text);
 
 }  // namespace tool

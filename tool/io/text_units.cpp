@@ -15,8 +15,8 @@ std::uint8_t Byte(char c) {
     return static_cast<std::uint8_t>(c);
 }
 
-constexpr std::uint64_t ones = 0x0101010101010101U;
-constexpr std::uint64_t highs = 0x8080808080808080U;
+constexpr std::uint64_t kOnes = 0x0101010101010101U;
+constexpr std::uint64_t kHighs = 0x8080808080808080U;
 
 std::uint64_t Word(const char* bytes) {
     std::uint64_t word = 0;
@@ -24,10 +24,10 @@ std::uint64_t Word(const char* bytes) {
     return word;
 }
 
-// Has the high bit of a byte set where WORD holds a byte that is not 01 to 7F: a NUL byte borrows
+// Has the high bit of a byte set where `word` holds a byte that is not 01 to 7F: a NUL byte borrows
 // when 1 is taken away. Bits above the lowest one that is set may be wrong.
 std::uint64_t OddBytes(std::uint64_t word) {
-    return (word | (word - ones)) & highs;
+    return (word | (word - kOnes)) & kHighs;
 }
 
 // The length of the run of bytes 01 to 7F at the start.

@@ -9,23 +9,23 @@
 // what is no text becomes marks (see decoding_marks.h).
 namespace tool {
 
-// Checks BYTES as UTF-8 in place and puts a mark over each byte that is not valid and over each
+// Checks `bytes` as UTF-8 in place and puts a mark over each byte that is not valid and over each
 // NUL. Returns the number of leading bytes that are done; the rest (at most three bytes) begins a
-// sequence that is not complete yet and must stand in front of the next piece. With LAST nothing
-// follows, so an incomplete sequence is invalid and all bytes are done. Sets MARKED when a mark was
-// put.
+// sequence that is not complete yet and must stand in front of the next piece. With `last` nothing
+// follows, so an incomplete sequence is invalid and all bytes are done. Sets `marked` when a mark
+// was put.
 std::size_t MarkInvalidUtf8(char* bytes, std::size_t size, bool last, bool& marked);
 
-// Appends BYTES, UTF-16 in the given byte order, to OUT as UTF-8. Returns the number of leading
-// bytes used; the rest (at most three bytes) must stand in front of the next piece. With LAST all
-// bytes are used. Sets MARKED when a mark was put.
+// Appends `bytes`, UTF-16 in the given byte order, to `out` as UTF-8. Returns the number of leading
+// bytes used; the rest (at most three bytes) must stand in front of the next piece. With `last` all
+// bytes are used. Sets `marked` when a mark was put.
 std::size_t AppendUtf16(std::string_view bytes, bool bigEndian, bool last, std::string& out,
                         bool& marked);
 
-// The number of UTF-16 units that the decoded TEXT stands for, a mark counting as one.
+// The number of UTF-16 units that the decoded `text` stands for, a mark counting as one.
 std::size_t CountUtf16Units(std::string_view text);
 
-// The number of LF characters in TEXT.
+// The number of LF characters in `text`.
 std::size_t CountLineEnds(std::string_view text);
 
 }  // namespace tool

@@ -15,7 +15,7 @@ namespace tool {
 // Positions are counted from the front and stay valid while the window grows; views do not.
 class TextWindow {
   public:
-    // DECODER stays the caller's and must outlive the window.
+    // `decoder` stays the caller's and must outlive the window.
     explicit TextWindow(TextDecoder& decoder);
 
     // What is read and not consumed. Valid until Grow, Ensure or Consume.
@@ -24,10 +24,10 @@ class TextWindow {
     // Reads one more chunk. Returns false at the end of the source.
     bool Grow();
 
-    // Grows until SIZE bytes stand in the window. Returns false when the source ends before.
+    // Grows until `size` bytes stand in the window. Returns false when the source ends before.
     bool Ensure(std::size_t size);
 
-    // Drops SIZE bytes, all of them read, from the front.
+    // Drops `size` bytes, all of them read, from the front.
     void Consume(std::size_t size);
 
     // Line of the front, counted from 1; a line ends with LF.

@@ -16,7 +16,7 @@ namespace tool {
 // all.
 class AtomicImport {
   public:
-    // IMPORTER and GROUP stay the caller's.
+    // `importer` and `group` stay the caller's.
     AtomicImport(AdPtr<recorddb::Session> session, RecordImporter& importer, RecordGroup& group);
 
     struct Result {

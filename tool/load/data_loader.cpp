@@ -103,7 +103,7 @@ bool DataLoader::ExamineRecords() {
     return step == WalkStep::DataEnd;
 }
 
-// Imports one packet. When it fails, sets ERROR to the reason, and nothing of it stays.
+// Imports one packet. When it fails, sets `error` to the reason, and nothing of it stays.
 bool DataLoader::Import(std::string_view packet, std::uint64_t ordinal, std::string& error) {
     AtomicImport::Result result = m_parts.import.Import(packet, m_walk.Configuration().Data());
     if (!result.error.empty()) {

@@ -28,7 +28,7 @@ class DataLoader {
         RecordRejecter& rejecter;
     };
 
-    // WALK has the source in hand, of which no record has been read yet.
+    // `walk` has the source in hand, of which no record has been read yet.
     DataLoader(SourceWalk& walk, GroupJournal& journal, const Parts& parts)
         : m_walk(walk), m_journal(journal), m_parts(parts) {}
 

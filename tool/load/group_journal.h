@@ -15,7 +15,7 @@ namespace tool {
 // group: the journal is written in the transaction of the records that it speaks of.
 class GroupJournal {
   public:
-    // All but the journal stay the caller's. WALK has the source in hand.
+    // All but the journal stay the caller's. `walk` has the source in hand.
     GroupJournal(LoadJournal journal, const SourceWalk& walk, RecordGroup& group, LoadSinks& sinks);
 
     const LoadJournal& Journal() const { return m_journal; }

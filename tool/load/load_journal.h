@@ -23,10 +23,10 @@ enum class RecordTask {
 // The journal of one source under one configuration, during a load.
 class LoadJournal {
   public:
-    // JOURNAL stays the caller's. With FRESH the journal is taken as empty, and what it knew of the
-    // source is forgotten at the first Save. With RETRY the records that were rejected in a source
-    // that was read to its end are tasks again; those of an interrupted load are not, since the
-    // result must be the one of an undisturbed load.
+    // `journal` stays the caller's. With `fresh` the journal is taken as empty, and what it knew of
+    // the source is forgotten at the first Save. With `retry` the records that were rejected in a
+    // source that was read to its end are tasks again; those of an interrupted load are not, since
+    // the result must be the one of an undisturbed load.
     LoadJournal(recorddb::journal::Journal& journal, recorddb::journal::JournalKey key,
                 std::string sourceName, bool fresh, bool retry);
 
@@ -46,7 +46,7 @@ class LoadJournal {
         return m_stored && !m_forget ? static_cast<std::uint64_t>(m_stored->nextOrdinal) : 0;
     }
 
-    // Has the entry of KEY, a former content of the source, forgotten at the first Save, too.
+    // Has the entry of `key`, a former content of the source, forgotten at the first Save, too.
     void AlsoForget(recorddb::journal::JournalKey key) { m_forgotten.push_back(std::move(key)); }
 
     RecordTask TaskOf(std::uint64_t ordinal) const;

@@ -20,8 +20,8 @@ struct LoadOptions {
     std::filesystem::path report;       // file; empty for none
     std::filesystem::path html;         // file; empty for none
     std::filesystem::path attachments;  // folder; empty for none
-    std::int64_t maxAttachmentSize = recorddb::defaultMaxAttachmentSize;
-    std::int64_t maxReferenceTries = recorddb::defaultMaxReferenceTries;
+    std::int64_t maxAttachmentSize = recorddb::kDefaultMaxAttachmentSize;
+    std::int64_t maxReferenceTries = recorddb::kDefaultMaxReferenceTries;
     std::filesystem::path trace;  // file; empty for none
     std::optional<std::uint64_t> maxRejects;
     RecordLimits limits;

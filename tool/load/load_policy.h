@@ -29,7 +29,7 @@ class LoadPolicy {
     // Begins the work: may open the first transaction.
     virtual void Begin(recorddb::Session& session, Transaction& transaction) const = 0;
 
-    // Ends a group of records, for which TRANSACTION is open; leaves it open where the next group
+    // Ends a group of records, for which `transaction` is open; leaves it open where the next group
     // is to join it. Throws sql::Error.
     virtual void EndGroup(Transaction& transaction) const = 0;
 
@@ -43,7 +43,7 @@ class LoadPolicy {
     // a loss and passed over.
     virtual bool NeedsConfiguration() const = 0;
 
-    // What is to be done, as a sentence, when a source changes of which HANDLED records have been
+    // What is to be done, as a sentence, when a source changes of which `handled` records have been
     // dealt with; empty: nothing, since nothing of them stays.
     virtual std::string AdviseOnChange(std::uint64_t handled) const = 0;
 

@@ -20,12 +20,12 @@ class MissingRecords {
     // The database outlives the object.
     explicit MissingRecords(recorddb::Database& database);
 
-    // What RECORD, the text of a record under CONFIGURATION, waits for, as sentences for people,
-    // such as "It waits for the user \"ann\" (field owner), rejected as users.xml, record 3.";
-    // empty when it waits for nothing. Throws sql::Error.
+    // What `record`, the text of a record under `configuration`, waits for, as sentences for
+    // people, such as "It waits for the user \"ann\" (field owner), rejected as users.xml,
+    // record 3."; empty when it waits for nothing. Throws sql::Error.
     std::string Describe(std::string_view record, const ImportConfiguration& configuration);
 
-    // Remembers a rejected record, so that those that wait for it can say where it stands. PLACE
+    // Remembers a rejected record, so that those that wait for it can say where it stands. `place`
     // is for people. Of very many only the first are remembered.
     void NoteRejected(const ImportConfiguration& configuration, const std::string& sourceId,
                       const std::string& place);

@@ -17,7 +17,7 @@ class RecordGroup {
   public:
     static constexpr std::size_t kRecords = 100;
 
-    // POLICY, which says what becomes of a group, outlives the object. Throws sql::Error.
+    // `policy`, which says what becomes of a group, outlives the object. Throws sql::Error.
     RecordGroup(AdPtr<recorddb::Session> session, const LoadPolicy& policy);
 
     // Makes sure that a transaction is open.

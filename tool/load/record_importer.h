@@ -35,8 +35,8 @@ class RecordImporter {
   public:
     explicit RecordImporter(AdPtr<recorddb::Session> session);
 
-    // Puts CONFIGURATION in force, as a whole, for the packets that follow. Returns the importer's
-    // error, empty on success; after an error the former configuration stays in force.
+    // Puts `configuration` in force, as a whole, for the packets that follow. Returns the
+    // importer's error, empty on success; after an error the former configuration stays in force.
     std::string Configure(const ImportConfiguration& configuration);
 
     // Imports one data packet, valid UTF-8.

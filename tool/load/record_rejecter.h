@@ -18,9 +18,9 @@ class RecordRejecter {
     RecordRejecter(recorddb::Database& database, LoadSinks& sinks)
         : m_missing(database), m_sinks(sinks) {}
 
-    // Rejects RECORD of the source that WALK has in hand, for REASON. A transaction must be open,
-    // since looking for other records may make an index. Throws sql::Error, and what the sinks
-    // throw.
+    // Rejects `record` of the source that `walk` has in hand, for REASON. A transaction must be
+    // open, since looking for other records may make an index. Throws sql::Error, and what the
+    // sinks throw.
     void Reject(const SourceRecord& record, const SourceWalk& walk, const std::string& reason);
 
   private:

@@ -20,7 +20,7 @@ class SourceJournals {
           m_sinks(sinks),
           m_unfinished(database.GetJournal()) {}
 
-    // The journal of the source of records that WALK has in hand. Throws SourceChanged when
+    // The journal of the source of records that `walk` has in hand. Throws SourceChanged when
     // an earlier load has imported a part of it as it was before a change, sql::Error.
     LoadJournal Open(const SourceWalk& walk);
 

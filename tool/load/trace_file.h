@@ -13,7 +13,7 @@ namespace tool {
 // importer's diagnostic flag on and takes the process's diagnostic sink.
 class TraceFile : public AdDiagnosticSink {
   public:
-    // Replaces the file at PATH at once. See ReplacingFile for links and for what is no file.
+    // Replaces the file at `path` at once. See ReplacingFile for links and for what is no file.
     // Throws UsageError when it cannot be written.
     explicit TraceFile(const std::filesystem::path& path);
     ~TraceFile() override;

@@ -19,11 +19,11 @@ class UnfinishedSources {
         std::uint64_t handled = 0;  // records
     };
 
-    // Reads JOURNAL, which stays the caller's. Throws sql::Error.
+    // Reads `journal`, which stays the caller's. Throws sql::Error.
     explicit UnfinishedSources(recorddb::journal::Journal& journal);
 
-    // The loads that have imported a part of the source called NAME under the configuration of KEY,
-    // when it had another content than that of KEY, and have not come to its end since.
+    // The loads that have imported a part of the source called `name` under the configuration of
+    // `key`, when it had another content than that of `key`, and have not come to its end since.
     std::vector<Entry> WithOtherContent(const recorddb::journal::JournalKey& key,
                                         const std::string& name) const;
 
@@ -33,7 +33,7 @@ class UnfinishedSources {
 };
 
 // What there is to do about a source that changed when a part of it had been imported, as a
-// sentence. HANDLED is the number of records of that part.
+// sentence. `handled` is the number of records of that part.
 std::string AdviseOnChangedSource(std::uint64_t handled);
 
 }  // namespace tool

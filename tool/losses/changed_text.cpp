@@ -10,12 +10,12 @@ namespace tool {
 
 namespace {
 
-constexpr std::size_t npos = std::string_view::npos;
+constexpr std::size_t kNpos = std::string_view::npos;
 
-constexpr std::size_t longestQuotation = 60;
+constexpr std::size_t kLongestQuotation = 60;
 
 // The longest reference is "&#x10FFFF;", and zeros in front of the number change nothing.
-constexpr std::size_t longestReference = 16;
+constexpr std::size_t kLongestReference = 16;
 
 std::string WithLineFeeds(std::string_view text) {
     std::string out;
@@ -30,11 +30,12 @@ std::string WithLineFeeds(std::string_view text) {
     return out;
 }
 
-// The reference, or what looks like one, that stands where TEXT begins to differ from another one.
+// The reference, or what looks like one, that stands where `text` begins to differ from another
+// one.
 std::string_view ReferenceAt(std::string_view text, std::size_t at) {
     const std::size_t begin = text.rfind('&', at);
-    const std::size_t end = begin == npos ? npos : text.find(';', begin);
-    const bool isOne = end != npos && end >= at && end - begin < longestReference;
+    const std::size_t end = begin == kNpos ? kNpos : text.find(';', begin);
+    const bool isOne = end != kNpos && end >= at && end - begin < kLongestReference;
     return isOne ? text.substr(begin, end + 1 - begin) : std::string_view();
 }
 
@@ -76,10 +77,10 @@ std::string DescribeChange(std::string_view written, std::string_view read) {
 }
 
 std::string Quoted(std::string_view text) {
-    std::string line(Beginning(text, longestQuotation));
+    std::string line(Beginning(text, kLongestQuotation));
     std::replace_if(
         line.begin(), line.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; }, ' ');
-    return fmt::format("\"{}{}\"", line, text.size() > longestQuotation ? "..." : "");
+    return fmt::format("\"{}{}\"", line, text.size() > kLongestQuotation ? "..." : "");
 }
 
 }  // namespace tool

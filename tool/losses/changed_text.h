@@ -10,10 +10,10 @@ namespace tool {
 // True when the two texts differ in nothing but how their lines end.
 bool SameButForLineEnds(std::string_view a, std::string_view b);
 
-// What the importer has made of WRITTEN, a value as XML says, when it reads READ instead.
+// What the importer has made of `written`, a value as XML says, when it reads `read` instead.
 std::string DescribeChange(std::string_view written, std::string_view read);
 
-// TEXT between double quotes and on one line, cut when it is long.
+// `text` between double quotes and on one line, cut when it is long.
 std::string Quoted(std::string_view text);
 
 }  // namespace tool

@@ -17,9 +17,9 @@ namespace {
 
 namespace schema = recorddb::schema;
 
-constexpr std::string_view recordList = "record_reference_mapping_list";
-constexpr std::array<std::string_view, 3> lists = {recordList, "history_reference_mapping_list",
-                                                   "attachment_reference_mapping_list"};
+constexpr std::string_view kRecordList = "record_reference_mapping_list";
+constexpr std::array<std::string_view, 3> kLists = {kRecordList, "history_reference_mapping_list",
+                                                    "attachment_reference_mapping_list"};
 
 // An element in a mapping list.
 struct Mapping {
@@ -41,13 +41,13 @@ std::string Attribute(const char** attributes, std::string_view name) {
 // Reads the places of what the importer's parser tells without a place.
 class ConfigurationElements {
   public:
-    // PACKET begins with packetDeclaration. It is read as the importer does, as a fragment: it may
-    // have several roots.
+    // `packet` begins with kPacketDeclaration. It is read as the importer does, as a fragment: it
+    // may have several roots.
     explicit ConfigurationElements(std::string_view packet) {
         XML_SetUserData(m_parser.Get(), this);
         XML_SetElementHandler(m_parser.Get(), OnStart, OnEnd);
         m_parser.Parse("<fragment>", false);
-        m_parser.Parse(packet.substr(packetDeclaration.size()), false);
+        m_parser.Parse(packet.substr(kPacketDeclaration.size()), false);
     }
 
     const std::vector<Mapping>& Mappings() const { return m_mappings; }
@@ -71,8 +71,8 @@ class ConfigurationElements {
         if (m_listDepth > 0) {
             m_mappings.push_back({m_list, Attribute(attributes, "target_field"),
                                   Attribute(attributes, "reference_field"), m_parser.Line()});
-        } else if (const auto* list = std::find(lists.begin(), lists.end(), name);
-                   list != lists.end()) {
+        } else if (const auto* list = std::find(kLists.begin(), kLists.end(), name);
+                   list != kLists.end()) {
             m_list = *list;
             m_listDepth = m_depth;
         } else if (name == "import_data" && m_importDataLine == 0) {
@@ -126,7 +126,7 @@ std::string WhyUnused(const Mapping& mapping, const ImportConfiguration& configu
 
 std::string WhyUnused(const Mapping& mapping, const ImportConfiguration& configuration,
                       const schema::Schema& schema) {
-    if (mapping.list != recordList) {
+    if (mapping.list != kRecordList) {
         return fmt::format("no import asks for a {}", mapping.list);
     }
     if (mapping.target.empty() || mapping.reference.empty()) {

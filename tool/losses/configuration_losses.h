@@ -11,15 +11,15 @@
 
 namespace tool {
 
-// Hands over what is without effect in a configuration packet, the one called SOURCE, for records
-// of the type that CONFIGURATION, in which it has been applied, names: an import_data that asks for
-// nothing, and mappings that no import makes use of. SCHEMA has that type.
+// Hands over what is without effect in a configuration packet, the one called `source`, for records
+// of the type that `configuration`, in which it has been applied, names: an import_data that asks
+// for nothing, and mappings that no import makes use of. `schema` has that type.
 void FindConfigurationLosses(const std::string& packet, const std::string& source,
                              const ImportConfiguration& configuration,
                              const recorddb::schema::Schema& schema, const LossTaker& take);
 
 // The first of them, which makes all the others a trifle: the loss of what follows a configuration
-// whose import_data, on LINE of its packet, asks for nothing. LINE may be 0.
+// whose import_data, on `line` of its packet, asks for nothing. `line` may be 0.
 std::optional<Loss> FindNothingImported(const std::string& source, std::uint64_t line,
                                         const ImportConfiguration& configuration);
 

@@ -25,7 +25,8 @@ bool IsReferredTo(const Schema& schema, const RecordType& type, FieldKind kind) 
     });
 }
 
-// What references to the type of FIELD are compared with; null when it is not one field's value.
+// The field of `target` that the references in a record's field `name` are compared with; null when
+// it is not one field's value.
 const Field* ComparedField(const std::string& name, const ImportConfiguration& configuration,
                            const RecordType& target) {
     if (!target.HasStates() && target.key.size() != 1) {

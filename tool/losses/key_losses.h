@@ -18,18 +18,18 @@ class KeyLosses {
     using Exists = std::function<bool(const recorddb::schema::RecordType&,
                                       const recorddb::schema::Field&, const std::string&)>;
 
-    // SCHEMA stays the caller's.
+    // `schema` stays the caller's.
     KeyLosses(const recorddb::schema::Schema& schema, Exists exists)
         : m_schema(schema), m_exists(std::move(exists)) {}
 
-    // Why no reference can name a record of TYPE by VALUE, which the field NAME gives it; empty
-    // when one can, or nothing refers to such records by that field.
+    // Why no reference can name a record of `type` by `value`, which the field `name` gives it;
+    // empty when one can, or nothing refers to such records by that field.
     std::string OfKey(const std::string& name, const std::string& value,
                       const ImportConfiguration& configuration,
                       const recorddb::schema::RecordType& type) const;
 
-    // Which other record the reference, or list of references, VALUE in the field NAME could mean;
-    // empty when there is none.
+    // Which other record the reference, or list of references, `value` in the field `name` could
+    // mean; empty when there is none.
     std::string OfReference(const std::string& name, const std::string& value,
                             const ImportConfiguration& configuration,
                             const recorddb::schema::RecordType& type) const;

@@ -13,7 +13,7 @@ struct KindWords {
 };
 
 // In the order of LossKind.
-constexpr std::array<KindWords, lossKinds.size()> kWords = {{
+constexpr std::array<KindWords, kLossKinds.size()> kWords = {{
     {"long-history-line", "history lines of seven or more columns"},
     {"history-beyond-limit", "history entries behind the 501st of a record"},
     {"incomplete-attachment", "incomplete attachments"},

@@ -33,7 +33,7 @@ enum class LossKind {
 };
 
 // All of them, in their order.
-inline constexpr std::array lossKinds = {
+inline constexpr std::array kLossKinds = {
     LossKind::LongHistoryLine, LossKind::HistoryBeyondLimit, LossKind::IncompleteAttachment,
     LossKind::UnseenRecord,    LossKind::NamelessField,      LossKind::NestedField,
     LossKind::UnreadField,     LossKind::ChangedText,        LossKind::SkippedField,

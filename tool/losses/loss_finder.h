@@ -20,7 +20,7 @@ namespace tool {
 // The full search: in configurations, in records, and for sources without any.
 class LossFinder final : public LossSearch {
   public:
-    // SCHEMA stays the caller's. EXISTS looks into the database.
+    // `schema` stays the caller's. `exists` looks into the database.
     LossFinder(const recorddb::schema::Schema& schema, KeyLosses::Exists exists, LossTaker take)
         : m_schema(schema), m_keys(schema, std::move(exists)), m_take(std::move(take)) {}
 
@@ -43,10 +43,10 @@ class LossFinder final : public LossSearch {
     std::uint64_t m_examined = 0;
 };
 
-// The loss of what looks like a record in the source called SOURCE and is not read as one.
+// The loss of what looks like a record in the source called `source` and is not read as one.
 Loss LossOf(const UnseenRecord& unseen, const std::string& source);
 
-// The loss that a defect around the records of the source called SOURCE is the sign of.
+// The loss that a defect around the records of the source called `source` is the sign of.
 Loss LossOf(const FrameDefect& defect, const std::string& source);
 
 }  // namespace tool

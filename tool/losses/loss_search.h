@@ -17,8 +17,8 @@ class LossSearch {
     LossSearch& operator=(const LossSearch&) = delete;
     virtual ~LossSearch() = default;
 
-    // Says that CONFIGURATION is in force, in which PACKET, the source called SOURCE, has been
-    // applied.
+    // Says that `configuration` is in force, in which `packet`, the source called `source`, has
+    // been applied.
     virtual void Configure(const std::string& packet, const std::string& source,
                            const ImportConfiguration& configuration) = 0;
 

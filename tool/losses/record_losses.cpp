@@ -16,10 +16,10 @@ namespace tool {
 namespace {
 
 // The most history entries that the importer takes of one record.
-constexpr std::size_t mostHistoryEntries = 501;
+constexpr std::size_t kMostHistoryEntries = 501;
 
 bool IsBlank(std::string_view text) {
-    return text.find_first_not_of(xmlBlanks) == std::string_view::npos;
+    return text.find_first_not_of(kXmlBlanks) == std::string_view::npos;
 }
 
 // The value that clears a field; a reference is trimmed before it is looked at.
@@ -73,7 +73,7 @@ void RecordLosses::FindStructure() {
             FindUnread(part);
         } else if (TextOf(part).empty()) {
             continue;
-        } else if (part.parent != RecordPart::none) {
+        } else if (part.parent != RecordPart::kNone) {
             const RecordPart& outer = elements.Part(part.parent);
             Add(LossKind::NestedField, part, part.name.empty() ? outer.name : part.name,
                 fmt::format("{} stands in an element inside the field \"{}\"; the importer takes "
@@ -94,7 +94,7 @@ void RecordLosses::FindUnread(const RecordPart& part) {
     if (part.kind == RecordPart::Kind::Broken) {
         Add(LossKind::UnreadField, part, "", "the rest of the record is not read: " + why);
     } else if (!TextOf(part).empty()) {
-        const bool inField = part.name.empty() && part.parent != RecordPart::none;
+        const bool inField = part.name.empty() && part.parent != RecordPart::kNone;
         Add(LossKind::UnreadField, part, inField ? elements.Part(part.parent).name : part.name,
             fmt::format("{} is not read: {}", Quoted(part.text), why));
     }
@@ -226,7 +226,7 @@ std::size_t RecordLosses::FindInHistory(std::size_t field) {
     std::size_t number = 0;
     for (const HistoryLine& line : ReadHistoryLines(value)) {
         ++number;
-        if (line.count <= HistoryLine::mostColumns) {
+        if (line.count <= HistoryLine::kMostColumns) {
             ++entries;
             continue;
         }
@@ -235,12 +235,12 @@ std::size_t RecordLosses::FindInHistory(std::size_t field) {
                         "are the most",
                         number, Quoted(line.id), line.count));
     }
-    const std::size_t room = mostHistoryEntries - std::min(mostHistoryEntries, m_historyEntries);
+    const std::size_t room = kMostHistoryEntries - std::min(kMostHistoryEntries, m_historyEntries);
     if (entries > room) {
         Add(LossKind::HistoryBeyondLimit, part, name,
             fmt::format("the last {} of {} entries are dropped: a record takes no more than {} "
                         "at a time",
-                        entries - room, entries, mostHistoryEntries));
+                        entries - room, entries, kMostHistoryEntries));
     }
     return m_historyEntries + entries;
 }

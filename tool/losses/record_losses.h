@@ -31,11 +31,11 @@ class RecordLosses {
     RecordLosses(const ImportConfiguration& configuration, const recorddb::schema::RecordType& type)
         : m_configuration(configuration), m_type(type) {}
 
-    // Has keys and references looked at, too. KEYS, which may be null, stays the caller's.
+    // Has keys and references looked at, too. `keys`, which may be null, stays the caller's.
     void LookAtKeys(const KeyLosses* keys) { m_keys = keys; }
 
-    // Hands over the losses of RECORD, which comes from the source called SOURCE and was read as
-    // READINGS say. A record that the importer cannot read has none.
+    // Hands over the losses of `record`, which comes from the source called `source` and was read
+    // as `readings` say. A record that the importer cannot read has none.
     void Find(const SourceRecord& record, const RecordReadings& readings, const std::string& source,
               const LossTaker& take);
 

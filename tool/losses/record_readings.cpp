@@ -18,7 +18,7 @@ bool IsBefore(std::string_view a, std::string_view b) {
 }
 
 // More than the longest escape of the packet format has.
-constexpr std::size_t longestEscape = 16;
+constexpr std::size_t kLongestEscape = 16;
 
 bool HoldsPacketEscape(std::string_view text) {
     return text.find('&') != std::string_view::npos && DecodePacketEscapes(text) != text;
@@ -82,7 +82,7 @@ bool RecordReadings::HasOnlyPacketEscapes(std::string_view record) {
 
 // Which escapes there are only the importer's parser knows. Each is asked for once.
 bool RecordReadings::StartsWithEscape(std::string_view text) {
-    const std::string_view beginning = text.substr(0, longestEscape);
+    const std::string_view beginning = text.substr(0, kLongestEscape);
     const std::string_view reference = beginning.substr(0, beginning.find(';') + 1);
     if (std::find(m_escapes.begin(), m_escapes.end(), reference) != m_escapes.end()) {
         return true;
@@ -110,7 +110,7 @@ void RecordReadings::SortNames() {
 }
 
 void RecordReadings::MatchParts() {
-    m_partOf.assign(m_fields.size(), RecordPart::none);
+    m_partOf.assign(m_fields.size(), RecordPart::kNone);
     m_overwritten.clear();
     std::size_t expected = 0;
     for (std::size_t index = 0; index < m_elements.Count(); ++index) {
@@ -119,7 +119,7 @@ void RecordReadings::MatchParts() {
             continue;
         }
         const std::size_t field = FieldOf(part, expected);
-        if (m_partOf[field] == RecordPart::none) {
+        if (m_partOf[field] == RecordPart::kNone) {
             ++expected;
         } else {
             m_overwritten.push_back({m_partOf[field], field});

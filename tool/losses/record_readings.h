@@ -22,9 +22,9 @@ class RecordReadings {
         std::size_t field;  // has the value of a later part
     };
 
-    // Returns why the importer cannot read RECORD, for people: it has a defect or is not
+    // Returns why the importer cannot read `record`, for people: it has a defect or is not
     // well-formed. Empty when it can; what was read then lasts until the next call, and no longer
-    // than RECORD.
+    // than `record`.
     std::string Read(const SourceRecord& record);
 
     const RecordElements& Elements() const { return m_elements; }

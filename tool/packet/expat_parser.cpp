@@ -11,7 +11,7 @@ namespace tool {
 
 namespace {
 
-constexpr const char* encoding = "UTF-8";
+constexpr const char* kEncoding = "UTF-8";
 
 }  // namespace
 
@@ -19,7 +19,7 @@ void ExpatParser::Free::operator()(XML_ParserStruct* parser) const noexcept {
     XML_ParserFree(parser);
 }
 
-ExpatParser::ExpatParser() : m_parser(XML_ParserCreate(encoding)) {
+ExpatParser::ExpatParser() : m_parser(XML_ParserCreate(kEncoding)) {
     if (!m_parser) {
         throw std::bad_alloc();
     }
@@ -27,7 +27,7 @@ ExpatParser::ExpatParser() : m_parser(XML_ParserCreate(encoding)) {
 
 void ExpatParser::StartAnew() {
     m_failure = nullptr;
-    if (XML_ParserReset(m_parser.get(), encoding) == XML_FALSE) {
+    if (XML_ParserReset(m_parser.get(), kEncoding) == XML_FALSE) {
         throw std::bad_alloc();
     }
 }

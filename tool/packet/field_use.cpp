@@ -11,7 +11,7 @@ namespace {
 namespace schema = recorddb::schema;
 
 bool IsState(std::string_view name, const schema::RecordType& type) {
-    return type.HasStates() && EqualNoCase(name, schema::stateName);
+    return type.HasStates() && EqualNoCase(name, schema::kStateName);
 }
 
 bool IsOriginalId(std::string_view name, const ImportConfiguration& configuration) {

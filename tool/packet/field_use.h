@@ -25,13 +25,13 @@ enum class FieldUse {
     Unknown         // refuses the record, since its type has no such field
 };
 
-// Says what the import under CONFIGURATION does with the field NAME of records of TYPE. The
+// Says what the import under `configuration` does with the field `name` of records of `type`. The
 // original id is a value like others, and used as such besides, except where it is only LookedUp.
 FieldUse UseOf(std::string_view name, const ImportConfiguration& configuration,
                const recorddb::schema::RecordType& type);
 
-// The value by which the source knows the record that has FIELDS, as the import takes it: the last
-// one that is not empty. Empty when the record has none.
+// The value by which the source knows the record that has `fields`, as the import takes it: the
+// last one that is not empty. Empty when the record has none.
 std::string OriginalIdOf(const ImporterFields& fields, const ImportConfiguration& configuration,
                          const recorddb::schema::RecordType& type);
 

@@ -18,17 +18,17 @@ struct StartTag {
     bool empty;             // ends with "/>"
 };
 
-// Reads the attribute at AT, its leading blanks skipped, and moves AT behind it.
+// Reads the attribute at `at`, its leading blanks skipped, and moves `at` behind it.
 std::pair<std::string_view, std::string_view> ReadAttribute(std::string_view text,
                                                             std::size_t& at) {
     std::size_t nameEnd = std::min(text.find_first_of(" \t\r\n=/><", at), text.size());
     std::string_view name = text.substr(at, nameEnd - at);
-    std::size_t equals = text.find_first_not_of(xmlBlanks, nameEnd);
+    std::size_t equals = text.find_first_not_of(kXmlBlanks, nameEnd);
     if (equals == kNotFound || text[equals] != '=') {
         at = std::max(nameEnd, at + 1);
         return {name, {}};
     }
-    std::size_t quote = text.find_first_not_of(xmlBlanks, equals + 1);
+    std::size_t quote = text.find_first_not_of(kXmlBlanks, equals + 1);
     std::size_t close = kNotFound;
     if (quote != kNotFound && (text[quote] == '"' || text[quote] == '\'')) {
         close = text.find(text[quote], quote + 1);
@@ -44,7 +44,7 @@ std::pair<std::string_view, std::string_view> ReadAttribute(std::string_view tex
 StartTag ReadStartTag(std::string_view text, std::size_t begin) {
     StartTag tag{{}, text.size(), false};
     std::size_t at = std::min(text.find_first_of(" \t\r\n/>", begin + 1), text.size());
-    while ((at = text.find_first_not_of(xmlBlanks, at)) != kNotFound && text[at] != '<') {
+    while ((at = text.find_first_not_of(kXmlBlanks, at)) != kNotFound && text[at] != '<') {
         if (text[at] == '>') {
             tag.end = at + 1;
             return tag;
@@ -68,7 +68,7 @@ std::size_t BehindOrEnd(std::string_view text, std::string_view mark, std::size_
     return found == kNotFound ? text.size() : found + mark.size();
 }
 
-// The character data from AT up to the next tag, escapes still in it.
+// The character data from `at` up to the next tag, escapes still in it.
 std::string ReadContent(std::string_view text, std::size_t at) {
     std::string content;
     while (at < text.size()) {
@@ -90,7 +90,7 @@ std::string ReadContent(std::string_view text, std::size_t at) {
     return content;
 }
 
-// The position behind the comment, CDATA section or instruction at AT, else behind its "<".
+// The position behind the comment, CDATA section or instruction at `at`, else behind its "<".
 std::size_t SkipOther(std::string_view text, std::size_t at) {
     std::string_view rest = text.substr(at);
     if (rest.starts_with("<!--")) {

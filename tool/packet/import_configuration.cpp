@@ -95,7 +95,7 @@ std::string ImportConfiguration::ItemElements() const {
 }
 
 std::string ImportConfiguration::ToPacket() const {
-    std::string packet(packetDeclaration);
+    std::string packet(kPacketDeclaration);
     packet += "\n<configuration>\n" + ItemElements();
     if (!m_mapping.empty()) {
         packet += "  <record_reference_mapping_list>\n";

@@ -21,7 +21,7 @@ enum class ImportedData {
 class ImportConfiguration {
   public:
     // Takes over a configuration packet, read by the importer's own parser. Throws SourceError,
-    // which names the packet as NAME, when it is not well-formed; the configuration is then as it
+    // which names the packet as `name`, when it is not well-formed; the configuration is then as it
     // was.
     void Apply(const std::string& packet, const std::string& name);
 
@@ -48,8 +48,8 @@ class ImportConfiguration {
     std::string ToPacket() const;
 
     // A hash (SHA-256, hexadecimal) of all that steers the import of a data packet. Mappings of
-    // fields for which ISFIELD is false are left out: they come from configurations of other record
-    // types and must not make the same work look like another.
+    // fields for which `isField` is false are left out: they come from configurations of other
+    // record types and must not make the same work look like another.
     std::string Fingerprint(const std::function<bool(std::string_view)>& isField) const;
 
   private:

@@ -25,8 +25,8 @@ using ImporterFields = std::vector<ImporterField>;
 // the fields hold of one is used again for the next.
 class ImporterFieldReader {
   public:
-    // Replaces FIELDS by those of the one record in PACKET. Returns what is wrong with the packet,
-    // empty when it could be read; else FIELDS is of no use.
+    // Replaces `fields` by those of the one record in PACKET. Returns what is wrong with the
+    // packet, empty when it could be read; else `fields` is of no use.
     std::string Read(const std::string& packet, ImporterFields& fields);
 
   private:

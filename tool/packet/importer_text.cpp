@@ -14,7 +14,7 @@ namespace tool {
 namespace {
 
 // The most bytes that a character takes in UTF-8.
-constexpr std::size_t longest = U8_MAX_LENGTH;
+constexpr std::size_t kLongest = U8_MAX_LENGTH;
 
 bool IsAscii(char c) {
     return static_cast<unsigned char>(c) < 0x80U;
@@ -68,7 +68,7 @@ std::string_view TrimmedLeft(std::string_view text) {
 
 std::string_view TrimmedRight(std::string_view text) {
     while (!text.empty()) {
-        const std::string_view end = text.substr(text.size() - std::min(text.size(), longest));
+        const std::string_view end = text.substr(text.size() - std::min(text.size(), kLongest));
         auto begin = static_cast<std::int32_t>(end.size());
         UChar32 character = 0;
         U8_PREV(reinterpret_cast<const std::uint8_t*>(end.data()), 0, begin, character);

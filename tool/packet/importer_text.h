@@ -15,13 +15,13 @@ bool EqualNoCase(std::string_view a, std::string_view b);
 // True for the word "BLANK", which asks for an empty value.
 bool IsBlankWord(std::string_view value);
 
-// The part of TEXT without white space, by Unicode's definition, at its left end, its right end or
-// both. The importer trims references like this.
+// The part of `text` without white space, by Unicode's definition, at its left end, its right end
+// or both. The importer trims references like this.
 std::string_view TrimmedLeft(std::string_view text);
 std::string_view TrimmedRight(std::string_view text);
 std::string_view Trimmed(std::string_view text);
 
-// TEXT with the eight escapes of the packet format replaced by the importer's own parser: "&amp;"
+// `text` with the eight escapes of the packet format replaced by the importer's own parser: "&amp;"
 // before the others, so that "&amp;lt;" becomes "<".
 std::string DecodePacketEscapes(std::string_view text);
 

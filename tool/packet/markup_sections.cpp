@@ -8,20 +8,20 @@ namespace tool {
 
 namespace {
 
-constexpr std::string_view commentOpening = "<!--";
-constexpr std::string_view instructionOpening = "<?";
+constexpr std::string_view kCommentOpening = "<!--";
+constexpr std::string_view kInstructionOpening = "<?";
 
 }  // namespace
 
 SectionKind SectionAt(std::string_view text) {
-    if (text.starts_with(commentOpening)) {
+    if (text.starts_with(kCommentOpening)) {
         return SectionKind::Comment;
     }
     if (text.starts_with(kCDataOpening)) {
         return SectionKind::CData;
     }
     // A stray "<?" in front of anything else opens nothing that could close.
-    if (text.starts_with(instructionOpening) && text.size() > 2 && StartsName(text[2])) {
+    if (text.starts_with(kInstructionOpening) && text.size() > 2 && StartsName(text[2])) {
         return SectionKind::Instruction;
     }
     return SectionKind::None;
@@ -30,11 +30,11 @@ SectionKind SectionAt(std::string_view text) {
 std::size_t OpeningLength(SectionKind kind) {
     switch (kind) {
         case SectionKind::Comment:
-            return commentOpening.size();
+            return kCommentOpening.size();
         case SectionKind::CData:
             return kCDataOpening.size();
         case SectionKind::Instruction:
-            return instructionOpening.size();
+            return kInstructionOpening.size();
         case SectionKind::None:
             break;
     }
@@ -53,24 +53,24 @@ std::size_t SectionEnds::Find(SectionKind kind, std::size_t opening, std::size_t
         case SectionKind::None:
             break;
     }
-    return npos;
+    return kNpos;
 }
 
 std::size_t SectionEnds::FindCommentEnd(std::size_t from, std::size_t limit) {
     while (true) {
         std::string_view text = m_window.Text().substr(0, limit);
         std::size_t dashes = text.find("--", from);
-        if (dashes != npos && dashes + 2 < text.size()) {
+        if (dashes != kNpos && dashes + 2 < text.size()) {
             if (text[dashes + 2] == '>') {
                 return dashes + 3;
             }
             if (text.substr(dashes - 2, 2) == "<!") {
-                return npos;
+                return kNpos;
             }
             from = dashes + 1;
         } else if (text.size() == limit || !m_window.Grow()) {
-            return npos;
-        } else if (dashes == npos) {
+            return kNpos;
+        } else if (dashes == kNpos) {
             from = std::max(from, text.empty() ? 0 : text.size() - 1);
         }
     }
@@ -85,7 +85,7 @@ std::size_t SectionEnds::FindMark(std::string_view mark, std::size_t from, std::
     while (true) {
         std::string_view text = m_window.Text().substr(0, limit);
         std::size_t found = text.find(mark, from);
-        if (found != npos) {
+        if (found != kNpos) {
             return found + mark.size();
         }
         if (text.size() >= mark.size()) {
@@ -93,7 +93,7 @@ std::size_t SectionEnds::FindMark(std::string_view mark, std::size_t from, std::
         }
         if (text.size() == limit || !m_window.Grow()) {
             searchedTo = front + from;
-            return npos;
+            return kNpos;
         }
     }
 }

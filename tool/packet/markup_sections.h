@@ -19,10 +19,10 @@ struct Section {
     std::size_t end;    // behind the closing mark
 };
 
-// The section that opens at the start of TEXT. TEXT must hold sectionLookahead bytes unless the
-// source ends before.
+// The section that opens at the start of `text`. `text` must hold kSectionLookahead bytes unless
+// the source ends before.
 SectionKind SectionAt(std::string_view text);
-constexpr std::size_t sectionLookahead = 9;
+constexpr std::size_t kSectionLookahead = 9;
 
 // Length of the mark that opens a section: "<!--", "<![CDATA[", "<?".
 std::size_t OpeningLength(SectionKind kind);
@@ -31,16 +31,16 @@ std::size_t OpeningLength(SectionKind kind);
 // sections that never close is still searched once only.
 class SectionEnds {
   public:
-    // WINDOW stays the caller's and must outlive this object.
+    // `window` stays the caller's and must outlive this object.
     explicit SectionEnds(TextWindow& window) : m_window(window) {}
 
-    // The position behind the mark that closes the section of KIND opened at OPENING, growing the
-    // window as far as needed but looking at nothing from position LIMIT on. Returns npos when the
-    // section does not close before that. Neither does a comment close in which another comment
-    // opens: no XML reader takes such a comment, and its end mark belongs to the other one.
+    // The position behind the mark that closes the section of `kind` opened at `opening`, growing
+    // the window as far as needed but looking at nothing from position `limit` on. Returns kNpos
+    // when the section does not close before that. Neither does a comment close in which another
+    // comment opens: no XML reader takes such a comment, and its end mark belongs to the other one.
     std::size_t Find(SectionKind kind, std::size_t opening, std::size_t limit);
 
-    static constexpr std::size_t npos = std::string_view::npos;
+    static constexpr std::size_t kNpos = std::string_view::npos;
 
   private:
     std::size_t FindCommentEnd(std::size_t from, std::size_t limit);

@@ -14,9 +14,9 @@ namespace tool {
 namespace {
 
 // As much of a text or a name as is kept to compare and to show.
-constexpr std::size_t kept = 80;
+constexpr std::size_t kKept = 80;
 
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 bool IsMark(char c) {
     return static_cast<unsigned char>(c) >= NulMark;
@@ -25,7 +25,7 @@ bool IsMark(char c) {
 // Valid UTF-8, although what was kept may end within a character.
 std::string Shown(std::string_view text) {
     const auto isPart = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; };
-    if (text.size() == kept) {
+    if (text.size() == kKept) {
         while (!text.empty() && isPart(text.back())) {
             text.remove_suffix(1);
         }
@@ -103,10 +103,10 @@ void PacketFrame::AddToText(char c) {
         }
         m_text.line = m_line;
     }
-    if (m_text.text.size() < kept) {
+    if (m_text.text.size() < kKept) {
         m_text.text += c;
     }
-    if (m_text.text == byteOrderMark) {
+    if (m_text.text == kByteOrderMark) {
         m_text = {};
     }
 }
@@ -141,7 +141,7 @@ void PacketFrame::AddToTag(char c) {
         m_state = State::Quoted;
     } else {
         m_nameEnded = m_nameEnded || IsXmlBlank(c) || c == '/';
-        if (!m_nameEnded && m_name.size() < kept) {
+        if (!m_nameEnded && m_name.size() < kKept) {
             m_name += c;
         }
     }
@@ -256,7 +256,7 @@ void PacketFrame::AddSection(SectionKind kind, std::string_view section, std::ui
         // A "<" is a character like any other here.
         AddToText(c == '<' || IsMark(c) ? '?' : c);
         m_line += c == '\n' ? 1 : 0;
-        if (m_text.text.size() == kept) {
+        if (m_text.text.size() == kKept) {
             break;
         }
     }

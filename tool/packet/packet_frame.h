@@ -34,8 +34,8 @@ using FrameHandler = std::function<void(const FrameDefect&)>;
 // text in the midst of records.
 class PacketFrame {
   public:
-    // TAKE is called for each defect. Elements that are nested deeper than MAXDEPTH are a defect,
-    // behind which nothing but the decoding is looked at.
+    // `take` is called for each defect. Elements that are nested deeper than `maxDepth` are a
+    // defect, behind which nothing but the decoding is looked at.
     PacketFrame(FrameHandler take, std::size_t maxDepth);
 
     // The pieces of the packet in their order, each with the line that it begins on. Texts hold
@@ -48,7 +48,7 @@ class PacketFrame {
     void AddOpenSection(SectionKind kind, std::uint64_t line);
     // A record that ends where it should.
     void AddRecord(std::uint64_t line);
-    // One that does not: TEXT is as much of it as was read as the record. What follows, up to the
+    // One that does not: `text` is as much of it as was read as the record. What follows, up to the
     // next record, is taken for the rest of it.
     void AddBrokenRecord(std::string_view text, std::uint64_t line);
     // The packet's end.

@@ -13,7 +13,7 @@ std::string_view WithoutBlanks(std::string_view text) {
     return text;
 }
 
-// Position behind the ">" that ends the tag at the start of TEXT; one inside quotes does not.
+// Position behind the ">" that ends the tag at the start of `text`; one inside quotes does not.
 std::size_t TagEnd(std::string_view text) {
     char quote = 0;
     for (std::size_t at = 1; at < text.size(); ++at) {
@@ -51,7 +51,7 @@ bool IsConfigurationTag(std::string_view tag) {
            tag.substr(opening.size(), 1).find_first_of(" \t\r\n/>") == 0;
 }
 
-// Length of the comment, instruction or document type declaration at the start of TEXT: 0 when
+// Length of the comment, instruction or document type declaration at the start of `text`: 0 when
 // something else stands there, kNotFound when it does not end.
 std::size_t SkippedLength(std::string_view text) {
     if (text.starts_with("<!--")) {
@@ -106,7 +106,7 @@ std::string WithPacketDeclaration(std::string_view text) {
     if (body.starts_with("<?xml") && body.size() > 5 && IsXmlBlank(body[5])) {
         end = body.find("?>");
     }
-    std::string packet(packetDeclaration);
+    std::string packet(kPacketDeclaration);
     packet += end == kNotFound ? text : body.substr(end + 2);
     return packet;
 }

@@ -7,7 +7,7 @@
 namespace tool {
 
 // The declaration that the importer steps over by its length, 38 bytes, from the packet's start.
-inline constexpr std::string_view packetDeclaration = R"(<?xml version="1.0" encoding="UTF-8"?>)";
+inline constexpr std::string_view kPacketDeclaration = R"(<?xml version="1.0" encoding="UTF-8"?>)";
 
 enum class HeadAnswer {
     Configuration,  // the importer takes the packet as configuration
@@ -15,13 +15,13 @@ enum class HeadAnswer {
     Undecided,      // more of the text is needed
 };
 
-// Says what the importer makes of a packet that begins with TEXT: it is configuration when an
-// element "configuration" opens before any text, end tag or other token. COMPLETE tells that
-// nothing follows TEXT; the answer then is never Undecided.
+// Says what the importer makes of a packet that begins with `text`: it is configuration when an
+// element "configuration" opens before any text, end tag or other token. `complete` tells that
+// nothing follows `text`; the answer then is never Undecided.
 HeadAnswer ClassifyHead(std::string_view text, bool complete);
 
-// TEXT as a packet: its own declaration, with blanks in front of it, is replaced by
-// packetDeclaration, and one is added where there is none. Otherwise those 38 bytes, in an unusual
+// `text` as a packet: its own declaration, with blanks in front of it, is replaced by
+// kPacketDeclaration, and one is added where there is none. Otherwise those 38 bytes, in an unusual
 // place, would make the importer skip the beginning of the packet.
 std::string WithPacketDeclaration(std::string_view text);
 

@@ -12,26 +12,26 @@ namespace tool {
 
 namespace {
 
-constexpr std::string_view startTag = "<record>";
-constexpr std::string_view endTagHead = "</record";
+constexpr std::string_view kStartTag = "<record>";
+constexpr std::string_view kEndTagHead = "</record";
 
 // Enough bytes to tell every mark and tag that matters from the others.
-constexpr std::size_t lookahead = 9;
-static_assert(lookahead >= sectionLookahead && lookahead >= endTagHead.size());
+constexpr std::size_t kLookahead = 9;
+static_assert(kLookahead >= kSectionLookahead && kLookahead >= kEndTagHead.size());
 
 // Blanks that an end tag may hold before its ">"; more than this is no end tag to us.
-constexpr std::size_t endTagBlanks = 256;
+constexpr std::size_t kEndTagBlanks = 256;
 
 // As much of a tag as is looked at to see whether it names a record, and as is shown to people.
-constexpr std::size_t tagLookahead = 80;
+constexpr std::size_t kTagLookahead = 80;
 
-// Sorts out nearly every tag of a record at its second byte. TAG has three bytes at least.
+// Sorts out nearly every tag of a record at its second byte. `tag` has three bytes at least.
 bool MayMatter(const char* tag) {
     return tag[1] == 'r' || tag[1] == '!' || tag[1] == '?' || (tag[1] == '/' && tag[2] == 'r');
 }
 
-// The first "<" in [FROM, END) that may begin something of interest, or that has too few bytes of
-// TEXT behind it to tell; kNotFound when there is none.
+// The first "<" in [`from`, `end`) that may begin something of interest, or that has too few bytes
+// of `text` behind it to tell; kNotFound when there is none.
 std::size_t ScanTags(std::string_view text, std::size_t from, std::size_t end) {
     while (from < end) {
         const void* found = std::memchr(text.data() + from, '<', end - from);
@@ -40,7 +40,7 @@ std::size_t ScanTags(std::string_view text, std::size_t from, std::size_t end) {
         }
         const char* tag = static_cast<const char*>(found);
         auto at = static_cast<std::size_t>(tag - text.data());
-        if (at + lookahead > text.size() || MayMatter(tag)) {
+        if (at + kLookahead > text.size() || MayMatter(tag)) {
             return at;
         }
         from = at + 1;
@@ -54,7 +54,7 @@ bool EqualsNoCase(std::string_view text, std::string_view lower) {
     });
 }
 
-// Whether TAG is a start tag whose name, apart from case and prefix, is "record".
+// Whether `tag` is a start tag whose name, apart from case and prefix, is "record".
 bool NamesRecord(std::string_view tag) {
     std::string_view name = tag.substr(1, tag.find_first_of(" \t\r\n/>", 1) - 1);
     std::size_t colon = name.find(':');
@@ -63,7 +63,7 @@ bool NamesRecord(std::string_view tag) {
 
 // Does not cut a character in two, and is valid UTF-8 also where the source is not.
 std::string Excerpt(std::string_view text) {
-    std::size_t size = std::min(text.size(), tagLookahead);
+    std::size_t size = std::min(text.size(), kTagLookahead);
     while (size > 0 && size < text.size() && (static_cast<unsigned char>(text[size]) >> 6U) == 2) {
         --size;
     }
@@ -131,8 +131,8 @@ bool RecordCutter::SkipToRecord() {
             }
             continue;
         }
-        m_window.Ensure(lookahead);
-        if (m_window.Text().starts_with(startTag)) {
+        m_window.Ensure(kLookahead);
+        if (m_window.Text().starts_with(kStartTag)) {
             return true;
         }
         SkipMarkup();
@@ -161,7 +161,7 @@ void RecordCutter::SkipMarkup() {
     m_window.Consume(end);
 }
 
-// The next "<" from FROM on that may begin something of interest, or kNotFound when the record's
+// The next "<" from `from` on that may begin something of interest, or kNotFound when the record's
 // limit or the source's end comes first.
 std::size_t RecordCutter::FindMarkup(std::size_t from) {
     while (true) {
@@ -173,7 +173,7 @@ std::size_t RecordCutter::FindMarkup(std::size_t from) {
             if (end == m_limit || !m_window.Grow()) {
                 return kNotFound;
             }
-        } else if (at + lookahead <= text.size() || !m_window.Grow()) {
+        } else if (at + kLookahead <= text.size() || !m_window.Grow()) {
             return at;
         } else {
             from = at;
@@ -182,10 +182,10 @@ std::size_t RecordCutter::FindMarkup(std::size_t from) {
 }
 
 std::size_t RecordCutter::FindRecordEnd(CutRecord& record) {
-    std::size_t at = startTag.size();
+    std::size_t at = kStartTag.size();
     while ((at = FindMarkup(at)) != kNotFound) {
         std::string_view rest = m_window.Text().substr(at);
-        if (rest.starts_with(startTag)) {
+        if (rest.starts_with(kStartTag)) {
             record.defect = RecordDefect::Unterminated;
             return at;
         }
@@ -201,12 +201,12 @@ std::size_t RecordCutter::FindRecordEnd(CutRecord& record) {
     return std::min(size, m_limit);
 }
 
-// Length of the record's end tag if one stands at AT, else 0.
+// Length of the record's end tag if one stands at `at`, else 0.
 std::size_t RecordCutter::EndTagLength(std::size_t at) {
-    if (!m_window.Text().substr(at).starts_with(endTagHead)) {
+    if (!m_window.Text().substr(at).starts_with(kEndTagHead)) {
         return 0;
     }
-    for (std::size_t i = endTagHead.size(); i < endTagHead.size() + endTagBlanks; ++i) {
+    for (std::size_t i = kEndTagHead.size(); i < kEndTagHead.size() + kEndTagBlanks; ++i) {
         if (!m_window.Ensure(at + i + 1)) {
             return 0;
         }
@@ -228,7 +228,7 @@ std::size_t RecordCutter::SkipSection(SectionKind kind, std::size_t at, CutRecor
         record.openSection = true;
         return at + OpeningLength(kind);
     }
-    if (m_window.Text().substr(at, end - at).find(startTag) != kNotFound) {
+    if (m_window.Text().substr(at, end - at).find(kStartTag) != kNotFound) {
         record.disguised.push_back({kind, at, end});
     }
     return end;
@@ -241,11 +241,11 @@ void RecordCutter::ReportHidden(std::size_t size) {
     std::string_view section = m_window.Text().substr(0, size);
     std::uint64_t line = m_window.Line();
     std::size_t counted = 0;
-    for (std::size_t at = section.find(startTag); at != kNotFound;
-         at = section.find(startTag, at + 1)) {
+    for (std::size_t at = section.find(kStartTag); at != kNotFound;
+         at = section.find(kStartTag, at + 1)) {
         line += CountLineEnds(section.substr(counted, at - counted));
         counted = at;
-        m_unseen({UnseenKind::InsideSection, line, std::string(startTag)});
+        m_unseen({UnseenKind::InsideSection, line, std::string(kStartTag)});
     }
 }
 
@@ -253,8 +253,8 @@ void RecordCutter::ReportOtherSpelling() {
     if (!m_unseen) {
         return;
     }
-    m_window.Ensure(tagLookahead + 4);
-    std::string_view tag = m_window.Text().substr(0, tagLookahead + 4);
+    m_window.Ensure(kTagLookahead + 4);
+    std::string_view tag = m_window.Text().substr(0, kTagLookahead + 4);
     if (NamesRecord(tag)) {
         m_unseen({UnseenKind::OtherSpelling, m_window.Line(), Excerpt(tag)});
     }

@@ -58,9 +58,9 @@ using UnseenHandler = std::function<void(const UnseenRecord&)>;
 // section: the search goes on behind its opening mark, so that it costs its own record only.
 class RecordCutter {
   public:
-    // WINDOW stays the caller's and must outlive the cutter. LIMIT is the length in bytes that a
-    // record, or a section between records, must stay below. UNSEEN may be empty. FRAME, which may
-    // be null, gets what stands outside of the records and stays the caller's.
+    // `window` stays the caller's and must outlive the cutter. `limit` is the length in bytes that
+    // a record, or a section between records, must stay below. `unseen` may be empty. `frame`,
+    // which may be null, gets what stands outside of the records and stays the caller's.
     RecordCutter(TextWindow& window, std::size_t limit, UnseenHandler unseen,
                  PacketFrame* frame = nullptr);
 

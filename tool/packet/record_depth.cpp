@@ -31,15 +31,16 @@ std::string_view EndMark(SectionKind kind) {
     }
 }
 
-// The position behind the section of KIND at AT; behind its opening mark when it does not close.
+// The position behind the section of `kind` at `at`; behind its opening mark when it does not
+// close.
 std::size_t BehindSection(std::string_view record, SectionKind kind, std::size_t at) {
     const std::size_t from = at + OpeningLength(kind);
     const std::size_t end = record.find(EndMark(kind), from);
     return end == kNotFound ? from : end + EndMark(kind).size();
 }
 
-// The position of the ">" that ends the tag at AT; one inside quotes does not. kNotFound when there
-// is none before the next "<".
+// The position of the ">" that ends the tag at `at`; one inside quotes does not. kNotFound when
+// there is none before the next "<".
 std::size_t TagEnd(std::string_view record, std::size_t at) {
     char quote = 0;
     for (++at; at < record.size() && record[at] != '<'; ++at) {

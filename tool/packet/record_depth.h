@@ -6,7 +6,7 @@
 
 namespace tool {
 
-// Whether the elements of RECORD, itself among them, are nested deeper than DEPTH. Looks at tags
+// Whether the elements of `record`, itself among them, are nested deeper than DEPTH. Looks at tags
 // only, so that it can say so of any text, in constant memory.
 bool IsNestedDeeperThan(std::size_t depth, std::string_view record);
 

@@ -69,7 +69,7 @@ RecordPart& RecordElements::NewPart(RecordPart::Kind kind, std::size_t offset) {
     part.name.clear();
     part.text.clear();
     part.offset = offset;
-    part.parent = m_open.empty() ? RecordPart::none : m_open.back();
+    part.parent = m_open.empty() ? RecordPart::kNone : m_open.back();
     part.holdsElement = false;
     part.read = false;
     return part;
@@ -121,7 +121,7 @@ void RecordElements::AddText(std::string_view text) {
 void RecordElements::AddLooseText(std::string_view text) {
     const std::size_t offset = m_parser.Offset();
     // A reference is text even if what it stands for is blank.
-    const std::size_t first = m_record[offset] == '&' ? 0 : text.find_first_not_of(xmlBlanks);
+    const std::size_t first = m_record[offset] == '&' ? 0 : text.find_first_not_of(kXmlBlanks);
     if (!m_looseGoesOn && first == std::string_view::npos) {
         return;
     }

@@ -12,7 +12,7 @@ namespace tool {
 
 // Something that stands in a record, as XML says.
 struct RecordPart {
-    static constexpr std::size_t none = static_cast<std::size_t>(-1);
+    static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
     enum class Kind {
         Field,  // an element in the record, at any depth
@@ -21,12 +21,12 @@ struct RecordPart {
     };
 
     Kind kind = Kind::Field;
-    std::string name;           // of a field: its attribute "name", empty when it has none
-    std::string text;           // of a field: its text up to the first element in it
-    std::size_t offset = 0;     // of its first byte in the record
-    std::size_t parent = none;  // the field that it stands in; none: in the record itself
-    bool holdsElement = false;  // another element stands in it
-    bool read = false;          // the importer reads it as a field
+    std::string name;            // of a field: its attribute "name", empty when it has none
+    std::string text;            // of a field: its text up to the first element in it
+    std::size_t offset = 0;      // of its first byte in the record
+    std::size_t parent = kNone;  // the field that it stands in; kNone: in the record itself
+    bool holdsElement = false;   // another element stands in it
+    bool read = false;           // the importer reads it as a field
 };
 
 // A record read as any XML reader would read it, in document order, beside the place where the
@@ -36,7 +36,7 @@ class RecordElements {
   public:
     enum class StopCause { None, Text, EndTag, Broken };
 
-    // Reads RECORD, which begins with "<record>". What it has read lasts until the next call.
+    // Reads `record`, which begins with "<record>". What it has read lasts until the next call.
     void Read(std::string_view record);
 
     std::size_t Count() const { return m_count; }

@@ -6,7 +6,7 @@ namespace tool {
 
 namespace {
 
-constexpr std::string_view recordTag = "<record>";
+constexpr std::string_view kRecordTag = "<record>";
 
 // What stands in a section for "<record>". Comments and instructions are not content, so a bracket
 // less does no harm; a CDATA section is split, and its two halves are read as one text.
@@ -16,13 +16,13 @@ std::string_view Disguise(SectionKind kind) {
 
 void AppendDisguised(std::string_view text, SectionKind kind, std::string& out) {
     while (true) {
-        std::size_t found = text.find(recordTag);
+        std::size_t found = text.find(kRecordTag);
         out += text.substr(0, found);
         if (found == std::string_view::npos) {
             return;
         }
         out += Disguise(kind);
-        text.remove_prefix(found + recordTag.size());
+        text.remove_prefix(found + kRecordTag.size());
     }
 }
 
@@ -30,7 +30,7 @@ void AppendDisguised(std::string_view text, SectionKind kind, std::string& out) 
 
 void BuildRecordPacket(std::string_view record, const std::vector<Section>& disguised,
                        std::string& packet) {
-    packet = packetDeclaration;
+    packet = kPacketDeclaration;
     if (ClassifyHead(record, true) == HeadAnswer::Configuration) {
         // An element that ends before the record begins settles the question.
         packet += "<records/>";

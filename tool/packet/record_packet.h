@@ -9,10 +9,10 @@
 
 namespace tool {
 
-// Puts into PACKET the packet that hands the importer one record and no other: the declaration and
-// the text RECORD, which means the same to an XML reader, but in which
+// Puts into `packet` the packet that hands the importer one record and no other: the declaration
+// and the text `record`, which means the same to an XML reader, but in which
 // - the bytes "<record>" occur only once, since the importer looks for records by these bytes alone
-//   and would find one inside a comment, too; DISGUISED lists the sections of RECORD that hold
+//   and would find one inside a comment, too; `disguised` lists the sections of `record` that hold
 //   them;
 // - no element "configuration" opens before the record, as far as the importer is concerned, since
 //   it would take a record whose first field element has that name as a new configuration.

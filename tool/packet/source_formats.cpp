@@ -58,7 +58,7 @@ std::vector<HistoryLine> ReadHistoryLines(std::string_view value) {
 std::vector<AttachmentLines> ReadAttachmentLines(std::string_view value) {
     std::vector<AttachmentLines> attachments;
     const std::vector<std::string> lines = Lines(value);
-    for (std::size_t first = 0; first < lines.size(); first += AttachmentLines::whole) {
+    for (std::size_t first = 0; first < lines.size(); first += AttachmentLines::kWhole) {
         const auto line = [&](std::size_t number) {
             return first + number < lines.size() ? lines[first + number] : std::string();
         };
@@ -66,7 +66,7 @@ std::vector<AttachmentLines> ReadAttachmentLines(std::string_view value) {
                                .fileName = line(1),
                                .fileSize = line(2),
                                .description = line(3),
-                               .count = std::min(AttachmentLines::whole, lines.size() - first)});
+                               .count = std::min(AttachmentLines::kWhole, lines.size() - first)});
     }
     return attachments;
 }

@@ -20,7 +20,7 @@ using HistoryColumns = std::array<std::string, kHistoryColumns.size()>;
 // A line of a history value. Columns that it does not have are empty.
 struct HistoryLine {
     // A line of more columns, the id among them, is dropped whole.
-    static constexpr std::size_t mostColumns = 6;
+    static constexpr std::size_t kMostColumns = 6;
 
     std::string id;          // what the source calls the entry
     HistoryColumns columns;  // behind the id, as the source writes them
@@ -31,7 +31,7 @@ std::vector<HistoryLine> ReadHistoryLines(std::string_view value);
 
 // Four lines of an attachments value, or what is left over behind the last whole four.
 struct AttachmentLines {
-    static constexpr std::size_t whole = 4;
+    static constexpr std::size_t kWhole = 4;
 
     std::string id;  // what the source calls the attachment
     std::string fileName;
@@ -39,7 +39,7 @@ struct AttachmentLines {
     std::string description;
     std::size_t count = 0;  // of its lines; fewer than four are dropped
 
-    bool Complete() const { return count == whole; }
+    bool Complete() const { return count == kWhole; }
 };
 
 std::vector<AttachmentLines> ReadAttachmentLines(std::string_view value);

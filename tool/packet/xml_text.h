@@ -7,9 +7,9 @@
 namespace tool {
 
 // White space in markup, as XML defines it.
-inline constexpr std::string_view xmlBlanks = " \t\r\n";
+inline constexpr std::string_view kXmlBlanks = " \t\r\n";
 
-// TEXT as it stands between the double quotes of an attribute, white space kept by references.
+// `text` as it stands between the double quotes of an attribute, white space kept by references.
 std::string EscapedAttribute(std::string_view text);
 
 }  // namespace tool

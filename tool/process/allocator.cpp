@@ -9,7 +9,7 @@
 
 namespace {
 
-// Asks ALLOCATE for memory until it has some or the handler for its want gives up.
+// Asks `allocate` for memory until it has some or the handler for its want gives up.
 template <typename Allocate>
 void* AllocateOrThrow(Allocate allocate) {
     while (true) {

@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 namespace {
 
 // Enough for the name of any source; the rest of a line does not matter.
-constexpr std::size_t longestPlace = std::size_t{8} * 1024;
+constexpr std::size_t kLongestPlace = std::size_t{8} * 1024;
 
 [[noreturn]] void CannotRead(const fs::path& path) {
     const int error = errno;
@@ -59,7 +59,7 @@ class InputFile {
         return ::flock(m_descriptor, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
     }
 
-    // Reads up to SIZE bytes at OFFSET; fewer only at the end.
+    // Reads up to `size` bytes at `offset`; fewer only at the end.
     std::string Read(std::uint64_t offset, std::size_t size) const {
         std::string bytes(size, '\0');
         std::size_t have = 0;
@@ -106,16 +106,16 @@ void ReadLines(const InputFile& file, TakeLine takeLine) {
         std::size_t begin = 0;
         for (std::size_t end = piece.find('\n'); end != std::string::npos;
              begin = end + 1, end = piece.find('\n', begin)) {
-            line.append(piece, begin, std::min(end - begin, longestPlace - line.size()));
+            line.append(piece, begin, std::min(end - begin, kLongestPlace - line.size()));
             takeLine(line, offset + end + 1);
             line.clear();
         }
-        line.append(piece, begin, longestPlace - line.size());
+        line.append(piece, begin, kLongestPlace - line.size());
         offset += piece.size();
     }
 }
 
-// Skips MARK and the digits behind it at AT; nothing when they do not stand there.
+// Skips `mark` and the digits behind it at `at`; nothing when they do not stand there.
 std::optional<std::size_t> SkipNumber(std::string_view line, std::size_t at,
                                       std::string_view mark) {
     if (line.substr(at, mark.size()) != mark) {
@@ -175,15 +175,15 @@ int RejectFileNumber(const fs::path& file) {
     const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
     const std::string_view rest(end, static_cast<std::size_t>(name.data() + name.size() - end));
     const bool ours =
-        error == std::errc() && (rest == fmt::format("-{}.xml", rejectConfigurationKind) ||
-                                 rest == fmt::format("-{}.xml", rejectRecordsKind));
+        error == std::errc() && (rest == fmt::format("-{}.xml", kRejectConfigurationKind) ||
+                                 rest == fmt::format("-{}.xml", kRejectRecordsKind));
     return ours ? number : 0;
 }
 
 KnownRejects::KnownRejects(const fs::path& folder) {
     for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
         const int number = RejectFileNumber(entry.path());
-        if (number > 0 && entry.path().filename() == RejectFileName(number, rejectRecordsKind)) {
+        if (number > 0 && entry.path().filename() == RejectFileName(number, kRejectRecordsKind)) {
             ReadPair(folder, number);
         }
     }
@@ -192,13 +192,13 @@ KnownRejects::KnownRejects(const fs::path& folder) {
 }
 
 void KnownRejects::ReadPair(const fs::path& folder, int number) {
-    const fs::path path = folder / RejectFileName(number, rejectRecordsKind);
+    const fs::path path = folder / RejectFileName(number, kRejectRecordsKind);
     const InputFile file(path);
     if (!file.IsRegular() || file.IsBeingWritten()) {
         return;
     }
     const std::string configuration =
-        HashOf(InputFile(folder / RejectFileName(number, rejectConfigurationKind)));
+        HashOf(InputFile(folder / RejectFileName(number, kRejectConfigurationKind)));
     const auto index = static_cast<std::uint32_t>(m_files.size());
     m_files.push_back({path});
     ReadLines(file, [&](std::string_view line, std::uint64_t next) {
@@ -214,7 +214,7 @@ bool KnownRejects::Contain(std::string_view configuration, std::string_view entr
         return false;
     }
     const std::string_view comment = entry.substr(0, entry.find('\n'));
-    const Key key = KeyOf(HashOf(configuration), PlaceIn(comment.substr(0, longestPlace)));
+    const Key key = KeyOf(HashOf(configuration), PlaceIn(comment.substr(0, kLongestPlace)));
     std::string_view text = entry.substr(std::min(comment.size() + 1, entry.size()));
     if (text.ends_with('\n')) {
         text.remove_suffix(1);

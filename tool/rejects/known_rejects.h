@@ -12,8 +12,8 @@
 namespace tool {
 
 // The two kinds of files in a folder of rejected records; the word stands in their names.
-inline constexpr std::string_view rejectConfigurationKind = "configuration";
-inline constexpr std::string_view rejectRecordsKind = "records";
+inline constexpr std::string_view kRejectConfigurationKind = "configuration";
+inline constexpr std::string_view kRejectRecordsKind = "records";
 
 // The name of a file in a folder of rejected records, such as "0001-records.xml".
 std::string RejectFileName(int number, std::string_view kind);
@@ -35,12 +35,12 @@ class KnownRejects {
   public:
     // Knows nothing.
     KnownRejects() = default;
-    // Reads the files in FOLDER. Links and pipes among them are left alone. Throws
+    // Reads the files in `folder`. Links and pipes among them are left alone. Throws
     // std::system_error when one cannot be read.
     explicit KnownRejects(const std::filesystem::path& folder);
 
-    // Whether a records file holds ENTRY, whole lines of which the first is the comment, and its
-    // configuration file holds CONFIGURATION (empty: there is none). When it does, the file has
+    // Whether a records file holds `entry`, whole lines of which the first is the comment, and its
+    // configuration file holds `configuration` (empty: there is none). When it does, the file has
     // been seen to the disk. Throws std::system_error.
     bool Contain(std::string_view configuration, std::string_view entry);
 

@@ -17,11 +17,11 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::string_view closingTag = "</records>\n";
+constexpr std::string_view kClosingTag = "</records>\n";
 
 // Closes whatever a broken record leaves open, so that the records behind it can still be found. A
 // comment is the place where neither mark means anything if nothing is open.
-constexpr std::string_view closeOpenSection =
+constexpr std::string_view kCloseOpenSection =
     "<!-- a section of the record above is not closed: ]]> ?> -->\n";
 
 std::string Comment(const RejectedRecord& record) {
@@ -43,7 +43,7 @@ std::string Entry(const RejectedRecord& record) {
         text += '\n';
     }
     if (record.openSection) {
-        text += closeOpenSection;
+        text += kCloseOpenSection;
     }
     return text;
 }
@@ -104,7 +104,7 @@ void RejectWriter::Write(const RejectedRecord& record) {
         OpenPair();
     }
     const std::size_t size = text.size();
-    text += closingTag;
+    text += kClosingTag;
     m_unsynced = true;
     try {
         WriteEntry(text);
@@ -154,7 +154,7 @@ bool RejectWriter::IsOurs() const {
 void RejectWriter::LeaveClosed() noexcept {
     try {
         m_records->Truncate(m_end);
-        m_records->Append(closingTag);
+        m_records->Append(kClosingTag);
     } catch (const std::system_error&) {
         // What is whole in it can be loaded all the same.
     }
@@ -169,8 +169,8 @@ KnownRejects& RejectWriter::Known() {
 }
 
 void RejectWriter::OpenPair() {
-    const std::string head = fmt::format("{}\n<records>\n", packetDeclaration);
-    RejectsFolder::Pair pair = m_folder.Add(m_configuration, head + std::string(closingTag));
+    const std::string head = fmt::format("{}\n<records>\n", kPacketDeclaration);
+    RejectsFolder::Pair pair = m_folder.Add(m_configuration, head + std::string(kClosingTag));
     if (!pair.configuration.empty()) {
         m_files.push_back(pair.configuration);
     }

@@ -28,14 +28,14 @@ namespace tool {
 // All operations throw std::system_error that names the file when something cannot be written.
 class RejectWriter {
   public:
-    // Throws when DIRECTORY is no directory, or is seen now to be one that cannot be written.
+    // Throws when `directory` is no directory, or is seen now to be one that cannot be written.
     explicit RejectWriter(std::filesystem::path directory);
 
     // Sets the configuration packet under which the following records are rejected: everything that
     // is in force, as one packet. Empty when there is none; then no configuration file is written.
     void SetConfiguration(std::string packet);
 
-    // Writes RECORD behind those rejected before.
+    // Writes `record` behind those rejected before.
     void Write(const RejectedRecord& record);
 
     // Sees what was written to the disk; to be called before a transaction ends that says that
@@ -68,7 +68,7 @@ class RejectWriter {
     std::vector<std::filesystem::path> m_files;
 };
 
-// TEXT made fit to stand in an XML comment: one line without control characters, without "--" and
+// `text` made fit to stand in an XML comment: one line without control characters, without "--" and
 // without the bytes "<record>", by which records are found; valid UTF-8.
 std::string CommentText(std::string_view text);
 

@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 namespace {
 
 // With more digits the order of the names would not be the order of the numbers.
-constexpr int highestNumber = 9999;
+constexpr int kHighestNumber = 9999;
 
 [[noreturn]] void Refuse(const fs::path& path, int error, std::string_view what) {
     throw std::system_error(error, std::generic_category(),
@@ -50,7 +50,7 @@ class FolderLock {
     int m_descriptor;
 };
 
-// Gives FILE its name at PATH unless something stands there; true when it has it.
+// Gives `file` its name at `path` unless something stands there; true when it has it.
 bool MoveToNew(const fs::path& file, const fs::path& path) {
     if (::renameat2(AT_FDCWD, file.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) == 0) {
         return true;
@@ -132,16 +132,16 @@ RejectsFolder::Pair RejectsFolder::Add(std::string_view configuration,
                                        std::string_view records) const {
     Make();
     const FolderLock lock(m_path);
-    for (int number = NextNumber(); number <= highestNumber; ++number) {
+    for (int number = NextNumber(); number <= kHighestNumber; ++number) {
         fs::path beside;
         if (!configuration.empty()) {
-            beside = m_path / RejectFileName(number, rejectConfigurationKind);
+            beside = m_path / RejectFileName(number, kRejectConfigurationKind);
             if (!Create(beside, configuration)) {
                 continue;
             }
         }
         // The configuration goes first: records without theirs would be loaded under another one.
-        if (auto file = Create(m_path / RejectFileName(number, rejectRecordsKind), records)) {
+        if (auto file = Create(m_path / RejectFileName(number, kRejectRecordsKind), records)) {
             SyncFolder(m_path);
             return {beside, std::move(*file)};
         }

@@ -15,7 +15,7 @@ namespace tool {
 // All operations throw std::system_error that names the file when something cannot be written.
 class RejectsFolder {
   public:
-    // Throws when PATH is no folder, or is seen now to be one that cannot be written.
+    // Throws when `path` is no folder, or is seen now to be one that cannot be written.
     explicit RejectsFolder(std::filesystem::path path);
 
     const std::filesystem::path& Path() const { return m_path; }
@@ -27,8 +27,8 @@ class RejectsFolder {
     };
 
     // Adds a pair of files under the next free number, making the folder where it is missing. Each
-    // appears with its content at once, on the disk as well. An empty CONFIGURATION makes no file.
-    // As long as the records file is open, others see that it is being written (flock).
+    // appears with its content at once, on the disk as well. An empty `configuration` makes no
+    // file. As long as the records file is open, others see that it is being written (flock).
     Pair Add(std::string_view configuration, std::string_view records) const;
 
   private:

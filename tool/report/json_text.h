@@ -6,8 +6,8 @@
 
 namespace tool {
 
-// JSON in one line. What is not UTF-8, in a file name or a damaged database, becomes U+FFFD.
-// Characters that would do something to a terminal are escaped, those that JSON leaves alone too.
+// `json` in one line. What is not UTF-8, in a file name or a damaged database, becomes U+FFFD.
+// Characters that would do something to a terminal are escaped, those that `json` leaves alone too.
 std::string JsonText(const nlohmann::ordered_json& json);
 
 }  // namespace tool

@@ -21,7 +21,7 @@ namespace tool {
 // All operations throw std::system_error that names the file when something cannot be written.
 class ListReport {
   public:
-    // Makes files beside PATH, so that a place that cannot be written shows before the work.
+    // Makes files beside `path`, so that a place that cannot be written shows before the work.
     // Without Finish nothing is left of it. See ReplacingFile for links and for what is no file.
     explicit ListReport(const std::filesystem::path& path, std::size_t lists = 1);
 
@@ -29,8 +29,9 @@ class ListReport {
     // comma where it is not the first.
     void AddItem(std::string_view text, std::size_t list = 0);
 
-    // Writes the lists to the path, HEAD before them, TAIL behind them and the texts BETWEEN, one
-    // less than there are lists, in between. To be called once; nothing may be added afterwards.
+    // Writes the lists to the path, `head` before them, `tail` behind them and the texts `between`,
+    // one less than there are lists, in between. To be called once; nothing may be added
+    // afterwards.
     void Finish(std::string_view head, std::string_view tail,
                 std::initializer_list<std::string_view> between = {});
 

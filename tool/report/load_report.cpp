@@ -10,8 +10,8 @@ namespace tool {
 
 namespace {
 
-constexpr std::size_t rejectsList = 0;
-constexpr std::size_t lossesList = 1;
+constexpr std::size_t kRejectsList = 0;
+constexpr std::size_t kLossesList = 1;
 
 // As the members of a JSON object, without its braces: "\"read\":1,...".
 std::string TotalsAsJson(const LoadTotals& totals) {
@@ -29,7 +29,7 @@ void LoadReport::Rejects(const RejectedRecord& record) {
                               {"record", record.number},
                               {"source_id", record.sourceId},
                               {"error", record.reason}}),
-                    rejectsList);
+                    kRejectsList);
 }
 
 void LoadReport::Finish(const LoadTotals& totals) {
@@ -48,7 +48,7 @@ void CheckReport::Loses(const Loss& loss) {
                               {"source_id", loss.sourceId},
                               {"field", loss.field},
                               {"text", loss.text}}),
-                    lossesList);
+                    kLossesList);
 }
 
 void CheckReport::Finish(const LoadTotals& totals) {

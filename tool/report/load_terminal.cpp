@@ -64,9 +64,9 @@ void LoadTerminal::Loses(const Loss& loss) {
         return;
     }
     const std::uint64_t count = ++m_warned[loss.kind];
-    if (count <= LossLog::shownOfEachKind) {
+    if (count <= LossLog::kShownOfEachKind) {
         Warns(fmt::format("warning: {}: {}", PlaceOf(loss), loss.text));
-    } else if (count == LossLog::shownOfEachKind + 1) {
+    } else if (count == LossLog::kShownOfEachKind + 1) {
         Warns(
             fmt::format("warning: further {} are not shown; \"ztimport check --report\" lists all",
                         LossKindTitle(loss.kind)));

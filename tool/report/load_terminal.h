@@ -17,8 +17,8 @@ namespace tool {
 // What a load shows on the terminal: progress, rejections and warnings, and in the end the totals.
 class LoadTerminal : public LoadSink {
   public:
-    // OUT gets the totals, ERR everything else; both stay the caller's. TOTALBYTES is the size of
-    // all sources.
+    // `out` gets the totals, `err` everything else; both stay the caller's. `totalBytes` is the
+    // size of all sources.
     LoadTerminal(const LoadOptions& options, std::uint64_t totalBytes, std::ostream& out,
                  std::ostream& err);
 

@@ -8,10 +8,10 @@ namespace tool {
 
 std::optional<std::string> LossLog::Add(const Loss& loss) {
     const std::uint64_t count = ++m_counts.at(static_cast<std::size_t>(loss.kind));
-    if (count <= shownOfEachKind) {
+    if (count <= kShownOfEachKind) {
         return fmt::format("would be lost: {}: {}", PlaceOf(loss), loss.text);
     }
-    if (count == shownOfEachKind + 1) {
+    if (count == kShownOfEachKind + 1) {
         return fmt::format("would be lost: further {} are counted; --report lists all",
                            LossKindTitle(loss.kind));
     }
@@ -28,7 +28,7 @@ std::uint64_t LossLog::Count(LossKind kind) const {
 
 std::string LossLog::Summary() const {
     std::string text;
-    for (const LossKind kind : lossKinds) {
+    for (const LossKind kind : kLossKinds) {
         if (const std::uint64_t count = Count(kind); count > 0) {
             text += fmt::format("{}: {}\n", LossKindTitle(kind), count);
         }

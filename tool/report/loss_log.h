@@ -14,7 +14,7 @@ namespace tool {
 // there are.
 class LossLog {
   public:
-    static constexpr std::uint64_t shownOfEachKind = 20;
+    static constexpr std::uint64_t kShownOfEachKind = 20;
 
     // Counts a loss. Returns the line to show for it, nothing when there have been enough.
     std::optional<std::string> Add(const Loss& loss);
@@ -26,7 +26,7 @@ class LossLog {
     std::string Summary() const;
 
   private:
-    std::array<std::uint64_t, lossKinds.size()> m_counts{};
+    std::array<std::uint64_t, kLossKinds.size()> m_counts{};
 };
 
 // Where a loss is, for people: "bugs.xml, record 3 (core-25), line 412, field title".

@@ -16,11 +16,11 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto redrawPause = 200ms;
-constexpr auto plainPause = 10s;
-constexpr auto plainStepPause = 1s;
-constexpr auto samplePause = 1s;
-constexpr std::size_t samplesKept = 10;
+constexpr auto kRedrawPause = 200ms;
+constexpr auto kPlainPause = 10s;
+constexpr auto kPlainStepPause = 1s;
+constexpr auto kSamplePause = 1s;
+constexpr std::size_t kSamplesKept = 10;
 
 double Seconds(std::chrono::steady_clock::duration span) {
     return std::chrono::duration<double>(span).count();
@@ -72,19 +72,19 @@ void Progress::Update(std::uint64_t records, std::uint64_t bytes) {
 bool Progress::IsDue(const Sample& now) const {
     auto pause = now.time - m_shown.time;
     if (m_style == ProgressStyle::Terminal) {
-        return pause >= redrawPause;
+        return pause >= kRedrawPause;
     }
     bool stepped = m_totalBytes > 0 && Percent(now.bytes, m_totalBytes) / 10 >
                                            Percent(m_shown.bytes, m_totalBytes) / 10;
-    return pause >= plainPause || (stepped && pause >= plainStepPause);
+    return pause >= kPlainPause || (stepped && pause >= kPlainStepPause);
 }
 
 void Progress::Remember(const Sample& now) {
-    if (now.time - m_recent.back().time < samplePause) {
+    if (now.time - m_recent.back().time < kSamplePause) {
         return;
     }
     m_recent.push_back(now);
-    if (m_recent.size() > samplesKept) {
+    if (m_recent.size() > kSamplesKept) {
         m_recent.pop_front();
     }
 }

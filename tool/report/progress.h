@@ -28,16 +28,16 @@ class Progress {
     using TimePoint = std::chrono::steady_clock::time_point;
     using Clock = std::function<TimePoint()>;
 
-    // Writes to OUT, which stays the caller's. TOTALBYTES is the size of all sources, 0 when it is
-    // not known; then neither part nor time left are shown.
+    // Writes to `out`, which stays the caller's. `totalBytes` is the size of all sources, 0 when it
+    // is not known; then neither part nor time left are shown.
     Progress(std::ostream& out, ProgressStyle style, std::uint64_t totalBytes,
              Clock clock = std::chrono::steady_clock::now);
 
-    // Says that RECORDS have been dealt with and BYTES of the sources been read, both since the
+    // Says that `records` have been dealt with and `bytes` of the sources been read, both since the
     // beginning. May be called for every record.
     void Update(std::uint64_t records, std::uint64_t bytes);
 
-    // Writes LINE on a line of its own, whatever the style, without mixing it with the progress.
+    // Writes `line` on a line of its own, whatever the style, without mixing it with the progress.
     // What could do something to a terminal is made visible (VisibleLines).
     void Print(std::string_view line);
 

@@ -38,7 +38,7 @@ Lost LostBy(LossKind kind) {
 
 std::uint64_t NumberOf(Lost lost, const LossLog& losses) {
     std::uint64_t count = 0;
-    for (const LossKind kind : lossKinds) {
+    for (const LossKind kind : kLossKinds) {
         count += LostBy(kind) == lost ? losses.Count(kind) : 0;
     }
     return count;

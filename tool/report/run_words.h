@@ -12,7 +12,7 @@ namespace tool {
 
 // What a load says at its end, and a rehearsal in other words: each a few whole lines.
 
-// WOULD stands before what was done: "would be " in a rehearsal, else nothing.
+// `would` stands before what was done: "would be " in a rehearsal, else nothing.
 std::string TotalsText(const LoadTotals& totals, std::string_view would);
 
 // What came out of a rehearsal.

@@ -31,7 +31,7 @@ std::string PlaceOf(const Difference& difference) {
     return place;
 }
 
-// THING is a difference or a fault.
+// `thing` is a difference or a fault.
 std::string SubjectOf(const auto& thing) {
     std::string subject = thing.type;
     if (!thing.id.empty()) {

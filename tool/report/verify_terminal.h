@@ -16,8 +16,8 @@ namespace tool {
 // the verdict. Stages begin before anything else is told.
 class VerifyTerminal final : public VerifySink {
   public:
-    // OUT gets the result, ERR the progress and the differences; both stay the caller's. QUIET
-    // leaves the differences only.
+    // `out` gets the result, `err` the progress and the differences; both stay the caller's.
+    // `quiet` leaves the differences only.
     VerifyTerminal(bool quiet, std::ostream& out, std::ostream& err);
 
     void Begins(std::uint64_t total) override;

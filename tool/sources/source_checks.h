@@ -15,8 +15,8 @@ namespace tool {
 // empty path is none.
 void RequireFolder(const std::filesystem::path& attachments);
 
-// The record type of the configuration that the source called NAME is. Throws SourceError when the
-// database does not have it.
+// The record type of the configuration that the source called `name` is. Throws SourceError when
+// the database does not have it.
 const recorddb::schema::RecordType& RequireType(const recorddb::schema::Schema& schema,
                                                 const ImportConfiguration& configuration,
                                                 const std::string& name);
@@ -24,7 +24,7 @@ const recorddb::schema::RecordType& RequireType(const recorddb::schema::Schema& 
 // The names of all record types, for people.
 std::string NamesOfTypes(const recorddb::schema::Schema& schema);
 
-// Throw SourceError when the data of the source called NAME cannot be used: because no
+// Throw SourceError when the data of the source called `name` cannot be used: because no
 // configuration came before them, because they are attachments and there is no folder for them.
 void RequireConfiguration(const ImportConfiguration& configuration, const std::string& name);
 void RequireAttachments(const std::filesystem::path& attachments, const std::string& name);

@@ -40,7 +40,7 @@ struct WalkOptions {
 // configuration in force. Memory does not grow with the sources.
 class SourceWalk {
   public:
-    // SOURCES stay the caller's.
+    // `sources` stay the caller's.
     SourceWalk(const SourceList& sources, WalkOptions options);
 
     // Goes on. Throws SourceError when a source or its configuration cannot be used or read on, or
@@ -66,13 +66,13 @@ class SourceWalk {
     void RequireUsableData() const;
 
     // What the source in hand is known by: its content, and the configuration in force, which is
-    // one of TYPE.
+    // one of `type`.
     recorddb::journal::JournalKey Key(const recorddb::schema::RecordType& type) const;
 
     // The record in hand, until the next step.
     const SourceRecord& Record() const { return m_record; }
-    // The original id in RAW, a record of the source in hand as it stands there; empty when it has
-    // none, or it cannot be made out.
+    // The original id in `raw`, a record of the source in hand as it stands there; empty when it
+    // has none, or it cannot be made out.
     std::string IdIn(std::string_view raw) const;
 
     // All records of the source in hand as one packet, read anew. Throws SourceError.

@@ -6,12 +6,12 @@ namespace tool {
 
 namespace {
 
-constexpr std::string_view mask = "***";
-constexpr std::string_view blanks = " \t\r\n";
+constexpr std::string_view kMask = "***";
+constexpr std::string_view kBlanks = " \t\r\n";
 
-// Where a word that begins at BEGIN ends.
+// Where a word that begins at `begin` ends.
 std::size_t EndOfWord(std::string_view text, std::size_t begin) {
-    return std::min(text.find_first_of(blanks, begin), text.size());
+    return std::min(text.find_first_of(kBlanks, begin), text.size());
 }
 
 // A password may hold any character unescaped when a person types it, so it ends at the word's last
@@ -26,7 +26,7 @@ std::string WithoutUrlPassword(std::string_view word) {
         return std::string(word);
     }
     std::string masked(word.substr(0, colon + 1));
-    masked += mask;
+    masked += kMask;
     masked += word.substr(at);
     return masked;
 }
@@ -37,7 +37,7 @@ std::string WithoutParameter(std::string text) {
          at = text.find(name, at + name.size())) {
         const std::size_t begin = at + name.size();
         const std::size_t end = std::min(text.find_first_of("&#", begin), text.size());
-        text.replace(begin, end - begin, mask);
+        text.replace(begin, end - begin, kMask);
     }
     return text;
 }
@@ -47,7 +47,7 @@ std::string WithoutParameter(std::string text) {
 std::string WithoutPasswords(std::string_view text) {
     std::string out;
     while (!text.empty()) {
-        const std::size_t begin = std::min(text.find_first_not_of(blanks), text.size());
+        const std::size_t begin = std::min(text.find_first_not_of(kBlanks), text.size());
         const std::size_t end = EndOfWord(text, begin);
         out += text.substr(0, begin);
         if (begin < end) {

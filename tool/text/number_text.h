@@ -13,7 +13,7 @@ namespace tool {
 // "1,234,567".
 std::string Grouped(std::uint64_t number);
 
-// "1 record", "1,234 records". PLURAL is given for nouns that do not take an s.
+// "1 record", "1,234 records". `plural` is given for nouns that do not take an s.
 std::string CountOf(std::uint64_t number, std::string_view noun, std::string_view plural = {});
 
 // A length of time: "0.84 seconds", "12.3 seconds", "4 minutes 5 seconds", "2 hours 10 minutes".

@@ -11,7 +11,7 @@ namespace tool {
 
 namespace {
 
-constexpr std::string_view indent = "    ";
+constexpr std::string_view kIndent = "    ";
 
 // Most of any text.
 bool IsPlain(std::uint8_t byte) {
@@ -96,7 +96,7 @@ std::string VisibleLines(std::string_view text) {
     for (std::size_t end = text.find('\n'); end != std::string_view::npos; end = text.find('\n')) {
         out += VisibleText(text.substr(0, end));
         out += '\n';
-        out += indent;
+        out += kIndent;
         text.remove_prefix(end + 1);
     }
     return out + VisibleText(text);

@@ -7,8 +7,8 @@
 
 namespace tool {
 
-// TEXT, which may come from anywhere, as it may stand in one line of a terminal: nothing in it can
-// move the cursor, change colours, or turn the order of what is read around. Control characters
+// `text`, which may come from anywhere, as it may stand in one line of a terminal: nothing in it
+// can move the cursor, change colours, or turn the order of what is read around. Control characters
 // (C0, C1), separators of lines and paragraphs, bidirectional controls and noncharacters are
 // written as in C: "\n", "\x1b", "\u202e". So are bytes that are not UTF-8: "\xff". The rest stays
 // as it is.
@@ -18,7 +18,7 @@ std::string VisibleText(std::string_view text);
 // from outside cannot be taken for a line of the program.
 std::string VisibleLines(std::string_view text);
 
-// TEXT with the same characters written as ESCAPE says, for other notations: it is given the
+// `text` with the same characters written as ESCAPE says, for other notations: it is given the
 // character, negative for what is none, and its bytes.
 std::string Escaped(std::string_view text,
                     std::string (*escape)(std::int32_t character, std::string_view bytes));

@@ -14,7 +14,7 @@ namespace tool {
 
 // Compares a record's attachments, field by field, in their order: names, sizes, descriptions and
 // contents, the source's contents being the files. What the database has beside them is a
-// difference where the sources create the record. CONTENTS and FILES give the contents.
+// difference where the sources create the record. `contents` and `files` give the contents.
 void CompareAttachments(const ExpectedRecord& expected,
                         const std::vector<recorddb::Attachment>& stored, StoredContents& contents,
                         const AttachmentFiles& files, DifferenceReporter& reporter,

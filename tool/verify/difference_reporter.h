@@ -17,8 +17,8 @@ class DifferenceReporter {
     using Take = std::function<void(const Difference&)>;
     using SourceName = std::function<std::string(std::size_t)>;
 
-    // SUBJECT has the type, id and source id of the record. TAKE gets the differences; NAMEOF gives
-    // the name of a source by its position.
+    // `subject` has the type, id and source id of the record. `take` gets the differences; `nameOf`
+    // gives the name of a source by its position.
     DifferenceReporter(Difference subject, Take take, SourceName nameOf)
         : m_subject(std::move(subject)), m_take(std::move(take)), m_nameOf(std::move(nameOf)) {}
 

@@ -19,7 +19,7 @@ std::string BaseName(const std::string& path) {
 }
 
 const Field& StateOf(const RecordType& type) {
-    return *type.FindField(recorddb::schema::stateName);
+    return *type.FindField(recorddb::schema::kStateName);
 }
 
 bool Holds(const std::vector<ExpectedTarget>& targets, const ExpectedTarget& target) {

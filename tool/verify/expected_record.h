@@ -55,13 +55,13 @@ struct ExpectedAttachments {
 // sources speak of them again.
 class ExpectedRecord {
   public:
-    // Type and resolver outlive the object. EXACT: nothing is in the record that the sources do not
-    // say, whether they create it or not.
+    // Type and resolver outlive the object. `exact`: nothing is in the record that the sources do
+    // not say, whether they create it or not.
     ExpectedRecord(const recorddb::schema::RecordType& type, ReferenceResolver& resolver,
                    bool exact);
 
-    // Takes in what RECORD, the next in the order of the sources, says under CONFIGURATION. Throws
-    // sql::Error.
+    // Takes in what `record`, the next in the order of the sources, says under CONFIGURATION.
+    // Throws sql::Error.
     void Add(const KeptRecord& record, const ImportConfiguration& configuration);
 
     const recorddb::schema::RecordType& Type() const { return m_type; }

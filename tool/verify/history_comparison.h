@@ -10,7 +10,7 @@
 
 namespace tool {
 
-// Compares a record's history with STORED, the database's, by time and, at one time, in the order
+// Compares a record's history with `stored`, the database's, by time and, at one time, in the order
 // of arrival. Entries that differ in one column are told as such, others as missing or as unknown
 // to the sources; these are no difference where the sources do not create the record.
 void CompareHistory(const ExpectedRecord& expected,

@@ -15,7 +15,7 @@ namespace tool {
 // of one record. Every operation throws std::runtime_error when the scratch database fails.
 class RecordShelf {
   public:
-    // SCRATCH, an empty database, outlives the object.
+    // `scratch`, an empty database, outlives the object.
     explicit RecordShelf(recorddb::sql::Connection& scratch);
 
     void Add(const KeptRecord& record);

@@ -23,12 +23,12 @@ class ReferenceResolver {
     // The look-up outlives the object.
     explicit ReferenceResolver(RecordLookup& lookup) : m_lookup(lookup) {}
 
-    // VALUE, not empty, stands in a packet under the name PACKETNAME for a reference or reference
-    // list. Throws sql::Error.
+    // `value`, not empty, stands in a packet under the name `packetName` for a reference or
+    // reference list. Throws sql::Error.
     ExpectedTarget Resolve(const recorddb::schema::Field& field, const std::string& packetName,
                            const std::string& value, const ImportConfiguration& configuration);
 
-    // The record of TYPE that has VALUE as its original id.
+    // The record of `type` that has `value` as its original id.
     ExpectedTarget ResolveOriginal(const recorddb::schema::RecordType& type,
                                    const std::string& value,
                                    const ImportConfiguration& configuration);

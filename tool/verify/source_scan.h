@@ -26,7 +26,7 @@ namespace tool {
 // what an import drops, is told as a difference.
 class SourceScan {
   public:
-    // All of them outlive the object. ATTACHMENTS is the folder, empty for none.
+    // All of them outlive the object. `attachments` is the folder, empty for none.
     SourceScan(RecordLookup& lookup, RecordShelf& shelf, const std::filesystem::path& attachments,
                VerifyTally& tally, VerifySink& sink, const RecordLimits& limits);
 

@@ -16,8 +16,8 @@ struct VerifyOptions {
     std::string database;
     std::vector<std::string> sources;
     std::filesystem::path attachments;  // folder; empty for none
-    std::int64_t maxAttachmentSize = recorddb::defaultMaxAttachmentSize;
-    std::int64_t maxReferenceTries = recorddb::defaultMaxReferenceTries;
+    std::int64_t maxAttachmentSize = recorddb::kDefaultMaxAttachmentSize;
+    std::int64_t maxReferenceTries = recorddb::kDefaultMaxReferenceTries;
     std::filesystem::path report;  // file; empty for none
     std::filesystem::path html;    // file; empty for none
     RecordLimits limits;

@@ -17,7 +17,7 @@ namespace {
 
 constexpr const char16_t* kAddError = u"AddHistory error: %s";
 
-const Obx_String expired_timestamp_label = u"expired_timestamp";
+const Obx_String kExpiredTimestampLabel = u"expired_timestamp";
 
 // Rewrites the time in the form that history entries carry; false when it is not a time.
 bool Reformat(Obx_String& time) {
@@ -56,7 +56,7 @@ AdImporter::Steps::HistoryLine::HistoryLine(AdImporter& importer, const CMapStri
     for (std::size_t k = 0; k < history_label.size(); ++k) {
         entry.Lookup(history_label[k], m_columns[k]);
     }
-    entry.Lookup(expired_timestamp_label, m_expiryTime);
+    entry.Lookup(kExpiredTimestampLabel, m_expiryTime);
 }
 
 void AdImporter::Steps::HistoryLine::AddToBatch(long recordDbid, Obx_String& error) {

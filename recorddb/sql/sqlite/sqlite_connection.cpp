@@ -13,7 +13,7 @@ namespace recorddb::sql {
 
 namespace {
 
-constexpr Dialect sqliteDialect = {
+constexpr Dialect kSqliteDialect = {
     .identityColumn = "INTEGER PRIMARY KEY",
     .blobType = "BLOB",
     .clusteredTable = " WITHOUT ROWID",
@@ -22,7 +22,7 @@ constexpr Dialect sqliteDialect = {
 
 // In the order of Connection::Control. One name serves every savepoint: the engine always takes the
 // innermost one of that name, and so three statements do for any depth of nesting.
-constexpr std::array<std::string_view, 6> controlSql = {
+constexpr std::array<std::string_view, 6> kControlSql = {
     "BEGIN IMMEDIATE",
     "COMMIT",
     "ROLLBACK",
@@ -84,7 +84,7 @@ bool SqliteConnection::HasIndex(std::string_view name) {
 }
 
 const Dialect& SqliteConnection::GetDialect() const {
-    return sqliteDialect;
+    return kSqliteDialect;
 }
 
 void SqliteConnection::Run(Control control) {
@@ -122,7 +122,7 @@ void SqliteConnection::ExecuteControl(Control control) {
     if (statement == nullptr) {
         // A reader has no use for the write lock and may not take it.
         const bool readerBegins = control == Control::Begin && m_readOnly;
-        statement = &Prepare(readerBegins ? "BEGIN" : controlSql.at(index));
+        statement = &Prepare(readerBegins ? "BEGIN" : kControlSql.at(index));
     }
     statement->Execute();
 }

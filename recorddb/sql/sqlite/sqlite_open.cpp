@@ -17,7 +17,7 @@ namespace {
 
 // How long a writer waits for another one. Loads commit every few hundred records, so the lock
 // comes free many times within this.
-constexpr int busyTimeoutMilliseconds = 10'000;
+constexpr int kBusyTimeoutMilliseconds = 10'000;
 
 // Set on every connection and changing nothing in the file.
 //
@@ -31,7 +31,7 @@ constexpr int busyTimeoutMilliseconds = 10'000;
 //
 // wal_autocheckpoint is in pages: the log is copied into the file at 40 MB instead of 4. Loads
 // commit often and write the same pages many times over, which then reach the file once.
-constexpr const char* settings =
+constexpr const char* kSettings =
     "PRAGMA foreign_keys = ON;"
     "PRAGMA synchronous = NORMAL;"
     "PRAGMA cache_size = -32768;"
@@ -40,11 +40,11 @@ constexpr const char* settings =
 
 // What a database that was made here says of itself, "ZTRD"; the `file` command shows it. Databases
 // made by early versions say nothing, which is 0.
-constexpr std::int64_t applicationId = 0x5A545244;
+constexpr std::int64_t kApplicationId = 0x5A545244;
 
 // For a file that is thrown away: nothing is synced and nothing can be undone. What does not fit
 // the cache, sorting included, goes to disk; that is what the file is for.
-constexpr const char* scratchSettings =
+constexpr const char* kScratchSettings =
     "PRAGMA journal_mode = OFF;"
     "PRAGMA synchronous = OFF;"
     "PRAGMA locking_mode = EXCLUSIVE;"
@@ -86,7 +86,7 @@ std::int64_t ApplicationId(sqlite3* handle) {
 // Opening alone reads nothing; this makes a file that is no database fail here and not later.
 void ReadHeader(sqlite3* handle) {
     Execute(handle, "SELECT count(*) FROM sqlite_master");
-    if (const std::int64_t id = ApplicationId(handle); id != 0 && id != applicationId) {
+    if (const std::int64_t id = ApplicationId(handle); id != 0 && id != kApplicationId) {
         throw Error(
             ErrorKind::NotADatabase,
             fmt::format("it is a database of another program (its application id is {})", id), "");
@@ -146,7 +146,7 @@ std::string UriOf(const std::string& path) {
 // asks for. It can be told to leave that only before it is first used; a program that has used it
 // already keeps the counting.
 void DoWithoutMemoryStatistics() {
-    [[maybe_unused]] static const int configured = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+    [[maybe_unused]] static const int kConfigured = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
 }
 
 void CheckPath(const std::string& path, OpenMode mode) {
@@ -179,7 +179,7 @@ SqliteConnection::Handle SqliteConnection::OpenHandle(const std::string& path, i
     Handle handle(raw);
     CheckSqlite(raw, code, "");
     sqlite3_extended_result_codes(raw, 1);
-    sqlite3_busy_timeout(raw, busyTimeoutMilliseconds);
+    sqlite3_busy_timeout(raw, kBusyTimeoutMilliseconds);
     return handle;
 }
 
@@ -237,7 +237,7 @@ SqliteConnection::Handle SqliteConnection::OpenReadWrite(const std::string& path
     ReadHeader(handle.get());
     if (create) {
         // Stored in the file, so they hold for every later connection.
-        Execute(handle.get(), fmt::format("PRAGMA application_id = {}", applicationId).c_str());
+        Execute(handle.get(), fmt::format("PRAGMA application_id = {}", kApplicationId).c_str());
         Execute(handle.get(), "PRAGMA journal_mode = WAL");
     }
     return handle;
@@ -262,7 +262,7 @@ std::unique_ptr<Connection> SqliteConnection::Open(const std::string& path, Open
     const std::string file = mode == OpenMode::CreateNew ? path : WithoutLinks(path);
     try {
         Handle handle = OpenInMode(file, mode);
-        Execute(handle.get(), settings);
+        Execute(handle.get(), kSettings);
         return std::unique_ptr<Connection>(new SqliteConnection(std::move(handle), mode));
     } catch (const Error& error) {
         throw Error(error.Kind(), path + ": " + error.DriverText(), error.Sql());
@@ -276,7 +276,7 @@ std::vector<std::string> SqliteConnection::SideFiles(const std::string& path) {
 std::unique_ptr<Connection> SqliteConnection::OpenScratch() {
     // The engine's name for a database in a temporary file that only this connection knows.
     Handle handle = OpenHandle("", SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
-    Execute(handle.get(), scratchSettings);
+    Execute(handle.get(), kScratchSettings);
     return std::unique_ptr<Connection>(
         new SqliteConnection(std::move(handle), OpenMode::ReadWrite));
 }

@@ -57,8 +57,8 @@ void Free(void* block) {
 
 // Stands in for expat's own, so that the platform's parsers come from here.
 XML_Parser XML_ParserCreate(const XML_Char* encoding) {
-    static const XML_Memory_Handling_Suite memory = {Allocate, Reallocate, Free};
-    XML_Parser parser = XML_ParserCreate_MM(encoding, &memory, nullptr);
+    static const XML_Memory_Handling_Suite kMemory = {Allocate, Reallocate, Free};
+    XML_Parser parser = XML_ParserCreate_MM(encoding, &kMemory, nullptr);
     if (parser != nullptr) {
         ++g_parsersMade;
         Parsers().insert(parser);

@@ -28,10 +28,10 @@ class OpenTest : public SqlTest {
         return statement->Step() ? std::string(statement->Text(0)) : "";
     }
 
-    static constexpr auto readable = static_cast<std::filesystem::perms>(0444);
-    static constexpr auto writable = static_cast<std::filesystem::perms>(0666);
-    static constexpr auto closedFolder = static_cast<std::filesystem::perms>(0555);
-    static constexpr auto openFolder = static_cast<std::filesystem::perms>(0777);
+    static constexpr auto kReadable = static_cast<std::filesystem::perms>(0444);
+    static constexpr auto kWritable = static_cast<std::filesystem::perms>(0666);
+    static constexpr auto kClosedFolder = static_cast<std::filesystem::perms>(0555);
+    static constexpr auto kOpenFolder = static_cast<std::filesystem::perms>(0777);
 };
 
 TEST_F(OpenTest, EveryConnectionHasTheSameSettings) {
@@ -51,14 +51,14 @@ TEST_F(OpenTest, EveryConnectionHasTheSameSettings) {
 TEST_F(OpenTest, ReadOnlyInAFolderThatMayNotBeWrittenToIsRefusedWithAdvice) {
     Insert("a");
     Close();
-    SetMode(closedFolder, readable);
+    SetMode(kClosedFolder, kReadable);
     {
         const OrdinaryUser user;
         const Error error = ErrorOf([this] { Open(Path(), OpenMode::ReadOnly); });
         EXPECT_EQ(error.Kind(), ErrorKind::CannotOpen);
         EXPECT_THAT(error.DriverText(), AllOf(HasSubstr(Path()), HasSubstr("--immutable")));
     }
-    SetMode(openFolder, writable);
+    SetMode(kOpenFolder, kWritable);
 }
 
 TEST_F(OpenTest, ImmutableInAFolderThatMayNotBeWrittenTo) {
@@ -66,9 +66,9 @@ TEST_F(OpenTest, ImmutableInAFolderThatMayNotBeWrittenTo) {
     Close();
     const std::string odd = m_folder.File("50% ?#&.db");
     std::filesystem::rename(Path(), odd);
-    for (const std::filesystem::perms file : {readable, writable}) {
+    for (const std::filesystem::perms file : {kReadable, kWritable}) {
         std::filesystem::permissions(odd, file);
-        std::filesystem::permissions(m_folder.Path(), closedFolder);
+        std::filesystem::permissions(m_folder.Path(), kClosedFolder);
         {
             const OrdinaryUser user;
             m_connection = Open(odd, OpenMode::Immutable);
@@ -76,7 +76,7 @@ TEST_F(OpenTest, ImmutableInAFolderThatMayNotBeWrittenTo) {
             EXPECT_EQ(Count(), 1);
             Close();
         }
-        std::filesystem::permissions(m_folder.Path(), openFolder);
+        std::filesystem::permissions(m_folder.Path(), kOpenFolder);
     }
 }
 
@@ -90,9 +90,9 @@ class LeftLogTest : public OpenTest {
             std::filesystem::copy_file(Path() + suffix, Copy() + suffix);
         }
         Close();
-        std::filesystem::permissions(m_folder.Path(), openFolder);
+        std::filesystem::permissions(m_folder.Path(), kOpenFolder);
     }
-    ~LeftLogTest() override { std::filesystem::permissions(Folder(), openFolder); }
+    ~LeftLogTest() override { std::filesystem::permissions(Folder(), kOpenFolder); }
 
     std::filesystem::path Folder() const { return m_folder.Path() / "left"; }
     std::string Copy() const { return (Folder() / "copy.db").string(); }
@@ -112,7 +112,7 @@ TEST_F(LeftLogTest, IsReadThroughALink) {
 
 TEST_F(LeftLogTest, IsNotLeftOutThroughALinkToAFolderThatMayNotBeWrittenTo) {
     const std::string link = Link();
-    std::filesystem::permissions(Folder(), closedFolder);
+    std::filesystem::permissions(Folder(), kClosedFolder);
     const OrdinaryUser user;
     const Error error = ErrorOf([&link] { Open(link, OpenMode::ReadOnly); });
     EXPECT_EQ(error.Kind(), ErrorKind::CannotOpen);
@@ -193,7 +193,7 @@ TEST_F(OpenTest, PipeIsNoDatabase) {
 
 TEST_F(OpenTest, ReadWriteOfAReadOnlyFileIsRefused) {
     Close();
-    SetMode(openFolder, readable);
+    SetMode(kOpenFolder, kReadable);
     const OrdinaryUser user;
     const Error error = ErrorOf([this] { Open(Path(), OpenMode::ReadWrite); });
     EXPECT_EQ(error.Kind(), ErrorKind::ReadOnly);
@@ -201,14 +201,14 @@ TEST_F(OpenTest, ReadWriteOfAReadOnlyFileIsRefused) {
 }
 
 TEST_F(OpenTest, CreationInAFolderThatMayNotBeWrittenToIsRefused) {
-    SetMode(closedFolder, writable);
+    SetMode(kClosedFolder, kWritable);
     {
         const OrdinaryUser user;
         const Error error = ErrorOf([this] { Open(m_folder.File("new.db"), OpenMode::CreateNew); });
         EXPECT_EQ(error.Kind(), ErrorKind::CannotOpen);
         EXPECT_THAT(error.what(), HasSubstr("new.db"));
     }
-    SetMode(openFolder, writable);
+    SetMode(kOpenFolder, kWritable);
 }
 
 TEST_F(OpenTest, CreationRefusesAnExistingFile) {

@@ -17,9 +17,9 @@ namespace {
 
 using Strings = std::vector<std::string>;
 
-constexpr const char* hashOfAbc =
+constexpr const char* kHashOfAbc =
     "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad";
-constexpr const char* hashOfNothing =
+constexpr const char* kHashOfNothing =
     "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855";
 
 class AttachmentsTest : public SessionTest {
@@ -64,7 +64,7 @@ class AttachmentsTest : public SessionTest {
 TEST_F(AttachmentsTest, ContentIsExaminedAndNotStoredOnDemand) {
     OpenSession({.attachmentsFolder = Folder().File("files"), .examineAttachments = true});
     GivenAttached("SK-1/abc.txt", "letters");
-    EXPECT_EQ(Stored(), "1|5|1|files|abc.txt|3|letters|" + std::string(hashOfAbc, 6));
+    EXPECT_EQ(Stored(), "1|5|1|files|abc.txt|3|letters|" + std::string(kHashOfAbc, 6));
     EXPECT_EQ(Contents(), "");
     EXPECT_NE(Attach(Open("bug", "1"), "missing.txt"), "");
 }
@@ -76,7 +76,7 @@ TEST_F(AttachmentsTest, AreWrittenAtCommitUnderTheirBaseName) {
     Save(bug);
     EXPECT_EQ(Stored(), "1|5|1|files|abc.txt|3|Zähler|ba7816");
     EXPECT_EQ(Row("SELECT sha256, chunk, CAST(data AS TEXT) FROM zt_content"),
-              std::string(hashOfAbc) + "|0|abc");
+              std::string(kHashOfAbc) + "|0|abc");
     EXPECT_EQ(Row("SELECT zt_version FROM bug"), "2");
     EXPECT_EQ(Core().GetStatistics().attachments, 1);
     EXPECT_EQ(Core().GetStatistics().recordsUpdated, 0);
@@ -99,7 +99,7 @@ TEST_F(AttachmentsTest, SameContentIsStoredOnce) {
 TEST_F(AttachmentsTest, EmptyFileIsOneEmptyChunk) {
     GivenAttached("empty.txt");
     EXPECT_EQ(Row("SELECT sha256, chunk, length(data) FROM zt_content"),
-              std::string(hashOfNothing) + "|0|0");
+              std::string(kHashOfNothing) + "|0|0");
 }
 
 TEST_F(AttachmentsTest, AreToldAsFourLines) {

@@ -13,7 +13,7 @@ namespace recorddb {
 
 namespace {
 
-constexpr const char* nestedTypes = R"(record_types:
+constexpr const char* kNestedTypes = R"(record_types:
   user:
     key: [login]
     fields:
@@ -98,7 +98,7 @@ class KeySearchTest : public testing::Test {
         return KeySearch(m_schema, m_directory, m_limits).Find(*m_schema.FindType(type), text);
     }
 
-    const schema::Schema m_schema = schema::ReadSchema(nestedTypes, "nested.yaml");
+    const schema::Schema m_schema = schema::ReadSchema(kNestedTypes, "nested.yaml");
     Directory m_directory;
     KeySearchLimits m_limits;
 };
@@ -155,7 +155,7 @@ TEST_F(KeySearchTest, SearchOfVeryManyWaysIsGivenUp) {
     for (const auto& asked : m_directory.asked) {
         lookUps += static_cast<std::size_t>(asked.second);
     }
-    EXPECT_LE(lookUps, 4U * static_cast<std::size_t>(defaultMaxReferenceTries));
+    EXPECT_LE(lookUps, 4U * static_cast<std::size_t>(kDefaultMaxReferenceTries));
 }
 
 TEST_F(KeySearchTest, RecordFoundBeforeTheSearchIsGivenUpIsNotTakenForTheOnlyOne) {

@@ -8,15 +8,15 @@ namespace {
 
 class RecordChecksTest : public SessionTest {
   protected:
-    static constexpr const char* emptyTitle =
+    static constexpr const char* kEmptyTitle =
         "The field \"title\" of a record of type \"bug\" is empty, but needs a value.";
-    static constexpr const char* takenSourceId =
+    static constexpr const char* kTakenSourceId =
         "The field \"source_id\" of a record of type \"bug\" cannot be \"7\": the record "
         "\"BUG00000001\" has this value already.";
 };
 
 TEST_F(RecordChecksTest, RequiredFieldNeedsAValueInANewRecord) {
-    EXPECT_EQ(Fault(New("bug")), emptyTitle);
+    EXPECT_EQ(Fault(New("bug")), kEmptyTitle);
 }
 
 TEST_F(RecordChecksTest, RequiredFieldCannotBeEmptied) {
@@ -24,8 +24,8 @@ TEST_F(RecordChecksTest, RequiredFieldCannotBeEmptied) {
     const AdEntityPtr bug = Open("bug", "1");
     EXPECT_EQ(Fault(bug), "");
     Set(bug, "title", "");
-    EXPECT_EQ(Fault(bug), emptyTitle);
-    EXPECT_EQ(CommitFault(bug), emptyTitle);
+    EXPECT_EQ(Fault(bug), kEmptyTitle);
+    EXPECT_EQ(CommitFault(bug), kEmptyTitle);
 }
 
 TEST_F(RecordChecksTest, PartsOfAKeyAreRequired) {
@@ -40,7 +40,7 @@ TEST_F(RecordChecksTest, UniqueValueNamesTheRecordThatHasIt) {
     const AdEntityPtr bug = New("bug");
     Set(bug, "title", "u");
     Set(bug, "source_id", "7");
-    EXPECT_EQ(Fault(bug), takenSourceId);
+    EXPECT_EQ(Fault(bug), kTakenSourceId);
 }
 
 TEST_F(RecordChecksTest, RecordsWithoutAUniqueValueAreAllowed) {
@@ -72,7 +72,7 @@ TEST_F(RecordChecksTest, KeyNamesTheRecordThatHasIt) {
 }
 
 TEST_F(RecordChecksTest, CommitChecksWhatWasNotValidated) {
-    EXPECT_EQ(CommitFault(New("bug")), emptyTitle);
+    EXPECT_EQ(CommitFault(New("bug")), kEmptyTitle);
 }
 
 TEST_F(RecordChecksTest, ValueTakenAfterValidateIsReportedByCommit) {
@@ -81,7 +81,7 @@ TEST_F(RecordChecksTest, ValueTakenAfterValidateIsReportedByCommit) {
     Set(bug, "source_id", "7");
     EXPECT_EQ(Fault(bug), "");
     Given("bug", {{"title", "t"}, {"source_id", "7"}});
-    EXPECT_EQ(CommitFault(bug), takenSourceId);
+    EXPECT_EQ(CommitFault(bug), kTakenSourceId);
 }
 
 TEST_F(RecordChecksTest, ReferencedRecordThatIsGoneIsReportedByCommit) {

@@ -172,7 +172,7 @@ TEST_F(ReferencesTest, ReferenceOfManyWordsToNestedKeysIsDecidedWithinTheLimit) 
                                           }}});
     EXPECT_NE(Refusal(NewBug(), "lane", ManyWords()), "");
     EXPECT_GT(tries, 0);
-    EXPECT_LE(tries, defaultMaxReferenceTries);
+    EXPECT_LE(tries, kDefaultMaxReferenceTries);
 }
 
 TEST_F(ReferencesTest, SearchByAReferenceOfTooManyWaysSaysSo) {

@@ -168,19 +168,19 @@ TEST_F(AttachmentFolderTest, FilesBeyondTheLimitAreRefused) {
 }
 
 TEST_F(AttachmentFolderTest, FileIsReadAsOftenAsAskedAndTakesNoOtherPieces) {
-    const std::string content(AttachmentFile::pieceSize * 2 + 1, 'x');
+    const std::string content(AttachmentFile::kPieceSize * 2 + 1, 'x');
     m_folder.Write("files/long", content);
     AttachmentFile file;
     ASSERT_EQ(Files(1'000'000).Open("long", "papers", file).ID(), 0);
     EXPECT_EQ(ContentOf(file), content);
     std::vector<std::size_t> pieces;
     file.Read([&pieces](std::span<const std::byte> piece) { pieces.push_back(piece.size()); });
-    EXPECT_EQ(pieces,
-              (std::vector<std::size_t>{AttachmentFile::pieceSize, AttachmentFile::pieceSize, 1}));
+    EXPECT_EQ(pieces, (std::vector<std::size_t>{AttachmentFile::kPieceSize,
+                                                AttachmentFile::kPieceSize, 1}));
 }
 
 TEST_F(AttachmentFolderTest, PiecesAreWholeWhereTheFileEndsWithOne) {
-    const std::string content(AttachmentFile::pieceSize, 'x');
+    const std::string content(AttachmentFile::kPieceSize, 'x');
     m_folder.Write("files/even", content);
     AttachmentFile file;
     ASSERT_EQ(Files(1'000'000).Open("even", "papers", file).ID(), 0);

@@ -56,7 +56,7 @@ std::string NameOf(const testing::TestParamInfo<Mistake>& mistake) {
     return mistake.param.name;
 }
 
-const std::string validField = "fields: {n: {type: text}}";
+const std::string kValidField = "fields: {n: {type: text}}";
 
 INSTANTIATE_TEST_SUITE_P(
     Document, SchemaMistakeTest,
@@ -80,43 +80,43 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Mistake{"Scalar", TypeA("text"), 2, 6, "record type 'a' must be a map"},
         Mistake{"Nothing", TypeA(""), 2, 3, "record type 'a' must be a map"},
-        Mistake{"UnknownKey", TypeA("{keys: [n], " + validField + "}"), 2, 7,
+        Mistake{"UnknownKey", TypeA("{keys: [n], " + kValidField + "}"), 2, 7,
                 "unknown key 'keys' in record type 'a'; known keys are key, prefix, states, "
                 "duplicate_state, fields"},
-        Mistake{"KeyInOtherCase", TypeA("{Key: [n], " + validField + "}"), 2, 7,
+        Mistake{"KeyInOtherCase", TypeA("{Key: [n], " + kValidField + "}"), 2, 7,
                 "unknown key 'Key'"},
         Mistake{"NumberAsName", "record_types:\n  1a: {key: [n]}\n", 2, 3,
                 "record type name '1a' must be a letter"},
         Mistake{"BlankInName", "record_types:\n  a b: {key: [n]}\n", 2, 3, "'a b' must be"},
         Mistake{"LongName",
-                "record_types:\n  abcdefghijklmnopqrstuvwxyzabcde: {" + validField + "}\n", 2, 3,
+                "record_types:\n  abcdefghijklmnopqrstuvwxyzabcde: {" + kValidField + "}\n", 2, 3,
                 "longer than 30 characters"},
         Mistake{"OwnName", "record_types:\n  ZT_history: {}\n", 2, 3, "is reserved"},
         Mistake{"EngineName", "record_types:\n  sqlite_a: {}\n", 2, 3, "is reserved"},
         Mistake{"OtherEngineName", "record_types:\n  pg_a: {}\n", 2, 3, "is reserved"},
         Mistake{"Twice",
-                "record_types:\n  a: {key: [n], " + validField + "}\n  A: {key: [n], " +
-                    validField + "}\n",
+                "record_types:\n  a: {key: [n], " + kValidField + "}\n  A: {key: [n], " +
+                    kValidField + "}\n",
                 3, 3, "'A' stands twice in 'record_types' of the schema, first in line 2 as 'a'"},
         Mistake{"NoFields", TypeA("{key: [n]}"), 2, 3, "record type 'a' lacks 'fields'"},
         Mistake{"EmptyFields", TypeA("{key: [n], fields: {}}"), 2, 25, "must be a map"},
-        Mistake{"NeitherKeyNorStates", TypeA("{" + validField + "}"), 2, 3, "lacks 'key'"},
-        Mistake{"PrefixWithoutStates", TypeA("{key: [n], prefix: A, " + validField + "}"), 2, 17,
+        Mistake{"NeitherKeyNorStates", TypeA("{" + kValidField + "}"), 2, 3, "lacks 'key'"},
+        Mistake{"PrefixWithoutStates", TypeA("{key: [n], prefix: A, " + kValidField + "}"), 2, 17,
                 "'prefix' of record type 'a' is out of place"},
         Mistake{"DuplicateStateWithoutStates",
-                TypeA("{key: [n], duplicate_state: A, " + validField + "}"), 2, 17,
+                TypeA("{key: [n], duplicate_state: A, " + kValidField + "}"), 2, 17,
                 "'duplicate_state' of record type 'a' is out of place"}),
     NameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     Key, SchemaMistakeTest,
     testing::Values(
-        Mistake{"Scalar", TypeA("{key: n, " + validField + "}"), 2, 12, "must be a list"},
-        Mistake{"Empty", TypeA("{key: [], " + validField + "}"), 2, 12, "at least one text"},
-        Mistake{"Nothing", TypeA("{key: , " + validField + "}"), 2, 7, "must be a list"},
-        Mistake{"UnknownField", TypeA("{key: [n, m], " + validField + "}"), 2, 16,
+        Mistake{"Scalar", TypeA("{key: n, " + kValidField + "}"), 2, 12, "must be a list"},
+        Mistake{"Empty", TypeA("{key: [], " + kValidField + "}"), 2, 12, "at least one text"},
+        Mistake{"Nothing", TypeA("{key: , " + kValidField + "}"), 2, 7, "must be a list"},
+        Mistake{"UnknownField", TypeA("{key: [n, m], " + kValidField + "}"), 2, 16,
                 "names 'm', which is not a field of the type"},
-        Mistake{"FieldTwice", TypeA("{key: [n, N], " + validField + "}"), 2, 16,
+        Mistake{"FieldTwice", TypeA("{key: [n, N], " + kValidField + "}"), 2, 16,
                 "'N' stands twice"},
         Mistake{"List", TypeA("{key: [n], fields: {n: {type: reference_list, to: a}}}"), 2, 13,
                 "'n', a field of type reference_list, which cannot be part of a key"},
@@ -127,34 +127,35 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(
     States, SchemaMistakeTest,
     testing::Values(
-        Mistake{"NoPrefix", TypeA("{states: [new], " + validField + "}"), 2, 3, "lacks 'prefix'"},
-        Mistake{"WithKey", TypeA("{prefix: A, states: [new], key: [n], " + validField + "}"), 2, 33,
-                "'key' of record type 'a' is out of place"},
-        Mistake{"Empty", TypeA("{prefix: A, states: [], " + validField + "}"), 2, 26,
+        Mistake{"NoPrefix", TypeA("{states: [new], " + kValidField + "}"), 2, 3, "lacks 'prefix'"},
+        Mistake{"WithKey", TypeA("{prefix: A, states: [new], key: [n], " + kValidField + "}"), 2,
+                33, "'key' of record type 'a' is out of place"},
+        Mistake{"Empty", TypeA("{prefix: A, states: [], " + kValidField + "}"), 2, 26,
                 "at least one text"},
-        Mistake{"Scalar", TypeA("{prefix: A, states: new, " + validField + "}"), 2, 26,
+        Mistake{"Scalar", TypeA("{prefix: A, states: new, " + kValidField + "}"), 2, 26,
                 "must be a list"},
-        Mistake{"Nothing", TypeA("{prefix: A, states: [new, ~], " + validField + "}"), 2, 32,
+        Mistake{"Nothing", TypeA("{prefix: A, states: [new, ~], " + kValidField + "}"), 2, 32,
                 "has no value"},
-        Mistake{"EmptyText", TypeA("{prefix: A, states: [new, \"\"], " + validField + "}"), 2, 32,
+        Mistake{"EmptyText", TypeA("{prefix: A, states: [new, \"\"], " + kValidField + "}"), 2, 32,
                 "is empty"},
-        Mistake{"Map", TypeA("{prefix: A, states: [{a: b}], " + validField + "}"), 2, 27,
+        Mistake{"Map", TypeA("{prefix: A, states: [{a: b}], " + kValidField + "}"), 2, 27,
                 "must be a text"},
-        Mistake{"Twice", TypeA("{prefix: A, states: [new, new], " + validField + "}"), 2, 32,
+        Mistake{"Twice", TypeA("{prefix: A, states: [new, new], " + kValidField + "}"), 2, 32,
                 "'new' stands twice"},
-        Mistake{"LongState",
-                TypeA("{prefix: A, states: [abcdefghijklmnopqrstuvwxyzabcde], " + validField + "}"),
-                2, 27, "longer than 30 characters"},
+        Mistake{
+            "LongState",
+            TypeA("{prefix: A, states: [abcdefghijklmnopqrstuvwxyzabcde], " + kValidField + "}"), 2,
+            27, "longer than 30 characters"},
         Mistake{"UnknownDuplicateState",
-                TypeA("{prefix: A, states: [new, old], duplicate_state: New, " + validField + "}"),
+                TypeA("{prefix: A, states: [new, old], duplicate_state: New, " + kValidField + "}"),
                 2, 55, "'New', which is not among the states new, old"},
-        Mistake{"PrefixEndingInADigit", TypeA("{prefix: A1, states: [new], " + validField + "}"), 2,
-                15, "do not end in a digit, not 'A1'"},
-        Mistake{"PrefixWithABlank", TypeA("{prefix: A B, states: [new], " + validField + "}"), 2,
+        Mistake{"PrefixEndingInADigit", TypeA("{prefix: A1, states: [new], " + kValidField + "}"),
+                2, 15, "do not end in a digit, not 'A1'"},
+        Mistake{"PrefixWithABlank", TypeA("{prefix: A B, states: [new], " + kValidField + "}"), 2,
                 15, "not 'A B'"},
         Mistake{"SamePrefix",
-                "record_types:\n  a: {prefix: BUG, states: [new], " + validField +
-                    "}\n  b: {prefix: Bug, states: [new], " + validField + "}\n",
+                "record_types:\n  a: {prefix: BUG, states: [new], " + kValidField +
+                    "}\n  b: {prefix: Bug, states: [new], " + kValidField + "}\n",
                 3, 15, "record type 'a' has the prefix 'BUG' already"},
         Mistake{"FieldId", TypeA("{prefix: A, states: [new], fields: {ID: {type: text}}}"), 2, 42,
                 "field name 'ID' is reserved"},
@@ -249,7 +250,7 @@ std::string Fields(std::size_t count) {
 TEST(SchemaLimitTest, FieldTooManyIsTold) {
     const std::string head = "record_types:\n  a:\n    key: [f1]\n    fields:\n";
     try {
-        ReadSchema(head + Fields(maxColumnFields + 1), "test.yaml");
+        ReadSchema(head + Fields(kMaxColumnFields + 1), "test.yaml");
         ADD_FAILURE() << "accepted";
     } catch (const SchemaError& error) {
         EXPECT_STREQ(error.what(),
@@ -262,18 +263,18 @@ TEST(SchemaLimitTest, FieldTooManyIsTold) {
 TEST(SchemaLimitTest, FieldsWithoutAColumnDoNotCount) {
     const std::string head = "record_types:\n  a:\n    key: [f1]\n    fields:\n";
     EXPECT_NO_THROW(ReadSchema(
-        head + "      files: {type: attachments}\n" + Fields(maxColumnFields), "test.yaml"));
+        head + "      files: {type: attachments}\n" + Fields(kMaxColumnFields), "test.yaml"));
 }
 
 TEST(SchemaLimitTest, KeyFieldTooManyIsTold) {
     std::string key = "f1";
-    for (std::size_t part = 2; part <= maxKeyFields + 1; ++part) {
+    for (std::size_t part = 2; part <= kMaxKeyFields + 1; ++part) {
         key += ", f" + std::to_string(part);
     }
     try {
-        ReadSchema(
-            "record_types:\n  a:\n    key: [" + key + "]\n    fields:\n" + Fields(maxKeyFields + 1),
-            "test.yaml");
+        ReadSchema("record_types:\n  a:\n    key: [" + key + "]\n    fields:\n" +
+                       Fields(kMaxKeyFields + 1),
+                   "test.yaml");
         ADD_FAILURE() << "accepted";
     } catch (const SchemaError& error) {
         EXPECT_EQ(error.Line(), 3);

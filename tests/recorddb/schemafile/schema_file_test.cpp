@@ -14,7 +14,7 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
 Schema Sample() {
-    return ReadSchema(sampleSchema, "sample.yaml");
+    return ReadSchema(kSampleSchema, "sample.yaml");
 }
 
 std::vector<std::string> FieldNames(const RecordType& type) {
@@ -154,7 +154,7 @@ TEST(SchemaFileTest, NamesAreFoundInAnyCaseAndKeptAsWritten) {
 }
 
 TEST(SchemaFileTest, TextOfTheFileIsKept) {
-    EXPECT_EQ(Sample().Text(), sampleSchema);
+    EXPECT_EQ(Sample().Text(), kSampleSchema);
 }
 
 TEST(SchemaFileTest, StatesOfThirtyCharactersFitWhateverTheirBytes) {
@@ -169,7 +169,7 @@ TEST(SchemaFileTest, StatesOfThirtyCharactersFitWhateverTheirBytes) {
 
 TEST(SchemaFileTest, FileIsReadAndNamedInErrors) {
     const TemporaryFolder folder;
-    EXPECT_EQ(ReadSchemaFile(folder.Write("good.yaml", sampleSchema)).Types().size(), 3U);
+    EXPECT_EQ(ReadSchemaFile(folder.Write("good.yaml", kSampleSchema)).Types().size(), 3U);
     try {
         ReadSchemaFile(folder.Write("bad.yaml", "record_types:\n  bad name: {}\n"));
         ADD_FAILURE() << "accepted";

@@ -18,7 +18,7 @@ using ::testing::IsEmpty;
 class JournalTest : public testing::Test {
   protected:
     JournalTest() {
-        Database::Create(Path(), schema::ReadSchema(sampleSchema, "sample.yaml"));
+        Database::Create(Path(), schema::ReadSchema(kSampleSchema, "sample.yaml"));
         Open();
     }
 

@@ -109,16 +109,16 @@ std::string UniqueReason(std::size_t number) {
 }
 
 TEST_F(PatternGroupsTest, CountsCausesBeyondTheLimitTogether) {
-    for (std::size_t i = 0; i < PatternGroups::groupsKept + 30; ++i) {
+    for (std::size_t i = 0; i < PatternGroups::kGroupsKept + 30; ++i) {
         Reject(UniqueReason(i));
     }
     Reject(UniqueReason(0));
     const auto groups = m_causes.Groups();
-    ASSERT_EQ(groups.size(), PatternGroups::groupsKept + 1);
+    ASSERT_EQ(groups.size(), PatternGroups::kGroupsKept + 1);
     EXPECT_EQ(groups.front().count, 2U);
     EXPECT_EQ(groups.back().title, "other causes");
     EXPECT_EQ(groups.back().count, 30U);
-    EXPECT_EQ(groups.back().examples.size(), ExampleGroup::examplesKept);
+    EXPECT_EQ(groups.back().examples.size(), ExampleGroup::kExamplesKept);
 }
 
 TEST_F(PatternGroupsTest, BoundsTheTextsItKeeps) {

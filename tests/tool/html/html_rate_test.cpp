@@ -41,11 +41,11 @@ TEST(RateSamples, StaysBoundedHoweverLongTheRunIs) {
     RateSamples rate;
     for (std::uint64_t i = 1; i <= 200'000; ++i) {
         rate.Add(static_cast<double>(i) * 0.1, i * 3);
-        ASSERT_LT(rate.Samples().size(), RateSamples::samplesKept);
+        ASSERT_LT(rate.Samples().size(), RateSamples::kSamplesKept);
     }
     rate.Finish(20'000.5, 600'010);
-    EXPECT_LE(rate.Samples().size(), RateSamples::samplesKept);
-    EXPECT_GE(rate.Samples().size(), RateSamples::samplesKept / 2 - 1);
+    EXPECT_LE(rate.Samples().size(), RateSamples::kSamplesKept);
+    EXPECT_GE(rate.Samples().size(), RateSamples::kSamplesKept / 2 - 1);
     EXPECT_EQ(Sum(rate), 600'010U);
     EXPECT_DOUBLE_EQ(rate.Samples().back().to, 20'000.5);
 }

@@ -32,7 +32,7 @@ class VerifyPageTest : public testing::Test {
                 "BUG00000007",      field, source, database, problem};
     }
 
-    // Findings of DIFFERENCES in a database of 5,000 bugs.
+    // Findings of `differences` in a database of 5,000 bugs.
     VerifyFindings Found(const std::vector<Difference>& differences) const {
         VerifyFindings findings = Start();
         for (const Difference& difference : differences) {

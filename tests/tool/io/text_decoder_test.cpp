@@ -15,7 +15,7 @@ using namespace std::string_literals;
 using reading::ToUtf16;
 using tool::Encoding;
 
-std::string Decode(std::string_view bytes, std::size_t chunk = tool::TextDecoder::defaultChunk) {
+std::string Decode(std::string_view bytes, std::size_t chunk = tool::TextDecoder::kDefaultChunk) {
     tool::TextBytes source(bytes, "data.xml");
     tool::TextDecoder decoder(source, chunk);
     std::string text;
@@ -25,7 +25,7 @@ std::string Decode(std::string_view bytes, std::size_t chunk = tool::TextDecoder
     return text;
 }
 
-const std::string sample =
+const std::string kSample =
     "<?xml version=\"1.0\"?>\n<a>\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80 b</a>\n";
 
 struct EncodedCase {
@@ -38,7 +38,7 @@ class EncodedText : public testing::TestWithParam<EncodedCase> {};
 
 TEST_P(EncodedText, ReadsAsUtf8WithoutByteOrderMark) {
     for (std::size_t chunk : reading::ChunkSizes()) {
-        EXPECT_EQ(Decode(GetParam().bytes, chunk), sample) << "chunks of " << chunk;
+        EXPECT_EQ(Decode(GetParam().bytes, chunk), kSample) << "chunks of " << chunk;
     }
 }
 
@@ -46,18 +46,19 @@ TEST_P(EncodedText, IsRecognised) {
     tool::TextBytes source(GetParam().bytes);
     tool::TextDecoder decoder(source);
     EXPECT_EQ(decoder.SourceEncoding(), GetParam().encoding);
-    EXPECT_EQ(decoder.TextBegin() + decoder.SourceBytes(sample), GetParam().bytes.size());
+    EXPECT_EQ(decoder.TextBegin() + decoder.SourceBytes(kSample), GetParam().bytes.size());
 }
 
-const std::vector<EncodedCase> encodings = {
-    {"Utf8", sample, Encoding::Utf8},
-    {"Utf8WithMark", "\xEF\xBB\xBF" + sample, Encoding::Utf8},
-    {"Utf16LittleEndian", ToUtf16(sample, false), Encoding::Utf16LittleEndian},
-    {"Utf16LittleEndianWithMark", "\xFF\xFE" + ToUtf16(sample, false), Encoding::Utf16LittleEndian},
-    {"Utf16BigEndian", ToUtf16(sample, true), Encoding::Utf16BigEndian},
-    {"Utf16BigEndianWithMark", "\xFE\xFF" + ToUtf16(sample, true), Encoding::Utf16BigEndian},
+const std::vector<EncodedCase> kEncodings = {
+    {"Utf8", kSample, Encoding::Utf8},
+    {"Utf8WithMark", "\xEF\xBB\xBF" + kSample, Encoding::Utf8},
+    {"Utf16LittleEndian", ToUtf16(kSample, false), Encoding::Utf16LittleEndian},
+    {"Utf16LittleEndianWithMark", "\xFF\xFE" + ToUtf16(kSample, false),
+     Encoding::Utf16LittleEndian},
+    {"Utf16BigEndian", ToUtf16(kSample, true), Encoding::Utf16BigEndian},
+    {"Utf16BigEndianWithMark", "\xFE\xFF" + ToUtf16(kSample, true), Encoding::Utf16BigEndian},
 };
-INSTANTIATE_TEST_SUITE_P(In, EncodedText, testing::ValuesIn(encodings),
+INSTANTIATE_TEST_SUITE_P(In, EncodedText, testing::ValuesIn(kEncodings),
                          [](const auto& info) { return std::string(info.param.what); });
 
 TEST(TextDecoder, ReadsAnEmptySource) {

@@ -9,14 +9,14 @@
 
 namespace {
 
-constexpr const char* hashOfNothing =
+constexpr const char* kHashOfNothing =
     "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855";
-constexpr const char* hashOfAbc =
+constexpr const char* kHashOfAbc =
     "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad";
 
 TEST(Sha256, IsSha256InHexadecimal) {
-    EXPECT_EQ(tool::HashText(""), hashOfNothing);
-    EXPECT_EQ(tool::HashText("abc"), hashOfAbc);
+    EXPECT_EQ(tool::HashText(""), kHashOfNothing);
+    EXPECT_EQ(tool::HashText("abc"), kHashOfAbc);
 }
 
 TEST(Sha256, DoesNotDependOnThePieces) {
@@ -24,7 +24,7 @@ TEST(Sha256, DoesNotDependOnThePieces) {
     hash.Update("a");
     hash.Update("");
     hash.Update("bc");
-    EXPECT_EQ(hash.HexDigest(), hashOfAbc);
+    EXPECT_EQ(hash.HexDigest(), kHashOfAbc);
 }
 
 TEST(Sha256, TellsTheHashOfThePiecesSoFar) {

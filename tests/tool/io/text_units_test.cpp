@@ -66,7 +66,7 @@ TEST_P(InvalidUtf8, IsMarkedByteByByte) {
     EXPECT_EQ(shown, "a" + GetParam().marked + "b");
 }
 
-const std::vector<InvalidCase> invalidCases = {
+const std::vector<InvalidCase> kInvalidCases = {
     {"Nul", "\0"s, "0"},
     {"LoneContinuation", "\x80", "!"},
     {"OverlongSlash", "\xC0\xAF", "!!"},
@@ -81,7 +81,7 @@ const std::vector<InvalidCase> invalidCases = {
     {"SequenceCutBySequence", "\xE2\xC3\xA4", "!\xC3\xA4"},
     {"Latin1", "sch\xF6n", "sch!n"},
 };
-INSTANTIATE_TEST_SUITE_P(Of, InvalidUtf8, testing::ValuesIn(invalidCases),
+INSTANTIATE_TEST_SUITE_P(Of, InvalidUtf8, testing::ValuesIn(kInvalidCases),
                          [](const auto& info) { return std::string(info.param.what); });
 
 TEST(MarkInvalidUtf8, KeepsAnIncompleteSequenceForTheNextPiece) {

@@ -16,7 +16,7 @@ namespace {
 
 using testing::HasSubstr;
 
-// Calls ACTION at the first text that is written.
+// Calls `action` at the first text that is written.
 class ActingBuffer : public std::stringbuf {
   public:
     explicit ActingBuffer(std::function<void()> action) : m_action(std::move(action)) {}
@@ -50,7 +50,7 @@ class ChangingSourceTest : public LoadFixture {
         std::ofstream(m_bugs, std::ios::app) << RecordXml({{"title", "one more"}});
     }
 
-    // Loads the packet and does ACTION when 150 records are imported; returns what it is refused
+    // Loads the packet and does `action` when 150 records are imported; returns what it is refused
     // with.
     std::string LoadAndMeanwhile(const std::function<void()>& action) {
         const ActingSink sink(150, action);

@@ -56,7 +56,7 @@ class CheckTest : public LoadFixture {
     // What Load said.
     std::string LoadSaid() const { return LoadFixture::Said(); }
 
-    // The report of the check or load that RUN is.
+    // The report of the check or load that `run` is.
     template <typename Run>
     nlohmann::json ReportOf(Run run) {
         m_options.report = m_folder.File("report.json");

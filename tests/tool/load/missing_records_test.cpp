@@ -20,7 +20,7 @@ constexpr const char* kOwnerByLogin =
 
 class MissingRecordsTest : public LoadFixture {
   protected:
-    // Loads bugs under a configuration with MORE in it.
+    // Loads bugs under a configuration with `more` in it.
     int LoadBugs(const std::vector<Fields>& bugs, std::string_view more = "",
                  std::string_view data = "record") {
         return Load({Configuration("bugs-configuration.xml", data, "bug", "source_id", more),

@@ -12,7 +12,7 @@ namespace finding {
 
 namespace {
 
-constexpr const char* schemaText = R"(record_types:
+constexpr const char* kSchemaText = R"(record_types:
   user:
     key: [login]
     fields:
@@ -40,13 +40,13 @@ constexpr const char* schemaText = R"(record_types:
       older_log: {type: history}
 )";
 
-constexpr const char* packetStart = R"(<?xml version="1.0" encoding="UTF-8"?>)";
+constexpr const char* kPacketStart = R"(<?xml version="1.0" encoding="UTF-8"?>)";
 
 std::string ConfigurationPacket(std::string_view data, std::string_view more) {
     return fmt::format(
         "{}\n<configuration>\n<import_data name=\"{}\"/>\n<record_type name=\"bug\"/>\n"
         "<original_id name=\"source_id\"/>\n{}\n</configuration>\n",
-        packetStart, data, more);
+        kPacketStart, data, more);
 }
 
 std::string Show(const tool::Loss& loss) {
@@ -65,9 +65,9 @@ std::string Show(const std::vector<tool::Loss>& losses) {
 }  // namespace
 
 const recorddb::schema::Schema& TrackerSchema() {
-    static const recorddb::schema::Schema schema =
-        recorddb::schema::ReadSchema(schemaText, "schema.yaml");
-    return schema;
+    static const recorddb::schema::Schema kSchema =
+        recorddb::schema::ReadSchema(kSchemaText, "schema.yaml");
+    return kSchema;
 }
 
 tool::ImportConfiguration Configuration(std::string_view data, std::string_view more) {

@@ -21,16 +21,16 @@ tool::ImportConfiguration Configuration(std::string_view data, std::string_view 
 // A record of fields, one a line; the first stands on the second line of the record.
 std::string Record(std::string_view fields);
 
-// The losses of the one record in TEXT.
+// The losses of the one record in `text`.
 std::vector<tool::Loss> LossesIn(std::string_view text, const tool::ImportConfiguration& in);
 
 // The same as "kind, line, source id, field: text", one a line.
 std::string Losses(std::string_view text, const tool::ImportConfiguration& in);
 
-// Those of a record of FIELDS in a record packet that creates.
+// Those of a record of `fields` in a record packet that creates.
 std::string LossesOfFields(std::string_view fields);
 
-// Those of the configuration packet that Configuration(DATA, MORE) is made from.
+// Those of the configuration packet that Configuration(`data`, `more`) is made from.
 std::string ConfigurationLosses(std::string_view data, std::string_view more);
 
 }  // namespace finding

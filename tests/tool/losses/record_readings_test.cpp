@@ -12,26 +12,26 @@ namespace {
 
 // A record of field elements, texts and comments, nested at random.
 std::string RandomRecord(reading::RandomText& random) {
-    static constexpr const char* pieces[] = {"<f name='a'>",
-                                             "<f name='b'>",
-                                             "<f name='A'>",
-                                             "<f>",
-                                             "text",
-                                             " ",
-                                             "\n",
-                                             "&#32;",
-                                             "<!-- c -->",
-                                             "<?p?>",
-                                             "&amp;",
-                                             "<![CDATA[ ]]>",
-                                             "<g name='c'/>",
-                                             "</f>",
-                                             "<![CDATA[d]]>",
-                                             "</f>"};
+    static constexpr const char* kPieces[] = {"<f name='a'>",
+                                              "<f name='b'>",
+                                              "<f name='A'>",
+                                              "<f>",
+                                              "text",
+                                              " ",
+                                              "\n",
+                                              "&#32;",
+                                              "<!-- c -->",
+                                              "<?p?>",
+                                              "&amp;",
+                                              "<![CDATA[ ]]>",
+                                              "<g name='c'/>",
+                                              "</f>",
+                                              "<![CDATA[d]]>",
+                                              "</f>"};
     std::string text = "<record>";
     int open = 0;
     for (std::size_t count = random.Below(16); count > 0; --count) {
-        const std::string piece = pieces[random.Below(std::size(pieces))];
+        const std::string piece = kPieces[random.Below(std::size(kPieces))];
         open += piece.starts_with("<f") ? 1 : piece == "</f>" && open > 0 ? -1 : 0;
         text += piece == "</f>" && text.ends_with("<record>") ? "" : piece;
     }
@@ -66,16 +66,16 @@ TEST(RecordReadings, AgreeOnWhatTheImporterReads) {
 
 // Fields side by side whose texts are pieced together at random.
 std::string RandomFields(reading::RandomText& random) {
-    static constexpr const char* names[] = {"a", "b", "c", "d", "A", ""};
-    static constexpr const char* pieces[] = {
+    static constexpr const char* kNames[] = {"a", "b", "c", "d", "A", ""};
+    static constexpr const char* kPieces[] = {
         "text",         " ",    "\n",    "\r",    "\r\n",  "&amp;",      "&lt;",           "lt;",
         "#xA;",         "amp;", "&#xA;", "&#xD;", "&#10;", "<!-- c -->", "<![CDATA[&l]]>", "t;",
         "<![CDATA[x]]>"};
     std::string text = "<record>";
     for (std::size_t count = random.Below(5); count > 0; --count) {
-        text += "<f name='" + std::string(names[random.Below(std::size(names))]) + "'>";
+        text += "<f name='" + std::string(kNames[random.Below(std::size(kNames))]) + "'>";
         for (std::size_t size = random.Below(4); size > 0; --size) {
-            text += pieces[random.Below(std::size(pieces))];
+            text += kPieces[random.Below(std::size(kPieces))];
         }
         text += "</f>";
     }

@@ -20,7 +20,7 @@ TEST_P(FieldValue, IsFound) {
     EXPECT_EQ(tool::FindFieldValue(GetParam().record, "id"), GetParam().value);
 }
 
-const std::vector<FieldCase> wellFormed = {
+const std::vector<FieldCase> kWellFormed = {
     {"Plain", R"(<record><f name="x">1</f><f name="id">7</f></record>)", "7"},
     {"NamedWithAnotherCase", R"(<record><f name="ID">7</f></record>)", "7"},
     {"InAnyElement", R"(<record><id name='id'>7</id></record>)", "7"},
@@ -40,10 +40,10 @@ const std::vector<FieldCase> wellFormed = {
      std::nullopt},
     {"NotThere", R"(<record><f name="ids">7</f><f id="7">7</f></record>)", std::nullopt},
 };
-INSTANTIATE_TEST_SUITE_P(InAWellFormedRecord, FieldValue, testing::ValuesIn(wellFormed),
+INSTANTIATE_TEST_SUITE_P(InAWellFormedRecord, FieldValue, testing::ValuesIn(kWellFormed),
                          [](const auto& info) { return std::string(info.param.what); });
 
-const std::vector<FieldCase> brokenRecords = {
+const std::vector<FieldCase> kBrokenRecords = {
     {"Nothing", "", std::nullopt},
     {"BehindAStrayBracket", R"(<record>1 < 2 <f name="id">7</f>)", "7"},
     {"BehindAnUnknownEntity", R"(<record><f name="x">&nbsp;</f><f name="id">7</f>)", "7"},
@@ -57,7 +57,7 @@ const std::vector<FieldCase> brokenRecords = {
     {"CutAfterABracket", "<record><", std::nullopt},
     {"CutInAComment", "<record><!-- ", std::nullopt},
 };
-INSTANTIATE_TEST_SUITE_P(InABrokenRecord, FieldValue, testing::ValuesIn(brokenRecords),
+INSTANTIATE_TEST_SUITE_P(InABrokenRecord, FieldValue, testing::ValuesIn(kBrokenRecords),
                          [](const auto& info) { return std::string(info.param.what); });
 
 TEST(FindFieldValue, ComparesNamesWithoutRegardToCaseBeyondAscii) {

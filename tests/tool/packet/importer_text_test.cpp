@@ -11,30 +11,30 @@ namespace {
 
 std::string RandomWord(reading::RandomText& random) {
     // Of one, two, three and four bytes; those behind the first line are white space.
-    static constexpr const char* pieces[] = {"a",
-                                             "B",
-                                             "k",
-                                             "\xE2\x84\xAA",
-                                             "\xC3\xBC",
-                                             "\xC3\x9C",
-                                             "\xF0\x9F\x90\x9E",
-                                             "_",
-                                             " ",
-                                             "\t",
-                                             "\r\n",
-                                             "\x0B",
-                                             "\xC2\xA0",
-                                             "\xE2\x80\x83",
-                                             "\xE3\x80\x80",
-                                             "-",
-                                             "\xC2\x85",
-                                             "&amp;lt;",
-                                             "&#xA;",
-                                             "\xE2\x80\x8B",
-                                             "&"};
+    static constexpr const char* kPieces[] = {"a",
+                                              "B",
+                                              "k",
+                                              "\xE2\x84\xAA",
+                                              "\xC3\xBC",
+                                              "\xC3\x9C",
+                                              "\xF0\x9F\x90\x9E",
+                                              "_",
+                                              " ",
+                                              "\t",
+                                              "\r\n",
+                                              "\x0B",
+                                              "\xC2\xA0",
+                                              "\xE2\x80\x83",
+                                              "\xE3\x80\x80",
+                                              "-",
+                                              "\xC2\x85",
+                                              "&amp;lt;",
+                                              "&#xA;",
+                                              "\xE2\x80\x8B",
+                                              "&"};
     std::string text;
     for (std::size_t count = random.Below(5); count > 0; --count) {
-        text += pieces[random.Below(std::size(pieces))];
+        text += kPieces[random.Below(std::size(kPieces))];
     }
     return text;
 }

@@ -18,21 +18,21 @@ using importer_view::CountRecords;
 using importer_view::TakesAsConfiguration;
 
 std::string RandomHead(reading::RandomText& random) {
-    static constexpr const char* pieces[] = {"<configuration>",
-                                             "<configuration/>",
-                                             "<a>",
-                                             "<b c='>'>",
-                                             "</a>",
-                                             "<d/>",
-                                             "<!-- e -->",
-                                             "<?f g?>",
-                                             " ",
-                                             "\n",
-                                             "h",
-                                             "<configuration i=\"1\"\n>"};
+    static constexpr const char* kPieces[] = {"<configuration>",
+                                              "<configuration/>",
+                                              "<a>",
+                                              "<b c='>'>",
+                                              "</a>",
+                                              "<d/>",
+                                              "<!-- e -->",
+                                              "<?f g?>",
+                                              " ",
+                                              "\n",
+                                              "h",
+                                              "<configuration i=\"1\"\n>"};
     std::string text;
     for (std::size_t count = random.Below(8); count > 0; --count) {
-        text += pieces[random.Below(std::size(pieces))];
+        text += kPieces[random.Below(std::size(kPieces))];
     }
     return text;
 }

@@ -15,8 +15,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using tool::FrameDefectKind;
 
-// The defects around the records of TEXT, as "line: text", read in chunks of every size, which must
-// agree.
+// The defects around the records of `text`, as "line: text", read in chunks of every size, which
+// must agree.
 std::vector<std::string> Defects(std::string_view text, tool::ReaderOptions options = {}) {
     std::vector<std::string> first;
     for (const std::size_t chunk : reading::ChunkSizes()) {
@@ -50,7 +50,7 @@ TEST_P(SoundPackets, HaveNoDefect) {
     EXPECT_THAT(Defects(GetParam().text), IsEmpty());
 }
 
-const std::vector<FrameCase> sound = {
+const std::vector<FrameCase> kSound = {
     {"ARoot", "<?xml version=\"1.0\"?>\n<bugs a='1'>\n<record>a</record>\n</bugs >\n", {}},
     {"NoRoot", "<record>a</record>\n<record>b</record>", {}},
     {"NoRecord", "<bugs/>", {}},
@@ -78,7 +78,7 @@ const std::vector<FrameCase> sound = {
     {"AForeignAlphabet", "<käse><record>a</record></käse>", {}},
 };
 
-INSTANTIATE_TEST_SUITE_P(PacketFrame, SoundPackets, testing::ValuesIn(sound), FrameCaseName);
+INSTANTIATE_TEST_SUITE_P(PacketFrame, SoundPackets, testing::ValuesIn(kSound), FrameCaseName);
 
 class BrokenPackets : public testing::TestWithParam<FrameCase> {};
 
@@ -86,7 +86,7 @@ TEST_P(BrokenPackets, AreTold) {
     EXPECT_EQ(Defects(GetParam().text), GetParam().defects);
 }
 
-const std::vector<FrameCase> brokenPackets = {
+const std::vector<FrameCase> kBrokenPackets = {
     {"CutBehindARecord",
      "<bugs>\n<record>a</record>\n",
      {"3: the packet is cut short: the element <bugs>, which opens on line 1, does not end"}},
@@ -141,7 +141,7 @@ const std::vector<FrameCase> brokenPackets = {
      {"2: a NUL character outside of records"}},
 };
 
-INSTANTIATE_TEST_SUITE_P(PacketFrame, BrokenPackets, testing::ValuesIn(brokenPackets),
+INSTANTIATE_TEST_SUITE_P(PacketFrame, BrokenPackets, testing::ValuesIn(kBrokenPackets),
                          FrameCaseName);
 
 TEST(PacketFrame, TellsOfEachPlaceBetweenRecords) {

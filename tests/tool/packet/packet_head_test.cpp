@@ -31,7 +31,7 @@ TEST_P(Head, IsNeverClassifiedOtherwiseByItsBeginning) {
     }
 }
 
-const std::vector<HeadCase> configurations = {
+const std::vector<HeadCase> kConfigurations = {
     {"Alone", "<configuration/>", HeadAnswer::Configuration},
     {"WithContent", "<configuration><record_type name='bug'/></configuration>",
      HeadAnswer::Configuration},
@@ -47,10 +47,10 @@ const std::vector<HeadCase> configurations = {
     {"InsideOtherElements", "<a x='<' y=\">\"><b>\n<configuration>", HeadAnswer::Configuration},
     {"ThatDoesNotEnd", "<configuration a='x", HeadAnswer::Configuration},
 };
-INSTANTIATE_TEST_SUITE_P(OfConfiguration, Head, testing::ValuesIn(configurations),
+INSTANTIATE_TEST_SUITE_P(OfConfiguration, Head, testing::ValuesIn(kConfigurations),
                          [](const auto& info) { return std::string(info.param.what); });
 
-const std::vector<HeadCase> data = {
+const std::vector<HeadCase> kData = {
     {"Nothing", "", HeadAnswer::Data},
     {"OnlyADeclaration", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>", HeadAnswer::Data},
     {"Text", "x<configuration>", HeadAnswer::Data},
@@ -67,7 +67,7 @@ const std::vector<HeadCase> data = {
     {"AnOpenDocumentType", "<!DOCTYPE a [ <configuration", HeadAnswer::Data},
     {"AnOpenTag", "<a b='<configuration>", HeadAnswer::Data},
 };
-INSTANTIATE_TEST_SUITE_P(OfData, Head, testing::ValuesIn(data),
+INSTANTIATE_TEST_SUITE_P(OfData, Head, testing::ValuesIn(kData),
                          [](const auto& info) { return std::string(info.param.what); });
 
 TEST(ClassifyHead, NeedsMoreUntilSomethingSettlesIt) {
@@ -89,7 +89,7 @@ TEST(WithPacketDeclaration, PutsTheUsualDeclarationInFront) {
 
 TEST(WithPacketDeclaration, LeavesOtherInstructionsAlone) {
     for (const char* text : {"<?xml-stylesheet href='a'?><a/>", "<?xml", " <a/>"}) {
-        EXPECT_EQ(tool::WithPacketDeclaration(text), std::string(tool::packetDeclaration) + text);
+        EXPECT_EQ(tool::WithPacketDeclaration(text), std::string(tool::kPacketDeclaration) + text);
     }
 }
 

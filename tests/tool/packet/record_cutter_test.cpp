@@ -34,7 +34,7 @@ std::string CutCaseName(const testing::TestParamInfo<CutCase>& info) {
     return info.param.what;
 }
 
-const std::vector<CutCase> whole = {
+const std::vector<CutCase> kWhole = {
     {"NothingFromAnEmptyText", "", {}},
     {"NothingFromADeclaration", R"(<?xml version="1.0" encoding="UTF-8"?>)", {}},
     {"OneRecord", "<record>a</record>", {"<record>a</record>"}},
@@ -61,9 +61,9 @@ const std::vector<CutCase> whole = {
      R"(<record><f name="a>b</f></record>)",
      {R"(<record><f name="a>b</f></record>)"}},
 };
-INSTANTIATE_TEST_SUITE_P(OfWholeRecords, Cutting, testing::ValuesIn(whole), CutCaseName);
+INSTANTIATE_TEST_SUITE_P(OfWholeRecords, Cutting, testing::ValuesIn(kWhole), CutCaseName);
 
-const std::vector<CutCase> sections = {
+const std::vector<CutCase> kSections = {
     {"ACommentHidesTags",
      "<record>a<!-- </record><record> -->b</record>",
      {"<record>a<!-- </record><record> -->b</record>"}},
@@ -90,9 +90,9 @@ const std::vector<CutCase> sections = {
      "<record><!x <? <![CDATX[ </record><record>b</record>",
      {"<record><!x <? <![CDATX[ </record>", "<record>b</record>"}},
 };
-INSTANTIATE_TEST_SUITE_P(AroundSections, Cutting, testing::ValuesIn(sections), CutCaseName);
+INSTANTIATE_TEST_SUITE_P(AroundSections, Cutting, testing::ValuesIn(kSections), CutCaseName);
 
-const std::vector<CutCase> cutRecords = {
+const std::vector<CutCase> kCutRecords = {
     {"ARecordWithoutEndStopsAtTheNext",
      "<record>a<record>b</record>",
      {"<record>a", "<record>b</record>"}},
@@ -120,7 +120,7 @@ const std::vector<CutCase> cutRecords = {
      {"<record><?a<?b<![CDATA[<![CDATA[<!--<!--</record>", "<record>b</record>"}},
     {"ATextCutInsideAMark", "<record>a</record><!-", {"<record>a</record>"}},
 };
-INSTANTIATE_TEST_SUITE_P(OfBrokenRecords, Cutting, testing::ValuesIn(cutRecords), CutCaseName);
+INSTANTIATE_TEST_SUITE_P(OfBrokenRecords, Cutting, testing::ValuesIn(kCutRecords), CutCaseName);
 
 TEST(RecordCutter, TellsWhichRecordsDoNotEnd) {
     std::vector<Read> records = ReadAtEveryChunkSize("<record>a<record>b</record><record>c");
@@ -216,7 +216,7 @@ TEST_P(UnseenRecords, AreReportedWithTheirLine) {
     EXPECT_EQ(Unseen(GetParam().text), GetParam().unseen);
 }
 
-const std::vector<UnseenCase> unseenCases = {
+const std::vector<UnseenCase> kUnseenCases = {
     {"WithAnAttribute", "<r>\n<record id=\"7\">a</record>", {"2: <record id=\"7\">"}},
     {"InCapitals", "\n\n<Record>a</Record>", {"3: <Record>"}},
     {"WithABlank", "<record >a</record>", {"1: <record >"}},
@@ -229,7 +229,7 @@ const std::vector<UnseenCase> unseenCases = {
     {"OtherElementsAreNone", "<records><recorder><record-set><x>record</x></records>", {}},
     {"RecordsThatAreReadAreNone", "<record><record id='1'/><!-- <record> --></record>", {}},
 };
-INSTANTIATE_TEST_SUITE_P(Between, UnseenRecords, testing::ValuesIn(unseenCases),
+INSTANTIATE_TEST_SUITE_P(Between, UnseenRecords, testing::ValuesIn(kUnseenCases),
                          [](const auto& info) { return std::string(info.param.what); });
 
 TEST(UnseenRecords, AreShownInExcerptWithoutCuttingACharacter) {

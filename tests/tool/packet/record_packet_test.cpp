@@ -43,7 +43,7 @@ TEST(RecordPacket, DoesNotPassForConfiguration) {
     }
 }
 
-// What an XML reader sees of TEXT: tags, and text with nothing between them taken as one.
+// What an XML reader sees of `text`: tags, and text with nothing between them taken as one.
 std::string Seen(const std::string& text) {
     std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser(XML_ParserCreate("UTF-8"),
                                                                         XML_ParserFree);

@@ -25,9 +25,9 @@ using testing::HasSubstr;
 using tool::RejectedRecord;
 using tool::RejectWriter;
 
-const std::string declaration = R"(<?xml version="1.0" encoding="UTF-8"?>)";
-const std::string bugs = "<configuration><record_type name=\"bug\"/></configuration>";
-const std::string users = "<configuration><record_type name=\"user\"/></configuration>";
+const std::string kDeclaration = R"(<?xml version="1.0" encoding="UTF-8"?>)";
+const std::string kBugs = "<configuration><record_type name=\"bug\"/></configuration>";
+const std::string kUsers = "<configuration><record_type name=\"user\"/></configuration>";
 
 RejectedRecord Rejected(std::string_view raw, const std::string& reason = "no good") {
     RejectedRecord record;
@@ -81,52 +81,52 @@ class RejectsTest : public testing::Test {
 
 TEST_F(RejectsTest, MakeNothingUntilARecordIsRejected) {
     RejectWriter writer(Directory());
-    writer.SetConfiguration(bugs);
+    writer.SetConfiguration(kBugs);
     EXPECT_FALSE(fs::exists(Directory()));
     EXPECT_EQ(writer.Count(), 0U);
 }
 
 TEST_F(RejectsTest, StandUnderACommentWithPlaceAndReason) {
     RejectWriter writer(Directory());
-    writer.SetConfiguration(bugs);
+    writer.SetConfiguration(kBugs);
     writer.Write(Rejected("<record>a</record>", "\nvalue \"x\" of field y"));
     EXPECT_EQ(Content("0001-records.xml"),
-              declaration +
+              kDeclaration +
                   "\n<records>\n<!-- bugs.xml, record 12, line 340: value \"x\" of field y "
                   "-->\n<record>a</record>\n</records>\n");
-    EXPECT_EQ(Content("0001-configuration.xml"), declaration + bugs);
+    EXPECT_EQ(Content("0001-configuration.xml"), kDeclaration + kBugs);
     EXPECT_EQ(writer.Count(), 1U);
 }
 
 TEST_F(RejectsTest, AreCompleteAfterEachRecord) {
     RejectWriter writer(Directory());
-    writer.SetConfiguration(bugs);
+    writer.SetConfiguration(kBugs);
     for (const char* raw : {"<record>a</record>", "<record>bb</record>", "<record></record>"}) {
         writer.Write(Rejected(raw));
         EXPECT_THAT(Content("0001-records.xml"),
                     testing::EndsWith(std::string(raw) + "\n</records>\n"));
     }
-    EXPECT_THAT(ReadBack(), ElementsAre(declaration + bugs, "<record>a</record>",
+    EXPECT_THAT(ReadBack(), ElementsAre(kDeclaration + kBugs, "<record>a</record>",
                                         "<record>bb</record>", "<record></record>"));
 }
 
 TEST_F(RejectsTest, MakeAPairOfFilesForEachConfiguration) {
     RejectWriter writer(Directory());
-    writer.SetConfiguration(users);
+    writer.SetConfiguration(kUsers);
     writer.Write(Rejected("<record>u</record>"));
     writer.SetConfiguration("<configuration><record_type name=\"never\"/></configuration>");
-    writer.SetConfiguration(bugs);
+    writer.SetConfiguration(kBugs);
     writer.Write(Rejected("<record>b</record>"));
-    EXPECT_THAT(ReadBack(), ElementsAre(declaration + users, "<record>u</record>",
-                                        declaration + bugs, "<record>b</record>"));
+    EXPECT_THAT(ReadBack(), ElementsAre(kDeclaration + kUsers, "<record>u</record>",
+                                        kDeclaration + kBugs, "<record>b</record>"));
     EXPECT_EQ(writer.Files().size(), 4U);
 }
 
 TEST_F(RejectsTest, GoOnInTheSameFilesUnderTheSameConfiguration) {
     RejectWriter writer(Directory());
-    writer.SetConfiguration(bugs);
+    writer.SetConfiguration(kBugs);
     writer.Write(Rejected("<record>a</record>"));
-    writer.SetConfiguration(bugs);
+    writer.SetConfiguration(kBugs);
     writer.Write(Rejected("<record>b</record>"));
     EXPECT_THAT(Names(), ElementsAre("0001-configuration.xml", "0001-records.xml"));
 }
@@ -140,7 +140,7 @@ TEST_F(RejectsTest, NeedNoConfiguration) {
 TEST_F(RejectsTest, LeaveTheFilesOfEarlierRuns) {
     for (int run = 0; run < 2; ++run) {
         RejectWriter writer(Directory());
-        writer.SetConfiguration(bugs);
+        writer.SetConfiguration(kBugs);
         writer.Write(Rejected(run == 0 ? "<record>a</record>" : "<record>b</record>"));
     }
     EXPECT_THAT(Names(), ElementsAre("0001-configuration.xml", "0001-records.xml",
@@ -152,21 +152,21 @@ TEST_F(RejectsTest, AreNotWrittenAgainWhereTheyStandAlready) {
     const std::string odd = "<record>\n<!-- a line of its own -->\n</record>";
     for (int run = 0; run < 3; ++run) {
         RejectWriter writer(Directory());
-        writer.SetConfiguration(bugs);
+        writer.SetConfiguration(kBugs);
         writer.Write(Rejected("<record>a</record>"));
         writer.Write(Rejected(odd));
         EXPECT_EQ(writer.Count(), 2U);
     }
-    EXPECT_THAT(ReadBack(), ElementsAre(declaration + bugs, "<record>a</record>", odd));
+    EXPECT_THAT(ReadBack(), ElementsAre(kDeclaration + kBugs, "<record>a</record>", odd));
 }
 
 TEST_F(RejectsTest, AreTheSameForAnotherReason) {
     for (const char* reason : {"waits for a", "waits for a, which was rejected too"}) {
         RejectWriter writer(Directory());
-        writer.SetConfiguration(bugs);
+        writer.SetConfiguration(kBugs);
         writer.Write(Rejected("<record>b</record>", reason));
     }
-    EXPECT_THAT(ReadBack(), ElementsAre(declaration + bugs, "<record>b</record>"));
+    EXPECT_THAT(ReadBack(), ElementsAre(kDeclaration + kBugs, "<record>b</record>"));
 }
 
 struct LeftOff {
@@ -179,7 +179,7 @@ class RejectsLeftOff : public RejectsTest, public testing::WithParamInterface<Le
 TEST_P(RejectsLeftOff, AreLeftAsTheyAreAndKnownAsFarAsTheyAreWhole) {
     {
         RejectWriter writer(Directory());
-        writer.SetConfiguration(bugs);
+        writer.SetConfiguration(kBugs);
         writer.Write(Rejected("<record>a</record>"));
     }
     std::string text = Content("0001-records.xml");
@@ -187,7 +187,7 @@ TEST_P(RejectsLeftOff, AreLeftAsTheyAreAndKnownAsFarAsTheyAreWhole) {
     text += GetParam().end;
     std::ofstream(Directory() / "0001-records.xml") << text;
     RejectWriter writer(Directory());
-    writer.SetConfiguration(bugs);
+    writer.SetConfiguration(kBugs);
     writer.Write(Rejected("<record>a</record>"));
     writer.Write(Rejected("<record>whole</record>"));
     EXPECT_EQ(Content("0001-records.xml"), text);
@@ -244,7 +244,7 @@ TEST_F(RejectsTest, OfTwoLoadsGoToFilesOfTheirOwn) {
     const auto load = [&](const std::string& name) {
         for (int round = 0; round < rounds; ++round) {
             RejectWriter writer(Directory() / std::to_string(round));
-            writer.SetConfiguration(bugs);
+            writer.SetConfiguration(kBugs);
             together.arrive_and_wait();
             writer.Write(Rejected("<record>" + name + "</record>"));
             writer.Write(Rejected("<record>more of " + name + "</record>"));
@@ -313,7 +313,7 @@ TEST_F(RejectsTest, ThatSomebodyHasChangedBeforeTheyAreSafeEndTheLoad) {
 
 TEST_F(RejectsTest, LeaveNothingButTheirFiles) {
     RejectWriter writer(Directory());
-    writer.SetConfiguration(bugs);
+    writer.SetConfiguration(kBugs);
     writer.Write(Rejected("<record>a</record>"));
     std::vector<std::string> names;
     for (const auto& entry : fs::directory_iterator(Directory())) {
@@ -335,7 +335,7 @@ class OtherRejects : public RejectsTest, public testing::WithParamInterface<Othe
 TEST_P(OtherRejects, AreWrittenBesideThoseThatStandThere) {
     for (const bool second : {false, true}) {
         RejectWriter writer(Directory());
-        writer.SetConfiguration(second ? GetParam().configuration : bugs);
+        writer.SetConfiguration(second ? GetParam().configuration : kBugs);
         RejectedRecord record = Rejected(second ? GetParam().raw : "<record>a</record>",
                                          second ? GetParam().reason : "no good");
         record.number = second ? GetParam().number : 12;
@@ -346,11 +346,11 @@ TEST_P(OtherRejects, AreWrittenBesideThoseThatStandThere) {
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, OtherRejects,
-    testing::Values(OtherReject{"configuration", users.c_str(), 12, "no good",
+    testing::Values(OtherReject{"configuration", kUsers.c_str(), 12, "no good",
                                 "<record>a</record>"},
-                    OtherReject{"number", bugs.c_str(), 13, "no good", "<record>a</record>"},
-                    OtherReject{"text", bugs.c_str(), 12, "no good", "<record>b</record>"},
-                    OtherReject{"textBehindAComment", bugs.c_str(), 12, "no good",
+                    OtherReject{"number", kBugs.c_str(), 13, "no good", "<record>a</record>"},
+                    OtherReject{"text", kBugs.c_str(), 12, "no good", "<record>b</record>"},
+                    OtherReject{"textBehindAComment", kBugs.c_str(), 12, "no good",
                                 "<record>a\n<!-- a -->\nb</record>"}),
     [](const auto& test) { return std::string(test.param.difference); });
 
@@ -435,7 +435,7 @@ TEST_P(Comments, AreSafe) {
     EXPECT_EQ(tool::CommentText(GetParam().text), GetParam().comment);
 }
 
-const std::vector<CommentCase> commentCases = {
+const std::vector<CommentCase> kCommentCases = {
     {"Plain", "a \xC3\xA4 <b>", "a \xC3\xA4 <b>"},
     {"Lines", "\n a\r\nb\tc\n", "a  b c"},
     {"ControlCharacters", std::string("a\0\x01\x7F z", 6), "a\xEF\xBF\xBD   z"},
@@ -445,7 +445,7 @@ const std::vector<CommentCase> commentCases = {
     {"NotUtf8", "a\xFF", "a\xEF\xBF\xBD"},
     {"Nothing", " \n", ""},
 };
-INSTANTIATE_TEST_SUITE_P(Of, Comments, testing::ValuesIn(commentCases),
+INSTANTIATE_TEST_SUITE_P(Of, Comments, testing::ValuesIn(kCommentCases),
                          [](const auto& info) { return std::string(info.param.what); });
 
 }  // namespace

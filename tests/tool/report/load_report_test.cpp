@@ -17,7 +17,7 @@ using tool::LoadReport;
 using tool::LoadTotals;
 using tool::RejectedRecord;
 
-const LoadTotals totals = {10, 5, 2, 2, 1, 40, 3, 4, 1.5};
+const LoadTotals kTotals = {10, 5, 2, 2, 1, 40, 3, 4, 1.5};
 
 RejectedRecord Reject(const std::string& source, std::uint64_t number, const std::string& id,
                       const std::string& reason) {
@@ -42,7 +42,7 @@ class LoadReportTest : public testing::Test {
 };
 
 TEST_F(LoadReportTest, HoldsTheTotalsInTheirOrder) {
-    LoadReport(m_path).Finish(totals);
+    LoadReport(m_path).Finish(kTotals);
     EXPECT_EQ(Content(),
               R"({"read":10,"created":5,"updated":2,"rejected":2,"skipped":1,"history":40,)"
               R"("attachments":3,"duplicates":4,"seconds":1.500,"rejects":[]})"
@@ -53,7 +53,7 @@ TEST_F(LoadReportTest, ListsTheRejects) {
     LoadReport report(m_path);
     report.Rejects(Reject("a.xml", 3, "core-1", "line 1\n\"x\" \xC3\xA4"));
     report.Rejects(Reject("b.xml", 1, "", "no"));
-    report.Finish(totals);
+    report.Finish(kTotals);
     EXPECT_EQ(nlohmann::json::parse(Content())["rejects"], nlohmann::json::parse(R"([
         {"file": "a.xml", "record": 3, "source_id": "core-1", "error": "line 1\n\"x\" ä"},
         {"file": "b.xml", "record": 1, "source_id": "", "error": "no"}])"));
@@ -62,7 +62,7 @@ TEST_F(LoadReportTest, ListsTheRejects) {
 TEST_F(LoadReportTest, NamesTheMembersOfARejectInOrder) {
     LoadReport report(m_path);
     report.Rejects(Reject("a.xml", 3, "core-1", "no"));
-    report.Finish(totals);
+    report.Finish(kTotals);
     EXPECT_THAT(Content(), testing::HasSubstr(
                                R"({"file":"a.xml","record":3,"source_id":"core-1","error":"no"})"));
 }
@@ -70,7 +70,7 @@ TEST_F(LoadReportTest, NamesTheMembersOfARejectInOrder) {
 TEST_F(LoadReportTest, TakesTextThatIsNotUtf8) {
     LoadReport report(m_path);
     report.Rejects(Reject("\xFF.xml", 1, "", ""));
-    report.Finish(totals);
+    report.Finish(kTotals);
     EXPECT_EQ(nlohmann::json::parse(Content())["rejects"][0]["file"], "\xEF\xBF\xBD.xml");
 }
 
@@ -78,7 +78,7 @@ TEST_F(LoadReportTest, EscapesWhatCouldDoSomethingToATerminal) {
     const std::string hostile = "\x1B \x7F \xC2\x9B \u202E \U0001FFFE";
     LoadReport report(m_path);
     report.Rejects(Reject("a.xml", 1, "ä", hostile));
-    report.Finish(totals);
+    report.Finish(kTotals);
     EXPECT_THAT(
         Content(),
         testing::AllOf(testing::HasSubstr("\"ä\""),
@@ -91,7 +91,7 @@ TEST_F(LoadReportTest, TakesManyRejects) {
     for (std::uint64_t i = 1; i <= 10000; ++i) {
         report.Rejects(Reject("a.xml", i, std::to_string(i), "no"));
     }
-    report.Finish(totals);
+    report.Finish(kTotals);
     nlohmann::json rejects = nlohmann::json::parse(Content())["rejects"];
     ASSERT_EQ(rejects.size(), 10000U);
     EXPECT_EQ(rejects[9999]["record"], 10000);
@@ -102,7 +102,7 @@ TEST_F(LoadReportTest, ReplacesAnEarlierReportAndLeavesNothingElse) {
     LoadReport report(m_path);
     report.Rejects(Reject("a.xml", 1, "", "no"));
     EXPECT_EQ(Content(), "earlier");
-    report.Finish(totals);
+    report.Finish(kTotals);
     EXPECT_THAT(Content(), testing::StartsWith("{\"read\":10,"));
     EXPECT_EQ(m_folder.FileCount(), 1U);
 }

@@ -43,7 +43,7 @@ class SourceListTest : public testing::Test {
         return names;
     }
 
-    // The text with which ARGUMENTS are refused.
+    // The text with which `arguments` are refused.
     std::string Refusal(const std::vector<std::string>& arguments) {
         try {
             SourceList list(arguments, m_nothing);

@@ -9,7 +9,7 @@
 
 namespace tool {
 
-// Does ACTION when the importer has done so many records, and not again.
+// Does `action` when the importer has done so many records, and not again.
 class ActingSink : public AdDiagnosticSink {
   public:
     ActingSink(std::size_t records, std::function<void()> action)

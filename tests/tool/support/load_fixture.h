@@ -32,7 +32,7 @@ class LoadFixture : public testing::Test {
     int Load(std::vector<std::string> sources);
     std::string Said() const { return m_said; }
 
-    // The first column of the rows that SQL selects, one row a line.
+    // The first column of the rows that `sql` selects, one row a line.
     std::string Query(const std::string& sql);
 
     // Changes the database.

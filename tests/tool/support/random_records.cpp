@@ -5,23 +5,23 @@
 namespace reading {
 
 std::string RandomText::Soup() {
-    static constexpr std::array pieces = {
+    static constexpr std::array kPieces = {
         "<record>", "</record>", "</record >", "<record", "<records>", "<!--", "-->",
         "--",       "<![CDATA[", "]]>",        "]",       "<?a",       "?>",   "<?",
         "<!",       "<",         ">",          "/",       "r",         "\n",   "\r\n",
         " x ",      "\xC3\xA4",  "\xFF",       "\xE2\x82"};
     std::string text;
     for (std::size_t count = Below(60); count > 0; --count) {
-        text += pieces[Below(pieces.size())];
+        text += kPieces[Below(kPieces.size())];
     }
     return text;
 }
 
 std::string RandomText::Section() {
-    static constexpr std::array insides = {
+    static constexpr std::array kInsides = {
         "",    "x",  "<record>", "</record>", "<record>\n</record>",
         "<a>", "]]", "->",       " ? ",       "<record><record>"};
-    std::string inside = insides[Below(insides.size())];
+    std::string inside = kInsides[Below(kInsides.size())];
     switch (Below(3)) {
         case 0:
             return "<!--" + inside + " -->";
@@ -33,10 +33,10 @@ std::string RandomText::Section() {
 }
 
 std::string RandomText::Content() {
-    static constexpr std::array texts = {"", "a", " b\n", "&lt;c&amp;", "\xE2\x82\xAC", "d > e"};
+    static constexpr std::array kTexts = {"", "a", " b\n", "&lt;c&amp;", "\xE2\x82\xAC", "d > e"};
     std::string content;
     for (std::size_t count = Below(4); count > 0; --count) {
-        content += Below(3) == 0 ? Section() : texts[Below(texts.size())];
+        content += Below(3) == 0 ? Section() : kTexts[Below(kTexts.size())];
     }
     return content;
 }
@@ -53,8 +53,8 @@ std::string RandomText::Record() {
 }
 
 std::string RandomText::Gap() {
-    static constexpr std::array texts = {"", "\n", "<other>x</other>", " y ", "<record id='1'/>"};
-    return Below(4) == 0 ? Section() : texts[Below(texts.size())];
+    static constexpr std::array kTexts = {"", "\n", "<other>x</other>", " y ", "<record id='1'/>"};
+    return Below(4) == 0 ? Section() : kTexts[Below(kTexts.size())];
 }
 
 unsigned NewSeed() {

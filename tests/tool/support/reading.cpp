@@ -24,7 +24,7 @@ class OwnedText : public tool::ByteSource {
 }  // namespace
 
 std::vector<std::size_t> ChunkSizes() {
-    return {tool::TextDecoder::defaultChunk, 1, 2, 3, 7, 64};
+    return {tool::TextDecoder::kDefaultChunk, 1, 2, 3, 7, 64};
 }
 
 tool::PacketReader ReaderOf(std::string_view text, tool::ReaderOptions options) {

@@ -29,26 +29,26 @@ struct Read {
     bool operator==(const Read&) const = default;
 };
 
-// All records of TEXT; what looks like a record and is not read goes to UNSEEN if given.
+// All records of `text`; what looks like a record and is not read goes to `unseen` if given.
 std::vector<Read> ReadRecords(std::string_view text, tool::ReaderOptions options = {},
                               std::vector<tool::UnseenRecord>* unseen = nullptr);
 
-// The raw texts of the records of TEXT, read in chunks of every size, which must agree.
+// The raw texts of the records of `text`, read in chunks of every size, which must agree.
 std::vector<std::string> Raws(std::string_view text);
 
-// The records of TEXT, read in chunks of every size, which must agree in everything.
+// The records of `text`, read in chunks of every size, which must agree in everything.
 std::vector<Read> ReadAtEveryChunkSize(std::string_view text, tool::ReaderOptions options = {});
 
-// What was unseen in TEXT, as "line: text", read in chunks of every size, which must agree.
+// What was unseen in `text`, as "line: text", read in chunks of every size, which must agree.
 std::vector<std::string> Unseen(std::string_view text);
 
-// TEXT, which is UTF-8, as UTF-16 without a byte order mark.
+// `text`, which is UTF-8, as UTF-16 without a byte order mark.
 std::string ToUtf16(std::string_view text, bool bigEndian);
 
-// A reader over TEXT.
+// A reader over `text`.
 tool::PacketReader ReaderOf(std::string_view text, tool::ReaderOptions options = {});
 
-// The packet that a record with the text RECORD should be handed out as.
+// The packet that a record with the text `record` should be handed out as.
 std::string PacketOf(std::string_view record);
 
 }  // namespace reading

@@ -42,11 +42,11 @@ const fs::path kExample = ZT_EXAMPLES "/tracker";
 class LoadedExample {
   public:
     static const LoadedExample& Get() {
-        static const LoadedExample example;
-        return example;
+        static const LoadedExample kExample;
+        return kExample;
     }
 
-    // Verifies a copy of the database after SQL was done to it; says how that was found, nothing
+    // Verifies a copy of the database after `sql` was done to it; says how that was found, nothing
     // when it was not. Throws sql::Error when the engine refuses SQL.
     std::optional<std::string> Verify(const std::string& sql, bool exact) const {
         const std::string copy = m_folder.File("copy.db");
@@ -75,7 +75,7 @@ class LoadedExample {
         }
     }
 
-    // True when QUERY finds a row in the copy that was verified last.
+    // True when `query` finds a row in the copy that was verified last.
     bool Answers(const std::string& query) const {
         // The record database attaches no other one, so the engine itself is asked.
         sqlite3* opened = nullptr;

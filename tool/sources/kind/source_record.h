@@ -28,7 +28,7 @@ struct SourceRecord {
 
 // All records of a source as one packet.
 struct WholePacket {
-    std::string text;          // UTF-8 without byte order mark, beginning with packetDeclaration
+    std::string text;          // UTF-8 without byte order mark, beginning with kPacketDeclaration
     std::size_t rawBegin = 0;  // where in it the text of the source begins, but for a declaration
     std::string error;  // set when the source holds what is no text; text then has U+FFFD there
 

@@ -16,7 +16,7 @@ namespace tool {
 
 namespace {
 
-constexpr std::size_t npos = std::string_view::npos;
+constexpr std::size_t kNpos = std::string_view::npos;
 
 std::string ShowSize(std::size_t bytes) {
     constexpr std::size_t mebibyte = std::size_t{1024} * 1024;
@@ -79,13 +79,13 @@ void PacketReader::Classify() {
 bool PacketReader::BeginsWithMarkup() const {
     const std::string_view text = m_window.Text();
     const std::size_t begin = text.find_first_not_of(" \t\r\n");
-    return begin != npos && text[begin] == '<';
+    return begin != kNpos && text[begin] == '<';
 }
 
 bool PacketReader::HoldsRecordNearby() {
     constexpr std::size_t nearby = std::size_t{64} * 1024;
     m_window.Ensure(nearby);
-    return m_window.Text().find("<record>") != npos;
+    return m_window.Text().find("<record>") != kNpos;
 }
 
 std::string PacketReader::ReadConfiguration() {
@@ -113,14 +113,14 @@ WholePacket PacketReader::ReadAll(std::size_t limit, std::string_view limitName)
         ReportRecordsInConfiguration(text);
     }
     WholePacket packet;
-    std::size_t mark = m_decoder.Marked() ? FindDecodingMark(text) : npos;
-    if (mark == npos) {
+    std::size_t mark = m_decoder.Marked() ? FindDecodingMark(text) : kNpos;
+    if (mark == kNpos) {
         packet.text = WithPacketDeclaration(text);
     } else {
         packet.error = DecodingError(text, mark, m_window.Line(), m_window.SourceOffset());
         packet.text = WithPacketDeclaration(ReplaceDecodingMarks(text));
     }
-    packet.rawBegin = packetDeclaration.size();
+    packet.rawBegin = kPacketDeclaration.size();
     return packet;
 }
 
@@ -129,7 +129,7 @@ void PacketReader::ReportRecordsInConfiguration(std::string_view text) const {
         return;
     }
     constexpr std::string_view tag = "<record>";
-    for (std::size_t at = text.find(tag); at != npos; at = text.find(tag, at + 1)) {
+    for (std::size_t at = text.find(tag); at != kNpos; at = text.find(tag, at + 1)) {
         m_options.unseen({UnseenKind::InsideConfiguration, 1 + CountLineEnds(text.substr(0, at)),
                           std::string(tag)});
     }
@@ -172,7 +172,7 @@ std::optional<std::string> PacketReader::ValueIn(std::string_view raw,
 
 void PacketReader::NoteDecodingError(const CutRecord& cut, SourceRecord& record) {
     std::size_t mark = FindDecodingMark(cut.text);
-    if (mark == npos) {
+    if (mark == kNpos) {
         return;
     }
     m_mended = ReplaceDecodingMarks(cut.text);
@@ -183,7 +183,7 @@ void PacketReader::NoteDecodingError(const CutRecord& cut, SourceRecord& record)
     }
 }
 
-// TEXT begins at LINE and, in the source, at OFFSET.
+// `text` begins at `line` and, in the source, at OFFSET.
 std::string PacketReader::DecodingError(std::string_view text, std::size_t mark, std::uint64_t line,
                                         std::uint64_t offset) const {
     std::string_view before = text.substr(0, mark);

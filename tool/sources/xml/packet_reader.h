@@ -20,7 +20,7 @@
 namespace tool {
 
 struct ReaderOptions {
-    std::size_t chunk = TextDecoder::defaultChunk;  // bytes read at a time
+    std::size_t chunk = TextDecoder::kDefaultChunk;  // bytes read at a time
     std::size_t recordLimit = RecordLimits().size;
     std::size_t configurationLimit = std::size_t{16} * 1024 * 1024;
     std::size_t wholeLimit = std::size_t{1024} * 1024 * 1024;  // for record data handed out whole
@@ -33,7 +33,7 @@ struct ReaderOptions {
 // memory.
 class PacketReader final : public RecordSource {
   public:
-    // Opens the file at PATH, called NAME in errors. Throws SourceError.
+    // Opens the file at `path`, called `name` in errors. Throws SourceError.
     PacketReader(const std::filesystem::path& path, std::string name, ReaderOptions options = {});
     // Reads BYTES.
     explicit PacketReader(std::unique_ptr<ByteSource> bytes, ReaderOptions options = {});

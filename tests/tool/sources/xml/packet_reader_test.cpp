@@ -22,7 +22,7 @@ using reading::ToUtf16;
 using testing::HasSubstr;
 using tool::RecordDefect;
 
-const std::string replacement = "\xEF\xBF\xBD";
+const std::string kReplacement = "\xEF\xBF\xBD";
 
 std::string OnlyPacketOf(std::string_view text) {
     std::vector<Read> records = ReadAtEveryChunkSize(text);
@@ -118,20 +118,20 @@ std::string WithLoneSurrogate(const std::string& text) {
     return "\xFF\xFE" + bytes.replace(at, 2, "\x01\xD8");
 }
 
-const std::vector<UndecodableCase> undecodableCases = {
-    {"InvalidUtf8", ThreeRecords("\xE4x"), MendedRecord(replacement + "x"),
+const std::vector<UndecodableCase> kUndecodableCases = {
+    {"InvalidUtf8", ThreeRecords("\xE4x"), MendedRecord(kReplacement + "x"),
      "a byte that is not UTF-8 at byte 29 of the file (line 3)"},
     {"InvalidUtf8BehindAMark", "\xEF\xBB\xBF" + ThreeRecords("\xE4x"),
-     MendedRecord(replacement + "x"), "a byte that is not UTF-8 at byte 32 of the file (line 3)"},
+     MendedRecord(kReplacement + "x"), "a byte that is not UTF-8 at byte 32 of the file (line 3)"},
     {"SeveralBytes", ThreeRecords("\xC3\xA4\xC0\xAF"),
-     MendedRecord("\xC3\xA4" + replacement + replacement),
+     MendedRecord("\xC3\xA4" + kReplacement + kReplacement),
      "a byte that is not UTF-8 at byte 31 of the file (line 3)"},
-    {"ANul", ThreeRecords(std::string(1, '\0')), MendedRecord(replacement),
+    {"ANul", ThreeRecords(std::string(1, '\0')), MendedRecord(kReplacement),
      "a NUL character at byte 29 of the file (line 3)"},
-    {"ALoneSurrogate", WithLoneSurrogate(ThreeRecords("?")), MendedRecord(replacement),
+    {"ALoneSurrogate", WithLoneSurrogate(ThreeRecords("?")), MendedRecord(kReplacement),
      "an unpaired UTF-16 surrogate at byte 60 of the file (line 3)"},
 };
-INSTANTIATE_TEST_SUITE_P(Text, Undecodable, testing::ValuesIn(undecodableCases),
+INSTANTIATE_TEST_SUITE_P(Text, Undecodable, testing::ValuesIn(kUndecodableCases),
                          [](const auto& info) { return std::string(info.param.what); });
 
 TEST(PacketReader, TakesNoNoticeOfUndecodableTextBetweenRecords) {
@@ -147,7 +147,7 @@ TEST(PacketReader, SaysThatARecordDoesNotEnd) {
     std::vector<Read> records = ReadAtEveryChunkSize("<record>a\xFF<record>b</record>");
     ASSERT_EQ(records.size(), 2U);
     EXPECT_EQ(records[0].packet, "");
-    EXPECT_EQ(records[0].raw, "<record>a" + replacement);
+    EXPECT_EQ(records[0].raw, "<record>a" + kReplacement);
     EXPECT_EQ(records[0].error,
               "the record does not end: \"</record>\" is missing before the next \"<record>\" or "
               "the end of the file");
@@ -163,19 +163,19 @@ TEST(PacketReader, SaysThatARecordIsTooLong) {
               "the record is not shorter than 1 MiB, which --max-record-size sets");
 }
 
-const std::string configuration = "<configuration>\n<record_type name=\"bug\"/></configuration>\n";
+const std::string kConfiguration = "<configuration>\n<record_type name=\"bug\"/></configuration>\n";
 
 TEST(PacketReader, HandsOutAConfigurationWhole) {
     for (const std::string& bytes :
-         {configuration, "\xEF\xBB\xBF<?xml version='1.0' encoding='utf-8'?>" + configuration,
+         {kConfiguration, "\xEF\xBB\xBF<?xml version='1.0' encoding='utf-8'?>" + kConfiguration,
           "\xFE\xFF" +
-              ToUtf16("<?xml version=\"1.0\" encoding=\"UTF-16\"?>" + configuration, true)}) {
+              ToUtf16("<?xml version=\"1.0\" encoding=\"UTF-16\"?>" + kConfiguration, true)}) {
         for (std::size_t chunk : reading::ChunkSizes()) {
             tool::ReaderOptions options;
             options.chunk = chunk;
             tool::PacketReader reader = ReaderOf(bytes, options);
             EXPECT_TRUE(reader.IsConfiguration());
-            EXPECT_EQ(reader.ReadConfiguration(), PacketOf(configuration));
+            EXPECT_EQ(reader.ReadConfiguration(), PacketOf(kConfiguration));
         }
     }
 }
@@ -188,7 +188,7 @@ TEST(PacketReader, TellsRecordDataFromConfiguration) {
 
 TEST(PacketReader, RecognisesAConfigurationBehindALongComment) {
     EXPECT_TRUE(
-        ReaderOf("<!--" + std::string(1000000, 'x') + "-->" + configuration).IsConfiguration());
+        ReaderOf("<!--" + std::string(1000000, 'x') + "-->" + kConfiguration).IsConfiguration());
 }
 
 tool::SourceError RefusedConfiguration(std::string_view text, std::size_t limit) {
@@ -240,7 +240,7 @@ TEST(PacketReader, HandsOutRecordDataWhole) {
 
 TEST(PacketReader, SaysThatAWholePacketIsNoText) {
     tool::WholePacket packet = ReaderOf("<record>\n\xFF</record>").ReadWhole();
-    EXPECT_EQ(packet.text, PacketOf("<record>\n" + replacement + "</record>"));
+    EXPECT_EQ(packet.text, PacketOf("<record>\n" + kReplacement + "</record>"));
     EXPECT_EQ(packet.error, "a byte that is not UTF-8 at byte 9 of the file (line 2)");
 }
 

@@ -62,6 +62,7 @@ enum class ErrorKind {
     UniqueViolation,
     ForeignKeyViolation,
     ConstraintViolation,  // any other constraint: NOT NULL, CHECK ...
+    Conflict,             // rows are not as the caller knew them: another writer has been there
     Busy,                 // locked by another writer for longer than the driver waits
     DiskFull,
     Io,

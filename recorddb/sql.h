@@ -17,6 +17,7 @@
 namespace recorddb::sql {
 
 struct Dialect;
+class RowWriter;
 
 // Text that dies at the end of the expression it stands in, and so cannot be borrowed.
 template <typename T>
@@ -140,6 +141,10 @@ class RECORDDB_API Connection {
     // with computed columns.
     virtual bool HasTable(std::string_view name) = 0;
     virtual bool HasIndex(std::string_view name) = 0;
+
+    // What writes many rows at once, by whatever means the engine has. It must not outlive the
+    // connection.
+    virtual std::unique_ptr<RowWriter> MakeRowWriter();
 
     virtual const Dialect& GetDialect() const = 0;
     virtual bool IsReadOnly() const = 0;

@@ -2,8 +2,13 @@
 
 #include "recorddb/errors.h"
 #include "recorddb/sql.h"
+#include "recorddb/sql/row_writer.h"
 
 namespace recorddb::sql {
+
+std::unique_ptr<RowWriter> Connection::MakeRowWriter() {
+    return MakeStatementRowWriter(*this);
+}
 
 void Connection::BeginTransaction() {
     if (m_inTransaction) {

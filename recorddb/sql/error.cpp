@@ -32,6 +32,8 @@ std::string_view KindName(ErrorKind kind) {
             return "foreign key violation";
         case ErrorKind::ConstraintViolation:
             return "constraint violation";
+        case ErrorKind::Conflict:
+            return "conflict";
         case ErrorKind::Busy:
             return "busy";
         case ErrorKind::DiskFull:

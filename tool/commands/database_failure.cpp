@@ -24,6 +24,8 @@ std::string ExplainFailure(const recorddb::sql::Error& error) {
         case ErrorKind::Busy:
             return Failed(cause,
                           "another program is writing to it; wait until it is done, or close it");
+        case ErrorKind::Conflict:
+            return Failed(cause, "close it");
         case ErrorKind::DiskFull:
             return Failed(cause, "make room on the disk that it is on");
         case ErrorKind::Io:

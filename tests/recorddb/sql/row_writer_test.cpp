@@ -1,0 +1,83 @@
+#include "recorddb/sql/row_writer.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <vector>
+
+#include "sql_test.h"
+
+namespace recorddb::sql {
+
+namespace {
+
+using Kind = RowChange::Kind;
+
+class RowWriterTest : public SqlTest {
+  protected:
+    RowWriterTest() : m_writer(m_connection->MakeRowWriter()), m_transaction(*m_connection) {}
+
+    // Writes rows of the columns name and size, of which the first `keys` say which row is meant.
+    void Write(Kind kind, std::size_t keys, const std::vector<Cell>& cells) {
+        m_writer->Write({kind, "thing", m_columns, keys, cells});
+        m_writer->Finish();
+    }
+
+    std::string Rows() {
+        Statement& read = m_connection->Prepare("SELECT name, size FROM thing ORDER BY name");
+        std::string rows;
+        while (read.Step()) {
+            rows += std::string(read.Text(0)) + "=";
+            rows += read.IsNull(1) ? "NULL " : std::string(read.Text(1)) + " ";
+        }
+        return rows;
+    }
+
+    const std::array<RowColumn, 2> m_columns = {
+        {{"name", CellType::Text}, {"size", CellType::Integer}}};
+    std::unique_ptr<RowWriter> m_writer;
+    Transaction m_transaction;
+};
+
+TEST_F(RowWriterTest, InsertsRows) {
+    Write(Kind::Insert, 0, {"a", 1, "b", {}});
+    EXPECT_EQ(Rows(), "a=1 b=NULL ");
+}
+
+TEST_F(RowWriterTest, UpdatesTheRowsThatAreMeant) {
+    Write(Kind::Insert, 0, {"a", 1, "b", 2, "c", 3});
+    Write(Kind::Update, 1, {"a", {}, "c", 4});
+    EXPECT_EQ(Rows(), "a=NULL b=2 c=4 ");
+}
+
+TEST_F(RowWriterTest, InsertsOrUpdates) {
+    Write(Kind::Insert, 0, {"a", 1});
+    Write(Kind::InsertOrUpdate, 1, {"a", 2, "b", 3});
+    EXPECT_EQ(Rows(), "a=2 b=3 ");
+}
+
+TEST_F(RowWriterTest, DeletesTheRowsThatAreMeant) {
+    Write(Kind::Insert, 0, {"a", 1, "b", 2, "c", 3});
+    Write(Kind::Delete, 2, {"a", 1, "c", 3});
+    EXPECT_EQ(Rows(), "b=2 ");
+}
+
+TEST_F(RowWriterTest, RowThatIsNotAsItWasIsAConflict) {
+    Write(Kind::Insert, 0, {"a", 1});
+    const auto change = [this] { Write(Kind::Delete, 2, {"a", 2}); };
+    EXPECT_EQ(ErrorOf(change).Kind(), ErrorKind::Conflict);
+}
+
+TEST_F(RowWriterTest, RowThatIsNotThereIsAConflict) {
+    const auto change = [this] { Write(Kind::Update, 1, {"a", 2}); };
+    EXPECT_EQ(ErrorOf(change).Kind(), ErrorKind::Conflict);
+}
+
+TEST_F(RowWriterTest, RowThatTheEngineRefusesIsToldAsItsError) {
+    const auto change = [this] { Write(Kind::Insert, 0, {"a", 1, "a", 2}); };
+    EXPECT_EQ(ErrorOf(change).Kind(), ErrorKind::UniqueViolation);
+}
+
+}  // namespace
+
+}  // namespace recorddb::sql

@@ -50,6 +50,16 @@ TEST_F(RowWriterTest, UpdatesTheRowsThatAreMeant) {
     EXPECT_EQ(Rows(), "a=NULL b=2 c=4 ");
 }
 
+TEST_F(RowWriterTest, ComparesAColumnWithOneValueAndSetsItToAnother) {
+    Write(Kind::Insert, 0, {"a", 1, "b", 2});
+    const std::array<RowColumn, 3> columns = {
+        {{"name", CellType::Text}, {"size", CellType::Integer}, {"size", CellType::Integer}}};
+    const std::vector<Cell> cells = {"a", 1, 10, "b", 2, 20};
+    m_writer->Write({Kind::Update, "thing", columns, 2, cells});
+    m_writer->Finish();
+    EXPECT_EQ(Rows(), "a=10 b=20 ");
+}
+
 TEST_F(RowWriterTest, InsertsOrUpdates) {
     Write(Kind::Insert, 0, {"a", 1});
     Write(Kind::InsertOrUpdate, 1, {"a", 2, "b", 3});

@@ -18,6 +18,7 @@ namespace schema {
 class SearchIndexes;
 }
 class Session;
+class WriteBatch;
 
 // An open record database, for one thread. A location is the path of an SQLite file; server URLs
 // (postgresql://...) are refused with sql::Error of kind Unsupported. What it hands out by
@@ -66,6 +67,9 @@ class RECORDDB_API Database {
     // for fields without a column. Throws sql::Error.
     bool HasSearchIndex(const schema::RecordType& type, const schema::Field& field);
 
+    // What the transaction under way has gathered (recorddb/store/write_batch.h).
+    WriteBatch& GetBatch() { return *m_batch; }
+
   private:
     Database(std::unique_ptr<sql::Connection> connection, schema::Schema schema);
 
@@ -73,6 +77,7 @@ class RECORDDB_API Database {
     schema::Schema m_schema;
     journal::Journal m_journal;
     std::unique_ptr<schema::SearchIndexes> m_searchIndexes;
+    std::unique_ptr<WriteBatch> m_batch;
 };
 
 }  // namespace recorddb

@@ -14,6 +14,14 @@ namespace recorddb {
 
 struct SessionParts;
 
+// When the commits of a transaction reach the database. What the session reads is the same.
+enum class Writing {
+    AtOnce,   // each by itself: what the database refuses is told as the refusal of that record
+    Gathered  // many together, at the end or when something has to be read of the database. That
+              // costs less, but what the database refuses then may be of any record: it fails the
+              // transaction, and the work may be done again in one that writes at once.
+};
+
 // A part of a session's transaction that can be undone by itself, such as the work on one record.
 // The destructor undoes one that is still open. Made by SessionTransaction::Savepoint; savepoints
 // nest.
@@ -42,10 +50,14 @@ class RECORDDB_API SessionSavepoint {
 // destructor rolls back one that is still open. Made by Session::BeginTransaction.
 class RECORDDB_API SessionTransaction {
   public:
-    explicit SessionTransaction(std::shared_ptr<SessionParts> parts);
+    SessionTransaction(std::shared_ptr<SessionParts> parts, Writing writing);
     SessionTransaction(const SessionTransaction&) = delete;
     SessionTransaction& operator=(const SessionTransaction&) = delete;
     ~SessionTransaction();
+
+    // Writes what was gathered so far. Throws sql::Error, after which nothing but a roll-back is
+    // possible; the session remembers the failure.
+    void Apply();
 
     // Makes the work permanent. Throws sql::Error, after which everything is undone; the session
     // remembers the failure.
@@ -97,7 +109,10 @@ class RECORDDB_API Session final : public AdSession {
 
     // Begins a transaction around many commits, which otherwise are one transaction each. One at a
     // time. Throws sql::Error; std::logic_error when one is open already.
-    std::unique_ptr<SessionTransaction> BeginTransaction();
+    std::unique_ptr<SessionTransaction> BeginTransaction(Writing writing = Writing::AtOnce);
+
+    // Forgets Failure, for work that begins again after a roll-back.
+    void ForgetFailure();
 
     // The latest failure of the database itself (disk full, locked, damaged ...), as opposed to a
     // record that was refused. Callers of the core got it as a PaMsgException*.

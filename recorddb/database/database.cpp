@@ -15,6 +15,7 @@
 #include "recorddb/sql.h"
 #include "recorddb/store/search_indexes.h"
 #include "recorddb/store/stored_schema.h"
+#include "recorddb/store/write_batch.h"
 
 namespace recorddb {
 
@@ -147,13 +148,14 @@ Database::Database(std::unique_ptr<sql::Connection> connection, schema::Schema s
     : m_connection(std::move(connection)),
       m_schema(std::move(schema)),
       m_journal(*m_connection),
-      m_searchIndexes(std::make_unique<schema::SearchIndexes>(*m_connection, m_schema)) {}
+      m_searchIndexes(std::make_unique<schema::SearchIndexes>(*m_connection, m_schema)),
+      m_batch(std::make_unique<WriteBatch>(*m_connection, m_schema)) {}
 
 Database::~Database() = default;
 
 AdPtr<Session> Database::OpenSession(const SessionOptions& options) {
-    return AdPtr<Session>(new Session(
-        std::make_shared<SessionParts>(*m_connection, m_schema, *m_searchIndexes, options)));
+    return AdPtr<Session>(
+        new Session(std::make_shared<SessionParts>(*m_batch, m_schema, *m_searchIndexes, options)));
 }
 
 void Database::EnsureSearchIndex(const schema::RecordType& type, const schema::Field& field) {

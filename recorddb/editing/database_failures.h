@@ -42,8 +42,9 @@ class DatabaseFailures {
         }
     }
 
-    // The latest failure.
+    // The latest failure, unless it was forgotten since.
     const std::optional<sql::Error>& Last() const { return m_last; }
+    void Forget() { m_last.reset(); }
 
   private:
     void RefuseAfterFailure() const {

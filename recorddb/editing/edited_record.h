@@ -33,6 +33,8 @@ struct EditedRecord {
     // The record that this one was marked as a duplicate of, and whether the link is there already.
     std::optional<std::int64_t> original;
     bool linked = false;
+    // WriteBatch::UndoCount when it was opened.
+    std::uint64_t undoCount = 0;
 };
 
 }  // namespace recorddb

@@ -31,7 +31,9 @@ const Field* StateField(const EntityDef& def) {
 }  // namespace
 
 Entity::Entity(std::shared_ptr<const EntityParts> parts, EntityDef& def)
-    : m_parts(std::move(parts)), m_record(def) {}
+    : m_parts(std::move(parts)), m_record(def) {
+    m_record.undoCount = m_parts->batch.UndoCount();
+}
 
 Entity::~Entity() {
     if (m_record.IsNew() && m_record.dbid != 0) {
@@ -225,9 +227,12 @@ void Entity::MoveToState(const Field& field, FieldValue state) {
 
 PaMessage Entity::Check() {
     PaMessage problem;
-    if (!m_checked) {
+    // What was gathered since may have taken a value that must be unique. What was written since,
+    // the engine compares.
+    if (!m_checked || m_checkedAt != m_parts->batch.ChangeCount()) {
         problem = m_parts->checks.Check(m_record);
         m_checked = problem.ID() == 0;
+        m_checkedAt = m_parts->batch.ChangeCount();
     }
     return problem;
 }

@@ -18,12 +18,14 @@
 #include "recorddb/store/history_table.h"
 #include "recorddb/store/key_table.h"
 #include "recorddb/store/record_tables.h"
+#include "recorddb/store/write_batch.h"
 
 namespace recorddb {
 
 // What open records work with. Their session owns it all.
 struct EntityParts {
     DatabaseFailures& failures;
+    WriteBatch& batch;
     RecordTables& tables;
     KeyTable& keys;
     ValueRules& rules;
@@ -110,9 +112,10 @@ class Entity final : public AdEntity {
 
     std::shared_ptr<const EntityParts> m_parts;
     EditedRecord m_record;
-    FieldValue m_firstState;   // of a new record, also after Revert
-    bool m_checked = false;    // valid as it stands
-    bool m_fieldsSet = false;  // since it was opened or last committed
+    FieldValue m_firstState;        // of a new record, also after Revert
+    bool m_checked = false;         // valid as it stands,
+    std::uint64_t m_checkedAt = 0;  // with what the batch had gathered then
+    bool m_fieldsSet = false;       // since it was opened or last committed
 };
 
 }  // namespace recorddb

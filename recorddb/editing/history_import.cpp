@@ -1,6 +1,7 @@
 #include "recorddb/editing/history_import.h"
 
 #include <algorithm>
+#include <span>
 #include <string>
 #include <tuple>
 
@@ -126,31 +127,16 @@ void HistoryImport::WriteRecord(std::size_t first, std::size_t end) {
         }
     }
     const std::string& field = HistoryField(m_schema.Type(type))->name;
-    for (std::size_t i = first; i < end; ++i) {
-        m_table.Insert(m_pending[i], field);
-    }
-    SaveChangedExpiry(type, record, before, all);
+    m_table.Save({type, record}, field, std::span(m_pending).subspan(first, end - first), before,
+                 all);
     m_upToDate = Now(type, record);
-}
-
-void HistoryImport::SaveChangedExpiry(std::int64_t recordType, std::int64_t record,
-                                      const std::vector<HistoryTimes>& before,
-                                      const std::vector<HistoryTimes>& after) {
-    for (const HistoryTimes& old : before) {
-        const auto updated =
-            std::find_if(after.begin(), after.end(),
-                         [&old](const HistoryTimes& times) { return times.entry == old.entry; });
-        if (*updated != old) {
-            m_table.SetExpiry(recordType, record, *updated);
-        }
-    }
 }
 
 HistoryImport::UpToDate HistoryImport::Now(std::int64_t recordType, std::int64_t record) const {
     return {.recordType = recordType,
             .record = record,
             .transactionCount = m_connection.TransactionCount(),
-            .rollbackCount = m_connection.RollbackCount()};
+            .undoCount = m_batch.UndoCount()};
 }
 
 void HistoryImport::UpdateExpiry(const schema::RecordType& type, std::int64_t record) {
@@ -162,7 +148,7 @@ void HistoryImport::UpdateExpiry(const schema::RecordType& type, std::int64_t re
     const std::vector<HistoryTimes> before = m_table.Times(type.id, record);
     std::vector<HistoryTimes> after = before;
     WorkOutExpiry(after);
-    SaveChangedExpiry(type.id, record, before, after);
+    m_table.Save({type.id, record}, {}, {}, before, after);
     write.Keep();
 }
 

@@ -13,6 +13,7 @@
 #include "recorddb/sql.h"
 #include "recorddb/store/history_table.h"
 #include "recorddb/store/record_tables.h"
+#include "recorddb/store/write_batch.h"
 
 namespace recorddb {
 
@@ -21,9 +22,13 @@ namespace recorddb {
 class HistoryImport {
   public:
     // What is given outlives the object.
-    HistoryImport(sql::Connection& connection, const schema::Schema& schema, RecordTables& tables,
+    HistoryImport(WriteBatch& batch, const schema::Schema& schema, RecordTables& tables,
                   HistoryTable& table)
-        : m_connection(connection), m_schema(schema), m_tables(tables), m_table(table) {}
+        : m_batch(batch),
+          m_connection(batch.GetConnection()),
+          m_schema(schema),
+          m_tables(tables),
+          m_table(table) {}
 
     // Takes an entry; number counts the entries of the call from 1. Returns a message with id 0, or
     // the one that refuses the entry.
@@ -41,23 +46,22 @@ class HistoryImport {
     void UpdateExpiry(const schema::RecordType& type, std::int64_t record);
 
   private:
-    // A record whose expiry times are known to be up to date, and in which state of the connection.
+    // A record whose expiry times are known to be up to date, and in which state of the
+    // connection and the batch.
     struct UpToDate {
         std::int64_t recordType = 0;
         std::int64_t record = 0;
         std::uint64_t transactionCount = 0;
-        std::uint64_t rollbackCount = 0;
+        std::uint64_t undoCount = 0;
         bool operator==(const UpToDate&) const = default;
     };
 
     PaMessage CheckType(const AdHistory& given, long number) const;
     PaMessage CheckRecord(const AdHistory& given, long number);
     void WriteRecord(std::size_t first, std::size_t end);
-    void SaveChangedExpiry(std::int64_t recordType, std::int64_t record,
-                           const std::vector<HistoryTimes>& before,
-                           const std::vector<HistoryTimes>& after);
     UpToDate Now(std::int64_t recordType, std::int64_t record) const;
 
+    WriteBatch& m_batch;
     sql::Connection& m_connection;
     const schema::Schema& m_schema;
     RecordTables& m_tables;

@@ -27,7 +27,7 @@ PaMessage CheckRequired(const EditedRecord& record) {
     return {};
 }
 
-bool MayHaveTwin(const EditedRecord& record, const RecordTable::UniqueFields& fields) {
+bool MayHaveTwin(const EditedRecord& record, const FieldSet& fields) {
     const auto isEmpty = [&record](std::size_t field) {
         return !HasValue(record.buffer.Get(field));
     };
@@ -38,8 +38,8 @@ bool MayHaveTwin(const EditedRecord& record, const RecordTable::UniqueFields& fi
 
 }  // namespace
 
-PaMessage RecordChecks::NotUnique(const EditedRecord& record,
-                                  const RecordTable::UniqueFields& fields, std::int64_t twin) {
+PaMessage RecordChecks::NotUnique(const EditedRecord& record, const FieldSet& fields,
+                                  std::int64_t twin) {
     const RecordType& type = record.Type();
     const std::string other = m_keys.KeyOf(type, twin).value_or(std::to_string(twin));
     if (fields == type.key) {
@@ -60,7 +60,7 @@ bool RecordChecks::Exists(const Field& field, std::int64_t target) {
 PaMessage RecordChecks::CheckUnique(const EditedRecord& record) {
     RecordTable& table = m_tables.Records(record.Type());
     for (std::size_t set = 0; set < table.UniqueSets().size(); ++set) {
-        const RecordTable::UniqueFields& fields = table.UniqueSets()[set];
+        const FieldSet& fields = table.UniqueSets()[set];
         if (!MayHaveTwin(record, fields)) {
             continue;
         }

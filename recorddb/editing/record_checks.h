@@ -26,8 +26,7 @@ class RecordChecks {
     PaMessage CheckReferences(const EditedRecord& record);
 
   private:
-    PaMessage NotUnique(const EditedRecord& record, const RecordTable::UniqueFields& fields,
-                        std::int64_t twin);
+    PaMessage NotUnique(const EditedRecord& record, const FieldSet& fields, std::int64_t twin);
     bool Exists(const schema::Field& field, std::int64_t target);
 
     const schema::Schema& m_schema;

@@ -74,6 +74,13 @@ PaMessage RecordWriter::Outdated(const EditedRecord& record) {
                                                      {u"_based_", std::to_string(record.version)}});
 }
 
+void RecordWriter::NumberNew(EditedRecord& record) {
+    if (record.dbid == 0) {
+        record.dbid = m_parts.dbids.Reserve(record.Type());
+    }
+    FillInDisplayId(record);
+}
+
 PaMessage RecordWriter::WriteRow(EditedRecord& record) {
     RecordTable& table = m_parts.tables.Records(record.Type());
     if (!record.IsNew()) {
@@ -83,10 +90,7 @@ PaMessage RecordWriter::WriteRow(EditedRecord& record) {
         const bool updated = table.Update(record.dbid, record.version, record.buffer);
         return updated ? PaMessage() : Outdated(record);
     }
-    if (record.dbid == 0) {
-        record.dbid = m_parts.dbids.Reserve(record.Type());
-    }
-    FillInDisplayId(record);
+    NumberNew(record);
     table.Insert(record.dbid, record.buffer);
     return {};
 }
@@ -110,7 +114,7 @@ void RecordWriter::SaveListsOfNew(const EditedRecord& record, const AtomicWrite&
 }
 
 PaMessage RecordWriter::WriteAll(EditedRecord& record, Reach reach) {
-    AtomicWrite write(m_parts.connection, RefusableOf(record, reach));
+    AtomicWrite write(m_parts.batch.GetConnection(), RefusableOf(record, reach));
     PaMessage problem = WriteRow(record);
     if (problem.ID() == 0 && reach.lists) {
         if (record.IsNew()) {
@@ -128,6 +132,61 @@ PaMessage RecordWriter::WriteAll(EditedRecord& record, Reach reach) {
     return problem;
 }
 
+PaMessage RecordWriter::DbIdTaken(const EditedRecord& record) {
+    return ErrorMessage(message_id::kDbIdTaken, {{u"_datatype_", record.Type().name},
+                                                 {u"_value_", std::to_string(record.dbid)}});
+}
+
+// Attachments have contents, which are too large to gather. A record that was opened before
+// something was undone may rely on what is there no more; the engine tells.
+bool RecordWriter::MayBeGathered(const EditedRecord& record) const {
+    const WriteBatch& batch = m_parts.batch;
+    return batch.IsGathering() && record.attachments.Empty() &&
+           record.undoCount == batch.UndoCount() &&
+           (record.IsNew() || !batch.ChangesKey(record.Type(), record.buffer));
+}
+
+// What the engine would refuse of the record is told here, as far as this session brought it about.
+PaMessage RecordWriter::CheckGathered(const EditedRecord& record) {
+    const schema::RecordType& type = record.Type();
+    if (record.IsNew() && m_parts.batch.HasNew(type, record.dbid)) {
+        return DbIdTaken(record);
+    }
+    if (!record.IsNew() && m_parts.tables.Records(type).Version(record.dbid) != record.version) {
+        return Outdated(record);
+    }
+    return {};
+}
+
+PaMessage RecordWriter::Gather(EditedRecord& record) {
+    if (record.IsNew()) {
+        NumberNew(record);
+    }
+    PaMessage problem = CheckGathered(record);
+    if (problem.ID() != 0) {
+        return problem;
+    }
+    m_parts.batch.Put(record.Type(), record.dbid, record.version, record.buffer);
+    if (record.original && !record.linked) {
+        m_parts.duplicates.Link(record.Type().id, record.dbid, *record.original);
+    }
+    return {};
+}
+
+PaMessage RecordWriter::WriteAtOnce(EditedRecord& record, Reach reach) {
+    // Before, so that a failure is told of the records that were gathered.
+    m_parts.batch.Apply(WriteBatch::For::Writing);
+    m_parts.batch.ForgetVersions();
+    try {
+        return WriteAll(record, reach);
+    } catch (const sql::Error& error) {
+        if (!error.IsConstraint()) {
+            throw;
+        }
+        return Explain(record, error);
+    }
+}
+
 // A constraint is broken only when another writer came in between, or when the caller did without
 // Validate: a broken one is looked for where Validate looks.
 PaMessage RecordWriter::Explain(const EditedRecord& record, const sql::Error& error) {
@@ -139,9 +198,7 @@ PaMessage RecordWriter::Explain(const EditedRecord& record, const sql::Error& er
         };
         if (names(schema::kDbIdName) ||
             (record.Type().HasStates() && names(schema::kDisplayIdName))) {
-            return ErrorMessage(
-                message_id::kDbIdTaken,
-                {{u"_datatype_", record.Type().name}, {u"_value_", std::to_string(record.dbid)}});
+            return DbIdTaken(record);
         }
         problem = m_parts.checks.CheckUnique(record);
     } else if (error.Kind() == sql::ErrorKind::ForeignKeyViolation) {
@@ -159,14 +216,7 @@ PaMessage RecordWriter::Write(EditedRecord& record) {
     const std::int64_t reserved = record.dbid;
     PaMessage problem;
     if (reach.row) {
-        try {
-            problem = WriteAll(record, reach);
-        } catch (const sql::Error& error) {
-            if (!error.IsConstraint()) {
-                throw;
-            }
-            problem = Explain(record, error);
-        }
+        problem = MayBeGathered(record) ? Gather(record) : WriteAtOnce(record, reach);
     }
     const bool failed = problem.ID() != 0;
     if (record.IsNew() && (!failed || reserved == 0)) {

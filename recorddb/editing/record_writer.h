@@ -12,15 +12,16 @@
 #include "recorddb/store/duplicate_table.h"
 #include "recorddb/store/key_table.h"
 #include "recorddb/store/record_tables.h"
+#include "recorddb/store/write_batch.h"
 
 namespace recorddb {
 
-// Writes the changes of records into the tables.
+// Writes the changes of records: into the batch while that gathers, otherwise into the tables.
 class RecordWriter {
   public:
     // What it works with, all of which outlives it.
     struct Parts {
-        sql::Connection& connection;
+        WriteBatch& batch;
         RecordTables& tables;
         KeyTable& keyTable;
         ReferenceKeys& keys;
@@ -32,9 +33,10 @@ class RecordWriter {
 
     explicit RecordWriter(const Parts& parts) : m_parts(parts) {}
 
-    // Writes the changes of a record, all or nothing. Returns a message with id 0, after which the
-    // record counts as loaded and unchanged, or the message that says why it was refused, after
-    // which it still holds its changes. Throws sql::Error when the database fails.
+    // Writes the changes of a record, all or nothing, into the batch or the tables. Returns a
+    // message with id 0, after which the record counts as loaded and unchanged, or the message that
+    // says why it was refused, after which it still holds its changes. Throws sql::Error when the
+    // database fails.
     PaMessage Write(EditedRecord& record);
 
   private:
@@ -47,12 +49,18 @@ class RecordWriter {
 
     static Reach ReachOf(const EditedRecord& record);
     static AtomicWrite::Refusable RefusableOf(const EditedRecord& record, Reach reach);
+    bool MayBeGathered(const EditedRecord& record) const;
+    PaMessage Gather(EditedRecord& record);
+    PaMessage CheckGathered(const EditedRecord& record);
+    PaMessage WriteAtOnce(EditedRecord& record, Reach reach);
     PaMessage WriteAll(EditedRecord& record, Reach reach);
+    void NumberNew(EditedRecord& record);
     PaMessage WriteRow(EditedRecord& record);
     void SaveLists(const EditedRecord& record);
     void SaveListsOfNew(const EditedRecord& record, const AtomicWrite& write);
     PaMessage WriteLinks(const EditedRecord& record);
     PaMessage Outdated(const EditedRecord& record);
+    static PaMessage DbIdTaken(const EditedRecord& record);
     PaMessage Explain(const EditedRecord& record, const sql::Error& error);
 
     Parts m_parts;

@@ -11,9 +11,10 @@ constexpr std::size_t kMostKnown = 20'000;
 
 }  // namespace
 
-ReferenceKeys::ReferenceKeys(sql::Connection& connection, const schema::Schema& schema,
-                             KeyTable& table, KeySearchLimits limits)
-    : m_connection(connection),
+ReferenceKeys::ReferenceKeys(WriteBatch& batch, const schema::Schema& schema, KeyTable& table,
+                             KeySearchLimits limits)
+    : m_batch(batch),
+      m_connection(batch.GetConnection()),
       m_schema(schema),
       m_table(table),
       m_limits(std::move(limits)),
@@ -58,10 +59,10 @@ bool ReferenceKeys::MayRemember() {
         return false;
     }
     if (m_transactionCount != m_connection.TransactionCount() ||
-        m_rollbackCount != m_connection.RollbackCount()) {
+        m_undoCount != m_batch.UndoCount()) {
         Forget();
         m_transactionCount = m_connection.TransactionCount();
-        m_rollbackCount = m_connection.RollbackCount();
+        m_undoCount = m_batch.UndoCount();
     }
     return true;
 }

@@ -13,14 +13,15 @@
 #include "recorddb/schema.h"
 #include "recorddb/sql.h"
 #include "recorddb/store/key_table.h"
+#include "recorddb/store/write_batch.h"
 
 namespace recorddb {
 
 // Finds the records that people refer to by their unique keys.
 class ReferenceKeys : private KeyDirectory {
   public:
-    // Connection, schema and table outlive the object.
-    ReferenceKeys(sql::Connection& connection, const schema::Schema& schema, KeyTable& table,
+    // Batch, schema and table outlive the object.
+    ReferenceKeys(WriteBatch& batch, const schema::Schema& schema, KeyTable& table,
                   KeySearchLimits limits = {});
 
     const KeySearchLimits& Limits() const { return m_limits; }
@@ -52,14 +53,15 @@ class ReferenceKeys : private KeyDirectory {
         return m_known[static_cast<std::size_t>(type.id - 1)];
     }
 
+    WriteBatch& m_batch;
     sql::Connection& m_connection;
     const schema::Schema& m_schema;
     KeyTable& m_table;
     KeySearchLimits m_limits;
     std::vector<KeyCache> m_known;  // by type
-    // The state of the connection in which what is known was read.
+    // The state of connection and batch in which what is known was read.
     std::uint64_t m_transactionCount = 0;
-    std::uint64_t m_rollbackCount = 0;
+    std::uint64_t m_undoCount = 0;
 };
 
 }  // namespace recorddb

@@ -1,10 +1,14 @@
 #include "recorddb/editing/result_set.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "platform/messages/message_ids.h"
 #include "recorddb/editing/reference_refusal.h"
 #include "recorddb/messages/error_message.h"
 #include "recorddb/model/value_text.h"
 #include "recorddb/store/bind_value.h"
+#include "recorddb/store/column_text.h"
 
 namespace recorddb {
 
@@ -22,34 +26,43 @@ void ResultSet::Execute() {
     m_rowCount = 0;
     m_fetched = 0;
     m_onRow = false;
+    m_dbids.clear();
     m_parts->failures.Guard([this] {
-        sql::Statement& statement = m_parts->statements.For(*m_query);
-        const sql::ResetGuard guard(statement);
-        if (Bind(statement)) {
-            ReadRows(statement);
+        if (ReadOperands()) {
+            ApplyChangesOfColumns();
+            ReadRows();
+            AddNewRecords();
         }
     });
     m_parts->failures.Guard([this] { ResolveReferences(); });
 }
 
 // False when no record can have one of the values.
-bool ResultSet::Bind(sql::Statement& statement) {
+bool ResultSet::ReadOperands() {
     m_operands.clear();
     for (const FilterNode& filter : m_query->Filters()) {
-        if (filter.Value().empty()) {
-            continue;
-        }
-        auto operand = Operand(filter);
+        auto operand = filter.Value().empty() ? FieldValue() : Operand(filter);
         if (!operand) {
             return false;
         }
         m_operands.push_back(*std::move(operand));
     }
-    int parameter = 0;
-    for (const FieldValue& operand : m_operands) {
-        BindValue(statement, ++parameter, operand);
-    }
     return true;
+}
+
+// What the database answers must hold but for records that it does not have yet.
+void ResultSet::ApplyChangesOfColumns() {
+    WriteBatch& batch = m_parts->batch;
+    const auto changes = [&](const schema::Field* field) {
+        return field != nullptr && batch.ChangesColumn(m_query->Type(), field->index);
+    };
+    const auto& columns = m_query->Columns();
+    const auto& filters = m_query->Filters();
+    if (std::any_of(columns.begin(), columns.end(), changes) ||
+        std::any_of(filters.begin(), filters.end(),
+                    [&](const FilterNode& filter) { return changes(&filter.Field()); })) {
+        batch.Apply(WriteBatch::For::Reading);
+    }
 }
 
 // The value as the column holds it; nothing when it cannot hold it.
@@ -75,14 +88,58 @@ std::optional<FieldValue> ResultSet::Operand(const FilterNode& filter) {
     }
 }
 
-void ResultSet::ReadRows(sql::Statement& statement) {
-    const auto limit = static_cast<std::size_t>(m_limit > 0 ? m_limit : 0);
-    while ((limit == 0 || m_rowCount < limit) && statement.Step()) {
-        ++m_rowCount;
-        for (int column = 0; column < statement.ColumnCount(); ++column) {
-            m_cells.emplace_back(statement.Text(column));
+std::size_t ResultSet::Width() const {
+    return std::max<std::size_t>(m_query->Columns().size(), 1);
+}
+
+void ResultSet::ReadRows() {
+    sql::Statement& statement = m_parts->statements.For(*m_query);
+    const sql::ResetGuard guard(statement);
+    int parameter = 0;
+    for (const FieldValue& operand : m_operands) {
+        if (HasValue(operand)) {
+            BindValue(statement, ++parameter, operand);
         }
     }
+    const auto width = static_cast<int>(Width());
+    const auto limit = static_cast<std::size_t>(m_limit > 0 ? m_limit : 0);
+    while ((limit == 0 || m_dbids.size() < limit) && statement.Step()) {
+        for (int column = 0; column < width; ++column) {
+            m_cells.emplace_back(statement.Text(column));
+        }
+        m_dbids.push_back(statement.Int(width));
+    }
+    m_rowCount = m_dbids.size();
+}
+
+// Puts the records that the batch has gathered where they belong, by dbid.
+void ResultSet::AddNewRecords() {
+    const schema::RecordType& type = m_query->Type();
+    if (m_parts->batch.HighestNew(type) == 0) {
+        return;
+    }
+    std::vector<WriteBatch::Condition> conditions;
+    for (std::size_t i = 0; i < m_operands.size(); ++i) {
+        conditions.push_back({m_query->Filters()[i].Field().index, m_operands[i]});
+    }
+    const std::size_t width = Width();
+    for (const PendingRecord* const record : m_parts->batch.NewWith(type, conditions)) {
+        const auto place = std::upper_bound(m_dbids.begin(), m_dbids.end(), record->dbid);
+        const auto row = static_cast<std::size_t>(place - m_dbids.begin());
+        std::vector<std::string> cells(width);
+        for (std::size_t column = 0; column < m_query->Columns().size(); ++column) {
+            const schema::Field* const field = m_query->Columns()[column];
+            cells[column] = field != nullptr ? ColumnText(record->values[field->index]) : "";
+        }
+        m_cells.insert(m_cells.begin() + static_cast<std::ptrdiff_t>(row * width), cells.begin(),
+                       cells.end());
+        m_dbids.insert(place, record->dbid);
+    }
+    if (m_limit > 0 && m_dbids.size() > static_cast<std::size_t>(m_limit)) {
+        m_dbids.resize(static_cast<std::size_t>(m_limit));
+        m_cells.resize(m_dbids.size() * width);
+    }
+    m_rowCount = m_dbids.size();
 }
 
 // Records referred to are told by their keys. Only when all rows are read, since finding a key may

@@ -15,12 +15,14 @@
 #include "recorddb/model/field_value.h"
 #include "recorddb/store/key_table.h"
 #include "recorddb/store/search_indexes.h"
+#include "recorddb/store/write_batch.h"
 
 namespace recorddb {
 
 // What result sets work with. Their session owns it all.
 struct QueryParts {
     DatabaseFailures& failures;
+    WriteBatch& batch;
     const schema::Schema& schema;
     KeyTable& keyTable;
     ReferenceKeys& keys;
@@ -45,16 +47,20 @@ class ResultSet final : public AdResultSet {
     void GetColumn(int column, Obx_String& value, int reserved) override;
 
   private:
-    bool Bind(sql::Statement& statement);
+    bool ReadOperands();
+    void ApplyChangesOfColumns();
     std::optional<FieldValue> Operand(const FilterNode& filter);
-    void ReadRows(sql::Statement& statement);
+    void ReadRows();
+    void AddNewRecords();
+    std::size_t Width() const;
     void ResolveReferences();
 
     std::shared_ptr<const QueryParts> m_parts;
     AdPtr<QueryDef> m_query;
-    long m_limit = 0;  // 0: none
-    std::vector<FieldValue> m_operands;
-    std::vector<std::string> m_cells;  // row by row, in UTF-8
+    long m_limit = 0;                    // 0: none
+    std::vector<FieldValue> m_operands;  // of all filters; no value: the field has none
+    std::vector<std::int64_t> m_dbids;   // of the rows
+    std::vector<std::string> m_cells;    // row by row, in UTF-8
     std::size_t m_rowCount = 0;
     std::size_t m_fetched = 0;  // rows; the current one is the last of them
     bool m_onRow = false;

@@ -22,13 +22,12 @@ class CheckContext {
     // Asked at every row, with the number of records checked so far; false ends the check early.
     using KeepOn = std::function<bool(std::uint64_t)>;
 
-    // Connection and schema outlive the object.
-    CheckContext(sql::Connection& connection, const schema::Schema& schema, TakeFault take,
-                 KeepOn keepOn)
-        : m_connection(connection),
+    // Batch and schema outlive the object.
+    CheckContext(WriteBatch& batch, const schema::Schema& schema, TakeFault take, KeepOn keepOn)
+        : m_connection(batch.GetConnection()),
           m_schema(schema),
-          m_tables(connection, schema),
-          m_keys(connection, schema),
+          m_tables(batch, schema),
+          m_keys(batch, schema),
           m_take(std::move(take)),
           m_keepOn(std::move(keepOn)) {}
 

@@ -17,7 +17,7 @@ IntegrityTotals CheckIntegrity(Database& database, const TakeFault& take,
         ++totals.faults;
         take(fault);
     };
-    CheckContext context(database.GetConnection(), database.GetSchema(), count, keepOn);
+    CheckContext context(database.GetBatch(), database.GetSchema(), count, keepOn);
     ScanSchemaTables(context);
     for (const schema::RecordType& type : database.GetSchema().Types()) {
         ScanRecords(context, type);

@@ -12,6 +12,7 @@
 #include "recorddb/store/history_table.h"
 #include "recorddb/store/key_table.h"
 #include "recorddb/store/record_tables.h"
+#include "recorddb/store/write_batch.h"
 
 namespace recorddb {
 
@@ -30,15 +31,23 @@ std::vector<std::int64_t> TargetsOf(const schema::Field& field, const FieldValue
 
 struct RecordReader::Tables {
     explicit Tables(Database& database)
-        : connection(database.GetConnection()),
-          records(connection, database.GetSchema()),
-          keyTable(connection, database.GetSchema()),
-          keys(connection, database.GetSchema(), keyTable),
-          history(connection),
+        : batch(database.GetBatch()),
+          connection(database.GetConnection()),
+          records(batch, database.GetSchema()),
+          keyTable(batch, database.GetSchema()),
+          keys(batch, database.GetSchema(), keyTable),
+          history(batch),
           attachments(connection),
           contents(connection),
-          duplicates(connection) {}
+          duplicates(batch) {}
 
+    // The connection, when all that was gathered is in the database.
+    sql::Connection& UpToDate() {
+        batch.Apply(WriteBatch::For::Reading);
+        return connection;
+    }
+
+    WriteBatch& batch;
     sql::Connection& connection;
     RecordTables records;
     KeyTable keyTable;
@@ -54,7 +63,7 @@ RecordReader::RecordReader(Database& database) : m_tables(std::make_unique<Table
 RecordReader::~RecordReader() = default;
 
 std::int64_t RecordReader::Count(const schema::RecordType& type) {
-    sql::Statement& count = m_tables->connection.Prepare(
+    sql::Statement& count = m_tables->UpToDate().Prepare(
         fmt::format("SELECT count(*) FROM {}", sql::Quoted(type.name)));
     return sql::QueryInt(count).value_or(0);
 }
@@ -102,7 +111,7 @@ std::optional<RecordView> RecordReader::Find(const schema::RecordType& type,
 std::vector<std::int64_t> RecordReader::FindByValue(const schema::RecordType& type,
                                                     const schema::Field& field,
                                                     std::string_view value, std::size_t limit) {
-    sql::Statement& find = m_tables->connection.Prepare(
+    sql::Statement& find = m_tables->UpToDate().Prepare(
         fmt::format("SELECT {0} FROM {1} WHERE {2} = $1 ORDER BY {0}", schema::kDbIdName,
                     sql::Quoted(type.name), sql::Quoted(field.name)));
     const sql::ResetGuard guard(find);
@@ -128,7 +137,7 @@ KeyMatch RecordReader::FindKey(const schema::RecordType& type, std::string_view 
 
 void RecordReader::ReadValues(const schema::RecordType& type, const schema::Field& field,
                               const std::function<void(std::int64_t, std::string_view)>& take) {
-    sql::Statement& read = m_tables->connection.Prepare(
+    sql::Statement& read = m_tables->UpToDate().Prepare(
         fmt::format("SELECT {0}, {1} FROM {2} WHERE {0} IS NOT NULL", sql::Quoted(field.name),
                     schema::kDbIdName, sql::Quoted(type.name)));
     const sql::ResetGuard guard(read);

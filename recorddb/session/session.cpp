@@ -158,8 +158,12 @@ const std::optional<sql::Error>& Session::Failure() const {
     return m_parts->failures.Last();
 }
 
-std::unique_ptr<SessionTransaction> Session::BeginTransaction() {
-    return std::make_unique<SessionTransaction>(m_parts);
+void Session::ForgetFailure() {
+    m_parts->failures.Forget();
+}
+
+std::unique_ptr<SessionTransaction> Session::BeginTransaction(Writing writing) {
+    return std::make_unique<SessionTransaction>(m_parts, writing);
 }
 
 }  // namespace recorddb

@@ -22,40 +22,44 @@
 #include "recorddb/store/key_table.h"
 #include "recorddb/store/record_tables.h"
 #include "recorddb/store/search_indexes.h"
+#include "recorddb/store/write_batch.h"
 
 namespace recorddb {
 
 // What a session owns. Its records and result sets each get what they use of it, and a share in
 // the whole, so that they may be let go of in any order.
 struct SessionParts {
-    // Connection, schema and indexes outlive the session and all that it handed out.
-    SessionParts(sql::Connection& connectionOfSession, const schema::Schema& schema,
+    // Batch, schema and indexes outlive the session and all that it handed out.
+    SessionParts(WriteBatch& batchOfSession, const schema::Schema& schema,
                  schema::SearchIndexes& searchIndexes, const SessionOptions& options)
-        : connection(connectionOfSession),
+        : batch(batchOfSession),
+          connection(batch.GetConnection()),
           failures(connection),
           definitions(schema),
-          tables(connection, schema),
-          keyTable(connection, schema),
-          keys(connection, schema, keyTable, options.references),
+          tables(batch, schema),
+          keyTable(batch, schema),
+          keys(batch, schema, keyTable, options.references),
           rules(schema, keys),
-          ids(connection, schema),
+          ids(batch, schema),
           dbids(connection, ids),
-          historyTable(connection),
-          history(connection, schema, tables, historyTable),
+          historyTable(batch),
+          history(batch, schema, tables, historyTable),
           attachments(connection,
                       AttachmentFolder(options.attachmentsFolder, options.maxAttachmentSize),
                       options.examineAttachments ? ContentStore::Keeping::Examine
                                                  : ContentStore::Keeping::Store),
-          duplicates(connection),
+          duplicates(batch),
           checks(schema, tables, keyTable),
-          writer({connection, tables, keyTable, keys, dbids, attachments, duplicates, checks}),
+          writer({batch, tables, keyTable, keys, dbids, attachments, duplicates, checks}),
           queryStatements(connection),
-          ofEntities{failures,    tables,     keyTable, rules,  dbids,      historyTable,
-                     attachments, duplicates, checks,   writer, statistics, lastRefusal},
-          ofQueries{failures, schema, keyTable, keys, queryStatements, searchIndexes} {}
+          ofEntities{failures, batch,        tables,      keyTable,   rules,
+                     dbids,    historyTable, attachments, duplicates, checks,
+                     writer,   statistics,   lastRefusal},
+          ofQueries{failures, batch, schema, keyTable, keys, queryStatements, searchIndexes} {}
     SessionParts(const SessionParts&) = delete;
     SessionParts& operator=(const SessionParts&) = delete;
 
+    WriteBatch& batch;
     sql::Connection& connection;
     DatabaseFailures failures;
     Statistics statistics;

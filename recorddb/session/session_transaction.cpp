@@ -3,7 +3,6 @@
 #include "recorddb/session.h"
 #include "recorddb/session/session_parts.h"
 #include "recorddb/sql.h"
-#include "recorddb/sql/savepoint.h"
 
 namespace recorddb {
 
@@ -28,11 +27,11 @@ void GoBackTo(const SessionState& state, SessionParts& parts) noexcept {
 
 struct SessionSavepoint::State {
     explicit State(std::shared_ptr<SessionParts> session)
-        : parts(std::move(session)), before(StateOf(*parts)), savepoint(parts->connection) {}
+        : parts(std::move(session)), before(StateOf(*parts)), layer(parts->batch.BeginLayer()) {}
 
     std::shared_ptr<SessionParts> parts;
     SessionState before;
-    sql::Savepoint savepoint;
+    std::size_t layer;
     bool isOpen = true;
 };
 
@@ -44,7 +43,7 @@ SessionSavepoint::~SessionSavepoint() {
 }
 
 void SessionSavepoint::Release() {
-    m_state->parts->failures.Watch([this] { m_state->savepoint.Release(); });
+    m_state->parts->failures.Watch([this] { m_state->parts->batch.ReleaseLayer(m_state->layer); });
     m_state->isOpen = false;
 }
 
@@ -53,32 +52,43 @@ void SessionSavepoint::Rollback() noexcept {
         return;
     }
     m_state->isOpen = false;
-    m_state->savepoint.Rollback();
+    m_state->parts->batch.DropLayer(m_state->layer);
     GoBackTo(m_state->before, *m_state->parts);
 }
 
 struct SessionTransaction::State {
-    explicit State(std::shared_ptr<SessionParts> session)
+    State(std::shared_ptr<SessionParts> session, Writing writing)
         : parts(std::move(session)),
           before(StateOf(*parts)),
           transaction(
-              parts->failures.Watch([this] { return sql::Transaction(parts->connection); })) {}
+              parts->failures.Watch([this] { return sql::Transaction(parts->connection); })) {
+        if (writing == Writing::Gathered) {
+            parts->batch.Begin();
+        }
+    }
 
     std::shared_ptr<SessionParts> parts;
     SessionState before;
     sql::Transaction transaction;
 };
 
-SessionTransaction::SessionTransaction(std::shared_ptr<SessionParts> parts)
-    : m_state(std::make_unique<State>(std::move(parts))) {}
+SessionTransaction::SessionTransaction(std::shared_ptr<SessionParts> parts, Writing writing)
+    : m_state(std::make_unique<State>(std::move(parts), writing)) {}
 
 SessionTransaction::~SessionTransaction() {
     Rollback();
 }
 
+void SessionTransaction::Apply() {
+    m_state->parts->failures.Watch(
+        [this] { m_state->parts->batch.Apply(WriteBatch::For::Reading); });
+}
+
 void SessionTransaction::Commit() {
     try {
+        Apply();
         m_state->parts->failures.Watch([this] { m_state->transaction.Commit(); });
+        m_state->parts->batch.End();
     } catch (const sql::Error&) {
         Rollback();
         throw;
@@ -89,6 +99,7 @@ void SessionTransaction::Rollback() noexcept {
     if (!m_state->transaction.IsOpen()) {
         return;
     }
+    m_state->parts->batch.End();
     m_state->transaction.Rollback();
     GoBackTo(m_state->before, *m_state->parts);
 }

@@ -13,8 +13,8 @@
 
 namespace recorddb::schema {
 
-CountedRecordIds::CountedRecordIds(sql::Connection& connection, const Schema& schema)
-    : m_connection(connection), m_counters(schema.Types().size()) {}
+CountedRecordIds::CountedRecordIds(WriteBatch& batch, const Schema& schema)
+    : m_batch(batch), m_connection(batch.GetConnection()), m_counters(schema.Types().size()) {}
 
 std::int64_t CountedRecordIds::Next(const RecordType& type) {
     if (!m_connection.InTransaction()) {
@@ -24,7 +24,7 @@ std::int64_t CountedRecordIds::Next(const RecordType& type) {
     // After a roll-back the numbers given out since are free again, and between transactions
     // another writer may have used some.
     if (counter.transactionCount != m_connection.TransactionCount() ||
-        counter.rollbackCount != m_connection.RollbackCount()) {
+        counter.undoCount != m_batch.UndoCount()) {
         Read(type, counter);
     }
     if (counter.last == std::numeric_limits<std::int64_t>::max()) {
@@ -42,9 +42,10 @@ void CountedRecordIds::Read(const RecordType& type, Counter& counter) {
     }
     // Whoever wrote to the database by other means may have used numbers below 1, which mean that a
     // record has none yet.
-    counter.last = std::max<std::int64_t>(sql::QueryInt(*counter.highest).value_or(0), 0);
+    counter.last = std::max(
+        {sql::QueryInt(*counter.highest).value_or(0), m_batch.HighestNew(type), std::int64_t{0}});
     counter.transactionCount = m_connection.TransactionCount();
-    counter.rollbackCount = m_connection.RollbackCount();
+    counter.undoCount = m_batch.UndoCount();
 }
 
 }  // namespace recorddb::schema

@@ -7,6 +7,7 @@
 #include "recorddb/schema.h"
 #include "recorddb/sql.h"
 #include "recorddb/store/record_ids.h"
+#include "recorddb/store/write_batch.h"
 
 namespace recorddb::schema {
 
@@ -15,8 +16,8 @@ namespace recorddb::schema {
 // writer at a time. The highest dbid is read once in a transaction and counted on in memory.
 class CountedRecordIds final : public RecordIds {
   public:
-    // Connection and schema outlive the object.
-    CountedRecordIds(sql::Connection& connection, const Schema& schema);
+    // Batch and schema outlive the object.
+    CountedRecordIds(WriteBatch& batch, const Schema& schema);
 
     // Throws sql::Error as well, and std::logic_error outside of a transaction, where another
     // writer could take the same number.
@@ -25,14 +26,15 @@ class CountedRecordIds final : public RecordIds {
   private:
     struct Counter {
         std::int64_t last = 0;
-        // The state of the connection in which `last` was right.
+        // The state of connection and batch in which `last` was right.
         std::uint64_t transactionCount = 0;
-        std::uint64_t rollbackCount = 0;
+        std::uint64_t undoCount = 0;
         sql::Statement* highest = nullptr;
     };
 
     void Read(const RecordType& type, Counter& counter);
 
+    WriteBatch& m_batch;
     sql::Connection& m_connection;
     std::vector<Counter> m_counters;  // by type
 };

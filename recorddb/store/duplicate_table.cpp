@@ -23,6 +23,9 @@ std::string NowUtc() {
 
 std::optional<std::int64_t> DuplicateTable::OriginalOf(std::int64_t recordType,
                                                        std::int64_t record) {
+    if (const auto pending = m_batch.FindOriginal({recordType, record})) {
+        return pending;
+    }
     sql::Statement& find = m_connection.Prepare(
         "SELECT original FROM zt_duplicate WHERE record_type = $1 AND duplicate = $2");
     find.BindAll(recordType, record);
@@ -31,6 +34,7 @@ std::optional<std::int64_t> DuplicateTable::OriginalOf(std::int64_t recordType,
 
 std::vector<std::int64_t> DuplicateTable::DuplicatesOf(std::int64_t recordType,
                                                        std::int64_t record) {
+    m_batch.Apply(WriteBatch::For::Reading);
     sql::Statement& find = m_connection.Prepare(
         "SELECT duplicate FROM zt_duplicate WHERE record_type = $1 AND original = $2 "
         "ORDER BY duplicate");
@@ -54,11 +58,15 @@ bool DuplicateTable::LeadsTo(std::int64_t recordType, std::int64_t record, std::
 }
 
 void DuplicateTable::Link(std::int64_t recordType, std::int64_t duplicate, std::int64_t original) {
+    std::string now = NowUtc();
+    if (m_batch.IsGathering()) {
+        m_batch.PutLink({recordType, duplicate}, {original, std::move(now)});
+        return;
+    }
     sql::Statement& link = m_connection.Prepare(
         "INSERT INTO zt_duplicate (record_type, duplicate, original, action_time) "
         "VALUES ($1, $2, $3, $4) ON CONFLICT (record_type, duplicate) DO UPDATE SET "
         "original = excluded.original, action_time = excluded.action_time");
-    const std::string now = NowUtc();
     link.BindAll(recordType, duplicate, original, now);
     link.Execute();
 }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "recorddb/sql.h"
+#include "recorddb/store/write_batch.h"
 
 namespace recorddb {
 
@@ -14,8 +15,9 @@ namespace recorddb {
 // sql::Error.
 class DuplicateTable {
   public:
-    // The connection outlives the object.
-    explicit DuplicateTable(sql::Connection& connection) : m_connection(connection) {}
+    // The batch outlives the object.
+    explicit DuplicateTable(WriteBatch& batch)
+        : m_batch(batch), m_connection(batch.GetConnection()) {}
 
     // Which record a record is a duplicate of; nothing when it is none.
     std::optional<std::int64_t> OriginalOf(std::int64_t recordType, std::int64_t record);
@@ -30,6 +32,7 @@ class DuplicateTable {
     void Link(std::int64_t recordType, std::int64_t duplicate, std::int64_t original);
 
   private:
+    WriteBatch& m_batch;
     sql::Connection& m_connection;
 };
 

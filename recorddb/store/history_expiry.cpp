@@ -22,4 +22,18 @@ void WorkOutExpiry(std::vector<HistoryTimes>& entries) {
     }
 }
 
+std::vector<HistoryTimes> ChangedTimes(const std::vector<HistoryTimes>& before,
+                                       const std::vector<HistoryTimes>& after) {
+    std::vector<HistoryTimes> changed;
+    for (const HistoryTimes& old : before) {
+        const auto now =
+            std::find_if(after.begin(), after.end(),
+                         [&old](const HistoryTimes& times) { return times.entry == old.entry; });
+        if (*now != old) {
+            changed.push_back(*now);
+        }
+    }
+    return changed;
+}
+
 }  // namespace recorddb

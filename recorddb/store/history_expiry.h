@@ -22,6 +22,11 @@ struct HistoryTimes {
 // earlier by being no later entry's action time.
 void WorkOutExpiry(std::vector<HistoryTimes>& entries);
 
+// Of the entries in `before`, all of which are in `after` as well, those that are not the same
+// there, as they are there.
+std::vector<HistoryTimes> ChangedTimes(const std::vector<HistoryTimes>& before,
+                                       const std::vector<HistoryTimes>& after);
+
 }  // namespace recorddb
 
 #endif

@@ -25,7 +25,30 @@ void HistoryTable::Insert(const HistoryEntry& entry, std::string_view field) {
     m_insert->Execute();
 }
 
+void HistoryTable::Save(const RecordKey& record, std::string_view field,
+                        std::span<const HistoryEntry> added,
+                        const std::vector<HistoryTimes>& before,
+                        const std::vector<HistoryTimes>& after) {
+    if (m_batch.IsGathering()) {
+        m_batch.PutHistory(record, field, added, before, after);
+        return;
+    }
+    for (const HistoryEntry& entry : added) {
+        Insert(entry, field);
+    }
+    for (const HistoryTimes& changed : ChangedTimes(before, after)) {
+        SetExpiry(record, changed);
+    }
+}
+
 std::vector<HistoryTimes> HistoryTable::Times(std::int64_t recordType, std::int64_t record) {
+    if (const auto* const pending = m_batch.FindTimes({recordType, record})) {
+        return *pending;
+    }
+    // What is left over of a record that once had this number is told when the new one is written.
+    if (m_batch.HasNew(m_batch.GetSchema().Type(recordType), record)) {
+        return {};
+    }
     if (m_times == nullptr) {
         m_times = &m_connection.Prepare(
             "SELECT entry, action_time, expiry_time FROM zt_history "
@@ -42,18 +65,18 @@ std::vector<HistoryTimes> HistoryTable::Times(std::int64_t recordType, std::int6
     return times;
 }
 
-void HistoryTable::SetExpiry(std::int64_t recordType, std::int64_t record,
-                             const HistoryTimes& times) {
+void HistoryTable::SetExpiry(const RecordKey& record, const HistoryTimes& times) {
     if (m_setExpiry == nullptr) {
         m_setExpiry = &m_connection.Prepare(
             "UPDATE zt_history SET expiry_time = $4 "
             "WHERE record_type = $1 AND record = $2 AND entry = $3");
     }
-    m_setExpiry->BindAll(recordType, record, times.entry, NullIfEmpty(times.expiryTime));
+    m_setExpiry->BindAll(record.first, record.second, times.entry, NullIfEmpty(times.expiryTime));
     m_setExpiry->Execute();
 }
 
 std::vector<HistoryEntry> HistoryTable::Load(std::int64_t recordType, std::int64_t record) {
+    m_batch.Apply(WriteBatch::For::Reading);
     sql::Statement& load = m_connection.Prepare(
         "SELECT entry, action_time, expiry_time, user_name, action_name, old_state, new_state, "
         "comments FROM zt_history WHERE record_type = $1 AND record = $2 "

@@ -4,6 +4,7 @@
 
 #include "recorddb/model/value_text.h"
 #include "recorddb/store/bind_value.h"
+#include "recorddb/store/column_text.h"
 
 namespace recorddb {
 
@@ -17,6 +18,13 @@ constexpr int kMostKeyReads = 1000;
 }  // namespace
 
 std::int64_t KeyTable::Find(const schema::RecordType& type, const std::vector<FieldValue>& values) {
+    std::vector<const FieldValue*> wanted;
+    for (const FieldValue& value : values) {
+        wanted.push_back(&value);
+    }
+    if (const std::int64_t pending = m_batch.FindKey(type, type.key, wanted)) {
+        return pending;
+    }
     sql::Statement& find = FindStatement(type);
     int parameter = 0;
     for (const FieldValue& value : values) {
@@ -35,17 +43,9 @@ std::optional<std::string> KeyTable::KeyOf(const schema::RecordType& type, std::
     if (--m_readsLeft < 0) {
         return std::nullopt;
     }
-    sql::Statement& statement = KeyStatement(type);
-    std::vector<std::string> parts;
-    {
-        const sql::ResetGuard guard(statement);
-        statement.BindAll(dbid);
-        if (!statement.Step()) {
-            return std::nullopt;
-        }
-        for (int column = 0; column < statement.ColumnCount(); ++column) {
-            parts.emplace_back(statement.Text(column));
-        }
+    std::vector<std::string> parts = KeyParts(type, dbid);
+    if (parts.empty()) {
+        return std::nullopt;
     }
     for (std::size_t i = 0; i < parts.size(); ++i) {
         const schema::Field& field = type.fields[type.key[i]];
@@ -55,6 +55,28 @@ std::optional<std::string> KeyTable::KeyOf(const schema::RecordType& type, std::
         }
     }
     return fmt::format("{}", fmt::join(parts, " "));
+}
+
+// As the columns hold them; empty when there is no such record.
+std::vector<std::string> KeyTable::KeyParts(const schema::RecordType& type, std::int64_t dbid) {
+    std::vector<std::string> parts;
+    // A record that is there keeps its key as long as it is not written.
+    if (m_batch.HasNew(type, dbid)) {
+        const PendingRecord& pending = *m_batch.FindColumns(type, dbid);
+        for (const std::size_t field : type.key) {
+            parts.push_back(ColumnText(pending.values[field]));
+        }
+        return parts;
+    }
+    sql::Statement& statement = KeyStatement(type);
+    const sql::ResetGuard guard(statement);
+    statement.BindAll(dbid);
+    if (statement.Step()) {
+        for (int column = 0; column < statement.ColumnCount(); ++column) {
+            parts.emplace_back(statement.Text(column));
+        }
+    }
+    return parts;
 }
 
 std::vector<std::string> KeyTable::TextsOf(const schema::Field& field, const FieldValue& value) {

@@ -9,6 +9,7 @@
 #include "recorddb/model/field_value.h"
 #include "recorddb/schema.h"
 #include "recorddb/sql.h"
+#include "recorddb/store/write_batch.h"
 
 namespace recorddb {
 
@@ -17,9 +18,12 @@ namespace recorddb {
 // key of the record it points at. Every operation throws sql::Error.
 class KeyTable {
   public:
-    // Connection and schema outlive the object.
-    KeyTable(sql::Connection& connection, const schema::Schema& schema)
-        : m_connection(connection), m_schema(schema), m_types(schema.Types().size()) {}
+    // Batch and schema outlive the object.
+    KeyTable(WriteBatch& batch, const schema::Schema& schema)
+        : m_batch(batch),
+          m_connection(batch.GetConnection()),
+          m_schema(schema),
+          m_types(schema.Types().size()) {}
 
     // The record of a type whose key fields have these values, in order; 0 for none.
     std::int64_t Find(const schema::RecordType& type, const std::vector<FieldValue>& values);
@@ -38,12 +42,14 @@ class KeyTable {
     };
 
     std::optional<std::string> KeyOf(const schema::RecordType& type, std::int64_t dbid, int depth);
+    std::vector<std::string> KeyParts(const schema::RecordType& type, std::int64_t dbid);
     sql::Statement& FindStatement(const schema::RecordType& type);
     sql::Statement& KeyStatement(const schema::RecordType& type);
     TypeStatements& Statements(const schema::RecordType& type) {
         return m_types[static_cast<std::size_t>(type.id - 1)];
     }
 
+    WriteBatch& m_batch;
     sql::Connection& m_connection;
     const schema::Schema& m_schema;
     std::vector<TypeStatements> m_types;

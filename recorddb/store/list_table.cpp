@@ -2,24 +2,15 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <iterator>
-
 #include "recorddb/model/names.h"
+#include "recorddb/store/reference_list.h"
 
 namespace recorddb {
 
-namespace {
-
-const ReferenceList& ListIn(const FieldValue& value) {
-    static const ReferenceList kEmpty;
-    const auto* const list = std::get_if<ReferenceList>(&value);
-    return list != nullptr ? *list : kEmpty;
-}
-
-}  // namespace
-
 FieldValue ListTable::Load(std::int64_t record) {
+    if (const FieldValue* const pending = m_batch.FindList(m_type, m_field.index, record)) {
+        return *pending;
+    }
     if (m_load == nullptr) {
         m_load = &m_connection.Prepare(
             fmt::format("SELECT target FROM {} WHERE record = $1 ORDER BY position",
@@ -44,17 +35,14 @@ void ListTable::Save(std::int64_t record, const FieldValue& saved, const FieldVa
     }
     const ReferenceList& before = ListIn(saved);
     const ReferenceList& after = ListIn(list);
-    const auto [oldEnd, newEnd] =
-        std::mismatch(before.begin(), before.end(), after.begin(), after.end());
-    std::int64_t position = std::distance(before.begin(), oldEnd);
-    if (oldEnd != before.end()) {
-        m_cut->BindAll(record, position);
+    const std::size_t same = CommonLength(before, after);
+    if (same < before.size()) {
+        m_cut->BindAll(record, same);
         m_cut->Execute();
     }
-    for (auto target = newEnd; target != after.end(); ++target) {
-        m_add->BindAll(record, position, *target);
+    for (std::size_t position = same; position < after.size(); ++position) {
+        m_add->BindAll(record, position, after[position]);
         m_add->Execute();
-        ++position;
     }
 }
 

@@ -6,25 +6,26 @@
 #include "recorddb/model/field_value.h"
 #include "recorddb/schema.h"
 #include "recorddb/sql.h"
+#include "recorddb/store/write_batch.h"
 
 namespace recorddb {
 
 // The table of one reference list. Every operation throws sql::Error.
 class ListTable {
   public:
-    // Connection, type and field outlive the object.
-    ListTable(sql::Connection& connection, const schema::RecordType& type,
-              const schema::Field& field)
-        : m_connection(connection), m_type(type), m_field(field) {}
+    // Batch, type and field outlive the object.
+    ListTable(WriteBatch& batch, const schema::RecordType& type, const schema::Field& field)
+        : m_batch(batch), m_connection(batch.GetConnection()), m_type(type), m_field(field) {}
 
     // The list of a record: a ReferenceList, or no value when it is empty.
     FieldValue Load(std::int64_t record);
 
     // Turns the list that is stored for a record, `saved`, into `list`. What both begin with stays
-    // as it is.
+    // as it is. Goes past the batch.
     void Save(std::int64_t record, const FieldValue& saved, const FieldValue& list);
 
   private:
+    WriteBatch& m_batch;
     sql::Connection& m_connection;
     const schema::RecordType& m_type;
     const schema::Field& m_field;

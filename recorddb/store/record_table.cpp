@@ -29,14 +29,17 @@ FieldValue ReadColumn(const sql::Statement& row, int column, schema::FieldKind k
 
 }  // namespace
 
-RecordTable::RecordTable(sql::Connection& connection, const schema::RecordType& type)
-    : m_connection(connection), m_type(type) {
+RecordTable::RecordTable(WriteBatch& batch, const schema::RecordType& type)
+    : m_batch(batch),
+      m_connection(batch.GetConnection()),
+      m_type(type),
+      m_uniqueSets(UniqueSetsOf(type)),
+      m_twins(m_uniqueSets.size()) {
     for (const schema::Field& field : type.fields) {
         if (schema::HasColumn(field.kind) && field.kind != schema::FieldKind::DbId) {
             m_columns.push_back(field.index);
         }
     }
-    CollectUniqueSets();
 }
 
 std::string RecordTable::ColumnList() const {
@@ -117,16 +120,29 @@ bool RecordTable::Update(std::int64_t dbid, std::int64_t version, const RecordBu
 }
 
 std::optional<std::int64_t> RecordTable::Version(std::int64_t dbid) {
+    if (const auto known = m_batch.KnownVersion(m_type, dbid)) {
+        return known;
+    }
     if (m_version == nullptr) {
         m_version = &m_connection.Prepare(fmt::format("SELECT {} FROM {} WHERE {} = $1",
                                                       schema::kVersionColumn, Quoted(m_type.name),
                                                       schema::kDbIdName));
     }
     m_version->BindInt(1, dbid);
-    return sql::QueryInt(*m_version);
+    const auto version = sql::QueryInt(*m_version);
+    if (version) {
+        m_batch.NoteVersion(m_type, dbid, *version);
+    }
+    return version;
 }
 
 std::optional<std::int64_t> RecordTable::Load(std::int64_t dbid, RecordBuffer& record) {
+    if (const PendingRecord* const pending = m_batch.FindColumns(m_type, dbid)) {
+        for (const std::size_t field : m_columns) {
+            record.SetSaved(field, pending->values[field]);
+        }
+        return m_batch.KnownVersion(m_type, dbid);
+    }
     if (m_load == nullptr) {
         m_load = &m_connection.Prepare(fmt::format("SELECT {}{} FROM {} WHERE {} = $1",
                                                    schema::kVersionColumn, ColumnList(),
@@ -141,33 +157,22 @@ std::optional<std::int64_t> RecordTable::Load(std::int64_t dbid, RecordBuffer& r
     for (const std::size_t field : m_columns) {
         record.SetSaved(field, ReadColumn(*m_load, ++column, m_type.fields[field].kind));
     }
-    return m_load->Int(0);
+    const std::int64_t version = m_load->Int(0);
+    if (const auto known = m_batch.KnownVersion(m_type, dbid)) {
+        return known;
+    }
+    m_batch.NoteVersion(m_type, dbid, version);
+    return version;
 }
 
 std::optional<std::int64_t> RecordTable::NextAfter(std::int64_t dbid) {
+    m_batch.Apply(WriteBatch::For::Reading);
     if (m_next == nullptr) {
         m_next = &m_connection.Prepare(fmt::format("SELECT min({0}) FROM {1} WHERE {0} > $1",
                                                    schema::kDbIdName, Quoted(m_type.name)));
     }
     m_next->BindInt(1, dbid);
     return sql::QueryInt(*m_next);
-}
-
-void RecordTable::CollectUniqueSets() {
-    const auto isFilledIn = [this](std::size_t field) {
-        const schema::FieldKind kind = m_type.fields[field].kind;
-        return kind == schema::FieldKind::DbId || kind == schema::FieldKind::DisplayId;
-    };
-    if (std::none_of(m_type.key.begin(), m_type.key.end(), isFilledIn)) {
-        m_uniqueSets.push_back(m_type.key);
-    }
-    for (const schema::Field& field : m_type.fields) {
-        const bool isKey = m_type.key.size() == 1 && m_type.key.front() == field.index;
-        if (field.unique && !isKey && !isFilledIn(field.index)) {
-            m_uniqueSets.push_back({field.index});
-        }
-    }
-    m_twins.resize(m_uniqueSets.size());
 }
 
 sql::Statement& RecordTable::TwinStatement(std::size_t set) {
@@ -188,11 +193,19 @@ sql::Statement& RecordTable::TwinStatement(std::size_t set) {
 
 std::optional<std::int64_t> RecordTable::FindTwin(std::size_t set, const RecordBuffer& record,
                                                   std::int64_t dbid) {
+    std::vector<const FieldValue*> values;
+    for (const std::size_t field : m_uniqueSets[set]) {
+        values.push_back(&record.Get(field));
+    }
+    const std::int64_t pending = m_batch.FindKey(m_type, m_uniqueSets[set], values);
+    if (pending != 0 && pending != dbid) {
+        return pending;
+    }
     sql::Statement& find = TwinStatement(set);
     find.BindInt(1, dbid);
     int parameter = 1;
-    for (const std::size_t field : m_uniqueSets[set]) {
-        BindValue(find, ++parameter, record.Get(field));
+    for (const FieldValue* const value : values) {
+        BindValue(find, ++parameter, *value);
     }
     return sql::QueryInt(find);
 }

@@ -8,16 +8,18 @@
 
 #include "recorddb/schema.h"
 #include "recorddb/sql.h"
+#include "recorddb/store/key_sets.h"
 #include "recorddb/store/record_buffer.h"
+#include "recorddb/store/write_batch.h"
 
 namespace recorddb {
 
-// The rows of a record type's table. Its statements are prepared when they are first needed and
-// kept. Every operation throws sql::Error.
+// The rows of a record type's table. What reads them sees the batch; what writes goes past it. Its
+// statements are prepared when they are first needed and kept. Every operation throws sql::Error.
 class RecordTable {
   public:
-    // Connection and type outlive the object.
-    RecordTable(sql::Connection& connection, const schema::RecordType& type);
+    // Batch and type outlive the object.
+    RecordTable(WriteBatch& batch, const schema::RecordType& type);
 
     // Inserts a record, which then has version 1.
     void Insert(std::int64_t dbid, const RecordBuffer& record);
@@ -39,10 +41,7 @@ class RecordTable {
     // The lowest dbid above the one given; nothing when there is none.
     std::optional<std::int64_t> NextAfter(std::int64_t dbid);
 
-    // The sets of fields, of one or more, in which no two records may have the same values: the key
-    // and the unique fields, save those that the database fills in itself.
-    using UniqueFields = std::vector<std::size_t>;
-    const std::vector<UniqueFields>& UniqueSets() const { return m_uniqueSets; }
+    const std::vector<FieldSet>& UniqueSets() const { return m_uniqueSets; }
 
     // The dbid of a record other than the one given (0: of any) that has the values of `record` in
     // all fields of UniqueSets()[set]; nothing when there is none.
@@ -50,15 +49,15 @@ class RecordTable {
                                          std::int64_t dbid);
 
   private:
-    void CollectUniqueSets();
     sql::Statement& TwinStatement(std::size_t set);
     sql::Statement& UpdateStatement(const std::vector<bool>& changed);
     std::string ColumnList() const;
 
+    WriteBatch& m_batch;
     sql::Connection& m_connection;
     const schema::RecordType& m_type;
     std::vector<std::size_t> m_columns;  // the fields with a column, without the dbid
-    std::vector<UniqueFields> m_uniqueSets;
+    std::vector<FieldSet> m_uniqueSets;
     std::vector<sql::Statement*> m_twins;  // by set
     sql::Statement* m_insert = nullptr;
     sql::Statement* m_version = nullptr;

@@ -14,13 +14,13 @@ namespace recorddb {
 // The tables of all record types, with the statements that they keep.
 class RecordTables {
   public:
-    // Connection and schema outlive the object.
-    RecordTables(sql::Connection& connection, const schema::Schema& schema) {
+    // Batch and schema outlive the object.
+    RecordTables(WriteBatch& batch, const schema::Schema& schema) {
         for (const schema::RecordType& type : schema.Types()) {
-            m_records.emplace_back(connection, type);
+            m_records.emplace_back(batch, type);
             for (const schema::Field& field : type.fields) {
                 if (field.kind == schema::FieldKind::ReferenceList) {
-                    m_lists.try_emplace({type.id, field.index}, connection, type, field);
+                    m_lists.try_emplace({type.id, field.index}, batch, type, field);
                 }
             }
         }

@@ -22,11 +22,12 @@ class AbortingEngineTest : public SessionTest {
         Given("user", {{"login", "ann"}});
         Given("user", {{"login", "bob"}});
         UseSession(AdPtr<Session>(new Session(std::make_shared<SessionParts>(
-            m_connection, Base().GetSchema(), m_indexes, SessionOptions{}))));
+            m_batch, Base().GetSchema(), m_indexes, SessionOptions{}))));
     }
     ~AbortingEngineTest() override { UseSession({}); }
 
     sql::AbortingConnection m_connection{sql::Open(File(), sql::OpenMode::ReadWrite)};
+    WriteBatch m_batch{m_connection, Base().GetSchema()};
     schema::SearchIndexes m_indexes{m_connection, Base().GetSchema()};
 };
 

@@ -100,7 +100,7 @@ TEST_F(DuplicatesTest, CircleMadeByHandDoesNotHangTheSearch) {
     Base().GetConnection().ExecuteScript(
         "INSERT INTO zt_duplicate VALUES (5, 1, 2, ''), "
         "(5, 2, 1, '')");
-    EXPECT_FALSE(DuplicateTable(Base().GetConnection()).LeadsTo(5, 1, 3));
+    EXPECT_FALSE(DuplicateTable(Base().GetBatch()).LeadsTo(5, 1, 3));
 }
 
 TEST_F(DuplicatesTest, RecordsOfDifferentTypesAreRefused) {
@@ -148,7 +148,7 @@ TEST_F(DuplicatesTest, RevertDropsTheMark) {
 TEST_F(DuplicatesTest, BothEndsOfALinkAreFound) {
     Mark(Open("bug", "3"), "1");
     Mark(Open("bug", "2"), "1");
-    DuplicateTable table(Base().GetConnection());
+    DuplicateTable table(Base().GetBatch());
     EXPECT_EQ(table.OriginalOf(5, 2), 1);
     EXPECT_EQ(table.OriginalOf(5, 1), std::nullopt);
     EXPECT_EQ(table.DuplicatesOf(5, 1), (std::vector<std::int64_t>{2, 3}));

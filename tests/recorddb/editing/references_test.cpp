@@ -138,8 +138,8 @@ TEST_F(ReferencesTest, KeyOfARecordThatContainsItselfIsReadAllTheSame) {
                                         "loop.yaml"));
     const auto database = Database::Open(Folder().File("loop.db"), Database::Mode::ReadWrite);
     database->GetConnection().ExecuteScript("INSERT INTO node (dbid, above) VALUES (1, 1)");
-    KeyTable table(database->GetConnection(), database->GetSchema());
-    ReferenceKeys keys(database->GetConnection(), database->GetSchema(), table);
+    KeyTable table(database->GetBatch(), database->GetSchema());
+    ReferenceKeys keys(database->GetBatch(), database->GetSchema(), table);
     const schema::RecordType& node = database->GetSchema().Types().front();
     EXPECT_TRUE(table.KeyOf(node, 1).has_value());
     EXPECT_EQ(keys.Find(node, "1").dbid, 0);
@@ -198,7 +198,7 @@ TEST_F(ReferencesTest, KeyOfARecordThatRefersToItselfInManyPartsComesToAnEnd) {
                                         "web.yaml"));
     const auto database = Database::Open(Folder().File("web.db"), Database::Mode::ReadWrite);
     database->GetConnection().ExecuteScript("INSERT INTO node (dbid, a, b, c) VALUES (1, 1, 1, 1)");
-    KeyTable table(database->GetConnection(), database->GetSchema());
+    KeyTable table(database->GetBatch(), database->GetSchema());
     EXPECT_TRUE(table.KeyOf(database->GetSchema().Types().front(), 1).has_value());
 }
 

@@ -33,10 +33,10 @@ class CountedRecordIdsTest : public OpenDatabaseTest {
 
     void Reopen() {
         OpenDatabaseTest::Reopen();
-        m_ids.emplace(Connection(), TheSchema());
+        m_ids.emplace(m_database->GetBatch(), TheSchema());
     }
 
-    std::optional<CountedRecordIds> m_ids{std::in_place, Connection(), TheSchema()};
+    std::optional<CountedRecordIds> m_ids{std::in_place, m_database->GetBatch(), TheSchema()};
 };
 
 TEST_F(CountedRecordIdsTest, NumbersCountFromOneInEveryType) {
@@ -85,7 +85,7 @@ TEST_F(CountedRecordIdsTest, AnotherWritersRecordsAreSeen) {
     }
     {
         const auto other = Database::Open(Path(), Database::Mode::ReadWrite);
-        CountedRecordIds otherIds(other->GetConnection(), other->GetSchema());
+        CountedRecordIds otherIds(other->GetBatch(), other->GetSchema());
         auto transaction = other->Begin();
         EXPECT_EQ(InsertBug(*other, otherIds), 2);
         transaction.Commit();

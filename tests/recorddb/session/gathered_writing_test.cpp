@@ -1,0 +1,166 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "random_work.h"
+#include "recorddb/errors.h"
+#include "recorddb/reader.h"
+#include "session_fixture.h"
+
+namespace recorddb {
+
+namespace {
+
+class GatheredWritingTest : public SessionTest {
+  protected:
+    std::unique_ptr<SessionTransaction> Gather() {
+        return Core().BeginTransaction(Writing::Gathered);
+    }
+};
+
+TEST_F(GatheredWritingTest, NothingReachesTheDatabaseBeforeItIsApplied) {
+    const auto transaction = Gather();
+    Given("bug", {{"title", "a"}});
+    EXPECT_EQ(Row("SELECT count(*) FROM bug"), "0");
+    transaction->Apply();
+    EXPECT_EQ(Row("SELECT count(*) FROM bug"), "1");
+}
+
+TEST_F(GatheredWritingTest, CommitAppliesWhatWasGathered) {
+    const auto transaction = Gather();
+    Given("bug", {{"title", "a"}});
+    transaction->Commit();
+    EXPECT_EQ(Row("SELECT id, title, zt_version FROM bug"), "BUG00000001|a|1");
+}
+
+TEST_F(GatheredWritingTest, ChangesOfOneRecordAreWrittenAsOne) {
+    const auto transaction = Gather();
+    const AdEntityPtr bug = Given("bug", {{"title", "a"}});
+    Set(bug, "title", "b");
+    Save(bug);
+    Set(bug, "votes", "3");
+    Save(bug);
+    transaction->Commit();
+    EXPECT_EQ(Row("SELECT title, votes, zt_version FROM bug"), "b|3|3");
+}
+
+TEST_F(GatheredWritingTest, RecordsMayReferToEachOtherInACircle) {
+    const auto transaction = Gather();
+    const AdEntityPtr first = Given("bug", {{"title", "a"}});
+    Given("bug", {{"title", "b"}, {"parent", "BUG00000001"}});
+    Set(first, "parent", "BUG00000002");
+    Save(first);
+    transaction->Commit();
+    EXPECT_EQ(Row("SELECT dbid, parent FROM bug ORDER BY dbid"), "1|2;2|1");
+}
+
+TEST_F(GatheredWritingTest, RecordsComeBehindThoseOfLaterTypesThatTheyReferTo) {
+    Reopen();
+    const auto transaction = Gather();
+    Given("user", {{"login", "ann"}});
+    Given("desk", {{"owner", "ann"}});
+    Given("bug", {{"title", "a"}, {"desk", "1 ann"}});
+    transaction->Commit();
+    EXPECT_EQ(Row("SELECT desk FROM bug"), "1");
+}
+
+TEST_F(GatheredWritingTest, KeyThatOneRecordFreesIsTakenByTheNext) {
+    Given("user", {{"login", "ann"}, {"email", "a@x"}});
+    const auto transaction = Gather();
+    const AdEntityPtr ann = Open("user", "1");
+    Set(ann, "login", "eve");
+    Set(ann, "email", "e@x");
+    Save(ann);
+    Given("user", {{"login", "ann"}, {"email", "a@x"}});
+    transaction->Commit();
+    EXPECT_EQ(Row("SELECT login, email FROM user ORDER BY dbid"), "eve|e@x;ann|a@x");
+}
+
+TEST_F(GatheredWritingTest, RecordThatAnotherWriterChangedFailsTheTransaction) {
+    Given("bug", {{"title", "a"}});
+    const auto transaction = Gather();
+    const AdEntityPtr bug = Open("bug", "BUG00000001");
+    Set(bug, "title", "b");
+    Save(bug);
+    Base().GetConnection().ExecuteScript("UPDATE bug SET zt_version = 7");
+    EXPECT_THROW(transaction->Commit(), sql::Error);
+    ASSERT_TRUE(Core().Failure());
+    EXPECT_EQ(Core().Failure()->Kind(), sql::ErrorKind::Conflict);
+    EXPECT_EQ(Row("SELECT title, zt_version FROM bug"), "a|1");
+    EXPECT_EQ(Core().GetStatistics().recordsUpdated, 0);
+}
+
+TEST_F(GatheredWritingTest, WhatFailedCannotBeCommittedInPart) {
+    const auto transaction = Gather();
+    Given("bug", {{"title", "a"}, {"source_id", "x"}});
+    Base().GetConnection().ExecuteScript(
+        "INSERT INTO bug (dbid, id, state, source_id, title) VALUES (9, 'B', 'NEW', 'x', 'b')");
+    EXPECT_THROW(transaction->Apply(), sql::Error);
+    EXPECT_THROW(transaction->Commit(), sql::Error);
+    EXPECT_EQ(Row("SELECT count(*) FROM bug"), "0");
+}
+
+TEST_F(GatheredWritingTest, WorkGoesOnAfterAFailureThatIsForgotten) {
+    {
+        const auto transaction = Gather();
+        Given("bug", {{"title", "a"}, {"source_id", "x"}});
+        Base().GetConnection().ExecuteScript(
+            "INSERT INTO bug (dbid, id, state, source_id, title) VALUES (9, 'B', 'NEW', 'x', 'b')");
+        EXPECT_THROW(transaction->Apply(), sql::Error);
+    }
+    Core().ForgetFailure();
+    EXPECT_FALSE(Core().Failure());
+    const auto transaction = Gather();
+    Given("bug", {{"title", "c"}, {"source_id", "x"}});
+    transaction->Commit();
+    EXPECT_EQ(Row("SELECT dbid, title FROM bug"), "1|c");
+}
+
+TEST_F(GatheredWritingTest, ReaderSeesWhatWasGathered) {
+    const auto transaction = Gather();
+    Given("bug", {{"title", "a"}});
+    RecordReader reader(Base());
+    const auto& type = *Base().GetSchema().FindType("bug");
+    EXPECT_EQ(reader.Find(type, "BUG00000001")->Text(*type.FindField("title")), "a");
+    EXPECT_EQ(reader.Count(type), 1);
+}
+
+TEST_F(GatheredWritingTest, ManyChangesAreWrittenOnTheWay) {
+    const auto transaction = Gather();
+    constexpr int kMany = 5100;
+    for (int i = 0; i < kMany; ++i) {
+        CommitFault(New("task"));
+    }
+    EXPECT_NE(Row("SELECT count(*) FROM task"), "0");
+    transaction->Commit();
+    EXPECT_EQ(Row("SELECT count(*) FROM task"), std::to_string(kMany));
+}
+
+// Tells of the first difference only; what comes after it follows from it.
+void ExpectSame(const std::vector<std::string>& texts, const std::vector<std::string>& expected) {
+    for (std::size_t i = 0; i < std::min(texts.size(), expected.size()); ++i) {
+        ASSERT_EQ(texts[i], expected[i]) << "at " << i << (i > 0 ? " after " + texts[i - 1] : "");
+    }
+    ASSERT_EQ(texts.size(), expected.size());
+}
+
+// What a session is told and what is in the database in the end do not depend on when it is
+// written.
+class GatheredOrAtOnceTest : public testing::TestWithParam<std::uint64_t> {};
+
+TEST_P(GatheredOrAtOnceTest, WorkAtRandomComesToTheSame) {
+    SCOPED_TRACE("seed " + std::to_string(GetParam()));
+    constexpr int kGroups = 6;
+    RandomWork atOnce(GetParam(), Writing::AtOnce);
+    atOnce.Run(kGroups);
+    RandomWork gathered(GetParam(), Writing::Gathered);
+    gathered.Run(kGroups);
+    ExpectSame(gathered.Told(), atOnce.Told());
+    ExpectSame(gathered.Tables(), atOnce.Tables());
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, GatheredOrAtOnceTest, testing::Range<std::uint64_t>(1, 61));
+
+}  // namespace
+
+}  // namespace recorddb

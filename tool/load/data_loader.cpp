@@ -8,7 +8,13 @@
 namespace tool {
 
 bool DataLoader::Load() {
-    return m_parts.options.wholePackets ? LoadWhole() : LoadRecords();
+    try {
+        return m_parts.options.wholePackets ? LoadWhole() : LoadRecords();
+    } catch (...) {
+        // What was rejected of the group in hand is told, though its records will be read again.
+        m_parts.sinks.TellHeld();
+        throw;
+    }
 }
 
 bool DataLoader::PassOver() {
@@ -23,6 +29,9 @@ bool DataLoader::LoadRecords() {
     while (!HasTooManyRejects() && (step = m_walk.Next()) == WalkStep::Record) {
         const SourceRecord& record = m_walk.Record();
         m_number = record.ordinal + 1;
+        if (m_parts.group.IsGathered()) {
+            m_parts.sinks.Hold(record.ordinal);
+        }
         m_parts.sinks.AddRead();
         m_parts.losses.Examine(record);
         if (m_journal.Journal().TaskOf(record.ordinal) == RecordTask::Pass) {
@@ -33,25 +42,88 @@ bool DataLoader::LoadRecords() {
         m_parts.sinks.Advance(m_walk.BytesRead());
         ++m_number;
     }
-    if (step == WalkStep::DataEnd) {
-        m_journal.NoteEnd();
-    }
-    m_journal.Commit();
+    EndGroup(step == WalkStep::DataEnd);
     return step == WalkStep::DataEnd;
 }
 
 void DataLoader::LoadRecord(const SourceRecord& record) {
+    if (m_parts.group.IsGathered()) {
+        m_kept.Add(record);
+    }
+    bool isDone = false;
+    try {
+        isDone = Work(record);
+    } catch (const recorddb::sql::Error& error) {
+        if (!MayDoAgain(error)) {
+            throw;
+        }
+        DoAgain();
+        return;
+    }
+    if (isDone && m_parts.group.AddRecord(record.packet.size() + record.raw.size())) {
+        EndGroup(false);
+    }
+}
+
+// Imports or rejects a record. False when it is left for the load that goes on.
+bool DataLoader::Work(const SourceRecord& record) {
     std::string error = record.error;
     if (record.defect != RecordDefect::None || !Import(record.packet, record.ordinal, error)) {
         if (Interrupted() != 0) {
             // It may have failed for that alone. The load that goes on tries it again.
-            return;
+            return false;
         }
         m_journal.OpenGroup();
         m_parts.rejecter.Reject(record, m_walk, error);
         m_journal.NoteRejected(record.ordinal);
     }
-    m_journal.CloseRecord();
+    return true;
+}
+
+// Ends the group; `atEnd`: the source holds no more records.
+void DataLoader::EndGroup(bool atEnd) {
+    try {
+        Commit(atEnd);
+    } catch (const recorddb::sql::Error& error) {
+        if (!MayDoAgain(error)) {
+            throw;
+        }
+        DoAgain();
+        if (atEnd) {
+            Commit(atEnd);
+        }
+    }
+}
+
+void DataLoader::Commit(bool atEnd) {
+    if (atEnd) {
+        m_journal.NoteEnd();
+    }
+    m_journal.Commit();
+    m_parts.rejecter.Keep();
+    m_kept.Clear();
+}
+
+// True when what was gathered is refused for the fault of one of the records, which shows when they
+// are written one by one.
+bool DataLoader::MayDoAgain(const recorddb::sql::Error& error) const {
+    return m_parts.group.IsGathered() &&
+           (error.IsConstraint() || error.Kind() == recorddb::sql::ErrorKind::Conflict);
+}
+
+// Undoes the group in hand and does its records again, each written by itself.
+void DataLoader::DoAgain() {
+    m_journal.Undo();
+    m_parts.rejecter.Undo();
+    m_parts.group.SetWriting(recorddb::Writing::AtOnce);
+    for (std::size_t i = 0; i < m_kept.Count(); ++i) {
+        m_parts.sinks.Hold(m_kept.At(i).ordinal);
+        if (!Work(m_kept.At(i))) {
+            break;
+        }
+    }
+    Commit(false);
+    m_parts.group.SetWriting(recorddb::Writing::Gathered);
 }
 
 bool DataLoader::LoadWhole() {
@@ -116,7 +188,7 @@ bool DataLoader::Import(std::string_view packet, std::uint64_t ordinal, std::str
 
 bool DataLoader::HasTooManyRejects() const {
     const auto& most = m_parts.options.maxRejects;
-    return most && m_parts.sinks.Totals().rejected > *most;
+    return most && m_parts.sinks.Rejected() > *most;
 }
 
 }  // namespace tool

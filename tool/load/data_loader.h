@@ -7,8 +7,10 @@
 
 #include "tool/load/atomic_import.h"
 #include "tool/load/group_journal.h"
+#include "tool/load/kept_records.h"
 #include "tool/load/load_options.h"
 #include "tool/load/load_sinks.h"
+#include "tool/load/record_group.h"
 #include "tool/load/record_rejecter.h"
 #include "tool/losses/loss_search.h"
 #include "tool/sources/source_walk.h"
@@ -26,6 +28,7 @@ class DataLoader {
         LossSearch& losses;
         AtomicImport& import;
         RecordRejecter& rejecter;
+        RecordGroup& group;
     };
 
     // `walk` has the source in hand, of which no record has been read yet.
@@ -50,12 +53,18 @@ class DataLoader {
     void RejectWhole(const WholePacket& whole, const std::string& error);
     bool ExamineRecords();
     void LoadRecord(const SourceRecord& record);
+    bool Work(const SourceRecord& record);
+    void EndGroup(bool atEnd);
+    void Commit(bool atEnd);
+    void DoAgain();
+    bool MayDoAgain(const recorddb::sql::Error& error) const;
     bool Import(std::string_view packet, std::uint64_t ordinal, std::string& error);
     bool HasTooManyRejects() const;
 
     SourceWalk& m_walk;
     GroupJournal& m_journal;
     const Parts& m_parts;
+    KeptRecords m_kept;  // of the group in hand, if it is gathered
     std::uint64_t m_number = 1;
 };
 

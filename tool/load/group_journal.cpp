@@ -13,19 +13,22 @@ void GroupJournal::NoteImported(std::uint64_t ordinal, const LoadTotals& done) {
     Add(m_uncommitted, done);
 }
 
-void GroupJournal::CloseRecord() {
-    if (m_group.AddRecord()) {
-        Commit();
-    }
-}
-
 void GroupJournal::Commit() {
     m_group.Open();
     m_walk.RequireUnchanged();
+    m_group.Apply();
+    m_sinks.TellHeld();
     m_journal.Save();
     m_sinks.Secure();
     m_group.Commit();
     m_sinks.AddImported(std::exchange(m_uncommitted, {}));
+}
+
+void GroupJournal::Undo() {
+    m_group.Undo();
+    m_journal.Undo();
+    m_uncommitted = {};
+    m_sinks.TakeBackRejects();
 }
 
 }  // namespace tool

@@ -29,16 +29,17 @@ class GroupJournal {
     // Makes sure that a transaction is open for the group.
     void OpenGroup() { m_group.Open(); }
 
-    // Counts a record of the group, and ends the group when it has as many as it should have.
-    void CloseRecord();
-
-    // Ends the group. Rejected records are on the disk before the journal says that they were
-    // rejected. Throws SourceError when the source has changed meanwhile, sql::Error, and what the
-    // sinks throw.
+    // Ends the group: writes what it has gathered, tells the sinks what they have been kept from,
+    // and makes it permanent. Rejected records are on the disk before the journal says that they
+    // were rejected. Throws SourceError when the source has changed meanwhile, sql::Error, and what
+    // the sinks throw.
     void Commit();
 
     // Ends the group and leaves the journal as it is: nothing was noted.
     void CommitUnnoted() { m_group.Commit(); }
+
+    // Undoes the group and what was noted of it.
+    void Undo();
 
   private:
     LoadJournal m_journal;

@@ -22,6 +22,7 @@ LoadJournal::LoadJournal(recorddb::journal::Journal& journal, recorddb::journal:
         }
     }
     m_entry.sourceName = std::move(sourceName);
+    m_saved = m_entry;
 }
 
 RecordTask LoadJournal::TaskOf(std::uint64_t ordinal) const {
@@ -71,12 +72,19 @@ void LoadJournal::Save() {
     }
     m_journal.Save(m_key, m_entry);
     m_stored = m_entry;
+    m_saved = m_entry;
     for (const std::int64_t ordinal : m_newRejects) {
         m_journal.AddReject(m_key, ordinal);
     }
     for (const std::int64_t ordinal : m_mended) {
         m_journal.RemoveReject(m_key, ordinal);
     }
+    m_newRejects.clear();
+    m_mended.clear();
+}
+
+void LoadJournal::Undo() {
+    m_entry = m_saved;
     m_newRejects.clear();
     m_mended.clear();
 }

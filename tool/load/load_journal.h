@@ -62,12 +62,16 @@ class LoadJournal {
     // load has written the same entry since this one read it: both would import the same records.
     void Save();
 
+    // Forgets what was noted since Save, or since the beginning: it has been undone.
+    void Undo();
+
   private:
     void NoteHandled(std::uint64_t ordinal);
 
     recorddb::journal::Journal& m_journal;
     recorddb::journal::JournalKey m_key;
     recorddb::journal::JournalEntry m_entry;
+    recorddb::journal::JournalEntry m_saved;  // m_entry as it was before what has been noted since
     std::optional<recorddb::journal::JournalEntry> m_stored;  // as this load knows it to be stored
     bool m_forget;
     std::vector<recorddb::journal::JournalKey> m_forgotten;

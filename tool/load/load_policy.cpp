@@ -4,6 +4,11 @@
 
 namespace tool {
 
+recorddb::Writing PermanentLoad::WritingFor(const LoadOptions& options) const {
+    const bool oneByOne = options.wholePackets || !options.trace.empty() || FindsLosses(options);
+    return oneByOne ? recorddb::Writing::AtOnce : recorddb::Writing::Gathered;
+}
+
 void PermanentLoad::EndGroup(Transaction& transaction) const {
     transaction->Commit();
     transaction.reset();

@@ -29,7 +29,10 @@ class LoadPolicy {
     // Begins the work: may open the first transaction.
     virtual void Begin(recorddb::Session& session, Transaction& transaction) const = 0;
 
-    // Ends a group of records, for which `transaction` is open; leaves it open where the next group
+    // How the records of a group are written.
+    virtual recorddb::Writing WritingFor(const LoadOptions& options) const = 0;
+
+    // Ends a group of records, for which TRANSACTION is open; leaves it open where the next group
     // is to join it. Throws sql::Error.
     virtual void EndGroup(Transaction& transaction) const = 0;
 
@@ -58,6 +61,9 @@ class PermanentLoad final : public LoadPolicy {
   public:
     void Adjust(recorddb::SessionOptions& /*options*/) const override {}
     void Begin(recorddb::Session& /*session*/, Transaction& /*transaction*/) const override {}
+    // Gathered, but for what takes records one by one: traces, which tell of each at once, the
+    // search for losses, and whole packets, whose records cannot be done again by themselves.
+    recorddb::Writing WritingFor(const LoadOptions& options) const override;
     void EndGroup(Transaction& transaction) const override;
     // A load without a page for people goes without, since the search takes a tenth of its time.
     bool FindsLosses(const LoadOptions& options) const override { return !options.html.empty(); }
@@ -75,6 +81,10 @@ class Rehearsal final : public LoadPolicy {
     void Adjust(recorddb::SessionOptions& options) const override;
     // What is read of the database from here on must not change under the rehearsal.
     void Begin(recorddb::Session& session, Transaction& transaction) const override;
+    // All groups are in one transaction, in which a group cannot be done again by itself.
+    recorddb::Writing WritingFor(const LoadOptions& /*options*/) const override {
+        return recorddb::Writing::AtOnce;
+    }
     void EndGroup(Transaction& /*transaction*/) const override {}
     bool FindsLosses(const LoadOptions& /*options*/) const override { return true; }
     bool MindsLosses() const override { return true; }

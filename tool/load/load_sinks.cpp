@@ -36,6 +36,12 @@ void LoadSinks::PassOver(std::uint64_t records) {
 }
 
 void LoadSinks::Reject(const RejectedRecord& record) {
+    if (!m_held.Take(record)) {
+        Tell(record);
+    }
+}
+
+void LoadSinks::Tell(const RejectedRecord& record) {
     ++m_totals.rejected;
     for (LoadSink* const sink : m_sinks) {
         sink->Rejects(record);
@@ -49,6 +55,16 @@ void LoadSinks::Secure() {
 }
 
 void LoadSinks::Lose(const Loss& loss) {
+    if (!m_held.Take(loss)) {
+        Tell(loss);
+    }
+}
+
+void LoadSinks::TellHeld() {
+    m_held.Release([this](const auto& news) { Tell(news); });
+}
+
+void LoadSinks::Tell(const Loss& loss) {
     ++m_losses;
     for (LoadSink* const sink : m_sinks) {
         sink->Loses(loss);

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tool/load/held_news.h"
 #include "tool/load/load_sink.h"
 
 namespace tool {
@@ -26,6 +27,14 @@ class LoadSinks {
     void PassOver(std::uint64_t records);
     void AddImported(const LoadTotals& done) { Add(m_totals, done); }
     void Reject(const RejectedRecord& record);
+
+    // Keeps rejects, and what is lost, from the sinks until TellHeld: they may be taken back. To be
+    // called before the records, with the ordinal of each, which need not ascend.
+    void Hold(std::uint64_t ordinal) { m_held.Hold(ordinal); }
+    // Tells the sinks what was held, in the order of the ordinals. What comes then is told at once.
+    void TellHeld();
+    // Forgets the rejects that are held.
+    void TakeBackRejects() { m_held.DropRejects(); }
     // To be called before a transaction ends that says that records were rejected.
     void Secure();
     void Lose(const Loss& loss);
@@ -36,6 +45,8 @@ class LoadSinks {
     void Advance(std::uint64_t bytes);
 
     const LoadTotals& Totals() const { return m_totals; }
+    // Rejected records, those that are held included.
+    std::uint64_t Rejected() const { return m_totals.rejected + m_held.Rejects(); }
     // How much the sinks were told of as lost silently.
     std::uint64_t Losses() const { return m_losses; }
     // Records that earlier loads rejected, and that are still missing.
@@ -47,8 +58,11 @@ class LoadSinks {
 
   private:
     double Elapsed() const;
+    void Tell(const RejectedRecord& record);
+    void Tell(const Loss& loss);
 
     std::vector<LoadSink*> m_sinks;
+    HeldNews m_held;
     LoadTotals m_totals;
     std::uint64_t m_losses = 0;
     std::uint64_t m_leftRejected = 0;

@@ -144,8 +144,18 @@ void MissingRecords::NoteRejected(const ImportConfiguration& configuration,
     const RecordType* type = m_database.GetSchema().FindType(configuration.RecordType());
     if (type != nullptr && !sourceId.empty() && configuration.Data() == ImportedData::Records &&
         m_rejected.size() < kRemembered) {
-        m_rejected.emplace(std::pair(type->id, sourceId), place);
+        RecordId id(type->id, sourceId);
+        if (m_rejected.emplace(id, place).second) {
+            m_latest.push_back(std::move(id));
+        }
     }
+}
+
+void MissingRecords::Undo() {
+    for (const RecordId& id : m_latest) {
+        m_rejected.erase(id);
+    }
+    m_latest.clear();
 }
 
 }  // namespace tool

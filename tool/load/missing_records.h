@@ -30,6 +30,10 @@ class MissingRecords {
     void NoteRejected(const ImportConfiguration& configuration, const std::string& sourceId,
                       const std::string& place);
 
+    // Forgets the records that were noted since Keep: their rejection has been undone.
+    void Undo();
+    void Keep() { m_latest.clear(); }
+
   private:
     struct Wanted {
         const recorddb::schema::RecordType* type;
@@ -48,7 +52,9 @@ class MissingRecords {
     recorddb::Database& m_database;
     recorddb::RecordReader m_reader;
     // By record type and original id.
-    std::map<std::pair<std::int64_t, std::string>, std::string> m_rejected;
+    using RecordId = std::pair<std::int64_t, std::string>;
+    std::map<RecordId, std::string> m_rejected;
+    std::vector<RecordId> m_latest;  // since Keep
 };
 
 }  // namespace tool

@@ -4,24 +4,32 @@
 
 namespace tool {
 
-RecordGroup::RecordGroup(AdPtr<recorddb::Session> session, const LoadPolicy& policy)
-    : m_session(std::move(session)), m_policy(policy) {
+RecordGroup::RecordGroup(AdPtr<recorddb::Session> session, const LoadPolicy& policy,
+                         recorddb::Writing writing)
+    : m_session(std::move(session)), m_policy(policy), m_writing(writing) {
     m_policy.Begin(*m_session.GetPtr(), m_transaction);
 }
 
 recorddb::SessionTransaction& RecordGroup::Open() {
     if (!m_transaction) {
-        m_transaction = m_session->BeginTransaction();
+        m_transaction = m_session->BeginTransaction(m_writing);
         m_count = 0;
+        m_bytes = 0;
     }
     return *m_transaction;
 }
 
 void RecordGroup::Commit() {
     m_count = 0;
+    m_bytes = 0;
     if (m_transaction) {
         m_policy.EndGroup(m_transaction);
     }
+}
+
+void RecordGroup::Undo() {
+    m_transaction.reset();
+    m_session->ForgetFailure();
 }
 
 }  // namespace tool

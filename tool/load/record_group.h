@@ -16,15 +16,34 @@ namespace tool {
 class RecordGroup {
   public:
     static constexpr std::size_t kRecords = 100;
+    // A group is kept until it is permanent, so large records make it end earlier.
+    static constexpr std::size_t kBytes = std::size_t{1} << 20;
 
-    // `policy`, which says what becomes of a group, outlives the object. Throws sql::Error.
-    RecordGroup(AdPtr<recorddb::Session> session, const LoadPolicy& policy);
+    // `policy`, which says what becomes of a group, outlives the object. `writing` is for the groups
+    // that are to come. Throws sql::Error.
+    RecordGroup(AdPtr<recorddb::Session> session, const LoadPolicy& policy,
+                recorddb::Writing writing);
+
+    // Whether what the records of a group write is gathered. Then the group as a whole may be
+    // refused, when it is written, for the fault of one of them.
+    bool IsGathered() const { return m_writing == recorddb::Writing::Gathered; }
+    // From the next group on.
+    void SetWriting(recorddb::Writing writing) { m_writing = writing; }
 
     // Makes sure that a transaction is open.
     recorddb::SessionTransaction& Open();
 
-    // Counts a record; true when the group has as many as it should have.
-    bool AddRecord() { return ++m_count >= kRecords; }
+    // Counts a record of so many bytes; true when the group has as many as it should have.
+    bool AddRecord(std::size_t bytes) {
+        m_bytes += bytes;
+        return ++m_count >= kRecords || m_bytes >= kBytes;
+    }
+
+    // Writes what was gathered. Throws sql::Error, after which only Undo is possible.
+    void Apply() { Open().Apply(); }
+
+    // Undoes what the group has done, for it to be done again.
+    void Undo();
 
     // Ends the group, whose work is permanent then, except in a rehearsal. Nothing happens when no
     // transaction is open.
@@ -34,7 +53,9 @@ class RecordGroup {
     AdPtr<recorddb::Session> m_session;
     const LoadPolicy& m_policy;
     LoadPolicy::Transaction m_transaction;
+    recorddb::Writing m_writing;
     std::size_t m_count = 0;
+    std::size_t m_bytes = 0;
 };
 
 }  // namespace tool

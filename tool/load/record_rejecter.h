@@ -23,6 +23,10 @@ class RecordRejecter {
     // sinks throw.
     void Reject(const SourceRecord& record, const SourceWalk& walk, const std::string& reason);
 
+    // Forgets the records that were rejected since Keep: the group is done again.
+    void Undo() { m_missing.Undo(); }
+    void Keep() { m_missing.Keep(); }
+
   private:
     MissingRecords m_missing;
     LoadSinks& m_sinks;

@@ -47,7 +47,7 @@ SourceLoader::SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session
                          [&sinks](const Loss& loss) { sinks.Lose(loss); })),
       m_journals(database, options, sinks),
       m_importer(session),
-      m_group(session, policy),
+      m_group(session, policy, policy.WritingFor(options)),
       m_import(std::move(session), m_importer, m_group),
       m_rejecter(database, sinks) {}
 
@@ -107,7 +107,7 @@ bool SourceLoader::LoadData(SourceWalk& walk) {
 
 bool SourceLoader::ImportData(SourceWalk& walk) {
     GroupJournal journal(m_journals.Open(walk), walk, m_group, m_sinks);
-    const DataLoader::Parts parts = {m_options, m_sinks, *m_losses, m_import, m_rejecter};
+    const DataLoader::Parts parts = {m_options, m_sinks, *m_losses, m_import, m_rejecter, m_group};
     DataLoader loader(walk, journal, parts);
     if (journal.Journal().NothingToDo()) {
         return loader.PassOver();

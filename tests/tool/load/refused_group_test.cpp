@@ -1,0 +1,170 @@
+// The records of a group are gathered and written together. What is told of them, and what becomes
+// of them, is as if each had been written by itself, as it is where a trace is asked for.
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+
+#include <regex>
+
+#include "load_fixture.h"
+
+namespace tool {
+namespace {
+
+using testing::HasSubstr;
+
+class RefusedGroupTest : public LoadFixture {
+  protected:
+    std::string Bugs() { return Configuration("bugs.xml", "record", "bug", "source_id"); }
+};
+
+TEST_F(RefusedGroupTest, RecordThatTheDatabaseRefusesIsRejectedByItself) {
+    Execute("CREATE UNIQUE INDEX by_hand ON bug (title)");
+    EXPECT_EQ(Load({Bugs(), Records("data.xml", {{{"source_id", "a"}, {"title", "A"}},
+                                                 {{"source_id", "b"}, {"title", "A"}},
+                                                 {{"source_id", "c"}, {"title", "C"}}})}),
+              1);
+    EXPECT_EQ(Query("SELECT id || source_id FROM bug ORDER BY dbid"), "BUG00000001a\nBUG00000002c");
+    EXPECT_THAT(Said(), HasSubstr("record 2 (b)"));
+    EXPECT_THAT(Said(), HasSubstr("3 records read: 2 created, 0 updated"));
+    EXPECT_EQ(Query("SELECT created || ' ' || rejected || ' ' || complete FROM zt_journal"),
+              "2 1 1");
+}
+
+TEST_F(RefusedGroupTest, RejectOfAGroupThatIsDoneAgainIsToldOnce) {
+    Execute("CREATE UNIQUE INDEX by_hand ON bug (title)");
+    m_options.rejects = m_folder.Path() / "rejects";
+    EXPECT_EQ(Load({Bugs(), Records("data.xml", {{{"source_id", "a"}, {"title", "A"}},
+                                                 {{"source_id", "b"}, {"votes", "many"}},
+                                                 {{"source_id", "c"}, {"title", "A"}}})}),
+              1);
+    const std::string said = Said();
+    EXPECT_EQ(said.find("record 2 (b)"), said.rfind("record 2 (b)"));
+    EXPECT_LT(said.find("record 2 (b)"), said.find("record 3 (c)"));
+    EXPECT_THAT(said, HasSubstr("2 rejected"));
+}
+
+TEST_F(RefusedGroupTest, LaterGroupsAreGatheredAgain) {
+    Execute("CREATE UNIQUE INDEX by_hand ON bug (title)");
+    std::vector<Fields> records;
+    for (int i = 0; i < 350; ++i) {
+        const std::string id = std::to_string(i);
+        records.push_back({{"source_id", id}, {"title", i % 120 == 7 ? "same" : id}});
+    }
+    EXPECT_EQ(Load({Bugs(), Records("data.xml", records)}), 1);
+    EXPECT_EQ(Query("SELECT count(*) FROM bug"), "348");
+    EXPECT_EQ(Query("SELECT max(dbid) FROM bug"), "348");
+}
+
+// A load of records at random, into a database of its own.
+class RandomLoad : public LoadFixture {
+  public:
+    explicit RandomLoad(std::uint64_t seed) : m_state(seed * 2 + 1) {
+        if (seed % 2 == 0) {
+            Execute("CREATE UNIQUE INDEX by_hand ON bug (title)");
+        }
+    }
+
+    // Returns all that was told and all that is in the database.
+    std::string Run(bool oneByOne) {
+        if (oneByOne) {
+            m_options.trace = m_folder.Path() / "trace";
+        }
+        m_options.rejects = m_folder.Path() / "rejects";
+        std::string told;
+        for (const std::vector<std::string>& sources : Sources()) {
+            const int code = Load(sources);
+            told += fmt::format("{}\n{}", code, Said());
+        }
+        told = std::regex_replace(told, std::regex(m_folder.Path().string()), "");
+        told = std::regex_replace(told, std::regex("[^\n]*(per second|records/s)[^\n]*\n"), "");
+        return told + std::regex_replace(Dump(), std::regex(m_folder.Path().string()), "");
+    }
+
+    void TestBody() override {}
+
+  private:
+    std::size_t Below(std::size_t bound) {
+        m_state ^= m_state << 13U;
+        m_state ^= m_state >> 7U;
+        m_state ^= m_state << 17U;
+        return static_cast<std::size_t>((m_state >> 11U) % bound);
+    }
+    std::string One(const char* name, std::size_t bound) {
+        return name + std::to_string(Below(bound));
+    }
+
+    std::vector<std::vector<std::string>> Sources() {
+        const auto upsert =
+            "<duplicate_id name=\"twin_of\"/><updaterecord name=\"TRUE\"/>"
+            "<updateinsert name=\"TRUE\"/>";
+        const auto data = [this](const char* file, std::size_t count, auto record) {
+            std::vector<Fields> records;
+            for (std::size_t i = 0; i < count; ++i) {
+                records.push_back(record());
+            }
+            return Records(file, records);
+        };
+        const auto bug = [this] { return Bug(false); };
+        const auto twin = [this] { return Bug(true); };
+        const auto user = [this]() -> Fields {
+            return {{"login", One("user", 30)}, {"email", One("mail", 40)}};
+        };
+        const auto lines = [this]() -> Fields {
+            return {{"source_id", One("id", 120)}, {"history", Lines()}};
+        };
+        return {{Configuration("c1.xml", "record", "user", "login"), data("1.xml", 40, user)},
+                {Configuration("c2.xml", "record", "keyword", "name"),
+                 data("2.xml", 6,
+                      [this]() -> Fields {
+                          return {{"name", One("word", 8)}};
+                      })},
+                {Configuration("c3.xml", "record", "bug", "source_id"), data("3.xml", 130, bug)},
+                {Configuration("c4.xml", "record", "bug", "source_id", upsert),
+                 data("4.xml", 220, twin), Configuration("c5.xml", "history", "bug", "source_id"),
+                 data("5.xml", 120, lines)}};
+    }
+
+    std::string Lines() {
+        std::string lines;
+        for (std::size_t count = 1 + Below(4); count > 0; --count) {
+            lines += fmt::format("{}x\t2020-01-0{} 00:00:00\tu\tmodify\tNEW\tOPEN",
+                                 lines.empty() ? "" : "\n", 1 + Below(9));
+        }
+        return lines + (Below(12) == 0 ? "\nx\tnever\tu\tv\tw\tx" : "");
+    }
+
+    Fields Bug(bool mayBeTwin) {
+        Fields fields = {{"source_id", One("id", 120)}, {"title", One("title", 400)}};
+        const auto add = [&](const char* name, std::size_t in, const std::string& value) {
+            if (Below(in) == 0) {
+                fields.push_back({name, value});
+            }
+        };
+        add("votes", 3, Below(10) == 0 ? "many" : std::to_string(Below(50)));
+        add("owner", 2, One("user", 33));
+        add("keywords", 2, One("word", 9) + "," + One("word", 8));
+        add("state", 3, Below(12) == 0 ? "LOST" : "OPEN");
+        add("log", 2, Lines());
+        if (mayBeTwin) {
+            add("twin_of", 5, One("id", 120));
+        }
+        return fields;
+    }
+
+    std::uint64_t m_state;
+};
+
+class GroupOrOneByOneTest : public testing::TestWithParam<std::uint64_t> {};
+
+TEST_P(GroupOrOneByOneTest, LoadAtRandomComesToTheSame) {
+    SCOPED_TRACE(fmt::format("seed {}", GetParam()));
+    const std::string gathered = RandomLoad(GetParam()).Run(false);
+    const std::string oneByOne = RandomLoad(GetParam()).Run(true);
+    EXPECT_THAT(oneByOne, HasSubstr("rejected"));
+    EXPECT_EQ(gathered, oneByOne);
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, GroupOrOneByOneTest, testing::Range<std::uint64_t>(1, 7));
+
+}  // namespace
+}  // namespace tool

@@ -73,7 +73,8 @@ int FailWithCurrentException() {
     }
 }
 
-// What was shown before the command failed; that the failure is told comes first.
+// Flushes what the command had to show before it failed. Called when the failure itself has been
+// reported.
 void FlushAfterFailure(std::ostream& out) {
     if (!out) {
         return;

@@ -39,7 +39,7 @@ void Trace(const char16_t* tag, const char16_t* format, const Arguments&... argu
     }
 }
 
-// Traces where a failure of the sink can be told to nobody, so that it is let go.
+// For places where a failure of the sink cannot be reported to anybody: it is ignored.
 template <typename... Arguments>
 void TraceQuietly(const char16_t* tag, const char16_t* format,
                   const Arguments&... arguments) noexcept {

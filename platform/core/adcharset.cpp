@@ -25,7 +25,7 @@ const AdCharset& AdCharset::getUTF8Charset() {
     return kUtf8;
 }
 
-// UTF-8 is the one character set there is, so that the argument leaves nothing to decide.
+// UTF-8 is the only character set, so the first argument decides nothing.
 void AdMbcsString::cvtFromTchar(const AdCharset& /*charset*/, const unsigned short* text,
                                 AdCharset::converter_t converter) {
     const Obx_String units(text);

@@ -15,8 +15,8 @@ using Seconds = std::chrono::sys_seconds;
 constexpr int kMostSecondsAhead = 14 * 3600;
 constexpr int kMostSecondsBehind = 12 * 3600;
 
-// Takes the parts of a text off its front. A step that does not fit makes the reader fail, and it
-// stays failed, so that the result need be asked for only once.
+// Reads a text part by part, from its front. A part that does not fit makes the reader fail, and it
+// stays failed, so that it is enough to ask for the result at the end.
 class Reader {
   public:
     explicit Reader(std::u16string_view text) : m_rest(text) {}
@@ -125,7 +125,8 @@ struct Field {
     std::size_t digits;
 };
 
-// The field of this name; % itself; any other unit with the % that stood before it.
+// Appends what "%" and `name` stand for: the field of this name, or a "%" for "%%". Any other pair
+// stands for itself.
 void AppendField(Obx_String& out, std::span<const Field> fields, char16_t name) {
     for (const Field& field : fields) {
         if (field.name == name) {

@@ -26,7 +26,7 @@ class AdFieldInfo : public AdRefCounted {
     // description). A field that is not a list gives its one value, or none when it is empty.
     virtual void GetValue(CStringArray& values) const = 0;
 
-    // ad_value_status: 2 when the field holds a value.
+    // 2 when the field holds a value, else 1 (ad_value_status).
     virtual int GetValueStatus() const = 0;
 };
 

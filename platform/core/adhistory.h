@@ -4,7 +4,7 @@
 #include "platform/foundation/obx_string.h"
 
 // One history entry, as handed to ImportHistoryData. Texts are zero-terminated; a text field
-// without a terminator holds a text that was too long for it, and the entry is refused for it.
+// without a terminator means that its text was too long, and the entry is refused.
 struct AdHistory {
     // The core's own; callers leave it 0.
     long reserved;

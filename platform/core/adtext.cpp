@@ -92,7 +92,7 @@ long AdStrToLong(const Obx_String& text) {
     if (negative || (!rest.empty() && rest.front() == u'+')) {
         rest.remove_prefix(1);
     }
-    // The number is built below zero, where long reaches one further than above it.
+    // The number is built as a negative one, because the range of long is larger by one below zero.
     constexpr long kLowest = std::numeric_limits<long>::min();
     constexpr long kHighest = std::numeric_limits<long>::max();
     long number = 0;

@@ -34,8 +34,8 @@ std::u16string CopyUnits(const unsigned short* text) {
     return copy;
 }
 
-// The index of the first such unit at or after `start`. The library's search for one byte is many
-// times faster than a loop over units, and a unit's low byte is rarely met where it is not meant.
+// The index of the first `unit` at or after `start`. Searches for the unit's low byte, which memchr
+// does many times faster than a loop over units; the byte seldom occurs as a part of other units.
 std::size_t FindUnit(std::u16string_view text, char16_t unit, std::size_t start) {
     constexpr std::size_t kLowByte = std::endian::native == std::endian::little ? 0 : 1;
     const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());

@@ -74,7 +74,7 @@ std::size_t FirstInvalidUnit(std::u16string_view text) {
     return text.size();
 }
 
-// ICU's macro narrows an int on its way; nothing of it is ours to change.
+// ICU's macro narrows an int, which cannot be changed here.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wconversion"
 

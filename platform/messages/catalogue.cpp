@@ -16,7 +16,7 @@ constexpr auto kCatalogue = [] {
     return all;
 }();
 
-// The look-up halves the catalogue, so that an entry out of order would not be found.
+// The look-up is a binary search, which would not find an entry out of order.
 static_assert(std::adjacent_find(kCatalogue.begin(), kCatalogue.end(),
                                  [](const CatalogueMessage& a, const CatalogueMessage& b) {
                                      return a.id >= b.id;

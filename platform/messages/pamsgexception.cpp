@@ -13,7 +13,7 @@ void PaMsgException::AddMessage(PaMessage message) {
 }
 
 Obx_String AdExtractFirstMsgAndDeleteException(PaMsgException* exception) {
-    // The text may find no memory; the exception goes all the same.
+    // The exception is deleted even when there is no memory for the text.
     const std::unique_ptr<PaMsgException, void (*)(PaMsgException*)> owner(
         exception, [](PaMsgException* owned) { owned->Delete(); });
     return owner->Messages().front().FullMsg();

@@ -14,7 +14,7 @@ struct FreeParser {
 };
 using OwnedParser = std::unique_ptr<XML_ParserStruct, FreeParser>;
 
-// More than one stream open at a time in a thread is rare, more than a few are not worth keeping.
+// A thread seldom has more than one stream open, so more than a few parsers are not worth keeping.
 constexpr std::size_t kMostIdleParsers = 4;
 
 constexpr const char* kEncoding = "UTF-8";

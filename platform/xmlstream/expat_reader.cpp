@@ -82,7 +82,8 @@ bool StandsInDeclaration(XML_Parser parser) {
 
 }  // namespace
 
-// What expat calls. C code must not be crossed by exceptions, so they are kept until it returns.
+// The handlers that expat calls. Exceptions must not pass through C code, so they are kept until
+// expat returns.
 struct ExpatReader::Callbacks {
     template <typename Event>
     static void Take(void* reader, Event event) {
@@ -302,8 +303,8 @@ void ExpatReader::RefuseOnExpatError() {
     Refuse(XmlException::Code::kMalformed, what);
 }
 
-// Text comes first, whatever stands behind it: the text in front of a packet's first record may end
-// in the rest of an element that was cut.
+// The text before the refused place comes first: what stands in front of a packet's first record
+// may end in the rest of an element that was cut.
 void ExpatReader::Refuse(XmlException::Code code, const Obx_String& what) {
     m_refused = Failure{code, Position(), what};
     m_queue.Finish();

@@ -17,13 +17,13 @@
 // the next tag, as written in the source, line ends included; comments and processing instructions
 // in it are dropped and the content of CDATA sections is taken as it is. A DOCTYPE is refused.
 //
-// It parses lazily: what stands behind the token asked for is not able to fail. Malformed XML, and
+// It parses lazily: what stands behind the token asked for cannot make it fail. Malformed XML, and
 // elements nested more than 50,000 deep, throw an XmlException*, a CException* that names line,
 // column and what is wrong, counted from the stream's start. Text in front of a tag that is refused
-// is a token like any other, and the exception comes when the next one is asked for; so it is with
-// what could be read of a text that is refused itself. An input that cannot be read throws an
-// XmlException* at once, and memory that cannot be had std::bad_alloc. After any of these every
-// further question throws a CException*.
+// is a token like any other, and so is what could be read of a text that is itself refused; the
+// exception comes when the next token is asked for. An input that cannot be read throws an
+// XmlException* at once, and a lack of memory throws std::bad_alloc. After any of these every
+// further call throws a CException*.
 class IXmlStream {
   public:
     // What GetNextTokenType returns.

@@ -4,7 +4,7 @@
 
 namespace {
 
-// The room for text is kept for the next text, but not that of a huge one.
+// The memory of a text is kept for the next one, unless it is huge.
 constexpr std::size_t kMostRoomKept = std::size_t{64} * 1024;
 
 std::size_t CountPairs(const char** attributes) {

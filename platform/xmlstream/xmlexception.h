@@ -4,7 +4,8 @@
 #include "platform/foundation/cexception.h"
 
 // Where a stream stands: the line, and the character within it, both counted from 1 at the
-// beginning of the stream. A byte order mark counts as no character, the rest of a cut one as one.
+// beginning of the stream. A byte order mark does not count; the rest of a character that was cut
+// counts as one character.
 struct XmlPosition {
     long line = 1;
     long column = 1;

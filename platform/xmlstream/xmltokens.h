@@ -51,8 +51,7 @@ class XmlCharData {
     explicit XmlCharData(Obx_String image) : m_image(std::move(image)) {}
 
     // The text as it is written in the source, escapes still in place, passed through `converter`
-    // unless that is null. Character data that is not needed any more gives its text away instead
-    // of a copy.
+    // unless that is null. An rvalue hands over its text instead of a copy.
     Obx_String GetImage(XmlConverter* converter) const&;
     Obx_String GetImage(XmlConverter* converter) &&;
 

@@ -141,7 +141,7 @@ class Points {
     Plan m_plan;
 };
 
-// The program's own threads are one; a request may come before any constructor has run.
+// The program has a single thread; a request may come before any constructor has run.
 Points& ThePoints() {
     static Points points;
     return points;

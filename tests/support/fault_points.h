@@ -8,11 +8,11 @@
 
 // Faults at counted points: a program that is linked with faulty_calls.cpp and faulty_memory.cpp
 // counts what it asks of the system and, at the point that its environment names, is refused it,
-// ends, or is held. Tests of what happens "in the middle" so need no clock.
+// ends, or is held. So tests of what happens "in the middle" need no clock.
 //
-// ZT_FAULT=KIND[@NAME]:N[+]:ACTION names the point. N counts the requests of that kind, from 1;
-// with NAME only those for files whose path contains it. With "+" all later ones meet the same
-// fate; 0 means none. ACTION is one of
+// ZT_FAULT=KIND[@NAME]:N[+]:ACTION names the point. N counts the requests of that kind, from 1, or
+// with NAME only those for files whose path contains it; 0 means none. With "+" all later requests
+// meet the same fate. ACTION is one of
 //   - an error by its name, ENOSPC for example: the request fails with it;
 //   - a signal by its name without SIG, which the program sends itself before the request is made:
 //     KILL, TERM, INT, or STOP, which holds it until another process continues it;
@@ -32,8 +32,8 @@ enum class Kind : std::size_t {
     Truncate,  // or growth without a write
     Rename,    // or a link
     Remove,
-    Folder,  // the making of one
-    Lock,    // the taking of a lock of a file
+    Folder,  // making one
+    Lock,    // locking a file
 };
 constexpr std::size_t kKinds = 10;
 constexpr std::array<std::string_view, kKinds> kKindNames = {

@@ -37,10 +37,10 @@ bool IsForPeople(int descriptor) {
     return descriptor == STDOUT_FILENO || descriptor == STDERR_FILENO;
 }
 
-// Writes `size` bytes by write(BYTES), or fewer as planned.
+// Writes `size` bytes, or fewer as planned, by calling `write` with their number.
 template <typename Write>
 ssize_t WriteAsPlanned(int descriptor, std::size_t size, Write write) {
-    // What people read depends on the time that has passed, and would make the counts depend on it.
+    // How much is written for people to read depends on the time that passes; counts must not.
     const Fate fate = IsForPeople(descriptor) ? Fate{} : Meet(Kind::Write, descriptor);
     if (fate.error != 0) {
         return Failed(fate);
@@ -67,7 +67,7 @@ int Open(int folder, const char* path, int flags, mode_t mode) {
     return Call(Meet(Kind::Open, path), SYS_openat, folder, path, flags, mode);
 }
 
-// The mode that an open call was given, which it is with these flags only.
+// The mode of an open call, which has that argument with these flags only.
 template <typename List>
 mode_t ModeOf(int flags, List& arguments) {
     return (flags & (O_CREAT | __O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;

@@ -9,7 +9,7 @@
 
 namespace {
 
-// An exception that notes how it is asked for its message and deleted.
+// An exception that notes how it is asked for its message, and that it is deleted.
 class NotedException : public CException {
   public:
     NotedException(CallLog& log, const Obx_String& message) : CException(message), m_log(log) {}

@@ -11,8 +11,8 @@
 
 namespace {
 
-// How many objects stand on the heap, and how many more may be made before one fails; negative for
-// no limit.
+// How many objects are on the heap, and how many more may be made before one fails; negative for no
+// limit.
 long g_objects = 0;
 long g_allowed = -1;
 

@@ -2,8 +2,8 @@
 
 #include "tests/ztimporter/importer_fixture.h"
 
-// What the four operations on records return on each way out. Import does not look at it, so that
-// nothing else would tell.
+// What the four operations on records return on each way out. Import ignores it, so no other test
+// would notice.
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include "tests/scripted/thrown.h"
 
 // While it lives, it takes the place of the sink that was there, and throws at every trace that
-// begins with a text. Traces are the one place at which a test can step into anything that the
+// begins with a given text. Traces are the one place at which a test can break into whatever the
 // importer does. The trace itself is not written; all others go to the log, as those of TraceLines
 // do.
 class ThrowingSink : public AdDiagnosticSink {

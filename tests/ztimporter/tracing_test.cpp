@@ -28,7 +28,8 @@ class CountingSink : public AdDiagnosticSink {
 
 class TracingTest : public ImporterTest {
   protected:
-    // Runs every operation on a success road and on a failure road; returns every error text.
+    // Runs every operation once so that it succeeds and once so that it fails; returns every error
+    // text.
     Lines RunEverything() {
         Lines errors;
         const auto import = [&](const Configuration& configuration, const Pairs& record) {

@@ -9,7 +9,7 @@
 namespace tool {
 
 // Adds the options for attachments to the words of a command that is to be run as this one was:
-// their folder, if there is one, and the largest size unless it goes without saying.
+// their folder, if there is one, and the largest size unless it is the default.
 void AddAttachmentWords(const std::filesystem::path& folder, std::int64_t maxSize,
                         std::vector<std::string>& command);
 

@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kTextLimit = 4000;
 constexpr std::size_t kExampleNameLimit = 1000;
 
-// An empty value is shown as one that differs.
+// Empties the values that differ, which Readable then shows as an ellipsis.
 void KeepCommonValues(ReasonPattern& pattern, const ReasonPattern& other) {
     for (std::size_t i = 0; i < pattern.values.size(); ++i) {
         if (i >= other.values.size() || pattern.values[i] != other.values[i]) {

@@ -13,7 +13,7 @@
 
 namespace tool {
 
-// What an example shows, behind a word about it that may be empty.
+// A text that an example shows, behind a label that may be empty.
 struct ExampleDetail {
     std::string label;
     std::string text;
@@ -49,7 +49,7 @@ class PatternGroups {
     // `others` is the title of the group of all that the limit leaves no group for.
     explicit PatternGroups(std::string others) { m_others.title = std::move(others); }
 
-    // Adds `example` to those of which the same is said as `text` says of it.
+    // Adds `example`, of which `text` is said, to the group of the texts with the same wording.
     void Add(std::string_view text, const Example& example);
 
     // The groups by falling count, those of one count in the order of their first examples; the

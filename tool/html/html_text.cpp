@@ -12,7 +12,7 @@ namespace tool {
 namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
-// Before it, there are no controls but those that IsNoText knows.
+// Below it, the only control characters are those that IsNoText knows.
 constexpr UChar32 kFirstBidirectional = 0x600;
 
 // Control characters but tab and line ends, and what Unicode calls no characters at all.

@@ -49,7 +49,7 @@ struct PageFigure {
 // A row of numbers; the `minor` ones are smaller.
 std::string FigureRow(const std::vector<PageFigure>& figures, bool minor = false);
 
-// A number in a table. A zero is to be passed over by the eye; one that `wantsAttention` is not.
+// A number in a table. A zero is drawn faintly; any other number that `wantsAttention` stands out.
 std::string NumberCell(std::uint64_t number, bool wantsAttention = false);
 
 // What was done to the records of each type, with a row for all of them.
@@ -57,7 +57,7 @@ std::string TypesTable(std::string caption, const std::vector<TypeTotals>& types
                        const LoadTotals& all);
 
 // `group`, which is a part of `all` things of its sort, with its examples, whose details stand
-// under DETAILTITLE.
+// under `detailTitle`.
 std::string GroupHtml(const ExampleGroup& group, std::uint64_t all, std::string_view detailTitle);
 
 // The title of a page about what was done with `database`: "Load into tracker.db".

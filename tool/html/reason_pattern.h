@@ -19,10 +19,10 @@ struct ReasonPattern {
     static constexpr char kValueMark = '\x01';
 };
 
-// Memory does not depend on the length of REASON.
+// Memory does not depend on the length of `reason`.
 ReasonPattern PatternOf(std::string_view reason);
 
-// The pattern as people read it: VALUES in their places, an ellipsis for those that are empty.
+// The pattern as people read it: the values in their places, an ellipsis for those that are empty.
 std::string Readable(const ReasonPattern& pattern);
 
 }  // namespace tool

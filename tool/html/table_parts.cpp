@@ -75,7 +75,7 @@ std::string ExamplesTable(const ExampleGroup& group, std::string_view detailTitl
     return table.Html();
 }
 
-// The part that a group has in all, as a bar whose whole length is all of them.
+// A group's share as a bar whose full length stands for all.
 std::string ShareBar(std::uint64_t part, std::uint64_t all) {
     return fmt::format(
         "<svg class=\"share\" width=\"100%\" aria-hidden=\"true\">"

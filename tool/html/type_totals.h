@@ -20,7 +20,7 @@ struct TypeTotals {
 // can name more types than there are, so the list is bounded.
 class TypeTotalsList {
   public:
-    // Adds `more` to what there is of `type` and DATA.
+    // Adds `more` to what there is of `type` and `data`.
     void Add(const std::string& type, ImportedData data, const LoadTotals& more);
 
     const std::vector<TypeTotals>& Types() const { return m_types; }

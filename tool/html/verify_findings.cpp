@@ -8,8 +8,8 @@ namespace tool {
 
 namespace {
 
-// Fields are told with the part that differs: "files, plan.pdf, size". What stands in the middle is
-// another one with every record.
+// A field is named with the part that differs: "files, plan.pdf, size". The middle is different for
+// every record.
 std::string FieldOf(const std::string& field) {
     const std::size_t first = field.find(", ");
     const std::size_t last = field.rfind(", ");

@@ -28,8 +28,7 @@ class ByteSource {
 // descriptor, which is the caller's. Throws SourceError that calls it `name`.
 int OpenForReading(const std::filesystem::path& path, const std::string& name, int flags = 0);
 
-// Throws the SourceError that says that reading the source `name` failed with `error`, an
-// errno.
+// Throws the SourceError for a source, called `name`, whose reading failed with the errno `error`.
 [[noreturn]] void ThrowNotReadable(const std::string& name, int error);
 
 // The bytes of a file, pipe or device. Owns its descriptor.

@@ -41,7 +41,7 @@ std::optional<FileIdentity> IdentityOf(int descriptor) {
 }
 
 fs::path WithoutLinks(const fs::path& path) {
-    // As many as the system follows.
+    // As many links as the system follows.
     constexpr int mostLinks = 40;
     fs::path file = path;
     std::error_code error;

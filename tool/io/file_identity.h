@@ -25,16 +25,16 @@ struct FileIdentity {
 };
 
 // The identity of the file that `path` leads to, or that writing to `path` would make. Nothing when
-// there is no folder for it, and for character devices: a terminal or /dev/null may be anything at
-// once.
+// the folder does not exist, and for character devices: a terminal or /dev/null may serve several
+// purposes at once.
 std::optional<FileIdentity> IdentityOf(const std::filesystem::path& path);
 
-// The same for the file that is open as DESCRIPTOR. Nothing when that is no regular file.
+// The same for the file that is open as `descriptor`. Nothing when that is no regular file.
 std::optional<FileIdentity> IdentityOf(int descriptor);
 
-// `path` without the symbolic link that its last part may be, nor those that this one leads to: the
-// name of a file itself, which may not exist yet. Throws std::system_error when the links lead in a
-// circle.
+// `path` with the symbolic link that its last part may be resolved, and any further links that this
+// leads to: the name of the file itself, which may not exist yet. Throws std::system_error when the
+// links lead in a circle.
 std::filesystem::path WithoutLinks(const std::filesystem::path& path);
 
 }  // namespace tool

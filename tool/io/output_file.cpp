@@ -135,7 +135,7 @@ void OutputFile::Close() {
 void SyncFolder(const std::filesystem::path& folder) {
     const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0) {
-        // A folder may be written to by those who may not read it; it cannot be synced by them.
+        // Who may write to a folder, but not read it, cannot sync it.
         if (errno == EACCES) {
             return;
         }

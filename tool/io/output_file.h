@@ -11,7 +11,7 @@
 namespace tool {
 
 // A file that is being written. Owns its descriptor. All operations throw std::system_error that
-// names the file: WriteError when it is open already.
+// names the file; once the file is open, it is a WriteError.
 class OutputFile {
   public:
     // Makes the file, which must not exist yet; a link counts as a file. `permissions` are narrowed
@@ -34,13 +34,13 @@ class OutputFile {
     void WriteAt(std::uint64_t offset, std::string_view bytes);
     // Cuts off what stands behind `size` bytes.
     void Truncate(std::uint64_t size);
-    // Sees the content to the disk. Nothing happens for a stream.
+    // Syncs the content to the disk. Does nothing for a stream.
     void Sync();
     // Closes the file, and reports what the system only now finds out.
     void Close();
 
     const std::filesystem::path& Path() const { return m_path; }
-    // Tells the name that the file has been given since it was made.
+    // Says which name the file has been given since it was made.
     void SetPath(std::filesystem::path path) { m_path = std::move(path); }
     std::uint64_t Size() const { return m_size; }
     // Stays the object's. An unnamed file can be read through it, from its front.
@@ -55,7 +55,7 @@ class OutputFile {
     std::uint64_t m_size = 0;
 };
 
-// Sees to the disk which files `folder` holds. Throws std::system_error.
+// Syncs `folder` itself to the disk: which files it holds. Throws std::system_error.
 void SyncFolder(const std::filesystem::path& folder);
 
 }  // namespace tool

@@ -45,7 +45,7 @@ fs::path FileToReplace(const fs::path& path) {
     if (::stat(path.c_str(), &named) != 0) {
         return file;
     }
-    // What a link of the system for an open descriptor says need not be a path.
+    // The system's links for open descriptors (/proc/self/fd) need not hold a path.
     const bool same = ::stat(file.c_str(), &status) == 0 && status.st_dev == named.st_dev &&
                       status.st_ino == named.st_ino;
     if (!same) {
@@ -64,7 +64,8 @@ fs::path FolderOf(const fs::path& file) {
     return file.has_parent_path() ? file.parent_path() : fs::path(".");
 }
 
-// A rename replaces a file at once, within one file system; so the new file begins beside it.
+// A rename replaces a file in one step, but only within a file system, so the new file is made
+// beside the old one.
 OutputFile CreateBeside(const fs::path& named, const fs::path& file) {
     struct stat status = {};
     const bool exists = ::stat(file.c_str(), &status) == 0;

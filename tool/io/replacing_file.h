@@ -34,8 +34,8 @@ class ReplacingFile {
     // nothing may be added afterwards.
     void Finish();
 
-    // A folder with room for as much again: the file's own, or that for temporary files when the
-    // path is no file's.
+    // A folder for working files as large as this one: its own, or the one for temporary files when
+    // the path is no file's.
     std::filesystem::path WorkFolder() const;
 
   private:

@@ -12,7 +12,7 @@ class SourceError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// A source that is not what it was when its reading began, now or in an earlier load.
+// A source that has changed since its reading began, in this load or an earlier one.
 class SourceChanged : public SourceError {
   public:
     using SourceError::SourceError;

@@ -13,8 +13,8 @@
 
 namespace tool {
 
-// A source that is open, and known by its content: what is read from it are the bytes that its hash
-// is the hash of, whatever becomes of the file meanwhile.
+// An open source, known by the hash of its content. Whatever happens to the file meanwhile, what is
+// read from it are the bytes that were hashed.
 //
 // The whole file is hashed first, since a load must know what it reads before the first record.
 // While it is read afterwards, each block is hashed again before any byte of it is handed out. That
@@ -33,8 +33,8 @@ class SourceFile {
     const std::string& Sha256() const { return m_sha256; }
 
     // The content from its front on; several may be read side by side, each lasts without this
-    // object. Their Read throws SourceChanged instead of handing out a byte that was another one
-    // when the file was hashed, and what RequireUnchanged throws.
+    // object. Their Read throws SourceChanged instead of handing out bytes that differ from those
+    // that were hashed, and throws what RequireUnchanged does.
     std::unique_ptr<ByteSource> Read() const;
 
     // Throws SourceChanged when the file has been written to since it was hashed, or another file

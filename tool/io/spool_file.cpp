@@ -5,8 +5,6 @@
 
 namespace tool {
 
-namespace {}  // namespace
-
 SpoolFile::SpoolFile(ByteSource& bytes)
     : m_file(OutputFile::CreateUnnamed(std::filesystem::temp_directory_path())),
       m_path("/proc/self/fd/" + std::to_string(m_file.Descriptor())) {

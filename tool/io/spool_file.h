@@ -19,7 +19,7 @@ class SpoolFile {
     SpoolFile(const SpoolFile&) = delete;
     SpoolFile& operator=(const SpoolFile&) = delete;
 
-    // What this process can open the file by, as long as the object lives.
+    // A path by which this process can open the file, as long as the object lives.
     const std::filesystem::path& Path() const { return m_path; }
     std::uint64_t Size() const { return m_file.Size(); }
 

@@ -13,7 +13,7 @@ namespace tool {
 
 StandardOutput::StandardOutput() : std::ostream(static_cast<std::streambuf*>(this)) {
     setp(m_buffer.data(), m_buffer.data() + m_buffer.size());
-    // A stream passes on what its buffer throws only then.
+    // Without this a stream swallows what its buffer throws.
     std::ostream::exceptions(std::ios::badbit);
 }
 
@@ -46,7 +46,7 @@ int StandardOutput::sync() {
 void OccupyStandardDescriptors() {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (::fcntl(descriptor, F_GETFD) < 0 && errno == EBADF) {
-            // The lowest free number is taken, which is this one.
+            // The system gives out the lowest free number, which is this one.
             [[maybe_unused]] const int taken =
                 ::open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
         }

@@ -27,7 +27,7 @@ class TextDecoder {
     // encoding, and what the source throws.
     explicit TextDecoder(ByteSource& source, std::size_t chunk = kDefaultChunk);
 
-    // Appends the text of the next chunk to OUT. Returns false at the end, when nothing follows;
+    // Appends the text of the next chunk to `out`. Returns false at the end, when nothing follows;
     // true does not promise that `out` grew.
     bool Read(std::string& out);
 

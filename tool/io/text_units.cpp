@@ -24,8 +24,8 @@ std::uint64_t Word(const char* bytes) {
     return word;
 }
 
-// Has the high bit of a byte set where `word` holds a byte that is not 01 to 7F: a NUL byte borrows
-// when 1 is taken away. Bits above the lowest one that is set may be wrong.
+// A word in which the high bit is set of each byte that is not 01 to 7F in `word`: a NUL byte
+// borrows when 1 is taken away. Bits above the lowest one that is set may be wrong.
 std::uint64_t OddBytes(std::uint64_t word) {
     return (word | (word - kOnes)) & kHighs;
 }
@@ -224,7 +224,7 @@ std::size_t CountUtf16Units(std::string_view text) {
 }
 
 std::size_t CountLineEnds(std::string_view text) {
-    // Sums that fit a byte are what compilers can count many bytes at a time with.
+    // Compilers can count many bytes at a time as long as the sum fits a byte.
     constexpr std::size_t block = 255;
     std::size_t count = 0;
     while (!text.empty()) {

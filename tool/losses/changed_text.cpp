@@ -39,7 +39,7 @@ std::string_view ReferenceAt(std::string_view text, std::size_t at) {
     return isOne ? text.substr(begin, end + 1 - begin) : std::string_view();
 }
 
-// Cut before a byte that goes on with a character.
+// Cut only where a character begins.
 std::string_view Beginning(std::string_view text, std::size_t most) {
     if (text.size() <= most) {
         return text;
@@ -63,7 +63,8 @@ std::string DescribeChange(std::string_view written, std::string_view read) {
     const auto at = static_cast<std::size_t>(differing.first - a.begin());
     const std::string_view escape = ReferenceAt(a, at);
     const std::string_view reference = ReferenceAt(b, at);
-    // Of "&amp;#7;" the reference is left when the escape is taken for one.
+    // The text "&amp;#7;" becomes the reference "&#7;" when its escape is decoded, which is another
+    // case.
     const bool isWritten =
         reference.starts_with("&#") && a.find(reference.substr(1), at) == std::string::npos;
     if (isWritten) {

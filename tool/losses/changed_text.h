@@ -4,13 +4,14 @@
 #include <string>
 #include <string_view>
 
-// Telling how the importer reads another text than XML says. All texts are UTF-8.
+// Says how what the importer reads differs from the text by the rules of XML. All texts are UTF-8.
 namespace tool {
 
 // True when the two texts differ in nothing but how their lines end.
 bool SameButForLineEnds(std::string_view a, std::string_view b);
 
-// What the importer has made of `written`, a value as XML says, when it reads `read` instead.
+// What the importer has done to `written`, a value by the rules of XML, when it reads `read`
+// instead.
 std::string DescribeChange(std::string_view written, std::string_view read);
 
 // `text` between double quotes and on one line, cut when it is long.

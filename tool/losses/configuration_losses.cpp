@@ -38,7 +38,7 @@ std::string Attribute(const char** attributes, std::string_view name) {
     return {};
 }
 
-// Reads the places of what the importer's parser tells without a place.
+// Finds the lines of items that the importer's parser reports without a place.
 class ConfigurationElements {
   public:
     // `packet` begins with kPacketDeclaration. It is read as the importer does, as a fragment: it
@@ -88,7 +88,7 @@ class ConfigurationElements {
     std::uint64_t m_importDataLine = 0;
 };
 
-// Several fields make the key, of which the importer looks none up.
+// The importer cannot look up a key that is made of several fields.
 bool HasPlainKey(const schema::RecordType& type) {
     return type.HasStates() || type.key.size() == 1;
 }

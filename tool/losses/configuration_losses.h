@@ -18,8 +18,8 @@ void FindConfigurationLosses(const std::string& packet, const std::string& sourc
                              const ImportConfiguration& configuration,
                              const recorddb::schema::Schema& schema, const LossTaker& take);
 
-// The first of them, which makes all the others a trifle: the loss of what follows a configuration
-// whose import_data, on `line` of its packet, asks for nothing. `line` may be 0.
+// Only the loss that outweighs all the others: of what follows a configuration whose import_data,
+// on `line` of its packet, asks for nothing. `line` may be 0.
 std::optional<Loss> FindNothingImported(const std::string& source, std::uint64_t line,
                                         const ImportConfiguration& configuration);
 

@@ -29,7 +29,7 @@ enum class LossKind {
     CutShort,              // a packet whose elements do not end
     OutsideRecords,        // what has no business between or behind the records of a packet
     UnreachableKey,        // a key that no reference can express
-    MistakenReference      // a reference that is taken for another one, as its record's key is such
+    MistakenReference      // a reference to such a key that is taken for one to another record
 };
 
 // All of them, in their order.

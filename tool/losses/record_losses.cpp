@@ -114,8 +114,8 @@ void RecordLosses::FindOverwritten() {
     }
 }
 
-// Names are told apart by case until the fields are written, one after the other, to the same
-// place. Empty ones are not written.
+// Names that differ in case are different fields until they are written, one after the other, to
+// the same field of the record. Empty values are not written.
 void RecordLosses::FindOtherSpellings() {
     const ImporterFields& fields = m_readings->Fields();
     for (const std::vector<std::size_t>& spellings : m_readings->Spellings()) {
@@ -138,8 +138,8 @@ void RecordLosses::FindOtherSpellings() {
     }
 }
 
-// Whether several fields of the same name are written one beside the other. Those that have no use
-// are each reported as such.
+// Whether several fields of the same name add to each other instead of replacing each other. For
+// fields without a use this does not matter: each is reported by itself.
 bool RecordLosses::AddsToOthers(FieldUse use) const {
     switch (use) {
         case FieldUse::ReferenceList:

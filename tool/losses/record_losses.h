@@ -22,9 +22,9 @@ using LossTaker = std::function<void(Loss)>;
 // Finds what an import under one configuration drops or changes of a record without an error.
 //
 // A record is read twice, as any XML reader would and with the importer's own parser: what stands
-// in the one and not in the other is lost. Empty values are not. But for keys, nothing is known
-// here of the database, so what is found holds for a record that is imported; one that is rejected
-// is lost as a whole, and the rejection tells of it.
+// in the first reading and not in the second is lost, unless it is an empty value. Apart from keys,
+// nothing is known here of the database, so what is found holds for a record that is imported; one
+// that is rejected is lost as a whole, and its rejection is reported.
 class RecordLosses {
   public:
     // Both stay the caller's.

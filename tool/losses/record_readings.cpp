@@ -131,8 +131,8 @@ void RecordReadings::MatchParts() {
     }
 }
 
-// The fields stand in the order in which their names first occur, so the next one that is new is
-// nearly always the one.
+// The fields stand in the order in which their names first occur, so the one that is expected next
+// is nearly always right.
 std::size_t RecordReadings::FieldOf(const RecordPart& part, std::size_t expected) const {
     if (expected < m_fields.size() && m_fields[expected].name == part.name) {
         return expected;

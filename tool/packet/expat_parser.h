@@ -30,7 +30,7 @@ class ExpatParser {
     std::size_t Offset() const;
     std::size_t Line() const;  // from 1
 
-    // Does what a handler has to do. C code must not be crossed by exceptions, so they are kept
+    // Does what a handler has to do. Exceptions must not pass through C code, so they are kept
     // until it returns.
     template <typename Work>
     void Guard(Work work) noexcept {

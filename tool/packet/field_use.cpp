@@ -36,8 +36,8 @@ FieldUse UseOfKind(schema::FieldKind kind) {
     }
 }
 
-// The order of these questions is the importer's. So is the comparison of names; those of fields
-// are compared by the database, as SQL identifiers.
+// Asks in the importer's order and compares names as it does. Names of fields are compared by the
+// database, as SQL identifiers.
 FieldUse UseInRecords(std::string_view name, const ImportConfiguration& configuration,
                       const schema::RecordType& type) {
     if (IsState(name, type)) {

@@ -26,7 +26,7 @@ enum class FieldUse {
 };
 
 // Says what the import under `configuration` does with the field `name` of records of `type`. The
-// original id is a value like others, and used as such besides, except where it is only LookedUp.
+// original id is also written as any other value is, except where it is only LookedUp.
 FieldUse UseOf(std::string_view name, const ImportConfiguration& configuration,
                const recorddb::schema::RecordType& type);
 

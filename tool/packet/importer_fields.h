@@ -25,7 +25,7 @@ using ImporterFields = std::vector<ImporterField>;
 // the fields hold of one is used again for the next.
 class ImporterFieldReader {
   public:
-    // Replaces `fields` by those of the one record in PACKET. Returns what is wrong with the
+    // Replaces `fields` by those of the one record in `packet`. Returns what is wrong with the
     // packet, empty when it could be read; else `fields` is of no use.
     std::string Read(const std::string& packet, ImporterFields& fields);
 

@@ -209,7 +209,7 @@ void PacketFrame::Close() {
     m_open.erase(found.base() - 1, m_open.end());
 }
 
-// Text in an element is its own affair until a record stands beside it.
+// Text in an element is no defect unless a record stands beside it.
 void PacketFrame::EndText() {
     if (m_text.line == 0) {
         return;
@@ -290,7 +290,7 @@ void PacketFrame::AddRecord(std::uint64_t line) {
 void PacketFrame::AddBrokenRecord(std::string_view text, std::uint64_t line) {
     AddRecord(line);
     m_inBrokenRecord = true;
-    // The record may have taken the end tags of the elements around it along.
+    // What was read as the record may include the end tags of elements around it.
     while (m_open.size() > 1 && text.find("</" + Innermost().name) != kNotFound) {
         m_open.pop_back();
     }

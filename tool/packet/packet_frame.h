@@ -28,14 +28,14 @@ struct FrameDefect {
 
 using FrameHandler = std::function<void(const FrameDefect&)>;
 
-// Looks at what stands around the records of a packet, which no import ever looks at. Nothing is
-// lost of a sound packet by that; of one that was cut short or mixed with something else, records
-// may be. A packet needs no root element, and its elements may hold anything beside records but
-// text in the midst of records.
+// Examines what stands around the records of a packet, which an import ignores. A sound packet
+// loses nothing by that, but one that was cut short or mixed with something else may lose records.
+// A packet needs no root element, and its elements may hold anything beside records except text
+// between them.
 class PacketFrame {
   public:
     // `take` is called for each defect. Elements that are nested deeper than `maxDepth` are a
-    // defect, behind which nothing but the decoding is looked at.
+    // defect, behind which only the decoding is still checked.
     PacketFrame(FrameHandler take, std::size_t maxDepth);
 
     // The pieces of the packet in their order, each with the line that it begins on. Texts hold

@@ -5,8 +5,8 @@
 
 namespace tool {
 
-// The importer's parser of records, asked besides the import: what it does is left out of a trace,
-// which tells of the import alone. While an object exists nothing is traced.
+// The importer's record parser, for use outside of an import. Nothing is traced while an object
+// exists, so that a trace tells of the import alone.
 class QuietParser {
   public:
     AdImportRecordParser* operator->() { return &m_parser; }
@@ -23,7 +23,7 @@ class QuietParser {
         bool m_wasOn;
     };
 
-    // Before the parser, which traces its beginning and its end, too.
+    // Stands before the parser, whose constructor and destructor trace as well.
     TraceOff m_traceOff;
     AdImportRecordParser m_parser;
 };

@@ -25,7 +25,7 @@ constexpr std::size_t kEndTagBlanks = 256;
 // As much of a tag as is looked at to see whether it names a record, and as is shown to people.
 constexpr std::size_t kTagLookahead = 80;
 
-// Sorts out nearly every tag of a record at its second byte. `tag` has three bytes at least.
+// Rules out nearly every tag of a record by its second byte. `tag` has three bytes at least.
 bool MayMatter(const char* tag) {
     return tag[1] == 'r' || tag[1] == '!' || tag[1] == '?' || (tag[1] == '/' && tag[2] == 'r');
 }

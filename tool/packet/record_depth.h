@@ -6,8 +6,8 @@
 
 namespace tool {
 
-// Whether the elements of `record`, itself among them, are nested deeper than DEPTH. Looks at tags
-// only, so that it can say so of any text, in constant memory.
+// Whether the elements of `record`, itself among them, are nested deeper than `depth`. Looks at
+// tags only, so that it can say so of any text, in constant memory.
 bool IsNestedDeeperThan(std::size_t depth, std::string_view record);
 
 }  // namespace tool

@@ -22,7 +22,7 @@ std::string_view NameIn(const char** attributes) {
 
 }  // namespace
 
-// What expat calls.
+// The handlers that expat calls.
 struct RecordElements::Callbacks {
     static RecordElements& Self(void* elements) { return *static_cast<RecordElements*>(elements); }
 

@@ -29,9 +29,9 @@ struct RecordPart {
     bool read = false;           // the importer reads it as a field
 };
 
-// A record read as any XML reader would read it, in document order, beside the place where the
-// importer stops: it takes a start tag, a text and an end tag by turns, and the first thing that
-// does not fit ends the record for it.
+// A record read as any XML reader would read it, in document order, and the place where the
+// importer stops reading: the importer takes a start tag, a text and an end tag by turns, and for
+// it the record ends at the first thing that does not fit.
 class RecordElements {
   public:
     enum class StopCause { None, Text, EndTag, Broken };

@@ -32,7 +32,7 @@ void BuildRecordPacket(std::string_view record, const std::vector<Section>& disg
                        std::string& packet) {
     packet = kPacketDeclaration;
     if (ClassifyHead(record, true) == HeadAnswer::Configuration) {
-        // An element that ends before the record begins settles the question.
+        // An end tag before the record makes it a data packet for the importer.
         packet += "<records/>";
     }
     std::size_t done = 0;

@@ -36,7 +36,7 @@ std::terminate_handler g_formerTerminate = nullptr;
         [[maybe_unused]] const auto written = ::write(STDERR_FILENO, text.data(), text.size());
         std::_Exit(static_cast<int>(ExitCode::DatabaseFailed));
     } catch (...) {
-        // The former handler has words for it.
+        // The former handler reports it.
     }
     g_formerTerminate();
     std::abort();

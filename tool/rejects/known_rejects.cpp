@@ -30,12 +30,12 @@ constexpr std::size_t kLongestPlace = std::size_t{8} * 1024;
                             path.string() + ": what was rejected earlier cannot be read");
 }
 
-// A file that is read. Not open when there is none, or something that is no regular file.
+// A file that is read; it counts as not there when it is no regular file.
 class InputFile {
   public:
     explicit InputFile(fs::path path)
         : m_path(std::move(path)),
-          // Neither led elsewhere by a link nor kept waiting by a pipe.
+          // Does not follow a link, and does not wait for the writer of a pipe.
           m_descriptor(::open(m_path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC)) {
         if (m_descriptor < 0 && errno != ENOENT && errno != ELOOP && errno != ENXIO) {
             CannotRead(m_path);
@@ -93,7 +93,7 @@ class InputFile {
     bool m_regular;
 };
 
-// Tells the beginning of each line, as far as it may matter, and where the next line begins.
+// Hands over the beginning of each line, as far as it may matter, and the offset of the next line.
 template <typename TakeLine>
 void ReadLines(const InputFile& file, TakeLine takeLine) {
     std::uint64_t offset = 0;
@@ -232,7 +232,7 @@ bool KnownRejects::Holds(const Place& place, std::string_view text) {
     if (!file.IsRegular() || file.Read(place.offset, text.size()) != text) {
         return false;
     }
-    // The load that wrote it may have been killed before it saw to that.
+    // The load that wrote it may have been killed before it synced the file.
     if (!known.synced) {
         file.Sync();
         SyncFolder(known.path.parent_path());

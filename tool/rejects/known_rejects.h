@@ -41,7 +41,7 @@ class KnownRejects {
 
     // Whether a records file holds `entry`, whole lines of which the first is the comment, and its
     // configuration file holds `configuration` (empty: there is none). When it does, the file has
-    // been seen to the disk. Throws std::system_error.
+    // been synced to the disk. Throws std::system_error.
     bool Contain(std::string_view configuration, std::string_view entry);
 
   private:

@@ -95,8 +95,8 @@ void RejectWriter::Write(const RejectedRecord& record) {
     if (Known().Contain(m_configuration, text)) {
         return;
     }
-    // Nothing that must not be lost stands in it yet but what is on the disk; so when somebody has
-    // mended the file already, or removed it, it is theirs now.
+    // All that the file holds is on the disk. So when somebody has already changed or removed it,
+    // it is left to them, and a new one is begun.
     if (m_records && !m_unsynced && !IsOurs()) {
         m_records.reset();
     }
@@ -115,8 +115,8 @@ void RejectWriter::Write(const RejectedRecord& record) {
     m_end += size;
 }
 
-// A record becomes one with the last byte that is written: a load that is killed before has left
-// none that is cut short, which would be taken for another one.
+// The entry becomes a record only with the last byte that is written, so a load that is killed
+// before that does not leave a record that is cut short, which would be taken for a different one.
 void RejectWriter::WriteEntry(std::string& text) {
     const std::size_t record = text.find('\n') + 1;
     const char first = std::exchange(text[record], ' ');
@@ -150,13 +150,13 @@ bool RejectWriter::IsOurs() const {
            static_cast<std::uint64_t>(ours.st_size) == m_records->Size();
 }
 
-// A disk that has no room for a record has room for what stood in its place.
+// A disk without room for the record still has room for the closing tag that stood in its place.
 void RejectWriter::LeaveClosed() noexcept {
     try {
         m_records->Truncate(m_end);
         m_records->Append(kClosingTag);
     } catch (const std::system_error&) {
-        // What is whole in it can be loaded all the same.
+        // The records that are whole can be loaded all the same.
     }
 }
 

@@ -38,9 +38,9 @@ class RejectWriter {
     // Writes `record` behind those rejected before.
     void Write(const RejectedRecord& record);
 
-    // Sees what was written to the disk; to be called before a transaction ends that says that
-    // these records were rejected. Throws also when somebody else has changed the file since the
-    // last call, in which case what was written meanwhile may be lost.
+    // Syncs what was written to the disk; to be called before the end of the transaction that says
+    // that these records were rejected. Throws also when somebody else has changed the file since
+    // the last call, in which case what was written meanwhile may be lost.
     void Sync();
 
     // Number of records rejected, those that stood there already among them.

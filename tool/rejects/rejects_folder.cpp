@@ -145,7 +145,7 @@ RejectsFolder::Pair RejectsFolder::Add(std::string_view configuration,
             SyncFolder(m_path);
             return {beside, std::move(*file)};
         }
-        // Nobody has anything to do with a configuration that has just been made.
+        // Nobody else uses a configuration file that has just been made.
         if (!beside.empty()) {
             ::unlink(beside.c_str());
         }

@@ -10,8 +10,8 @@
 
 namespace tool {
 
-// What the rehearsal of a load shows on the terminal: the same in other words, and besides all that
-// would be lost silently, and a verdict.
+// What the rehearsal of a load shows on the terminal: the same as for a load, in other words, and
+// also what would be lost silently and a verdict.
 class CheckTerminal final : public LoadTerminal {
   public:
     // As for LoadTerminal.

@@ -25,7 +25,7 @@ std::string EscapeOf(std::int32_t character, std::string_view /*bytes*/) {
 }  // namespace
 
 std::string JsonText(const nlohmann::ordered_json& json) {
-    // Such characters stand in strings only, and there is nothing that is not UTF-8 any more.
+    // The characters to escape occur in strings only, and the text is valid UTF-8 by now.
     return Escaped(json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace),
                    EscapeOf);
 }

@@ -13,8 +13,8 @@
 
 namespace tool {
 
-// A report that ends in a list of any length, or several, of which the head is known last: the file
-// of a JSON object, say, that begins with totals.
+// A report that ends in one or more lists of any length, and whose head is known last: a JSON
+// object that begins with totals, say.
 //
 // The lists' items go to files without a name as they come, so memory does not grow with their
 // number. The report appears at its path complete or not at all, in place of an earlier one.

@@ -31,7 +31,7 @@ class LoadTerminal : public LoadSink {
     void Finish(const LoadTotals& totals) override;
 
   protected:
-    // In what a rehearsal says otherwise.
+    // The words in which a rehearsal differs.
     struct Words {
         std::string_view would;        // before what it does: "would be " or nothing
         std::string_view whereToFind;  // what lists the rejections that are not shown

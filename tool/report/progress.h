@@ -18,7 +18,7 @@ enum class ProgressStyle {
     Plain,  // a line every ten seconds, or every ten per cent when these come slower than seconds
 };
 
-// The style for the terminal, file or pipe behind DESCRIPTOR.
+// The style for the terminal, file or pipe behind `descriptor`.
 ProgressStyle ChooseProgressStyle(bool quiet, int descriptor);
 
 // Shows how far a load has come: records, records per second, part done, time left. Rate and time

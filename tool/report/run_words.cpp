@@ -12,7 +12,7 @@ namespace tool {
 
 namespace {
 
-// What is lost in a loss of a kind.
+// What is lost by losses of a kind, as the verdict counts it.
 enum class Lost { Value, Record, Packet, Mapping, Whole, Place, Key };
 
 Lost LostBy(LossKind kind) {

@@ -25,9 +25,8 @@ struct Source {
 // temporary file first, since a source is read twice: once to know it by its content, once to load.
 class SourceList {
   public:
-    // Expands `arguments` and sees that each file can be opened; `standardInput` is the descriptor
-    // that
-    // "-" reads and stays the caller's. Throws SourceError that says what to do, or
+    // Expands `arguments` and makes sure that each file can be opened; `standardInput` is the
+    // descriptor that "-" reads and stays the caller's. Throws SourceError that says what to do, or
     // std::system_error when a temporary file cannot be written.
     explicit SourceList(const std::vector<std::string>& arguments, int standardInput = 0);
 

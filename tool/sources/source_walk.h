@@ -56,8 +56,8 @@ class SourceWalk {
     // Throws SourceChanged when the file is no longer what it was when it was opened.
     void RequireUnchanged() const { m_file->RequireUnchanged(); }
 
-    // The configuration in force: all that came so far, in one. And the packet that brought the
-    // last of it, valid until the next step.
+    // The configuration in force, made of all that came so far; and the packet that came last,
+    // valid until the next step.
     const ImportConfiguration& Configuration() const { return m_configuration; }
     const std::string& ConfigurationPacket() const { return m_packet; }
 

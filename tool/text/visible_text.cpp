@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::string_view kIndent = "    ";
 
-// Most of any text.
+// True for most bytes of any text.
 bool IsPlain(std::uint8_t byte) {
     return byte >= 0x20 && byte < 0x7F;
 }
@@ -33,7 +33,7 @@ bool IsHarmless(UChar32 character) {
            !U_IS_UNICODE_NONCHAR(character) && !IsBidirectionalControl(character);
 }
 
-// As in C.
+// The escape of the character, as in C.
 std::string EscapeOf(UChar32 character, std::string_view bytes) {
     constexpr UChar32 firstC1 = 0x80;
     constexpr UChar32 lastOfPlane = 0xFFFF;

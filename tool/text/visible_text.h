@@ -18,8 +18,8 @@ std::string VisibleText(std::string_view text);
 // from outside cannot be taken for a line of the program.
 std::string VisibleLines(std::string_view text);
 
-// `text` with the same characters written as ESCAPE says, for other notations: it is given the
-// character, negative for what is none, and its bytes.
+// `text` with the same characters written as `escape` says, for other notations: it is given the
+// character, or a negative number for bytes that are not UTF-8, and its bytes.
 std::string Escaped(std::string_view text,
                     std::string (*escape)(std::int32_t character, std::string_view bytes));
 

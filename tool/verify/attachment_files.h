@@ -20,7 +20,7 @@ struct FileContent {
 // The files that the attachments of sources name.
 class AttachmentFiles {
   public:
-    // Files of more than maxSize bytes are not read.
+    // Files of more than `maxSize` bytes are not read.
     AttachmentFiles(std::filesystem::path folder, std::int64_t maxSize)
         : m_folder(std::move(folder), maxSize) {}
 

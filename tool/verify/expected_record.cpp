@@ -59,7 +59,7 @@ void ExpectedRecord::Add(const KeptRecord& record, const ImportConfiguration& co
                 duplicateOf = field.value;
                 break;
             case FieldUse::History:
-                // Of a history packet's record only the first one counts.
+                // In a record of a history packet, only the first history field counts.
                 if (configuration.Data() == ImportedData::Records ||
                     !std::exchange(hasHistory, true)) {
                     AddHistory(record.place, field.value);

@@ -60,7 +60,7 @@ class ExpectedRecord {
     ExpectedRecord(const recorddb::schema::RecordType& type, ReferenceResolver& resolver,
                    bool exact);
 
-    // Takes in what `record`, the next in the order of the sources, says under CONFIGURATION.
+    // Takes in what `record`, the next in the order of the sources, says under `configuration`.
     // Throws sql::Error.
     void Add(const KeptRecord& record, const ImportConfiguration& configuration);
 

@@ -33,8 +33,8 @@ class ExtraRecords {
     recorddb::RecordReader& m_reader;
     VerifyTally& m_tally;
     VerifySink& m_sink;
-    std::int64_t m_type = 1;   // under way
-    std::int64_t m_after = 0;  // all of it up to this dbid have been seen
+    std::int64_t m_type = 1;   // that the walk has come to
+    std::int64_t m_after = 0;  // its records up to this dbid have been seen
 };
 
 }  // namespace tool

@@ -8,8 +8,8 @@
 
 namespace tool {
 
-// Does `work` on the scratch database. Its failure is none of the record database, so what goes
-// wrong comes out as another error: std::runtime_error that says what to do.
+// Does `work` on the scratch database. A failure of it is not one of the record database, so it
+// comes out as a std::runtime_error that says what to do.
 template <typename Work>
 decltype(auto) OnScratch(Work&& work) {
     try {

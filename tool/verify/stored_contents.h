@@ -13,8 +13,8 @@ class StoredContents {
     // The reader outlives the object.
     explicit StoredContents(recorddb::RecordReader& reader) : m_reader(reader) {}
 
-    // Every content has been read and found to be what its hash says, and none is missing, so none
-    // needs to be read again.
+    // Says that every content has been read and has the hash that it stands under, and that none is
+    // missing: none needs to be read again.
     void AreSound() { m_areSound = true; }
 
     std::string HashOf(const recorddb::Attachment& attachment) {

@@ -9,7 +9,7 @@
 namespace tool {
 
 // Compare what stands in a record's own fields: values and states, references and reference lists.
-// What was compared is counted in TALLY.
+// What was compared is counted in `tally`.
 void CompareValues(const ExpectedRecord& expected, const recorddb::RecordView& record,
                    DifferenceReporter& reporter, VerifiedType& tally);
 

@@ -21,12 +21,12 @@ class VerifySink {
     VerifySink& operator=(const VerifySink&) = delete;
     virtual ~VerifySink() = default;
 
-    // The next stage of the work begins. TOTAL is its length: the bytes of the sources where these
-    // are read, records where these are compared, 0 where it is not known.
+    // The next stage of the work begins. `total` is its length: the bytes of the sources where
+    // these are read, records where these are compared, 0 where it is not known.
     virtual void Begins(std::uint64_t /*total*/) {}
 
-    // In this stage so many RECORDS have been dealt with, and so much of its length is DONE. Comes
-    // for every record.
+    // In this stage, `records` have been dealt with so far, and as much of its length as `done`
+    // says. Called for every record.
     virtual void Advances(std::uint64_t /*records*/, std::uint64_t /*done*/) {}
 
     // A line for people, which is no difference.

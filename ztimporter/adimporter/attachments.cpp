@@ -54,7 +54,7 @@ void DeleteSameNamed(AdEntity& record, const Obx_String& fieldName, const Obx_St
                      CStringArray& existing) {
     for (int i = 0; i < existing.GetSize(); ++i) {
         if (HasBaseName(existing[i], baseName)) {
-            // What the deletion answers is not looked at: the new file is added in any case.
+            // The result of the deletion does not matter: the new file is added in any case.
             record.DeleteAttachment(fieldName, existing[i]);
             existing.RemoveAt(i);
             return;

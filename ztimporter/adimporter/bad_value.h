@@ -5,10 +5,12 @@
 
 namespace adimporter {
 
-// Both of these take the place of their call by themselves. (clang 14 has no std::source_location.)
+// Callers leave `file` and `line` to their defaults, which are the place of the call. (clang 14 has
+// no std::source_location.)
 
-// Throws the core's message exception for a value that cannot be worked with. As the file it names
-// the engine as a whole, so `text` must be one that stands in a single place.
+// Throws the core's message exception for a value that cannot be worked with. The exception names
+// the importer's folder instead of a file, so `text` must be one that occurs in a single place of
+// its sources.
 [[noreturn]] void ThrowBadValue(const Obx_String& text, int line = __builtin_LINE());
 
 // The object behind a pointer or handle; a null one is a bad value. The text says which condition

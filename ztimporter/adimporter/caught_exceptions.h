@@ -19,14 +19,14 @@ struct CaughtException {
 
 CaughtException TakeCaughtException();
 
-// Appends a line feed and the exception's text, with the prefix that tells its kind. This is how
-// every operation reports at its boundary, but for two. Without memory for the text, an error text
-// stays as it was, and an empty one becomes "\nmemory": a failure never leaves it empty.
+// Appends a line feed and the exception's text, with the prefix that tells its kind. All operations
+// but two report in this way at their boundary. Without memory for the text, an error text stays as
+// it was, and an empty one becomes "\nmemory": a failure never leaves it empty.
 void AppendCaughtException(Obx_String& error) noexcept;
 
-// The departure of GetResultSetWhere and ReallyImportHistory: an exception or a thrown string
-// replaces the error text, and the thrown string itself is dropped. Unknown exceptions are appended
-// as everywhere, and so are messages, but ReallyImportHistory takes those before it comes here.
+// How GetResultSetWhere and ReallyImportHistory report: an exception or a thrown string replaces
+// the error text, and the text of a thrown string is dropped. Unknown exceptions are appended as
+// everywhere, and so are messages, but ReallyImportHistory takes those before it comes here.
 void ReplaceOrAppendCaughtException(const CaughtException& caught, Obx_String& error);
 
 }  // namespace adimporter

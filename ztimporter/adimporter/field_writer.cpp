@@ -7,7 +7,7 @@
 
 namespace {
 
-// Told to the core with every value: it comes from an import.
+// Tells the core, with every value, that it comes from an import.
 constexpr int kImport = 1;
 
 void Trim(Obx_String& text) {

@@ -38,7 +38,7 @@ class AdImporter::Steps::HistoryAddition : public RecordAddition {
     }
 
     // The valid entries are imported and stay, even when others were refused and the record is
-    // reverted for them.
+    // reverted because of these.
     void AddTo(const AdEntityPtr& entity) override {
         m_recordDbid = adimporter::DbIdOf(*entity);
         m_importer.AddHistory(m_recordDbid, m_entries.GetList(), m_error);

@@ -50,7 +50,7 @@ int AdImporter::ReallyImportHistory(Obx_String& error) {
     try {
         TraceImporter(u"ReallyImportHistory begins");
         if (m_historyBuffer == nullptr || m_historyCount < 1) {
-            // A batch none of whose lines could be used ends with its record, too.
+            // A batch without any usable line ends with its record, too.
             DiscardHistory();
             TraceImporter(u"ReallyImportHistory ends with no history imported");
             return 1;
@@ -59,7 +59,7 @@ int AdImporter::ReallyImportHistory(Obx_String& error) {
         Obx_String problems;
         ImportHistoryData(m_session, m_historyBuffer, m_historyCount, -1, problemEntries, problems,
                           nullptr, nullptr);
-        // Whatever the problems: what the core could take is kept.
+        // What the core could take is kept, whatever the problems with the rest.
         CommitImportHistory(m_session);
         DiscardHistory();
         if (!problems.IsEmpty()) {
@@ -73,7 +73,7 @@ int AdImporter::ReallyImportHistory(Obx_String& error) {
     } catch (...) {
         const CaughtException caught = adimporter::TakeCaughtException();
         DiscardHistory();
-        // Messages undo the import and replace the error text; the other kinds do as in
+        // Messages undo the import and replace the error text; the other kinds are reported as by
         // GetResultSetWhere.
         if (caught.kind == CaughtKind::kMessages) {
             RevertImportHistory(m_session);

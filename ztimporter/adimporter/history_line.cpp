@@ -68,7 +68,7 @@ void AdImporter::Steps::HistoryLine::AddToBatch(long recordDbid, Obx_String& err
     }
     Obx_String expiryTime = m_expiryTime;
     if (AdIsEmpty(expiryTime) == 0 && !Reformat(expiryTime)) {
-        // Replaces what the lines before reported, where an invalid action time adds to it.
+        // Replaces what earlier lines reported, while an invalid action time adds to it.
         error = InvalidTimeText(message_id::kInvalidExpiredTimestamp, expiryTime);
         TraceImporter(kAddError, error);
         return;
@@ -106,8 +106,8 @@ Obx_String AdImporter::Steps::HistoryLine::InvalidTimeText(int messageId,
                                              {u"_idvalue_", m_importer.m_originalID_value}}));
 }
 
-// The next entry of the batch, holding only whose history it is. It counts once it is complete; one
-// that never is gets claimed again by the next line.
+// The next entry of the batch, which names the record that it belongs to and holds nothing else
+// yet. It counts once it is complete; the next line claims an entry again that was not completed.
 AdHistory& AdImporter::Steps::HistoryLine::ClaimEntry(long recordDbid) const {
     const AdEntityDef& type = adimporter::Require(m_importer.m_entityDef, u"m_entityDef != __null");
     AdHistory& entry = m_importer.m_historyBuffer[m_importer.m_historyCount];

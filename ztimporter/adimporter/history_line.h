@@ -9,8 +9,8 @@
 // One line of a record's history on its way into the batch.
 class AdImporter::Steps::HistoryLine {
   public:
-    // `entry` is the line as the record parser reads it; an expiry time, which that one never sets,
-    // counts too. Lines are numbered from 1. The importer must outlive the object.
+    // `entry` is the line as the record parser reads it; an expiry time, which the parser never
+    // sets, counts too. Lines are numbered from 1. The importer must outlive the object.
     HistoryLine(AdImporter& importer, const CMapStringToString& entry, long number);
 
     // Adds the line to the batch as an entry of the record. A line that cannot be one is left out,
@@ -18,7 +18,7 @@ class AdImporter::Steps::HistoryLine {
     void AddToBatch(long recordDbid, Obx_String& error);
 
   private:
-    // Whether one that an entry needs is empty, with the reason in the error text.
+    // Whether a column that an entry needs is empty, with the reason in the error text.
     bool LacksColumn(Obx_String& error) const;
     Obx_String InvalidTimeText(int messageId, const Obx_String& time) const;
     AdHistory& ClaimEntry(long recordDbid) const;

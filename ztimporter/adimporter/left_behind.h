@@ -16,8 +16,8 @@
 namespace adimporter {
 
 // Tells the leak check of a build with the address sanitizer that an object (which may be null) is
-// left behind on purpose; other builds have no such check. Called on the ways where that is so, and
-// not where the object is made, so that every other way is still held to give it back.
+// left behind on purpose; other builds have no such check. Called on the ways out that leave the
+// object behind, not where it is made, so that a leak on any other way out is still found.
 inline void LeaveBehind([[maybe_unused]] const void* object) {
 #ifdef ZT_HAS_LEAK_CHECK
     if (object != nullptr) {

@@ -21,8 +21,7 @@ namespace {
 
 constexpr const char16_t* kImportEndsWithError = u"Import ends with error: %s";
 
-// Callers may have made the packet of char16_t, which is read as another type only through one that
-// may alias.
+// Callers may have built the packet from char16_t, so it is read through a type that may alias.
 using AliasingUnit __attribute__((may_alias)) = unsigned short;
 
 long LengthOf(const unsigned short* packet) {

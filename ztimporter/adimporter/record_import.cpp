@@ -67,7 +67,7 @@ int AdImporter::UpdateRecord(Obx_String& error) {
             case Steps::OriginalRecord::Matches::kOne:
                 return Steps::UpdateOriginal(*this, original, error);
             case Steps::OriginalRecord::Matches::kUnknown:
-                // A count that the core cannot give is nothing to do; nothing is unbuilt either.
+                // When the core cannot tell the count, nothing is done, and nothing is unbuilt.
                 original.Release();
                 CleanupRecordMap();
                 TraceImporter(u"UpdateRecord ends successfully");

@@ -6,7 +6,7 @@
 class AdImportConfigurationDataParser;
 
 // What the importer's operations are made of. All of it works on the importer's state, which only
-// what stands in the class can reach.
+// members of the class can reach.
 class AdImporter::Steps {
   public:
     // Each in a file of its own.

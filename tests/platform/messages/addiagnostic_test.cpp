@@ -10,7 +10,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// Takes the traces of one flag and counts how often it was asked for its wish.
+// Takes the traces of one flag and counts how often it was asked whether it wants some.
 class RecordingSink : public AdDiagnosticSink {
   public:
     bool Wants(int flag) override {

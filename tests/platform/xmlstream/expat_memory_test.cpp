@@ -19,7 +19,7 @@ namespace {
 long g_blocks = 0;
 long g_allowed = -1;
 
-// How many parsers were made, and which of them stand.
+// How many parsers were made, and which of them are there.
 int g_parsersMade = 0;
 std::set<void*>& Parsers() {
     static std::set<void*> parsers;

@@ -279,7 +279,7 @@ TEST(UnreadableInput, IsReported) {
     EXPECT_EQ(ThrownText([&] { xml.GetNextTokenType(); }), kRefusedAfterFailure);
 }
 
-// A text that the reading broke off is not known whole.
+// A text in which the reading broke off may be incomplete, so it is not handed out.
 TEST(UnreadableInput, IsReportedInsteadOfTheTextBeforeIt) {
     class BreakingBuffer : public std::streambuf {
         int_type underflow() override {

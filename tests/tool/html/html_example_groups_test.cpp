@@ -101,7 +101,7 @@ TEST_F(PatternGroupsTest, KeepsTheFirstFiveExamples) {
     EXPECT_EQ(groups[0].examples[4].details[0].text, "wrong value 5");
 }
 
-// A reason such as no other record has, told apart by letters.
+// A reason that no other record has. Letters tell it apart, since numbers count as values.
 std::string UniqueReason(std::size_t number) {
     return fmt::format("reason {}{}{}", static_cast<char>('a' + number / 676 % 26),
                        static_cast<char>('a' + number / 26 % 26),

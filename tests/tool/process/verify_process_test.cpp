@@ -22,7 +22,7 @@ using testing::StartsWith;
 class VerifyProcess : public LoadFixture {
   protected:
     // Puts so many bugs into the database, and the same into a packet file behind its
-    // configuration. Their titles take SIZE characters.
+    // configuration.
     std::vector<std::string> Bugs(int count) {
         recorddb::sql::Open(m_database, recorddb::sql::OpenMode::ReadWrite)
             ->ExecuteScript(fmt::format(

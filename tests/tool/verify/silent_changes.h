@@ -5,9 +5,10 @@
 
 namespace tool {
 
-// A change of the loaded example tracker that nothing can contradict. What is said here of a table
-// and column holds where the query on the changed database finds a row; the unchanged one is its
-// schema `original`, and {0} stands for the column's former value, as an SQL literal.
+// A change of the loaded example tracker that nothing can contradict. An entry for a table and
+// column holds where its query on the changed database finds a row. The query sees the unchanged
+// database as the schema `original`, and {0} in it stands for the column's former value, as an SQL
+// literal.
 struct SilentChange {
     const char* table;
     const char* column;  // empty: a row as a whole is deleted or added
@@ -15,7 +16,7 @@ struct SilentChange {
     const char* reason;
 };
 
-// What is said of that table and column; null where every change is to be found.
+// The entry for that table and column; null where every change has to be found.
 const SilentChange* FindSilentChange(std::string_view table, std::string_view column);
 
 }  // namespace tool

@@ -203,7 +203,8 @@ bool IsBlob(const std::string& literal) {
     return literal.starts_with("X'");
 }
 
-// The next number; a text whose last character is the next one; one byte more.
+// The literal a step further: a number plus one, a text with the next last character, a blob with
+// one more byte.
 std::string OneMore(const std::string& literal) {
     if (IsNumber(literal)) {
         return literal + " + 1";

@@ -183,7 +183,7 @@ void PacketReader::NoteDecodingError(const CutRecord& cut, SourceRecord& record)
     }
 }
 
-// `text` begins at `line` and, in the source, at OFFSET.
+// `text` begins at `line`, and at `offset` in the source.
 std::string PacketReader::DecodingError(std::string_view text, std::size_t mark, std::uint64_t line,
                                         std::uint64_t offset) const {
     std::string_view before = text.substr(0, mark);

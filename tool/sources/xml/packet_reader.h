@@ -35,7 +35,7 @@ class PacketReader final : public RecordSource {
   public:
     // Opens the file at `path`, called `name` in errors. Throws SourceError.
     PacketReader(const std::filesystem::path& path, std::string name, ReaderOptions options = {});
-    // Reads BYTES.
+    // Reads `bytes`.
     explicit PacketReader(std::unique_ptr<ByteSource> bytes, ReaderOptions options = {});
 
     // Whether the importer takes the source, as one packet, as configuration. Reads only as far as

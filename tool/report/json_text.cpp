@@ -13,7 +13,7 @@ namespace tool {
 
 namespace {
 
-std::string EscapeOf(std::int32_t character, std::string_view /*bytes*/) {
+std::string JsonEscapeOf(std::int32_t character, std::string_view /*bytes*/) {
     constexpr std::int32_t lastOfPlane = 0xFFFF;
     if (character <= lastOfPlane) {
         return fmt::format("\\u{:04x}", static_cast<unsigned>(character));
@@ -27,7 +27,7 @@ std::string EscapeOf(std::int32_t character, std::string_view /*bytes*/) {
 std::string JsonText(const nlohmann::ordered_json& json) {
     // The characters to escape occur in strings only, and the text is valid UTF-8 by now.
     return Escaped(json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace),
-                   EscapeOf);
+                   JsonEscapeOf);
 }
 
 }  // namespace tool

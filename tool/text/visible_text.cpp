@@ -34,7 +34,7 @@ bool IsHarmless(UChar32 character) {
 }
 
 // The escape of the character, as in C.
-std::string EscapeOf(UChar32 character, std::string_view bytes) {
+std::string VisibleEscapeOf(UChar32 character, std::string_view bytes) {
     constexpr UChar32 firstC1 = 0x80;
     constexpr UChar32 lastOfPlane = 0xFFFF;
     const auto code = static_cast<std::uint32_t>(character);
@@ -88,7 +88,7 @@ std::string Escaped(std::string_view text,
 }
 
 std::string VisibleText(std::string_view text) {
-    return Escaped(text, EscapeOf);
+    return Escaped(text, VisibleEscapeOf);
 }
 
 std::string VisibleLines(std::string_view text) {

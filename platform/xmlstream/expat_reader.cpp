@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 #include "platform/foundation/obx_assert.h"
 #include "platform/foundation/out_of_memory.h"
+#include "platform/xmlstream/plain_reader.h"
 
 namespace {
 
@@ -19,6 +21,9 @@ constexpr std::size_t kSmallestChunk = 2048;
 // complete must go on growing to keep the work linear. Text is passed on as it comes.
 constexpr std::size_t kLargestChunkOfText = std::size_t{64} * 1024;
 constexpr std::size_t kLargestChunk = std::size_t{256} * 1024 * 1024;
+
+// Plain markup is read in memory up to so many bytes.
+constexpr std::size_t kLargestHead = std::size_t{64} * 1024;
 
 // A parser that has read more than this, or has met deeper elements, is not kept.
 constexpr std::size_t kMostBytesForReuse = std::size_t{256} * 1024;
@@ -99,7 +104,7 @@ struct ExpatReader::Callbacks {
             self.m_callbackFailure = std::current_exception();
         }
         if (self.m_callbackFailure || self.m_refused) {
-            XML_StopParser(self.m_parser.Get(), XML_FALSE);
+            XML_StopParser(self.m_expat->Get(), XML_FALSE);
         }
     }
 
@@ -111,7 +116,7 @@ struct ExpatReader::Callbacks {
             }
             self.m_queue.AddStartTag(name, attributes);
             self.m_deepest = std::max(self.m_deepest, self.m_queue.Depth());
-            XML_StopParser(self.m_parser.Get(), XML_TRUE);
+            XML_StopParser(self.m_expat->Get(), XML_TRUE);
         });
     }
 
@@ -122,7 +127,7 @@ struct ExpatReader::Callbacks {
                 return;
             }
             self.m_queue.AddEndTag(name);
-            XML_StopParser(self.m_parser.Get(), XML_TRUE);
+            XML_StopParser(self.m_expat->Get(), XML_TRUE);
         });
     }
 
@@ -144,8 +149,8 @@ ExpatReader::ExpatReader(std::istream& input)
     : m_input(input), m_chunkSize(kSmallestChunk), m_chunkLimit(kLargestChunk) {}
 
 ExpatReader::~ExpatReader() {
-    if (m_bytesRead > kMostBytesForReuse || m_deepest > kDeepestForReuse) {
-        m_parser.DoNotReuse();
+    if (m_expat && (m_bytesRead > kMostBytesForReuse || m_deepest > kDeepestForReuse)) {
+        m_expat->DoNotReuse();
     }
 }
 
@@ -165,37 +170,98 @@ TokenQueue::Token* ExpatReader::Peek() {
     return m_queue.IsEmpty() ? nullptr : &m_queue.Front();
 }
 
-XmlPosition ExpatReader::Position() const {
-    if (m_state == State::kUnopened) {
+XmlPosition ExpatReader::Position() {
+    if (m_state == State::kPlain) {
+        const bool isAhead = !m_queue.IsEmpty();
+        BeginWithExpat();
+        SkipPopped();
+        while (isAhead && m_queue.IsEmpty() && !m_refused) {
+            ReadOn();
+        }
+    }
+    return PlaceOfExpat();
+}
+
+XmlPosition ExpatReader::PlaceOfExpat() const {
+    if (!m_expat) {
         return m_start;
     }
-    const auto line = static_cast<long>(XML_GetCurrentLineNumber(m_parser.Get()));
-    const auto column = static_cast<long>(XML_GetCurrentColumnNumber(m_parser.Get()));
+    const auto line = static_cast<long>(XML_GetCurrentLineNumber(m_expat->Get()));
+    const auto column = static_cast<long>(XML_GetCurrentColumnNumber(m_expat->Get()));
     const bool onFirstLine = line == kLinesBeforeInput + 1;
     return {line - kLinesBeforeInput - 1 + m_start.line,
             column + (onFirstLine ? m_start.column : 1)};
 }
 
 void ExpatReader::ReadOn() {
-    if (m_state == State::kUnopened) {
-        OpenFragment();
-    } else if (m_state == State::kSuspended) {
-        Settle(XML_ResumeParser(m_parser.Get()));
+    switch (m_state) {
+        case State::kUnopened:
+            m_state = State::kPlain;
+            FillHead();
+            break;
+        case State::kPlain:
+            ReadPlain();
+            break;
+        case State::kSuspended:
+            Settle(XML_ResumeParser(m_expat->Get()));
+            break;
+        default:
+            ParseNextChunk();
+            break;
+    }
+}
+
+void ExpatReader::ReadPlain() {
+    PlainReader::Result result = PlainReader::ReadTag(m_head, m_plain, m_queue);
+    while (result == PlainReader::Result::kIncomplete && m_head.size() < kLargestHead &&
+           FillHead()) {
+        result = PlainReader::ReadTag(m_head, m_plain, m_queue);
+    }
+    if (result == PlainReader::Result::kRead) {
+        m_headChunk = 0;
     } else {
-        ParseNextChunk();
+        BeginWithExpat();
+        SkipPopped();
+    }
+}
+
+// Reads more of the input, in the chunks in which expat reads it; false when there is none.
+bool ExpatReader::FillHead() {
+    const std::size_t size = m_head.size();
+    m_headChunk = size == 0 ? kSmallestChunk : 2 * std::max(m_headChunk, kSmallestChunk);
+    m_head.resize(size + m_headChunk);
+    const auto count = static_cast<std::size_t>(Read(m_head.data() + size, m_headChunk));
+    m_head.resize(size + count);
+    return count > 0;
+}
+
+// Begins again from the front with expat.
+void ExpatReader::BeginWithExpat() {
+    m_queue = TokenQueue();
+    std::string_view first = std::string_view(m_head).substr(0, kSmallestChunk);
+    m_headGiven = first.size();
+    StepOverProlog(first);
+    if (m_refused) {
+        return;
+    }
+    OpenFragment();
+    Settle(XML_Parse(m_expat->Get(), first.data(), static_cast<int>(first.size()), XML_FALSE));
+}
+
+// What was plain can neither fail nor make other tokens.
+void ExpatReader::SkipPopped() {
+    for (std::size_t left = m_popped; left > 0; --left) {
+        while (m_queue.IsEmpty()) {
+            Obx_Assert(!m_refused && m_state != State::kFinished, u"plain markup is well-formed");
+            ReadOn();
+        }
+        m_queue.Pop();
     }
 }
 
 void ExpatReader::OpenFragment() {
-    std::array<char, kSmallestChunk> chunk{};
-    std::string_view head(chunk.data(), static_cast<std::size_t>(Fill(chunk.data(), chunk.size())));
-    StepOverProlog(head);
-    if (m_refused) {
-        return;
-    }
+    XML_Parser parser = m_expat.emplace().Get();
     m_state = State::kReading;
-
-    XML_Parser parser = m_parser.Get();
     const int opened = XML_Parse(parser, kSyntheticRoot.data(),
                                  static_cast<int>(kSyntheticRoot.size()), XML_FALSE);
     if (opened != XML_STATUS_OK) {
@@ -207,7 +273,6 @@ void ExpatReader::OpenFragment() {
     XML_SetCommentHandler(parser, Callbacks::Comment);
     XML_SetProcessingInstructionHandler(parser, Callbacks::Instruction);
     XML_SetCdataSectionHandler(parser, Callbacks::CdataBorder, Callbacks::CdataBorder);
-    Settle(XML_Parse(parser, head.data(), static_cast<int>(head.size()), XML_FALSE));
 }
 
 // Neither a byte order mark nor a declaration may stand within an element, where expat sees the
@@ -236,10 +301,23 @@ void ExpatReader::StepOverProlog(std::string_view& head) {
     head.remove_prefix(end + kClosing.size());
 }
 
+// For expat: what was read before, then the rest.
 int ExpatReader::Fill(char* buffer, std::size_t size) {
+    const std::size_t count = std::min(size, m_head.size() - m_headGiven);
+    if (count == 0) {
+        std::string().swap(m_head);
+        m_headGiven = 0;
+        return Read(buffer, size);
+    }
+    std::memcpy(buffer, m_head.data() + m_headGiven, count);
+    m_headGiven += count;
+    return static_cast<int>(count);
+}
+
+int ExpatReader::Read(char* buffer, std::size_t size) {
     m_input.read(buffer, static_cast<std::streamsize>(size));
     if (m_input.bad()) {
-        throw new XmlException(XmlException::Code::kUnreadable, Position(),
+        throw new XmlException(XmlException::Code::kUnreadable, PlaceOfExpat(),
                                u"the input cannot be read");
     }
     const auto count = static_cast<std::size_t>(m_input.gcount());
@@ -248,13 +326,13 @@ int ExpatReader::Fill(char* buffer, std::size_t size) {
 }
 
 void ExpatReader::ParseNextChunk() {
-    void* buffer = XML_GetBuffer(m_parser.Get(), static_cast<int>(m_chunkSize));
+    void* buffer = XML_GetBuffer(m_expat->Get(), static_cast<int>(m_chunkSize));
     if (buffer == nullptr) {
         ThrowOutOfMemory();
     }
     const int length = Fill(static_cast<char*>(buffer), m_chunkSize);
     m_chunkLimit = kLargestChunk;
-    Settle(XML_ParseBuffer(m_parser.Get(), length, length == 0 ? XML_TRUE : XML_FALSE));
+    Settle(XML_ParseBuffer(m_expat->Get(), length, length == 0 ? XML_TRUE : XML_FALSE));
 }
 
 void ExpatReader::Settle(int status) {
@@ -276,7 +354,7 @@ void ExpatReader::Settle(int status) {
 
 // The synthetic root is never closed, so the end of the input is an error to expat.
 void ExpatReader::Finish() {
-    if (XML_GetErrorCode(m_parser.Get()) != XML_ERROR_NO_ELEMENTS) {
+    if (XML_GetErrorCode(m_expat->Get()) != XML_ERROR_NO_ELEMENTS) {
         RefuseOnExpatError();
     } else if (m_queue.Depth() > 0) {
         Refuse(XmlException::Code::kMalformed,
@@ -288,7 +366,7 @@ void ExpatReader::Finish() {
 }
 
 void ExpatReader::RefuseOnExpatError() {
-    const XML_Error error = XML_GetErrorCode(m_parser.Get());
+    const XML_Error error = XML_GetErrorCode(m_expat->Get());
     if (error == XML_ERROR_NO_MEMORY) {
         ThrowOutOfMemory();
     }
@@ -297,7 +375,7 @@ void ExpatReader::RefuseOnExpatError() {
         what = m_queue.Depth() == 0 ? Obx_String(u"an end tag without its start tag")
                                     : u"the end tag does not match the open element \"" +
                                           Obx_String::FromUtf8(m_queue.OpenName()) + u"\"";
-    } else if (error == XML_ERROR_INVALID_TOKEN && StandsInDeclaration(m_parser.Get())) {
+    } else if (error == XML_ERROR_INVALID_TOKEN && StandsInDeclaration(m_expat->Get())) {
         what = u"a DOCTYPE or another declaration is not allowed";
     }
     Refuse(XmlException::Code::kMalformed, what);
@@ -306,6 +384,6 @@ void ExpatReader::RefuseOnExpatError() {
 // The text before the refused place comes first: what stands in front of a packet's first record
 // may end in the rest of an element that was cut.
 void ExpatReader::Refuse(XmlException::Code code, const Obx_String& what) {
-    m_refused = Failure{code, Position(), what};
+    m_refused = Failure{code, PlaceOfExpat(), what};
     m_queue.Finish();
 }

@@ -17,20 +17,33 @@ std::size_t CountPairs(const char** attributes) {
 
 }  // namespace
 
-void TokenQueue::AddStartTag(const char* name, const char** attributes) {
-    FlushText(false);
+void TokenQueue::AddStartTag(std::string_view name, const char** attributes) {
     XmlSTag::Attributes pairs;
     pairs.reserve(CountPairs(attributes));
     for (const char** pair = attributes; *pair != nullptr; pair += 2) {
         pairs.emplace_back(Obx_String::FromUtf8(pair[0]), Obx_String::FromUtf8(pair[1]));
     }
+    AddStartTag(name, std::move(pairs));
+}
+
+void TokenQueue::AddStartTag(std::string_view name, std::string_view attribute,
+                             std::string_view value) {
+    XmlSTag::Attributes pairs;
+    if (!attribute.empty()) {
+        pairs.emplace_back(Obx_String::FromUtf8(attribute), Obx_String::FromUtf8(value));
+    }
+    AddStartTag(name, std::move(pairs));
+}
+
+void TokenQueue::AddStartTag(std::string_view name, XmlSTag::Attributes attributes) {
+    FlushText(false);
     m_openNames += name;
     m_openNameEnds.push_back(m_openNames.size());
-    Add({IXmlStream::kStartTag, Obx_String::FromUtf8(name), std::move(pairs)});
+    Add({IXmlStream::kStartTag, Obx_String::FromUtf8(name), std::move(attributes)});
     m_textFollowsStartTag = true;
 }
 
-void TokenQueue::AddEndTag(const char* name) {
+void TokenQueue::AddEndTag(std::string_view name) {
     FlushText(m_textFollowsStartTag);
     m_openNames.resize(m_openNames.size() - OpenName().size());
     m_openNameEnds.pop_back();

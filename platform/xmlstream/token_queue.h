@@ -21,8 +21,10 @@ class TokenQueue {
     };
 
     // All texts are UTF-8. `attributes` holds names and values by turns and ends with a null.
-    void AddStartTag(const char* name, const char** attributes);
-    void AddEndTag(const char* name);
+    void AddStartTag(std::string_view name, const char** attributes);
+    // A tag with one attribute; with none when the attribute has no name.
+    void AddStartTag(std::string_view name, std::string_view attribute, std::string_view value);
+    void AddEndTag(std::string_view name);
     void AddText(std::string_view text);
     // No tag follows: the input has ended, or is refused from here on.
     void Finish();
@@ -37,6 +39,7 @@ class TokenQueue {
     std::string_view OpenName() const;
 
   private:
+    void AddStartTag(std::string_view name, XmlSTag::Attributes attributes);
     void FlushText(bool keepWhiteSpace);
     void Add(Token token);
 

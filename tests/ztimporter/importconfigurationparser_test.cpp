@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/foundation/cexception.h"
+#include "tests/platform/thrown_text.h"
 #include "tests/ztimporter/declaration.h"
 #include "tests/ztimporter/map_pairs.h"
 
@@ -108,6 +109,25 @@ TEST_F(ConfigurationParser, KnowsOtherPacketsByTextInFrontOfWhatCannotBeRead) {
 TEST_F(ConfigurationParser, KnowsOtherPacketsWhenTheirStartIsCutWithinACharacter) {
     const std::string padding(37, 'x');
     EXPECT_FALSE(IsConfiguration(padding + "\xC3\xBC<configuration/>" + kDeclaration));
+}
+
+TEST_F(ConfigurationParser, RefusesTagsThatOnlyLookPlain) {
+    for (const char* const text :
+         {"<a b=\"1\" b=\"2\">x", "<a b=\"1\"c=\"2\">x", "<a =\"1\">x", "<a b>x", "<a b=1>x",
+          "<a b=\"<\">x", "<a b=\"&c;\">x", "<a b=\"\x01\">x", "<a b=\"\xFF\">x", "<a b=\"1>x",
+          "<a><b c=\"1\" ?>x", "<>x", "< a>x", "<a><b"}) {
+        EXPECT_NE(ThrownText([&] { IsConfiguration(text); }), "nothing was thrown") << text;
+    }
+}
+
+TEST_F(ConfigurationParser, KnowsOtherPacketsByPlainTagsAndText) {
+    for (const char* const text :
+         {"<a>x", "\n<a>\n  <b c=\"d e\">1<", "<a b=\"\">x", "x", "<a b=''>x",
+          "<a><a><a><a><a><a><a><a><a><a>x", "<configurations>x"}) {
+        EXPECT_FALSE(IsConfiguration(text)) << text;
+    }
+    EXPECT_TRUE(IsConfiguration("<a><b c=\"d\"><configuration e=\"f\">x"));
+    EXPECT_TRUE(IsConfiguration("<a><a><a><a><a><a><a><a><a><configuration>x"));
 }
 
 TEST_F(ConfigurationParser, TellsTheRootsNameByCase) {

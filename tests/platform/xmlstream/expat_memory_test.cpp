@@ -113,6 +113,7 @@ TEST(ParserPool, KeepsFourParsers) {
             std::vector<std::unique_ptr<TokenReader>> readers;
             for (int i = 0; i < 9; ++i) {
                 readers.push_back(std::make_unique<TokenReader>("<a/>"));
+                EXPECT_EQ(readers.back()->Next(), "<a>");
             }
         };
         openNine();

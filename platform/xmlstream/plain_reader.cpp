@@ -1,0 +1,188 @@
+#include "platform/xmlstream/plain_reader.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+#include "platform/foundation/utf.h"
+
+namespace {
+
+// Deeper elements are expat's, which knows how deep is too deep.
+constexpr std::size_t kDeepest = 100;
+
+enum class Kind : unsigned char {
+    kOther,    // what is not plain, or not everywhere
+    kText,     // ASCII that stands for itself in text, and in the values of attributes as well
+    kBlank,    // line feed and tab
+    kEscape,   // the ampersand
+    kBracket,  // the closing square one, which may be part of "]]>"
+    kTag,      // the opening angle bracket
+    kBeyond    // ASCII
+};
+
+constexpr std::array<Kind, 256> KindsOfBytes() {
+    std::array<Kind, 256> kinds{};
+    for (std::size_t byte = 0; byte < kinds.size(); ++byte) {
+        kinds[byte] = byte >= 0x80 ? Kind::kBeyond : byte >= 0x20 ? Kind::kText : Kind::kOther;
+    }
+    kinds['\n'] = Kind::kBlank;
+    kinds['\t'] = Kind::kBlank;
+    kinds['&'] = Kind::kEscape;
+    kinds[']'] = Kind::kBracket;
+    kinds['<'] = Kind::kTag;
+    return kinds;
+}
+constexpr std::array<Kind, 256> kKinds = KindsOfBytes();
+
+constexpr std::array<std::string_view, 8> kEscapes = {"&amp;",  "&lt;",  "&gt;",  "&apos;",
+                                                      "&quot;", "&#x9;", "&#xA;", "&#xD;"};
+
+Kind KindOf(char byte) {
+    return kKinds[static_cast<unsigned char>(byte)];
+}
+
+bool IsLetter(char byte) {
+    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || byte == '_';
+}
+
+bool IsInName(char byte) {
+    return IsLetter(byte) || (byte >= '0' && byte <= '9') || byte == '-' || byte == '.';
+}
+
+// UTF-8 of characters that may stand in XML; those that are markup or controls are looked at
+// before.
+bool IsXmlText(std::string_view text) {
+    std::u16string units;
+    return !Utf8ToUtf16(text, units).has_value() &&
+           units.find_first_of(u"\uFFFE\uFFFF") == std::u16string::npos;
+}
+
+struct PlainTag {
+    bool isEnd = false;
+    std::string_view name;
+    std::string_view attribute;  // its name; empty for none
+    std::string_view value;
+};
+
+// Takes a text apart from its front on.
+class Cutter {
+  public:
+    Cutter(std::string_view text, std::size_t at) : m_text(text), m_at(at) {}
+
+    std::size_t At() const { return m_at; }
+
+    // Up to the next tag. False when it is not there, or something is not plain.
+    bool CutText(std::string_view& cut) {
+        const std::size_t begin = m_at;
+        bool isAscii = true;
+        for (; m_at < m_text.size(); ++m_at) {
+            switch (KindOf(m_text[m_at])) {
+                case Kind::kText:
+                case Kind::kBlank:
+                    break;
+                case Kind::kBeyond:
+                    isAscii = false;
+                    break;
+                case Kind::kEscape:
+                    if (!StandsAtEscape()) {
+                        return false;
+                    }
+                    break;
+                case Kind::kBracket:
+                    if (m_text.substr(m_at).starts_with("]]>")) {
+                        return false;
+                    }
+                    break;
+                case Kind::kTag:
+                    cut = m_text.substr(begin, m_at - begin);
+                    return isAscii || IsXmlText(cut);
+                default:
+                    return false;
+            }
+        }
+        return false;
+    }
+
+    bool CutTag(PlainTag& tag) {
+        Cut("<");
+        tag.isEnd = Cut("/");
+        tag.name = CutName();
+        if (!tag.isEnd && Cut(" ")) {
+            tag.attribute = CutName();
+            if (tag.attribute.empty() || !Cut("=\"") || !CutValue(tag.value)) {
+                return false;
+            }
+        }
+        return !tag.name.empty() && Cut(">");
+    }
+
+  private:
+    std::string_view CutName() {
+        const std::size_t begin = m_at;
+        if (m_at < m_text.size() && IsLetter(m_text[m_at])) {
+            while (m_at < m_text.size() && IsInName(m_text[m_at])) {
+                ++m_at;
+            }
+        }
+        return m_text.substr(begin, m_at - begin);
+    }
+
+    // The value of an attribute, up to its quotation mark, which is cut as well.
+    bool CutValue(std::string_view& cut) {
+        const std::size_t begin = m_at;
+        while (m_at < m_text.size() && m_text[m_at] != '"' && KindOf(m_text[m_at]) == Kind::kText) {
+            ++m_at;
+        }
+        cut = m_text.substr(begin, m_at - begin);
+        return Cut("\"");
+    }
+
+    bool Cut(std::string_view expected) {
+        const bool found = m_text.substr(m_at).starts_with(expected);
+        m_at += found ? expected.size() : 0;
+        return found;
+    }
+
+    bool StandsAtEscape() const {
+        const std::string_view rest = m_text.substr(m_at);
+        return std::any_of(kEscapes.begin(), kEscapes.end(),
+                           [rest](std::string_view escape) { return rest.starts_with(escape); });
+    }
+
+    std::string_view m_text;
+    std::size_t m_at;
+};
+
+}  // namespace
+
+PlainReader::Result PlainReader::ReadTag(std::string_view text, std::size_t& at,
+                                         TokenQueue& queue) {
+    Cutter cutter(text, at);
+    std::string_view before;
+    if (!cutter.CutText(before)) {
+        return cutter.At() == text.size() ? Result::kIncomplete : Result::kNotPlain;
+    }
+    if (text.find('>', cutter.At()) == std::string_view::npos) {
+        return Result::kIncomplete;
+    }
+    PlainTag tag;
+    if (!cutter.CutTag(tag)) {
+        return Result::kNotPlain;
+    }
+    const bool fits =
+        tag.isEnd ? queue.Depth() > 0 && queue.OpenName() == tag.name : queue.Depth() < kDeepest;
+    if (!fits) {
+        return Result::kNotPlain;
+    }
+    if (!before.empty()) {
+        queue.AddText(before);
+    }
+    if (tag.isEnd) {
+        queue.AddEndTag(tag.name);
+    } else {
+        queue.AddStartTag(tag.name, tag.attribute, tag.value);
+    }
+    at = cutter.At();
+    return Result::kRead;
+}

@@ -1,6 +1,6 @@
-// Times `ztimport load` against a floor that writes the same rows by SQLite's own interface, and
-// `ztimport check` and `verify` against the load, all in the same run:
-// load_bench ZTIMPORT [RECORDS...], 10000 and 100000 by default.
+// Times `ztimport load`, and a short script that checks nothing, against a floor that writes the
+// same rows by SQLite's own interface, and `ztimport check` and `verify` against the load, all in
+// the same run: load_bench ZTIMPORT [RECORDS...], 10000 and 100000 by default.
 
 #include <fmt/format.h>
 
@@ -43,6 +43,8 @@ class TemporaryFolder {
 
 struct Measured {
     double floor = 1e9;
+    bench::ChildRun scriptCreate{1e9, 1e9, 0};
+    bench::ChildRun scriptUpdate{1e9, 1e9, 0};
     bench::ChildRun create{1e9, 1e9, 0};
     bench::ChildRun update{1e9, 1e9, 0};
     bench::ChildRun history{1e9, 1e9, 0};
@@ -67,6 +69,10 @@ class LoadBench {
         Measured best;
         for (int run = 0; run < kRuns; ++run) {
             best.floor = std::min(best.floor, bench::WriteFloor(NewDatabase("floor"), m_records));
+            const fs::path plain = NewDatabase("plain");
+            Load(plain, m_keywords);
+            KeepFaster(best.scriptCreate, RunScript("create", plain, m_create));
+            KeepFaster(best.scriptUpdate, RunScript("update", plain, m_update));
             const fs::path database = NewDatabase("load");
             Load(database, m_keywords);
             KeepFaster(best.check, Run("check", database, m_create));
@@ -105,6 +111,12 @@ class LoadBench {
         return Run("load", database, files);
     }
 
+    // The same records by a short script.
+    static bench::ChildRun RunScript(const char* what, const fs::path& database,
+                                     const bench::PacketFiles& files) {
+        return bench::RunChild({PYTHON, PLAIN_LOAD, what, database, files.sources.back()});
+    }
+
     bench::ChildRun Run(const char* name, const fs::path& database,
                         const bench::PacketFiles& files) {
         std::vector<std::string> command = {m_tool, name, "--quiet", database};
@@ -132,6 +144,11 @@ void PrintLoad(const char* name, const bench::ChildRun& run, double floor, std::
         most, static_cast<double>(run.peakKilobytes) / 1024);
 }
 
+void PrintScript(const char* name, const bench::ChildRun& run, double floor, std::int64_t records) {
+    fmt::print("  {:<15} {:8.3f} s  {:6.1f} us/record  {:5.2f} floors\n", name, run.seconds,
+               run.seconds / static_cast<double>(records) * 1e6, run.seconds / floor);
+}
+
 void PrintBesideLoad(const char* name, const bench::ChildRun& run, double load,
                      std::int64_t records) {
     fmt::print("  {:<8} {:8.3f} s  {:6.1f} us/record  {:5.2f} times the load  {:6.1f} MB\n", name,
@@ -143,9 +160,11 @@ void PrintMeasured(const Measured& measured, std::int64_t records, double bytesP
     fmt::print("{} records of {:.0f} bytes of XML\n", records, bytesPerRecord);
     fmt::print("  {:<8} {:8.3f} s  {:6.1f} us/record\n", "floor", measured.floor,
                measured.floor / static_cast<double>(records) * 1e6);
-    PrintLoad("create", measured.create, measured.floor, records, 2.5, 4);
-    PrintLoad("update", measured.update, measured.floor, records, 1.8, 2.5);
-    PrintLoad("history", measured.history, measured.floor, records, 1.2, 2);
+    PrintLoad("create", measured.create, measured.floor, records, 2.2, 2.6);
+    PrintLoad("update", measured.update, measured.floor, records, 1.4, 1.7);
+    PrintLoad("history", measured.history, measured.floor, records, 1.1, 1.3);
+    PrintScript("script: create", measured.scriptCreate, measured.floor, records);
+    PrintScript("script: update", measured.scriptUpdate, measured.floor, records);
     PrintBesideLoad("check", measured.check, measured.create.seconds, records);
     PrintBesideLoad("verify", measured.verify, measured.create.seconds, records);
 }

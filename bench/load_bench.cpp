@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "child_process.h"
+#include "child_run.h"
 #include "creation_floor.h"
 #include "generated_tracker.h"
 

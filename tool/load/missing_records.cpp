@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "tool/packet/field_search.h"
 #include "tool/packet/field_use.h"
-#include "tool/packet/field_value.h"
 #include "tool/packet/importer_text.h"
 #include "tool/packet/source_formats.h"
 

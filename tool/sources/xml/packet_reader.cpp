@@ -7,7 +7,7 @@
 #include "tool/io/decoding_marks.h"
 #include "tool/io/source_error.h"
 #include "tool/io/text_units.h"
-#include "tool/packet/field_value.h"
+#include "tool/packet/field_search.h"
 #include "tool/packet/packet_head.h"
 #include "tool/packet/record_depth.h"
 #include "tool/packet/record_packet.h"

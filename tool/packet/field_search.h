@@ -1,5 +1,5 @@
-#ifndef TOOL_PACKET_FIELD_VALUE_H
-#define TOOL_PACKET_FIELD_VALUE_H
+#ifndef TOOL_PACKET_FIELD_SEARCH_H
+#define TOOL_PACKET_FIELD_SEARCH_H
 
 #include <optional>
 #include <string>

@@ -1,4 +1,4 @@
-#include "tool/packet/field_value.h"
+#include "tool/packet/field_search.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tool/packet/field_value.h"
+#include "tool/packet/field_search.h"
 
 #include <algorithm>
 #include <utility>
@@ -14,11 +14,11 @@ namespace {
 // A start tag cut out of a text that may be broken anywhere.
 struct StartTag {
     std::string_view name;  // value of its attribute "name", as written
-    std::size_t end;        // position behind it
+    std::size_t end;        // position after it
     bool empty;             // ends with "/>"
 };
 
-// Reads the attribute at `at`, its leading blanks skipped, and moves `at` behind it.
+// Reads the attribute at `at`, after its leading blanks, and moves `at` past it.
 std::pair<std::string_view, std::string_view> ReadAttribute(std::string_view text,
                                                             std::size_t& at) {
     std::size_t nameEnd = std::min(text.find_first_of(" \t\r\n=/><", at), text.size());
@@ -90,7 +90,7 @@ std::string ReadContent(std::string_view text, std::size_t at) {
     return content;
 }
 
-// The position behind the comment, CDATA section or instruction at `at`, else behind its "<".
+// The position after the comment, CDATA section or instruction at `at`, else after its "<".
 std::size_t SkipOther(std::string_view text, std::size_t at) {
     std::string_view rest = text.substr(at);
     if (rest.starts_with("<!--")) {

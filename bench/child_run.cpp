@@ -1,4 +1,4 @@
-#include "child_process.h"
+#include "child_run.h"
 
 #include <fcntl.h>
 #include <spawn.h>

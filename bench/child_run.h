@@ -1,5 +1,5 @@
-#ifndef BENCH_CHILD_PROCESS_H
-#define BENCH_CHILD_PROCESS_H
+#ifndef BENCH_CHILD_RUN_H
+#define BENCH_CHILD_RUN_H
 
 #include <string>
 #include <vector>

@@ -14,6 +14,7 @@
 #include "recorddb/sha256.h"
 #include "tool/io/byte_source.h"
 #include "tool/io/output_file.h"
+#include "tool/io/text_hash.h"
 
 namespace tool {
 
@@ -115,7 +116,7 @@ void ReadLines(const InputFile& file, TakeLine takeLine) {
     }
 }
 
-// Skips `mark` and the digits behind it at `at`; nothing when they do not stand there.
+// Skips `mark` and the digits after it at `at`; nothing when they do not stand there.
 std::optional<std::size_t> SkipNumber(std::string_view line, std::size_t at,
                                       std::string_view mark) {
     if (line.substr(at, mark.size()) != mark) {
@@ -142,12 +143,6 @@ std::string_view PlaceIn(std::string_view line) {
         }
     }
     return {};
-}
-
-std::string HashOf(std::string_view configuration) {
-    recorddb::Sha256 hash;
-    hash.Update(configuration);
-    return hash.HexDigest();
 }
 
 std::string HashOf(const InputFile& file) {
@@ -214,7 +209,7 @@ bool KnownRejects::Contain(std::string_view configuration, std::string_view entr
         return false;
     }
     const std::string_view comment = entry.substr(0, entry.find('\n'));
-    const Key key = KeyOf(HashOf(configuration), PlaceIn(comment.substr(0, kLongestPlace)));
+    const Key key = KeyOf(HashText(configuration), PlaceIn(comment.substr(0, kLongestPlace)));
     std::string_view text = entry.substr(std::min(comment.size() + 1, entry.size()));
     if (text.ends_with('\n')) {
         text.remove_suffix(1);
@@ -242,10 +237,7 @@ bool KnownRejects::Holds(const Place& place, std::string_view text) {
 }
 
 KnownRejects::Key KnownRejects::KeyOf(std::string_view configurationHash, std::string_view place) {
-    recorddb::Sha256 hash;
-    hash.Update(configurationHash);
-    hash.Update(place);
-    const std::string hex = hash.HexDigest();
+    const std::string hex = HashText(fmt::format("{}{}", configurationHash, place));
     Key key{};
     std::copy_n(hex.begin(), key.size(), key.begin());
     return key;

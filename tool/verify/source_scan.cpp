@@ -6,7 +6,6 @@
 
 #include "tool/losses/loss_finder.h"
 #include "tool/packet/field_use.h"
-#include "tool/packet/importer_text.h"
 #include "tool/sources/source_checks.h"
 
 namespace tool {
@@ -16,8 +15,8 @@ using recorddb::schema::FieldKind;
 
 namespace {
 
-// What the second stage finds missing from the database, and the word for an empty value, which is
-// what the database then holds.
+// What the comparison of records finds missing from the database, and the word for an empty value,
+// which is what the database then holds.
 bool IsComparedAnyway(LossKind kind) {
     return kind == LossKind::LongHistoryLine || kind == LossKind::HistoryBeyondLimit ||
            kind == LossKind::IncompleteAttachment || kind == LossKind::ClearedValue;
@@ -28,7 +27,8 @@ bool IsComparedAnyway(LossKind kind) {
 SourceScan::SourceScan(RecordLookup& lookup, RecordShelf& shelf,
                        const std::filesystem::path& attachments, VerifyTally& tally,
                        VerifySink& sink, const RecordLimits& limits)
-    : m_lookup(lookup),
+    : m_schema(lookup.GetSchema()),
+      m_locator(lookup),
       m_shelf(shelf),
       m_attachments(attachments),
       m_tally(tally),
@@ -67,7 +67,7 @@ WalkOptions SourceScan::Options() {
 }
 
 void SourceScan::TakeConfiguration() {
-    m_type = &RequireType(m_lookup.GetSchema(), m_walk->Configuration(), Name());
+    m_type = &RequireType(m_schema, m_walk->Configuration(), Name());
     m_configurations.push_back(m_walk->Configuration());
     m_losses.emplace(Current(), *m_type);
 }
@@ -98,10 +98,12 @@ void SourceScan::ReadRecord(const SourceRecord& record) {
     CheckAttachments(m_record.fields);
     const bool counts = SaysSomething(m_record.fields);
     if (counts) {
-        if (const std::string problem = Locate(m_record.fields, m_record.dbid); !problem.empty()) {
-            ReportMissing(record, problem);
+        const LocatedRecord located = m_locator.Locate(m_record.fields, Current(), *m_type);
+        if (!located.problem.empty()) {
+            ReportMissing(record, located.problem);
             return;
         }
+        m_record.dbid = located.dbid;
     }
     m_record.differs = FindLosses(record);
     if (counts) {
@@ -165,51 +167,6 @@ bool SourceScan::FindLosses(const SourceRecord& record) {
         found = true;
     });
     return found;
-}
-
-// Finds the record of the database; returns why there is not one, or nothing.
-std::string SourceScan::Locate(const ImporterFields& fields, std::int64_t& dbid) {
-    const std::string id = OriginalIdOf(fields, Current(), *m_type);
-    if (id.empty()) {
-        return LocateByKey(fields, dbid);
-    }
-    const Field* const field = m_type->FindField(Current().OriginalId());
-    if (field == nullptr) {
-        return fmt::format("cannot be compared: {} has no field {} to find it by", m_type->name,
-                           Current().OriginalId());
-    }
-    const auto dbids = m_lookup.Find(*m_type, *field, id);
-    if (dbids.empty()) {
-        return "missing from the database";
-    }
-    if (dbids.size() > 1) {
-        return fmt::format("cannot be compared: several records of the database have the {} \"{}\"",
-                           field->name, id);
-    }
-    dbid = dbids.front();
-    return {};
-}
-
-std::string SourceScan::LocateByKey(const ImporterFields& fields, std::int64_t& dbid) {
-    constexpr const char* noId = "cannot be compared: it has no original id";
-    if (m_type->HasStates()) {
-        return noId;
-    }
-    std::string key;
-    for (const std::size_t part : m_type->key) {
-        const Field& field = m_type->fields[part];
-        const auto found = std::find_if(fields.begin(), fields.end(), [&field](const auto& given) {
-            return EqualNoCase(given.name, field.name);
-        });
-        if (found == fields.end()) {
-            return noId;
-        }
-        const bool isReference = field.kind == FieldKind::Reference;
-        key += key.empty() ? "" : " ";
-        key += isReference ? Trimmed(found->value) : found->value;
-    }
-    dbid = m_lookup.FindKey(*m_type, key).dbid;
-    return dbid == 0 ? "missing from the database" : "";
 }
 
 Difference SourceScan::DifferenceAt(std::uint64_t record, std::uint64_t line) const {

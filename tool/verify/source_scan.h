@@ -14,6 +14,7 @@
 #include "tool/packet/import_configuration.h"
 #include "tool/sources/source_list.h"
 #include "tool/sources/source_walk.h"
+#include "tool/verify/record_locator.h"
 #include "tool/verify/record_lookup.h"
 #include "tool/verify/record_shelf.h"
 #include "tool/verify/verify_sink.h"
@@ -21,17 +22,17 @@
 
 namespace tool {
 
-// The first stage of a comparison: reads the sources in their order, finds for each of their
-// records the one of the database, and keeps them for the second stage. What cannot be found, and
-// what an import drops, is told as a difference.
+// The stage of a comparison that reads the sources in their order, finds for each of their records
+// the one of the database, and keeps them for the stage that compares. What cannot be found, and
+// what an import drops, is reported as a difference.
 class SourceScan {
   public:
     // All of them outlive the object. `attachments` is the folder, empty for none.
     SourceScan(RecordLookup& lookup, RecordShelf& shelf, const std::filesystem::path& attachments,
                VerifyTally& tally, VerifySink& sink, const RecordLimits& limits);
 
-    // Reads the sources. Throws SourceError when the source or its configuration cannot be
-    // used or it changes meanwhile, sql::Error when the database fails. Ends early when the process
+    // Reads the sources. Throws SourceError when a source or its configuration cannot be used or
+    // the source changes meanwhile, sql::Error when the database fails. Ends early when the process
     // was interrupted. Data that were read before, under the same configuration, are passed over as
     // in a load.
     void Read(const SourceList& sources);
@@ -52,8 +53,6 @@ class SourceScan {
     bool SaysSomething(const ImporterFields& fields) const;
     void CheckAttachments(const ImporterFields& fields) const;
     bool FindLosses(const SourceRecord& record);
-    std::string Locate(const ImporterFields& fields, std::int64_t& dbid);
-    std::string LocateByKey(const ImporterFields& fields, std::int64_t& dbid);
     void ReportMissing(const SourceRecord& record, const std::string& problem);
     void ReportUnseen(const UnseenRecord& unseen);
     void ReportFrame(const FrameDefect& defect);
@@ -61,7 +60,8 @@ class SourceScan {
     const ImportConfiguration& Current() const { return m_configurations.back(); }
     const std::string& Name() const { return m_walk->SourceName(); }
 
-    RecordLookup& m_lookup;
+    const recorddb::schema::Schema& m_schema;
+    RecordLocator m_locator;
     RecordShelf& m_shelf;
     const std::filesystem::path& m_attachments;
     VerifyTally& m_tally;

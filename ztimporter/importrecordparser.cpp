@@ -18,8 +18,8 @@ constexpr const char16_t* kRecordParserTag = u"AdImportRecordParser";
 
 const Obx_String record_label = u"record";
 
-// One less than there are keys: a line that has a comment is dropped whole, and no entry ever gets
-// "comments". Callers know the format like this; it is not to be mended.
+// One less than there are keys: a line with a comment is dropped whole, and no entry ever gets
+// "comments". Callers rely on the format as it is; do not mend it.
 constexpr int kMostHistoryColumns = 6;
 
 const Obx_String kColumnSeparator = u"\t";

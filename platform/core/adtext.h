@@ -26,7 +26,7 @@ void AdSplitString(const Obx_String& text, const Obx_String& separator, CStringA
 // end at the end of the text adds no further line.
 void AdSplitTextIntoLines(const Obx_String& text, CStringArray& lines);
 
-// The part of the path behind its last slash or backslash.
+// The part of the path after its last slash or backslash.
 Obx_String AdBasename(const Obx_String& path);
 
 // The decimal number that the text begins with (after blanks, with an optional sign); 0 when it

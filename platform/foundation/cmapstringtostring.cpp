@@ -110,7 +110,7 @@ void CMapStringToString::Discard(Slot& slot) {
 
 void CMapStringToString::MakeRoom() {
     if (m_count * 2 < m_end) {
-        // Many holes: the entries close up, and the slots behind them are spare.
+        // Many holes: the entries close up, and the slots after them are spare.
         std::size_t end = 0;
         for (std::size_t i = 0; i < m_end; ++i) {
             if (m_slots[i].used) {

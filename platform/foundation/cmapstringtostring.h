@@ -47,7 +47,7 @@ class CMapStringToString {
         bool used = false;
     };
 
-    // The slot at or behind the index that is in use, or null.
+    // The slot at or after the index that is in use, or null.
     const Slot* NextUsed(std::size_t first) const;
     const Slot* Find(const Obx_String& key) const;
     std::size_t IndexOf(const Slot* slot) const;
@@ -56,7 +56,7 @@ class CMapStringToString {
     void BuildIndex();
 
     int m_blockSize;
-    // The entries in order, with holes where one was removed. The slots behind m_end are spare: one
+    // The entries in order, with holes where one was removed. The slots after m_end are spare: one
     // map is filled and emptied for each record, and texts that keep their memory save allocations.
     std::vector<Slot> m_slots;
     std::size_t m_end = 0;

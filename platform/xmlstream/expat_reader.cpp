@@ -74,7 +74,7 @@ XmlPosition Advance(XmlPosition position, std::string_view text) {
     return position;
 }
 
-// Whether expat stopped behind a "<!" that begins neither a comment nor a CDATA section.
+// Whether expat stopped after a "<!" that begins neither a comment nor a CDATA section.
 bool StandsInDeclaration(XML_Parser parser) {
     int offset = 0;
     int size = 0;

@@ -34,8 +34,8 @@ class ExpatReader {
         ++m_popped;
     }
 
-    // How far the input was understood: behind the tag that Peek returned last. Character data is
-    // complete only when the tag behind it is known, so for it this is the place behind that tag,
+    // How far the input was understood: after the tag that Peek returned last. Character data is
+    // complete only when the tag after it is known, so for it this is the place after that tag,
     // or where the input ended or was refused.
     XmlPosition Position();
 

@@ -17,7 +17,7 @@
 // the next tag, as written in the source, line ends included; comments and processing instructions
 // in it are dropped and the content of CDATA sections is taken as it is. A DOCTYPE is refused.
 //
-// It parses lazily: what stands behind the token asked for cannot make it fail. Malformed XML, and
+// It parses lazily: what stands after the token asked for cannot make it fail. Malformed XML, and
 // elements nested more than 50,000 deep, throw an XmlException*, a CException* that names line,
 // column and what is wrong, counted from the stream's start. Text in front of a tag that is refused
 // is a token like any other, and so is what could be read of a text that is itself refused; the

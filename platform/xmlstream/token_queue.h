@@ -11,7 +11,7 @@
 // data, decides which white space is a token, and knows which elements are open.
 //
 // A tag completes the character data before it, and an empty element is two tags, so one event of
-// the parser's can add up to three tokens.
+// the parser can add up to three tokens.
 class TokenQueue {
   public:
     struct Token {
@@ -50,7 +50,7 @@ class TokenQueue {
     bool m_textHasMoreThanSpace = false;
     bool m_textFollowsStartTag = false;
 
-    // The names of the open elements, one behind the other, and where each of them ends.
+    // The names of the open elements, one after the other, and where each of them ends.
     std::string m_openNames;
     std::vector<std::size_t> m_openNameEnds;
 };

@@ -18,7 +18,7 @@ struct ThrowAnswer {
 
 struct NullAnswer {};
 
-// What a call does in place of what it would do by itself; monostate: nothing told.
+// What a call does instead of what it would do by itself; monostate: a test told it nothing.
 using ScriptedAnswer =
     std::variant<std::monostate, ThrowAnswer, NullAnswer, Obx_String, PaMessage, long>;
 

@@ -43,7 +43,7 @@ constexpr std::array<std::string_view, kKinds> kKindNames = {
 struct FaultCounts {
     std::array<std::uint64_t, kKinds> requests;  // by kind
     std::uint64_t matches;                       // those that the plan's KIND and NAME speak of
-    std::uint64_t faults;                        // those that met it
+    std::uint64_t faults;                        // requests that met it
 
     std::uint64_t Of(Kind kind) const { return requests[static_cast<std::size_t>(kind)]; }
 };

@@ -43,7 +43,7 @@ class AttachmentImportTest : public ImporterTest {
     }
     std::string PacketErrorTrace() { return "trace: Import ends with error: " + m_error.ToUtf8(); }
 
-    // The story behind the packet's length; the end of the packet follows from the error text.
+    // The story after the packet's length; the end of the packet follows from the error text.
     void ExpectPacketStory(const Lines& lines) {
         const Lines end = {m_error.IsEmpty() ? "trace: Import ends successfully."
                                              : PacketErrorTrace()};

@@ -185,7 +185,7 @@ TEST_F(FieldValuesTest, AFailedDeletionIsIgnored) {
     m_importer->m_replaceRefList = 1;
     m_core.SetFieldValues(u"keywords", {u"old", u"older"});
     m_core.OnCall("DeleteFieldValue").ReturnsText(u"cannot");
-    // The list comes last and brings no item: a field or an item behind it would clear a text that
+    // The list comes last and brings no item: a field or an item after it would clear a text that
     // the deletion left.
     EXPECT_EQ(Write({{"title", "Crash"}, {"keywords", " , "}}), 1);
     ExpectErrorText(u"");

@@ -50,7 +50,7 @@ class HistoryImportTest : public HistoryTest {
         return "UnbuildResultSet(source_id = " + sourceId + ")";
     }
 
-    // The story behind the packet's length; the end of the packet follows from the error text.
+    // The story after the packet's length; the end of the packet follows from the error text.
     void ExpectPacketStory(const Lines& lines) {
         const Lines end = {m_error.IsEmpty()
                                ? "trace: Import ends successfully."

@@ -186,7 +186,7 @@ TEST_F(RecordParser, LosesNothingOfASecondTextWhenItStoodOnNoRecord) {
 TEST_F(RecordParser, DoesNotStepBehindTheEndOfAnEmptySecondText) {
     GivenPacket(kFirst);
     ASSERT_TRUE(NextRecord());
-    // What stands behind the terminator is not the packet's.
+    // What stands after the terminator is not the packet's.
     GivenPacket(std::string(1, '\0') + kSecond);
     EXPECT_FALSE(NextRecord());
     EXPECT_FALSE(NextRecord());

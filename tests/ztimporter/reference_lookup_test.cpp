@@ -62,7 +62,7 @@ TEST_F(ReferenceLookupTest, RunsOneQueryAndGivesEverythingBack) {
 TEST_F(ReferenceLookupTest, QueryAndResultSetAreReleasedBeforeTheEndTrace) {
     const auto ends = [&](const std::string& trace) {
         const Lines lines = m_core.Log().Lines({CallLog::Kind::kRelease, CallLog::Kind::kTrace});
-        // The last line is the record's own end, behind the operation.
+        // The last line is the record's own end, after the operation.
         EXPECT_EQ(Lines(lines.end() - 4, lines.end() - 1),
                   (Lines{"release: result set of mail = a@b", "release: query of mail = a@b",
                          "trace: IsReferenceIDValid ends" + trace}));

@@ -226,7 +226,7 @@ TEST_P(PacketTraceTest, ThatThrowsEverywhereStillEndsInAnErrorText) {
     GivenConfiguration();
     ThrowingSink sink(m_core.Log(), GetParam(), "");
     EXPECT_NO_THROW(ImportRecords({{{"title", "Crash"}}}));
-    // Both the first trace and that of the error are told.
+    // What both the first trace and that of the error throw is reported.
     const Obx_String text = AppendedTextOf(GetParam(), u"boom");
     ExpectErrorText(text + text);
     ExpectNoCalls();

@@ -61,7 +61,7 @@ class WholeTracesTest : public ImporterTest {
         return {Parsing(Length("NextRecord", packet.size() - at))};
     }
     static Lines NoNext(const std::string& packet) {
-        // One byte behind the beginning of the last record.
+        // One byte after the beginning of the last record.
         return {Parsing(Length("NextRecord", packet.size() - packet.rfind("<record>") - 1))};
     }
     // The record map of a bug, to which nothing is left over from another.

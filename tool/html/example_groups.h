@@ -13,7 +13,7 @@
 
 namespace tool {
 
-// A text that an example shows, behind a label that may be empty.
+// A text that an example shows, after a label that may be empty.
 struct ExampleDetail {
     std::string label;
     std::string text;

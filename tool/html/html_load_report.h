@@ -10,9 +10,9 @@
 
 namespace tool {
 
-// The page about a load in its file. It appears at its path complete or not at all, in place of an
-// earlier one. Constructor and Finish throw std::system_error that names the file when it cannot be
-// written; the constructor sees that before the load.
+// The page about a load, and the file that it stands in. It appears at its path complete or not at
+// all, in place of an earlier one. Constructor and Finish throw std::system_error that names the
+// file when it cannot be written; the constructor sees that before the load.
 class HtmlLoadReport final : public LoadSink {
   public:
     // `command` is "load", or "check" for its rehearsal.

@@ -8,10 +8,10 @@
 
 namespace tool {
 
-// The page about a comparison in its file. It appears at its path complete or not at all, in place
-// of an earlier one; a comparison that fails or is interrupted leaves none. Constructor and Finish
-// throw std::system_error that names the file when it cannot be written; the constructor sees that
-// before the comparison.
+// The page about a comparison, and the file that it stands in. It appears at its path complete or
+// not at all, in place of an earlier one; a comparison that fails or is interrupted leaves none.
+// Constructor and Finish throw std::system_error that names the file when it cannot be written; the
+// constructor sees that before the comparison.
 class HtmlVerifyReport final : public VerifySink {
   public:
     // `journal` is the database's, and stays the caller's.

@@ -33,7 +33,7 @@ bool OpensQuote(std::string_view text, std::size_t at) {
     return apart && at + 1 < text.size();
 }
 
-// Whether a value that began behind `begin` has another quote in it that opens at `at`.
+// Whether a value that began after `begin` has another quote in it that opens at `at`.
 bool OpensInnerQuote(std::string_view text, std::size_t begin, std::size_t at) {
     if (at == begin + 1) {
         return at + 1 < text.size() && IsWordByte(text[at + 1]);

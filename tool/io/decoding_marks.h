@@ -6,7 +6,7 @@
 #include <string_view>
 
 // Text that comes from the decoder is UTF-8, except that each source unit (a byte of UTF-8, a
-// 16-bit unit of UTF-16) that is no text is replaced by one mark: a byte that no UTF-8 text holds.
+// 16-bit unit of UTF-16) that is not text is replaced by one mark: a byte that no UTF-8 text holds.
 // So an error needs no list beside the text, stays with the record it stands in however the text is
 // cut, and the place in the source can be computed from the text alone.
 namespace tool {

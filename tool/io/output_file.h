@@ -28,11 +28,11 @@ class OutputFile {
     OutputFile(OutputFile&& other) noexcept;
     OutputFile& operator=(OutputFile&& other) noexcept;
 
-    // Writes `bytes` behind all that has been written.
+    // Writes `bytes` after all that has been written.
     void Append(std::string_view bytes);
     // Writes `bytes` at `offset`, over what stands there. Not for streams.
     void WriteAt(std::uint64_t offset, std::string_view bytes);
-    // Cuts off what stands behind `size` bytes.
+    // Cuts off what stands after `size` bytes.
     void Truncate(std::uint64_t size);
     // Syncs the content to the disk. Does nothing for a stream.
     void Sync();

@@ -70,7 +70,7 @@ OutputFile CreateBeside(const fs::path& named, const fs::path& file) {
     struct stat status = {};
     const bool exists = ::stat(file.c_str(), &status) == 0;
     const mode_t permissions = exists ? status.st_mode & kPermissionBits : kUsualPermissions;
-    // With a long name, the name beside it would be too long.
+    // The new name must not become too long.
     constexpr std::size_t longestPart = 100;
     const std::string part = file.filename().string().substr(0, longestPart);
     std::random_device random;

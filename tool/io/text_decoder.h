@@ -14,10 +14,11 @@ enum class Encoding { Utf8, Utf16LittleEndian, Utf16BigEndian };
 
 // Reads a packet file in chunks and gives its text as UTF-8 whatever its encoding.
 //
-// The encoding is told by the byte order mark, without one by the first bytes. An XML declaration
-// that names UTF-8, UTF-16 or US-ASCII changes nothing about that (files often keep the name after
-// they were converted); one that names another encoding is refused. A byte order mark is not part
-// of the text. What is no text becomes marks (see decoding_marks.h) and never stops the reading.
+// The encoding is recognised by the byte order mark or, without one, by the first bytes. An XML
+// declaration that names UTF-8, UTF-16 or US-ASCII changes nothing about that (files often keep the
+// name after they were converted); one that names another encoding is refused. A byte order mark is
+// not part of the text. What is not text becomes marks (see decoding_marks.h) and never stops the
+// reading.
 class TextDecoder {
   public:
     static constexpr std::size_t kDefaultChunk = std::size_t{256} * 1024;
@@ -58,9 +59,9 @@ class TextDecoder {
     std::uint64_t m_bytesRead = 0;
     bool m_ended = false;
     bool m_marked = false;
-    std::string m_head;        // bytes read to tell the encoding
+    std::string m_head;        // bytes read to recognise the encoding
     std::size_t m_headAt = 0;  // how many of them are decoded
-    std::string m_buffer;      // one chunk, behind what the last one left
+    std::string m_buffer;      // one chunk, after what the last one left
     std::size_t m_carry = 0;   // bytes at its front: a character that was cut by the chunk's end
 };
 

@@ -6,7 +6,7 @@
 #include <string_view>
 
 // The two decodings, over pieces of any size, and counts over decoded text. Decoding never fails:
-// what is no text becomes marks (see decoding_marks.h).
+// what is not text becomes marks (see decoding_marks.h).
 namespace tool {
 
 // Checks `bytes` as UTF-8 in place and puts a mark over each byte that is not valid and over each

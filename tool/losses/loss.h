@@ -11,12 +11,12 @@ namespace tool {
 // What the packet rules drop or change without an error.
 enum class LossKind {
     LongHistoryLine,       // a history line of seven or more columns
-    HistoryBeyondLimit,    // history entries behind the 501st of a record
-    IncompleteAttachment,  // lines behind the last whole group of four
+    HistoryBeyondLimit,    // history entries after the 501st of a record
+    IncompleteAttachment,  // lines after the last whole group of four
     UnseenRecord,          // what looks like a record and is not read as one
     NamelessField,         // a field element without a name
     NestedField,           // a field element inside another one
-    UnreadField,           // a field behind the place where the record ends for the importer
+    UnreadField,           // a field after the place where the record ends for the importer
     ChangedText,           // a value that the decoding of escapes makes another one
     SkippedField,          // a field of a type that is never written
     RepeatedField,         // a field named again in the same record; the last one counts
@@ -27,7 +27,7 @@ enum class LossKind {
     UnusedMapping,         // a mapping that names no field, or one that no import asks for
     NoConfiguration,       // data before any configuration
     CutShort,              // a packet whose elements do not end
-    OutsideRecords,        // what has no business between or behind the records of a packet
+    OutsideRecords,        // what has no business between or after the records of a packet
     UnreachableKey,        // a key that no reference can express
     MistakenReference      // a reference to such a key that is taken for one to another record
 };

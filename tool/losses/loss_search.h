@@ -8,8 +8,7 @@
 
 namespace tool {
 
-// Goes along with the reading of sources, one after the other, and looks for what an import drops
-// of them silently.
+// Follows the reading of sources, one after the other, and looks for what an import drops silently.
 class LossSearch {
   public:
     LossSearch() = default;

@@ -22,7 +22,7 @@ bool IsBlank(std::string_view text) {
     return text.find_first_not_of(kXmlBlanks) == std::string_view::npos;
 }
 
-// The value that clears a field; a reference is trimmed before it is looked at.
+// Whether the value clears a field; a reference is trimmed before it is looked at.
 bool AsksToClear(std::string_view value, FieldUse use) {
     return (use == FieldUse::Value && IsBlankWord(value)) ||
            (use == FieldUse::Reference && IsBlankWord(Trimmed(value)));

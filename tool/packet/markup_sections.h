@@ -16,7 +16,7 @@ enum class SectionKind { None, Comment, CData, Instruction };
 struct Section {
     SectionKind kind;
     std::size_t begin;  // of the opening mark
-    std::size_t end;    // behind the closing mark
+    std::size_t end;    // after the closing mark
 };
 
 // The section that opens at the start of `text`. `text` must hold kSectionLookahead bytes unless
@@ -34,7 +34,7 @@ class SectionEnds {
     // `window` stays the caller's and must outlive this object.
     explicit SectionEnds(TextWindow& window) : m_window(window) {}
 
-    // The position behind the mark that closes the section of `kind` opened at `opening`, growing
+    // The position after the mark that closes the section of `kind` opened at `opening`, growing
     // the window as far as needed but looking at nothing from position `limit` on. Returns kNpos
     // when the section does not close before that. Neither does a comment close in which another
     // comment opens: no XML reader takes such a comment, and its end mark belongs to the other one.

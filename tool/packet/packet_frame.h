@@ -17,7 +17,7 @@ enum class FrameDefectKind {
     CutShort,     // an element is open at the end of the packet, or a tag is
     Text,         // text beside records, or outside of all elements
     Markup,       // tags that do not fit together, sections that do not close
-    Undecodable,  // bytes that are no text
+    Undecodable,  // bytes that are not text
 };
 
 struct FrameDefect {
@@ -35,7 +35,7 @@ using FrameHandler = std::function<void(const FrameDefect&)>;
 class PacketFrame {
   public:
     // `take` is called for each defect. Elements that are nested deeper than `maxDepth` are a
-    // defect, behind which only the decoding is still checked.
+    // defect, after which only the decoding is still checked.
     PacketFrame(FrameHandler take, std::size_t maxDepth);
 
     // The pieces of the packet in their order, each with the line that it begins on. Texts hold

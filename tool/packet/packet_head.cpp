@@ -13,7 +13,7 @@ std::string_view WithoutBlanks(std::string_view text) {
     return text;
 }
 
-// Position behind the ">" that ends the tag at the start of `text`; one inside quotes does not.
+// Position after the ">" that ends the tag at the start of `text`; one inside quotes does not.
 std::size_t TagEnd(std::string_view text) {
     char quote = 0;
     for (std::size_t at = 1; at < text.size(); ++at) {
@@ -29,7 +29,7 @@ std::size_t TagEnd(std::string_view text) {
     return kNotFound;
 }
 
-// Position behind a document type declaration with its internal subset, if it has one. Quotes and
+// Position after a document type declaration with its internal subset, if it has one. Quotes and
 // comments in the subset are not looked at: the importer refuses the declaration in any case.
 std::size_t DoctypeEnd(std::string_view text) {
     std::size_t at = text.find_first_of("[>");

@@ -31,7 +31,7 @@ bool MayMatter(const char* tag) {
 }
 
 // The first "<" in [`from`, `end`) that may begin something of interest, or that has too few bytes
-// of `text` behind it to tell; kNotFound when there is none.
+// of `text` after it to tell; kNotFound when there is none.
 std::size_t ScanTags(std::string_view text, std::size_t from, std::size_t end) {
     while (from < end) {
         const void* found = std::memchr(text.data() + from, '<', end - from);

@@ -19,7 +19,7 @@ enum class RecordDefect {
     None,
     Unterminated,  // no "</record>" before the next "<record>" or the end of the source
     TooLong,       // longer than the limit
-    Undecodable,   // holds bytes that are no text
+    Undecodable,   // holds bytes that are not text
     TooDeep,       // its elements are nested deeper than the limit
 };
 
@@ -55,7 +55,7 @@ using UnseenHandler = std::function<void(const UnseenRecord&)>;
 // A record begins at the exact bytes "<record>" outside comments, CDATA sections and processing
 // instructions and ends with its "</record>" outside such sections, or right before the next
 // "<record>". A section that does not close before the source or the longest record ends is no
-// section: the search goes on behind its opening mark, so that it costs its own record only.
+// section: the search goes on after its opening mark, so that it costs its own record only.
 class RecordCutter {
   public:
     // `window` stays the caller's and must outlive the cutter. `limit` is the length in bytes that

@@ -31,7 +31,7 @@ std::string_view EndMark(SectionKind kind) {
     }
 }
 
-// The position behind the section of `kind` at `at`; behind its opening mark when it does not
+// The position after the section of `kind` at `at`; after its opening mark when it does not
 // close.
 std::size_t BehindSection(std::string_view record, SectionKind kind, std::size_t at) {
     const std::size_t from = at + OpeningLength(kind);

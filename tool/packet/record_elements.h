@@ -16,7 +16,7 @@ struct RecordPart {
 
     enum class Kind {
         Field,  // an element in the record, at any depth
-        Text,   // text between fields, or in a field behind an element
+        Text,   // text between fields, or in a field after an element
         Broken  // what is no XML, up to the record's end
     };
 
@@ -62,7 +62,7 @@ class RecordElements {
     std::size_t m_count = 0;
     std::vector<std::size_t> m_open;  // the fields that are open, the innermost last
     bool m_inRecord = false;
-    bool m_inHead = false;       // the importer stands behind a field's start tag
+    bool m_inHead = false;       // the importer stands after a field's start tag
     bool m_looseGoesOn = false;  // the text before this one, up to the latest tag, was loose
     StopCause m_stop = StopCause::None;
     std::size_t m_stopOffset = 0;

@@ -23,13 +23,13 @@ struct HistoryLine {
     static constexpr std::size_t kMostColumns = 6;
 
     std::string id;          // what the source calls the entry
-    HistoryColumns columns;  // behind the id, as the source writes them
+    HistoryColumns columns;  // after the id, as the source writes them
     std::size_t count = 0;   // of its columns, the id and those that have no name among them
 };
 
 std::vector<HistoryLine> ReadHistoryLines(std::string_view value);
 
-// Four lines of an attachments value, or what is left over behind the last whole four.
+// Four lines of an attachments value, or what is left over after the last whole four.
 struct AttachmentLines {
     static constexpr std::size_t kWhole = 4;
 

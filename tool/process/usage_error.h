@@ -6,7 +6,7 @@
 
 namespace tool {
 
-// The command line asks for what cannot be done. what() says what to do about it.
+// The command line asks for something that cannot be done. what() says what to do about it.
 class UsageError : public std::runtime_error {
   public:
     explicit UsageError(const std::string& text) : std::runtime_error(text) {}

@@ -47,7 +47,7 @@ class KnownRejects {
   private:
     using Key = std::array<char, 16>;
 
-    // Where the text of a record begins, behind its comment.
+    // Where the text of a record begins, after its comment.
     struct Place {
         Key key;  // of configuration and comment
         std::uint32_t file;

@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::string_view kClosingTag = "</records>\n";
 
-// Closes whatever a broken record leaves open, so that the records behind it can still be found. A
+// Closes whatever a broken record leaves open, so that the records after it can still be found. A
 // comment is the place where neither mark means anything if nothing is open.
 constexpr std::string_view kCloseOpenSection =
     "<!-- a section of the record above is not closed: ]]> ?> -->\n";

@@ -22,7 +22,7 @@ namespace tool {
 // of loading. Each record stands under an XML comment that names its place and reason. After every
 // Write the files are complete and closed XML documents, as far as the records in them are
 // well-formed. Nothing is made before the first record is rejected. Files of earlier runs stay as
-// they are: numbering goes on behind them, and a record that stands in one of them with the same
+// they are: numbering goes on after them, and a record that stands in one of them with the same
 // configuration, place and text is not written again. Several loads may use one directory at once.
 //
 // All operations throw std::system_error that names the file when something cannot be written.
@@ -35,7 +35,7 @@ class RejectWriter {
     // is in force, as one packet. Empty when there is none; then no configuration file is written.
     void SetConfiguration(std::string packet);
 
-    // Writes `record` behind those rejected before.
+    // Writes `record` after those rejected before.
     void Write(const RejectedRecord& record);
 
     // Syncs what was written to the disk; to be called before the end of the transaction that says

@@ -89,7 +89,7 @@ std::optional<OutputFile> Create(const fs::path& path, std::string_view content)
     return std::nullopt;
 }
 
-// Finds out before hours of loading, not after, that the place for rejects is of no use.
+// Finds out before hours of loading, not after, that rejects cannot be written to the place.
 void CheckWritable(const fs::path& folder) {
     fs::path place = fs::absolute(folder);
     while (!fs::exists(place) && place.has_relative_path()) {

@@ -25,11 +25,11 @@ class ListReport {
     // Without Finish nothing is left of it. See ReplacingFile for links and for what is no file.
     explicit ListReport(const std::filesystem::path& path, std::size_t lists = 1);
 
-    // Adds an item to a list, which are counted from 0, as it is to stand in the file, behind a
+    // Adds an item to a list, which are counted from 0, as it is to stand in the file, after a
     // comma where it is not the first.
     void AddItem(std::string_view text, std::size_t list = 0);
 
-    // Writes the lists to the path, `head` before them, `tail` behind them and the texts `between`,
+    // Writes the lists to the path, `head` before them, `tail` after them and the texts `between`,
     // one less than there are lists, in between. To be called once; nothing may be added
     // afterwards.
     void Finish(std::string_view head, std::string_view tail,

@@ -25,7 +25,7 @@ class LoadReport : public LoadSink {
     void Finish(const LoadTotals& totals) override;
 
   protected:
-    // A report with further lists behind the rejects.
+    // A report with further lists after the rejects.
     LoadReport(const std::filesystem::path& path, std::size_t lists) : m_lists(path, lists) {}
 
     // The beginning of the report, up to where the first list begins.

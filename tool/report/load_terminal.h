@@ -39,7 +39,7 @@ class LoadTerminal : public LoadSink {
     LoadTerminal(const LoadOptions& options, std::uint64_t totalBytes, std::ostream& out,
                  std::ostream& err, Words words);
 
-    // What is to be said behind the totals, in whole lines.
+    // What is to be said after the totals, in whole lines.
     virtual std::string Outcome(const LoadTotals& totals) const;
 
   private:

@@ -13,7 +13,7 @@
 namespace tool {
 
 // What a comparison shows on the terminal: progress, differences, and in the end the numbers and
-// the verdict. Stages begin before anything else is told.
+// the verdict. A stage begins before anything else is reported.
 class VerifyTerminal final : public VerifySink {
   public:
     // `out` gets the result, `err` the progress and the differences; both stay the caller's.

@@ -44,7 +44,7 @@ class SourceWalk {
     SourceWalk(const SourceList& sources, WalkOptions options);
 
     // Goes on. Throws SourceError when a source or its configuration cannot be used or read on, or
-    // changes while it is read. Behind End and Stopped there is nothing.
+    // changes while it is read. After End and Stopped there is nothing.
     WalkStep Next();
 
     // Leaves the records of the source in hand that have not been read: the next step is the next

@@ -100,7 +100,7 @@ class AttachmentComparison {
         Compare(pair, "content", pair.file.sha256, m_contents.HashOf(*pair.stored));
     }
 
-    // What the source declares is told only where it says something else than the file.
+    // The size that the source declares is compared only where it differs from the file's.
     void CompareSizes(const Pair& pair) {
         const bool isRead = !pair.file.sha256.empty();
         const std::string stored = std::to_string(pair.stored->fileSize);

@@ -11,7 +11,7 @@
 
 namespace tool {
 
-// Tells the differences of one record of the database, and counts them.
+// Reports the differences of one record of the database, and counts them.
 class DifferenceReporter {
   public:
     using Take = std::function<void(const Difference&)>;

@@ -19,8 +19,8 @@ class ExtraRecords {
                  VerifyTally& tally, VerifySink& sink)
         : m_schema(schema), m_reader(reader), m_tally(tally), m_sink(sink) {}
 
-    // The sources speak of this record. To be called by rising type and dbid; tells the records
-    // before it that were passed over.
+    // The sources speak of this record. To be called by rising type and dbid; reports the records
+    // that were passed over before it.
     void Pass(std::int64_t type, std::int64_t dbid);
 
     // They speak of no further one.

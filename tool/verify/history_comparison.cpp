@@ -157,7 +157,7 @@ class HistoryComparison {
         }
     }
 
-    // Pairs what is left and equal in all columns but one, and tells that one.
+    // Pairs what is left and equal in all columns but one, and reports that column.
     void PairButFor(std::size_t column) {
         const auto rest = [column](HistoryColumns columns) {
             columns[column].clear();
@@ -207,9 +207,9 @@ class HistoryComparison {
         return next < m_stored.size() ? m_stored[next].columns[kTimeColumn] : "";
     }
 
-    // Packets give no expiry times: each entry expires when the next one begins. Entries that
-    // are missing or too many are told as such, and may or may not have been there when that was
-    // worked out.
+    // Packets give no expiry times: each entry expires when the next one begins. Entries that are
+    // missing or surplus are reported as such; whether they were there when the times were worked
+    // out is not known.
     void CompareExpiry() {
         const std::string none;
         const std::string* next = &none;      // of all entries

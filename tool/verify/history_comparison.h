@@ -11,8 +11,9 @@
 namespace tool {
 
 // Compares a record's history with `stored`, the database's, by time and, at one time, in the order
-// of arrival. Entries that differ in one column are told as such, others as missing or as unknown
-// to the sources; these are no difference where the sources do not create the record.
+// of arrival. Entries that differ in one column are reported as such, others as missing from the
+// database or unknown to the sources; an unknown one is no difference where the sources do not
+// create the record.
 void CompareHistory(const ExpectedRecord& expected,
                     const std::vector<recorddb::HistoryEntry>& stored, DifferenceReporter& reporter,
                     VerifiedType& tally);

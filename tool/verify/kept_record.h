@@ -21,7 +21,7 @@ struct KeptRecord {
     std::int64_t dbid = 0;
     SourcePlace place;
     std::size_t configuration = 0;  // in force for it, by position among those that were
-    bool differs = false;           // a difference of it was told while it was read
+    bool differs = false;           // a difference was reported while it was read
     ImporterFields fields;          // those that have a value
 };
 

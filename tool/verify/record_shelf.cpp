@@ -10,7 +10,7 @@ namespace tool {
 
 namespace {
 
-// Each text behind its length; a record is shorter than 4 GiB.
+// Each text after its length; a record is shorter than 4 GiB.
 void AppendText(std::string& buffer, const std::string& text) {
     const auto length = static_cast<std::uint32_t>(text.size());
     char bytes[sizeof length];

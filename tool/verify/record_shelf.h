@@ -22,7 +22,7 @@ class RecordShelf {
 
     std::uint64_t Count() const { return m_count; }
 
-    // The next record; false behind the last. Nothing can be added after the first call.
+    // The next record; false after the last. Nothing can be added after the first call.
     bool Next(KeptRecord& record);
 
   private:

@@ -66,7 +66,7 @@ bool ContainsAll(const std::vector<std::int64_t>& stored,
     });
 }
 
-// What the database has in a field that no source speaks of, in a record that they create.
+// What the database has in a field that no source speaks of, in a record that the sources create.
 struct Unclaimed {
     const ExpectedRecord& expected;
     DifferenceReporter& reporter;

@@ -23,7 +23,7 @@ struct VerifyOptions {
     RecordLimits limits;
     bool exact = false;  // what no source speaks of is a difference, too
     bool quiet = false;
-    bool immutable = false;  // nothing is written beside the database, nor to it by anybody
+    bool immutable = false;  // nobody writes to the database, and nothing is written beside it
 };
 
 }  // namespace tool

@@ -12,8 +12,8 @@
 namespace tool {
 
 // Takes what a comparison finds: a report, say. First come the faults of the database itself, then
-// the differences as they are found, those that show while the sources are read before those of one
-// record after the other. A sink takes what it has a use for. What it throws ends the comparison.
+// the differences that show while the sources are read, then those of one record after the other. A
+// sink takes what it has a use for. What it throws ends the comparison.
 class VerifySink {
   public:
     VerifySink() = default;
@@ -39,7 +39,7 @@ class VerifySink {
 
     virtual void Differs(const Difference& difference) = 0;
 
-    // The end: called once, behind the last difference. Not called when the comparison fails.
+    // The end: called once, after the last difference. Not called when the comparison fails.
     virtual void Finish(const VerifySummary& summary) = 0;
 };
 

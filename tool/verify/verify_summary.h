@@ -30,7 +30,7 @@ struct VerifySummary {
     std::uint64_t differing = 0;
     std::uint64_t missing = 0;
     std::uint64_t extra = 0;
-    std::uint64_t differences = 0;     // that were told, also those that are no record's
+    std::uint64_t differences = 0;     // that were reported, those of no record included
     std::uint64_t faults = 0;          // of the database itself
     std::uint64_t unusedContents = 0;  // contents that no attachment has, which is no fault
     std::uint64_t unusedBytes = 0;     // in them

@@ -143,7 +143,7 @@ void AdImporter::AddAttachment(AdEntityPtr entity, Obx_String fieldName, EntryLi
             if (!coreText.IsEmpty()) {
                 Obx_String id;
                 entry->Lookup(attachment_label[kAttachmentDbId], id);
-                // One attachment that fails does not stop the others; the last failure is told.
+                // One attachment that fails does not stop the others; the last failure is reported.
                 error = adimporter::MessageText(message_id::kAttachmentFailed,
                                                 {{u"_attachmentid_", id}}) +
                         u"\n";

@@ -34,8 +34,8 @@ int AdImporter::IsReferenceIDValid(AdEntityPtr impEntity, Obx_String fieldName,
         u"IsReferenceIDValid begins, fieldName: %s, fieldValue: %s, referencedFieldName: %s, "
         u"uniqueKey: %s",
         fieldName, fieldValue, referencedFieldName, uniqueKey);
-    // Outside the try, with what is traced up to there: a missing record ends the caller's work,
-    // not only this lookup.
+    // Outside the try, as are the traces up to here: a missing record ends the caller's work, not
+    // only this lookup.
     if (!impEntity) {
         adimporter::ThrowBadValue(u"impEntity != __null");
     }

@@ -90,7 +90,7 @@ TEST(Chunks, DoNotShowInTheTokensAtTheirBorders) {
     }
 }
 
-// What is behind a token may be anything, as long as it is not asked for.
+// What is after a token may be anything, as long as it is not asked for.
 TEST(Laziness, DoesNotFailAtWhatStandsBehindTheToken) {
     TokenReader reader("<record><f name='a'>1</f></record><broken <&& \x01");
     EXPECT_EQ(reader.Next(), "<record>");

@@ -103,7 +103,7 @@ TEST(XmlStream, RefusesToTakeATokenAtTheEnd) {
     EXPECT_EQ(failure->message, "XML, line 1, column 1: expected character data, found the end");
 }
 
-// Text is complete only when the tag behind it is known.
+// Text is complete only when the tag after it is known.
 TEST(XmlStream, TellsThePlaceBehindTheTagThatEndsTextWhichWasNotExpected) {
     TokenReader reader("<a>\n text</a>");
     EXPECT_EQ(reader.Next(), "<a>");

@@ -13,7 +13,7 @@ namespace {
 
 using namespace std::string_literals;
 
-// Where the reading of a malformed text must stop, and what the message must say behind the place.
+// Where the reading of a malformed text must stop, and what the message must say after the place.
 struct Malformed {
     std::string xml;
     long line;
@@ -153,7 +153,7 @@ TEST(MalformedXml, CountsLinesAndColumnsFromTheStartOfTheStream) {
     });
 }
 
-// The text and the refused place are told one after the other, and nothing is read behind them.
+// The text and the refused place are reported one after the other, and nothing is read after them.
 void ExpectTextThenFailure(const std::string& xml, const std::string& text, long column) {
     SCOPED_TRACE(xml);
     TokenReader reader(xml);

@@ -50,7 +50,7 @@ TEST(RateSamples, StaysBoundedHoweverLongTheRunIs) {
     EXPECT_DOUBLE_EQ(rate.Samples().back().to, 20'000.5);
 }
 
-// A stretch ends with the first record behind its step, so it may be somewhat longer.
+// A stretch ends with the first record after its step, so it may be somewhat longer.
 TEST(RateSamples, KeepsStretchesOfAboutOneLength) {
     RateSamples rate;
     for (std::uint64_t i = 1; i <= 100'000; ++i) {

@@ -10,7 +10,7 @@
 namespace {
 
 std::string RandomWord(reading::RandomText& random) {
-    // Of one, two, three and four bytes; those behind the first line are white space.
+    // Characters of one, two, three and four bytes; those after the first line are white space.
     static constexpr const char* kPieces[] = {"a",
                                               "B",
                                               "k",

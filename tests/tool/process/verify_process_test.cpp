@@ -21,7 +21,7 @@ using testing::StartsWith;
 // The tool that verifies, as a process of its own.
 class VerifyProcess : public LoadFixture {
   protected:
-    // Puts so many bugs into the database, and the same into a packet file behind its
+    // Puts so many bugs into the database, and the same into a packet file after its
     // configuration.
     std::vector<std::string> Bugs(int count) {
         recorddb::sql::Open(m_database, recorddb::sql::OpenMode::ReadWrite)

@@ -171,7 +171,7 @@ TEST_F(RejectsTest, AreTheSameForAnotherReason) {
 
 struct LeftOff {
     const char* name;
-    std::string end;  // of the file, behind its one whole entry
+    std::string end;  // of the file, after its one whole entry
 };
 
 class RejectsLeftOff : public RejectsTest, public testing::WithParamInterface<LeftOff> {};

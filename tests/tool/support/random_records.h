@@ -14,7 +14,7 @@ class RandomText {
 
     std::size_t Below(std::size_t limit) { return m_random() % limit; }
 
-    // Marks, tags, text and what is no text, in any order.
+    // Marks, tags, text and what is not text, in any order.
     std::string Soup();
 
     // A well-formed record with fields, comments, CDATA sections and instructions.

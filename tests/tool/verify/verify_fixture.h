@@ -29,7 +29,7 @@ class VerifyFixture : public LoadFixture {
     // else. Their configurations and those of the basics are among them.
     std::vector<std::string> Tracker();
 
-    // A data packet of bugs behind its configuration. `more` are further configuration items.
+    // A data packet of bugs after its configuration. `more` are further configuration items.
     std::vector<std::string> Bugs(const std::string& name, const std::vector<Fields>& records,
                                   std::string_view more = "", std::string_view data = "record");
 

@@ -6,7 +6,7 @@
 
 #include "verify/verify_fixture.h"
 
-// What several sources say of one record, one behind the other.
+// What several sources say of one record, one after the other.
 namespace tool {
 namespace {
 

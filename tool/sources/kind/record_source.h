@@ -26,7 +26,7 @@ class RecordSource {
     // SourceError, since a configuration is good as a whole or not at all.
     virtual std::string ReadConfiguration() = 0;
 
-    // Reads the next record, telling of what stands before it, and at the end of the source.
+    // Reads the next record, and reports what stands before it or, at the end, after the last one.
     // Returns false when there is none. Throws SourceError when the source cannot be read on.
     virtual bool NextRecord(SourceRecord& record) = 0;
 

@@ -30,7 +30,7 @@ struct SourceRecord {
 struct WholePacket {
     std::string text;          // UTF-8 without byte order mark, beginning with kPacketDeclaration
     std::size_t rawBegin = 0;  // where in it the text of the source begins, but for a declaration
-    std::string error;  // set when the source holds what is no text; text then has U+FFFD there
+    std::string error;  // set when the source holds what is not text; text then has U+FFFD there
 
     std::string_view Raw() const { return std::string_view(text).substr(rawBegin); }
 };

@@ -46,7 +46,7 @@ class PacketReader final : public RecordSource {
     // space aside, and no record begins in its first 64 KiB.
     bool IsPacket() const { return m_isPacket; }
 
-    // Throws SourceError when it holds what is no text, or is too large.
+    // Throws SourceError when it holds what is not text, or is too large.
     std::string ReadConfiguration() override;
 
     // Throws SourceError when it is too large.

@@ -19,8 +19,8 @@ class RecordGroup {
     // A group is kept until it is permanent, so large records make it end earlier.
     static constexpr std::size_t kBytes = std::size_t{1} << 20;
 
-    // `policy`, which says what becomes of a group, outlives the object. `writing` is for the groups
-    // that are to come. Throws sql::Error.
+    // `policy`, which says what becomes of a group, outlives the object. `writing` is for the
+    // groups that are to come. Throws sql::Error.
     RecordGroup(AdPtr<recorddb::Session> session, const LoadPolicy& policy,
                 recorddb::Writing writing);
 

@@ -19,7 +19,7 @@ namespace recorddb {
 class FileDescriptor;
 
 // A file that is to become an attachment: a regular file that is open for reading. It stays the
-// same file whatever becomes of its name.
+// same file even when its name is given to another one.
 class RECORDDB_API AttachmentFile {
   public:
     // The longest piece that is read at once.
@@ -35,13 +35,13 @@ class RECORDDB_API AttachmentFile {
     // In bytes, when it was opened.
     std::int64_t Size() const { return m_size; }
 
-    // Hands the content over from its beginning, in pieces that are all of kPieceSize but for the
-    // last one. May be called again. Returns a message with id 0; or the one that says that the
-    // file cannot be read, or is longer or shorter than it was when it was opened. No more than
+    // Hands `take` the content from its beginning, in pieces of kPieceSize, of which only the last
+    // may be shorter. May be called again. Returns a message with id 0; or the one that says that
+    // the file cannot be read, or is longer or shorter than it was when it was opened. No more than
     // Size() bytes are handed over.
     PaMessage Read(const std::function<void(std::span<const std::byte>)>& take) const;
 
-    // The message that the content is another one than it was.
+    // The message that says that the content has changed.
     PaMessage Changed() const;
 
   private:
@@ -50,18 +50,18 @@ class RECORDDB_API AttachmentFile {
     std::int64_t m_size = 0;
 };
 
-// The folder below which the files of attachments are found. Names come out of packets, from
-// elsewhere: nothing outside of the folder can be reached by them.
+// The folder in which the files of attachments are found. Their names come from packets and are not
+// trusted: no name reaches anything outside of the folder.
 class RECORDDB_API AttachmentFolder {
   public:
-    // An empty path: there is no folder, and every name is refused. Files of more than maxSize
-    // bytes are refused as well.
+    // An empty path means that there is no folder: every name is refused. Files of more than
+    // `maxSize` bytes are refused as well.
     AttachmentFolder(std::filesystem::path folder, std::int64_t maxSize)
         : m_folder(std::move(folder)), m_maxSize(maxSize) {}
 
     // Opens a file by its relative name, in UTF-8, for an attachment of the named field. Returns a
     // message with id 0 and the file, or the message that refuses the name: it is absolute or
-    // leaves the folder (also through a link), or what it names is missing, too large or no file
+    // leaves the folder (also through a link), or what it names is missing, too large or not a file
     // that can be read.
     PaMessage Open(const std::string& name, std::string_view field, AttachmentFile& file) const;
 

@@ -27,19 +27,20 @@ class RECORDDB_API Database {
   public:
     enum class Mode {
         ReadOnly,
-        Immutable,  // reading, where nothing can be written beside the file, nor is by anybody
+        Immutable,  // reading a file that nobody writes to, without making files beside it
         ReadWrite
     };
 
-    // Makes a new database for a schema. The file appears at its place when it is whole: a failure
+    // Makes a new database for a schema. The file gets its name only once it is complete: a failure
     // leaves nothing behind. Throws DatabaseError (FileExists) when there is a file already,
     // sql::Error otherwise.
     static void Create(const std::string& location, const schema::Schema& schema);
 
     // Opens a database. Throws DatabaseError when it is not a record database or has a format that
-    // this program cannot use, sql::Error otherwise: CannotOpen when there is no such file,
-    // or it cannot be read completely, NotADatabase, ReadOnly when Mode::ReadWrite is not to be
-    // had.
+    // this program cannot use, schema::SchemaError when the schema stored in it is damaged,
+    // sql::Error otherwise: CannotOpen when there is no such file or it cannot be read completely,
+    // NotADatabase when the file is something else, ReadOnly when Mode::ReadWrite is asked for and
+    // the file may not be written to.
     static std::unique_ptr<Database> Open(const std::string& location, Mode mode);
 
     Database(const Database&) = delete;
@@ -58,13 +59,13 @@ class RECORDDB_API Database {
     // std::logic_error when one is open already.
     sql::Transaction Begin() { return sql::Transaction(*m_connection); }
 
-    // Makes sure that an equality search on a field of a type is an index search. Nothing happens
-    // on a database that is only read and for fields without a column. Runs in the transaction
-    // under way, or in one of its own. Throws sql::Error.
+    // Makes sure that an equality search on a field of a type uses an index. Nothing happens on a
+    // database that is open for reading only, or for fields without a column. Runs in the
+    // transaction under way, or in one of its own. Throws sql::Error.
     void EnsureSearchIndex(const schema::RecordType& type, const schema::Field& field);
 
-    // True when an equality search on a field of a type is an index search as things stand. False
-    // for fields without a column. Throws sql::Error.
+    // True when an equality search on a field of a type uses an index at present. False for fields
+    // without a column. Throws sql::Error.
     bool HasSearchIndex(const schema::RecordType& type, const schema::Field& field);
 
     // What the transaction under way has gathered (recorddb/store/write_batch.h).

@@ -62,7 +62,7 @@ enum class ErrorKind {
     UniqueViolation,
     ForeignKeyViolation,
     ConstraintViolation,  // any other constraint: NOT NULL, CHECK ...
-    Conflict,             // rows are not as the caller knew them: another writer has been there
+    Conflict,             // rows are not as the caller knew them: another writer changed them
     Busy,                 // locked by another writer for longer than the driver waits
     DiskFull,
     Io,
@@ -81,7 +81,7 @@ RECORDDB_API std::string_view KindName(ErrorKind kind);
 // beginning of the statement.
 class RECORDDB_API Error : public std::runtime_error {
   public:
-    // sql is the statement that failed, empty when none was running.
+    // `sql` is the statement that failed, empty when none was running.
     Error(ErrorKind kind, std::string driverText, std::string sql,
           std::vector<std::string> columns = {});
 

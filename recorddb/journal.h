@@ -14,8 +14,8 @@ class Connection;
 
 namespace recorddb::journal {
 
-// What a piece of work is known by: the same content under another configuration is other work.
-// Both are SHA-256 hashes as 64 lower-case hex digits.
+// Identifies an entry of the journal: a source by its content, and the configuration that it was
+// loaded under. Both are SHA-256 hashes as 64 lower-case hex digits.
 struct JournalKey {
     std::string sourceSha256;
     std::string configurationSha256;
@@ -50,7 +50,7 @@ class RECORDDB_API Journal {
     // The keys of the entries that are not complete.
     std::vector<JournalKey> Unfinished();
 
-    // Writes the entry of a key in the place of the one before, if any.
+    // Writes the entry of a key; it replaces the one before, if any.
     void Save(const JournalKey& key, const JournalEntry& entry);
 
     // Removes the entry of a key with its rejects, as if the source had never been loaded.

@@ -6,7 +6,7 @@
 
 namespace recorddb {
 
-// What the records with a given key are.
+// What the search for the record with a given key has found.
 struct KeyMatch {
     std::int64_t dbid = 0;   // of the one record; 0 when there is none
     bool several = false;    // the text can be read as the keys of different records

@@ -18,10 +18,10 @@ namespace recorddb {
 
 class Database;
 
-// Reads what is in a database, for programs that show or compare it. It takes the memory of one
-// record, however many there are. Each operation sees the database of its own moment; who needs all
-// of one moment holds a transaction (Database::Begin) around them. Every operation throws
-// sql::Error.
+// Reads what is in a database, for programs that show or compare it. It needs the memory of one
+// record, however many there are. Each operation sees the database as it is at that moment; to see
+// the same state in several of them, hold a transaction (Database::Begin) around them. Every
+// operation throws sql::Error.
 class RECORDDB_API RecordReader {
   public:
     // The database outlives the reader.
@@ -39,13 +39,13 @@ class RECORDDB_API RecordReader {
     // The dbid of that record.
     std::optional<std::int64_t> NextDbId(const schema::RecordType& type, std::int64_t after);
 
-    // A record by its dbid, or by what people call it: its unique key or, in digits, its dbid.
-    // The key goes first. Nothing when there is no such record.
+    // A record by its dbid, or by what people call it: its unique key or, in digits, its dbid. The
+    // key takes precedence. Nothing when there is no such record.
     std::optional<RecordView> Get(const schema::RecordType& type, std::int64_t dbid);
     std::optional<RecordView> Find(const schema::RecordType& type, std::string_view identifier);
 
-    // The dbids of the records that have a value in a field with a column, in ascending order; at
-    // most `limit` of them. The value is compared as it is stored: a reference as a dbid.
+    // The dbids of the records that have this value in a field with a column, in ascending order;
+    // at most `limit` of them. The value is compared as it is stored: a reference as a dbid.
     std::vector<std::int64_t> FindByValue(const schema::RecordType& type,
                                           const schema::Field& field, std::string_view value,
                                           std::size_t limit);
@@ -72,8 +72,8 @@ class RECORDDB_API RecordReader {
     void ReadContent(const Attachment& attachment,
                      const std::function<void(std::span<const std::byte>)>& take);
 
-    // The SHA-256 of the content that is really stored, which is the attachment's own unless the
-    // database is damaged; that of no content when there is none.
+    // The SHA-256 of the content that is actually stored, which is the attachment's own unless the
+    // database is damaged; that of empty content when there is none.
     std::string HashContent(const Attachment& attachment);
 
     // The record that a record is a duplicate of, and those that are duplicates of it.

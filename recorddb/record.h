@@ -31,7 +31,7 @@ struct RecordView {
     }
 };
 
-// A record that is known by its link to another one.
+// A record that is linked to another one.
 struct LinkedRecord {
     std::int64_t dbid = 0;
     std::string key;  // empty when the record is gone

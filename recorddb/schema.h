@@ -35,7 +35,7 @@ enum class FieldKind {
 // The word for a kind in a schema file; kinds that every type gets by itself have names as well.
 RECORDDB_API std::string_view FieldKindName(FieldKind kind);
 
-// The kind that a schema file may ask for by this word (exact).
+// The kind that a schema file may ask for by this word (exact); nothing when there is none.
 RECORDDB_API std::optional<FieldKind> FieldKindFromName(std::string_view name);
 
 // The words of all those kinds, in the order of their codes.
@@ -93,10 +93,10 @@ struct RECORDDB_API RecordType {
 RECORDDB_API std::string FormatDisplayId(std::string_view prefix, std::int64_t number);
 
 // The record types of a database. Made by ReadSchema; does not change, so pointers to its types and
-// fields hold for its life, also when it is moved.
+// fields stay valid for its life, also when it is moved.
 class RECORDDB_API Schema {
   public:
-    // types have the ids 1, 2 ... in their order; text is the YAML that they were read from.
+    // `types` have the ids 1, 2 ... in their order; `text` is the YAML that they were read from.
     Schema(std::vector<RecordType> types, std::string text);
 
     // In the order of the schema file.
@@ -115,11 +115,11 @@ class RECORDDB_API Schema {
     std::string m_text;
 };
 
-// Reads a schema from YAML text in UTF-8; file is the name that errors give. Throws SchemaError at
-// the first thing that is wrong.
+// Reads a schema from YAML text in UTF-8; `file` is the name that errors give. Throws SchemaError
+// at the first thing that is wrong.
 RECORDDB_API Schema ReadSchema(const std::string& text, const std::string& file);
 
-// Reads the schema file at path. Throws SchemaError, also when the file cannot be read.
+// Reads the schema file at `path`. Throws SchemaError, also when the file cannot be read.
 RECORDDB_API Schema ReadSchemaFile(const std::string& path);
 
 }  // namespace recorddb::schema

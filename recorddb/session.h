@@ -16,8 +16,8 @@ struct SessionParts;
 
 // When the commits of a transaction reach the database. What the session reads is the same.
 enum class Writing {
-    AtOnce,   // each by itself: what the database refuses is told as the refusal of that record
-    Gathered  // many together, at the end or when something has to be read of the database. That
+    AtOnce,   // each by itself: what the database refuses is reported as the refusal of that record
+    Gathered  // many together, at the end or when something has to be read from the database. That
               // costs less, but what the database refuses then may be of any record: it fails the
               // transaction, and the work may be done again in one that writes at once.
 };
@@ -32,7 +32,7 @@ class RECORDDB_API SessionSavepoint {
     SessionSavepoint& operator=(const SessionSavepoint&) = delete;
     ~SessionSavepoint();
 
-    // Keeps the work, as part of what is around. Throws sql::Error.
+    // Keeps the work as part of the savepoint or transaction around it. Throws sql::Error.
     void Release();
 
     // Undoes the work, and takes it off the statistics. Records that were opened meanwhile should
@@ -103,15 +103,15 @@ class RECORDDB_API Session final : public AdSession {
     // What the session has done so far.
     const Statistics& GetStatistics() const;
 
-    // The text with which an attachment or a duplicate mark was refused last, empty when none was
-    // since the last call. The importer's own messages for these two leave the cause out.
+    // The text of the latest refusal of an attachment or a duplicate mark, empty when there was
+    // none since the last call. The importer's own messages for these two leave the cause out.
     Obx_String TakeLastRefusal();
 
     // Begins a transaction around many commits, which otherwise are one transaction each. One at a
     // time. Throws sql::Error; std::logic_error when one is open already.
     std::unique_ptr<SessionTransaction> BeginTransaction(Writing writing = Writing::AtOnce);
 
-    // Forgets Failure, for work that begins again after a roll-back.
+    // Clears Failure, for work that begins again after a roll-back.
     void ForgetFailure();
 
     // The latest failure of the database itself (disk full, locked, damaged ...), as opposed to a

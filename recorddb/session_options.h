@@ -8,7 +8,7 @@
 
 namespace recorddb {
 
-// In bytes. More than trackers take, and less than a file that is nothing but holes.
+// In bytes. Trackers take no larger files, and a sparse file that claims terabytes is refused.
 inline constexpr std::int64_t kDefaultMaxAttachmentSize = std::int64_t{1} << 30;
 
 struct SessionOptions {
@@ -19,7 +19,7 @@ struct SessionOptions {
     // The files of attachments are found and read, but their content is not stored: for work that
     // is to be undone in any case.
     bool examineAttachments = false;
-    // How far the record is searched that a reference means.
+    // When the search for the record that a reference means is given up.
     KeySearchLimits references = {};
 };
 

@@ -24,10 +24,10 @@ class RECORDDB_API Sha256 {
     void Update(std::span<const std::byte> piece);
     void Update(std::string_view piece) { Update(std::as_bytes(std::span(piece))); }
 
-    // The hash of the pieces so far, as the 32 bytes that it is. Others may follow.
+    // The hash of the pieces so far, as 32 bytes. Further pieces may follow.
     std::array<std::byte, 32> DigestSoFar() const;
 
-    // The hash of all pieces as 64 lower-case hex digits. Nothing may follow it.
+    // The hash of all pieces as 64 lower-case hex digits. No piece may follow.
     std::string HexDigest();
 
   private:

@@ -133,8 +133,8 @@ class RECORDDB_API Connection {
     // connection.
     virtual std::unique_ptr<Statement> PrepareOwn(std::string_view sql) = 0;
 
-    // Runs statements that are separated by semicolons and return no rows; nothing is kept. What
-    // makes tables and indexes goes this way.
+    // Runs statements that are separated by semicolons and return no rows; none is kept. Tables and
+    // indexes are made this way.
     virtual void ExecuteScript(std::string_view sql) = 0;
 
     // True for a table that holds its rows itself, as opposed to a view, a virtual table or one
@@ -142,8 +142,8 @@ class RECORDDB_API Connection {
     virtual bool HasTable(std::string_view name) = 0;
     virtual bool HasIndex(std::string_view name) = 0;
 
-    // What writes many rows at once, by whatever means the engine has. It must not outlive the
-    // connection.
+    // Makes a writer of many rows at once, by whatever means the engine has. It must not outlive
+    // the connection.
     virtual std::unique_ptr<RowWriter> MakeRowWriter();
 
     virtual const Dialect& GetDialect() const = 0;
@@ -156,13 +156,13 @@ class RECORDDB_API Connection {
 
     bool InTransaction() const { return m_inTransaction; }
 
-    // Number of transactions begun so far. What was read inside a transaction may be trusted as
-    // long as this number and RollbackCount stand still; after that another writer may have been
-    // at work.
+    // Number of transactions begun so far. What was read inside a transaction stays true as long as
+    // neither this number nor RollbackCount has changed; after that another writer may have changed
+    // it.
     std::uint64_t TransactionCount() const { return m_transactionCount; }
 
-    // Number of roll-backs so far, those of savepoints included. What was written is there as long
-    // as this number stands still.
+    // Number of roll-backs so far, those of savepoints included. What was written is still there as
+    // long as this number has not changed.
     std::uint64_t RollbackCount() const { return m_rollbackCount; }
 
   protected:
@@ -172,7 +172,7 @@ class RECORDDB_API Connection {
         Rollback,
         BeginSavepoint,
         ReleaseSavepoint,    // the innermost one
-        RollbackToSavepoint  // undoes what was done since the innermost one began, which stays
+        RollbackToSavepoint  // undoes what was done since the innermost one began; it stays open
     };
 
     // Does one of these, by whatever means the engine has.
@@ -201,9 +201,9 @@ class RECORDDB_API Connection {
 };
 
 // A transaction from construction to Commit or Rollback; the destructor rolls back one that is
-// still open. One at a time on a connection; what nests is a Savepoint. On a read-write connection
-// it holds the write lock from the start, so that a transaction that reads first and writes later
-// never fails half-way because another writer came in between.
+// still open. A connection has one at a time; inside it, Savepoints nest. On a read-write
+// connection it holds the write lock from the start, so that a transaction that reads first and
+// writes later never fails half-way because another writer came in between.
 class RECORDDB_API Transaction {
   public:
     // Throws Error when the engine refuses, std::logic_error when a transaction is open already.
@@ -251,8 +251,8 @@ RECORDDB_API std::unique_ptr<Connection> Open(const std::string& location, OpenM
 RECORDDB_API std::vector<std::string> SideFiles(const std::string& location);
 
 // Opens an empty database for intermediate results of any size: a file without a name among the
-// system's temporary files, which goes with the connection. It takes a few MiB of memory. Nothing
-// in it survives a failure, so a transaction rolled back leaves it useless.
+// system's temporary files, which is gone when the connection is. It takes a few MiB of memory. It
+// cannot undo anything: after a roll-back it must not be used any more.
 RECORDDB_API std::unique_ptr<Connection> OpenScratch();
 
 // A name as an SQL identifier, in double quotes, so that names which are words of SQL work.

@@ -5,7 +5,7 @@
 
 namespace recorddb {
 
-// What a session has done. What is rolled back is taken off again.
+// What a session has done. What is rolled back is subtracted again.
 struct Statistics {
     std::int64_t recordsCreated = 0;
     // Commits of existing records on which fields were set, whether or not the values differed.

@@ -45,8 +45,8 @@ void CheckDirectory(const std::string& location) {
     }
 }
 
-// The folder in which a database is made, beside its final place: new, and this process's alone, so
-// that what is in it can be removed, whatever the engine calls it.
+// The folder in which a database is made, beside its final place. It is new and belongs to this
+// process alone, so all that is in it can be removed, whatever files the engine makes.
 class WorkFolder {
   public:
     explicit WorkFolder(const std::string& location) : m_path(location + ".new-XXXXXX") {

@@ -29,7 +29,7 @@ struct AttachmentChanges {
     std::vector<Attachment> AppliedTo(std::vector<Attachment> stored) const;
 };
 
-// An attachment as the core tells it: four lines, dbid, file name, size and description. The
+// An attachment as the core describes it: four lines, dbid, file name, size and description. The
 // description stands last, since it alone may have line ends in it.
 std::string AttachmentText(const Attachment& attachment);
 

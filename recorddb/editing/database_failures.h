@@ -10,9 +10,10 @@
 
 namespace recorddb {
 
-// Remembers that the database itself failed, and tells callers of the core as its message. After a
-// failure inside a transaction everything is refused until that transaction has ended: the engine
-// may have rolled it back on its own, and what came after would be kept without what came before.
+// Remembers failures of the database itself, and throws them to callers of the core as a message.
+// After a failure inside a transaction everything is refused until that transaction has ended: the
+// engine may have rolled it back on its own, and what came after would be kept without what came
+// before.
 class DatabaseFailures {
   public:
     // The connection outlives the object.
@@ -30,7 +31,7 @@ class DatabaseFailures {
         }
     }
 
-    // Does the work; an sql::Error out of it is remembered and thrown on. For callers that know the
+    // Does the work; an sql::Error out of it is remembered and rethrown. For callers that know the
     // database, not only the core.
     template <typename Work>
     decltype(auto) Watch(Work&& work) {

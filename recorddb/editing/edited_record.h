@@ -26,7 +26,7 @@ struct EditedRecord {
     std::int64_t version = 0;  // that the changes are based on; 0: the record is new
     RecordBuffer buffer;
     // Whether the buffer holds what the database has: the columns, and each list by its field.
-    // Nothing is changed before it is loaded. Of no account for a new record.
+    // Nothing is changed before it is loaded. Not used for a new record.
     bool columnsLoaded = false;
     std::vector<bool> listsLoaded;
     AttachmentChanges attachments;

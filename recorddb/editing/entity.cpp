@@ -73,7 +73,7 @@ Obx_String Entity::GetFieldReferencedEntityDefName(const Obx_String& fieldName) 
 
 AdFieldInfoPtr Entity::GetFieldValue(const Obx_String& fieldName) const {
     const Field& field = m_record.def.Field(fieldName).Field();
-    // Reading may load the record or reserve its dbid, neither of which a caller can tell.
+    // Reading may load the record or reserve its dbid, neither of which a caller can notice.
     auto& self = const_cast<Entity&>(*this);
     return AdFieldInfoPtr(
         new FieldInfo(m_parts->failures.Guard([&self, &field] { return self.ValuesOf(field); })));
@@ -107,7 +107,7 @@ void Entity::Load() {
 }
 
 void Entity::LoadList(const Field& field) {
-    // With the columns comes the version that a change of the list is based on.
+    // Loading the columns also reads the version that a change of the list is based on.
     Load();
     if (!m_record.listsLoaded[field.index]) {
         m_record.buffer.SetSaved(field.index,
@@ -227,8 +227,8 @@ void Entity::MoveToState(const Field& field, FieldValue state) {
 
 PaMessage Entity::Check() {
     PaMessage problem;
-    // What was gathered since may have taken a value that must be unique. What was written since,
-    // the engine compares.
+    // A record that was gathered since the last check may hold a value that must be unique. For
+    // values in the database itself its unique indexes see to that.
     if (!m_checked || m_checkedAt != m_parts->batch.ChangeCount()) {
         problem = m_parts->checks.Check(m_record);
         m_checked = problem.ID() == 0;

@@ -80,7 +80,7 @@ class Entity final : public AdEntity {
     std::int64_t DbId();
     void Load();
     void LoadList(const schema::Field& field);
-    // Loads what a field's value is part of.
+    // Loads the columns or the list that the field's value is part of.
     void Load(const schema::Field& field);
     void Change(const schema::Field& field, FieldValue value);
     ReferenceList CurrentList(const schema::Field& field);
@@ -113,8 +113,8 @@ class Entity final : public AdEntity {
     std::shared_ptr<const EntityParts> m_parts;
     EditedRecord m_record;
     FieldValue m_firstState;        // of a new record, also after Revert
-    bool m_checked = false;         // valid as it stands,
-    std::uint64_t m_checkedAt = 0;  // with what the batch had gathered then
+    bool m_checked = false;         // found valid, and not changed since
+    std::uint64_t m_checkedAt = 0;  // WriteBatch::ChangeCount at that check
     bool m_fieldsSet = false;       // since it was opened or last committed
 };
 

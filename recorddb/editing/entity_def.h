@@ -44,12 +44,13 @@ class EntityDef final : public AdEntityDef {
   private:
     const schema::RecordType& m_type;
     Obx_String m_name;
-    // A deque, since fields are handed out by address and do not move. The contract hands them out
-    // for writing although nothing of theirs can be written.
+    // A deque, since fields are handed out by address and do not move. The core's contract hands
+    // them out as non-const, although nothing in them can be changed.
     mutable std::deque<FieldDef> m_fields;
     mutable std::vector<ActionDef> m_actions;
     FieldDef* m_stateField = nullptr;
-    // A field is asked for several times in a row: for its type, to be set.
+    // The position of the field found last: callers ask for one several times in a row, for its
+    // type and to set it.
     mutable std::size_t m_lastFound = 0;
 };
 

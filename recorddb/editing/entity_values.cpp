@@ -4,7 +4,7 @@
 
 #include "recorddb/editing/entity.h"
 
-// How an open record tells its values.
+// The values of an open record as texts.
 
 namespace recorddb {
 

@@ -87,7 +87,7 @@ std::int64_t HistoryImport::Commit() {
     std::stable_sort(m_pending.begin(), end, [](const HistoryEntry& a, const HistoryEntry& b) {
         return std::tie(a.recordType, a.record) < std::tie(b.recordType, b.record);
     });
-    // There is no rule that an entry could break.
+    // There is no constraint that an entry could break.
     AtomicWrite write(m_connection, AtomicWrite::Refusable::None);
     for (std::size_t first = 0; first < m_pendingCount;) {
         std::size_t next = first + 1;
@@ -140,7 +140,7 @@ HistoryImport::UpToDate HistoryImport::Now(std::int64_t recordType, std::int64_t
 }
 
 void HistoryImport::UpdateExpiry(const schema::RecordType& type, std::int64_t record) {
-    // What Commit has just written is right as long as nobody else could write.
+    // What Commit has just written is up to date as long as nobody else could write.
     if (m_connection.InTransaction() && m_upToDate == Now(type.id, record)) {
         return;
     }

@@ -17,8 +17,8 @@
 
 namespace recorddb {
 
-// Imports history entries: they are judged and kept in memory by Add, and written by Commit.
-// Operations throw sql::Error.
+// Imports history entries: Add checks them and keeps them in memory, Commit writes them. Operations
+// throw sql::Error.
 class HistoryImport {
   public:
     // What is given outlives the object.
@@ -30,15 +30,15 @@ class HistoryImport {
           m_tables(tables),
           m_table(table) {}
 
-    // Takes an entry; number counts the entries of the call from 1. Returns a message with id 0, or
-    // the one that refuses the entry.
+    // Takes an entry; `number` counts the entries of the call from 1. Returns a message with id 0,
+    // or the one that refuses the entry.
     PaMessage Add(const AdHistory& given, long number);
 
     // Writes what was added, with expiry times for it and for what the records had before. Returns
     // the number of entries written.
     std::int64_t Commit();
 
-    // The number of entries that wait for Commit, and dropping all past so many.
+    // The number of entries that wait for Commit, and dropping all but the first `keep` of them.
     std::size_t PendingCount() const { return m_pendingCount; }
     void DropPending(std::size_t keep) noexcept;
 
@@ -66,7 +66,7 @@ class HistoryImport {
     const schema::Schema& m_schema;
     RecordTables& m_tables;
     HistoryTable& m_table;
-    // The first m_pendingCount wait for Commit; the rest is kept for the memory of its texts.
+    // The first m_pendingCount wait for Commit; the rest is kept to reuse the memory of its texts.
     std::vector<HistoryEntry> m_pending;
     std::size_t m_pendingCount = 0;
     UpToDate m_upToDate;

@@ -15,7 +15,7 @@ namespace recorddb {
 
 namespace {
 
-// Takes the texts of one entry until the first that is wrong.
+// Reads the texts of one entry, up to the first that is wrong.
 class TextReader {
   public:
     explicit TextReader(long number) : m_number(std::to_string(number)) {}

@@ -7,10 +7,10 @@
 
 namespace recorddb {
 
-// Reads an entry as the core hands it over; number counts the entries of the call from 1. A text
+// Reads an entry as the core hands it over; `number` counts the entries of the call from 1. A text
 // without a terminator was too long for its room. Returns a message with id 0, or the one that
-// refuses the entry. `entry` is overwritten, which spares its texts their memory when it is used
-// again and again.
+// refuses the entry. `entry` is overwritten; when it is used again and again, so is the memory of
+// its texts.
 PaMessage ReadHistoryEntry(const AdHistory& given, long number, HistoryEntry& entry);
 
 }  // namespace recorddb

@@ -8,14 +8,14 @@ namespace recorddb {
 
 namespace {
 
-// A search goes as deep as there are words to a text. The stack has room for so many.
+// A search can nest as deep as the text has words. The stack has room for this many.
 constexpr int kDeepestReading = 200;
 
 bool IsDecided(const KeyMatch& match) {
     return match.several || match.undecided;
 }
 
-// What can be told without asking the database.
+// False where it shows without asking the database that the text is no value of the field.
 bool MayBeValue(const schema::Field& field, std::string_view text) {
     switch (field.kind) {
         case schema::FieldKind::Integer:
@@ -32,7 +32,8 @@ const schema::Field& KeyField(const schema::RecordType& type, std::size_t part) 
     return type.fields[type.key[part]];
 }
 
-// True where the whole text is the one value of the key. Most references are such.
+// True when the key is one field and no reference, so that the whole text is its value. Most
+// references are to such types.
 bool IsPlain(const schema::RecordType& type) {
     return type.key.size() == 1 && KeyField(type, 0).kind != schema::FieldKind::Reference;
 }
@@ -61,8 +62,8 @@ KeyMatch KeySearch::Find(const schema::RecordType& type, std::string_view text) 
     if (m_depth == 0 && IsPlain(type)) {
         return FindAnew(type, text);
     }
-    // Entered before it is known, so that a type whose key is nothing but a reference to itself
-    // finds no record and comes to an end.
+    // Entered before the result is known: otherwise the search for a type whose key is only a
+    // reference to itself would never end.
     const auto [found, isNew] =
         m_found.try_emplace(Reading{type.id, text.data(), text.size()}, KeyMatch());
     KeyMatch& match = found->second;  // stays where it is, whatever is added
@@ -129,7 +130,8 @@ void KeySearch::TakeLastPart(Composition& key, std::string_view rest) {
     }
 }
 
-// Nothing when no record can have the value, which is then told in the match if it is open.
+// Nothing when no record has the value. `match` notes when the text is the key of several records,
+// or when the search for it was given up.
 std::optional<FieldValue> KeySearch::ValueOf(const schema::Field& field, std::string_view text,
                                              KeyMatch& match) {
     switch (field.kind) {

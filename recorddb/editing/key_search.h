@@ -15,7 +15,7 @@
 
 namespace recorddb {
 
-// Where keys are looked up. Operations throw sql::Error.
+// Where a search looks up keys. Operations throw sql::Error.
 class KeyDirectory {
   public:
     virtual ~KeyDirectory() = default;
@@ -33,7 +33,8 @@ class KeyDirectory {
 
 // The search for the record that one text means. The parts of a key are joined by single blanks and
 // may have blanks in them, and a part that is a reference stands there by a key of its own: so the
-// text is cut in all ways. Each way counts as a try, and nothing is looked for twice. For one text.
+// text is split in every possible way. Each way counts as a try, and nothing is looked up twice. An
+// object searches for one text.
 class KeySearch {
   public:
     // All of them outlive the object.
@@ -61,7 +62,7 @@ class KeySearch {
     // A key that is being put together.
     struct Composition {
         const schema::RecordType& type;
-        std::vector<FieldValue> values;  // of the parts before the one in hand
+        std::vector<FieldValue> values;  // of the parts before the current one
         KeyMatch match;                  // of what was put together so far
     };
 

@@ -10,8 +10,8 @@
 namespace recorddb {
 
 // The statements of queries, prepared once for each shape: type, columns and fields compared. A
-// field that is compared with the empty value takes no parameter, the others take one each in
-// their order. Behind the columns comes the dbid.
+// field that is compared with the empty value takes no parameter, the others take one each in their
+// order. After the columns comes the dbid.
 class QueryStatements {
   public:
     // The connection outlives the object.

@@ -34,9 +34,9 @@ class RecordAttachments {
         return m_folder.Open(name, field, file);
     }
 
-    // Writes the changes of a record, with the files of the folder, removing content that nothing
-    // has any longer. Returns a message with id 0, or the one that says why a file could not be
-    // read, after which the caller undoes what was written.
+    // Writes the changes of a record, with the files of the folder, removing content that no
+    // attachment has any longer. Returns a message with id 0, or the one that says why a file could
+    // not be read, after which the caller undoes what was written.
     PaMessage Write(std::int64_t recordType, std::int64_t record, const AttachmentChanges& changes);
 
   private:

@@ -8,9 +8,9 @@
 
 namespace recorddb {
 
-// Judges a record as a whole, which includes other records. What is wrong with a value in itself
-// was refused when it was given. Each check returns the message of the first fault, or one with
-// id 0, and throws sql::Error.
+// Checks a record as a whole, also against other records. A value that is wrong by itself was
+// refused when it was set. Each check returns the message of the first fault, or one with id 0, and
+// throws sql::Error.
 class RecordChecks {
   public:
     // All of them outlive the object.

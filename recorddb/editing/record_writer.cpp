@@ -43,8 +43,8 @@ RecordWriter::Reach RecordWriter::ReachOf(const EditedRecord& record) {
 }
 
 // A savepoint costs a tenth of what writing a record does, so one is made only where it is needed.
-// The row goes first; when it is refused, nothing was written. The lists of a new record go with
-// its row, if need be.
+// The row goes first; when it is refused, nothing was written. When a list of a new record is
+// refused, its row is removed again and its lists with it.
 AtomicWrite::Refusable RecordWriter::RefusableOf(const EditedRecord& record, Reach reach) {
     return reach.links || (reach.lists && !record.IsNew()) ? AtomicWrite::Refusable::Any
                                                            : AtomicWrite::Refusable::First;
@@ -138,7 +138,7 @@ PaMessage RecordWriter::DbIdTaken(const EditedRecord& record) {
 }
 
 // Attachments have contents, which are too large to gather. A record that was opened before
-// something was undone may rely on what is there no more; the engine tells.
+// something was undone may rely on what is no longer there; the engine finds out.
 bool RecordWriter::MayBeGathered(const EditedRecord& record) const {
     const WriteBatch& batch = m_parts.batch;
     return batch.IsGathering() && record.attachments.Empty() &&
@@ -146,7 +146,7 @@ bool RecordWriter::MayBeGathered(const EditedRecord& record) const {
            (record.IsNew() || !batch.ChangesKey(record.Type(), record.buffer));
 }
 
-// What the engine would refuse of the record is told here, as far as this session brought it about.
+// Refuses what the engine would refuse of the record because of what this session has done.
 PaMessage RecordWriter::CheckGathered(const EditedRecord& record) {
     const schema::RecordType& type = record.Type();
     if (record.IsNew() && m_parts.batch.HasNew(type, record.dbid)) {
@@ -174,7 +174,7 @@ PaMessage RecordWriter::Gather(EditedRecord& record) {
 }
 
 PaMessage RecordWriter::WriteAtOnce(EditedRecord& record, Reach reach) {
-    // Before, so that a failure is told of the records that were gathered.
+    // Outside the try: a failure here is one of the records that were gathered, not of this one.
     m_parts.batch.Apply(WriteBatch::For::Writing);
     m_parts.batch.ForgetVersions();
     try {
@@ -187,8 +187,8 @@ PaMessage RecordWriter::WriteAtOnce(EditedRecord& record, Reach reach) {
     }
 }
 
-// A constraint is broken only when another writer came in between, or when the caller did without
-// Validate: a broken one is looked for where Validate looks.
+// A constraint is broken only when another writer came in between, or when the caller skipped
+// Validate: so the checks of Validate find out which one it is.
 PaMessage RecordWriter::Explain(const EditedRecord& record, const sql::Error& error) {
     PaMessage problem;
     if (error.Kind() == sql::ErrorKind::UniqueViolation) {

@@ -31,7 +31,7 @@ class ReferenceKeys : private KeyDirectory {
     KeyMatch Find(const schema::RecordType& type, std::string_view key,
                   const KeySearchLimits& limits);
 
-    // The keys of records of this session may have changed.
+    // Forgets the keys found so far; for when this session has changed keys.
     void Forget();
 
   private:
@@ -59,7 +59,7 @@ class ReferenceKeys : private KeyDirectory {
     KeyTable& m_table;
     KeySearchLimits m_limits;
     std::vector<KeyCache> m_known;  // by type
-    // The state of connection and batch in which what is known was read.
+    // The state of connection and batch in which m_known was read.
     std::uint64_t m_transactionCount = 0;
     std::uint64_t m_undoCount = 0;
 };

@@ -9,8 +9,8 @@
 
 namespace recorddb {
 
-// The message that says why a field of a type cannot refer to the record of the target type that
-// the key means, for a match without a record.
+// The message that says why `field` of `type` cannot refer to the record of type `target` that
+// `key` means; for a match without a record.
 PaMessage ReferenceRefusal(const schema::RecordType& type, const schema::Field& field,
                            const schema::RecordType& target, std::string_view key,
                            const KeyMatch& match, const KeySearchLimits& limits);

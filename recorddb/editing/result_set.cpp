@@ -50,7 +50,8 @@ bool ResultSet::ReadOperands() {
     return true;
 }
 
-// What the database answers must hold but for records that it does not have yet.
+// New records can be added to the database's answer, but changed ones cannot be corrected in it:
+// their changes are written first.
 void ResultSet::ApplyChangesOfColumns() {
     WriteBatch& batch = m_parts->batch;
     const auto changes = [&](const schema::Field* field) {
@@ -142,8 +143,8 @@ void ResultSet::AddNewRecords() {
     m_rowCount = m_dbids.size();
 }
 
-// Records referred to are told by their keys. Only when all rows are read, since finding a key may
-// take the statement that reads them.
+// Shows references as keys. Done once all rows are read, since finding a key may use the statement
+// that reads them.
 void ResultSet::ResolveReferences() {
     const auto& columns = m_query->Columns();
     for (std::size_t cell = 0; cell < m_cells.size() && !columns.empty(); ++cell) {

@@ -58,7 +58,7 @@ class ResultSet final : public AdResultSet {
     std::shared_ptr<const QueryParts> m_parts;
     AdPtr<QueryDef> m_query;
     long m_limit = 0;                    // 0: none
-    std::vector<FieldValue> m_operands;  // of all filters; no value: the field has none
+    std::vector<FieldValue> m_operands;  // of all filters; no value: the field must be empty
     std::vector<std::int64_t> m_dbids;   // of the rows
     std::vector<std::string> m_cells;    // row by row, in UTF-8
     std::size_t m_rowCount = 0;

@@ -12,8 +12,8 @@ namespace recorddb {
 
 namespace {
 
-// Fills the buffer from that place in the file on, as far as the file goes. Returns the number of
-// bytes, or -1 with the reason in errno.
+// Fills the buffer from `offset` on, as far as the file goes. Returns the number of bytes, or -1
+// with the reason in errno.
 std::int64_t ReadAt(int descriptor, std::span<std::byte> buffer, std::int64_t offset) {
     std::size_t done = 0;
     while (done < buffer.size()) {
@@ -35,7 +35,7 @@ std::int64_t ReadAt(int descriptor, std::span<std::byte> buffer, std::int64_t of
 }  // namespace
 
 PaMessage AttachmentFile::Read(const std::function<void(std::span<const std::byte>)>& take) const {
-    // One byte more than there should be shows that the file has grown.
+    // Room for one byte more than there should be, which shows that the file has grown.
     std::vector<std::byte> buffer(
         std::min(kPieceSize, static_cast<std::size_t>(m_size) + std::size_t{1}));
     std::int64_t offset = 0;

@@ -20,8 +20,8 @@ PaMessage Refuse(int id, const std::string& name) {
     return ErrorMessage(id, {{u"_value_", name}});
 }
 
-// A line end in the name would break the text by which an attachment is told, and the system takes
-// a name to end at a NUL.
+// A line end in the name would break the text that describes an attachment, and the system takes a
+// name to end at a NUL.
 bool IsFileName(const std::string& name) {
     return !name.empty() && name.find_first_of(std::string_view("\r\n\0", 3)) == std::string::npos;
 }

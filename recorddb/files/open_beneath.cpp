@@ -17,11 +17,11 @@ namespace fs = std::filesystem;
 constexpr int kReadingFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 constexpr int kFolderFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
 
-// A folder that is being renamed under the kernel's feet is looked at again, this many times.
+// How often the kernel is asked again when a folder was renamed while it looked.
 constexpr int kMostAttempts = 16;
 
-// The kernel keeps to the folder by itself, but takes no link that begins at the root or steps out
-// and in again.
+// The kernel itself makes sure that the file is beneath the folder, but it also refuses links that
+// begin at the root, or leave the folder and come back.
 FileDescriptor OpenByKernel(int folder, const std::string& name) {
     open_how how{};
     how.flags = kReadingFlags;
@@ -55,8 +55,8 @@ fs::path WayWithoutLinks(const fs::path& folder, const std::string& name) {
     return way;
 }
 
-// Goes step by step and follows no link: one that has come into the way since it was worked out
-// ends it.
+// Opens folder by folder and follows no link: one that was put into the way since it was resolved
+// makes it fail.
 FileDescriptor OpenByWalking(int folder, const fs::path& way) {
     FileDescriptor step;
     int at = folder;

@@ -7,8 +7,8 @@
 
 #include "recorddb/sql/storage.h"
 
-// Rules that the value in one column of a row can be judged by alone. Each returns what is wrong
-// with it, for people, or an empty text. No value is wrong as well, unless it says otherwise.
+// Rules for the value in one column of a row by itself. Each returns what is wrong with the value,
+// for people, or an empty text. NULL is wrong as well.
 namespace recorddb {
 
 // A text in UTF-8 without NUL, which may be empty.
@@ -17,7 +17,7 @@ std::string TextProblem(const sql::Statement& row, int column);
 // The same, of at least one character.
 std::string FilledTextProblem(const sql::Statement& row, int column);
 
-// The same, empty or not, of at most so many UTF-16 units.
+// The same, empty or not, of at most `most` UTF-16 units.
 std::string UnitsProblem(const sql::Statement& row, int column, std::size_t most);
 
 // A whole number from `least` on.
@@ -32,7 +32,7 @@ std::string HashProblem(const sql::Statement& row, int column);
 // Binary data.
 std::string BlobProblem(const sql::Statement& row, int column);
 
-// The value for people: nothing as an empty text, binary data in hex, cut when they are many.
+// The value for people: NULL as an empty text, binary data in hex, cut when they are long.
 std::string CellText(const sql::Statement& row, int column);
 
 }  // namespace recorddb

@@ -33,18 +33,18 @@ class CheckContext {
 
     const schema::Schema& Schema() const { return m_schema; }
 
-    // A statement of the caller's own: scans nest with look-ups.
+    // A statement of the caller's own, since a scan looks up other rows while it reads.
     std::unique_ptr<sql::Statement> Query(std::string_view sql) {
         return m_connection.PrepareOwn(sql);
     }
 
-    // Advances to the next row; false behind the last one and when the check is to end.
+    // Advances to the next row; false after the last one and when the check is to end.
     bool NextRow(sql::Statement& rows) {
         m_stopped = m_stopped || !m_keepOn(m_records);
         return !m_stopped && rows.Step();
     }
 
-    // True when the check is to end: what has not been read then is not missing.
+    // True when the check is to end: then what has not been read must not be reported as missing.
     bool Stopped() const { return m_stopped; }
 
     void AddRecord() { ++m_records; }
@@ -62,7 +62,8 @@ class CheckContext {
     void ReportRecord(const schema::RecordType& type, std::int64_t dbid, std::string field,
                       std::string value, std::string problem);
 
-    // Tells what is wrong with a column of the current row, when something is; true then.
+    // Reports the problem of a column of the current row, unless it is empty; returns whether it
+    // did.
     bool ReportCell(const schema::RecordType& type, std::int64_t dbid, std::string_view field,
                     const sql::Statement& row, int column, std::string problem);
 

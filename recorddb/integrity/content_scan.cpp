@@ -82,7 +82,8 @@ class ContentScan {
         }
     }
 
-    // The size of damaged content is no measure for the attachments that have it.
+    // True when an attachment has the content. Sizes are compared only where the content is not
+    // damaged.
     bool CheckOwners() {
         m_owners->BindAll(std::string_view(m_sha256));
         bool owned = false;

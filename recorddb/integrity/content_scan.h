@@ -16,7 +16,7 @@ struct ContentTotals {
 
 // Checks all contents, each once, in the memory of a chunk: that their chunks count from 0, that
 // they have the SHA-256 that they stand under and the size that attachments say. Contents that no
-// attachment has are no fault, since they are left to be swept.
+// attachment has are not a fault; they only take room.
 ContentTotals ScanContents(CheckContext& context);
 
 }  // namespace recorddb

@@ -70,8 +70,9 @@ class DuplicateScan {
                              std::move(problem));
     }
 
-    // A circle is told of its lowest member, so the way is followed above that only. Nearly all
-    // duplicates have originals that are older; a way of many steps is no circle of any import.
+    // A circle is reported once, for its member with the lowest dbid, so only records with higher
+    // ones are followed. Nearly all originals are older than their duplicates, which ends this at
+    // once; no import makes a circle of so many steps.
     bool LeadsBack(const schema::RecordType& type, std::int64_t duplicate, std::int64_t original) {
         constexpr int mostSteps = 1000;
         std::optional<std::int64_t> current = original;

@@ -6,7 +6,7 @@
 namespace recorddb {
 
 // Checks all duplicate marks: that they are between two records of one type with states, that their
-// times are times, and that none leads back to where it began.
+// times are valid, and that none leads back to where it began.
 void ScanDuplicates(CheckContext& context);
 
 }  // namespace recorddb

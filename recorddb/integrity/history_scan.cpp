@@ -15,7 +15,8 @@ namespace recorddb {
 
 namespace {
 
-// The texts of an entry, behind the columns above, with the room that the core has for them.
+// The texts of an entry, from HistoryScan::firstTextColumn on, and how many UTF-16 units the core
+// has room for.
 struct TextColumn {
     const char* name;
     std::size_t most;
@@ -117,7 +118,7 @@ class HistoryScan {
         }
     }
 
-    // True when the entry has a number. Those behind a gap are not wrong themselves.
+    // True when the entry has a number. A gap is reported once, not for all entries after it.
     bool CheckNumber(const sql::Statement& row) {
         std::string problem = IntegerProblem(row, entryColumn, 1);
         const bool isNumber = problem.empty();
@@ -142,7 +143,8 @@ class HistoryScan {
         Tell(row, "field", fieldColumn, std::move(problem));
     }
 
-    // The entries that are there must be those that the expiry was worked out for.
+    // Works out the expiry anew: it comes out the same only when all the entries that it was worked
+    // out from are there.
     void EndRecord() {
         if (m_type != nullptr && m_comparable) {
             std::vector<HistoryTimes> right = m_times;

@@ -64,7 +64,7 @@ class ListScan {
         }
     }
 
-    // What follows a wrong position is wrong for the same reason.
+    // Only the first wrong position is reported: those after it are wrong for the same reason.
     void CheckPosition(const sql::Statement& row) {
         std::string problem = IntegerProblem(row, kPositionColumn, 0);
         if (problem.empty() && row.Int(kPositionColumn) != m_next) {

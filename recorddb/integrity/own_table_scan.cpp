@@ -38,7 +38,7 @@ struct OwnRow {
     }
 };
 
-// A database of another format is for the program of that format to judge.
+// What a database of another format must say, only programs of that format know.
 void ScanFormat(CheckContext& context) {
     const auto rows = context.Query(
         "SELECT format_version, oldest_readable, newest_readable, schema_text FROM zt_schema");

@@ -61,9 +61,9 @@ class DocumentWatcher : public YAML::EventHandler {
     bool m_holdsSomething = false;
 };
 
-// An empty document behind the first one (a last "---") does no harm. Reading is not gone on with
-// until the text ends: at a mark that is out of place, such as a bracket that closes nothing, the
-// library finds one document after the other without end.
+// An empty document after the first one (a last "---") does no harm. At most three documents are
+// read: at a character that is out of place, such as a bracket that closes nothing, the library
+// finds one document after the other, without end.
 void RefuseFurtherDocuments(const YamlSource& source, const std::string& text) {
     std::istringstream stream(text);
     YAML::Parser parser(stream);
@@ -146,8 +146,8 @@ void CheckListTableName(const YamlSource& source, const YamlText& target, const 
     }
 }
 
-// Tables of reference lists are named after type and field, so they can run into the name of a
-// type or of another list, and can come out too long.
+// Tables of reference lists are named after type and field, so their names can be those of a type
+// or of another list, and can become too long.
 void CheckTableNames(const YamlSource& source, const std::vector<ReadType>& types) {
     std::vector<std::string> names;
     names.reserve(types.size());

@@ -93,7 +93,7 @@ void AddOwnField(RecordType& type, std::string_view name, FieldKind kind) {
     type.fields.push_back(std::move(field));
 }
 
-// The engine's own complaint would come with the whole statement, and without the place.
+// The engine's own message would show the whole statement, and not the place in the file.
 void CheckColumnCount(const YamlSource& source, const YamlEntry& entry, const RecordType& type) {
     const auto columns = std::count_if(
         type.fields.begin(), type.fields.end(),

@@ -13,7 +13,7 @@ namespace recorddb::schema {
 
 namespace {
 
-// The text of a scalar; an empty value and the words that YAML takes for "nothing" are none.
+// The text of a scalar. Fails for an empty one and for the words that YAML takes for "nothing".
 std::string TextOf(const YamlSource& source, const YAML::Node& node, const std::string& what) {
     if (node.IsNull()) {
         source.Fail(node, what + " has no value; put a word that YAML takes for nothing in quotes");
@@ -45,7 +45,7 @@ void YamlSource::Fail(const YAML::Mark& at, const std::string& text) const {
 YamlMap::YamlMap(const YamlSource& source, YamlEntry entry)
     : m_source(source), m_self(std::move(entry)) {
     if (!m_self.value.IsMap() || m_self.value.size() == 0) {
-        // An empty value stands nowhere in particular, so its key is the place to look at.
+        // An empty value has no place in the file, so the error names that of its key.
         const YAML::Node& at = m_self.value.IsNull() ? m_self.keyNode : m_self.value;
         m_source.Fail(at, m_self.what + " must be a map of at least one key");
     }

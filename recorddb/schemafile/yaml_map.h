@@ -24,7 +24,7 @@ class YamlSource {
     std::string m_file;
 };
 
-// A key of a map with its value. what names the value in errors, such as "'max_length' of field
+// A key of a map with its value. `what` names the value in errors, such as "'max_length' of field
 // 'login'".
 struct YamlEntry {
     std::string key;
@@ -33,7 +33,7 @@ struct YamlEntry {
     std::string what;
 };
 
-// A YAML map whose keys are texts that differ, also without regard to case.
+// A YAML map whose keys are texts, no two of which are the same without regard to case.
 class YamlMap {
   public:
     // Reads the map that is the value of an entry. Throws SchemaError when it is anything else.
@@ -63,7 +63,8 @@ class YamlMap {
     std::vector<YamlEntry> m_entries;
 };
 
-// The value of an entry as what it has to be. Throw SchemaError when it is anything else.
+// The value of an entry as a text, true or false, or a whole number of at least 1. Throw
+// SchemaError when it is anything else.
 std::string ReadText(const YamlSource& source, const YamlEntry& entry);
 bool ReadBool(const YamlSource& source, const YamlEntry& entry);
 std::int64_t ReadPositive(const YamlSource& source, const YamlEntry& entry);

@@ -23,7 +23,7 @@ std::shared_ptr<const EntityParts> PartsOfEntities(const std::shared_ptr<Session
     return {parts, &parts->ofEntities};
 }
 
-// The record with that dbid; the identifier is what it was asked for by.
+// The record with that dbid; `identifier` is what the caller gave, for the error.
 AdPtr<Entity> OpenEntity(const std::shared_ptr<SessionParts>& parts, EntityDef& def,
                          std::int64_t dbid, std::string_view identifier) {
     AdPtr<Entity> entity = Entity::Open(PartsOfEntities(parts), def, dbid);
@@ -84,7 +84,7 @@ void Session::MarkEntityAsDuplicate(const AdEntityPtr& duplicate, const AdEntity
     if (action == nullptr || action->GetType() != AdActionType_t::kDuplicate) {
         ThrowBadValue(u"a record is marked as a duplicate by its duplicate action", __LINE__);
     }
-    // Of record types without states, which have none.
+    // Throws for record types without states, which do not have the action.
     ownDuplicate->GetEntityDef()->LookupActionDef(AdActionType_t::kDuplicate);
     try {
         m_parts->failures.Guard([&] { ownDuplicate->MarkAsDuplicateOf(*ownOriginal); });

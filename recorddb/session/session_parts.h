@@ -26,8 +26,8 @@
 
 namespace recorddb {
 
-// What a session owns. Its records and result sets each get what they use of it, and a share in
-// the whole, so that they may be let go of in any order.
+// What a session owns. Its records and result sets each get what they use of it, and share the
+// ownership of the whole, so that they and the session may be released in any order.
 struct SessionParts {
     // Batch, schema and indexes outlive the session and all that it handed out.
     SessionParts(WriteBatch& batchOfSession, const schema::Schema& schema,

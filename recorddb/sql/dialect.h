@@ -11,7 +11,7 @@ struct Dialect {
     std::string_view identityColumn;
     // Type of a column of bytes.
     std::string_view blobType;
-    // What stands behind the closing bracket of a table that is stored in the order of its primary
+    // What stands after the closing bracket of a table that is stored in the order of its primary
     // key, so that the key needs no index beside the table; empty where there is no such thing.
     std::string_view clusteredTable;
     // True where a foreign key may name a table that is made later. Otherwise foreign keys are

@@ -37,8 +37,8 @@ struct RowChange {
     std::string_view table;  // as it is called, without quotes
     // The first `keys` of the columns say which row is meant, by equality; none of them is NULL in
     // any row, and no two rows have the same. For InsertOrUpdate they are a unique key of the
-    // table. For Insert they are of no account. A column may stand among the keys of an Update and
-    // behind them as well: it is compared with the one value and gets the other.
+    // table. Insert does not use them. A column may stand among the keys of an Update and after
+    // them as well: it is compared with the one value and gets the other.
     std::span<const RowColumn> columns;
     std::size_t keys = 0;
     std::span<const Cell> cells;  // row by row, columns.size() each; not empty

@@ -15,8 +15,8 @@ class Savepoint {
     Savepoint& operator=(const Savepoint&) = delete;
     ~Savepoint();
 
-    // Keeps the work, as part of what is around. Throws Error, or std::logic_error when the
-    // savepoint has ended already or is not the innermost one.
+    // Keeps the work as part of the savepoint or transaction around it. Throws Error, or
+    // std::logic_error when the savepoint has ended already or is not the innermost one.
     void Release();
 
     // Undoes the work, that of savepoints inside it included; nothing happens when the savepoint or

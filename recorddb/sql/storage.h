@@ -8,7 +8,7 @@ namespace recorddb::sql {
 // How a value is stored. An engine need not hold a column to the type that was declared for it.
 enum class Storage { Null, Integer, Real, Text, Blob };
 
-// What statements of such an engine are beside being statements.
+// Implemented by the statements of engines that can say how a value is stored.
 class StorageTeller {
   public:
     StorageTeller() = default;

@@ -12,10 +12,10 @@ namespace recorddb {
 // they are part of a larger one. What is not kept is undone by the destructor.
 class AtomicWrite {
   public:
-    // Which of the statements the engine may refuse, for a rule of the database that they break,
-    // with the transaction around them going on.
+    // Which of the statements the engine may refuse, for a constraint that they break, while the
+    // transaction around them goes on.
     enum class Refusable {
-        None,   // what fails is the database itself, and with it the transaction
+        None,   // only the database itself can fail, and with it the transaction
         First,  // or later ones, if the writer takes back by itself what came before (see
                 // UndoesAll)
         Any
@@ -31,7 +31,7 @@ class AtomicWrite {
         }
     }
 
-    // True when all is undone that is not kept; otherwise only the statement that was refused.
+    // True when all that is not kept is undone; otherwise only the statement that was refused is.
     bool UndoesAll() const { return m_transaction || m_savepoint; }
 
     void Keep() {

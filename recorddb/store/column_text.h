@@ -7,7 +7,7 @@
 
 namespace recorddb {
 
-// What an engine gives as the text of a column with a value; empty for none.
+// The text that an engine gives for a column with this value; empty for no value.
 inline std::string ColumnText(const FieldValue& value) {
     if (const auto* const text = std::get_if<std::string>(&value)) {
         return *text;

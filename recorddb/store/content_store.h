@@ -13,7 +13,7 @@
 
 namespace recorddb {
 
-// What content is known by.
+// The hash of a content, which identifies it, and its size in bytes.
 struct Content {
     std::string sha256;
     std::int64_t size = 0;

@@ -40,8 +40,8 @@ void CountedRecordIds::Read(const RecordType& type, Counter& counter) {
         counter.highest = &m_connection.Prepare(
             fmt::format("SELECT max({}) FROM {}", kDbIdName, sql::Quoted(type.name)));
     }
-    // Whoever wrote to the database by other means may have used numbers below 1, which mean that a
-    // record has none yet.
+    // Other programs may have stored dbids below 1; here, such a number means that a record has
+    // none yet.
     counter.last = std::max(
         {sql::QueryInt(*counter.highest).value_or(0), m_batch.HighestNew(type), std::int64_t{0}});
     counter.transactionCount = m_connection.TransactionCount();

@@ -22,7 +22,7 @@ class DbIdReservations {
     // the record is written. Throws sql::Error.
     std::int64_t Reserve(const schema::RecordType& type);
 
-    // The record has been written, or will never be.
+    // Ends a reservation: the record has been written, or never will be.
     void Release(const schema::RecordType& type, std::int64_t dbid) noexcept;
 
   private:

@@ -48,7 +48,7 @@ std::vector<std::int64_t> DuplicateTable::DuplicatesOf(std::int64_t recordType,
 }
 
 bool DuplicateTable::LeadsTo(std::int64_t recordType, std::int64_t record, std::int64_t other) {
-    // What was seen is kept, for links that somebody made by hand may go round in a circle.
+    // Notes what was seen, since links that another program made may go round in a circle.
     std::unordered_set<std::int64_t> seen;
     std::optional<std::int64_t> current = record;
     while (current && *current != other && seen.insert(*current).second) {

@@ -45,7 +45,8 @@ std::vector<HistoryTimes> HistoryTable::Times(std::int64_t recordType, std::int6
     if (const auto* const pending = m_batch.FindTimes({recordType, record})) {
         return *pending;
     }
-    // What is left over of a record that once had this number is told when the new one is written.
+    // A new record has none. Should rows of an earlier record with this dbid be left over, writing
+    // the new ones fails.
     if (m_batch.HasNew(m_batch.GetSchema().Type(recordType), record)) {
         return {};
     }

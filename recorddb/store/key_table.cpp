@@ -10,8 +10,8 @@ namespace recorddb {
 
 namespace {
 
-// A key can contain a reference to a record whose key contains one in turn. Deeper than this, or
-// with more records to it, only one gets that refers to itself.
+// A key can contain a reference to a record whose key contains one in turn. Only one that refers to
+// itself gets deeper than this or takes more records.
 constexpr int kDeepestKey = 16;
 constexpr int kMostKeyReads = 1000;
 
@@ -60,7 +60,7 @@ std::optional<std::string> KeyTable::KeyOf(const schema::RecordType& type, std::
 // As the columns hold them; empty when there is no such record.
 std::vector<std::string> KeyTable::KeyParts(const schema::RecordType& type, std::int64_t dbid) {
     std::vector<std::string> parts;
-    // A record that is there keeps its key as long as it is not written.
+    // The batch holds keys of new records only: a change of a key is written at once.
     if (m_batch.HasNew(type, dbid)) {
         const PendingRecord& pending = *m_batch.FindColumns(type, dbid);
         for (const std::size_t field : type.key) {

@@ -20,8 +20,8 @@ class ListTable {
     // The list of a record: a ReferenceList, or no value when it is empty.
     FieldValue Load(std::int64_t record);
 
-    // Turns the list that is stored for a record, `saved`, into `list`. What both begin with stays
-    // as it is. Goes past the batch.
+    // Turns the list that is stored for a record, `saved`, into `list`. What both begin with is not
+    // written again. Writes to the database, not to the batch.
     void Save(std::int64_t record, const FieldValue& saved, const FieldValue& list);
 
   private:

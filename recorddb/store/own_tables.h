@@ -9,9 +9,9 @@
 
 namespace recorddb::schema {
 
-// The database's own tables. In all of them `record_type` is a
-// RecordType::id, `record` a dbid, `field` the name of a field as the schema writes it; times are
-// UTC as 'YYYY-MM-DD HH:MM:SS', and hashes are SHA-256 in lower-case hex.
+// The database's own tables. In all of them, `record_type` is a RecordType::id, `record` a dbid,
+// `field` the name of a field as the schema writes it; times are UTC as 'YYYY-MM-DD HH:MM:SS', and
+// hashes are SHA-256 in lower-case hex.
 //
 // zt_schema            one row: the format of the database and the schema file's text
 // zt_record_type       the names and kinds of the record types, for people's queries

@@ -14,8 +14,9 @@
 
 namespace recorddb {
 
-// The rows of a record type's table. What reads them sees the batch; what writes goes past it. Its
-// statements are prepared when they are first needed and kept. Every operation throws sql::Error.
+// The rows of a record type's table. Reading takes what the batch has gathered into account;
+// writing goes to the database at once. Its statements are prepared when they are first needed and
+// kept. Every operation throws sql::Error.
 class RecordTable {
   public:
     // Batch and type outlive the object.
@@ -27,8 +28,8 @@ class RecordTable {
     // Removes a record, and with it its reference lists.
     void Remove(std::int64_t dbid);
 
-    // Writes the changed columns of a record and counts its version up, provided that it still has
-    // the version given; else returns false.
+    // Writes the changed columns of a record and adds one to its version, provided that it still
+    // has the version given; else returns false.
     bool Update(std::int64_t dbid, std::int64_t version, const RecordBuffer& record);
 
     // The version of a record; nothing when there is no such record.
@@ -63,7 +64,7 @@ class RecordTable {
     sql::Statement* m_version = nullptr;
     sql::Statement* m_load = nullptr;
     sql::Statement* m_next = nullptr;
-    // By which of the columns they write.
+    // By the set of columns that they write.
     std::unordered_map<std::vector<bool>, sql::Statement*> m_updates;
 };
 

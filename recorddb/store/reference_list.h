@@ -9,7 +9,7 @@
 
 namespace recorddb {
 
-// The list that a value is; the empty one for no value.
+// The list that a value holds; empty for no value.
 inline const ReferenceList& ListIn(const FieldValue& value) {
     static const ReferenceList kEmpty;
     const auto* const list = std::get_if<ReferenceList>(&value);

@@ -65,8 +65,8 @@ void SearchIndexes::Make(const RecordType& type, const Field& field, State& stat
             transaction.Commit();
         }
     }
-    // Inside a transaction even one that is there already may have been made a moment ago in it,
-    // and goes when the transaction does.
+    // Inside a transaction, even an index that is there already may have been made by this
+    // transaction, and is gone when it is rolled back.
     state.madeAtRollbackCount = m_connection.RollbackCount();
 }
 

@@ -17,18 +17,18 @@ class SearchIndexes {
     // Connection and schema outlive the object.
     SearchIndexes(sql::Connection& connection, const Schema& schema);
 
-    // Makes sure that an equality search on a field of a type is an index search. Nothing happens
-    // on a read-only connection and for fields without a column. Runs in the transaction under way,
-    // or in one of its own. Throws sql::Error.
+    // Makes sure that an equality search on a field of a type uses an index. Nothing happens on a
+    // read-only connection, or for fields without a column. Runs in the transaction under way, or
+    // in one of its own. Throws sql::Error.
     void Ensure(const RecordType& type, const Field& field);
 
-    // True when an equality search on a field of a type is an index search as things stand. False
-    // for fields without a column. Throws sql::Error.
+    // True when an equality search on a field of a type uses an index at present. False for fields
+    // without a column. Throws sql::Error.
     bool Has(const RecordType& type, const Field& field);
 
   private:
-    // What is known about one column: nothing, that its index stands for good, or that it was
-    // made when the connection had rolled back so many times and stands until the next time.
+    // What is known about one column: nothing, that its index is there for good, or that it was
+    // made at this RollbackCount of the connection and is there until the next roll-back.
     struct State {
         bool permanent = false;
         std::optional<std::uint64_t> madeAtRollbackCount;

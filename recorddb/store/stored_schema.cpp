@@ -16,8 +16,8 @@ namespace {
 
 using Problem = DatabaseError::Problem;
 
-// Either side may know that the two go together: this program the older formats, the database the
-// older programs.
+// Either of the two may know that they fit: this program knows the older formats that it can use,
+// the database names the older programs that can use it.
 void CheckFormat(std::int64_t format, std::int64_t oldest, std::int64_t newest,
                  const std::string& location) {
     const bool known = format >= kOldestFormat && format <= kFormatVersion;

@@ -22,13 +22,13 @@ constexpr std::int64_t kNewestReadable = kFormatVersion;
 // Throws sql::Error.
 void StoreSchema(sql::Connection& connection, const Schema& schema);
 
-// The text of the schema file that a database was made from; location names the database in
+// The text of the schema file that a database was made from; `location` names the database in
 // errors. Throws DatabaseError when it is no record database or one of a format that this program
 // cannot use, sql::Error when what is stored is damaged.
 std::string LoadSchemaText(sql::Connection& connection, const std::string& location);
 
-// Sees that the tables of a schema are there. Throws DatabaseError when they were replaced or taken
-// away, sql::Error.
+// Checks that the tables of a schema are there. Throws DatabaseError when they were replaced or
+// taken away, sql::Error.
 void CheckTables(sql::Connection& connection, const Schema& schema, const std::string& location);
 
 }  // namespace recorddb::schema

@@ -20,7 +20,7 @@ std::string_view ColumnType(FieldKind kind) {
 }
 
 // Collects the statements of a script. Foreign keys go into the table where the engine lets them
-// name tables that do not exist yet, otherwise behind all tables.
+// name tables that do not exist yet, otherwise after all tables.
 class ScriptWriter {
   public:
     explicit ScriptWriter(const sql::Dialect& dialect) : m_dialect(dialect) {}
@@ -68,7 +68,7 @@ bool IsSingleKey(const RecordType& type, const Field& field) {
 
 void WriteIndexes(ScriptWriter& writer, const RecordType& type) {
     const bool keyHasDbId = std::find(type.key.begin(), type.key.end(), 0) != type.key.end();
-    // With the dbid in it a key is unique as it is.
+    // A key that contains the dbid is unique without an index.
     if (!keyHasDbId) {
         std::vector<std::string> columns;
         for (const std::size_t part : type.key) {

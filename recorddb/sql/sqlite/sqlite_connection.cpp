@@ -21,7 +21,7 @@ constexpr Dialect kSqliteDialect = {
 };
 
 // In the order of Connection::Control. One name serves every savepoint: the engine always takes the
-// innermost one of that name, and so three statements do for any depth of nesting.
+// innermost one of that name, and so three statements are enough for any depth of nesting.
 constexpr std::array<std::string_view, 6> kControlSql = {
     "BEGIN IMMEDIATE",
     "COMMIT",
@@ -103,9 +103,9 @@ void SqliteConnection::Run(Control control) {
             m_writesBefore.pop_back();
             break;
         case Control::RollbackToSavepoint:
-            // In a transaction that has made an index, rolling back to a savepoint costs the engine
-            // every statement that it has prepared. Most records that are refused have written
-            // nothing yet.
+            // In a transaction that has made an index, rolling back to a savepoint makes the engine
+            // prepare all its statements again. Most records that are refused have written nothing
+            // yet.
             if (WriteCount() != m_writesBefore.back()) {
                 ExecuteControl(control);
             }

@@ -19,8 +19,8 @@ namespace recorddb::sql {
 // A connection to one SQLite file.
 class SqliteConnection final : public Connection {
   public:
-    // Opens the file at path. Throws Error as sql::Open does. A file that is not of our making is
-    // not changed by being opened.
+    // Opens the file at `path`. Throws Error as sql::Open does. Opening does not change a file that
+    // another program has made.
     static std::unique_ptr<Connection> Open(const std::string& path, OpenMode mode);
 
     // The files that the engine may put beside a database file.

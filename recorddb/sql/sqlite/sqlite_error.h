@@ -10,7 +10,7 @@ struct sqlite3;
 
 namespace recorddb::sql {
 
-// The error for an (extended) SQLite result code that just came back from handle.
+// The error for an (extended) SQLite result code that just came back from `handle`.
 Error SqliteError(sqlite3* handle, int code, std::string_view sql);
 
 // Throws that error unless the code says that all is well.

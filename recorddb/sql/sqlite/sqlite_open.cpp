@@ -15,8 +15,8 @@ namespace recorddb::sql {
 
 namespace {
 
-// How long a writer waits for another one. Loads commit every few hundred records, so the lock
-// comes free many times within this.
+// How long a writer waits for another one. Loads commit often, so the lock becomes free many times
+// within this.
 constexpr int kBusyTimeoutMilliseconds = 10'000;
 
 // Set on every connection and changing nothing in the file.
@@ -38,8 +38,8 @@ constexpr const char* kSettings =
     "PRAGMA temp_store = MEMORY;"
     "PRAGMA wal_autocheckpoint = 10000;";
 
-// What a database that was made here says of itself, "ZTRD"; the `file` command shows it. Databases
-// made by early versions say nothing, which is 0.
+// The application id of databases that are made here, "ZTRD"; the `file` command shows it.
+// Databases made by early versions have none, which reads as 0.
 constexpr std::int64_t kApplicationId = 0x5A545244;
 
 // For a file that is thrown away: nothing is synced and nothing can be undone. What does not fit
@@ -56,7 +56,7 @@ void Execute(sqlite3* handle, const char* sql) {
 }
 
 // A file from elsewhere can hold more than data. Nothing in it is run, and nothing damaged or
-// oversized in it is taken at its word. Before anything of the file is read.
+// oversized in it is trusted. To be called before anything of the file is read.
 void Distrust(sqlite3* handle) {
     for (const auto& [option, value] :
          {std::pair(SQLITE_DBCONFIG_DEFENSIVE, 1), std::pair(SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0),
@@ -64,7 +64,7 @@ void Distrust(sqlite3* handle) {
           std::pair(SQLITE_DBCONFIG_DQS_DDL, 0), std::pair(SQLITE_DBCONFIG_DQS_DML, 0)}) {
         CheckSqlite(handle, sqlite3_db_config(handle, option, value, nullptr), "");
     }
-    // Far above what the tables of a schema need, far below what the engine would go along with.
+    // Far above what the tables of a schema need, far below what the engine would accept.
     constexpr int longestStatement = 1'000'000;
     sqlite3_limit(handle, SQLITE_LIMIT_SQL_LENGTH, longestStatement);
     sqlite3_limit(handle, SQLITE_LIMIT_ATTACHED, 0);
@@ -97,13 +97,14 @@ void ReadHeader(sqlite3* handle) {
     throw Error(ErrorKind::CannotOpen, path + ": " + why, "");
 }
 
-// A path as the engine takes it: to it, ":memory:" means a database without a file, and "file:" may
-// begin a URI.
+// A path that the engine takes for nothing else: to it, ":memory:" means a database without a file,
+// and "file:" may begin a URI.
 std::string PlainPath(const std::string& path) {
     return path[0] == '/' ? path : "./" + path;
 }
 
-// The engine looks for its side files beside the file itself, and so must whoever looks for them.
+// The path of the file itself. The engine keeps its side files there and not beside a link, so they
+// are looked for there.
 std::string WithoutLinks(const std::string& path) {
     std::error_code error;
     std::string resolved = std::filesystem::canonical(path, error).string();
@@ -143,8 +144,8 @@ std::string UriOf(const std::string& path) {
 }
 
 // The engine counts all its memory under a lock of the whole process, for a figure that nobody here
-// asks for. It can be told to leave that only before it is first used; a program that has used it
-// already keeps the counting.
+// asks for. It can be told not to only before its first use; in a program that has used it already,
+// it goes on counting.
 void DoWithoutMemoryStatistics() {
     [[maybe_unused]] static const int kConfigured = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
 }
@@ -184,15 +185,16 @@ SqliteConnection::Handle SqliteConnection::OpenHandle(const std::string& path, i
 }
 
 // A reader of a write-ahead log shares an index file beside the database with its writers. Where
-// that file cannot be made, nothing tells whether someone writes: who can write there may do so any
-// time. So reading the database file alone is left to those who know.
+// that file cannot be made, nothing tells whether someone writes: whoever can write there may do so
+// at any time. So the database file alone is read only when the user says that nobody writes.
 SqliteConnection::Handle SqliteConnection::OpenReadOnly(const std::string& path) {
     Handle handle = OpenHandle(PlainPath(path), SQLITE_OPEN_READONLY);
     Distrust(handle.get());
     try {
         ReadHeader(handle.get());
     } catch (const Error& error) {
-        // Which of the two it is depends on whether the database file itself may be written to.
+        // Which of these two errors it is depends on whether the database file itself may be
+        // written to.
         if (error.Kind() != ErrorKind::CannotOpen && error.Kind() != ErrorKind::ReadOnly) {
             throw;
         }

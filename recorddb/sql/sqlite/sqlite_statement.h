@@ -13,7 +13,7 @@ namespace recorddb::sql {
 
 class SqliteStatement final : public Statement, public StorageTeller {
   public:
-    // Prepares sql, one statement, on a handle that outlives it. Throws Error.
+    // Prepares `sql`, one statement, on a handle that outlives it. Throws Error.
     SqliteStatement(sqlite3* handle, std::string_view sql);
     ~SqliteStatement() override;
 

@@ -61,8 +61,8 @@ void AddLimits(CLI::App& command, RecordLimits& limits) {
         ->check(CLI::PositiveNumber);
 }
 
-// Where the files of attachments are, how large they may be, and how hard a reference may be to
-// read.
+// Where the files of attachments are, how large they may be, and how many ways of reading a
+// reference are tried.
 template <typename Options>
 void AddRecordOptions(CLI::App& command, Options& options) {
     command.add_option("--attachments", options.attachments,
@@ -159,7 +159,7 @@ void AddShow(CLI::App& app, Commands& commands) {
     });
 }
 
-// The parser's complaints of several lines repeat what was on the command line.
+// The parser's messages can have several lines, and repeat what was on the command line.
 std::string VisibleComplaint(const std::string& text) {
     std::string out;
     std::istringstream lines(text);

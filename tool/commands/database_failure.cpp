@@ -8,7 +8,7 @@ namespace {
 
 using recorddb::sql::ErrorKind;
 
-// True of every command: what was made permanent stays, and the journal knows it.
+// True of every command: what was made permanent is kept, and noted in the journal.
 constexpr std::string_view kGoOn =
     "then start the same command again: it goes on where this one stopped";
 

@@ -22,8 +22,8 @@ bool Exists(const std::string& file) {
     return std::filesystem::exists(std::filesystem::symlink_status(file, ignored));
 }
 
-// The engine would take a log beside the new database for this one's own, or empty it. Beside a
-// database that is there already, it is in its place.
+// The engine would take a log that lies beside the new database for its own, or empty it. Beside a
+// database that exists already, the log belongs to that.
 void CheckSideFiles(const std::string& database) {
     if (Exists(database)) {
         return;

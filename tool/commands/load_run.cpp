@@ -59,8 +59,8 @@ std::string TextOfCurrentException() {
     }
 }
 
-// What ended the load is what a person must know; that the reports cannot be written either comes
-// besides.
+// The error that ended the load is the one to show; that a report cannot be written either is only
+// a warning.
 void FinishAfterFailure(LoadSinks& sinks) {
     try {
         sinks.Finish();
@@ -79,8 +79,8 @@ recorddb::SessionOptions SessionFor(const LoadOptions& options, const LoadPolicy
     return session;
 }
 
-// What the load is told to. That a record was rejected shows on the terminal when it has been set
-// aside.
+// The sinks of a load. The terminal is the last one, so a record that it shows as rejected has
+// already been set aside.
 std::vector<std::unique_ptr<LoadSink>> OpenSinks(const LoadKind& kind, const LoadOptions& options,
                                                  std::uint64_t totalBytes, std::ostream& out,
                                                  std::ostream& err) {
@@ -121,7 +121,7 @@ int LoadInto(const LoadKind& kind, const LoadOptions& options, const SourceList&
     try {
         complete = loader.Load(sources);
     } catch (...) {
-        // What was imported and rejected before is true all the same, and the report says so.
+        // What was imported and rejected before that remains so, and belongs into the report.
         sinks.EndEarly(TextOfCurrentException());
         FinishAfterFailure(sinks);
         throw;

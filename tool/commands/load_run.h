@@ -13,19 +13,19 @@
 
 namespace tool {
 
-// In what the commands differ that go the way of a load.
+// In what the commands `load` and `check` differ.
 struct LoadKind {
     std::string command;  // its name
     const LoadPolicy& policy;
-    // Make what the command tells through: on the terminal (with the size of all sources, and the
-    // streams for the result and for everything else), and as JSON.
+    // Make the sinks that the command reports through: on the terminal (with the size of all
+    // sources, and the streams for the result and for everything else), and as JSON.
     std::unique_ptr<LoadSink> (*openTerminal)(const LoadOptions& options, std::uint64_t totalBytes,
                                               std::ostream& out, std::ostream& err);
     std::unique_ptr<LoadSink> (*openReport)(const std::filesystem::path& path);
 };
 
-// Goes the way of a load. Returns the process's exit code: that of ExitCode, or 128 and the
-// signal's number when a signal ended it early. Throws what main turns into an error.
+// Runs such a command. Returns the process's exit code: that of ExitCode, or 128 and the signal's
+// number when a signal ended it early. Throws what main turns into an error.
 int RunLoadOfKind(const LoadKind& kind, const LoadOptions& options, std::ostream& out,
                   std::ostream& err);
 

@@ -41,14 +41,14 @@ bool IsBelow(const fs::path& file, const fs::path& folder) {
            folder.end();
 }
 
-// What both commands read.
+// What every such command reads.
 void KeepInputs(OutputGuard& guard, const std::string& database,
                 const std::vector<std::string>& arguments, const SourceList& sources) {
     guard.KeepDatabase(database);
     for (const Source& source : sources.Sources()) {
         guard.Keep(source.path, "the packet file " + source.name);
     }
-    // A pipe is copied before it is read, and stands there under another name.
+    // A pipe is copied before it is read, and the list of sources holds the copy.
     for (const std::string& argument : arguments) {
         guard.Keep(argument == "-" ? "/dev/stdin" : argument, "the source " + argument);
     }
@@ -65,7 +65,7 @@ void OutputGuard::Keep(const fs::path& path, const std::string& what) {
 void OutputGuard::KeepDatabase(const std::string& database) {
     const std::string what = "the database " + database;
     Keep(database, what);
-    // The engine looks for these beside the file itself.
+    // The engine keeps these beside the file itself, not beside a link to it.
     for (const fs::path& file : {fs::path(database), WithoutLinks(database)}) {
         for (const std::string& sideFile : recorddb::sql::SideFiles(file.string())) {
             const std::string suffix = sideFile.substr(file.string().size());
@@ -100,7 +100,7 @@ void OutputGuard::CheckStandardOutputs() {
         }
         streams.emplace_back(*identity, std::string("what goes to ") + name);
     }
-    // Both may well go to one file.
+    // Kept only now, since both may go to one file.
     m_kept.insert(streams.begin(), streams.end());
 }
 

@@ -34,8 +34,8 @@ class OutputGuard {
     // that follow away from both.
     void CheckStandardOutputs();
 
-    // Sees that an output is none of what is kept, and keeps it. `option` is what it was named
-    // with. An empty path is none. Throws UsageError.
+    // Checks that an output is not one of the files that are kept, and keeps it as well. `option`
+    // is the option that named it. An empty path means no output. Throws UsageError.
     void Check(const std::string& option, const std::filesystem::path& path);
 
   private:
@@ -50,7 +50,7 @@ class OutputGuard {
     std::filesystem::path m_rejects;
 };
 
-// See that no output that was asked for is another file of the command. To be called before any
+// Check that no output that was asked for is another file of the command. To be called before any
 // output is opened. Throw UsageError.
 void CheckOutputs(const LoadOptions& options, const SourceList& sources);
 void CheckOutputs(const VerifyOptions& options, const SourceList& sources);

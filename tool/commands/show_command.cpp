@@ -64,7 +64,7 @@ void ShowRecord(const RecordType& type, const std::string& id, RecordReader& rea
 void RunShow(const ShowOptions& options, std::ostream& out) {
     const auto database = Database::Open(
         options.database, options.immutable ? Database::Mode::Immutable : Database::Mode::ReadOnly);
-    // One moment for all that is shown, whoever writes meanwhile.
+    // All that is shown is of one moment, whoever writes meanwhile.
     const auto moment = database->Begin();
     RecordReader reader(*database);
     if (options.type.empty()) {

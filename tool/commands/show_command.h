@@ -11,7 +11,7 @@ struct ShowOptions {
     std::string database;
     std::string type;
     std::string id;
-    bool immutable = false;  // nothing is written beside the database, nor to it by anybody
+    bool immutable = false;  // nobody writes to the database, and nothing is written beside it
 };
 
 // Shows the record types with their numbers of records, the records of a type, or one record with

@@ -10,7 +10,7 @@ namespace tool {
 // Compares sources with a database and shows the outcome: on `err` progress and differences, on
 // `out` the numbers and the verdict. Returns the exit code: 0 only when nothing differs. Throws
 // UsageError, SourceError, DatabaseError, sql::Error and std::system_error, when nothing can be
-// said.
+// compared.
 int RunVerify(const VerifyOptions& options, std::ostream& out, std::ostream& err);
 
 }  // namespace tool

@@ -16,8 +16,8 @@ LoadTotals TotalsOf(const ImportOutcome& outcome, ImportedData data) {
     totals.history = count(outcome.done.historyEntries);
     totals.attachments = count(outcome.done.attachments);
     totals.duplicates = count(outcome.done.duplicateLinks);
-    // History and attachments are committed through the record that they belong to, which by that
-    // is not updated in the sense of the word.
+    // History and attachments are committed through the record that they belong to, which does not
+    // count as an update of it.
     if (data == ImportedData::Records) {
         totals.created = count(outcome.done.recordsCreated);
         totals.updated = count(outcome.done.recordsUpdated);

@@ -20,12 +20,12 @@ class AtomicImport {
     AtomicImport(AdPtr<recorddb::Session> session, RecordImporter& importer, RecordGroup& group);
 
     struct Result {
-        std::string error;  // why it failed, for people; nothing of it stays then
+        std::string error;  // why it failed, for people; then nothing of it was written
         LoadTotals done;    // of a packet that went through
     };
 
-    // Imports one packet, valid UTF-8, that holds DATA. Throws sql::Error when the database fails,
-    // std::bad_alloc when memory does.
+    // Imports one packet, valid UTF-8, that holds `data`. Throws sql::Error when the database
+    // fails, std::bad_alloc when memory does.
     Result Import(std::string_view packet, ImportedData data);
 
   private:

@@ -11,7 +11,8 @@ bool DataLoader::Load() {
     try {
         return m_parts.options.wholePackets ? LoadWhole() : LoadRecords();
     } catch (...) {
-        // What was rejected of the group in hand is told, though its records will be read again.
+        // Rejected records of the current group are still reported, though the next load reads them
+        // again.
         m_parts.sinks.TellHeld();
         throw;
     }
@@ -65,12 +66,13 @@ void DataLoader::LoadRecord(const SourceRecord& record) {
     }
 }
 
-// Imports or rejects a record. False when it is left for the load that goes on.
+// Imports or rejects a record. False when it is left for the load that continues this one.
 bool DataLoader::Work(const SourceRecord& record) {
     std::string error = record.error;
     if (record.defect != RecordDefect::None || !Import(record.packet, record.ordinal, error)) {
         if (Interrupted() != 0) {
-            // It may have failed for that alone. The load that goes on tries it again.
+            // It may have failed because of the signal. The load that continues this one tries it
+            // again.
             return false;
         }
         m_journal.OpenGroup();
@@ -104,14 +106,14 @@ void DataLoader::Commit(bool atEnd) {
     m_kept.Clear();
 }
 
-// True when what was gathered is refused for the fault of one of the records, which shows when they
+// True when what was gathered was refused because of one of the records. Which one shows when they
 // are written one by one.
 bool DataLoader::MayDoAgain(const recorddb::sql::Error& error) const {
     return m_parts.group.IsGathered() &&
            (error.IsConstraint() || error.Kind() == recorddb::sql::ErrorKind::Conflict);
 }
 
-// Undoes the group in hand and does its records again, each written by itself.
+// Undoes the current group and does its records again, each written by itself.
 void DataLoader::DoAgain() {
     m_journal.Undo();
     m_parts.rejecter.Undo();
@@ -127,8 +129,8 @@ void DataLoader::DoAgain() {
 }
 
 bool DataLoader::LoadWhole() {
-    // That everything is done is not the case here: what is there was imported record by record,
-    // and the whole packet would import it again.
+    // An earlier load has imported some of the records one by one; the whole packet would import
+    // them again.
     if (m_journal.Journal().HandledBefore() > 0) {
         throw SourceError(m_walk.SourceName() +
                           ": an earlier load has imported some of its records one by one; "
@@ -149,8 +151,8 @@ bool DataLoader::LoadWhole() {
     return Interrupted() == 0 && !HasTooManyRejects();
 }
 
-// Left out of the journal: nothing of the packet is there, and the next load, by records or whole,
-// begins at its front.
+// Not noted in the journal: nothing of the packet has been imported, and the next load, by records
+// or whole, begins at its start.
 void DataLoader::RejectWhole(const WholePacket& whole, const std::string& error) {
     if (Interrupted() == 0) {
         SourceRecord record;
@@ -164,8 +166,7 @@ void DataLoader::RejectWhole(const WholePacket& whole, const std::string& error)
     m_journal.CommitUnnoted();
 }
 
-// Reads all records for nothing but what is lost of them and around them. False when that was
-// interrupted.
+// Reads all records only to find losses, in them and between them. False when that was interrupted.
 bool DataLoader::ExamineRecords() {
     WalkStep step = WalkStep::Data;
     while ((step = m_walk.Next()) == WalkStep::Record) {
@@ -175,7 +176,7 @@ bool DataLoader::ExamineRecords() {
     return step == WalkStep::DataEnd;
 }
 
-// Imports one packet. When it fails, sets `error` to the reason, and nothing of it stays.
+// Imports one packet. When it fails, sets `error` to the reason, and nothing of it is written.
 bool DataLoader::Import(std::string_view packet, std::uint64_t ordinal, std::string& error) {
     AtomicImport::Result result = m_parts.import.Import(packet, m_walk.Configuration().Data());
     if (!result.error.empty()) {

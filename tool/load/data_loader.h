@@ -31,7 +31,7 @@ class DataLoader {
         RecordGroup& group;
     };
 
-    // `walk` has the source in hand, of which no record has been read yet.
+    // `walk` stands at the beginning of the source: no record of it has been read yet.
     DataLoader(SourceWalk& walk, GroupJournal& journal, const Parts& parts)
         : m_walk(walk), m_journal(journal), m_parts(parts) {}
 
@@ -41,10 +41,10 @@ class DataLoader {
     bool Load();
 
     // Passes over a source of which an earlier load has dealt with all records; they are read only
-    // to find what is lost of them. As Load otherwise.
+    // to find losses. Otherwise as Load.
     bool PassOver();
 
-    // The number of the record in hand, from 1.
+    // The number of the current record, from 1.
     std::uint64_t Number() const { return m_number; }
 
   private:
@@ -64,7 +64,7 @@ class DataLoader {
     SourceWalk& m_walk;
     GroupJournal& m_journal;
     const Parts& m_parts;
-    KeptRecords m_kept;  // of the group in hand, if it is gathered
+    KeptRecords m_kept;  // of the current group, if it is gathered
     std::uint64_t m_number = 1;
 };
 

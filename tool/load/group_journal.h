@@ -11,11 +11,11 @@
 
 namespace tool {
 
-// Notes what becomes of the records of one source, and makes it permanent with them, group by
-// group: the journal is written in the transaction of the records that it speaks of.
+// Notes what becomes of the records of one source, and makes it permanent together with them, group
+// by group: the journal is written in the transaction of its records.
 class GroupJournal {
   public:
-    // All but the journal stay the caller's. `walk` has the source in hand.
+    // All but the journal outlive the object. `walk` stands in the source.
     GroupJournal(LoadJournal journal, const SourceWalk& walk, RecordGroup& group, LoadSinks& sinks);
 
     const LoadJournal& Journal() const { return m_journal; }
@@ -29,7 +29,7 @@ class GroupJournal {
     // Makes sure that a transaction is open for the group.
     void OpenGroup() { m_group.Open(); }
 
-    // Ends the group: writes what it has gathered, tells the sinks what they have been kept from,
+    // Ends the group: writes what it has gathered, tells the sinks what was held back from them,
     // and makes it permanent. Rejected records are on the disk before the journal says that they
     // were rejected. Throws SourceError when the source has changed meanwhile, sql::Error, and what
     // the sinks throw.

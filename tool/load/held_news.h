@@ -14,16 +14,17 @@
 
 namespace tool {
 
-// What has happened to records and is not told yet, since it may have to be taken back.
+// What is held back from the sinks about records, since it may have to be taken back: rejects and
+// losses.
 class HeldNews {
   public:
-    // From here on news are held; they are of the record with that ordinal.
+    // From here on news is held back. It is about the record with that ordinal.
     void Hold(std::uint64_t ordinal) {
         m_isHolding = true;
         m_ordinal = ordinal;
     }
 
-    // Takes news, with a copy of all that it refers to. False when none are held.
+    // Takes news, with a copy of all that it refers to. False when nothing is held back.
     bool Take(const RejectedRecord& record) {
         if (m_isHolding) {
             Insert(Reject{record, std::string(record.raw)});
@@ -46,7 +47,7 @@ class HeldNews {
         m_rejects = 0;
     }
 
-    // Hands all news to `tell`, in the order of the ordinals, and holds no more.
+    // Hands all news to `tell`, in the order of the ordinals. What comes later is not held back.
     template <typename Tell>
     void Release(Tell tell) {
         m_isHolding = false;

@@ -4,7 +4,7 @@ namespace tool {
 
 namespace {
 
-// The room of a record that was much larger than most is given back.
+// The memory of a record that was much larger than most is released.
 constexpr std::size_t kMostRoom = std::size_t{1} << 16;
 
 void GiveBack(std::string& text) {

@@ -9,7 +9,7 @@
 
 namespace tool {
 
-// Copies of the records of a group, for it to be done again.
+// Copies of the records of a group, in case it has to be done again.
 class KeptRecords {
   public:
     void Add(const SourceRecord& record);
@@ -26,7 +26,7 @@ class KeptRecords {
         std::string raw;
     };
 
-    // Those past m_count are kept for their memory, which the size of a group bounds.
+    // Those past m_count are kept to reuse their memory, which is bounded by the size of a group.
     std::deque<Kept> m_records;
     std::size_t m_count = 0;
 };

@@ -13,7 +13,7 @@
 
 namespace tool {
 
-// What becomes of a record of a source, as far as the journal knows.
+// What is to be done with a record of a source, as the journal knows it.
 enum class RecordTask {
     Import,  // not handled yet
     Retry,   // was rejected, and is to be tried again
@@ -23,19 +23,19 @@ enum class RecordTask {
 // The journal of one source under one configuration, during a load.
 class LoadJournal {
   public:
-    // `journal` stays the caller's. With `fresh` the journal is taken as empty, and what it knew of
-    // the source is forgotten at the first Save. With `retry` the records that were rejected in a
-    // source that was read to its end are tasks again; those of an interrupted load are not, since
-    // the result must be the one of an undisturbed load.
+    // `journal` outlives the object. With `fresh` the journal is taken as empty, and what it knew
+    // of the source is forgotten at the first Save. With `retry` the records that were rejected in
+    // a source that was read to its end are to be tried again; those of an interrupted load are
+    // not, since the result must be that of an undisturbed load.
     LoadJournal(recorddb::journal::Journal& journal, recorddb::journal::JournalKey key,
                 std::string sourceName, bool fresh, bool retry);
 
-    // What an earlier load left.
+    // What earlier loads have done.
     bool WasComplete() const { return m_wasComplete; }
     std::uint64_t HandledBefore() const { return m_handledBefore; }
     std::uint64_t RejectedBefore() const { return m_rejectedBefore; }
 
-    // True when rejected records of an earlier load are tasks again.
+    // True when rejected records of an earlier load are to be tried again.
     bool Retries() const { return !m_retry.empty(); }
 
     // True when nothing of the source is left to do.
@@ -46,7 +46,7 @@ class LoadJournal {
         return m_stored && !m_forget ? static_cast<std::uint64_t>(m_stored->nextOrdinal) : 0;
     }
 
-    // Has the entry of `key`, a former content of the source, forgotten at the first Save, too.
+    // Also forgets the entry of `key`, a former content of the source, at the first Save.
     void AlsoForget(recorddb::journal::JournalKey key) { m_forgotten.push_back(std::move(key)); }
 
     RecordTask TaskOf(std::uint64_t ordinal) const;
@@ -71,7 +71,7 @@ class LoadJournal {
     recorddb::journal::Journal& m_journal;
     recorddb::journal::JournalKey m_key;
     recorddb::journal::JournalEntry m_entry;
-    recorddb::journal::JournalEntry m_saved;  // m_entry as it was before what has been noted since
+    recorddb::journal::JournalEntry m_saved;  // m_entry at the last Save, or at the beginning
     std::optional<recorddb::journal::JournalEntry> m_stored;  // as this load knows it to be stored
     bool m_forget;
     std::vector<recorddb::journal::JournalKey> m_forgotten;

@@ -12,8 +12,8 @@
 
 namespace tool {
 
-// Where a load and its rehearsal, which go the same way, part: what becomes of their work, and what
-// else they look for.
+// In what a load and its rehearsal differ, which go the same way otherwise: what becomes of their
+// work, and what else they look for.
 class LoadPolicy {
   public:
     using Transaction = std::unique_ptr<recorddb::SessionTransaction>;
@@ -32,22 +32,22 @@ class LoadPolicy {
     // How the records of a group are written.
     virtual recorddb::Writing WritingFor(const LoadOptions& options) const = 0;
 
-    // Ends a group of records, for which TRANSACTION is open; leaves it open where the next group
+    // Ends a group of records, for which `transaction` is open; leaves it open where the next group
     // is to join it. Throws sql::Error.
     virtual void EndGroup(Transaction& transaction) const = 0;
 
     // Whether to look for what the import drops silently, also in records that need not be imported
     // any more.
     virtual bool FindsLosses(const LoadOptions& options) const = 0;
-    // Whether a loss keeps the outcome from being a complete one.
+    // Whether a loss makes the outcome an incomplete one.
     virtual bool MindsLosses() const = 0;
 
-    // Whether records that no configuration comes before end the load as an error, or are told as
-    // a loss and passed over.
+    // Whether records that no configuration comes before are an error, which ends the load;
+    // otherwise they are reported as a loss and passed over.
     virtual bool NeedsConfiguration() const = 0;
 
     // What is to be done, as a sentence, when a source changes of which `handled` records have been
-    // dealt with; empty: nothing, since nothing of them stays.
+    // dealt with; empty: nothing, since none of them is kept.
     virtual std::string AdviseOnChange(std::uint64_t handled) const = 0;
 
     // Words for people. "were", or "would be", before what becomes of records; and as a sentence,
@@ -61,11 +61,12 @@ class PermanentLoad final : public LoadPolicy {
   public:
     void Adjust(recorddb::SessionOptions& /*options*/) const override {}
     void Begin(recorddb::Session& /*session*/, Transaction& /*transaction*/) const override {}
-    // Gathered, but for what takes records one by one: traces, which tell of each at once, the
-    // search for losses, and whole packets, whose records cannot be done again by themselves.
+    // Gathered, except where records have to be written one by one: for traces, which tell of each
+    // at once, for the search for losses, and for whole packets, whose records cannot be done again
+    // by themselves.
     recorddb::Writing WritingFor(const LoadOptions& options) const override;
     void EndGroup(Transaction& transaction) const override;
-    // A load without a page for people goes without, since the search takes a tenth of its time.
+    // Only for the page for people: the search would add a tenth to the time of every load.
     bool FindsLosses(const LoadOptions& options) const override { return !options.html.empty(); }
     bool MindsLosses() const override { return false; }
     bool NeedsConfiguration() const override { return true; }
@@ -74,12 +75,13 @@ class PermanentLoad final : public LoadPolicy {
     std::string_view WhatStays(const LoadOptions& options) const override;
 };
 
-// Keeps nothing: one transaction holds all its groups, and is undone when it goes.
+// Keeps nothing: one transaction holds all its groups, and is undone at the end.
 class Rehearsal final : public LoadPolicy {
   public:
     // The content of attachments is read, but not stored.
     void Adjust(recorddb::SessionOptions& options) const override;
-    // What is read of the database from here on must not change under the rehearsal.
+    // Opens the transaction at once: what the rehearsal reads must not be changed by others
+    // meanwhile.
     void Begin(recorddb::Session& session, Transaction& transaction) const override;
     // All groups are in one transaction, in which a group cannot be done again by itself.
     recorddb::Writing WritingFor(const LoadOptions& /*options*/) const override {

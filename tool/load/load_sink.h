@@ -13,8 +13,8 @@
 namespace tool {
 
 // Takes what happens in a load, or in its rehearsal, in the order in which it happens: a report,
-// say, or the folder of rejected records. A sink takes what it has a use for. What it throws ends
-// the load.
+// say, or the folder of rejected records. A sink overrides what it has a use for. What it throws
+// ends the load.
 class LoadSink {
   public:
     LoadSink() = default;
@@ -22,12 +22,11 @@ class LoadSink {
     LoadSink& operator=(const LoadSink&) = delete;
     virtual ~LoadSink() = default;
 
-    // News for people, which a quiet run leaves out, and what they are told in any case. A line
-    // each.
+    // A line for people. What a sink Says is left out of a quiet run, what it Warns of never is.
     virtual void Says(std::string_view /*line*/) {}
     virtual void Warns(std::string_view /*line*/) {}
 
-    // From here on CONFIGURATION is in force; SOFAR is what was done before.
+    // From here on `configuration` is in force; `soFar` is what was done before.
     virtual void Configures(const ImportConfiguration& /*configuration*/,
                             const LoadTotals& /*soFar*/) {}
 
@@ -39,19 +38,20 @@ class LoadSink {
 
     virtual void Rejects(const RejectedRecord& /*record*/) {}
 
-    // A transaction is about to end that says which records were rejected. Who keeps their texts
-    // sees to the disk now what it has of them: the other order could lose them.
+    // A transaction that notes which records were rejected is about to end. A sink that keeps their
+    // texts sees that they are on the disk now: later, a crash could lose them.
     virtual void Secures() {}
 
     virtual void Loses(const Loss& /*loss*/) {}
 
-    // So much is done, and so many bytes of the sources have been read. Comes for every record.
+    // What is done so far, and how many bytes of the sources have been read. Called for every
+    // record.
     virtual void Advances(const LoadTotals& /*soFar*/, std::uint64_t /*bytes*/) {}
 
-    // The load does not come to its end; WHY is a sentence or more.
+    // The load does not come to its end; `why` is a sentence or more.
     virtual void EndsEarly(const std::string& /*why*/) {}
 
-    // The load is over, also one that failed; what stands on a terminal while it runs ends here.
+    // The load is over or has failed. A progress line on the terminal ends here.
     virtual void Ends() {}
 
     // The last call, for reports to be written. Throws WriteError when one cannot be.

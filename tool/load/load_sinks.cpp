@@ -96,7 +96,7 @@ void LoadSinks::Finish() {
     for (LoadSink* const sink : m_sinks) {
         sink->Ends();
     }
-    // One report that cannot be written does not keep the rest from being told.
+    // One report that cannot be written does not keep the others from being finished.
     std::exception_ptr failure;
     for (LoadSink* const sink : m_sinks) {
         try {

@@ -15,7 +15,7 @@ namespace tool {
 // Passes what happens in a load on to its sinks, one after the other, and keeps the totals.
 class LoadSinks {
   public:
-    // The load begins now, with sinks that stay the caller's and get everything in this order.
+    // The load's time begins now. The sinks outlive the object and get everything in this order.
     explicit LoadSinks(std::vector<LoadSink*> sinks);
 
     void Say(std::string_view line);
@@ -28,14 +28,15 @@ class LoadSinks {
     void AddImported(const LoadTotals& done) { Add(m_totals, done); }
     void Reject(const RejectedRecord& record);
 
-    // Keeps rejects, and what is lost, from the sinks until TellHeld: they may be taken back. To be
-    // called before the records, with the ordinal of each, which need not ascend.
+    // Holds rejects and losses back from the sinks until TellHeld, since they may be taken back. To
+    // be called before each record, with its ordinal; ordinals need not ascend.
     void Hold(std::uint64_t ordinal) { m_held.Hold(ordinal); }
-    // Tells the sinks what was held, in the order of the ordinals. What comes then is told at once.
+    // Tells the sinks what was held back, in the order of the ordinals. What comes later is told at
+    // once.
     void TellHeld();
-    // Forgets the rejects that are held.
+    // Forgets the rejects that are held back.
     void TakeBackRejects() { m_held.DropRejects(); }
-    // To be called before a transaction ends that says that records were rejected.
+    // To be called before the end of a transaction that notes which records were rejected.
     void Secure();
     void Lose(const Loss& loss);
     void LeaveRejected(std::uint64_t records);
@@ -45,15 +46,15 @@ class LoadSinks {
     void Advance(std::uint64_t bytes);
 
     const LoadTotals& Totals() const { return m_totals; }
-    // Rejected records, those that are held included.
+    // Rejected records, those that are held back included.
     std::uint64_t Rejected() const { return m_totals.rejected + m_held.Rejects(); }
-    // How much the sinks were told of as lost silently.
+    // The number of losses that the sinks were told of.
     std::uint64_t Losses() const { return m_losses; }
     // Records that earlier loads rejected, and that are still missing.
     std::uint64_t LeftRejected() const { return m_leftRejected; }
 
-    // Ends the load. Throws WriteError when a sink cannot write what it has; the others have
-    // finished then.
+    // Ends the load. Throws WriteError when a sink cannot write what it has, once the others have
+    // finished.
     void Finish();
 
   private:

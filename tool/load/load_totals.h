@@ -11,7 +11,7 @@ struct LoadTotals {
     std::uint64_t created = 0;      // records made
     std::uint64_t updated = 0;      // records changed
     std::uint64_t rejected = 0;     // records refused
-    std::uint64_t skipped = 0;      // records that the journal knows as loaded
+    std::uint64_t skipped = 0;      // records loaded before, or passed over by the importer
     std::uint64_t history = 0;      // history entries written
     std::uint64_t attachments = 0;  // attachments stored
     std::uint64_t duplicates = 0;   // duplicate marks set

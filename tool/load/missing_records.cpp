@@ -38,7 +38,7 @@ std::string MappedField(const ImportConfiguration& configuration, const Field& f
     return found == mapping.end() ? std::string() : found->second;
 }
 
-// Others are stored in another form than people write.
+// Values of other kinds are stored in another form than people write.
 bool IsComparedAsText(const Field& field) {
     switch (field.kind) {
         case FieldKind::Text:

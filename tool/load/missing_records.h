@@ -21,12 +21,12 @@ class MissingRecords {
     explicit MissingRecords(recorddb::Database& database);
 
     // What `record`, the text of a record under `configuration`, waits for, as sentences for
-    // people, such as "It waits for the user \"ann\" (field owner), rejected as users.xml,
-    // record 3."; empty when it waits for nothing. Throws sql::Error.
+    // people, such as "It waits for the user \"ann\" (field owner), which was rejected too:
+    // users.xml, record 3."; empty when it waits for nothing. Throws sql::Error.
     std::string Describe(std::string_view record, const ImportConfiguration& configuration);
 
     // Remembers a rejected record, so that those that wait for it can say where it stands. `place`
-    // is for people. Of very many only the first are remembered.
+    // is for people. Only the first hundred thousand are remembered.
     void NoteRejected(const ImportConfiguration& configuration, const std::string& sourceId,
                       const std::string& place);
 

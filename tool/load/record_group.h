@@ -9,14 +9,15 @@
 namespace tool {
 
 // Groups the records of a load into transactions. A transaction of its own for every record costs
-// four times as much as the records themselves; one that never ends makes each savepoint in it
-// dearer. About a hundred records to a transaction is near the best.
+// four times as much as the records themselves; one that never ends makes each savepoint in it cost
+// more. About a hundred records to a transaction is near the best.
 //
 // The groups of a rehearsal are undone together, when the object goes.
 class RecordGroup {
   public:
     static constexpr std::size_t kRecords = 100;
-    // A group is kept until it is permanent, so large records make it end earlier.
+    // The records of a group are in memory until it is permanent, so large ones make it end
+    // earlier.
     static constexpr std::size_t kBytes = std::size_t{1} << 20;
 
     // `policy`, which says what becomes of a group, outlives the object. `writing` is for the
@@ -25,7 +26,7 @@ class RecordGroup {
                 recorddb::Writing writing);
 
     // Whether what the records of a group write is gathered. Then the group as a whole may be
-    // refused, when it is written, for the fault of one of them.
+    // refused, when it is written, because of one of them.
     bool IsGathered() const { return m_writing == recorddb::Writing::Gathered; }
     // From the next group on.
     void SetWriting(recorddb::Writing writing) { m_writing = writing; }

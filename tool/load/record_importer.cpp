@@ -66,7 +66,8 @@ ImportOutcome RecordImporter::Import(std::string_view packet) {
 
 void RecordImporter::StartAnew() {
     m_importer = MakeImporter();
-    // It was accepted before; a part of it must not do for the records that follow.
+    // It was accepted before, so only memory can be missing. No record must be imported with a part
+    // of it.
     if (!m_configuration.empty() && !ImportText(*m_importer, m_configuration).IsEmpty()) {
         throw std::bad_alloc();
     }

@@ -30,7 +30,7 @@ struct ImportOutcome {
 // configuration in force again.
 //
 // Both operations throw std::bad_alloc where there is too little memory to go on; a record for
-// which there is too little is one that failed.
+// which there is too little counts as one that failed.
 class RecordImporter {
   public:
     explicit RecordImporter(AdPtr<recorddb::Session> session);
@@ -49,7 +49,7 @@ class RecordImporter {
     AdPtr<recorddb::Session> m_session;
     std::unique_ptr<AdImporter> m_importer;
     std::u16string m_configuration;
-    std::u16string m_packet;  // kept for its room
+    std::u16string m_packet;  // kept to reuse its memory
 };
 
 }  // namespace tool

@@ -10,7 +10,7 @@
 
 namespace tool {
 
-// Tells of rejected records, with everything that helps to mend them: the original id, and the
+// Reports rejected records, with everything that helps to mend them: the original id, and the
 // records that they wait for.
 class RecordRejecter {
   public:
@@ -18,7 +18,7 @@ class RecordRejecter {
     RecordRejecter(recorddb::Database& database, LoadSinks& sinks)
         : m_missing(database), m_sinks(sinks) {}
 
-    // Rejects `record` of the source that `walk` has in hand, for REASON. A transaction must be
+    // Rejects `record` of the source that `walk` stands in, for `reason`. A transaction must be
     // open, since looking for other records may make an index. Throws sql::Error, and what the
     // sinks throw.
     void Reject(const SourceRecord& record, const SourceWalk& walk, const std::string& reason);

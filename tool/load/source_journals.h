@@ -10,7 +10,7 @@
 
 namespace tool {
 
-// Finds out what earlier loads have done of each source, and tells of it.
+// Finds out what earlier loads have done of each source, and says so.
 class SourceJournals {
   public:
     // All of them outlive the object. Throws sql::Error.
@@ -20,8 +20,8 @@ class SourceJournals {
           m_sinks(sinks),
           m_unfinished(database.GetJournal()) {}
 
-    // The journal of the source of records that `walk` has in hand. Throws SourceChanged when
-    // an earlier load has imported a part of it as it was before a change, sql::Error.
+    // The journal of the source of records that `walk` stands in. Throws SourceChanged when an
+    // earlier load has imported a part of it as it was before a change, sql::Error.
     LoadJournal Open(const SourceWalk& walk);
 
   private:

@@ -21,9 +21,9 @@ namespace tool {
 
 // Loads sources one after the other: configurations are put in force, records are imported each by
 // itself. What a rejected record had written is undone, so that a record is in the database as a
-// whole or not at all, and the journal is written with the records it speaks of.
+// whole or not at all, and the journal is written in the same transaction as its records.
 //
-// What becomes of the work as a whole is for the policy to say.
+// The policy decides what becomes of the work as a whole.
 class SourceLoader {
   public:
     // All of them outlive the object.

@@ -13,15 +13,15 @@ namespace tool {
 // importer's diagnostic flag on and takes the process's diagnostic sink.
 class TraceFile : public AdDiagnosticSink {
   public:
-    // Replaces the file at `path` at once. See ReplacingFile for links and for what is no file.
-    // Throws UsageError when it cannot be written.
+    // Replaces the file at `path` at once. See ReplacingFile for links and for what is not a
+    // regular file. Throws UsageError when it cannot be written.
     explicit TraceFile(const std::filesystem::path& path);
     ~TraceFile() override;
     TraceFile(const TraceFile&) = delete;
     TraceFile& operator=(const TraceFile&) = delete;
 
-    // Throws WriteError when a trace could not be written; those behind it are missing then. The
-    // traces themselves go through code that must not be disturbed.
+    // Throws WriteError when a trace could not be written; those after it are missing. Write itself
+    // does not throw it, since that would disturb the importer.
     void Finish();
 
     bool Wants(int flag) override { return flag == AdDiagnostic::kImportFlag; }

@@ -19,7 +19,7 @@ class UnfinishedSources {
         std::uint64_t handled = 0;  // records
     };
 
-    // Reads `journal`, which stays the caller's. Throws sql::Error.
+    // Reads `journal`, which outlives the object. Throws sql::Error.
     explicit UnfinishedSources(recorddb::journal::Journal& journal);
 
     // The loads that have imported a part of the source called `name` under the configuration of

@@ -40,7 +40,7 @@ std::string Text(Random& random, std::size_t length) {
         text += kWords[random.Below(kWords.size())];
     }
     text.resize(length);
-    // Blanks at the end would be the only thing in which a text could differ unseen.
+    // No blank at the end, where nobody would see a difference.
     text.back() = '.';
     return text;
 }

@@ -50,7 +50,7 @@ PacketFiles WriteKeywordPackets(const std::filesystem::path& folder);
 PacketFiles WriteCreatePackets(const std::filesystem::path& folder, std::int64_t records);
 // The same records without their history, for which the history packets are then loaded.
 PacketFiles WriteBarePackets(const std::filesystem::path& folder, std::int64_t records);
-// Each record's title, milestone and description are other ones than before.
+// Each record's title, milestone and description differ from those before.
 PacketFiles WriteUpdatePackets(const std::filesystem::path& folder, std::int64_t records);
 // The four history lines of each record.
 PacketFiles WriteHistoryPackets(const std::filesystem::path& folder, std::int64_t records);

@@ -20,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The fastest of so many runs counts: what slows a run down is never the program itself.
+// The fastest of so many runs counts: what slows the others down comes from outside the program.
 constexpr int kRuns = 3;
 
 class TemporaryFolder {

@@ -3,7 +3,7 @@
 plain_load.py create|update DATABASE PACKETS
 
 One transaction; nothing is checked or looked up, a record cannot be rejected, and nothing is known
-of the load afterwards. What load_bench compares the tool with.
+of the load afterwards. load_bench compares the tool with this.
 """
 
 import sqlite3

@@ -16,7 +16,7 @@ if(ZT_SANITIZE)
     add_compile_options(-fsanitize=${ZT_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         # Under the sanitizers g++ 12 takes members of the standard library's own objects (regex)
-        # for uninitialised; without them it sees better, and the release build keeps the warning.
+        # for uninitialised. The release build, which has no sanitizers, keeps the warning.
         add_compile_options(-Wno-maybe-uninitialized)
     endif()
     add_link_options(-fsanitize=${ZT_SANITIZE})

@@ -1,5 +1,5 @@
-# What `cmake --install` brings beside the tool: libraries, the headers of those who use them, a
-# CMake package and pkg-config files. The prefix can be moved as a whole: nothing in it names its
+# What `cmake --install` brings beside the tool: libraries, the headers for programs that use them,
+# a CMake package and pkg-config files. The prefix can be moved as a whole: nothing in it names its
 # own place.
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
@@ -15,7 +15,7 @@ set(ZT_INSTALL_PKGCONFIGDIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 function(zt_install_library target)
     cmake_parse_arguments(arg "" "AS;DESCRIPTION" "REQUIRES;HEADERS" ${ARGN})
     add_library(ztimporter::${arg_AS} ALIAS ${target})
-    # What the headers take.
+    # The C++ that the headers need.
     target_compile_features(${target} INTERFACE cxx_std_20)
     # Before version 1.0 each minor version can change the binary interface.
     set_target_properties(${target} PROPERTIES
@@ -55,7 +55,7 @@ function(zt_install_program target)
     endif()
 endfunction()
 
-# What belongs to all of the libraries, once they are there.
+# Installs what all of the libraries share. To be called after them.
 function(zt_install_package)
     install(EXPORT ztimporter NAMESPACE ztimporter:: FILE ztimporter-targets.cmake
         DESTINATION ${ZT_INSTALL_PACKAGEDIR})

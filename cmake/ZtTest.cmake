@@ -1,13 +1,14 @@
-# The seconds after which a test is taken to hang. No test is so slow, on however slow a machine and
-# beside whatever else.
+# The seconds after which a test is taken to hang. No test takes that long, even on a slow and busy
+# machine.
 set(ZT_TEST_TIMEOUT 1800)
 
 # Where each test program writes what became of its tests, one file a process.
 set(ZT_TEST_RESULTS ${PROJECT_BINARY_DIR}/test-results)
 
-# zt_add_test(NAME [SHARDS n] SOURCES file... LIBS target...): one test program. CTest runs it as one
-# test: a process for each of its tests would take longer to start, under the sanitizers, than most
-# of them take. A program that takes long is spread over SHARDS processes, which may run at once.
+# zt_add_test(NAME [SHARDS n] SOURCES file... LIBS target...): one test program. CTest runs it as
+# one test: under the sanitizers, starting a process for each of its tests would take longer than
+# most of the tests. A program that takes long is spread over SHARDS processes, which may run at
+# once.
 function(zt_add_test name)
     cmake_parse_arguments(arg "" "SHARDS" "SOURCES;LIBS" ${ARGN})
     add_executable(${name} ${arg_SOURCES})
@@ -25,7 +26,7 @@ function(zt_add_test name)
     endforeach()
 endfunction()
 
-# Adds a CTest test that runs the tests of a program in the environment given besides.
+# Adds a CTest test that runs the tests of a program, with these environment variables in addition.
 function(zt_run_tests_of program test environment)
     add_test(NAME ${test} COMMAND ${program})
     set_tests_properties(${test} PROPERTIES

@@ -23,7 +23,7 @@ std::string Answers(AdImportConfigurationDataParser& parser) {
     }
     CMapStringToString mapping;
     Expect(parser.GetRecordReferenceMapping(mapping) == mapping.GetCount(),
-           "the number of mappings is told");
+           "the number of mappings is returned");
     Obx_String target;
     Obx_String reference;
     for (auto position = mapping.GetStartPosition(); position != nullptr;) {

@@ -34,8 +34,8 @@ constexpr std::uint8_t kKeywords = 1;
 
 constexpr const char* kProbe = "a keyword that no input names";
 
-// Releases what a packet that an exception ended leaves behind for whoever looks into it; the next
-// data packet would drop it.
+// A packet that was ended by an exception leaves its history entries behind, which the next data
+// packet would drop without releasing them. This class releases them.
 class Importer : public AdImporter {
   public:
     Importer() { SetSession(AdSessionPtr(fuzz::ExampleDatabase::Instance().Session().GetPtr())); }
@@ -69,7 +69,7 @@ bool HoldsOneRecord(std::u16string_view packet) {
     return first != packet.npos && packet.find(u"<record>", first + 1) == packet.npos;
 }
 
-// A keyword has nothing that could be refused once it is in the database.
+// Nothing of a keyword is written before all of it has been accepted.
 void ImportKeyword(Importer& importer, const std::u16string& packet) {
     fuzz::ExampleDatabase& database = fuzz::ExampleDatabase::Instance();
     const std::string before = database.Contents();
@@ -112,8 +112,8 @@ void ExpectUsableSession() {
 
 }  // namespace
 
-// Whatever the packets are, Import comes back, the session stays of use, and a refused record
-// leaves nothing in the database.
+// Whatever the packets are, Import returns, the session remains usable, and a refused record leaves
+// nothing in the database.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Input input(data, size);
     const auto choice = static_cast<std::uint8_t>(input.TakeChoice() % kConfigurations.size());

@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 namespace fuzz {
 
-// An input: a text, and behind it the bytes that choose how it is worked on. The choices stand at
+// An input: a text, and after it the bytes that choose how it is worked on. The choices stand at
 // the end, so that a real file is a good input as it is.
 class Input {
   public:
@@ -36,7 +36,8 @@ class Input {
     std::string_view m_text;
 };
 
-// Ends the process, which makes the input a finding, unless the property `holds` that `what` tells.
+// Ends the process, which makes the input a finding, unless the property that `what` describes
+// `holds`.
 inline void Expect(bool holds, const char* what) {
     if (!holds) {
         std::fprintf(stderr, "This does not hold: %s\n", what);

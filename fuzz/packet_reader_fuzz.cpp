@@ -86,8 +86,8 @@ void ExamineRecord(const Read& record) {
 
 }  // namespace
 
-// Whatever the chunks are, the records are the same; each of them is one for the importer; and what
-// the importer takes as configuration is configuration here.
+// Whatever the chunks are, the records are the same; the importer sees one record in each; and both
+// agree on what is configuration.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Input input(data, size);
     tool::ReaderOptions options;
@@ -98,7 +98,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Expect(ReadAll(input.Text(), options) == reading, "records do not depend on chunks");
     std::uint64_t end = 0;
     for (const Read& record : reading.records) {
-        Expect(record.offset >= end, "records come one behind the other");
+        Expect(record.offset >= end, "records come one after the other");
         end = record.offset + 1;
         ExamineRecord(record);
     }

@@ -26,14 +26,14 @@ void Free(const std::list<CMapStringToString*>& entries) {
     }
 }
 
-// Everything that the importer may ask of a value, whatever its field's type.
+// Reads a value in every way in which the importer may, whatever its field's type.
 void ReadValue(AdImportRecordParser& parser, const Obx_String& value) {
     if (value.Find(u"&") < 0) {
         Expect(parser.UnEscape(value) == value, "a text without escapes stays as it is");
     }
     CStringArray items;
     Expect(parser.SplitReferenceListValue(value, items) == items.GetSize(),
-           "the number of items is told");
+           "the number of items is returned");
     const auto history = parser.ExtractHistoryData(value);
     for (const CMapStringToString* entry : history) {
         Expect(entry->GetCount() <= 6, "a history entry has six columns at the most");
@@ -49,7 +49,8 @@ void ReadValue(AdImportRecordParser& parser, const Obx_String& value) {
 void ReadRecord(AdImportRecordParser& parser) {
     CMapStringToString fields;
     try {
-        Expect(parser.GetRecordMap(fields) == fields.GetCount(), "the number of fields is told");
+        Expect(parser.GetRecordMap(fields) == fields.GetCount(),
+               "the number of fields is returned");
     } catch (CException* exception) {
         exception->Delete();
         return;
@@ -64,7 +65,7 @@ void ReadRecord(AdImportRecordParser& parser) {
 
 }  // namespace
 
-// The parser stops at every "<record>" once, and whatever it is asked for is the caller's to free.
+// The parser stops at every "<record>" once, and the caller owns what it returns.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string packet(fuzz::Input(data, size).Text());
     const std::string text(packet.c_str());

@@ -61,8 +61,8 @@ std::vector<std::string> RecordsIn(const std::filesystem::path& file) {
     return raws;
 }
 
-// What was set aside is a source of the same records. One that does not end has the comment behind
-// it in its text, up to the next record.
+// What was set aside is a source of the same records. The text of a record that does not end goes
+// on with the comment after it, up to the next record.
 void ExpectReadable(const std::filesystem::path& file, const std::vector<std::string>& raws) {
     const std::vector<std::string> read = RecordsIn(file);
     Expect(read.size() == raws.size(), "every record is found where it was set aside");

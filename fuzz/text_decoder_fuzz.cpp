@@ -77,7 +77,7 @@ void Compare(std::string_view bytes, std::size_t chunk) {
         text == (decoder.SourceEncoding() == tool::Encoding::Utf8 ? DecodeUtf8(body)
                                                                   : DecodeUtf16(body, bigEndian)),
         "the text is the one that ICU reads");
-    Expect(decoder.Marked() == (tool::FindDecodingMark(text) != text.npos), "marks are told");
+    Expect(decoder.Marked() == (tool::FindDecodingMark(text) != text.npos), "marks are reported");
     Expect(decoder.BytesRead() == bytes.size(), "every byte was read");
     const std::uint64_t oddByte = text.ends_with(static_cast<char>(tool::OddByteMark)) ? 1 : 0;
     Expect(decoder.SourceBytes(text) - oddByte == body.size(), "places in the source are right");

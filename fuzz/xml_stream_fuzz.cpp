@@ -113,7 +113,7 @@ std::vector<std::string> TagsOf(const Reading& reading) {
     return tags;
 }
 
-// `text` behind a comment so long that the stream's first chunk of input ends `border` bytes into
+// `text` after a comment so long that the stream's first chunk of input ends `border` bytes into
 // it.
 std::string Shifted(std::string_view text, std::size_t border) {
     constexpr std::size_t chunk = 2048;
@@ -123,8 +123,8 @@ std::string Shifted(std::string_view text, std::size_t border) {
 
 }  // namespace
 
-// However the text falls into chunks, the tokens are the same; and of a whole document the tags are
-// those that any XML reader sees.
+// However the text is divided into chunks, the tokens are the same; and of a whole document the
+// tags are those that any XML reader sees.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Input input(data, size);
     const std::size_t border = input.TakeChoice();

@@ -18,7 +18,7 @@ class PlainReader {
     };
 
     // Reads one tag with the text in front of it, which begins at `at` in `text`, into the queue,
-    // and moves `at` behind it. Nothing is done unless it is read.
+    // and moves `at` past it. Nothing is done unless it is read.
     static Result ReadTag(std::string_view text, std::size_t& at, TokenQueue& queue);
 };
 

@@ -7,8 +7,8 @@
 #include <string_view>
 
 // Faults at counted points: a program that is linked with faulty_calls.cpp and faulty_memory.cpp
-// counts what it asks of the system and, at the point that its environment names, is refused it,
-// ends, or is held. So tests of what happens "in the middle" need no clock.
+// counts what it asks of the system. At the point that its environment names, the request fails, or
+// the program ends or is held. So tests of what happens "in the middle" need no clock.
 //
 // ZT_FAULT=KIND[@NAME]:N[+]:ACTION names the point. N counts the requests of that kind, from 1, or
 // with NAME only those for files whose path contains it; 0 means none. With "+" all later requests
@@ -42,7 +42,7 @@ constexpr std::array<std::string_view, kKinds> kKindNames = {
 
 struct FaultCounts {
     std::array<std::uint64_t, kKinds> requests;  // by kind
-    std::uint64_t matches;                       // those that the plan's KIND and NAME speak of
+    std::uint64_t matches;                       // those that match the plan's KIND and NAME
     std::uint64_t faults;                        // requests that met it
 
     std::uint64_t Of(Kind kind) const { return requests[static_cast<std::size_t>(kind)]; }

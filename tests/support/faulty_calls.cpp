@@ -1,6 +1,6 @@
 // The C library's calls on files, put in front of the C library's own for a whole program, shared
-// libraries included: each is counted and may fail as planned, and is made otherwise. What the C
-// library calls inside itself (as stdio does, or mkstemp) passes by.
+// libraries included: each is counted and may fail as planned, and is made otherwise. Calls that
+// the C library makes inside itself (in stdio, or in mkstemp) are not counted.
 
 #include <dlfcn.h>
 #include <fcntl.h>

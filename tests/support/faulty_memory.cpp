@@ -69,7 +69,7 @@ void FreeForIcu(const void* /*context*/, void* block) {
     std::free(block);
 }
 
-// Before main, since each of them wants to be told before its first use.
+// Before main, since each of them has to be told before its first use.
 const bool kTold = [] {
     sqlite3_config(SQLITE_CONFIG_GETMALLOC, &g_sqlite);
     sqlite3_mem_methods counted = g_sqlite;

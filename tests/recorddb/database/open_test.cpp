@@ -137,7 +137,7 @@ TEST_F(OpenTest, DatabaseOfAnotherProgramIsRefused) {
     }
 }
 
-TEST_F(OpenTest, DatabaseSaysWhoseItIs) {
+TEST_F(OpenTest, DatabaseHasTheApplicationIdOrNone) {
     EXPECT_EQ(Pragma("application_id"), std::to_string(0x5A545244));
     m_connection->ExecuteScript("PRAGMA application_id = 0");
     Close();
@@ -234,7 +234,7 @@ TEST_F(OpenTest, NamesThatMeanSomethingElseToTheEngineAreThoseOfFiles) {
     }
 }
 
-TEST_F(OpenTest, DamagedFileIsTold) {
+TEST_F(OpenTest, DamagedFileIsReported) {
     for (int row = 0; row < 2000; ++row) {
         Insert("name " + std::to_string(row));
     }
@@ -253,7 +253,7 @@ TEST_F(OpenTest, DamagedFileIsTold) {
     EXPECT_EQ(error.Kind(), ErrorKind::Corrupt);
 }
 
-TEST_F(OpenTest, FullDatabaseIsTold) {
+TEST_F(OpenTest, FullDatabaseIsReported) {
     m_connection->ExecuteScript("PRAGMA max_page_count = 4");
     const std::string big(10'000, 'x');
     EXPECT_EQ(ErrorOf([this, &big] { Insert(big); }).Kind(), ErrorKind::DiskFull);

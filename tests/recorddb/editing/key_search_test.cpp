@@ -60,7 +60,7 @@ std::string Words(int count) {
     return text;
 }
 
-// The records that a test says there are, and what was asked for.
+// Answers with the records that a test names, and notes what it is asked for.
 class Directory final : public KeyDirectory {
   public:
     using Key = std::pair<std::string, std::vector<FieldValue>>;
@@ -118,7 +118,7 @@ TEST_F(KeySearchTest, NoPartIsEmpty) {
     EXPECT_EQ(Find("place", "a  b c").dbid, 7);
 }
 
-TEST_F(KeySearchTest, TextThatFitsSeveralRecordsIsToldAsSuch) {
+TEST_F(KeySearchTest, TextThatFitsSeveralRecordsIsAmbiguous) {
     m_directory.Add("place", {"a b", "c", "d"}, 7);
     m_directory.Add("place", {"a", "b c", "d"}, 8);
     const KeyMatch match = Find("place", "a b c d");
@@ -183,7 +183,7 @@ TEST_F(KeySearchTest, KeyThatIsAReferenceToItsOwnTypeComesToAnEnd) {
     EXPECT_FALSE(Find("echo", "a").undecided);
 }
 
-TEST_F(KeySearchTest, DeepKeysAreGivenUpBeforeTheStackIs) {
+TEST_F(KeySearchTest, DeepKeysAreGivenUpBeforeTheStackOverflows) {
     m_limits.maxTries = 10'000'000;
     EXPECT_TRUE(Find("folder", Words(2000)).undecided);
 }

@@ -167,7 +167,7 @@ TEST_F(AttachmentFolderTest, FilesBeyondTheLimitAreRefused) {
               "attachments may have 9 (--max-attachment-size).");
 }
 
-TEST_F(AttachmentFolderTest, FileIsReadAsOftenAsAskedAndTakesNoOtherPieces) {
+TEST_F(AttachmentFolderTest, FileCanBeReadAgainInTheSamePieces) {
     const std::string content(AttachmentFile::kPieceSize * 2 + 1, 'x');
     m_folder.Write("files/long", content);
     AttachmentFile file;
@@ -226,7 +226,7 @@ bool HoldsWithoutOpenat2(int error, const std::function<bool()>& work) {
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-TEST_F(AttachmentFolderTest, KernelsThatCannotHoldANameInTheFolderAreDoneWithout) {
+TEST_F(AttachmentFolderTest, FilesAreFoundWithoutTheSystemCallOpenat2) {
     fs::create_symlink("sub/b.txt", m_folder.Path() / "files/in.txt");
     fs::create_symlink("../outside.txt", m_folder.Path() / "files/out.txt");
     fs::create_directory_symlink("..", m_folder.Path() / "files/up");

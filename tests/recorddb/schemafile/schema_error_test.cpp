@@ -14,7 +14,7 @@ namespace {
 
 using ::testing::HasSubstr;
 
-// A schema with a mistake in it, and where and how it is told.
+// A schema with a mistake in it, and the place and the text of its error.
 struct Mistake {
     const char* name;
     std::string yaml;
@@ -247,7 +247,7 @@ std::string Fields(std::size_t count) {
     return fields;
 }
 
-TEST(SchemaLimitTest, FieldTooManyIsTold) {
+TEST(SchemaLimitTest, OneFieldTooManyIsRefused) {
     const std::string head = "record_types:\n  a:\n    key: [f1]\n    fields:\n";
     try {
         ReadSchema(head + Fields(kMaxColumnFields + 1), "test.yaml");
@@ -266,7 +266,7 @@ TEST(SchemaLimitTest, FieldsWithoutAColumnDoNotCount) {
         head + "      files: {type: attachments}\n" + Fields(kMaxColumnFields), "test.yaml"));
 }
 
-TEST(SchemaLimitTest, KeyFieldTooManyIsTold) {
+TEST(SchemaLimitTest, OneKeyFieldTooManyIsRefused) {
     std::string key = "f1";
     for (std::size_t part = 2; part <= kMaxKeyFields + 1; ++part) {
         key += ", f" + std::to_string(part);

@@ -46,7 +46,7 @@ class NotingConnection final : public sql::Connection {
     sql::Dialect m_dialect{};
 };
 
-// What an atomic write that is kept takes inside a transaction.
+// What an AtomicWrite that is kept asks of the connection inside a transaction.
 std::vector<std::string> TakenInTransaction(bool survivesErrors, AtomicWrite::Refusable refusable) {
     NotingConnection connection(survivesErrors);
     const sql::Transaction transaction(connection);

@@ -198,7 +198,7 @@ TEST_F(LoadPageTest, StaysSmallHoweverMuchIsRejected) {
 
 class VerdictOfRunTest : public LoadPageTest {
   protected:
-    // State and sentence of the run that `summary` tells of.
+    // State and sentence of the run that `summary` describes.
     static std::string Verdict(const RunSummary& summary) {
         const tool::PageVerdict verdict = VerdictOf(summary);
         return verdict.state + ": " + verdict.sentence;

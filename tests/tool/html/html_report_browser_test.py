@@ -35,7 +35,8 @@ SCHEMA = """record_types:
 CONFIGURATION = ('<?xml version="1.0" encoding="UTF-8"?>\n<configuration><import_data name="record"/>'
                  '<record_type name="bug"/><original_id name="source_id"/></configuration>\n')
 
-# The ratio of the contrasts of all texts with what stands behind them to what they need: the lowest, and where.
+# Of all texts, the lowest ratio of the contrast with the background to the contrast that is needed,
+# and where it is.
 CONTRAST = r"""(() => {
   const rgba = text => (text.match(/[\d.]+/g) || []).map(Number);
   const light = ([r, g, b]) => [r, g, b].map(c => c / 255)

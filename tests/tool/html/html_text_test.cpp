@@ -41,7 +41,7 @@ TEST(HtmlText, ReplacesWhatIsNoText) {
     }
 }
 
-TEST(HtmlText, ShowsWhatWouldTurnTheOrderOfTheTextAround) {
+TEST(HtmlText, ShowsCharactersThatWouldReverseTheText) {
     EXPECT_EQ(HtmlText("a\u202Eb\u2066"), "a\\u202eb\\u2066");
 }
 
@@ -67,7 +67,7 @@ TEST(CountOf, KnowsOneAndMany) {
     EXPECT_EQ(tool::CountOf(1200, "history entry", "history entries"), "1,200 history entries");
 }
 
-TEST(DurationText, ShowsWhatMattersOfALength) {
+TEST(DurationText, ShowsThreeDigitsOrTwoUnits) {
     const struct {
         double seconds;
         const char* shown;
@@ -87,7 +87,7 @@ TEST(RateText, ShowsADecimalOfLowRates) {
     EXPECT_EQ(tool::RateText(1350.4), "1,350");
 }
 
-TEST(UtcText, IsTheSameEverywhere) {
+TEST(UtcText, DoesNotDependOnTheTimeZone) {
     const std::chrono::system_clock::time_point time{std::chrono::seconds(1795237720)};
     EXPECT_EQ(tool::UtcText(time), "2026-11-21 05:08:40 UTC");
     EXPECT_EQ(tool::UtcAttribute(time), "2026-11-21T05:08:40Z");

@@ -65,7 +65,7 @@ TEST(TextDecoder, ReadsAnEmptySource) {
     EXPECT_EQ(Decode(""), "");
 }
 
-TEST(TextDecoder, RecognisesUtf16BehindLeadingBlanks) {
+TEST(TextDecoder, RecognisesUtf16AfterLeadingBlanks) {
     EXPECT_EQ(Decode(ToUtf16("\n<a/>", false)), "\n<a/>");
     EXPECT_EQ(Decode(ToUtf16("\n<a/>", true)), "\n<a/>");
 }

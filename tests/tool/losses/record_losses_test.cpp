@@ -131,7 +131,7 @@ TEST(RecordLosses, OfHistoryAreLinesOfSevenOrMoreColumns) {
         "columns, and six are the most");
 }
 
-TEST(RecordLosses, OfHistoryAreEntriesBehindThe501st) {
+TEST(RecordLosses, OfHistoryAreEntriesAfterThe501st) {
     const std::string full = "<f name='log'>" + Repeated("1\ta\n", 501) + "</f>";
     EXPECT_EQ(LossesOfFields(full), "");
     EXPECT_EQ(LossesOfFields("<f name='log'>" + Repeated("1\ta\n", 504) + "</f>"),
@@ -140,7 +140,7 @@ TEST(RecordLosses, OfHistoryAreEntriesBehindThe501st) {
     EXPECT_EQ(LossesOfFields(full + "\n<f name='older_log'>1\ta</f>"),
               "history-beyond-limit, 504, , older_log: the last 1 of 1 entries are dropped: a "
               "record takes no more than 501 at a time");
-    // A line that is dropped for its columns takes no place.
+    // A line that is dropped for its columns does not count towards the limit.
     const std::string withLongLine =
         "<f name='log'>1\ta\tb\tc\td\te\tf\n" + Repeated("1\ta\n", 501) + "</f>";
     EXPECT_EQ(LossesOfFields(withLongLine).find("history-beyond-limit"), std::string::npos);
@@ -161,7 +161,7 @@ TEST(RecordLosses, OfHistoryPacketsAreThoseOfTheFieldHistory) {
               "such field only");
 }
 
-TEST(RecordLosses, OfAttachmentsAreLinesBehindTheLastGroupOfFour) {
+TEST(RecordLosses, OfAttachmentsAreLinesAfterTheLastGroupOfFour) {
     EXPECT_EQ(LossesOfFields("<f name='files'>1\na.txt\n1\nfirst\n2\nb.txt\n3</f>"),
               "incomplete-attachment, 2, , files: the last 3 lines are dropped: an attachment "
               "takes four lines (id, file name, size, description)");
@@ -196,7 +196,7 @@ TEST(RecordLosses, AreFieldsInsideAnother) {
               "\"title\"; the importer takes that element for a field of its own");
 }
 
-TEST(RecordLosses, AreFieldsBehindTheEndOfAFieldThatHoldsAnother) {
+TEST(RecordLosses, AreFieldsAfterTheEndOfAFieldThatHoldsAnother) {
     EXPECT_EQ(LossesOfFields("<f name='title'>\n<g name='votes'/>\n</f><f name='part'>p</f>\n"
                              "<f name='id'></f><f name='owner'>ann</f>"),
               "unread-field, 4, , part: \"p\" is not read: the importer stops reading the record "
@@ -205,7 +205,7 @@ TEST(RecordLosses, AreFieldsBehindTheEndOfAFieldThatHoldsAnother) {
               "record on line 4, at the end of a field that holds another element");
 }
 
-TEST(RecordLosses, AreTextsBetweenFieldsAndTheFieldsBehindThem) {
+TEST(RecordLosses, AreTextsBetweenFieldsAndTheFieldsAfterThem) {
     EXPECT_EQ(LossesOfFields("<f name='title'>A</f>\nstray\n<f name='votes'>3</f>"),
               "unread-field, 3, , : \"stray \" is not read: the importer stops reading the record "
               "on line 3, at text that stands outside a field or behind an element in one\n"
@@ -218,7 +218,7 @@ TEST(RecordLosses, AreTextsBetweenFieldsAndTheFieldsBehindThem) {
               "on line 2, at text that stands outside a field or behind an element in one");
 }
 
-TEST(RecordLosses, AreTextsBehindAnElementInAField) {
+TEST(RecordLosses, AreTextsAfterAnElementInAField) {
     EXPECT_EQ(LossesOfFields("<f name='title'>A<b/> tail</f>"),
               "unread-field, 2, , title: \"tail\" is not read: the importer stops reading the "
               "record on line 2, at text that stands outside a field or behind an element in one");

@@ -50,7 +50,7 @@ TEST(ImportConfigurationTest, ItsPacketGivesTheSameConfiguration) {
     EXPECT_TRUE(copy.UpdateRecord());
 }
 
-TEST(ImportConfigurationTest, DataTypesAreToldWithoutRegardToCase) {
+TEST(ImportConfigurationTest, DataTypesAreReadWithoutRegardToCase) {
     EXPECT_EQ(Configured("<import_data name=\"RECORD\"/>").Data(), ImportedData::Records);
     EXPECT_EQ(Configured("<import_data name=\"History\"/>").Data(), ImportedData::History);
     EXPECT_EQ(Configured("<import_data name=\"attachmentS\"/>").Data(), ImportedData::Attachments);

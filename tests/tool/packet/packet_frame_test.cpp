@@ -82,7 +82,7 @@ INSTANTIATE_TEST_SUITE_P(PacketFrame, SoundPackets, testing::ValuesIn(kSound), F
 
 class BrokenPackets : public testing::TestWithParam<FrameCase> {};
 
-TEST_P(BrokenPackets, AreTold) {
+TEST_P(BrokenPackets, AreReported) {
     EXPECT_EQ(Defects(GetParam().text), GetParam().defects);
 }
 

@@ -45,7 +45,7 @@ TEST(RecordDepth, ATagThatDoesNotEndCounts) {
     EXPECT_TRUE(IsNestedDeeperThan(3, "<record><!-- " + Repeated("<a>", 9)));
 }
 
-TEST(RecordDepth, EndTagsTooManyAreNoHeight) {
+TEST(RecordDepth, SurplusEndTagsDoNotCount) {
     EXPECT_TRUE(IsNestedDeeperThan(3, "</a></a></a>" + Nested(4)));
 }
 

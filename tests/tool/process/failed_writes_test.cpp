@@ -22,7 +22,7 @@ using testing::StartsWith;
 
 constexpr const char* kNoSpace = "cannot be written: No space left on device";
 
-// What each command is asked for.
+// Commands whose output cannot be written.
 class FailedWrites : public ProcessFixture {
   protected:
     FailedWrites() {

@@ -120,7 +120,8 @@ std::size_t FaultInjection::SetAside() const {
     return records;
 }
 
-// The same command, and when records were rejected then their folder, complete the load.
+// The same command once more, and a load of the rejected records if there are any, complete the
+// load.
 void FaultInjection::ExpectCompletion() {
     FaultyTool again(Command(Example("packets")));
     const int code = again.Wait();
@@ -149,7 +150,7 @@ void FaultInjection::MeetFault(const std::string& plan) {
     ExpectASoundDatabase();
     ExpectATrueReport();
     if (code == 0) {
-        // Something that can do without what failed, or tries again.
+        // What failed was tried again, or could be done without.
         EXPECT_EQ(Dump(), m_expected);
         return;
     }

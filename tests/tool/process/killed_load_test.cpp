@@ -31,7 +31,7 @@ class KilledLoad : public LoadFixture, public testing::WithParamInterface<std::s
     // The load's command, without the tool's name.
     std::vector<std::string> Command(const std::vector<std::string>& sources) const;
 
-    // The journal's word on where the next load has to begin; 0 when it has none.
+    // Where the next load has to begin, as the journal says; 0 when it has no entry.
     int NextOrdinal();
 
     // The rejected records that were set aside, each as often as it stands there.

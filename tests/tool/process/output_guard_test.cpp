@@ -76,7 +76,7 @@ struct Hit {
     const char* command;
     const char* option;
     const char* output;
-    const char* what;  // is in danger
+    const char* what;  // that must not be overwritten
 };
 
 class OutputsThatAreInputs : public Outputs, public testing::WithParamInterface<Hit> {};

@@ -354,7 +354,7 @@ INSTANTIATE_TEST_SUITE_P(
                                 "<record>a\n<!-- a -->\nb</record>"}),
     [](const auto& test) { return std::string(test.param.difference); });
 
-TEST_F(RejectsTest, AreNumberedBehindTheHighestNumber) {
+TEST_F(RejectsTest, AreNumberedAfterTheHighestNumber) {
     fs::create_directory(Directory());
     for (const char* name :
          {"0041-records.xml", "0090-other.xml", "x.xml", "0007-configuration.xml"}) {

@@ -17,7 +17,7 @@ Difference OfABug() {
     return difference;
 }
 
-TEST(VerifyTerminalTest, ADifferenceIsTheTermsOfTheSource) {
+TEST(VerifyTerminalTest, ADifferenceIsPlacedInTheSourceAndTheDatabase) {
     Difference difference = OfABug();
     difference.sourceValue = "A";
     difference.databaseValue = "B";
@@ -44,7 +44,7 @@ TEST(VerifyTerminalTest, ARecordAsAWholeHasNoValues) {
     EXPECT_EQ(DescribeDifference(difference), "a.xml, line 3: bug: missing from the database");
 }
 
-TEST(VerifyTerminalTest, AFaultIsTheTermsOfTheDatabase) {
+TEST(VerifyTerminalTest, AFaultIsPlacedInTheDatabase) {
     EXPECT_EQ(DescribeFault({"bug", "BUG00000017", "title", "a\tb", "too long"}),
               "bug BUG00000017, title: \"a\\tb\" (too long)");
     EXPECT_EQ(DescribeFault({"zt_content", "abc", "", "", "damaged"}), "zt_content abc: damaged");

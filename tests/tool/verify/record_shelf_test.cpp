@@ -51,7 +51,7 @@ TEST_F(RecordShelfTest, KeepsAllOfARecord) {
     EXPECT_FALSE(m_shelf.Next(record));
 }
 
-TEST_F(RecordShelfTest, GivesTheRecordsByWhatTheySpeakOf) {
+TEST_F(RecordShelfTest, GivesTheRecordsByTypeAndDbId) {
     m_shelf.Add(Record(2, 1, 1));
     m_shelf.Add(Record(1, 9, 2));
     m_shelf.Add(Record(1, 2, 3));

@@ -27,7 +27,7 @@ TEST(ValuePairTest, LongValuesAreCutAroundTheFirstDifference) {
     EXPECT_EQ(shown.database, before + "B");
 }
 
-TEST(ValuePairTest, LongValuesThatDifferAtOnceAreCutBehind) {
+TEST(ValuePairTest, LongValuesThatDifferAtOnceAreCutAtTheEnd) {
     EXPECT_EQ(ShowPair(std::string(101, 'a'), "b").source, std::string(100, 'a') + "...");
     EXPECT_EQ(ShowPair(std::string(100, 'a'), "b").source, std::string(100, 'a'));
 }

@@ -31,7 +31,7 @@ TEST_F(DatabaseFaultTest, IsFoundInRecordsThatTheSourcesDoNotSpeakOf) {
     EXPECT_THAT(Shown(), EndsWith("NOT verified: 1 fault in the database itself.\n"));
 }
 
-TEST_F(DatabaseFaultTest, IsToldBesideDifferences) {
+TEST_F(DatabaseFaultTest, IsReportedBesideDifferences) {
     const auto sources = Tracker();
     ASSERT_EQ(Load(sources), 0) << Said();
     Damage("UPDATE bug SET votes = '7 or so' WHERE dbid = 2");

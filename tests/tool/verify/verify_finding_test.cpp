@@ -4,7 +4,7 @@
 
 #include "verify/verify_fixture.h"
 
-// How the record of the database is found that a record of a source speaks of.
+// How verify finds the record of the database that a record of a source is about.
 namespace tool {
 namespace {
 

@@ -186,7 +186,7 @@ TEST(PacketReader, TellsRecordDataFromConfiguration) {
     }
 }
 
-TEST(PacketReader, RecognisesAConfigurationBehindALongComment) {
+TEST(PacketReader, RecognisesAConfigurationAfterALongComment) {
     EXPECT_TRUE(
         ReaderOf("<!--" + std::string(1000000, 'x') + "-->" + kConfiguration).IsConfiguration());
 }

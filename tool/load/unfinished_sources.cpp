@@ -47,7 +47,7 @@ std::vector<UnfinishedSources::Entry> UnfinishedSources::WithOtherContent(
 std::string AdviseOnChangedSource(std::uint64_t handled) {
     return fmt::format(
         "{} of it {} imported before it changed. Give the file the content that it had then, and "
-        "the same command goes on behind them; or take them out of the file and load the rest "
+        "the same command goes on after them; or take them out of the file and load the rest "
         "with --fresh, which imports everything that is left in it.",
         CountOf(handled, "record"), handled == 1 ? "was" : "were");
 }

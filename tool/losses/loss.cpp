@@ -15,12 +15,12 @@ struct KindWords {
 // In the order of LossKind.
 constexpr std::array<KindWords, kLossKinds.size()> kWords = {{
     {"long-history-line", "history lines of seven or more columns"},
-    {"history-beyond-limit", "history entries behind the 501st of a record"},
+    {"history-beyond-limit", "history entries after the 501st of a record"},
     {"incomplete-attachment", "incomplete attachments"},
     {"unseen-record", "records that are not read as such"},
     {"nameless-field", "fields without a name"},
     {"nested-field", "fields inside another field"},
-    {"unread-field", "fields behind the end of what is read of a record"},
+    {"unread-field", "fields after the place where the importer stops reading"},
     {"changed-text", "texts that the decoding of escapes changes"},
     {"skipped-field", "fields of a type that is never written"},
     {"repeated-field", "fields named more than once in a record"},

@@ -42,7 +42,7 @@ class VerifyFindings {
     std::vector<ExampleGroup> Differences() const { return m_differences.Groups(); }
     // Of the database itself, by record type, field and what is wrong.
     std::vector<ExampleGroup> Faults() const { return m_faults.Groups(); }
-    // A record that differs, for looking at it; without id when there is none.
+    // A record that differs, which the page suggests to look at; without id when there is none.
     const Difference& FirstDifferent() const { return m_firstDifferent; }
 
     // What all loads of the sources did together, as the journal tells.

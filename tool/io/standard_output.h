@@ -7,9 +7,9 @@
 
 namespace tool {
 
-// The process's standard output as a stream that tells of a failed write, and why it failed:
-// writing to it, flush() included, throws WriteError once, and is without effect from then on. What
-// has not been flushed when the object goes is lost.
+// The process's standard output as a stream that reports a failed write, and why it failed: writing
+// to it, flush() included, throws WriteError once, and is without effect from then on. What has not
+// been flushed when the object goes is lost.
 class StandardOutput : private std::streambuf, public std::ostream {
   public:
     StandardOutput();

@@ -62,7 +62,7 @@ class RecordLosses {
     const recorddb::schema::RecordType& m_type;
     const KeyLosses* m_keys = nullptr;
 
-    // The record in hand.
+    // The current record.
     const SourceRecord* m_record = nullptr;
     const RecordReadings* m_readings = nullptr;
     const std::string* m_source = nullptr;

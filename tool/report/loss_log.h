@@ -10,8 +10,8 @@
 
 namespace tool {
 
-// The losses of a run as it tells of them on the terminal: the first few of each kind, and how many
-// there are.
+// The losses of a run as the terminal shows them: the first few of each kind, and how many there
+// are.
 class LossLog {
   public:
     static constexpr std::uint64_t kShownOfEachKind = 20;

@@ -18,7 +18,8 @@ struct SourceReading {
     FrameHandler frame;    // told of what is wrong around the records; may be empty
 };
 
-// Opens the content of `file` as the kind of source that it is. Throws SourceError when it is none.
+// Opens the content of `file` as the kind of source that it is. Throws SourceError when it is of
+// none that is known.
 std::unique_ptr<RecordSource> OpenRecordSource(const SourceFile& file, SourceReading reading);
 
 }  // namespace tool

@@ -40,42 +40,43 @@ struct WalkOptions {
 // configuration in force. Memory does not grow with the sources.
 class SourceWalk {
   public:
-    // `sources` stay the caller's.
+    // `sources` outlive the object.
     SourceWalk(const SourceList& sources, WalkOptions options);
 
     // Goes on. Throws SourceError when a source or its configuration cannot be used or read on, or
-    // changes while it is read. After End and Stopped there is nothing.
+    // changes while it is read. Not to be called after End or Stopped.
     WalkStep Next();
 
-    // Leaves the records of the source in hand that have not been read: the next step is the next
-    // source's.
+    // Leaves out the records of the current source that have not been read: the next step is that
+    // of the next source.
     void LeaveSource();
 
-    // The source in hand, from its first step to that of the next one.
+    // The current source, from its first step to that of the next one.
     const std::string& SourceName() const { return m_file->Name(); }
     // Throws SourceChanged when the file is no longer what it was when it was opened.
     void RequireUnchanged() const { m_file->RequireUnchanged(); }
 
-    // The configuration in force, made of all that came so far; and the packet that came last,
-    // valid until the next step.
+    // The configuration in force, made of all that came so far; and the latest configuration
+    // packet, valid until the next step.
     const ImportConfiguration& Configuration() const { return m_configuration; }
     const std::string& ConfigurationPacket() const { return m_packet; }
 
-    // Throws SourceError when the records of the source in hand cannot be used as they are: for
-    // want of a configuration before them, or of a folder of attachments. To be asked before them.
+    // Throws SourceError when the records of the current source cannot be used as they are: no
+    // configuration comes before them, or they need a folder of attachments. To be called before
+    // them.
     void RequireUsableData() const;
 
-    // What the source in hand is known by: its content, and the configuration in force, which is
-    // one of `type`.
+    // The key of the current source in the journal: its content, and the configuration in force,
+    // which is one of `type`.
     recorddb::journal::JournalKey Key(const recorddb::schema::RecordType& type) const;
 
-    // The record in hand, until the next step.
+    // The current record, until the next step.
     const SourceRecord& Record() const { return m_record; }
-    // The original id in `raw`, a record of the source in hand as it stands there; empty when it
+    // The original id in `raw`, a record of the current source as it stands there; empty when it
     // has none, or it cannot be made out.
     std::string IdIn(std::string_view raw) const;
 
-    // All records of the source in hand as one packet, read anew. Throws SourceError.
+    // All records of the current source as one packet, read anew. Throws SourceError.
     WholePacket ReadWhole() const;
 
     // The bytes of the sources read so far; one that was left counts as read.

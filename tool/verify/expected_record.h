@@ -19,10 +19,10 @@ namespace tool {
 struct ExpectedValue {
     SourcePlace place;
     std::string text;    // as the source writes it
-    std::string stored;  // as the database would tell it; empty: no value
+    std::string stored;  // as the database would store it; empty: no value
 };
 
-// What they say about a reference or reference list.
+// What the sources say about a reference or reference list.
 struct ExpectedTargets {
     SourcePlace place;
     std::vector<ExpectedTarget> targets;  // without repetitions
@@ -33,7 +33,7 @@ struct ExpectedTargets {
 
 struct ExpectedEntry {
     SourcePlace place;
-    HistoryLine line;  // its time as the database would tell it
+    HistoryLine line;  // its time as the database would store it
 };
 
 struct ExpectedAttachment {

@@ -10,8 +10,8 @@
 
 namespace tool {
 
-// Finds the records of the database that no source speaks of, on a walk through all records beside
-// those that the sources speak of. Operations throw sql::Error.
+// Finds the records of the database that no source speaks of, by walking through all of them and
+// comparing with those that the sources speak of. Operations throw sql::Error.
 class ExtraRecords {
   public:
     // All of them outlive the object.
@@ -19,11 +19,11 @@ class ExtraRecords {
                  VerifyTally& tally, VerifySink& sink)
         : m_schema(schema), m_reader(reader), m_tally(tally), m_sink(sink) {}
 
-    // The sources speak of this record. To be called by rising type and dbid; reports the records
-    // that were passed over before it.
+    // Notes that the sources speak of this record, and reports the records between the one before
+    // and this one. To be called in the order of type and dbid.
     void Pass(std::int64_t type, std::int64_t dbid);
 
-    // They speak of no further one.
+    // Reports the records after the last one. To be called once, at the end.
     void PassRest();
 
   private:

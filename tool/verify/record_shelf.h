@@ -10,9 +10,10 @@
 
 namespace tool {
 
-// Keeps any number of records in the order in which they come, and gives them back by the record of
-// the database that they speak of, those of one in the order in which they came. Takes the memory
-// of one record. Every operation throws std::runtime_error when the scratch database fails.
+// Keeps any number of records in the order in which they come, and gives them back sorted by the
+// record of the database that they speak of; those of one record in the order in which they came.
+// Takes the memory of one record. Every operation throws std::runtime_error when the scratch
+// database fails.
 class RecordShelf {
   public:
     // `scratch`, an empty database, outlives the object.

@@ -24,18 +24,18 @@ namespace tool {
 // Compares sources with a database, as it is at one moment and without writing to it, in memory
 // that does not grow with them.
 //
-// It works in three stages. The first looks whether the database keeps its own rules, whatever the
-// sources say. Several records of the sources may speak of one record, so the second reads them all
-// and finds the records they speak of, and the third goes through these one by one, works out what
-// each must be, and looks.
+// It works in three stages. The first checks whether the database keeps its own rules, whatever the
+// sources say. Several records of the sources may speak of one record of the database, so the
+// second reads them all and finds that record for each; the third goes through the records of the
+// database that were found, works out what each must be, and compares.
 class Verifier {
   public:
     // All of them outlive the object. Throws sql::Error.
     Verifier(recorddb::Database& database, const VerifyOptions& options, VerifySinks& sinks);
 
     // Compares; returns the numbers. Throws SourceError when a source cannot be used, sql::Error
-    // when the database fails. Ends early when the process was interrupted; the numbers then are of
-    // no use.
+    // when the database fails. Ends early when the process was interrupted; the numbers are then
+    // incomplete.
     VerifySummary Run(const SourceList& sources);
 
   private:

@@ -173,7 +173,7 @@ TEST_F(HistoryBatchTest, ASkippedEntryLeavesNothingBehindInTheNextOne) {
     EXPECT_EQ(Text(m_importer->m_historyBuffer[0].expiryTime), "");
 }
 
-TEST_F(HistoryBatchTest, AnEmptyColumnIsToldByItsLengthAlone) {
+TEST_F(HistoryBatchTest, AnEmptyColumnIsRecognisedByItsLengthAlone) {
     EXPECT_EQ(m_importer->IsHistoryFieldEmpty(u"7", u"user_name", u" ", 3, m_error), 0);
     ExpectErrorText(u"");
     m_error = u"earlier";

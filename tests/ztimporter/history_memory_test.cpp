@@ -49,7 +49,7 @@ TEST_F(HistoryMemoryTest, TheEndIsTracedAtTheLimitToo) {
     }
 }
 
-TEST_F(HistoryMemoryTest, EntriesBehindTheLastOneAreNotEvenChecked) {
+TEST_F(HistoryMemoryTest, EntriesAfterTheLastOneAreNotEvenChecked) {
     GivenConfiguration();
     ImportRecords({{{"title", "Crash"}, {"log", ManyHistoryLines(501) + "502\tno time\n"}}});
     ExpectErrorText(u"");

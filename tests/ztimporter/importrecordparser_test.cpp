@@ -183,7 +183,7 @@ TEST_F(RecordParser, LosesNothingOfASecondTextWhenItStoodOnNoRecord) {
     EXPECT_THAT(NextRecord().value(), ElementsAre(Pair("a", "2")));
 }
 
-TEST_F(RecordParser, DoesNotStepBehindTheEndOfAnEmptySecondText) {
+TEST_F(RecordParser, DoesNotStepPastTheEndOfAnEmptySecondText) {
     GivenPacket(kFirst);
     ASSERT_TRUE(NextRecord());
     // What stands after the terminator is not the packet's.
@@ -227,14 +227,14 @@ TEST_F(RecordParser, StoresNoFieldWhoseEndIsMissing) {
     }
 }
 
-TEST_F(RecordParser, FindsRecordsBehindTextThatEndsInACutElement) {
+TEST_F(RecordParser, FindsRecordsAfterTextThatEndsInACutElement) {
     GivenPacket("tail</x>" + kFirst + kSecond);
     EXPECT_THAT(CurrentRecord(), IsEmpty());
     EXPECT_THAT(NextRecord().value(), ElementsAre(Pair("a", "1")));
     EXPECT_THAT(NextRecord().value(), ElementsAre(Pair("a", "2")));
 }
 
-TEST_F(RecordParser, IsNotDisturbedByABrokenRecordBehindTheCurrentOne) {
+TEST_F(RecordParser, IsNotDisturbedByABrokenRecordAfterTheCurrentOne) {
     GivenPacket(kFirst + "<record><f name=");
     EXPECT_THAT(NextRecord().value(), ElementsAre(Pair("a", "1")));
 }
@@ -274,7 +274,7 @@ TEST(RecordFields, AreEmptyWithoutCharacterData) {
                 ElementsAre(Pair("a", ""), Pair("b", "")));
 }
 
-TEST(RecordFields, AreEmptyWithoutCharacterDataBehindAFieldThatHasSome) {
+TEST(RecordFields, AreEmptyWithoutCharacterDataAfterAFieldThatHasSome) {
     EXPECT_THAT(FieldsOf("<f name='a'>1</f><f name='b'/><f name='c'>3</f><f name='d'></f>"),
                 ElementsAre(Pair("a", "1"), Pair("b", ""), Pair("c", "3"), Pair("d", "")));
 }
@@ -324,7 +324,7 @@ TEST(RecordFields, ThatAreNestedAreFurtherFieldsOfAnEmptyOne) {
                 ElementsAre(Pair("a", ""), Pair("b", "2")));
 }
 
-TEST(RecordFields, EndBehindNestedElements) {
+TEST(RecordFields, EndAfterNestedElements) {
     EXPECT_THAT(FieldsOf("<f name='a'><g name='b'>2</g></f><f name='c'>3</f>"),
                 ElementsAre(Pair("a", ""), Pair("b", "2")));
 }

@@ -124,7 +124,7 @@ TEST_F(PacketFailureTest, MalformedXmlInARecordIsThatRecordsError) {
     ExpectCleanRecordMap();
 }
 
-TEST_F(PacketFailureTest, MalformedXmlBehindARecordHarmsOnlyWhatFollows) {
+TEST_F(PacketFailureTest, MalformedXmlAfterARecordHarmsOnlyWhatFollows) {
     GivenConfiguration();
     Import(Record({{"title", "a"}}) + "<field <<< />");
     ExpectErrorText(u"");

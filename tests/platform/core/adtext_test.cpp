@@ -114,7 +114,7 @@ TEST(AdSplitTextIntoLines, KeepsEmptyLines) {
     EXPECT_THAT(Lines(u"\na"), ElementsAre("", "a"));
 }
 
-TEST(AdSplitTextIntoLines, AddsNoLineBehindTheLastLineEnd) {
+TEST(AdSplitTextIntoLines, AddsNoLineAfterTheLastLineEnd) {
     EXPECT_THAT(Lines(u"a\n"), ElementsAre("a"));
     EXPECT_THAT(Lines(u"a\r\n"), ElementsAre("a"));
     EXPECT_THAT(Lines(u"a\n\n"), ElementsAre("a", ""));
@@ -125,7 +125,7 @@ TEST(AdSplitTextIntoLines, GivesNoLineOfTheEmptyText) {
     EXPECT_THAT(Lines(u""), ElementsAre());
 }
 
-TEST(AdBasename, GivesThePartBehindTheLastSeparator) {
+TEST(AdBasename, GivesThePartAfterTheLastSeparator) {
     EXPECT_EQ(AdBasename(u"plan.pdf"), u"plan.pdf");
     EXPECT_EQ(AdBasename(u"SK-102/plan.pdf"), u"plan.pdf");
     EXPECT_EQ(AdBasename(u"C:\\files\\plan.pdf"), u"plan.pdf");

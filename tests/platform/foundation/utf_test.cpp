@@ -64,8 +64,8 @@ TEST(Utf, InvalidUtf16IsRefusedWithItsPosition) {
          "b"},
         {"two high surrogates", {0xD83D, 0xD83D, 0xDEA2}, 0, "\xef\xbf\xbd\xf0\x9f\x9a\xa2"},
         {"surrogates in the wrong order", {0xDEA2, 0xD83D}, 0, "\xef\xbf\xbd\xef\xbf\xbd"},
-        {"behind a valid pair", {0xD83D, 0xDEA2, 0xDEA2}, 2, "\xf0\x9f\x9a\xa2\xef\xbf\xbd"},
-        {"behind much ascii",
+        {"after a valid pair", {0xD83D, 0xDEA2, 0xDEA2}, 2, "\xf0\x9f\x9a\xa2\xef\xbf\xbd"},
+        {"after much ascii",
          {u'0', u'1', u'2', u'3', u'4', u'5', u'6', u'7', u'8', u'9', 0xDC00},
          10,
          "0123456789\xef\xbf\xbd"},
@@ -94,8 +94,8 @@ TEST(Utf, InvalidUtf8IsRefusedWithItsPosition) {
         {"longer three-byte form than needed", "\xe0\x80\xaf", 0},
         {"surrogate", "x\xed\xa0\xbd", 1},
         {"beyond the last character", "\xf4\x90\x80\x80", 0},
-        {"behind a valid character", "\xc3\xa9\xc3(", 2},
-        {"behind much ascii", "0123456789\xfe", 10},
+        {"after a valid character", "\xc3\xa9\xc3(", 2},
+        {"after much ascii", "0123456789\xfe", 10},
     };
     for (const InvalidUtf8& invalid : cases) {
         std::u16string out;

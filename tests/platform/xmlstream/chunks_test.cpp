@@ -91,7 +91,7 @@ TEST(Chunks, DoNotShowInTheTokensAtTheirBorders) {
 }
 
 // What is after a token may be anything, as long as it is not asked for.
-TEST(Laziness, DoesNotFailAtWhatStandsBehindTheToken) {
+TEST(Laziness, DoesNotFailAtWhatStandsAfterTheToken) {
     TokenReader reader("<record><f name='a'>1</f></record><broken <&& \x01");
     EXPECT_EQ(reader.Next(), "<record>");
     EXPECT_EQ(reader.Next(), "<f>");
@@ -223,7 +223,7 @@ TEST(ChunkSize, DoublesUpToALimitWhileTextGoesOn) {
                 ElementsAre(4096, 8192, 16384, 32768, 65536, 65536, 65536, 65536));
 }
 
-TEST(ChunkSize, IsSmallAgainBehindATag) {
+TEST(ChunkSize, IsSmallAgainAfterATag) {
     std::string xml = "<a>" + std::string(100000, 'x') + "</a>";
     for (int i = 0; i < 50000; ++i) {
         xml += "<b/>";

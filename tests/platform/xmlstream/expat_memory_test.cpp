@@ -175,7 +175,7 @@ bool ReadWithLittleMemory(const std::string& xml) {
 
 // Two streams, so that a parser is made and reset, on a text that makes expat ask for memory for
 // its buffer, names, attributes and open elements.
-TEST(OutOfMemoryInExpat, IsToldAsSuchWhereverItComes) {
+TEST(OutOfMemoryInExpat, IsReportedAsSuchWhereverItComes) {
     std::string xml = Nested(40) + "<a name='" + std::string(5000, 'x') + "'>";
     for (int i = 0; i < 40; ++i) {
         xml += "<n" + std::string(100, 'n') + " a" + std::to_string(i) + "='&amp;' b='2'/>";

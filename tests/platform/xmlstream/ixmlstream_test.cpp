@@ -104,7 +104,7 @@ TEST(XmlStream, RefusesToTakeATokenAtTheEnd) {
 }
 
 // Text is complete only when the tag after it is known.
-TEST(XmlStream, TellsThePlaceBehindTheTagThatEndsTextWhichWasNotExpected) {
+TEST(XmlStream, TellsThePlaceAfterTheTagThatEndsTextWhichWasNotExpected) {
     TokenReader reader("<a>\n text</a>");
     EXPECT_EQ(reader.Next(), "<a>");
     XmlSTag tag;

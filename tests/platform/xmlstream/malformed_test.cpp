@@ -165,7 +165,7 @@ void ExpectTextThenFailure(const std::string& xml, const std::string& text, long
     EXPECT_EQ(failure->column, column);
 }
 
-TEST(MalformedXml, ComesBehindTheTextBeforeIt) {
+TEST(MalformedXml, ComesAfterTheTextBeforeIt) {
     ExpectTextThenFailure("tail</x><record/>", "'tail'", 7);
     ExpectTextThenFailure("tail</fragment><record/>", "'tail'", 5);
     ExpectTextThenFailure("tail<1>", "'tail'", 6);
@@ -175,25 +175,25 @@ TEST(MalformedXml, ComesBehindTheTextBeforeIt) {
     ExpectTextThenFailure("tail\xC3", "'tail'", 5);
 }
 
-TEST(MalformedXml, ComesBehindTheTextOfAnElement) {
+TEST(MalformedXml, ComesAfterTheTextOfAnElement) {
     TokenReader reader("<a>text</b>");
     EXPECT_EQ(reader.Next(), "<a>");
     EXPECT_EQ(reader.Next(), "'text'");
     EXPECT_TRUE(FailureOf([&] { reader.Next(); }));
 }
 
-TEST(MalformedXml, ComesAtOnceBehindWhiteSpaceBetweenTags) {
+TEST(MalformedXml, ComesAtOnceAfterWhiteSpaceBetweenTags) {
     TokenReader reader("<a> </b>");
     EXPECT_EQ(reader.Next(), "<a>");
     EXPECT_TRUE(FailureOf([&] { reader.Next(); }));
 }
 
-TEST(MalformedXml, BehindTextMayBeLeftUnread) {
+TEST(MalformedXml, AfterTextMayBeLeftUnread) {
     TokenReader reader("tail</x>");
     EXPECT_EQ(reader.Next(), "'tail'");
 }
 
-TEST(MalformedXml, IsFoundFarBehindTheFirstChunk) {
+TEST(MalformedXml, IsFoundFarAfterTheFirstChunk) {
     std::string xml = "<a>";
     for (int i = 0; i < 20000; ++i) {
         xml += "<b>line</b>\n";
@@ -221,7 +221,7 @@ TEST(FailedStream, RefusesEveryFurtherQuestion) {
     }
 }
 
-TEST(FailedStream, RefusesEveryFurtherQuestionBehindItsText) {
+TEST(FailedStream, RefusesEveryFurtherQuestionAfterItsText) {
     TokenReader reader("tail</x>");
     reader.Next();
     EXPECT_EQ(TextOfASecondQuestion(reader.Xml()), kRefusedAfterFailure);
@@ -249,7 +249,7 @@ TEST(Nesting, IsRefusedWhenItIsAbsurd) {
     EXPECT_EQ(failure->message, "XML, line 1, column 150001: elements are nested too deeply");
 }
 
-TEST(Nesting, IsRefusedBehindTheTextBeforeIt) {
+TEST(Nesting, IsRefusedAfterTheTextBeforeIt) {
     std::string xml;
     for (int i = 0; i < 50000; ++i) {
         xml += "<a>";

@@ -9,7 +9,7 @@
 #include "tests/ztimporter/importer_fixture.h"
 #include "tests/ztimporter/thrown_cases.h"
 
-// Tests of the history batch. The record in hand came as core-1, kept in the field source_id.
+// Tests of the history batch. The current record has the source id core-1, in the field source_id.
 class HistoryTest : public ImporterTest {
   protected:
     // A history entry as the packet's parser delivers it: columns by their keys.
@@ -20,7 +20,7 @@ class HistoryTest : public ImporterTest {
         m_importer->m_originalID_value = u"core-1";
     }
 
-    // A batch that a test filled by itself is nobody else's to give back.
+    // Releases a batch that the test itself has filled, since nobody else does.
     void TearDown() override {
         if (m_filledByTest && m_importer) {
             m_importer->DiscardHistory();

@@ -6,7 +6,7 @@
 #include "tests/ztimporter/throwing_sink.h"
 #include "ztimporter/importrecordparser.h"
 
-// What a packet leaves in the importer, and who gives it back.
+// What a packet leaves in the importer, and who releases it.
 
 namespace {
 

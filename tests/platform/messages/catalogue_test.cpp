@@ -69,7 +69,7 @@ TEST(Catalogue, TextsAndExplanationsAreSentences) {
     for (const CatalogueMessage& message : MessageCatalogue()) {
         const Obx_String text(message.text);
         ASSERT_FALSE(text.IsEmpty()) << message.id;
-        // One line in a list of problems, in the form that readers of such lists know.
+        // One line in a list of problems, in the form that those who read such lists expect.
         const bool isListItem = message.id == message_id::kHistoryTextTooLong;
         EXPECT_TRUE(isListItem || begins(text[0])) << message.id;
         // A text may end with a message of the core, which brings its own full stop.

@@ -85,6 +85,9 @@ struct RECORDDB_API RecordType {
     // The field of that name, without regard to case; null when there is none.
     const Field* FindField(std::string_view fieldName) const;
 
+    // The field that history is written to: the first of that kind; null when there is none.
+    const Field* HistoryField() const;
+
     // True for a state of this type (exact).
     bool IsState(std::string_view state) const;
 };

@@ -15,13 +15,6 @@ namespace recorddb {
 
 namespace {
 
-const schema::Field* HistoryField(const schema::RecordType& type) {
-    const auto found = std::find_if(
-        type.fields.begin(), type.fields.end(),
-        [](const schema::Field& field) { return field.kind == schema::FieldKind::History; });
-    return found == type.fields.end() ? nullptr : &*found;
-}
-
 bool SameRecord(const HistoryEntry& a, const HistoryEntry& b) {
     return a.recordType == b.recordType && a.record == b.record;
 }
@@ -56,7 +49,7 @@ PaMessage HistoryImport::CheckType(const AdHistory& given, long number) const {
                              {u"_datatype_", name},
                              {u"_value_", std::to_string(given.recordTypeId)}});
     }
-    if (HistoryField(*type) == nullptr) {
+    if (type->HistoryField() == nullptr) {
         return ErrorMessage(message_id::kHistoryNoField,
                             {{u"_linenum_", std::to_string(number)}, {u"_datatype_", type->name}});
     }
@@ -126,7 +119,7 @@ void HistoryImport::WriteRecord(std::size_t first, std::size_t end) {
                 times.expiryTime;
         }
     }
-    const std::string& field = HistoryField(m_schema.Type(type))->name;
+    const std::string& field = m_schema.Type(type).HistoryField()->name;
     m_table.Save({type, record}, field, std::span(m_pending).subspan(first, end - first), before,
                  all);
     m_upToDate = Now(type, record);

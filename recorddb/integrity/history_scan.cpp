@@ -84,7 +84,7 @@ class HistoryScan {
         }
         EndRecord();
         m_type = m_context.FindType(row.Int(typeColumn));
-        m_field = HistoryField(*m_type);
+        m_field = m_type->HistoryField();
         m_record = row.Int(recordColumn);
         m_last = 0;
         m_belongs = m_context.Exists(*m_type, m_record);
@@ -164,13 +164,6 @@ class HistoryScan {
         m_times.clear();
         m_comparable = true;
         m_type = nullptr;
-    }
-
-    static const schema::Field* HistoryField(const schema::RecordType& type) {
-        const auto found = std::find_if(
-            type.fields.begin(), type.fields.end(),
-            [](const auto& field) { return field.kind == schema::FieldKind::History; });
-        return found == type.fields.end() ? nullptr : &*found;
     }
 
     std::string FieldName() const { return m_field == nullptr ? "history" : m_field->name; }

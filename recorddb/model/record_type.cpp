@@ -12,6 +12,13 @@ const Field* RecordType::FindField(std::string_view fieldName) const {
     return found == fields.end() ? nullptr : &*found;
 }
 
+const Field* RecordType::HistoryField() const {
+    const auto found = std::find_if(fields.begin(), fields.end(), [](const Field& field) {
+        return field.kind == FieldKind::History;
+    });
+    return found == fields.end() ? nullptr : &*found;
+}
+
 bool RecordType::IsState(std::string_view state) const {
     return std::find(states.begin(), states.end(), state) != states.end();
 }

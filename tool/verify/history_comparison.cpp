@@ -61,11 +61,8 @@ class HistoryComparison {
                                             entry.oldState, entry.newState, entry.comments},
                                 .expiryTime = entry.expiryTime});
         }
-        for (const recorddb::schema::Field& field : expected.Type().fields) {
-            if (field.kind == recorddb::schema::FieldKind::History) {
-                m_fieldName = field.name;
-                break;
-            }
+        if (const auto* const field = expected.Type().HistoryField()) {
+            m_fieldName = field->name;
         }
     }
 

@@ -13,6 +13,17 @@ TEST(RecordTypeTest, DisplayIdHasAtLeastEightDigits) {
     EXPECT_EQ(FormatDisplayId("BUG", 100000000), "BUG100000000");
 }
 
+TEST(RecordTypeTest, HistoryIsWrittenToTheFirstFieldOfItsKind) {
+    RecordType type;
+    type.fields = {{.name = "title"},
+                   {.name = "log", .kind = FieldKind::History},
+                   {.name = "log2", .kind = FieldKind::History}};
+    ASSERT_NE(type.HistoryField(), nullptr);
+    EXPECT_EQ(type.HistoryField()->name, "log");
+    type.fields.resize(1);
+    EXPECT_EQ(type.HistoryField(), nullptr);
+}
+
 TEST(NamesTest, SameNameIgnoresAsciiCaseOnly) {
     EXPECT_TRUE(SameName("Source_ID", "source_id"));
     EXPECT_FALSE(SameName("source_id", "source_i"));

@@ -5,6 +5,7 @@
 #include "platform/core/adtext.h"
 #include "tool/packet/importer_text.h"
 #include "tool/packet/quiet_parser.h"
+#include "ztimporter/entrylabels.h"
 
 namespace tool {
 
@@ -46,6 +47,12 @@ HistoryLine ReadHistoryLine(std::string_view text) {
 }
 
 }  // namespace
+
+std::string HistoryColumnName(std::size_t column) {
+    // The importer's first column is the entry's id.
+    static_assert(history_label.size() == kHistoryColumns + 1);
+    return history_label.at(column + 1).ToUtf8();
+}
 
 std::vector<HistoryLine> ReadHistoryLines(std::string_view value) {
     std::vector<HistoryLine> lines;

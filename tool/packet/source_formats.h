@@ -12,10 +12,12 @@
 namespace tool {
 
 // The columns of a history entry that the database keeps, in the order of a packet's line.
-constexpr std::array<std::string_view, 6> kHistoryColumns = {
-    "action_timestamp", "user_name", "action_name", "old_state", "new_state", "comments"};
+constexpr std::size_t kHistoryColumns = 6;
 constexpr std::size_t kTimeColumn = 0;
-using HistoryColumns = std::array<std::string, kHistoryColumns.size()>;
+using HistoryColumns = std::array<std::string, kHistoryColumns>;
+
+// The importer's name for one of these columns, "user_name" say.
+std::string HistoryColumnName(std::size_t column);
 
 // A line of a history value. Columns that it does not have are empty.
 struct HistoryLine {

@@ -70,7 +70,7 @@ class HistoryComparison {
 
     void Run() {
         MatchByTime();
-        for (std::size_t column = 0; column < kHistoryColumns.size(); ++column) {
+        for (std::size_t column = 0; column < kHistoryColumns; ++column) {
             PairButFor(column);
         }
         CompareExpiry();
@@ -171,7 +171,7 @@ class HistoryComparison {
                 claimed.match != nullptr ? free.end() : free.find(rest(claimed.Columns()));
             if (found != free.end()) {
                 Match(claimed, *found->second);
-                Report(*claimed.entry, kHistoryColumns[column], claimed.Columns()[column],
+                Report(*claimed.entry, HistoryColumnName(column), claimed.Columns()[column],
                        found->second->columns[column]);
                 free.erase(found);
             }

@@ -66,7 +66,7 @@ void AddLimits(CLI::App& command, RecordLimits& limits) {
 template <typename Options>
 void AddRecordOptions(CLI::App& command, Options& options) {
     command.add_option("--attachments", options.attachments,
-                       "folder that attachments' file names start from and cannot leave");
+                       "folder with the files of attachments; their names cannot lead out of it");
     command
         .add_option("--max-attachment-size", options.maxAttachmentSize,
                     "largest file that is taken as an attachment, in bytes or with a unit: 2GB")
@@ -74,7 +74,7 @@ void AddRecordOptions(CLI::App& command, Options& options) {
         ->type_name("SIZE");
     command
         .add_option("--max-reference-tries", options.maxReferenceTries,
-                    "ways of reading a reference as a key before it is given up")
+                    "ways in which a reference is read as a key before it is given up")
         ->check(CLI::PositiveNumber)
         ->capture_default_str();
 }
@@ -132,7 +132,7 @@ void AddVerify(CLI::App& app, Commands& commands) {
     verify->add_option("--report", options.report, "file to write a report to (JSON)");
     verify->add_option("--html", options.html, "file to write a report for people to (HTML)");
     verify->add_flag("--exact", options.exact,
-                     "take what the database holds and no source speaks of for a difference, too");
+                     "report what the database holds and no source speaks of as a difference, too");
     AddImmutable(*verify, options);
     verify->add_flag("--quiet", options.quiet, "show differences only");
     AddLimits(*verify, options.limits);

@@ -17,6 +17,7 @@
 namespace recorddb::sql {
 
 struct Dialect;
+class RowReader;
 class RowWriter;
 
 // Text that dies at the end of the expression it stands in, and so cannot be borrowed.
@@ -145,6 +146,13 @@ class RECORDDB_API Connection {
     // Makes a writer of many rows at once, by whatever means the engine has. It must not outlive
     // the connection.
     virtual std::unique_ptr<RowWriter> MakeRowWriter();
+
+    // What reads many rows at once, as above.
+    virtual std::unique_ptr<RowReader> MakeRowReader();
+
+    // True where many rows that are read at once cost less than each by itself, so that it pays to
+    // find out ahead what will be needed.
+    virtual bool ReadsManyForLess() const { return false; }
 
     virtual const Dialect& GetDialect() const = 0;
     virtual bool IsReadOnly() const = 0;

@@ -2,12 +2,17 @@
 
 #include "recorddb/errors.h"
 #include "recorddb/sql.h"
+#include "recorddb/sql/row_reader.h"
 #include "recorddb/sql/row_writer.h"
 
 namespace recorddb::sql {
 
 std::unique_ptr<RowWriter> Connection::MakeRowWriter() {
     return MakeStatementRowWriter(*this);
+}
+
+std::unique_ptr<RowReader> Connection::MakeRowReader() {
+    return MakeStatementRowReader(*this);
 }
 
 void Connection::BeginTransaction() {

@@ -67,15 +67,6 @@ std::string SqlOf(const RowChange& change) {
     return fmt::format("DELETE FROM {} WHERE {}", table, rowMeant);
 }
 
-void BindCell(Statement& statement, int parameter, const Cell& cell) {
-    if (const auto* const text = std::get_if<std::string_view>(&cell)) {
-        statement.BindText(parameter, *text);
-    } else if (const auto* const number = std::get_if<std::int64_t>(&cell)) {
-        statement.BindInt(parameter, *number);
-    }
-    // Parameters are NULL from the start.
-}
-
 class StatementRowWriter final : public RowWriter {
   public:
     explicit StatementRowWriter(Connection& connection) : m_connection(connection) {}
@@ -105,6 +96,15 @@ class StatementRowWriter final : public RowWriter {
 };
 
 }  // namespace
+
+void BindCell(Statement& statement, int parameter, const Cell& cell) {
+    if (const auto* const text = std::get_if<std::string_view>(&cell)) {
+        statement.BindText(parameter, *text);
+    } else if (const auto* const number = std::get_if<std::int64_t>(&cell)) {
+        statement.BindInt(parameter, *number);
+    }
+    // Parameters are NULL from the start.
+}
 
 std::unique_ptr<RowWriter> MakeStatementRowWriter(Connection& connection) {
     return std::make_unique<StatementRowWriter>(connection);

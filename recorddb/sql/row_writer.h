@@ -24,6 +24,9 @@ struct RowColumn {
 // the column's type allows. Texts are borrowed.
 using Cell = std::variant<std::monostate, std::int64_t, std::string_view>;
 
+// Binds a cell to a parameter that has not been bound yet.
+void BindCell(Statement& statement, int parameter, const Cell& cell);
+
 // One kind of change of many rows of one table.
 struct RowChange {
     enum class Kind {

@@ -3,9 +3,11 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 
 #include "platform/core/adsession.h"
 #include "recorddb/errors.h"
+#include "recorddb/expected_search.h"
 #include "recorddb/export.h"
 #include "recorddb/session_options.h"
 #include "recorddb/statistics.h"
@@ -54,6 +56,11 @@ class RECORDDB_API SessionTransaction {
     SessionTransaction(const SessionTransaction&) = delete;
     SessionTransaction& operator=(const SessionTransaction&) = delete;
     ~SessionTransaction();
+
+    // Asks the database for what records to come will need, all at once. That changes nothing but
+    // the number of times that it is asked, and pays where sql::Connection::ReadsManyForLess. No
+    // savepoint is open. Nothing happens where nothing is gathered. Throws sql::Error.
+    void LookAhead(std::span<const ExpectedSearch> searches);
 
     // Writes what was gathered so far. Throws sql::Error, after which nothing but a roll-back is
     // possible; the session remembers the failure.

@@ -12,6 +12,7 @@
 #include "recorddb/editing/attachment_changes.h"
 #include "recorddb/store/attachment_table.h"
 #include "recorddb/store/content_store.h"
+#include "recorddb/store/write_batch.h"
 
 namespace recorddb {
 
@@ -19,14 +20,17 @@ namespace recorddb {
 // Operations throw sql::Error.
 class RecordAttachments {
   public:
-    // The connection outlives the object.
-    RecordAttachments(sql::Connection& connection, AttachmentFolder folder,
-                      ContentStore::Keeping keeping)
-        : m_table(connection), m_folder(std::move(folder)), m_contents(connection, keeping) {}
+    // The batch outlives the object.
+    RecordAttachments(WriteBatch& batch, AttachmentFolder folder, ContentStore::Keeping keeping)
+        : m_batch(batch),
+          m_table(batch.GetConnection()),
+          m_folder(std::move(folder)),
+          m_contents(batch.GetConnection(), keeping) {}
 
     // The attachments that are stored for a record, in the order in which they were added.
     std::vector<Attachment> Load(std::int64_t recordType, std::int64_t record) {
-        return m_table.Load(recordType, record);
+        const auto* const answer = m_batch.Answers().FindAttachments({recordType, record});
+        return answer != nullptr ? *answer : m_table.Load(recordType, record);
     }
 
     // Opens a file of the folder; see AttachmentFolder::Open.
@@ -40,6 +44,7 @@ class RecordAttachments {
     PaMessage Write(std::int64_t recordType, std::int64_t record, const AttachmentChanges& changes);
 
   private:
+    WriteBatch& m_batch;
     AttachmentTable m_table;
     AttachmentFolder m_folder;
     ContentStore m_contents;

@@ -177,8 +177,12 @@ PaMessage RecordWriter::WriteAtOnce(EditedRecord& record, Reach reach) {
     // Outside the try: a failure here is one of the records that were gathered, not of this one.
     m_parts.batch.Apply(WriteBatch::For::Writing);
     m_parts.batch.ForgetVersions();
+    m_parts.batch.Answers().Forget(record.Type(), record.dbid, record.buffer);
     try {
-        return WriteAll(record, reach);
+        PaMessage problem = WriteAll(record, reach);
+        // Once more, since it has a dbid now if it had none.
+        m_parts.batch.Answers().Forget(record.Type(), record.dbid, record.buffer);
+        return problem;
     } catch (const sql::Error& error) {
         if (!error.IsConstraint()) {
             throw;

@@ -30,7 +30,9 @@ void ResultSet::Execute() {
     m_parts->failures.Guard([this] {
         if (ReadOperands()) {
             ApplyChangesOfColumns();
-            ReadRows();
+            if (!TakeKnownAnswer()) {
+                ReadRows();
+            }
             AddNewRecords();
         }
     });
@@ -91,6 +93,41 @@ std::optional<FieldValue> ResultSet::Operand(const FilterNode& filter) {
 
 std::size_t ResultSet::Width() const {
     return std::max<std::size_t>(m_query->Columns().size(), 1);
+}
+
+// False when the database has to be asked.
+bool ResultSet::TakeKnownAnswer() {
+    const KnownAnswers& answers = m_parts->batch.Answers();
+    if (answers.IsEmpty()) {
+        return false;
+    }
+    const schema::RecordType& type = m_query->Type();
+    FieldSet fields;
+    std::vector<const FieldValue*> values;
+    for (std::size_t i = 0; i < m_operands.size(); ++i) {
+        fields.push_back(m_query->Filters()[i].Field().index);
+        values.push_back(&m_operands[i]);
+    }
+    const auto dbid = answers.Find(type, fields, values);
+    if (!dbid || *dbid == 0) {
+        return dbid.has_value();
+    }
+    const KnownRow* const row = answers.FindRow(type, *dbid);
+    std::vector<std::string> cells;
+    for (const schema::Field* const column : m_query->Columns()) {
+        const bool isDbId = column != nullptr && column->kind == schema::FieldKind::DbId;
+        if (column != nullptr && !isDbId && row == nullptr) {
+            return false;
+        }
+        cells.push_back(column == nullptr ? ""
+                        : isDbId          ? std::to_string(*dbid)
+                                          : ColumnText((*row)[column->index]));
+    }
+    cells.resize(Width());
+    m_cells = std::move(cells);
+    m_dbids = {*dbid};
+    m_rowCount = 1;
+    return true;
 }
 
 void ResultSet::ReadRows() {

@@ -50,6 +50,7 @@ class ResultSet final : public AdResultSet {
     bool ReadOperands();
     void ApplyChangesOfColumns();
     std::optional<FieldValue> Operand(const FilterNode& filter);
+    bool TakeKnownAnswer();
     void ReadRows();
     void AddNewRecords();
     std::size_t Width() const;

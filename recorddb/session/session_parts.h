@@ -44,8 +44,7 @@ struct SessionParts {
           dbids(connection, ids),
           historyTable(batch),
           history(batch, schema, tables, historyTable),
-          attachments(connection,
-                      AttachmentFolder(options.attachmentsFolder, options.maxAttachmentSize),
+          attachments(batch, AttachmentFolder(options.attachmentsFolder, options.maxAttachmentSize),
                       options.examineAttachments ? ContentStore::Keeping::Examine
                                                  : ContentStore::Keeping::Store),
           duplicates(batch),

@@ -3,6 +3,7 @@
 #include "recorddb/session.h"
 #include "recorddb/session/session_parts.h"
 #include "recorddb/sql.h"
+#include "recorddb/store/look_ahead.h"
 
 namespace recorddb {
 
@@ -77,6 +78,17 @@ SessionTransaction::SessionTransaction(std::shared_ptr<SessionParts> parts, Writ
 
 SessionTransaction::~SessionTransaction() {
     Rollback();
+}
+
+void SessionTransaction::LookAhead(std::span<const ExpectedSearch> searches) {
+    WriteBatch& batch = m_state->parts->batch;
+    if (!batch.IsGathering()) {
+        return;
+    }
+    m_state->parts->failures.Watch([&] {
+        recorddb::LookAhead(batch.GetConnection(), batch.GetSchema(), batch.Answers())
+            .Read(searches);
+    });
 }
 
 void SessionTransaction::Apply() {

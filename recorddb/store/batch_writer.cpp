@@ -9,6 +9,7 @@
 
 #include "recorddb/model/names.h"
 #include "recorddb/sql/row_writer.h"
+#include "recorddb/store/cells.h"
 #include "recorddb/store/reference_list.h"
 #include "recorddb/store/tables.h"
 
@@ -30,28 +31,8 @@ using Kind = sql::RowChange::Kind;
 constexpr std::size_t kMostShapesInBatch = 8;
 constexpr std::size_t kMostShapes = 64;
 
-RowColumn ColumnOf(const Field& field) {
-    const bool isNumber = field.kind == FieldKind::Integer || field.kind == FieldKind::Reference ||
-                          field.kind == FieldKind::DbId;
-    return {field.name, isNumber ? CellType::Integer : CellType::Text};
-}
-
-Cell CellOf(const FieldValue& value) {
-    if (const auto* const text = std::get_if<std::string>(&value)) {
-        return std::string_view(*text);
-    }
-    if (const auto* const number = std::get_if<std::int64_t>(&value)) {
-        return *number;
-    }
-    return {};
-}
-
 Cell CellOrNull(std::string_view text) {
     return text.empty() ? Cell() : Cell(text);
-}
-
-bool IsPlainColumn(const Field& field) {
-    return schema::HasColumn(field.kind) && field.kind != FieldKind::DbId;
 }
 
 // The columns of a type that are written for records of which `changed` differ.

@@ -26,6 +26,9 @@ std::optional<std::int64_t> DuplicateTable::OriginalOf(std::int64_t recordType,
     if (const auto pending = m_batch.FindOriginal({recordType, record})) {
         return pending;
     }
+    if (const auto* const answer = m_batch.Answers().FindOriginal({recordType, record})) {
+        return *answer;
+    }
     sql::Statement& find = m_connection.Prepare(
         "SELECT original FROM zt_duplicate WHERE record_type = $1 AND duplicate = $2");
     find.BindAll(recordType, record);

@@ -50,6 +50,9 @@ std::vector<HistoryTimes> HistoryTable::Times(std::int64_t recordType, std::int6
     if (m_batch.HasNew(m_batch.GetSchema().Type(recordType), record)) {
         return {};
     }
+    if (const auto* const answer = m_batch.Answers().FindTimes({recordType, record})) {
+        return *answer;
+    }
     if (m_times == nullptr) {
         m_times = &m_connection.Prepare(
             "SELECT entry, action_time, expiry_time FROM zt_history "

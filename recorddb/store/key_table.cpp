@@ -25,6 +25,9 @@ std::int64_t KeyTable::Find(const schema::RecordType& type, const std::vector<Fi
     if (const std::int64_t pending = m_batch.FindKey(type, type.key, wanted)) {
         return pending;
     }
+    if (const auto answer = m_batch.Answers().Find(type, type.key, wanted)) {
+        return *answer;
+    }
     sql::Statement& find = FindStatement(type);
     int parameter = 0;
     for (const FieldValue& value : values) {
@@ -65,6 +68,12 @@ std::vector<std::string> KeyTable::KeyParts(const schema::RecordType& type, std:
         const PendingRecord& pending = *m_batch.FindColumns(type, dbid);
         for (const std::size_t field : type.key) {
             parts.push_back(ColumnText(pending.values[field]));
+        }
+        return parts;
+    }
+    if (const KnownRow* const row = m_batch.Answers().FindRow(type, dbid)) {
+        for (const std::size_t field : type.key) {
+            parts.push_back(ColumnText((*row)[field]));
         }
         return parts;
     }

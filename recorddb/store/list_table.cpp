@@ -11,6 +11,10 @@ FieldValue ListTable::Load(std::int64_t record) {
     if (const FieldValue* const pending = m_batch.FindList(m_type, m_field.index, record)) {
         return *pending;
     }
+    if (const FieldValue* const answer =
+            m_batch.Answers().FindList(m_type, m_field.index, record)) {
+        return *answer;
+    }
     if (m_load == nullptr) {
         m_load = &m_connection.Prepare(
             fmt::format("SELECT target FROM {} WHERE record = $1 ORDER BY position",

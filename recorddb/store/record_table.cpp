@@ -123,6 +123,9 @@ std::optional<std::int64_t> RecordTable::Version(std::int64_t dbid) {
     if (const auto known = m_batch.KnownVersion(m_type, dbid)) {
         return known;
     }
+    if (const auto answer = m_batch.Answers().FindVersion(m_type, dbid)) {
+        return answer;
+    }
     if (m_version == nullptr) {
         m_version = &m_connection.Prepare(fmt::format("SELECT {} FROM {} WHERE {} = $1",
                                                       schema::kVersionColumn, Quoted(m_type.name),
@@ -142,6 +145,12 @@ std::optional<std::int64_t> RecordTable::Load(std::int64_t dbid, RecordBuffer& r
             record.SetSaved(field, pending->values[field]);
         }
         return m_batch.KnownVersion(m_type, dbid);
+    }
+    if (const KnownRow* const row = m_batch.Answers().FindRow(m_type, dbid)) {
+        for (const std::size_t field : m_columns) {
+            record.SetSaved(field, (*row)[field]);
+        }
+        return Version(dbid);
     }
     if (m_load == nullptr) {
         m_load = &m_connection.Prepare(fmt::format("SELECT {}{} FROM {} WHERE {} = $1",
@@ -200,6 +209,13 @@ std::optional<std::int64_t> RecordTable::FindTwin(std::size_t set, const RecordB
     const std::int64_t pending = m_batch.FindKey(m_type, m_uniqueSets[set], values);
     if (pending != 0 && pending != dbid) {
         return pending;
+    }
+    const auto answer = m_batch.Answers().Find(m_type, m_uniqueSets[set], values);
+    if (answer && *answer != dbid) {
+        return *answer != 0 ? answer : std::nullopt;
+    }
+    if (answer) {
+        return std::nullopt;
     }
     sql::Statement& find = TwinStatement(set);
     find.BindInt(1, dbid);

@@ -26,6 +26,7 @@ WriteBatch::WriteBatch(sql::Connection& connection, const schema::Schema& schema
     : m_connection(connection),
       m_schema(schema),
       m_versions(schema.Types().size()),
+      m_answers(schema),
       m_writer(connection, schema) {
     for (const RecordType& type : schema.Types()) {
         Type& known = m_types.emplace_back(KeySetsOf(type), std::vector<bool>(type.fields.size()));
@@ -44,6 +45,7 @@ void WriteBatch::Begin() {
     m_isGathering = true;
     m_hasFailed = false;
     ForgetVersions();
+    m_answers.Forget();
 }
 
 void WriteBatch::End() noexcept {
@@ -51,6 +53,7 @@ void WriteBatch::End() noexcept {
     m_layers.front().changes.Clear();
     m_isGathering = false;
     ForgetVersions();
+    m_answers.Forget();
 }
 
 void WriteBatch::Apply(For what) {
@@ -72,6 +75,7 @@ void WriteBatch::Apply(For what) {
             current.savepoint = std::make_unique<sql::Savepoint>(m_connection);
         }
         if (!current.changes.IsEmpty()) {
+            m_answers.Forget(current.changes);
             m_writer.Write(current.changes);
             current.changes.Clear();
         }

@@ -19,6 +19,7 @@
 #include "recorddb/store/batch_writer.h"
 #include "recorddb/store/history_expiry.h"
 #include "recorddb/store/key_sets.h"
+#include "recorddb/store/known_answers.h"
 #include "recorddb/store/pending_changes.h"
 #include "recorddb/store/record_buffer.h"
 
@@ -89,6 +90,12 @@ class WriteBatch {
                     const std::vector<HistoryTimes>& after);
 
     void PutLink(const RecordKey& duplicate, PendingLink link);
+
+    // --- what the database answers ---
+
+    // The answers that are known ahead; none while nothing is gathered.
+    KnownAnswers& Answers() { return m_answers; }
+    const KnownAnswers& Answers() const { return m_answers; }
 
     // --- what readers lay over the database's answer ---
 
@@ -174,6 +181,7 @@ class WriteBatch {
     std::uint64_t m_drops = 0;
     std::uint64_t m_changes = 0;
     std::vector<std::unordered_map<std::int64_t, std::int64_t>> m_versions;  // by type and dbid
+    KnownAnswers m_answers;
     BatchWriter m_writer;
 };
 

@@ -157,6 +157,10 @@ TEST_P(GatheredOrAtOnceTest, WorkAtRandomComesToTheSame) {
     gathered.Run(kGroups);
     ExpectSame(gathered.Told(), atOnce.Told());
     ExpectSame(gathered.Tables(), atOnce.Tables());
+    RandomWork ahead(GetParam(), Writing::Gathered, RandomWork::Ahead::Much);
+    ahead.Run(kGroups);
+    ExpectSame(ahead.Told(), atOnce.Told());
+    ExpectSame(ahead.Tables(), atOnce.Tables());
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, GatheredOrAtOnceTest, testing::Range<std::uint64_t>(1, 61));

@@ -19,7 +19,11 @@ namespace recorddb {
 // circles.
 class RandomWork : public SessionTest {
   public:
-    RandomWork(std::uint64_t seed, Writing writing) : m_state(seed * 2 + 1), m_writing(writing) {
+    // Whether what the work will need is asked for before each group, too.
+    enum class Ahead { Nothing, Much };
+
+    RandomWork(std::uint64_t seed, Writing writing, Ahead ahead = Ahead::Nothing)
+        : m_state(seed * 2 + 1), m_writing(writing), m_ahead(ahead) {
         std::filesystem::create_directories(Folder().Path() / "files");
         for (const char* const name : {"a", "b", "c"}) {
             Folder().Write(std::string("files/") + name, std::string(name) + "-content");
@@ -32,6 +36,9 @@ class RandomWork : public SessionTest {
         for (int group = 0; group < groups; ++group) {
             const auto transaction = Core().BeginTransaction(m_writing);
             m_open.clear();
+            if (m_ahead == Ahead::Much) {
+                LookAhead(*transaction, group);
+            }
             const std::size_t records = 5 + Below(20);
             for (std::size_t record = 0; record < records; ++record) {
                 WorkUnderSavepoint(*transaction, 0);
@@ -94,6 +101,38 @@ class RandomWork : public SessionTest {
         return fmt::format("{} {} {} {} {} {}", done.recordsCreated, done.recordsUpdated,
                            done.historyEntries, done.attachments, done.duplicateLinks,
                            done.commits);
+    }
+
+    // All values that the work has for the fields by which it searches; a share of them, another
+    // one in each group, with what stands beside the records that are found.
+    void LookAhead(SessionTransaction& transaction, int group) {
+        std::vector<ExpectedSearch> searches;
+        const auto expect = [&](const char* type, const std::vector<const char*>& fields,
+                                const Strings& values) {
+            const auto share = static_cast<std::size_t>(group) + searches.size();
+            ExpectedSearch& search = searches.emplace_back();
+            search.type = Base().GetSchema().FindType(type);
+            for (std::size_t i = 0; i < fields.size(); ++i) {
+                search.values.emplace_back(search.type->FindField(fields[i]), values[i]);
+            }
+            search.fields = share % 3 != 0;
+            search.history = share % 4 != 0;
+            search.attachments = share % 5 != 0;
+            search.original = share % 6 != 0;
+        };
+        for (int i = 1; i <= 12; ++i) {
+            const std::string number = std::to_string(i);
+            expect("bug", {"source_id"}, {"id" + number});
+            expect("bug", {"id"}, {schema::FormatDisplayId("BUG", i)});
+            expect("bug", {"dbid"}, {number});
+            expect("bug", {"votes"}, {number});
+            expect("bug", {"title"}, {"text" + number});
+            expect("user", {"login"}, {"u" + number});
+            expect("user", {"email"}, {"text" + number});
+            expect("place", {"town", "street"}, {"t" + number, "s" + std::to_string(i % 3)});
+            expect("lane", {"place", "number"}, {number, number});
+        }
+        transaction.LookAhead(searches);
     }
 
     void WorkUnderSavepoint(SessionTransaction& transaction, int depth) {
@@ -376,6 +415,7 @@ class RandomWork : public SessionTest {
 
     std::uint64_t m_state;
     Writing m_writing;
+    Ahead m_ahead;
     std::vector<AdEntityPtr> m_open;
     std::vector<std::string> m_told;
 };

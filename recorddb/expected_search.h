@@ -1,0 +1,27 @@
+#ifndef RECORDDB_EXPECTED_SEARCH_H
+#define RECORDDB_EXPECTED_SEARCH_H
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "recorddb/schema.h"
+
+namespace recorddb {
+
+// A search that records to come will make: for the records of a type with these values.
+struct ExpectedSearch {
+    const schema::RecordType* type = nullptr;
+    // Texts in UTF-8, as people write them.
+    std::vector<std::pair<const schema::Field*, std::string>> values;
+
+    // What will be read of the record that is found, beside its dbid.
+    bool fields = false;  // reference lists among them
+    bool history = false;
+    bool attachments = false;
+    bool original = false;  // which record it is a duplicate of, and so on
+};
+
+}  // namespace recorddb
+
+#endif

@@ -1,0 +1,67 @@
+#ifndef RECORDDB_STORE_LOOK_AHEAD_H
+#define RECORDDB_STORE_LOOK_AHEAD_H
+
+#include <cstdint>
+#include <map>
+#include <set>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "recorddb/expected_search.h"
+#include "recorddb/model/field_value.h"
+#include "recorddb/schema.h"
+#include "recorddb/sql.h"
+#include "recorddb/store/known_answers.h"
+
+namespace recorddb {
+
+// Finds out what records to come will ask the database for, in a few questions for all of them. For
+// one use.
+class LookAhead {
+  public:
+    // Connection, schema and answers outlive the object.
+    LookAhead(sql::Connection& connection, const schema::Schema& schema, KnownAnswers& answers)
+        : m_connection(connection), m_schema(schema), m_answers(answers) {}
+
+    // Asks for all that the searches need, and adds it to the answers. What cannot be asked ahead
+    // is left out, for instance a search by a reference. Throws sql::Error, after which the answers
+    // are none.
+    void Read(std::span<const ExpectedSearch> searches);
+
+  private:
+    class Round;
+
+    struct Wanted {
+        std::vector<FieldValue> values;
+        bool fields = false;
+        bool history = false;
+        bool attachments = false;
+        bool original = false;
+    };
+    // Searches by the same fields, by the text that KeyText makes of the values.
+    using Searches = std::map<std::string, Wanted>;
+
+    void Add(const ExpectedSearch& search);
+    void Search();
+    void ReadFound();
+    void FollowChains();
+    void ReadRows(Round& round, const schema::RecordType& type,
+                  const std::set<std::int64_t>& dbids);
+    void ReadList(Round& round, const schema::RecordType& type, const schema::Field& field,
+                  const std::set<std::int64_t>& dbids);
+    void ReadTimes(Round& round, const std::set<RecordKey>& records);
+    void ReadAttachments(Round& round, const std::set<RecordKey>& records);
+    void ReadOriginals(Round& round);
+
+    sql::Connection& m_connection;
+    const schema::Schema& m_schema;
+    KnownAnswers& m_answers;
+    std::map<std::pair<std::int64_t, FieldSet>, Searches> m_searches;  // by type and fields
+    std::set<RecordKey> m_links;  // the duplicates whose originals are asked for
+};
+
+}  // namespace recorddb
+
+#endif

@@ -7,6 +7,16 @@
 
 namespace tool {
 
+DataLoader::DataLoader(SourceWalk& walk, GroupJournal& journal, const Parts& parts)
+    : m_walk(walk),
+      m_journal(journal),
+      m_parts(parts),
+      m_records(walk, parts.looksAhead && parts.group.IsGathered() ? RecordGroup::kRecords : 0,
+                RecordGroup::kBytes,
+                // What is lost after a record is told after what is told of it.
+                [this](const SourceRecord& record) { m_parts.sinks.Hold(record.ordinal); }),
+      m_expected(parts.schema) {}
+
 bool DataLoader::Load() {
     try {
         return m_parts.options.wholePackets ? LoadWhole() : LoadRecords();
@@ -27,8 +37,8 @@ bool DataLoader::PassOver() {
 
 bool DataLoader::LoadRecords() {
     WalkStep step = WalkStep::Data;
-    while (!HasTooManyRejects() && (step = m_walk.Next()) == WalkStep::Record) {
-        const SourceRecord& record = m_walk.Record();
+    while (!HasTooManyRejects() && (step = m_records.Next()) == WalkStep::Record) {
+        const SourceRecord& record = m_records.Record();
         m_number = record.ordinal + 1;
         if (m_parts.group.IsGathered()) {
             m_parts.sinks.Hold(record.ordinal);
@@ -40,7 +50,7 @@ bool DataLoader::LoadRecords() {
         } else {
             LoadRecord(record);
         }
-        m_parts.sinks.Advance(m_walk.BytesRead());
+        m_parts.sinks.Advance(m_records.BytesRead());
         ++m_number;
     }
     EndGroup(step == WalkStep::DataEnd);
@@ -53,6 +63,7 @@ void DataLoader::LoadRecord(const SourceRecord& record) {
     }
     bool isDone = false;
     try {
+        LookAhead();
         isDone = Work(record);
     } catch (const recorddb::sql::Error& error) {
         if (!MayDoAgain(error)) {
@@ -64,6 +75,21 @@ void DataLoader::LoadRecord(const SourceRecord& record) {
     if (isDone && m_parts.group.AddRecord(record.packet.size() + record.raw.size())) {
         EndGroup(false);
     }
+}
+
+// Asks for what the records that have been read will need, when these have just been read, or when
+// a new group forgets what was known for the last one.
+void DataLoader::LookAhead() {
+    if (!m_records.ReadsAhead() || !(m_records.IsFirst() || !m_parts.group.IsOpen())) {
+        return;
+    }
+    m_expected.Clear();
+    m_records.ForEachRead([this](const SourceRecord& record) {
+        if (m_journal.Journal().TaskOf(record.ordinal) != RecordTask::Pass) {
+            m_expected.Add(record, m_walk.Configuration());
+        }
+    });
+    m_parts.group.Open().LookAhead(m_expected.All());
 }
 
 // Imports or rejects a record. False when it is left for the load that continues this one.

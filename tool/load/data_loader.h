@@ -6,12 +6,14 @@
 #include <string_view>
 
 #include "tool/load/atomic_import.h"
+#include "tool/load/expected_searches.h"
 #include "tool/load/group_journal.h"
 #include "tool/load/kept_records.h"
 #include "tool/load/load_options.h"
 #include "tool/load/load_sinks.h"
 #include "tool/load/record_group.h"
 #include "tool/load/record_rejecter.h"
+#include "tool/load/records_ahead.h"
 #include "tool/losses/loss_search.h"
 #include "tool/sources/source_walk.h"
 
@@ -29,11 +31,13 @@ class DataLoader {
         AtomicImport& import;
         RecordRejecter& rejecter;
         RecordGroup& group;
+        const recorddb::schema::Schema& schema;
+        // Whether the database is asked ahead for what the records of a group will need.
+        bool looksAhead;
     };
 
     // `walk` stands at the beginning of the source: no record of it has been read yet.
-    DataLoader(SourceWalk& walk, GroupJournal& journal, const Parts& parts)
-        : m_walk(walk), m_journal(journal), m_parts(parts) {}
+    DataLoader(SourceWalk& walk, GroupJournal& journal, const Parts& parts);
 
     // Loads what is left to do. Returns false when the load is to end early, because of a signal or
     // of too many rejected records. Throws SourceError when the source changes or cannot be read
@@ -53,6 +57,7 @@ class DataLoader {
     void RejectWhole(const WholePacket& whole, const std::string& error);
     bool ExamineRecords();
     void LoadRecord(const SourceRecord& record);
+    void LookAhead();
     bool Work(const SourceRecord& record);
     void EndGroup(bool atEnd);
     void Commit(bool atEnd);
@@ -64,6 +69,8 @@ class DataLoader {
     SourceWalk& m_walk;
     GroupJournal& m_journal;
     const Parts& m_parts;
+    RecordsAhead m_records;
+    ExpectedSearches m_expected;
     KeptRecords m_kept;  // of the current group, if it is gathered
     std::uint64_t m_number = 1;
 };

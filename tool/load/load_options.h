@@ -29,6 +29,7 @@ struct LoadOptions {
     bool fresh = false;          // ignore the journal
     bool retryRejected = false;  // import what the journal knows as rejected once more
     bool quiet = false;
+    bool looksAhead = false;  // also where it does not pay; for tests
 };
 
 }  // namespace tool

@@ -31,6 +31,7 @@ class RecordGroup {
     // From the next group on.
     void SetWriting(recorddb::Writing writing) { m_writing = writing; }
 
+    bool IsOpen() const { return m_transaction != nullptr; }
     // Makes sure that a transaction is open.
     recorddb::SessionTransaction& Open();
 

@@ -107,7 +107,15 @@ bool SourceLoader::LoadData(SourceWalk& walk) {
 
 bool SourceLoader::ImportData(SourceWalk& walk) {
     GroupJournal journal(m_journals.Open(walk), walk, m_group, m_sinks);
-    const DataLoader::Parts parts = {m_options, m_sinks, *m_losses, m_import, m_rejecter, m_group};
+    const DataLoader::Parts parts = {
+        m_options,
+        m_sinks,
+        *m_losses,
+        m_import,
+        m_rejecter,
+        m_group,
+        m_database.GetSchema(),
+        m_options.looksAhead || m_database.GetConnection().ReadsManyForLess()};
     DataLoader loader(walk, journal, parts);
     if (journal.Journal().NothingToDo()) {
         return loader.PassOver();

@@ -9,7 +9,8 @@
 
 namespace recorddb {
 
-// A search that records to come will make: for the records of a type with these values.
+// A search that the work on coming records will make: for the records of a type that have these
+// values.
 struct ExpectedSearch {
     const schema::RecordType* type = nullptr;
     // Texts in UTF-8, as people write them.
@@ -19,7 +20,7 @@ struct ExpectedSearch {
     bool fields = false;  // reference lists among them
     bool history = false;
     bool attachments = false;
-    bool original = false;  // which record it is a duplicate of, and so on
+    bool original = false;  // which record it is a duplicate of, and that one's, and so on
 };
 
 }  // namespace recorddb

@@ -57,9 +57,9 @@ class RECORDDB_API SessionTransaction {
     SessionTransaction& operator=(const SessionTransaction&) = delete;
     ~SessionTransaction();
 
-    // Asks the database for what records to come will need, all at once. That changes nothing but
-    // the number of times that it is asked, and pays where sql::Connection::ReadsManyForLess. No
-    // savepoint is open. Nothing happens where nothing is gathered. Throws sql::Error.
+    // Reads what the work on coming records will need, all at once. This only changes how often the
+    // database is asked, and is worth while where sql::Connection::ReadsManyForLess is true. No
+    // savepoint may be open. Nothing happens unless writing is gathered. Throws sql::Error.
     void LookAhead(std::span<const ExpectedSearch> searches);
 
     // Writes what was gathered so far. Throws sql::Error, after which nothing but a roll-back is

@@ -147,11 +147,11 @@ class RECORDDB_API Connection {
     // the connection.
     virtual std::unique_ptr<RowWriter> MakeRowWriter();
 
-    // What reads many rows at once, as above.
+    // Makes a reader of many rows at once, in the same way.
     virtual std::unique_ptr<RowReader> MakeRowReader();
 
-    // True where many rows that are read at once cost less than each by itself, so that it pays to
-    // find out ahead what will be needed.
+    // True where reading many rows at once costs much less than reading each by itself, so that it
+    // is worth while to find out ahead what will be needed.
     virtual bool ReadsManyForLess() const { return false; }
 
     virtual const Dialect& GetDialect() const = 0;

@@ -15,7 +15,7 @@ namespace recorddb::sql {
 // Asks for rows of one table by many keys.
 struct RowQuestion {
     std::string_view table;              // as it is called, without quotes
-    std::span<const RowColumn> columns;  // what is wanted of the rows
+    std::span<const RowColumn> columns;  // to be read of the rows
     std::span<const RowColumn> keys;     // that find the rows, by equality
     std::span<const Cell> cells;         // of the keys, key by key, none of them NULL; not empty
     std::string_view order;              // the column in whose order the rows of one key come
@@ -35,8 +35,8 @@ class RowReader {
 
     // Asks, and hands the answers to `take`, now or by Finish, key by key in their order. All that
     // the question refers to stays alive and as it is until Finish has returned or the reader is
-    // gone. `take` asks for nothing by itself. Throws Error, also for an earlier question, and what
-    // `take` throws.
+    // gone. `take` must not ask for anything itself. Throws Error, also for an earlier question,
+    // and what `take` throws.
     virtual void Ask(const RowQuestion& question, Take take) = 0;
 
     // Returns once all questions have been answered. The reader may be used again.

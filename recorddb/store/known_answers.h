@@ -22,9 +22,9 @@ namespace recorddb {
 // A record's row as it stands in the database: its values by field, of fields with a column.
 using KnownRow = std::vector<FieldValue>;
 
-// What the database has answered before it was asked, in the transaction under way. Readers take
-// an answer from here, if there is one, and lay over it what has been gathered, as they do with
-// the database's own. Whoever writes to the database tells what no longer holds.
+// What was read from the database ahead of its use, in the transaction under way. Readers take an
+// answer from here, if there is one, and lay over it what has been gathered, as they do with the
+// database's own. Whoever writes to the database says here which answers no longer hold.
 class KnownAnswers {
   public:
     // The schema outlives the object.
@@ -32,9 +32,9 @@ class KnownAnswers {
 
     bool IsEmpty() const { return m_isEmpty; }
 
-    // No answer holds any more.
+    // Forgets all answers.
     void Forget() noexcept;
-    // Those hold no more that the writing of these changes, or of this record, may make wrong.
+    // Forgets the answers that the writing of these changes, or of this record, may make wrong.
     void Forget(const PendingChanges& changes);
     void Forget(const schema::RecordType& type, std::int64_t dbid, const RecordBuffer& record);
 
@@ -43,7 +43,7 @@ class KnownAnswers {
     // The record with these values; 0: there is none. Nothing also when there are several.
     std::optional<std::int64_t> Find(const schema::RecordType& type, const FieldSet& fields,
                                      const std::vector<const FieldValue*>& values) const;
-    // Of a record that is there.
+    // The version of a record; nothing also when there is no such record.
     std::optional<std::int64_t> FindVersion(const schema::RecordType& type,
                                             std::int64_t dbid) const;
     const KnownRow* FindRow(const schema::RecordType& type, std::int64_t dbid) const;
@@ -56,7 +56,7 @@ class KnownAnswers {
     const std::optional<std::int64_t>* FindOriginal(const RecordKey& record) const;
 
   private:
-    friend class LookAhead;  // which finds them out
+    friend class LookAhead;  // which fills in the answers
 
     struct Matches {
         std::int64_t dbid = 0;  // of the first one

@@ -27,10 +27,10 @@ using sql::RowColumn;
 // A search that finds more than one record is left to the database.
 constexpr std::size_t kMostMatches = 2;
 
-// Chains of duplicates are followed so far.
+// Chains of duplicates are followed for so many steps.
 constexpr int kMostSteps = 8;
 
-// The value by which the database is searched for a text; none when it cannot be told ahead.
+// The value by which the database is searched for a text; none when it is not known ahead.
 FieldValue SearchedValue(const Field& field, const std::string& text) {
     switch (field.kind) {
         case FieldKind::Integer:
@@ -252,7 +252,7 @@ void LookAhead::ReadRows(Round& round, const RecordType& type,
                   for (std::size_t i = 0; i < fields.size(); ++i) {
                       row[fields[i]] = ValueIn(cells[i + 2]);
                   }
-                  // Nothing else has its key.
+                  // No other record has its key.
                   std::vector<const FieldValue*> key;
                   for (const std::size_t field : type.key) {
                       key.push_back(&row[field]);

@@ -17,8 +17,8 @@
 
 namespace recorddb {
 
-// Finds out what records to come will ask the database for, in a few questions for all of them. For
-// one use.
+// Reads what the work on coming records will ask the database for, in a few questions for all of
+// them. An object is used once.
 class LookAhead {
   public:
     // Connection, schema and answers outlive the object.
@@ -26,8 +26,8 @@ class LookAhead {
         : m_connection(connection), m_schema(schema), m_answers(answers) {}
 
     // Asks for all that the searches need, and adds it to the answers. What cannot be asked ahead
-    // is left out, for instance a search by a reference. Throws sql::Error, after which the answers
-    // are none.
+    // is left out, for instance a search by a reference. Throws sql::Error, after which there are
+    // no answers.
     void Read(std::span<const ExpectedSearch> searches);
 
   private:

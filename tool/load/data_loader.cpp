@@ -13,7 +13,7 @@ DataLoader::DataLoader(SourceWalk& walk, GroupJournal& journal, const Parts& par
       m_parts(parts),
       m_records(walk, parts.looksAhead && parts.group.IsGathered() ? RecordGroup::kRecords : 0,
                 RecordGroup::kBytes,
-                // What is lost after a record is told after what is told of it.
+                // Losses that are found after a record are reported after the news of it.
                 [this](const SourceRecord& record) { m_parts.sinks.Hold(record.ordinal); }),
       m_expected(parts.schema) {}
 

@@ -15,7 +15,7 @@ namespace tool {
 
 // What the import of records will search the database for, as far as their fields and the
 // configuration say: the records that they change or repeat, those that they refer to, and those
-// that may have the values which only one record may have.
+// that may already have a value of theirs that must be unique.
 class ExpectedSearches {
   public:
     // The schema outlives the object.

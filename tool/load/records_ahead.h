@@ -12,16 +12,16 @@
 
 namespace tool {
 
-// The records of the current source of a walk, of which some may be read before they are
-// asked for. What ends the reading, be it an error, is told after the records that came before it.
+// The records of the current source of a walk, of which some may be read before they are asked for.
+// What ends the reading, also an error, comes after the records before it.
 class RecordsAhead {
   public:
-    // Reads ahead so many records, or as many as take so many bytes, and tells `read` of each as
-    // soon as it is read; none with `records` 0. The walk outlives the object.
+    // Reads ahead so many records, or as many as take so many bytes, and calls `read` with each as
+    // soon as it has been read; reads none ahead when `records` is 0. The walk outlives the object.
     RecordsAhead(SourceWalk& walk, std::size_t records, std::size_t bytes,
                  std::function<void(const SourceRecord&)> read);
 
-    // As SourceWalk::Next. A signal ends it at once.
+    // As SourceWalk::Next, but a signal ends it at once, whatever has been read ahead.
     WalkStep Next();
 
     // The current record, until the next step, and the bytes of the sources read up to its end.

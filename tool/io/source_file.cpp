@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "recorddb/sha256.h"
+#include "tool/io/block_codes.h"
 #include "tool/io/source_error.h"
 
 namespace tool {
@@ -36,7 +37,8 @@ struct SourceFile::File {
     int descriptor = -1;
     std::uint64_t size = 0;
     timespec changed{};
-    std::vector<Digest> digests;  // of the content up to the end of each block
+    BlockCodes blockCodes;
+    std::vector<BlockCodes::Code> codes;  // of each block
 
     File(std::filesystem::path thePath, std::string theName);
     ~File() { ::close(descriptor); }
@@ -116,14 +118,14 @@ class SourceFile::Reader : public ByteSource {
         m_at = 0;
         m_filled = 0;
         m_file->RequireUnchanged();
-        if (m_next == m_file->digests.size()) {
+        if (m_next == m_file->codes.size()) {
             return;
         }
         const std::uint64_t offset = std::uint64_t{m_next} * kBlockSize;
         m_block.resize(std::min<std::uint64_t>(kBlockSize, m_file->size - offset));
         const std::size_t got = m_file->ReadBlock(offset, m_block);
-        m_hash.Update(std::string_view(m_block.data(), got));
-        if (got < m_block.size() || m_hash.DigestSoFar() != m_file->digests[m_next]) {
+        if (got < m_block.size() ||
+            m_file->blockCodes.Of(m_next, m_block) != m_file->codes[m_next]) {
             ThrowChanged(m_file->name, "the file was written to");
         }
         m_filled = got;
@@ -131,7 +133,6 @@ class SourceFile::Reader : public ByteSource {
     }
 
     std::shared_ptr<const File> m_file;
-    recorddb::Sha256 m_hash;
     std::vector<char> m_block;
     std::size_t m_at = 0;
     std::size_t m_filled = 0;
@@ -154,7 +155,7 @@ void SourceFile::Hash() {
             ThrowChanged(m_file->name, "the file was written to");
         }
         hash.Update(std::string_view(block.data(), block.size()));
-        m_file->digests.push_back(hash.DigestSoFar());
+        m_file->codes.push_back(m_file->blockCodes.Of(m_file->codes.size(), block));
     }
     m_file->RequireUnchanged();
     m_sha256 = hash.HexDigest();

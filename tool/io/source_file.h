@@ -17,8 +17,8 @@ namespace tool {
 // read from it are the bytes that were hashed.
 //
 // The whole file is hashed first, since a load must know what it reads before the first record.
-// While it is read afterwards, each block is hashed again before any byte of it is handed out. That
-// takes 32 bytes of memory for each mebibyte of the source.
+// While it is read afterwards, each block is compared with what it was, by a code of it, before any
+// byte of it is handed out. That takes 16 bytes of memory for each mebibyte of the source.
 class SourceFile {
   public:
     // Opens and hashes the file at `path`, called `name` in errors. Throws SourceError.
@@ -42,7 +42,6 @@ class SourceFile {
     void RequireUnchanged() const;
 
   private:
-    using Digest = std::array<std::byte, 32>;
     struct File;
     class Reader;
 

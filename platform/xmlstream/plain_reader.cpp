@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cstdint>
+#include <cstring>
 #include <string>
 
 #include "platform/foundation/utf.h"
@@ -42,6 +45,22 @@ Kind KindOf(char byte) {
     return kKinds[static_cast<unsigned char>(byte)];
 }
 
+// How many of eight bytes at the front are Kind::kText, which most bytes of most texts are.
+std::size_t CountText(const char* bytes) {
+    constexpr std::uint64_t each = 0x0101010101010101;
+    constexpr std::uint64_t highest = each * 0x80;
+    std::uint64_t eight = 0;
+    std::memcpy(&eight, bytes, sizeof eight);
+    // The lowest of the highest bits that it sets is that of the first byte below the limit.
+    const auto below = [](std::uint64_t value, std::uint64_t limit) {
+        return (value - each * limit) & ~value;
+    };
+    const std::uint64_t others = (eight | below(eight, 0x20) | below(eight ^ each * '&', 1) |
+                                  below(eight ^ each * '<', 1) | below(eight ^ each * ']', 1)) &
+                                 highest;
+    return static_cast<std::size_t>(std::countr_zero(others)) / 8;
+}
+
 bool IsLetter(char byte) {
     return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || byte == '_';
 }
@@ -76,7 +95,7 @@ class Cutter {
     bool CutText(std::string_view& cut) {
         const std::size_t begin = m_at;
         bool isAscii = true;
-        for (; m_at < m_text.size(); ++m_at) {
+        for (; StepOverText(); ++m_at) {
             switch (KindOf(m_text[m_at])) {
                 case Kind::kText:
                 case Kind::kBlank:
@@ -118,6 +137,19 @@ class Cutter {
     }
 
   private:
+    // To the next byte that may be something else. False when there is none.
+    bool StepOverText() {
+        constexpr std::size_t step = 8;
+        if constexpr (std::endian::native == std::endian::little) {
+            std::size_t count = step;
+            while (count == step && m_text.size() - m_at >= step) {
+                count = CountText(m_text.data() + m_at);
+                m_at += count;
+            }
+        }
+        return m_at < m_text.size();
+    }
+
     std::string_view CutName() {
         const std::size_t begin = m_at;
         if (m_at < m_text.size() && IsLetter(m_text[m_at])) {

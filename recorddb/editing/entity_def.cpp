@@ -42,18 +42,16 @@ EntityDef::EntityDef(const schema::RecordType& type)
 }
 
 const FieldDef* EntityDef::FindField(std::u16string_view name) const {
-    const auto hasName = [name](const FieldDef& field) {
-        return SameName(field.Name().View(), name);
-    };
-    if (hasName(m_fields[m_lastFound])) {
-        return &m_fields[m_lastFound];
+    // From the one that was found last: it is asked for again, and then one that comes soon after
+    // it, since records mostly have their fields in the order of the schema.
+    for (std::size_t i = 0; i < m_fields.size(); ++i) {
+        const std::size_t place = (m_lastFound + i) % m_fields.size();
+        if (SameName(m_fields[place].Name().View(), name)) {
+            m_lastFound = place;
+            return &m_fields[place];
+        }
     }
-    const auto found = std::find_if(m_fields.begin(), m_fields.end(), hasName);
-    if (found == m_fields.end()) {
-        return nullptr;
-    }
-    m_lastFound = found->Field().index;
-    return &*found;
+    return nullptr;
 }
 
 const FieldDef& EntityDef::Field(const Obx_String& name) const {

@@ -77,9 +77,13 @@ std::int64_t HistoryImport::Commit() {
         return 0;
     }
     const auto end = m_pending.begin() + count;
-    std::stable_sort(m_pending.begin(), end, [](const HistoryEntry& a, const HistoryEntry& b) {
+    const auto isBefore = [](const HistoryEntry& a, const HistoryEntry& b) {
         return std::tie(a.recordType, a.record) < std::tie(b.recordType, b.record);
-    });
+    };
+    // They mostly belong to one record.
+    if (!std::is_sorted(m_pending.begin(), end, isBefore)) {
+        std::stable_sort(m_pending.begin(), end, isBefore);
+    }
     // There is no constraint that an entry could break.
     AtomicWrite write(m_connection, AtomicWrite::Refusable::None);
     for (std::size_t first = 0; first < m_pendingCount;) {

@@ -20,9 +20,9 @@ class SearchIndexes;
 class Session;
 class WriteBatch;
 
-// An open record database, for one thread. A location is the path of an SQLite file; server URLs
-// (postgresql://...) are refused with sql::Error of kind Unsupported. What it hands out by
-// reference lives as long as it does.
+// An open record database, for one thread. A location is the path of an SQLite file, or the URL of
+// a database on a PostgreSQL server (see sql::Open). What it hands out by reference lives as long
+// as it does.
 class RECORDDB_API Database {
   public:
     enum class Mode {
@@ -31,9 +31,9 @@ class RECORDDB_API Database {
         ReadWrite
     };
 
-    // Makes a new database for a schema. The file gets its name only once it is complete: a failure
-    // leaves nothing behind. Throws DatabaseError (FileExists) when there is a file already,
-    // sql::Error otherwise.
+    // Makes a new database for a schema. It appears at its place only once it is complete: a
+    // failure leaves nothing behind. Throws DatabaseError (FileExists) when there is a file
+    // already, or tables of those names in the schema of a server; sql::Error otherwise.
     static void Create(const std::string& location, const schema::Schema& schema);
 
     // Opens a database. Throws DatabaseError when it is not a record database or has a format that

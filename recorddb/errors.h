@@ -15,6 +15,7 @@ class RECORDDB_API DatabaseError : public std::runtime_error {
   public:
     enum class Problem {
         FileExists,          // a new database was asked for and there is a file already
+        TooManyColumns,      // a record type has more fields than the engine has columns
         NotARecordDatabase,  // a database, but not one of this kind
         TablesChanged,       // a record database that lacks tables, or has views in their place
         FormatTooNew,
@@ -70,6 +71,8 @@ enum class ErrorKind {
     Corrupt,
     NotADatabase,  // the file is something else
     CannotOpen,
+    PermissionDenied,  // the role that works on a server lacks a right
+    ConnectionLost,
     Unsupported,  // an engine that this build has no driver for
     Other
 };

@@ -134,12 +134,16 @@ class RECORDDB_API Connection {
     // connection.
     virtual std::unique_ptr<Statement> PrepareOwn(std::string_view sql) = 0;
 
+    // A statement of the caller's own for a query of any number of rows, which are not held in
+    // memory all at once.
+    virtual std::unique_ptr<Statement> PrepareScan(std::string_view sql) { return PrepareOwn(sql); }
+
     // Runs statements that are separated by semicolons and return no rows; none is kept. Tables and
     // indexes are made this way.
     virtual void ExecuteScript(std::string_view sql) = 0;
 
     // True for a table that holds its rows itself, as opposed to a view, a virtual table or one
-    // with computed columns.
+    // with computed columns. Throws Error (PermissionDenied) for one that the role may not use.
     virtual bool HasTable(std::string_view name) = 0;
     virtual bool HasIndex(std::string_view name) = 0;
 
@@ -246,13 +250,24 @@ enum class OpenMode {
 // True for postgresql://... and postgres://..., false for what is taken as the path of a file.
 RECORDDB_API bool IsServerUrl(const std::string& location);
 
-// Opens the database at a location: the path of an SQLite file. Throws Error: Unsupported for a
-// server URL; CannotOpen when there is no such file (or, for CreateNew, already one), or it cannot
-// be read completely in this mode; NotADatabase when the file is something else, or a database that
-// another program has marked as its own.
+// Opens the database at a location: the path of an SQLite file, or the URL of a database on a
+// PostgreSQL server, as libpq takes it, with a parameter of our own: `schema` names the schema (the
+// namespace) in which the tables stand, otherwise it is the first one of the search path. With
+// CreateNew, the first transaction makes a schema that is named and not there.
+//
+// Throws Error: CannotOpen when there is no such file (or, for CreateNew, already one), or it
+// cannot be read completely in this mode; NotADatabase when the file is something else, or a
+// database that another program has marked as its own. For a server: CannotOpen, PermissionDenied
+// when the role lacks a right, Unsupported for Immutable.
 //
 // The database may come from anybody: its triggers do not run and its views cannot be read.
 RECORDDB_API std::unique_ptr<Connection> Open(const std::string& location, OpenMode mode);
+
+// A location as messages may show it: without user and password.
+RECORDDB_API std::string ShownLocation(const std::string& location);
+
+// A server URL with a schema in the place of the one that it names, if any.
+RECORDDB_API std::string WithSchema(const std::string& url, const std::string& schema);
 
 // The files that the engine may put beside the database at a location, whether or not they are
 // there. None for a server.

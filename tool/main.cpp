@@ -47,9 +47,11 @@ int FailWithCurrentException() {
     } catch (const recorddb::schema::SchemaError& error) {
         return Fail(error.what(), tool::ExitCode::BadInput);
     } catch (const recorddb::DatabaseError& error) {
-        const bool exists = error.GetProblem() == recorddb::DatabaseError::Problem::FileExists;
+        using Problem = recorddb::DatabaseError::Problem;
+        const bool cannotBeMade = error.GetProblem() == Problem::FileExists ||
+                                  error.GetProblem() == Problem::TooManyColumns;
         return Fail(error.what(),
-                    exists ? tool::ExitCode::BadInput : tool::ExitCode::DatabaseFailed);
+                    cannotBeMade ? tool::ExitCode::BadInput : tool::ExitCode::DatabaseFailed);
     } catch (const recorddb::sql::Error& error) {
         return Fail(tool::ExplainFailure(error), tool::ExitCode::DatabaseFailed);
     } catch (CException* exception) {

@@ -113,9 +113,31 @@ sql::OpenMode OpenModeOf(Database::Mode mode) {
     return sql::OpenMode::ReadWrite;
 }
 
-void Fill(const std::string& path, const schema::Schema& schema) {
-    const auto connection = sql::Open(path, sql::OpenMode::CreateNew);
+void CreateFile(const std::string& path, const schema::Schema& schema) {
+    if (path.empty()) {
+        sql::Open(path, sql::OpenMode::CreateNew);
+    }
+    std::error_code ignored;
+    if (std::filesystem::exists(std::filesystem::symlink_status(path, ignored))) {
+        RefuseExisting(path);
+    }
+    CheckDirectory(path);
+    const WorkFolder folder(path);
+    {
+        const auto connection = sql::Open(folder.File(), sql::OpenMode::CreateNew);
+        sql::Transaction transaction(*connection);
+        schema::StoreSchema(*connection, schema);
+        transaction.Commit();
+    }
+    folder.MoveFileTo(path);
+}
+
+// On a server there is nothing to be moved into its place: a transaction makes all of it or
+// nothing.
+void CreateOnServer(const std::string& url, const schema::Schema& schema) {
+    const auto connection = sql::Open(url, sql::OpenMode::CreateNew);
     sql::Transaction transaction(*connection);
+    schema::CheckRoom(*connection, schema, sql::ShownLocation(url));
     schema::StoreSchema(*connection, schema);
     transaction.Commit();
 }
@@ -123,24 +145,19 @@ void Fill(const std::string& path, const schema::Schema& schema) {
 }  // namespace
 
 void Database::Create(const std::string& location, const schema::Schema& schema) {
-    if (sql::IsServerUrl(location) || location.empty()) {
-        sql::Open(location, sql::OpenMode::CreateNew);
+    if (sql::IsServerUrl(location)) {
+        CreateOnServer(location, schema);
+    } else {
+        CreateFile(location, schema);
     }
-    std::error_code ignored;
-    if (std::filesystem::exists(std::filesystem::symlink_status(location, ignored))) {
-        RefuseExisting(location);
-    }
-    CheckDirectory(location);
-    const WorkFolder folder(location);
-    Fill(folder.File(), schema);
-    folder.MoveFileTo(location);
 }
 
 std::unique_ptr<Database> Database::Open(const std::string& location, Mode mode) {
     auto connection = sql::Open(location, OpenModeOf(mode));
-    schema::Schema schema = schema::ReadSchema(schema::LoadSchemaText(*connection, location),
-                                               location + " (stored schema)");
-    schema::CheckTables(*connection, schema, location);
+    const std::string shown = sql::ShownLocation(location);
+    schema::Schema schema =
+        schema::ReadSchema(schema::LoadSchemaText(*connection, shown), shown + " (stored schema)");
+    schema::CheckTables(*connection, schema, shown);
     return std::unique_ptr<Database>(new Database(std::move(connection), std::move(schema)));
 }
 

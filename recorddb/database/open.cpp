@@ -1,5 +1,7 @@
 #include "recorddb/errors.h"
 #include "recorddb/sql.h"
+#include "recorddb/sql/postgres/postgres_connection.h"
+#include "recorddb/sql/postgres/server_url.h"
 #include "recorddb/sql/sqlite/sqlite_connection.h"
 
 namespace recorddb::sql {
@@ -9,12 +11,16 @@ bool IsServerUrl(const std::string& location) {
 }
 
 std::unique_ptr<Connection> Open(const std::string& location, OpenMode mode) {
-    if (IsServerUrl(location)) {
-        // The URL may hold a password, so it stays out of the text.
-        throw Error(ErrorKind::Unsupported,
-                    "PostgreSQL databases are not supported; give the path of an SQLite file", "");
-    }
-    return SqliteConnection::Open(location, mode);
+    return IsServerUrl(location) ? PostgresConnection::Open(location, mode)
+                                 : SqliteConnection::Open(location, mode);
+}
+
+std::string ShownLocation(const std::string& location) {
+    return IsServerUrl(location) ? ReadServerUrl(location).shown : location;
+}
+
+std::string WithSchema(const std::string& url, const std::string& schema) {
+    return UrlWithSchema(url, schema);
 }
 
 std::vector<std::string> SideFiles(const std::string& location) {

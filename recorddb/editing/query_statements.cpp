@@ -46,9 +46,10 @@ std::string SqlOf(const QueryDef& query) {
         conditions.push_back(filter.Value().empty() ? column + " IS NULL"
                                                     : fmt::format("{} = ${}", column, ++parameter));
     }
-    return fmt::format("SELECT {0}, {4} FROM {1}{2}{3} ORDER BY {4}", fmt::join(columns, ", "),
-                       Quoted(query.Type().name), conditions.empty() ? "" : " WHERE ",
-                       fmt::join(conditions, " AND "), schema::kDbIdName);
+    return fmt::format("SELECT {0}, {4} FROM {1}{2}{3} ORDER BY {4} LIMIT ${5}",
+                       fmt::join(columns, ", "), Quoted(query.Type().name),
+                       conditions.empty() ? "" : " WHERE ", fmt::join(conditions, " AND "),
+                       schema::kDbIdName, parameter + 1);
 }
 
 }  // namespace

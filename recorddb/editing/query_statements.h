@@ -11,7 +11,7 @@ namespace recorddb {
 
 // The statements of queries, prepared once for each shape: type, columns and fields compared. A
 // field that is compared with the empty value takes no parameter, the others take one each in their
-// order. After the columns comes the dbid.
+// order; the last parameter is the greatest number of rows. After the columns comes the dbid.
 class QueryStatements {
   public:
     // The connection outlives the object.

@@ -1,6 +1,8 @@
 #include "recorddb/editing/result_set.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <utility>
 
 #include "platform/messages/message_ids.h"
@@ -139,9 +141,10 @@ void ResultSet::ReadRows() {
             BindValue(statement, ++parameter, operand);
         }
     }
+    statement.BindInt(++parameter,
+                      m_limit > 0 ? m_limit : std::numeric_limits<std::int64_t>::max());
     const auto width = static_cast<int>(Width());
-    const auto limit = static_cast<std::size_t>(m_limit > 0 ? m_limit : 0);
-    while ((limit == 0 || m_dbids.size() < limit) && statement.Step()) {
+    while (statement.Step()) {
         for (int column = 0; column < width; ++column) {
             m_cells.emplace_back(statement.Text(column));
         }

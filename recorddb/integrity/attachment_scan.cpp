@@ -17,7 +17,7 @@ class AttachmentScan {
           m_find(context.Query("SELECT 1 FROM zt_content WHERE sha256 = $1 LIMIT 1")) {}
 
     std::uint64_t Run() {
-        const auto rows = m_context.Query(
+        const auto rows = m_context.Scan(
             "SELECT dbid, record_type, record, field, filename, filesize, description, sha256 "
             "FROM zt_attachment ORDER BY dbid");
         while (m_context.NextRow(*rows)) {

@@ -38,6 +38,11 @@ class CheckContext {
         return m_connection.PrepareOwn(sql);
     }
 
+    // A statement that reads a table, whatever its size.
+    std::unique_ptr<sql::Statement> Scan(std::string_view sql) {
+        return m_connection.PrepareScan(sql);
+    }
+
     // Advances to the next row; false after the last one and when the check is to end.
     bool NextRow(sql::Statement& rows) {
         m_stopped = m_stopped || !m_keepOn(m_records);

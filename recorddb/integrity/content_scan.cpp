@@ -20,7 +20,7 @@ class ContentScan {
 
     ContentTotals Run() {
         const auto rows =
-            m_context.Query("SELECT sha256, chunk, data FROM zt_content ORDER BY sha256, chunk");
+            m_context.Scan("SELECT sha256, chunk, data FROM zt_content ORDER BY sha256, chunk");
         bool more = m_context.NextRow(*rows);
         while (more) {
             if (std::string problem = HashProblem(*rows, kHashColumn); !problem.empty()) {

@@ -18,7 +18,7 @@ class DuplicateScan {
               "SELECT original FROM zt_duplicate WHERE record_type = $1 AND duplicate = $2")) {}
 
     void Run() {
-        const auto rows = m_context.Query(
+        const auto rows = m_context.Scan(
             "SELECT record_type, duplicate, original, action_time FROM zt_duplicate "
             "ORDER BY record_type, duplicate");
         while (m_context.NextRow(*rows)) {

@@ -38,7 +38,7 @@ class HistoryScan {
     explicit HistoryScan(CheckContext& context) : m_context(context) {}
 
     void Run() {
-        const auto rows = m_context.Query(
+        const auto rows = m_context.Scan(
             "SELECT record_type, record, entry, field, action_time, expiry_time, user_name, "
             "action_name, old_state, new_state, comments FROM zt_history "
             "ORDER BY record_type, record, entry");

@@ -24,7 +24,7 @@ class ListScan {
           m_table(schema::ListTableName(type, field)) {}
 
     void Run() {
-        const auto rows = m_context.Query(
+        const auto rows = m_context.Scan(
             fmt::format("SELECT record, position, target FROM {} ORDER BY record, position",
                         sql::Quoted(m_table)));
         while (m_context.NextRow(*rows)) {

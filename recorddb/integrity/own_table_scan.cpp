@@ -40,7 +40,7 @@ struct OwnRow {
 
 // What a database of another format must say, only programs of that format know.
 void ScanFormat(CheckContext& context) {
-    const auto rows = context.Query(
+    const auto rows = context.Scan(
         "SELECT format_version, oldest_readable, newest_readable, schema_text FROM zt_schema");
     for (int number = 1; context.NextRow(*rows); ++number) {
         const OwnRow row{context, *rows, "zt_schema", fmt::format("row {}", number)};
@@ -61,7 +61,7 @@ void ScanFormat(CheckContext& context) {
 }
 
 void ScanTypes(CheckContext& context) {
-    const auto rows = context.Query("SELECT id, name, kind FROM zt_record_type ORDER BY id");
+    const auto rows = context.Scan("SELECT id, name, kind FROM zt_record_type ORDER BY id");
     std::vector<bool> found(context.Schema().Types().size() + 1);
     while (context.NextRow(*rows)) {
         const OwnRow row{context, *rows, "zt_record_type", "id " + CellText(*rows, 0)};
@@ -123,7 +123,7 @@ void CheckJournalRow(const OwnRow& row, sql::Statement& countRejects) {
 }
 
 void ScanEntries(CheckContext& context) {
-    const auto rows = context.Query(
+    const auto rows = context.Scan(
         "SELECT source_sha256, configuration_sha256, source_name, next_ordinal, complete, "
         "rejected, created, updated, history, attachments, duplicates, skipped "
         "FROM zt_journal ORDER BY source_sha256, configuration_sha256");
@@ -137,7 +137,7 @@ void ScanEntries(CheckContext& context) {
 }
 
 void ScanRejects(CheckContext& context) {
-    const auto rows = context.Query(
+    const auto rows = context.Scan(
         "SELECT source_sha256, configuration_sha256, ordinal FROM zt_journal_reject "
         "ORDER BY source_sha256, configuration_sha256, ordinal");
     const auto findNext = context.Query(

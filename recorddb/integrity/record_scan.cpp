@@ -35,7 +35,7 @@ class RecordScan {
     }
 
     void Run() {
-        const auto rows = m_context.Query(Sql());
+        const auto rows = m_context.Scan(Sql());
         while (m_context.NextRow(*rows)) {
             CheckRow(*rows);
             m_context.AddRecord();

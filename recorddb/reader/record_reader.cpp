@@ -112,19 +112,19 @@ std::vector<std::int64_t> RecordReader::FindByValue(const schema::RecordType& ty
                                                     const schema::Field& field,
                                                     std::string_view value, std::size_t limit) {
     sql::Statement& find = m_tables->UpToDate().Prepare(
-        fmt::format("SELECT {0} FROM {1} WHERE {2} = $1 ORDER BY {0}", schema::kDbIdName,
+        fmt::format("SELECT {0} FROM {1} WHERE {2} = $1 ORDER BY {0} LIMIT $2", schema::kDbIdName,
                     sql::Quoted(type.name), sql::Quoted(field.name)));
     const sql::ResetGuard guard(find);
     const bool isNumber = field.kind == schema::FieldKind::Integer ||
                           field.kind == schema::FieldKind::Reference ||
                           field.kind == schema::FieldKind::DbId;
     if (isNumber) {
-        find.BindAll(IntegerOf(value));
+        find.BindAll(IntegerOf(value), limit);
     } else {
-        find.BindAll(value);
+        find.BindAll(value, limit);
     }
     std::vector<std::int64_t> dbids;
-    while (dbids.size() < limit && find.Step()) {
+    while (find.Step()) {
         dbids.push_back(find.Int(0));
     }
     return dbids;
@@ -137,12 +137,11 @@ KeyMatch RecordReader::FindKey(const schema::RecordType& type, std::string_view 
 
 void RecordReader::ReadValues(const schema::RecordType& type, const schema::Field& field,
                               const std::function<void(std::int64_t, std::string_view)>& take) {
-    sql::Statement& read = m_tables->UpToDate().Prepare(
+    const auto read = m_tables->UpToDate().PrepareScan(
         fmt::format("SELECT {0}, {1} FROM {2} WHERE {0} IS NOT NULL", sql::Quoted(field.name),
                     schema::kDbIdName, sql::Quoted(type.name)));
-    const sql::ResetGuard guard(read);
-    while (read.Step()) {
-        take(read.Int(1), read.Text(0));
+    while (read->Step()) {
+        take(read->Int(1), read->Text(0));
     }
 }
 

@@ -1,14 +1,17 @@
 #ifndef RECORDDB_SQL_DIALECT_H
 #define RECORDDB_SQL_DIALECT_H
 
+#include <cstddef>
 #include <string_view>
 
 namespace recorddb::sql {
 
 // Where the engines' table definitions differ. Everything else is one SQL text for all of them.
 struct Dialect {
-    // Type and constraint of a column that numbers its rows itself.
-    std::string_view identityColumn;
+    // Type and constraint of a column `dbid`, the number that a row is known by.
+    std::string_view dbIdType;
+    // Type of a column of text, which compares by code point.
+    std::string_view textType;
     // Type of a column of bytes.
     std::string_view blobType;
     // What stands after the closing bracket of a table that is stored in the order of its primary
@@ -17,6 +20,8 @@ struct Dialect {
     // True where a foreign key may name a table that is made later. Otherwise foreign keys are
     // added once all tables stand.
     bool foreignKeysAhead;
+    // The most columns that a table can have.
+    std::size_t mostColumns;
 };
 
 }  // namespace recorddb::sql

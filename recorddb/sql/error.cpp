@@ -48,6 +48,10 @@ std::string_view KindName(ErrorKind kind) {
             return "not a database";
         case ErrorKind::CannotOpen:
             return "cannot open";
+        case ErrorKind::PermissionDenied:
+            return "permission denied";
+        case ErrorKind::ConnectionLost:
+            return "connection lost";
         case ErrorKind::Unsupported:
             return "unsupported";
         case ErrorKind::Other:

@@ -23,8 +23,9 @@ std::vector<Attachment> AttachmentTable::Load(std::int64_t recordType, std::int6
 void AttachmentTable::Insert(std::int64_t recordType, std::int64_t record,
                              const Attachment& attachment) {
     sql::Statement& insert = m_connection.Prepare(
-        "INSERT INTO zt_attachment (record_type, record, field, filename, filesize, description, "
-        "sha256) VALUES ($1, $2, $3, $4, $5, $6, $7)");
+        "INSERT INTO zt_attachment (dbid, record_type, record, field, filename, filesize, "
+        "description, sha256) VALUES ((SELECT coalesce(max(dbid), 0) + 1 FROM zt_attachment), "
+        "$1, $2, $3, $4, $5, $6, $7)");
     insert.BindAll(recordType, record, attachment.field, attachment.fileName, attachment.fileSize,
                    attachment.description, attachment.sha256);
     insert.Execute();

@@ -63,7 +63,7 @@ void ContentStore::RemoveUnused(const std::string& sha256) {
 void ContentStore::Read(const std::string& sha256,
                         const std::function<void(std::span<const std::byte>)>& take) {
     const auto read =
-        m_connection.PrepareOwn("SELECT data FROM zt_content WHERE sha256 = $1 ORDER BY chunk");
+        m_connection.PrepareScan("SELECT data FROM zt_content WHERE sha256 = $1 ORDER BY chunk");
     read->BindAll(sha256);
     while (read->Step()) {
         take(read->Blob(0));

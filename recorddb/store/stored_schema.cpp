@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -40,13 +41,63 @@ void CheckFormat(std::int64_t format, std::int64_t oldest, std::int64_t newest,
 }
 
 [[noreturn]] void NotOurs(const std::string& location) {
-    throw DatabaseError(Problem::NotARecordDatabase,
-                        location +
-                            ": this is a database of another program (it has no schema "
-                            "of record types); make a new one in another file");
+    throw DatabaseError(
+        Problem::NotARecordDatabase,
+        location + (sql::IsServerUrl(location)
+                        ? ": there is no record database in this schema; make one there, or name "
+                          "the schema that has one"
+                        : ": this is a database of another program (it has no schema "
+                          "of record types); make a new one in another file"));
+}
+
+std::vector<std::string> TableNames(const Schema& schema) {
+    std::vector<std::string> names(kOwnTables.begin(), kOwnTables.end());
+    for (const RecordType& type : schema.Types()) {
+        names.push_back(type.name);
+        for (const Field& field : type.fields) {
+            if (field.kind == FieldKind::ReferenceList) {
+                names.push_back(ListTableName(type, field));
+            }
+        }
+    }
+    return names;
+}
+
+void CheckColumns(const RecordType& type, const sql::Dialect& dialect) {
+    constexpr std::size_t ownColumns = 1;  // the version
+    const auto fields = std::count_if(type.fields.begin(), type.fields.end(),
+                                      [](const Field& field) { return HasColumn(field.kind); });
+    if (static_cast<std::size_t>(fields) + ownColumns > dialect.mostColumns) {
+        throw DatabaseError(
+            Problem::TooManyColumns,
+            fmt::format("the record type {} has {} fields that are columns, and a table of this "
+                        "engine has {} at most, of which {} is the database's own",
+                        type.name, fields, dialect.mostColumns, ownColumns));
+    }
 }
 
 }  // namespace
+
+void CheckRoom(sql::Connection& connection, const Schema& schema, const std::string& location) {
+    if (connection.HasTable("zt_schema")) {
+        throw DatabaseError(Problem::FileExists,
+                            location +
+                                ": there is a record database in this schema already; name "
+                                "another schema for a new one");
+    }
+    for (const std::string& name : TableNames(schema)) {
+        if (connection.HasTable(name)) {
+            throw DatabaseError(
+                Problem::FileExists,
+                fmt::format("{}: there is a table \"{}\" in this schema already; give the record "
+                            "database a schema of its own",
+                            location, name));
+        }
+    }
+    for (const RecordType& type : schema.Types()) {
+        CheckColumns(type, connection.GetDialect());
+    }
+}
 
 void StoreSchema(sql::Connection& connection, const Schema& schema) {
     connection.ExecuteScript(OwnTablesScript(connection.GetDialect()));
@@ -80,16 +131,7 @@ std::string LoadSchemaText(sql::Connection& connection, const std::string& locat
 
 // A view in the place of a table would answer with what it likes, and need not come to an end.
 void CheckTables(sql::Connection& connection, const Schema& schema, const std::string& location) {
-    std::vector<std::string> names(kOwnTables.begin(), kOwnTables.end());
-    for (const RecordType& type : schema.Types()) {
-        names.push_back(type.name);
-        for (const Field& field : type.fields) {
-            if (field.kind == FieldKind::ReferenceList) {
-                names.push_back(ListTableName(type, field));
-            }
-        }
-    }
-    for (const std::string& name : names) {
+    for (const std::string& name : TableNames(schema)) {
         if (!connection.HasTable(name)) {
             throw DatabaseError(
                 Problem::TablesChanged,

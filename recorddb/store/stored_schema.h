@@ -18,6 +18,11 @@ constexpr std::int64_t kOldestFormat = 1;
 constexpr std::int64_t kOldestReadable = 1;
 constexpr std::int64_t kNewestReadable = kFormatVersion;
 
+// Sees that the tables of a schema can be made where others may stand: on a server. Throws
+// DatabaseError: FileExists when one of that name is there, TooManyColumns when the engine cannot
+// hold one.
+void CheckRoom(sql::Connection& connection, const Schema& schema, const std::string& location);
+
 // Makes all tables of a new database, in the transaction under way, and stores the schema there.
 // Throws sql::Error.
 void StoreSchema(sql::Connection& connection, const Schema& schema);

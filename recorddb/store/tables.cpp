@@ -14,9 +14,9 @@ namespace {
 
 using sql::Quoted;
 
-std::string_view ColumnType(FieldKind kind) {
+std::string_view ColumnType(FieldKind kind, const sql::Dialect& dialect) {
     // BIGINT, since INTEGER has 32 bits in PostgreSQL.
-    return kind == FieldKind::Integer || kind == FieldKind::Reference ? "BIGINT" : "TEXT";
+    return kind == FieldKind::Integer || kind == FieldKind::Reference ? "BIGINT" : dialect.textType;
 }
 
 // Collects the statements of a script. Foreign keys go into the table where the engine lets them
@@ -94,13 +94,13 @@ void WriteIndexes(ScriptWriter& writer, const RecordType& type) {
 void WriteTypeTable(ScriptWriter& writer, const Schema& schema, const RecordType& type,
                     const sql::Dialect& dialect) {
     writer.BeginTable(type.name);
-    writer.Part(fmt::format("{} {}", kDbIdName, dialect.identityColumn));
+    writer.Part(fmt::format("{} {}", kDbIdName, dialect.dbIdType));
     writer.Part(fmt::format("{} BIGINT NOT NULL DEFAULT 1", kVersionColumn));
     for (const Field& field : type.fields) {
         if (field.kind == FieldKind::DbId || !HasColumn(field.kind)) {
             continue;
         }
-        writer.Part(fmt::format("{} {}{}", Quoted(field.name), ColumnType(field.kind),
+        writer.Part(fmt::format("{} {}{}", Quoted(field.name), ColumnType(field.kind, dialect),
                                 field.required ? " NOT NULL" : ""));
     }
     for (const Field& field : type.fields) {

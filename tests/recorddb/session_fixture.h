@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "engines.h"
 #include "platform/messages/pamsgexception.h"
 #include "recorddb/database.h"
 #include "recorddb/schema.h"
@@ -73,17 +74,23 @@ inline Obx_String Text(std::string_view utf8) {
 // A session with a new database in a folder of its own, and a few verbs to work with it.
 class SessionTest : public testing::Test {
   protected:
-    SessionTest() {
-        std::filesystem::copy_file(EmptyTracker(), File());
+    explicit SessionTest(Engine engine = Engine::Sqlite)
+        : m_place(engine, m_folder.File("tracker.db")) {
+        if (m_place.IsFile()) {
+            std::filesystem::copy_file(EmptyTracker(), Location());
+        } else {
+            Database::Create(Location(), schema::ReadSchema(kTrackerSchema, "schema.yaml"));
+        }
         Reopen();
     }
 
-    std::string File() const { return m_folder.File("tracker.db"); }
+    const std::string& Location() const { return m_place.Location(); }
+    bool IsFile() const { return m_place.IsFile(); }
 
     void Reopen(Database::Mode mode = Database::Mode::ReadWrite) {
         m_session = {};
         m_database.reset();
-        m_database = Database::Open(File(), mode);
+        m_database = Database::Open(Location(), mode);
         OpenSession({});
     }
 
@@ -186,6 +193,11 @@ class SessionTest : public testing::Test {
         return row;
     }
 
+    // An expression for bytes in a column as the text that they are.
+    std::string Content(const std::string& column) const {
+        return IsFile() ? "CAST(" + column + " AS TEXT)" : "convert_from(" + column + ", 'UTF8')";
+    }
+
     // The message of the exception that the work throws; empty when it throws none.
     template <typename Work>
     static std::string Thrown(Work work) {
@@ -210,6 +222,7 @@ class SessionTest : public testing::Test {
     }
 
     TemporaryFolder m_folder;
+    DatabasePlace m_place;
     std::unique_ptr<Database> m_database;
     AdPtr<Session> m_session;
 };

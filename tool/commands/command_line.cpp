@@ -1,16 +1,20 @@
 #include "tool/commands/command_line.h"
 
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
 #include <functional>
 #include <sstream>
 #include <string>
 
+#include "recorddb/sql.h"
 #include "tool/commands/check_command.h"
 #include "tool/commands/init_command.h"
 #include "tool/commands/load_command.h"
 #include "tool/commands/show_command.h"
 #include "tool/commands/verify_command.h"
 #include "tool/process/exit_code.h"
+#include "tool/process/usage_error.h"
 #include "tool/text/masked_password.h"
 #include "tool/text/visible_text.h"
 
@@ -26,19 +30,41 @@ struct Commands {
 
     std::string database;
     std::string schema;
+    std::string serverSchema;
     LoadOptions load;
     LoadOptions check;
     ShowOptions show;
     VerifyOptions verify;
 };
 
-constexpr const char* kDatabaseHelp = "the database: the path of an SQLite file";
+constexpr const char* kDatabaseHelp =
+    "the database: the path of an SQLite file, or the URL of a PostgreSQL database "
+    "(postgresql://...)";
 constexpr const char* kSourceHelp =
     "packet files, folders of packet files (*.xml in name order), or - for standard input";
 
+// The database that a command works on.
+void AddDatabase(CLI::App& command, Commands& commands, std::string& database) {
+    command.add_option("DATABASE", database, kDatabaseHelp)->required();
+    command.add_option("--schema", commands.serverSchema,
+                       "the schema of the server's database that holds the tables");
+}
+
+// A location that says which schema of a server is meant.
+std::string InSchema(const std::string& database, const std::string& schema) {
+    if (schema.empty() || database.empty()) {
+        return database;
+    }
+    if (!recorddb::sql::IsServerUrl(database)) {
+        throw UsageError(fmt::format("--schema {} is for a database on a server, and {} is a file",
+                                     schema, database));
+    }
+    return recorddb::sql::WithSchema(database, schema);
+}
+
 void AddInit(CLI::App& app, Commands& commands) {
     CLI::App* init = app.add_subcommand("init", "Create a record database");
-    init->add_option("DATABASE", commands.database, kDatabaseHelp)->required();
+    AddDatabase(*init, commands, commands.database);
     init->add_option("SCHEMA", commands.schema, "the schema file (YAML)")->required();
     init->callback([&commands] {
         commands.run = [&commands] {
@@ -87,8 +113,8 @@ void AddImmutable(CLI::App& command, Options& options) {
 }
 
 // What a load and its rehearsal can both be asked for.
-void AddImportOptions(CLI::App& command, LoadOptions& options) {
-    command.add_option("DATABASE", options.database, kDatabaseHelp)->required();
+void AddImportOptions(CLI::App& command, Commands& commands, LoadOptions& options) {
+    AddDatabase(command, commands, options.database);
     command.add_option("SOURCE", options.sources, kSourceHelp)->required();
     command.add_option("--report", options.report, "file to write a report to (JSON)");
     command.add_option("--html", options.html, "file to write a report for people to (HTML)");
@@ -108,7 +134,7 @@ void AddImportOptions(CLI::App& command, LoadOptions& options) {
 void AddCheck(CLI::App& app, Commands& commands) {
     CLI::App* check = app.add_subcommand(
         "check", "Rehearse a load, keep nothing, and tell what it would reject or lose");
-    AddImportOptions(*check, commands.check);
+    AddImportOptions(*check, commands, commands.check);
     check->callback([&commands] {
         commands.run = [&commands] { return RunCheck(commands.check, commands.out, commands.err); };
     });
@@ -116,7 +142,7 @@ void AddCheck(CLI::App& app, Commands& commands) {
 
 void AddLoad(CLI::App& app, Commands& commands) {
     CLI::App* load = app.add_subcommand("load", "Import packets");
-    AddImportOptions(*load, commands.load);
+    AddImportOptions(*load, commands, commands.load);
     load->add_option("--rejects", commands.load.rejects, "folder to set rejected records aside in");
     load->callback([&commands] {
         commands.run = [&commands] { return RunLoad(commands.load, commands.out, commands.err); };
@@ -126,7 +152,7 @@ void AddLoad(CLI::App& app, Commands& commands) {
 void AddVerify(CLI::App& app, Commands& commands) {
     CLI::App* verify = app.add_subcommand("verify", "Compare packets with what is in the database");
     VerifyOptions& options = commands.verify;
-    verify->add_option("DATABASE", options.database, kDatabaseHelp)->required();
+    AddDatabase(*verify, commands, options.database);
     verify->add_option("SOURCE", options.sources, kSourceHelp)->required();
     AddRecordOptions(*verify, options);
     verify->add_option("--report", options.report, "file to write a report to (JSON)");
@@ -147,7 +173,7 @@ void AddShow(CLI::App& app, Commands& commands) {
     CLI::App* show = app.add_subcommand(
         "show", "Show record types and counts, the records of a type, or one record");
     ShowOptions& options = commands.show;
-    show->add_option("DATABASE", options.database, kDatabaseHelp)->required();
+    AddDatabase(*show, commands, options.database);
     show->add_option("TYPE", options.type, "a record type");
     show->add_option("ID", options.id, "a record's display id, unique key or dbid");
     AddImmutable(*show, options);
@@ -175,7 +201,7 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
     CLI::App app("Moves tracker data from XML packets into a record database.", "ztimport");
     app.require_subcommand(1);
     app.set_version_flag("--version", "ztimport " ZT_VERSION);
-    Commands commands{out, err, {}, {}, {}, {}, {}, {}, {}};
+    Commands commands{out, err, {}, {}, {}, {}, {}, {}, {}, {}};
     AddInit(app, commands);
     AddLoad(app, commands);
     AddCheck(app, commands);
@@ -188,6 +214,11 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
         const int code = app.exit(error, out, complaint);
         err << VisibleComplaint(complaint.str());
         return static_cast<int>(code == 0 ? ExitCode::Success : ExitCode::BadInput);
+    }
+    for (std::string* const database :
+         {&commands.database, &commands.load.database, &commands.check.database,
+          &commands.show.database, &commands.verify.database}) {
+        *database = InSchema(*database, commands.serverSchema);
     }
     return commands.run();
 }

@@ -36,8 +36,13 @@ std::string ExplainFailure(const recorddb::sql::Error& error) {
         case ErrorKind::NotADatabase:
             return cause + "; name a database that \"ztimport init\" has made";
         case ErrorKind::ReadOnly:
-            return cause + "; it takes the permission to write to the file and to its directory";
+            return cause +
+                   "; it takes the permission to write to the file and to its directory, or a "
+                   "server that takes changes";
+        case ErrorKind::ConnectionLost:
+            return Failed(cause, "see that the server runs and can be reached");
         case ErrorKind::CannotOpen:
+        case ErrorKind::PermissionDenied:
         case ErrorKind::Unsupported:
             return cause;
         default:

@@ -63,6 +63,9 @@ void OutputGuard::Keep(const fs::path& path, const std::string& what) {
 }
 
 void OutputGuard::KeepDatabase(const std::string& database) {
+    if (recorddb::sql::IsServerUrl(database)) {
+        return;
+    }
     const std::string what = "the database " + database;
     Keep(database, what);
     // The engine keeps these beside the file itself, not beside a link to it.

@@ -14,10 +14,12 @@ namespace recorddb::sql {
 namespace {
 
 constexpr Dialect kSqliteDialect = {
-    .identityColumn = "INTEGER PRIMARY KEY",
+    .dbIdType = "INTEGER PRIMARY KEY",
+    .textType = "TEXT",
     .blobType = "BLOB",
     .clusteredTable = " WITHOUT ROWID",
     .foreignKeysAhead = true,
+    .mostColumns = 2000,
 };
 
 // In the order of Connection::Control. One name serves every savepoint: the engine always takes the
@@ -44,11 +46,7 @@ SqliteConnection::SqliteConnection(Handle handle, OpenMode mode)
 SqliteConnection::~SqliteConnection() = default;
 
 Statement& SqliteConnection::Prepare(std::string_view sql) {
-    if (const auto found = m_statements.find(sql); found != m_statements.end()) {
-        return *found->second;
-    }
-    auto statement = PrepareOwn(sql);
-    return *m_statements.emplace(sql, std::move(statement)).first->second;
+    return m_statements.Get(sql, [&] { return PrepareOwn(sql); });
 }
 
 std::unique_ptr<Statement> SqliteConnection::PrepareOwn(std::string_view sql) {

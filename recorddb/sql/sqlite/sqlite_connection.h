@@ -3,14 +3,13 @@
 
 #include <array>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "recorddb/sql.h"
+#include "recorddb/sql/statement_cache.h"
 
 struct sqlite3;
 
@@ -50,13 +49,6 @@ class SqliteConnection final : public Connection {
     };
     using Handle = std::unique_ptr<sqlite3, Closer>;
 
-    struct TextHash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view text) const {
-            return std::hash<std::string_view>()(text);
-        }
-    };
-
     SqliteConnection(Handle handle, OpenMode mode);
 
     std::uint64_t WriteCount() const;
@@ -71,9 +63,7 @@ class SqliteConnection final : public Connection {
     Handle m_handle;
     bool m_readOnly;
     std::uint64_t m_scriptCount = 0;
-    // Destroyed before the handle that the statements belong to.
-    std::unordered_map<std::string, std::unique_ptr<Statement>, TextHash, std::equal_to<>>
-        m_statements;
+    StatementCache m_statements;  // destroyed before the handle that the statements belong to
     std::array<Statement*, 6> m_controls{};
     std::vector<std::uint64_t> m_writesBefore;  // WriteCount at the beginning of each savepoint
 };

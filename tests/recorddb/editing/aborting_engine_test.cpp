@@ -26,7 +26,7 @@ class AbortingEngineTest : public SessionTest {
     }
     ~AbortingEngineTest() override { UseSession({}); }
 
-    sql::AbortingConnection m_connection{sql::Open(File(), sql::OpenMode::ReadWrite)};
+    sql::AbortingConnection m_connection{sql::Open(Location(), sql::OpenMode::ReadWrite)};
     WriteBatch m_batch{m_connection, Base().GetSchema()};
     schema::SearchIndexes m_indexes{m_connection, Base().GetSchema()};
 };

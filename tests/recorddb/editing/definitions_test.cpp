@@ -6,7 +6,7 @@ namespace recorddb {
 
 namespace {
 
-class DefinitionsTest : public SessionTest {
+class DefinitionsTest : public OnEachEngine<SessionTest> {
   protected:
     std::vector<std::string> KeyOf(const char* type) {
         CStringArray labels;
@@ -20,36 +20,36 @@ class DefinitionsTest : public SessionTest {
     }
 };
 
-TEST_F(DefinitionsTest, KindsHaveTheirCodes) {
+TEST_P(DefinitionsTest, KindsHaveTheirCodes) {
     EXPECT_EQ(Type("bug")->GetType(), 1);
     EXPECT_EQ(Type("user")->GetType(), 2);
 }
 
-TEST_F(DefinitionsTest, StateFieldExistsOnlyWithStates) {
+TEST_P(DefinitionsTest, StateFieldExistsOnlyWithStates) {
     EXPECT_EQ(Type("bug")->GetStateFieldDef()->GetName(), u"state");
     EXPECT_EQ(Type("user")->GetStateFieldDef(), nullptr);
 }
 
-TEST_F(DefinitionsTest, UniqueKeysAreListedInOrder) {
+TEST_P(DefinitionsTest, UniqueKeysAreListedInOrder) {
     EXPECT_EQ(KeyOf("bug"), (std::vector<std::string>{"id"}));
     EXPECT_EQ(KeyOf("place"), (std::vector<std::string>{"town", "street"}));
     EXPECT_EQ(KeyOf("desk"), (std::vector<std::string>{"dbid", "owner"}));
 }
 
-TEST_F(DefinitionsTest, FieldsAreFoundWithoutRegardToCase) {
+TEST_P(DefinitionsTest, FieldsAreFoundWithoutRegardToCase) {
     EXPECT_EQ(Type("bug")->GetFieldDef(u"TITLE", 0)->GetName(), u"title");
     EXPECT_EQ(Type("bug")->GetFieldPath(u"DBID", 0), u"dbid");
     EXPECT_EQ(Thrown([&] { Type("bug")->GetFieldDef(u"titl", 0); }),
               "The record type \"bug\" has no field \"titl\".");
 }
 
-TEST_F(DefinitionsTest, ReferencesKnowTheirType) {
+TEST_P(DefinitionsTest, ReferencesKnowTheirType) {
     EXPECT_EQ(Type("bug")->GetFieldDef(u"owner", 0)->GetReferenceEntityDef(), Type("user"));
     EXPECT_EQ(Type("bug")->GetFieldDef(u"watchers", 0)->GetReferenceEntityDef(), Type("user"));
     EXPECT_EQ(Type("bug")->GetFieldDef(u"title", 0)->GetReferenceEntityDef(), nullptr);
 }
 
-TEST_F(DefinitionsTest, AttachmentFieldsAreListed) {
+TEST_P(DefinitionsTest, AttachmentFieldsAreListed) {
     CStringArray names;
     names.Add(u"left over");
     Type("bug")->GetAttachmentFieldDefNames(names);
@@ -57,13 +57,15 @@ TEST_F(DefinitionsTest, AttachmentFieldsAreListed) {
     EXPECT_EQ(names[0], u"files");
 }
 
-TEST_F(DefinitionsTest, EveryTypeCanBeImportedOnlyThoseWithStatesHaveDuplicates) {
+TEST_P(DefinitionsTest, EveryTypeCanBeImportedOnlyThoseWithStatesHaveDuplicates) {
     EXPECT_EQ(Type("user")->LookupActionDef(AdActionType_t::kImport)->GetName(), u"import");
     EXPECT_EQ(Type("bug")->LookupActionDef(AdActionType_t::kDuplicate)->GetType(),
               AdActionType_t::kDuplicate);
     EXPECT_EQ(Thrown([&] { Type("user")->LookupActionDef(AdActionType_t::kDuplicate); }),
               "The record type \"user\" has no action of the kind 4.");
 }
+
+ON_EACH_ENGINE(DefinitionsTest);
 
 }  // namespace
 

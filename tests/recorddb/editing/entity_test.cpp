@@ -6,9 +6,9 @@ namespace recorddb {
 
 namespace {
 
-class EntityTest : public SessionTest {};
+class EntityTest : public OnEachEngine<SessionTest> {};
 
-TEST_F(EntityTest, NewRecordIsWrittenAtCommit) {
+TEST_P(EntityTest, NewRecordIsWrittenAtCommit) {
     const AdEntityPtr bug = New("bug");
     Set(bug, "title", "It rains");
     Set(bug, "votes", " 12 ");
@@ -19,12 +19,12 @@ TEST_F(EntityTest, NewRecordIsWrittenAtCommit) {
               "1|1|BUG00000001|NEW|It rains|12|2024-02-29 08:00:00|NULL");
 }
 
-TEST_F(EntityTest, DroppedHandleDropsItsChanges) {
+TEST_P(EntityTest, DroppedHandleDropsItsChanges) {
     { Set(New("bug"), "title", "gone"); }
     EXPECT_EQ(Row("SELECT count(*) FROM bug"), "0");
 }
 
-TEST_F(EntityTest, DbidOfNewRecordIsTheOneItIsWrittenWith) {
+TEST_P(EntityTest, DbidOfNewRecordIsTheOneItIsWrittenWith) {
     const AdEntityPtr first = New("bug");
     const AdEntityPtr second = New("bug");
     Set(first, "title", "first");
@@ -37,18 +37,18 @@ TEST_F(EntityTest, DbidOfNewRecordIsTheOneItIsWrittenWith) {
     EXPECT_EQ(Row("SELECT dbid, title FROM bug ORDER BY dbid"), "1|first;2|second");
 }
 
-TEST_F(EntityTest, HandlesThatAreDroppedLeaveNoGapsInDisplayIds) {
+TEST_P(EntityTest, HandlesThatAreDroppedLeaveNoGapsInDisplayIds) {
     for (int i = 0; i < 3; ++i) {
         New("bug");
     }
     EXPECT_EQ(Value(Given("bug", {{"title", "next"}}), "id"), "BUG00000001");
 }
 
-TEST_F(EntityTest, DbidTakenByAnotherWriterIsReported) {
+TEST_P(EntityTest, DbidTakenByAnotherWriterIsReported) {
     const AdEntityPtr bug = New("bug");
     Set(bug, "title", "mine");
     EXPECT_EQ(Value(bug, "dbid"), "1");
-    const auto other = Database::Open(File(), Database::Mode::ReadWrite);
+    const auto other = Database::Open(Location(), Database::Mode::ReadWrite);
     other->GetConnection().ExecuteScript(
         "INSERT INTO bug (dbid, id, state, title) VALUES (1, 'BUG00000001', 'NEW', 'theirs')");
     EXPECT_EQ(CommitFault(bug),
@@ -57,24 +57,24 @@ TEST_F(EntityTest, DbidTakenByAnotherWriterIsReported) {
     EXPECT_EQ(Row("SELECT title FROM bug"), "theirs");
 }
 
-TEST_F(EntityTest, DbidThatNobodyReadIsChosenAtCommit) {
+TEST_P(EntityTest, DbidThatNobodyReadIsChosenAtCommit) {
     const AdEntityPtr bug = New("bug");
     Set(bug, "title", "mine");
-    const auto other = Database::Open(File(), Database::Mode::ReadWrite);
+    const auto other = Database::Open(Location(), Database::Mode::ReadWrite);
     other->GetConnection().ExecuteScript(
         "INSERT INTO bug (dbid, id, state, title) VALUES (1, 'BUG00000001', 'NEW', 'theirs')");
     Save(bug);
     EXPECT_EQ(Value(bug, "id"), "BUG00000002");
 }
 
-TEST_F(EntityTest, FieldNamesAreMatchedWithoutRegardToCase) {
+TEST_P(EntityTest, FieldNamesAreMatchedWithoutRegardToCase) {
     const AdEntityPtr bug = New("BUG");
     Set(bug, "TITLE", "loud");
     EXPECT_EQ(Value(bug, "Title"), "loud");
     EXPECT_EQ(bug->GetFieldType(Text("Source_ID")), 1);
 }
 
-TEST_F(EntityTest, FieldTypesHaveTheirCodes) {
+TEST_P(EntityTest, FieldTypesHaveTheirCodes) {
     const AdEntityPtr bug = New("bug");
     const std::vector<std::pair<const char*, int>> codes = {
         {"title", 1}, {"description", 2}, {"votes", 3}, {"opened", 4},
@@ -85,7 +85,7 @@ TEST_F(EntityTest, FieldTypesHaveTheirCodes) {
     }
 }
 
-TEST_F(EntityTest, UnknownFieldIsNamed) {
+TEST_P(EntityTest, UnknownFieldIsNamed) {
     const AdEntityPtr bug = New("bug");
     const std::string text = "The record type \"bug\" has no field \"colour\".";
     EXPECT_EQ(Refusal(bug, "colour", "red"), text);
@@ -95,14 +95,14 @@ TEST_F(EntityTest, UnknownFieldIsNamed) {
     EXPECT_EQ(Thrown([&] { bug->GetFieldValue(Text("colour")); }), text);
 }
 
-TEST_F(EntityTest, ReferencedTypeIsNamed) {
+TEST_P(EntityTest, ReferencedTypeIsNamed) {
     const AdEntityPtr bug = New("bug");
     EXPECT_EQ(bug->GetFieldReferencedEntityDefName(Text("owner")), u"user");
     EXPECT_EQ(bug->GetFieldReferencedEntityDefName(Text("watchers")), u"user");
     EXPECT_EQ(bug->GetFieldReferencedEntityDefName(Text("title")), u"");
 }
 
-TEST_F(EntityTest, EmptyTextClearsAField) {
+TEST_P(EntityTest, EmptyTextClearsAField) {
     Given("bug", {{"title", "t"}, {"description", "long"}});
     const AdEntityPtr bug = Open("bug", "BUG00000001");
     Set(bug, "description", "");
@@ -111,7 +111,7 @@ TEST_F(EntityTest, EmptyTextClearsAField) {
     EXPECT_EQ(Row("SELECT description FROM bug"), "NULL");
 }
 
-TEST_F(EntityTest, ValueStatusTellsWhetherThereIsAValue) {
+TEST_P(EntityTest, ValueStatusTellsWhetherThereIsAValue) {
     const AdEntityPtr bug = New("bug");
     EXPECT_EQ(bug->GetFieldValue(Text("title"))->GetValueStatus(), 1);
     EXPECT_EQ(bug->GetFieldValue(Text("watchers"))->GetValueStatus(), 1);
@@ -119,7 +119,7 @@ TEST_F(EntityTest, ValueStatusTellsWhetherThereIsAValue) {
     EXPECT_EQ(bug->GetFieldValue(Text("title"))->GetValueStatus(), 2);
 }
 
-TEST_F(EntityTest, UpdateWritesWhatChangedAndCountsTheVersion) {
+TEST_P(EntityTest, UpdateWritesWhatChangedAndCountsTheVersion) {
     Given("bug", {{"title", "t"}, {"votes", "1"}});
     const AdEntityPtr bug = Open("bug", "1");
     Set(bug, "votes", "2");
@@ -129,7 +129,7 @@ TEST_F(EntityTest, UpdateWritesWhatChangedAndCountsTheVersion) {
     EXPECT_EQ(Row("SELECT zt_version, title, votes, description FROM bug"), "2|t|2|by hand");
 }
 
-TEST_F(EntityTest, UpdateThatChangesNothingWritesNothing) {
+TEST_P(EntityTest, UpdateThatChangesNothingWritesNothing) {
     Given("bug", {{"title", "t"}});
     const AdEntityPtr bug = Open("bug", "1");
     Set(bug, "title", "other");
@@ -139,14 +139,14 @@ TEST_F(EntityTest, UpdateThatChangesNothingWritesNothing) {
     EXPECT_EQ(Core().GetStatistics().recordsUpdated, 1);
 }
 
-TEST_F(EntityTest, RecordCanBeChangedAndCommittedAgain) {
+TEST_P(EntityTest, RecordCanBeChangedAndCommittedAgain) {
     const AdEntityPtr bug = Given("bug", {{"title", "first"}});
     Set(bug, "title", "second");
     Save(bug);
     EXPECT_EQ(Row("SELECT zt_version, title FROM bug"), "2|second");
 }
 
-TEST_F(EntityTest, ManyDifferentSetsOfChangedColumnsAreWritten) {
+TEST_P(EntityTest, ManyDifferentSetsOfChangedColumnsAreWritten) {
     const char* const fields[] = {"title",    "description", "votes", "source_id",
                                   "severity", "opened",      "owner"};
     const char* const values[] = {"x", "y", "3", "s", "major", "2020-01-01", "ann"};
@@ -166,7 +166,7 @@ TEST_F(EntityTest, ManyDifferentSetsOfChangedColumnsAreWritten) {
     EXPECT_EQ(Row("SELECT count(*), sum(votes), count(owner) FROM bug"), "127|192|64");
 }
 
-TEST_F(EntityTest, TwoWritersNeverOverwriteEachOther) {
+TEST_P(EntityTest, TwoWritersNeverOverwriteEachOther) {
     Given("bug", {{"title", "t"}});
     const AdEntityPtr mine = Open("bug", "1");
     Set(mine, "title", "mine");
@@ -179,7 +179,7 @@ TEST_F(EntityTest, TwoWritersNeverOverwriteEachOther) {
     EXPECT_EQ(Row("SELECT title FROM bug"), "theirs");
 }
 
-TEST_F(EntityTest, RecordThatIsGoneIsReported) {
+TEST_P(EntityTest, RecordThatIsGoneIsReported) {
     Given("bug", {{"title", "t"}});
     const AdEntityPtr bug = Open("bug", "1");
     Set(bug, "title", "mine");
@@ -187,7 +187,7 @@ TEST_F(EntityTest, RecordThatIsGoneIsReported) {
     EXPECT_EQ(CommitFault(bug), "The record of type \"bug\" with the dbid 1 is gone.");
 }
 
-TEST_F(EntityTest, RevertDropsAllChanges) {
+TEST_P(EntityTest, RevertDropsAllChanges) {
     Given("bug", {{"title", "t"}});
     const AdEntityPtr bug = Open("bug", "1", "CLOSED");
     Set(bug, "title", "other");
@@ -197,7 +197,7 @@ TEST_F(EntityTest, RevertDropsAllChanges) {
     EXPECT_EQ(Row("SELECT title, state, zt_version FROM bug"), "t|NEW|1");
 }
 
-TEST_F(EntityTest, RevertedNewRecordKeepsTheStateItWasOpenedFor) {
+TEST_P(EntityTest, RevertedNewRecordKeepsTheStateItWasOpenedFor) {
     const AdEntityPtr bug = New("bug", "ASSIGNED");
     Set(bug, "state", "CLOSED");
     bug->Revert();
@@ -206,7 +206,7 @@ TEST_F(EntityTest, RevertedNewRecordKeepsTheStateItWasOpenedFor) {
     EXPECT_EQ(Row("SELECT state FROM bug"), "ASSIGNED");
 }
 
-TEST_F(EntityTest, FailedCommitKeepsTheChangesForAnotherTry) {
+TEST_P(EntityTest, FailedCommitKeepsTheChangesForAnotherTry) {
     Given("bug", {{"title", "t"}, {"source_id", "1"}});
     const AdEntityPtr bug = New("bug");
     Set(bug, "title", "second");
@@ -217,11 +217,13 @@ TEST_F(EntityTest, FailedCommitKeepsTheChangesForAnotherTry) {
     EXPECT_EQ(Row("SELECT dbid, title, source_id FROM bug WHERE dbid = 2"), "2|second|2");
 }
 
-TEST_F(EntityTest, TextOutsideTheBasicPlaneIsKept) {
+TEST_P(EntityTest, TextOutsideTheBasicPlaneIsKept) {
     Given("bug", {{"title", "Grüße 🎈 日本"}});
     EXPECT_EQ(Row("SELECT title FROM bug"), "Grüße 🎈 日本");
     EXPECT_EQ(Value(Open("bug", "1"), "title"), "Grüße 🎈 日本");
 }
+
+ON_EACH_ENGINE(EntityTest);
 
 }  // namespace
 

@@ -18,7 +18,7 @@ void Put(char16_t (&to)[room], std::string_view text) {
     std::copy(view.begin(), view.end(), to);
 }
 
-class HistoryImportTest : public SessionTest {
+class HistoryImportTest : public OnEachEngine<SessionTest> {
   protected:
     HistoryImportTest() { Given("bug", {{"title", "t"}}); }
 
@@ -58,7 +58,7 @@ class HistoryImportTest : public SessionTest {
     CEnumArray<int, int> m_problemEntries{50};
 };
 
-TEST_F(HistoryImportTest, EntriesAreWrittenWhole) {
+TEST_P(HistoryImportTest, EntriesAreWrittenWhole) {
     AdHistory entry = Entry("01");
     Put(entry.comments, "Grüße");
     Import({entry});
@@ -68,7 +68,7 @@ TEST_F(HistoryImportTest, EntriesAreWrittenWhole) {
     EXPECT_EQ(Core().GetStatistics().historyEntries, 1);
 }
 
-TEST_F(HistoryImportTest, NothingIsWrittenBeforeCommit) {
+TEST_P(HistoryImportTest, NothingIsWrittenBeforeCommit) {
     EXPECT_EQ(Hand({Entry("01")}), "");
     EXPECT_EQ(Stored(), "");
     Core().RevertImportHistory();
@@ -77,33 +77,33 @@ TEST_F(HistoryImportTest, NothingIsWrittenBeforeCommit) {
     EXPECT_EQ(Core().GetStatistics().historyEntries, 0);
 }
 
-TEST_F(HistoryImportTest, EntryExpiresWhenTheNextOneOfItsRecordBegins) {
+TEST_P(HistoryImportTest, EntryExpiresWhenTheNextOneOfItsRecordBegins) {
     Given("bug", {{"title", "u"}});
     Import({Entry("03"), Entry("01"), Entry("02", "bob", 2), Entry("02")});
     EXPECT_EQ(Stored(), "1|2|01|02|ann;1|3|02|03|ann;1|1|03|NULL|ann;2|1|02|NULL|bob");
 }
 
-TEST_F(HistoryImportTest, LaterImportEndsEarlierEntries) {
+TEST_P(HistoryImportTest, LaterImportEndsEarlierEntries) {
     Import({Entry("01"), Entry("05")});
     Import({Entry("03"), Entry("07")});
     EXPECT_EQ(Stored(), "1|1|01|03|ann;1|3|03|05|ann;1|2|05|07|ann;1|4|07|NULL|ann");
 }
 
-TEST_F(HistoryImportTest, GivenExpiryStands) {
+TEST_P(HistoryImportTest, GivenExpiryStands) {
     AdHistory entry = Entry("01");
     Put(entry.expiryTime, "2020-01-01 00:00:02");
     Import({entry, Entry("05")});
     EXPECT_EQ(Stored(), "1|1|01|02|ann;1|2|05|NULL|ann");
 }
 
-TEST_F(HistoryImportTest, UpdateOfExpiryMendsWhatWasWrittenByHand) {
+TEST_P(HistoryImportTest, UpdateOfExpiryMendsWhatWasWrittenByHand) {
     Import({Entry("01"), Entry("05")});
     Base().GetConnection().ExecuteScript("UPDATE zt_history SET expiry_time = NULL");
     Core().UpdateImportHistoryExpiredTimestamp(Type("bug"), 1);
     EXPECT_EQ(Stored(), "1|1|01|05|ann;1|2|05|NULL|ann");
 }
 
-TEST_F(HistoryImportTest, UpdateOfExpiryAfterARollbackLooksAgain) {
+TEST_P(HistoryImportTest, UpdateOfExpiryAfterARollbackLooksAgain) {
     const auto transaction = Core().BeginTransaction();
     Import({Entry("01")});
     {
@@ -114,12 +114,12 @@ TEST_F(HistoryImportTest, UpdateOfExpiryAfterARollbackLooksAgain) {
     EXPECT_EQ(Stored(), "1|1|01|NULL|ann");
 }
 
-TEST_F(HistoryImportTest, TextThatFillsItsRoomIsTaken) {
+TEST_P(HistoryImportTest, TextThatFillsItsRoomIsTaken) {
     Import({Entry("01", std::string(30, 'u'))});
     EXPECT_EQ(Stored(), "1|1|01|NULL|" + std::string(30, 'u'));
 }
 
-TEST_F(HistoryImportTest, TextThatIsTooLongIsNamedWithItsEntry) {
+TEST_P(HistoryImportTest, TextThatIsTooLongIsNamedWithItsEntry) {
     const std::string tooLong(31, 'u');
     EXPECT_EQ(Hand({Entry("01"), Entry("02"), Entry("03", tooLong)}),
               "user_name of history entry 3 is longer than 30 characters");
@@ -135,7 +135,7 @@ TEST_F(HistoryImportTest, TextThatIsTooLongIsNamedWithItsEntry) {
     EXPECT_EQ(Hand({entry}), "source_id_field of history entry 1 is longer than 101 characters");
 }
 
-TEST_F(HistoryImportTest, GoodEntriesAreImportedAlthoughOthersAreRefused) {
+TEST_P(HistoryImportTest, GoodEntriesAreImportedAlthoughOthersAreRefused) {
     const std::string tooLong(31, 'u');
     EXPECT_EQ(Hand({Entry("01", tooLong), Entry("02"), Entry("03", tooLong)}),
               "user_name of history entry 1 is longer than 30 characters\n"
@@ -147,7 +147,7 @@ TEST_F(HistoryImportTest, GoodEntriesAreImportedAlthoughOthersAreRefused) {
     EXPECT_EQ(Stored(), "1|1|02|NULL|ann");
 }
 
-TEST_F(HistoryImportTest, TimesMustBeDates) {
+TEST_P(HistoryImportTest, TimesMustBeDates) {
     AdHistory entry = Entry("99");
     EXPECT_EQ(Hand({entry}),
               "History entry 1 cannot be imported: its action_time \"2020-01-01 00:00:99\" is not "
@@ -159,20 +159,20 @@ TEST_F(HistoryImportTest, TimesMustBeDates) {
               "and time.");
 }
 
-TEST_F(HistoryImportTest, TextMustBeValid) {
+TEST_P(HistoryImportTest, TextMustBeValid) {
     AdHistory entry = Entry("01");
     entry.userName[1] = char16_t{0xDC00};
     EXPECT_EQ(Hand({entry}),
               "History entry 1 cannot be imported: its user_name is not valid UTF-16 at index 1.");
 }
 
-TEST_F(HistoryImportTest, RecordMustExist) {
+TEST_P(HistoryImportTest, RecordMustExist) {
     EXPECT_EQ(
         Hand({Entry("01", "ann", 9)}),
         "History entry 1 cannot be imported: there is no record of type \"bug\" with the dbid 9.");
 }
 
-TEST_F(HistoryImportTest, NameAndNumberOfTheTypeMustBelongTogether) {
+TEST_P(HistoryImportTest, NameAndNumberOfTheTypeMustBelongTogether) {
     AdHistory entry = Entry("01");
     Put(entry.recordTypeName, "user");
     EXPECT_EQ(
@@ -183,7 +183,7 @@ TEST_F(HistoryImportTest, NameAndNumberOfTheTypeMustBelongTogether) {
     EXPECT_NE(Hand({entry}), "");
 }
 
-TEST_F(HistoryImportTest, TypeMustHaveAHistoryField) {
+TEST_P(HistoryImportTest, TypeMustHaveAHistoryField) {
     Given("user", {{"login", "ann"}});
     AdHistory entry = Entry("01");
     Put(entry.recordTypeName, "user");
@@ -192,7 +192,7 @@ TEST_F(HistoryImportTest, TypeMustHaveAHistoryField) {
               "History entry 1 cannot be imported: the record type \"user\" has no history field.");
 }
 
-TEST_F(HistoryImportTest, SavepointTakesHistoryAlong) {
+TEST_P(HistoryImportTest, SavepointTakesHistoryAlong) {
     const auto transaction = Core().BeginTransaction();
     {
         const auto savepoint = transaction->Savepoint();
@@ -204,7 +204,7 @@ TEST_F(HistoryImportTest, SavepointTakesHistoryAlong) {
     EXPECT_EQ(Core().GetStatistics().historyEntries, 0);
 }
 
-TEST_F(HistoryImportTest, CallbackIsToldOfTheProgress) {
+TEST_P(HistoryImportTest, CallbackIsToldOfTheProgress) {
     std::vector<std::pair<long, long>> calls;
     const std::vector<AdHistory> entries = {Entry("01"), Entry("02")};
     Obx_String problems;
@@ -217,7 +217,7 @@ TEST_F(HistoryImportTest, CallbackIsToldOfTheProgress) {
     EXPECT_EQ(calls, (std::vector<std::pair<long, long>>{{1, 2}, {2, 2}}));
 }
 
-TEST_F(HistoryImportTest, FieldTellsTheEntriesAsLines) {
+TEST_P(HistoryImportTest, FieldTellsTheEntriesAsLines) {
     Import({Entry("02"), Entry("01")});
     const AdEntityPtr bug = Open("bug", "1");
     EXPECT_EQ(Value(bug, "log"),
@@ -225,6 +225,8 @@ TEST_F(HistoryImportTest, FieldTellsTheEntriesAsLines) {
               "1\t2020-01-01 00:00:02\tann\tmodify\tNEW\tCLOSED");
     EXPECT_EQ(New("bug")->GetFieldValue(Text("log"))->GetValueStatus(), 1);
 }
+
+ON_EACH_ENGINE(HistoryImportTest);
 
 }  // namespace
 

@@ -7,7 +7,7 @@ namespace {
 using testing::Test;
 using Strings = std::vector<std::string>;
 
-class ReferenceListsTest : public SessionTest {
+class ReferenceListsTest : public OnEachEngine<SessionTest> {
   protected:
     ReferenceListsTest() {
         for (const char* const login : {"ann", "bob", "cat", "dan"}) {
@@ -30,14 +30,14 @@ class ReferenceListsTest : public SessionTest {
     }
 };
 
-TEST_F(ReferenceListsTest, AreKeptInOrder) {
+TEST_P(ReferenceListsTest, AreKeptInOrder) {
     BugWatchedBy({"cat", "ann"});
     EXPECT_EQ(Stored(), "1|0|3;1|1|1");
     EXPECT_EQ(Values(Open("bug", "1"), "watchers"), (Strings{"cat", "ann"}));
     EXPECT_EQ(Value(Open("bug", "1"), "watchers"), "cat\nann");
 }
 
-TEST_F(ReferenceListsTest, HoldEachRecordOnce) {
+TEST_P(ReferenceListsTest, HoldEachRecordOnce) {
     BugWatchedBy({"ann", "bob", "ann"});
     const AdEntityPtr bug = Open("bug", "1");
     EXPECT_EQ(Add(bug, "watchers", "bob"), "");
@@ -46,7 +46,7 @@ TEST_F(ReferenceListsTest, HoldEachRecordOnce) {
     EXPECT_EQ(Row("SELECT zt_version FROM bug"), "1");
 }
 
-TEST_F(ReferenceListsTest, GrowAtTheirEnd) {
+TEST_P(ReferenceListsTest, GrowAtTheirEnd) {
     BugWatchedBy({"ann"});
     const AdEntityPtr bug = Open("bug", "1");
     EXPECT_EQ(Add(bug, "watchers", "dan"), "");
@@ -55,7 +55,7 @@ TEST_F(ReferenceListsTest, GrowAtTheirEnd) {
     EXPECT_EQ(Row("SELECT zt_version FROM bug"), "2");
 }
 
-TEST_F(ReferenceListsTest, CloseTheGapOfWhatIsTakenOut) {
+TEST_P(ReferenceListsTest, CloseTheGapOfWhatIsTakenOut) {
     BugWatchedBy({"ann", "bob", "cat"});
     const AdEntityPtr bug = Open("bug", "1");
     EXPECT_EQ(Remove(bug, "watchers", "bob"), "");
@@ -63,7 +63,7 @@ TEST_F(ReferenceListsTest, CloseTheGapOfWhatIsTakenOut) {
     EXPECT_EQ(Stored(), "1|0|1;1|1|3");
 }
 
-TEST_F(ReferenceListsTest, CanBeReplaced) {
+TEST_P(ReferenceListsTest, CanBeReplaced) {
     BugWatchedBy({"ann", "bob"});
     const AdEntityPtr bug = Open("bug", "1");
     for (const std::string& login : Values(bug, "watchers")) {
@@ -75,7 +75,7 @@ TEST_F(ReferenceListsTest, CanBeReplaced) {
     EXPECT_EQ(Stored(), "1|0|4");
 }
 
-TEST_F(ReferenceListsTest, CanBeEmptied) {
+TEST_P(ReferenceListsTest, CanBeEmptied) {
     BugWatchedBy({"ann", "bob"});
     const AdEntityPtr bug = Open("bug", "1");
     Set(bug, "watchers", "");
@@ -83,7 +83,7 @@ TEST_F(ReferenceListsTest, CanBeEmptied) {
     EXPECT_EQ(Stored(), "");
 }
 
-TEST_F(ReferenceListsTest, CanBeChangedAgainAfterCommit) {
+TEST_P(ReferenceListsTest, CanBeChangedAgainAfterCommit) {
     const AdEntityPtr bug = BugWatchedBy({"ann"});
     EXPECT_EQ(Add(bug, "watchers", "bob"), "");
     Save(bug);
@@ -92,7 +92,7 @@ TEST_F(ReferenceListsTest, CanBeChangedAgainAfterCommit) {
     EXPECT_EQ(Stored(), "1|0|2");
 }
 
-TEST_F(ReferenceListsTest, RefuseWhatDoesNotExistOrIsNotInThem) {
+TEST_P(ReferenceListsTest, RefuseWhatDoesNotExistOrIsNotInThem) {
     const AdEntityPtr bug = BugWatchedBy({"ann"});
     EXPECT_EQ(
         Add(bug, "watchers", "zoe"),
@@ -107,7 +107,7 @@ TEST_F(ReferenceListsTest, RefuseWhatDoesNotExistOrIsNotInThem) {
               "can be neither added to it nor taken out.");
 }
 
-TEST_F(ReferenceListsTest, ChangedByTwoWritersAreNotMixed) {
+TEST_P(ReferenceListsTest, ChangedByTwoWritersAreNotMixed) {
     BugWatchedBy({"ann"});
     const AdEntityPtr mine = Open("bug", "1");
     EXPECT_EQ(Add(mine, "watchers", "bob"), "");
@@ -117,6 +117,8 @@ TEST_F(ReferenceListsTest, ChangedByTwoWritersAreNotMixed) {
     EXPECT_NE(CommitFault(mine), "");
     EXPECT_EQ(Stored(), "1|0|1;1|1|3");
 }
+
+ON_EACH_ENGINE(ReferenceListsTest);
 
 }  // namespace
 

@@ -12,7 +12,7 @@ using ::testing::AllOf;
 using ::testing::EndsWith;
 using ::testing::StartsWith;
 
-class ReferencesTest : public SessionTest {
+class ReferencesTest : public OnEachEngine<SessionTest> {
   protected:
     AdEntityPtr NewBug() {
         AdEntityPtr bug = New("bug");
@@ -21,7 +21,7 @@ class ReferencesTest : public SessionTest {
     }
 };
 
-TEST_F(ReferencesTest, AreGivenAndReadByASingleKey) {
+TEST_P(ReferencesTest, AreGivenAndReadByASingleKey) {
     Given("user", {{"login", "ann"}});
     Given("user", {{"login", "bob"}});
     const AdEntityPtr bug = NewBug();
@@ -31,7 +31,7 @@ TEST_F(ReferencesTest, AreGivenAndReadByASingleKey) {
     EXPECT_EQ(Value(Open("bug", "1"), "owner"), "bob");
 }
 
-TEST_F(ReferencesTest, AreGivenAndReadByTheDisplayId) {
+TEST_P(ReferencesTest, AreGivenAndReadByTheDisplayId) {
     Given("bug", {{"title", "parent"}});
     const AdEntityPtr bug = NewBug();
     Set(bug, "parent", "BUG00000001");
@@ -39,7 +39,7 @@ TEST_F(ReferencesTest, AreGivenAndReadByTheDisplayId) {
     EXPECT_EQ(Value(Open("bug", "2"), "parent"), "BUG00000001");
 }
 
-TEST_F(ReferencesTest, PartsOfAKeyAreJoinedByBlanksAndMayContainThem) {
+TEST_P(ReferencesTest, PartsOfAKeyAreJoinedByBlanksAndMayContainThem) {
     Given("place", {{"town", "New York"}, {"street", "Wall Street"}});
     const AdEntityPtr bug = NewBug();
     Set(bug, "place", "New York Wall Street");
@@ -47,7 +47,7 @@ TEST_F(ReferencesTest, PartsOfAKeyAreJoinedByBlanksAndMayContainThem) {
     EXPECT_EQ(Value(Open("bug", "1"), "place"), "New York Wall Street");
 }
 
-TEST_F(ReferencesTest, KeyThatFitsSeveralRecordsIsRefused) {
+TEST_P(ReferencesTest, KeyThatFitsSeveralRecordsIsRefused) {
     Given("place", {{"town", "a"}, {"street", "b c"}});
     Given("place", {{"town", "a b"}, {"street", "c"}});
     EXPECT_EQ(Refusal(NewBug(), "place", "a b c"),
@@ -55,7 +55,7 @@ TEST_F(ReferencesTest, KeyThatFitsSeveralRecordsIsRefused) {
               "records of type \"place\" could be meant.");
 }
 
-TEST_F(ReferencesTest, DbidCanBePartOfAKey) {
+TEST_P(ReferencesTest, DbidCanBePartOfAKey) {
     Given("user", {{"login", "ann"}});
     Given("desk", {{"owner", "ann"}});
     Given("desk", {{"owner", "ann"}});
@@ -68,7 +68,7 @@ TEST_F(ReferencesTest, DbidCanBePartOfAKey) {
     EXPECT_NE(Refusal(bug, "desk", "2"), "");
 }
 
-TEST_F(ReferencesTest, ReferenceInAKeyStandsThereByItsOwnKey) {
+TEST_P(ReferencesTest, ReferenceInAKeyStandsThereByItsOwnKey) {
     Given("place", {{"town", "New York"}, {"street", "Wall Street"}});
     Given("lane", {{"place", "New York Wall Street"}, {"number", "3"}});
     const AdEntityPtr bug = NewBug();
@@ -77,14 +77,14 @@ TEST_F(ReferencesTest, ReferenceInAKeyStandsThereByItsOwnKey) {
     EXPECT_EQ(Value(Open("bug", "1"), "lane"), "New York Wall Street 3");
 }
 
-TEST_F(ReferencesTest, UnknownKeyIsNamedWithTheTypeItShouldBeOf) {
+TEST_P(ReferencesTest, UnknownKeyIsNamedWithTheTypeItShouldBeOf) {
     EXPECT_EQ(
         Refusal(NewBug(), "owner", "zoe"),
         "The field \"owner\" of a record of type \"bug\" cannot refer to \"zoe\": there is no "
         "record of type \"user\" with this key.");
 }
 
-TEST_F(ReferencesTest, KeyThatIsCreatedAfterAMissIsFound) {
+TEST_P(ReferencesTest, KeyThatIsCreatedAfterAMissIsFound) {
     const auto transaction = Core().BeginTransaction();
     const AdEntityPtr bug = NewBug();
     EXPECT_NE(Refusal(bug, "owner", "ann"), "");
@@ -92,7 +92,7 @@ TEST_F(ReferencesTest, KeyThatIsCreatedAfterAMissIsFound) {
     Set(bug, "owner", "ann");
 }
 
-TEST_F(ReferencesTest, KeyThatChangesIsForgotten) {
+TEST_P(ReferencesTest, KeyThatChangesIsForgotten) {
     Given("user", {{"login", "ann"}});
     const auto transaction = Core().BeginTransaction();
     const AdEntityPtr bug = NewBug();
@@ -104,7 +104,7 @@ TEST_F(ReferencesTest, KeyThatChangesIsForgotten) {
     Set(bug, "owner", "anna");
 }
 
-TEST_F(ReferencesTest, RecordThatIsRolledBackIsForgotten) {
+TEST_P(ReferencesTest, RecordThatIsRolledBackIsForgotten) {
     const auto transaction = Core().BeginTransaction();
     const AdEntityPtr bug = NewBug();
     {
@@ -115,20 +115,20 @@ TEST_F(ReferencesTest, RecordThatIsRolledBackIsForgotten) {
     EXPECT_NE(Refusal(bug, "owner", "ann"), "");
 }
 
-TEST_F(ReferencesTest, KeyChangedByAnotherWriterIsForgottenWithTheTransaction) {
+TEST_P(ReferencesTest, KeyChangedByAnotherWriterIsForgottenWithTheTransaction) {
     Given("user", {{"login", "ann"}});
     {
         const auto transaction = Core().BeginTransaction();
         Set(NewBug(), "owner", "ann");
         transaction->Commit();
     }
-    const auto other = Database::Open(File(), Database::Mode::ReadWrite);
-    other->GetConnection().ExecuteScript("UPDATE user SET login = 'eve'");
+    const auto other = Database::Open(Location(), Database::Mode::ReadWrite);
+    other->GetConnection().ExecuteScript("UPDATE \"user\" SET login = 'eve'");
     const auto transaction = Core().BeginTransaction();
     EXPECT_NE(Refusal(NewBug(), "owner", "ann"), "");
 }
 
-TEST_F(ReferencesTest, KeyOfARecordThatContainsItselfIsReadAllTheSame) {
+TEST_P(ReferencesTest, KeyOfARecordThatContainsItselfIsReadAllTheSame) {
     Database::Create(Folder().File("loop.db"),
                      schema::ReadSchema("record_types:\n"
                                         "  node:\n"
@@ -154,7 +154,7 @@ std::string ManyWords() {
     return text + "1 1 1 1";
 }
 
-TEST_F(ReferencesTest, TextThatCanBeReadInTooManyWaysIsRefusedWithTheFieldAndTheLimit) {
+TEST_P(ReferencesTest, TextThatCanBeReadInTooManyWaysIsRefusedWithTheFieldAndTheLimit) {
     OpenSession({.attachmentsFolder = "", .references = {.maxTries = 100, .stopRequested = {}}});
     const std::string text = "a b c d e f g h" + std::string(200, ' ') + "i";
     const std::string refusal = Refusal(NewBug(), "place", text);
@@ -164,7 +164,7 @@ TEST_F(ReferencesTest, TextThatCanBeReadInTooManyWaysIsRefusedWithTheFieldAndThe
                                         "(--max-reference-tries).")));
 }
 
-TEST_F(ReferencesTest, ReferenceOfManyWordsToNestedKeysIsDecidedWithinTheLimit) {
+TEST_P(ReferencesTest, ReferenceOfManyWordsToNestedKeysIsDecidedWithinTheLimit) {
     int tries = 0;
     OpenSession({.attachmentsFolder = "", .references = {.stopRequested = [&tries] {
                                               ++tries;
@@ -175,7 +175,7 @@ TEST_F(ReferencesTest, ReferenceOfManyWordsToNestedKeysIsDecidedWithinTheLimit) 
     EXPECT_LE(tries, kDefaultMaxReferenceTries);
 }
 
-TEST_F(ReferencesTest, SearchByAReferenceOfTooManyWaysSaysSo) {
+TEST_P(ReferencesTest, SearchByAReferenceOfTooManyWaysSaysSo) {
     OpenSession({.attachmentsFolder = "", .references = {.maxTries = 1, .stopRequested = {}}});
     const AdQueryDefPtr query = Core().BuildQueryDef(Type("bug"), 0);
     query->SelectDbId(1);
@@ -186,7 +186,7 @@ TEST_F(ReferencesTest, SearchByAReferenceOfTooManyWaysSaysSo) {
               std::string::npos);
 }
 
-TEST_F(ReferencesTest, KeyOfARecordThatRefersToItselfInManyPartsComesToAnEnd) {
+TEST_P(ReferencesTest, KeyOfARecordThatRefersToItselfInManyPartsComesToAnEnd) {
     Database::Create(Folder().File("web.db"),
                      schema::ReadSchema("record_types:\n"
                                         "  node:\n"
@@ -201,6 +201,8 @@ TEST_F(ReferencesTest, KeyOfARecordThatRefersToItselfInManyPartsComesToAnEnd) {
     KeyTable table(database->GetBatch(), database->GetSchema());
     EXPECT_TRUE(table.KeyOf(database->GetSchema().Types().front(), 1).has_value());
 }
+
+ON_EACH_ENGINE(ReferencesTest);
 
 }  // namespace
 

@@ -4,16 +4,16 @@ namespace recorddb {
 
 namespace {
 
-class StatesTest : public SessionTest {};
+class StatesTest : public OnEachEngine<SessionTest> {};
 
-TEST_F(StatesTest, NewRecordTakesTheStateItIsOpenedWith) {
+TEST_P(StatesTest, NewRecordTakesTheStateItIsOpenedWith) {
     const AdEntityPtr bug = New("bug", "CLOSED");
     Set(bug, "title", "t");
     Save(bug);
     EXPECT_EQ(Row("SELECT state FROM bug"), "CLOSED");
 }
 
-TEST_F(StatesTest, ExistingRecordMovesOnlyToAGivenState) {
+TEST_P(StatesTest, ExistingRecordMovesOnlyToAGivenState) {
     Given("bug", {{"title", "t"}});
     Save(Open("bug", "1", "ASSIGNED"));
     EXPECT_EQ(Row("SELECT state, zt_version FROM bug"), "ASSIGNED|2");
@@ -21,7 +21,7 @@ TEST_F(StatesTest, ExistingRecordMovesOnlyToAGivenState) {
     EXPECT_EQ(Row("SELECT state, zt_version FROM bug"), "ASSIGNED|2");
 }
 
-TEST_F(StatesTest, UnknownStateIsRefusedWithTheStatesThereAre) {
+TEST_P(StatesTest, UnknownStateIsRefusedWithTheStatesThereAre) {
     EXPECT_EQ(
         Thrown([&] { New("bug", "new"); }),
         "The record type \"bug\" has no state \"new\"; its states are: NEW, ASSIGNED, CLOSED.");
@@ -30,12 +30,12 @@ TEST_F(StatesTest, UnknownStateIsRefusedWithTheStatesThereAre) {
         "The record type \"bug\" has no state \"SOLVED\"; its states are: NEW, ASSIGNED, CLOSED.");
 }
 
-TEST_F(StatesTest, TypeWithoutStatesTakesNone) {
+TEST_P(StatesTest, TypeWithoutStatesTakesNone) {
     EXPECT_EQ(Thrown([&] { New("user", "NEW"); }),
               "The record type \"user\" has no state \"NEW\"; its states are: none.");
 }
 
-TEST_F(StatesTest, StateCannotBeEmptied) {
+TEST_P(StatesTest, StateCannotBeEmptied) {
     const AdEntityPtr bug = New("bug");
     Set(bug, "title", "t");
     Set(bug, "state", "");
@@ -43,6 +43,8 @@ TEST_F(StatesTest, StateCannotBeEmptied) {
               "The field \"state\" of a record of type \"bug\" is empty, but needs a "
               "value.");
 }
+
+ON_EACH_ENGINE(StatesTest);
 
 }  // namespace
 

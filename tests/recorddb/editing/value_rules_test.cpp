@@ -6,7 +6,7 @@ namespace recorddb {
 
 namespace {
 
-class ValueRulesTest : public SessionTest {
+class ValueRulesTest : public OnEachEngine<SessionTest> {
   protected:
     static std::string Cannot(const std::string& field, const std::string& value,
                               const std::string& why) {
@@ -15,7 +15,7 @@ class ValueRulesTest : public SessionTest {
     }
 };
 
-TEST_F(ValueRulesTest, MaximalLengthCountsCharacters) {
+TEST_P(ValueRulesTest, MaximalLengthCountsCharacters) {
     const AdEntityPtr bug = New("bug");
     Set(bug, "title", "🎈🎈🎈🎈🎈🎈🎈🎈🎈🎈🎈🎈🎈🎈🎈🎈🎈🎈🎈🎈");
     EXPECT_EQ(
@@ -23,14 +23,14 @@ TEST_F(ValueRulesTest, MaximalLengthCountsCharacters) {
         Cannot("title", "éééééééééééééééééééé+", "it has 21 characters, and the field takes 20."));
 }
 
-TEST_F(ValueRulesTest, RefusedValueLeavesTheFieldAsItWas) {
+TEST_P(ValueRulesTest, RefusedValueLeavesTheFieldAsItWas) {
     const AdEntityPtr bug = New("bug");
     Set(bug, "votes", "7");
     EXPECT_NE(Refusal(bug, "votes", "many"), "");
     EXPECT_EQ(Value(bug, "votes"), "7");
 }
 
-TEST_F(ValueRulesTest, IntegersAreWholeNumbersOf64Bits) {
+TEST_P(ValueRulesTest, IntegersAreWholeNumbersOf64Bits) {
     const AdEntityPtr bug = New("bug");
     for (const char* const good :
          {"0", "-1", "+5", "9223372036854775807", "-9223372036854775808", " 3\n", "007"}) {
@@ -43,7 +43,7 @@ TEST_F(ValueRulesTest, IntegersAreWholeNumbersOf64Bits) {
     }
 }
 
-TEST_F(ValueRulesTest, DatesAreStoredInUtc) {
+TEST_P(ValueRulesTest, DatesAreStoredInUtc) {
     const std::vector<std::pair<const char*, const char*>> dates = {
         {"2020-01-02 03:04:05", "2020-01-02 03:04:05"},
         {"0001-01-01 23:59:59", "0001-01-01 23:59:59"},
@@ -67,14 +67,14 @@ TEST_F(ValueRulesTest, DatesAreStoredInUtc) {
     }
 }
 
-TEST_F(ValueRulesTest, ChoicesAreExact) {
+TEST_P(ValueRulesTest, ChoicesAreExact) {
     const AdEntityPtr bug = New("bug");
     Set(bug, "severity", "major");
     EXPECT_EQ(Refusal(bug, "severity", "Major"),
               Cannot("severity", "Major", "its choices are: minor, major."));
 }
 
-TEST_F(ValueRulesTest, TextThatIsNotValidIsRefused) {
+TEST_P(ValueRulesTest, TextThatIsNotValidIsRefused) {
     const AdEntityPtr bug = New("bug");
     const std::vector<std::u16string> bad = {{u'a', 0xD800}, {0xDC00, u'a'}, {u'a', u'\0', u'b'}};
     for (const std::u16string& text : bad) {
@@ -85,13 +85,13 @@ TEST_F(ValueRulesTest, TextThatIsNotValidIsRefused) {
     }
 }
 
-TEST_F(ValueRulesTest, LongValuesAreCutInMessages) {
+TEST_P(ValueRulesTest, LongValuesAreCutInMessages) {
     const std::string text = Refusal(New("bug"), "severity", std::string(100'000, 'x'));
     EXPECT_LT(text.size(), 400U);
     EXPECT_NE(text.find("xxx ...\""), std::string::npos);
 }
 
-TEST_F(ValueRulesTest, FieldsThatTheDatabaseFillsInAreRefused) {
+TEST_P(ValueRulesTest, FieldsThatTheDatabaseFillsInAreRefused) {
     for (const char* const field : {"dbid", "id"}) {
         EXPECT_EQ(Refusal(New("bug"), field, "5"),
                   std::string("The field \"") + field +
@@ -100,7 +100,7 @@ TEST_F(ValueRulesTest, FieldsThatTheDatabaseFillsInAreRefused) {
     }
 }
 
-TEST_F(ValueRulesTest, FieldsOfManyValuesCannotBeSet) {
+TEST_P(ValueRulesTest, FieldsOfManyValuesCannotBeSet) {
     for (const char* const field : {"watchers", "files", "log"}) {
         EXPECT_EQ(Refusal(New("bug"), field, "x"),
                   std::string("The field \"") + field +
@@ -108,6 +108,8 @@ TEST_F(ValueRulesTest, FieldsOfManyValuesCannotBeSet) {
                       "single value.");
     }
 }
+
+ON_EACH_ENGINE(ValueRulesTest);
 
 }  // namespace
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "random_work.h"
 #include "recorddb/errors.h"
@@ -11,14 +12,14 @@ namespace recorddb {
 
 namespace {
 
-class GatheredWritingTest : public SessionTest {
+class GatheredWritingTest : public OnEachEngine<SessionTest> {
   protected:
     std::unique_ptr<SessionTransaction> Gather() {
         return Core().BeginTransaction(Writing::Gathered);
     }
 };
 
-TEST_F(GatheredWritingTest, NothingReachesTheDatabaseBeforeItIsApplied) {
+TEST_P(GatheredWritingTest, NothingReachesTheDatabaseBeforeItIsApplied) {
     const auto transaction = Gather();
     Given("bug", {{"title", "a"}});
     EXPECT_EQ(Row("SELECT count(*) FROM bug"), "0");
@@ -26,14 +27,14 @@ TEST_F(GatheredWritingTest, NothingReachesTheDatabaseBeforeItIsApplied) {
     EXPECT_EQ(Row("SELECT count(*) FROM bug"), "1");
 }
 
-TEST_F(GatheredWritingTest, CommitAppliesWhatWasGathered) {
+TEST_P(GatheredWritingTest, CommitAppliesWhatWasGathered) {
     const auto transaction = Gather();
     Given("bug", {{"title", "a"}});
     transaction->Commit();
     EXPECT_EQ(Row("SELECT id, title, zt_version FROM bug"), "BUG00000001|a|1");
 }
 
-TEST_F(GatheredWritingTest, ChangesOfOneRecordAreWrittenAsOne) {
+TEST_P(GatheredWritingTest, ChangesOfOneRecordAreWrittenAsOne) {
     const auto transaction = Gather();
     const AdEntityPtr bug = Given("bug", {{"title", "a"}});
     Set(bug, "title", "b");
@@ -44,7 +45,7 @@ TEST_F(GatheredWritingTest, ChangesOfOneRecordAreWrittenAsOne) {
     EXPECT_EQ(Row("SELECT title, votes, zt_version FROM bug"), "b|3|3");
 }
 
-TEST_F(GatheredWritingTest, RecordsMayReferToEachOtherInACircle) {
+TEST_P(GatheredWritingTest, RecordsMayReferToEachOtherInACircle) {
     const auto transaction = Gather();
     const AdEntityPtr first = Given("bug", {{"title", "a"}});
     Given("bug", {{"title", "b"}, {"parent", "BUG00000001"}});
@@ -54,7 +55,7 @@ TEST_F(GatheredWritingTest, RecordsMayReferToEachOtherInACircle) {
     EXPECT_EQ(Row("SELECT dbid, parent FROM bug ORDER BY dbid"), "1|2;2|1");
 }
 
-TEST_F(GatheredWritingTest, RecordsComeBehindThoseOfLaterTypesThatTheyReferTo) {
+TEST_P(GatheredWritingTest, RecordsComeBehindThoseOfLaterTypesThatTheyReferTo) {
     Reopen();
     const auto transaction = Gather();
     Given("user", {{"login", "ann"}});
@@ -64,7 +65,7 @@ TEST_F(GatheredWritingTest, RecordsComeBehindThoseOfLaterTypesThatTheyReferTo) {
     EXPECT_EQ(Row("SELECT desk FROM bug"), "1");
 }
 
-TEST_F(GatheredWritingTest, KeyThatOneRecordFreesIsTakenByTheNext) {
+TEST_P(GatheredWritingTest, KeyThatOneRecordFreesIsTakenByTheNext) {
     Given("user", {{"login", "ann"}, {"email", "a@x"}});
     const auto transaction = Gather();
     const AdEntityPtr ann = Open("user", "1");
@@ -73,10 +74,10 @@ TEST_F(GatheredWritingTest, KeyThatOneRecordFreesIsTakenByTheNext) {
     Save(ann);
     Given("user", {{"login", "ann"}, {"email", "a@x"}});
     transaction->Commit();
-    EXPECT_EQ(Row("SELECT login, email FROM user ORDER BY dbid"), "eve|e@x;ann|a@x");
+    EXPECT_EQ(Row("SELECT login, email FROM \"user\" ORDER BY dbid"), "eve|e@x;ann|a@x");
 }
 
-TEST_F(GatheredWritingTest, RecordThatAnotherWriterChangedFailsTheTransaction) {
+TEST_P(GatheredWritingTest, RecordThatAnotherWriterChangedFailsTheTransaction) {
     Given("bug", {{"title", "a"}});
     const auto transaction = Gather();
     const AdEntityPtr bug = Open("bug", "BUG00000001");
@@ -90,7 +91,7 @@ TEST_F(GatheredWritingTest, RecordThatAnotherWriterChangedFailsTheTransaction) {
     EXPECT_EQ(Core().GetStatistics().recordsUpdated, 0);
 }
 
-TEST_F(GatheredWritingTest, WhatFailedCannotBeCommittedInPart) {
+TEST_P(GatheredWritingTest, WhatFailedCannotBeCommittedInPart) {
     const auto transaction = Gather();
     Given("bug", {{"title", "a"}, {"source_id", "x"}});
     Base().GetConnection().ExecuteScript(
@@ -100,7 +101,7 @@ TEST_F(GatheredWritingTest, WhatFailedCannotBeCommittedInPart) {
     EXPECT_EQ(Row("SELECT count(*) FROM bug"), "0");
 }
 
-TEST_F(GatheredWritingTest, WorkGoesOnAfterAFailureThatIsForgotten) {
+TEST_P(GatheredWritingTest, WorkGoesOnAfterAFailureThatIsForgotten) {
     {
         const auto transaction = Gather();
         Given("bug", {{"title", "a"}, {"source_id", "x"}});
@@ -116,7 +117,7 @@ TEST_F(GatheredWritingTest, WorkGoesOnAfterAFailureThatIsForgotten) {
     EXPECT_EQ(Row("SELECT dbid, title FROM bug"), "1|c");
 }
 
-TEST_F(GatheredWritingTest, ReaderSeesWhatWasGathered) {
+TEST_P(GatheredWritingTest, ReaderSeesWhatWasGathered) {
     const auto transaction = Gather();
     Given("bug", {{"title", "a"}});
     RecordReader reader(Base());
@@ -125,7 +126,7 @@ TEST_F(GatheredWritingTest, ReaderSeesWhatWasGathered) {
     EXPECT_EQ(reader.Count(type), 1);
 }
 
-TEST_F(GatheredWritingTest, ManyChangesAreWrittenOnTheWay) {
+TEST_P(GatheredWritingTest, ManyChangesAreWrittenOnTheWay) {
     const auto transaction = Gather();
     constexpr int kMany = 5100;
     for (int i = 0; i < kMany; ++i) {
@@ -143,6 +144,8 @@ void ExpectSame(const std::vector<std::string>& texts, const std::vector<std::st
     }
     ASSERT_EQ(texts.size(), expected.size());
 }
+
+ON_EACH_ENGINE(GatheredWritingTest);
 
 // What a session is told and what is in the database in the end do not depend on when it is
 // written.
@@ -164,6 +167,25 @@ TEST_P(GatheredOrAtOnceTest, WorkAtRandomComesToTheSame) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, GatheredOrAtOnceTest, testing::Range<std::uint64_t>(1, 61));
+
+class OnServerOrInFileTest : public testing::TestWithParam<std::uint64_t> {};
+
+TEST_P(OnServerOrInFileTest, WorkAtRandomComesToTheSame) {
+    constexpr int kGroups = 4;
+    RandomWork inFile(GetParam(), Writing::AtOnce);
+    inFile.Run(kGroups);
+    using Ahead = RandomWork::Ahead;
+    for (const auto& [writing, ahead] : {std::pair{Writing::AtOnce, Ahead::Nothing},
+                                         {Writing::Gathered, Ahead::Nothing},
+                                         {Writing::Gathered, Ahead::Much}}) {
+        RandomWork onServer(GetParam(), writing, ahead, Engine::Postgres);
+        onServer.Run(kGroups);
+        ExpectSame(onServer.Told(), inFile.Told());
+        ExpectSame(onServer.Tables(), inFile.Tables());
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, OnServerOrInFileTest, testing::Range<std::uint64_t>(101, 109));
 
 }  // namespace
 

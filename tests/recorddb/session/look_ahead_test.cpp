@@ -10,7 +10,7 @@ namespace recorddb {
 
 namespace {
 
-class LookAheadTest : public SessionTest {
+class LookAheadTest : public OnEachEngine<SessionTest> {
   protected:
     LookAheadTest() {
         Given("user", {{"login", "ann"}});
@@ -55,26 +55,26 @@ class LookAheadTest : public SessionTest {
     std::unique_ptr<SessionTransaction> m_transaction;
 };
 
-TEST_F(LookAheadTest, RecordsThatWereForetoldAreFound) {
+TEST_P(LookAheadTest, RecordsThatWereForetoldAreFound) {
     LookAhead(Search("bug", "source_id", "x"));
     ChangeUnseen("UPDATE bug SET source_id = 'z' WHERE dbid = 1");
     EXPECT_EQ(Found("x"), "1 ");
 }
 
-TEST_F(LookAheadTest, AbsentRecordsAreForetoldToo) {
+TEST_P(LookAheadTest, AbsentRecordsAreForetoldToo) {
     LookAhead(Search("bug", "source_id", "new"));
     ChangeUnseen("UPDATE bug SET source_id = 'new' WHERE dbid = 1");
     EXPECT_EQ(Found("new"), "");
 }
 
-TEST_F(LookAheadTest, SeveralRecordsAreLeftToTheDatabase) {
+TEST_P(LookAheadTest, SeveralRecordsAreLeftToTheDatabase) {
     ChangeUnseen("UPDATE bug SET votes = 3");
     LookAhead(Search("bug", "votes", "3"));
     ChangeUnseen("UPDATE bug SET votes = 4 WHERE dbid = 1");
     EXPECT_EQ(Found("3", "votes"), "2 ");
 }
 
-TEST_F(LookAheadTest, FieldsAndListsAreForetoldOnDemand) {
+TEST_P(LookAheadTest, FieldsAndListsAreForetoldOnDemand) {
     ExpectedSearch search = Search("bug", "source_id", "x");
     search.fields = true;
     LookAhead(search);
@@ -85,13 +85,13 @@ TEST_F(LookAheadTest, FieldsAndListsAreForetoldOnDemand) {
     EXPECT_EQ(Value(Open("bug", "2"), "title"), "other");
 }
 
-TEST_F(LookAheadTest, ReferenceIsFoundByItsKey) {
+TEST_P(LookAheadTest, ReferenceIsFoundByItsKey) {
     LookAhead(Search("user", "login", "ann"));
     ChangeUnseen("UPDATE \"user\" SET login = 'eve'");
     EXPECT_EQ(Refusal(New("bug"), "owner", "ann"), "");
 }
 
-TEST_F(LookAheadTest, ValueThatMustBeUniqueIsComparedWithWhatWasForetold) {
+TEST_P(LookAheadTest, ValueThatMustBeUniqueIsComparedWithWhatWasForetold) {
     LookAhead(Search("bug", "source_id", "new"));
     ChangeUnseen("UPDATE bug SET source_id = 'new' WHERE dbid = 1");
     const AdEntityPtr bug = New("bug");
@@ -100,7 +100,7 @@ TEST_F(LookAheadTest, ValueThatMustBeUniqueIsComparedWithWhatWasForetold) {
     EXPECT_EQ(Fault(bug), "");
 }
 
-TEST_F(LookAheadTest, OriginalsOfDuplicatesAreForetoldToTheEndOfTheChain) {
+TEST_P(LookAheadTest, OriginalsOfDuplicatesAreForetoldToTheEndOfTheChain) {
     ChangeUnseen(
         "INSERT INTO zt_duplicate VALUES (5, 1, 2, '2020-01-01 00:00:00'), "
         "(5, 2, 3, '2020-01-01 00:00:00')");
@@ -115,7 +115,7 @@ TEST_F(LookAheadTest, OriginalsOfDuplicatesAreForetoldToTheEndOfTheChain) {
               "");
 }
 
-TEST_F(LookAheadTest, WhatIsWrittenIsAskedAnew) {
+TEST_P(LookAheadTest, WhatIsWrittenIsAskedAnew) {
     ExpectedSearch search = Search("bug", "source_id", "x");
     search.fields = true;
     LookAhead(search);
@@ -126,7 +126,7 @@ TEST_F(LookAheadTest, WhatIsWrittenIsAskedAnew) {
     EXPECT_EQ(Value(Open("bug", "1"), "source_id"), "z");
 }
 
-TEST_F(LookAheadTest, NothingIsKnownAfterTheTransaction) {
+TEST_P(LookAheadTest, NothingIsKnownAfterTheTransaction) {
     LookAhead(Search("bug", "source_id", "x"));
     m_transaction->Commit();
     m_transaction = Core().BeginTransaction(Writing::Gathered);
@@ -134,13 +134,15 @@ TEST_F(LookAheadTest, NothingIsKnownAfterTheTransaction) {
     EXPECT_EQ(Found("x"), "");
 }
 
-TEST_F(LookAheadTest, NothingIsAskedAheadWhereNothingIsGathered) {
+TEST_P(LookAheadTest, NothingIsAskedAheadWhereNothingIsGathered) {
     m_transaction.reset();
     m_transaction = Core().BeginTransaction(Writing::AtOnce);
     LookAhead(Search("bug", "source_id", "x"));
     ChangeUnseen("UPDATE bug SET source_id = 'z' WHERE dbid = 1");
     EXPECT_EQ(Found("x"), "");
 }
+
+ON_EACH_ENGINE(LookAheadTest);
 
 }  // namespace
 

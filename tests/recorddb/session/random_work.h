@@ -22,8 +22,9 @@ class RandomWork : public SessionTest {
     // Whether what the work will need is asked for before each group, too.
     enum class Ahead { Nothing, Much };
 
-    RandomWork(std::uint64_t seed, Writing writing, Ahead ahead = Ahead::Nothing)
-        : m_state(seed * 2 + 1), m_writing(writing), m_ahead(ahead) {
+    RandomWork(std::uint64_t seed, Writing writing, Ahead ahead = Ahead::Nothing,
+               Engine engine = Engine::Sqlite)
+        : SessionTest(engine), m_state(seed * 2 + 1), m_writing(writing), m_ahead(ahead) {
         std::filesystem::create_directories(Folder().Path() / "files");
         for (const char* const name : {"a", "b", "c"}) {
             Folder().Write(std::string("files/") + name, std::string(name) + "-content");
@@ -57,7 +58,7 @@ class RandomWork : public SessionTest {
     std::vector<std::string> Tables() {
         std::vector<std::string> tables;
         for (const char* const sql :
-             {"SELECT * FROM user ORDER BY dbid", "SELECT * FROM place ORDER BY dbid",
+             {"SELECT * FROM \"user\" ORDER BY dbid", "SELECT * FROM place ORDER BY dbid",
               "SELECT * FROM desk ORDER BY dbid", "SELECT * FROM lane ORDER BY dbid",
               "SELECT * FROM bug ORDER BY dbid", "SELECT * FROM task ORDER BY dbid",
               "SELECT * FROM bug__watchers ORDER BY record, position",

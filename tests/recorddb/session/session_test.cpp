@@ -6,21 +6,21 @@ namespace recorddb {
 
 namespace {
 
-class SessionOperationsTest : public SessionTest {};
+class SessionOperationsTest : public OnEachEngine<SessionTest> {};
 
-TEST_F(SessionOperationsTest, RecordTypesAreFoundWithoutRegardToCase) {
+TEST_P(SessionOperationsTest, RecordTypesAreFoundWithoutRegardToCase) {
     EXPECT_EQ(Type("BUG"), Type("bug"));
     EXPECT_EQ(Type("BUG")->GetName(), u"bug");
     EXPECT_EQ(Thrown([&] { Type("plan"); }), "There is no record type \"plan\".");
 }
 
-TEST_F(SessionOperationsTest, RecordsAreOpenedByDbidAndDisplayId) {
+TEST_P(SessionOperationsTest, RecordsAreOpenedByDbidAndDisplayId) {
     Given("bug", {{"title", "t"}});
     EXPECT_EQ(Value(Core().GetEntity(Type("bug"), u"1"), "title"), "t");
     EXPECT_EQ(Value(Core().GetEntity(Type("bug"), u"BUG00000001"), "title"), "t");
 }
 
-TEST_F(SessionOperationsTest, RecordThatDoesNotExistIsNamed) {
+TEST_P(SessionOperationsTest, RecordThatDoesNotExistIsNamed) {
     EXPECT_EQ(Thrown([&] { Core().GetEntity(Type("bug"), u"BUG00000009"); }),
               "There is no record of type \"bug\" with the identifier \"BUG00000009\".");
     EXPECT_EQ(Thrown([&] { Core().ImportEntity(Type("user"), nullptr, Text("17").Units()); }),
@@ -28,12 +28,12 @@ TEST_F(SessionOperationsTest, RecordThatDoesNotExistIsNamed) {
     EXPECT_NE(Thrown([&] { Core().ImportEntity(Type("user"), nullptr, Text("").Units()); }), "");
 }
 
-TEST_F(SessionOperationsTest, NullRecordTypeIsABadValue) {
+TEST_P(SessionOperationsTest, NullRecordTypeIsABadValue) {
     EXPECT_NE(Thrown([&] { Core().ImportEntity(nullptr, nullptr, nullptr); }), "");
     EXPECT_NE(Thrown([&] { Core().BuildQueryDef(nullptr, 0); }), "");
 }
 
-TEST_F(SessionOperationsTest, WhatASessionHandsOutMayOutliveIt) {
+TEST_P(SessionOperationsTest, WhatASessionHandsOutMayOutliveIt) {
     AdEntityPtr bug = New("bug");
     AdQueryDefPtr query = Core().BuildQueryDef(Type("bug"), 0);
     const AdResultSetPtr result = Core().BuildResultSet(query);
@@ -45,7 +45,7 @@ TEST_F(SessionOperationsTest, WhatASessionHandsOutMayOutliveIt) {
     EXPECT_EQ(result->GetRowCount(), 1);
 }
 
-TEST_F(SessionOperationsTest, StatisticsCountWhatWasDone) {
+TEST_P(SessionOperationsTest, StatisticsCountWhatWasDone) {
     Given("user", {{"login", "ann"}});
     const AdEntityPtr user = Open("user", "1");
     Set(user, "team", "red");
@@ -55,22 +55,23 @@ TEST_F(SessionOperationsTest, StatisticsCountWhatWasDone) {
     EXPECT_EQ(Core().GetStatistics(), expected);
 }
 
-TEST_F(SessionOperationsTest, RefusedRecordsAreNotCounted) {
+TEST_P(SessionOperationsTest, RefusedRecordsAreNotCounted) {
     EXPECT_NE(CommitFault(New("bug")), "");
     EXPECT_EQ(Core().GetStatistics(), Statistics());
 }
 
-TEST_F(SessionOperationsTest, FailureOfTheDatabaseIsRememberedAndThrown) {
+TEST_P(SessionOperationsTest, FailureOfTheDatabaseIsRememberedAndThrown) {
     const AdEntityPtr user = New("user");
     Set(user, "login", "ann");
-    Base().GetConnection().ExecuteScript("DROP TABLE user");
+    Base().GetConnection().ExecuteScript(std::string("DROP TABLE \"user\"") +
+                                         (IsFile() ? "" : " CASCADE"));
     const std::string text = Thrown([&] { CommitFault(user); });
     EXPECT_EQ(text.substr(0, 29), "The database failed (other): ");
     ASSERT_TRUE(Core().Failure().has_value());
     EXPECT_EQ(Core().Failure()->Kind(), sql::ErrorKind::Other);
 }
 
-TEST_F(SessionOperationsTest, DatabaseThatMayNotBeWrittenFails) {
+TEST_P(SessionOperationsTest, DatabaseThatMayNotBeWrittenFails) {
     Reopen(Database::Mode::ReadOnly);
     const AdEntityPtr user = New("user");
     Set(user, "login", "ann");
@@ -79,14 +80,16 @@ TEST_F(SessionOperationsTest, DatabaseThatMayNotBeWrittenFails) {
     EXPECT_EQ(Core().Failure()->Kind(), sql::ErrorKind::ReadOnly);
 }
 
-TEST_F(SessionOperationsTest, FailureOutsideATransactionLetsTheNextOperationTryAgain) {
+TEST_P(SessionOperationsTest, FailureOutsideATransactionLetsTheNextOperationTryAgain) {
     const AdEntityPtr user = New("user");
     Set(user, "login", "ann");
-    Base().GetConnection().ExecuteScript("ALTER TABLE user RENAME TO hidden");
+    Base().GetConnection().ExecuteScript("ALTER TABLE \"user\" RENAME TO hidden");
     EXPECT_NE(Thrown([&] { CommitFault(user); }), "");
-    Base().GetConnection().ExecuteScript("ALTER TABLE hidden RENAME TO user");
+    Base().GetConnection().ExecuteScript("ALTER TABLE hidden RENAME TO \"user\"");
     Save(user);
 }
+
+ON_EACH_ENGINE(SessionOperationsTest);
 
 }  // namespace
 

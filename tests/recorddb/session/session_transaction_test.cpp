@@ -5,10 +5,10 @@ namespace recorddb {
 
 namespace {
 
-class SessionTransactionTest : public SessionTest {
+class SessionTransactionTest : public OnEachEngine<SessionTest> {
   protected:
     void GivenThatNobodyMayWatch(const std::string& login) {
-        const std::string dbid = Row("SELECT dbid FROM user WHERE login = '" + login + "'");
+        const std::string dbid = Row("SELECT dbid FROM \"user\" WHERE login = '" + login + "'");
         Base().GetConnection().ExecuteScript(
             "ALTER TABLE bug__watchers ADD COLUMN refused INTEGER "
             "CONSTRAINT \"no watchers\" CHECK (target <> " +
@@ -17,12 +17,12 @@ class SessionTransactionTest : public SessionTest {
 
     // What another program sees.
     std::string Seen(std::string_view sql) {
-        const auto other = Database::Open(File(), Database::Mode::ReadOnly);
+        const auto other = Database::Open(Location(), Database::Mode::ReadOnly);
         return std::to_string(sql::QueryInt(other->GetConnection().Prepare(sql)).value_or(-1));
     }
 };
 
-TEST_F(SessionTransactionTest, GroupsManyCommits) {
+TEST_P(SessionTransactionTest, GroupsManyCommits) {
     const auto transaction = Core().BeginTransaction();
     Given("bug", {{"title", "a"}});
     Given("bug", {{"title", "b"}});
@@ -32,7 +32,7 @@ TEST_F(SessionTransactionTest, GroupsManyCommits) {
     EXPECT_EQ(Core().GetStatistics().recordsCreated, 2);
 }
 
-TEST_F(SessionTransactionTest, ThatIsDroppedLeavesNothing) {
+TEST_P(SessionTransactionTest, ThatIsDroppedLeavesNothing) {
     {
         const auto transaction = Core().BeginTransaction();
         Given("bug", {{"title", "a"}});
@@ -41,7 +41,7 @@ TEST_F(SessionTransactionTest, ThatIsDroppedLeavesNothing) {
     EXPECT_EQ(Core().GetStatistics(), Statistics());
 }
 
-TEST_F(SessionTransactionTest, SavepointIsUndoneByItself) {
+TEST_P(SessionTransactionTest, SavepointIsUndoneByItself) {
     const auto transaction = Core().BeginTransaction();
     Given("bug", {{"title", "a"}});
     {
@@ -60,7 +60,7 @@ TEST_F(SessionTransactionTest, SavepointIsUndoneByItself) {
     EXPECT_EQ(Core().GetStatistics().recordsCreated, 2);
 }
 
-TEST_F(SessionTransactionTest, RecordOfAnUndoneSavepointIsNotWrittenAgainByMistake) {
+TEST_P(SessionTransactionTest, RecordOfAnUndoneSavepointIsNotWrittenAgainByMistake) {
     const auto transaction = Core().BeginTransaction();
     AdEntityPtr bug;
     {
@@ -71,7 +71,7 @@ TEST_F(SessionTransactionTest, RecordOfAnUndoneSavepointIsNotWrittenAgainByMista
     EXPECT_EQ(CommitFault(bug), "The record of type \"bug\" with the dbid 1 is gone.");
 }
 
-TEST_F(SessionTransactionTest, DbidsOfOpenRecordsStayApartAfterARollback) {
+TEST_P(SessionTransactionTest, DbidsOfOpenRecordsStayApartAfterARollback) {
     const auto transaction = Core().BeginTransaction();
     const AdEntityPtr first = New("bug");
     EXPECT_EQ(Value(first, "dbid"), "1");
@@ -84,7 +84,7 @@ TEST_F(SessionTransactionTest, DbidsOfOpenRecordsStayApartAfterARollback) {
     Save(second);
 }
 
-TEST_F(SessionTransactionTest, FailingCommitOfANewRecordLeavesNothingOfItself) {
+TEST_P(SessionTransactionTest, FailingCommitOfANewRecordLeavesNothingOfItself) {
     Given("user", {{"login", "ann"}});
     Given("user", {{"login", "bob"}});
     GivenThatNobodyMayWatch("bob");
@@ -101,7 +101,7 @@ TEST_F(SessionTransactionTest, FailingCommitOfANewRecordLeavesNothingOfItself) {
     EXPECT_EQ(Core().GetStatistics().recordsCreated, 1 + 2);
 }
 
-TEST_F(SessionTransactionTest, FailingCommitOfAnExistingRecordLeavesNothingOfItself) {
+TEST_P(SessionTransactionTest, FailingCommitOfAnExistingRecordLeavesNothingOfItself) {
     Given("user", {{"login", "ann"}});
     Given("user", {{"login", "bob"}});
     Given("bug", {{"title", "t"}});
@@ -117,10 +117,10 @@ TEST_F(SessionTransactionTest, FailingCommitOfAnExistingRecordLeavesNothingOfIts
     EXPECT_EQ(Row("SELECT count(*) FROM bug__watchers"), "0");
 }
 
-TEST_F(SessionTransactionTest, EverythingIsRefusedAfterAFailureUntilItEnds) {
+TEST_P(SessionTransactionTest, EverythingIsRefusedAfterAFailureUntilItEnds) {
     const AdEntityPtr bug = Given("bug", {{"title", "t"}});
     auto transaction = Core().BeginTransaction();
-    Base().GetConnection().ExecuteScript("ALTER TABLE user RENAME TO hidden");
+    Base().GetConnection().ExecuteScript("ALTER TABLE \"user\" RENAME TO hidden");
     EXPECT_NE(Thrown([&] { Refusal(bug, "owner", "ann"); }), "");
     EXPECT_NE(Thrown([&] { CommitFault(bug); }), "");
     EXPECT_NE(Thrown([&] { New("bug"); }), "");
@@ -129,10 +129,12 @@ TEST_F(SessionTransactionTest, EverythingIsRefusedAfterAFailureUntilItEnds) {
     Save(bug);
 }
 
-TEST_F(SessionTransactionTest, OnlyOneIsOpenAtATime) {
+TEST_P(SessionTransactionTest, OnlyOneIsOpenAtATime) {
     const auto transaction = Core().BeginTransaction();
     EXPECT_THROW(Core().BeginTransaction(), std::logic_error);
 }
+
+ON_EACH_ENGINE(SessionTransactionTest);
 
 }  // namespace
 

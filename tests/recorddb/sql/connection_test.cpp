@@ -10,15 +10,15 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-using ConnectionTest = SqlTest;
+using ConnectionTest = OnEachEngine<SqlTest>;
 
-TEST_F(ConnectionTest, SameTextIsPreparedOnce) {
+TEST_P(ConnectionTest, SameTextIsPreparedOnce) {
     Statement& first = m_connection->Prepare("SELECT 1");
     Statement& second = m_connection->Prepare(std::string("SELECT 1"));
     EXPECT_EQ(&first, &second);
 }
 
-TEST_F(ConnectionTest, PreparedStatementsStayWhereTheyAreWhenMoreCome) {
+TEST_P(ConnectionTest, PreparedStatementsStayWhereTheyAreWhenMoreCome) {
     Statement& first = m_connection->Prepare("SELECT 0");
     for (int number = 1; number < 200; ++number) {
         m_connection->Prepare("SELECT " + std::to_string(number));
@@ -27,7 +27,7 @@ TEST_F(ConnectionTest, PreparedStatementsStayWhereTheyAreWhenMoreCome) {
     EXPECT_EQ(QueryInt(first), 0);
 }
 
-TEST_F(ConnectionTest, OwnStatementsNest) {
+TEST_P(ConnectionTest, OwnStatementsNest) {
     Insert("a");
     Insert("b");
     const auto outer = m_connection->PrepareOwn("SELECT name FROM thing ORDER BY name");
@@ -41,7 +41,7 @@ TEST_F(ConnectionTest, OwnStatementsNest) {
     EXPECT_EQ(rows, 4);
 }
 
-TEST_F(ConnectionTest, KnowsItsTablesAndIndexes) {
+TEST_P(ConnectionTest, KnowsItsTablesAndIndexes) {
     m_connection->ExecuteScript("CREATE INDEX size_index ON thing (size)");
     EXPECT_TRUE(m_connection->HasTable("thing"));
     EXPECT_FALSE(m_connection->HasTable("size_index"));
@@ -49,7 +49,7 @@ TEST_F(ConnectionTest, KnowsItsTablesAndIndexes) {
     EXPECT_FALSE(m_connection->HasIndex("thing"));
 }
 
-TEST_F(ConnectionTest, StatementsSurviveAChangeOfTheTables) {
+TEST_P(ConnectionTest, StatementsSurviveAChangeOfTheTables) {
     Insert("a");
     EXPECT_EQ(Count(), 1);
     m_connection->ExecuteScript("ALTER TABLE thing ADD COLUMN colour TEXT");
@@ -57,7 +57,13 @@ TEST_F(ConnectionTest, StatementsSurviveAChangeOfTheTables) {
     EXPECT_EQ(Count(), 2);
 }
 
-TEST_F(ConnectionTest, WrongSqlIsAnErrorWithTheStatementInIt) {
+TEST_P(ConnectionTest, EmptyScriptDoesNothing) {
+    m_connection->ExecuteScript("");
+    m_connection->ExecuteScript(" ; ");
+    EXPECT_EQ(Count(), 0);
+}
+
+TEST_P(ConnectionTest, WrongSqlIsAnErrorWithTheStatementInIt) {
     const Error error = ErrorOf([this] { m_connection->Prepare("SELECT nonsense FROM thing"); });
     EXPECT_EQ(error.Kind(), ErrorKind::Other);
     EXPECT_EQ(error.Sql(), "SELECT nonsense FROM thing");
@@ -67,7 +73,7 @@ TEST_F(ConnectionTest, WrongSqlIsAnErrorWithTheStatementInIt) {
     EXPECT_THROW(m_connection->Prepare(""), Error);
 }
 
-TEST_F(ConnectionTest, UniqueViolationNamesItsColumns) {
+TEST_P(ConnectionTest, UniqueViolationNamesItsColumns) {
     m_connection->ExecuteScript("CREATE TABLE pair (a TEXT, b TEXT, UNIQUE (a, b))");
     Statement& insert = m_connection->Prepare("INSERT INTO pair (a, b) VALUES ('x', 'y')");
     insert.Execute();
@@ -77,7 +83,7 @@ TEST_F(ConnectionTest, UniqueViolationNamesItsColumns) {
     EXPECT_TRUE(error.IsConstraint());
 }
 
-TEST_F(ConnectionTest, PrimaryKeyViolationIsAUniqueViolation) {
+TEST_P(ConnectionTest, PrimaryKeyViolationIsAUniqueViolation) {
     m_connection->ExecuteScript("CREATE TABLE keyed (dbid INTEGER PRIMARY KEY)");
     Statement& insert = m_connection->Prepare("INSERT INTO keyed (dbid) VALUES (1)");
     insert.Execute();
@@ -86,21 +92,23 @@ TEST_F(ConnectionTest, PrimaryKeyViolationIsAUniqueViolation) {
     EXPECT_THAT(error.Columns(), ElementsAre("dbid"));
 }
 
-TEST_F(ConnectionTest, MissingValueIsAConstraintViolation) {
+TEST_P(ConnectionTest, MissingValueIsAConstraintViolation) {
     const Error error = ErrorOf(
         [this] { m_connection->Prepare("INSERT INTO thing (name) VALUES ($1)").Execute(); });
     EXPECT_EQ(error.Kind(), ErrorKind::ConstraintViolation);
     EXPECT_THAT(error.Columns(), ElementsAre("name"));
 }
 
-TEST_F(ConnectionTest, ForeignKeysAreEnforced) {
+TEST_P(ConnectionTest, ForeignKeysAreEnforced) {
     m_connection->ExecuteScript(
-        "CREATE TABLE child (thing BIGINT REFERENCES parent (dbid));"
-        "CREATE TABLE parent (dbid INTEGER PRIMARY KEY)");
+        "CREATE TABLE parent (dbid INTEGER PRIMARY KEY);"
+        "CREATE TABLE child (thing BIGINT REFERENCES parent (dbid))");
     const Error error = ErrorOf(
         [this] { m_connection->Prepare("INSERT INTO child (thing) VALUES (1)").Execute(); });
     EXPECT_EQ(error.Kind(), ErrorKind::ForeignKeyViolation);
 }
+
+ON_EACH_ENGINE(ConnectionTest);
 
 }  // namespace
 

@@ -21,7 +21,7 @@ std::string TextOf(const Cell& cell) {
     return number != nullptr ? std::to_string(*number) : "NULL";
 }
 
-class RowReaderTest : public SqlTest {
+class RowReaderTest : public OnEachEngine<SqlTest> {
   protected:
     RowReaderTest() : m_reader(m_connection->MakeRowReader()), m_transaction(*m_connection) {
         for (const auto& [name, size] :
@@ -51,41 +51,43 @@ class RowReaderTest : public SqlTest {
     Transaction m_transaction;
 };
 
-TEST_F(RowReaderTest, RowsComeKeyByKey) {
+TEST_P(RowReaderTest, RowsComeKeyByKey) {
     EXPECT_EQ(Read({m_name}, {"c", "a", "b"}), "0:c/2 1:a/2 2:b/1 ");
 }
 
-TEST_F(RowReaderTest, KeysWithoutRowsBringNone) {
+TEST_P(RowReaderTest, KeysWithoutRowsBringNone) {
     EXPECT_EQ(Read({m_name}, {"x", "a", "y"}), "1:a/2 ");
 }
 
-TEST_F(RowReaderTest, KeyThatIsAskedForTwiceIsAnsweredTwice) {
+TEST_P(RowReaderTest, KeyThatIsAskedForTwiceIsAnsweredTwice) {
     EXPECT_EQ(Read({m_name}, {"a", "a"}), "0:a/2 1:a/2 ");
 }
 
-TEST_F(RowReaderTest, RowsOfOneKeyAreInOrderAndAsManyAsAreWanted) {
+TEST_P(RowReaderTest, RowsOfOneKeyAreInOrderAndAsManyAsAreWanted) {
     EXPECT_EQ(Read({m_size}, {2, 1}), "0:a/2 0:c/2 0:d/2 1:b/1 ");
     EXPECT_EQ(Read({m_size}, {2, 1}, 2), "0:a/2 0:c/2 1:b/1 ");
 }
 
-TEST_F(RowReaderTest, KeysMayHaveSeveralColumns) {
+TEST_P(RowReaderTest, KeysMayHaveSeveralColumns) {
     EXPECT_EQ(Read({m_name, m_size}, {"a", 2, "b", 2, "c", 2}), "0:a/2 2:c/2 ");
 }
 
-TEST_F(RowReaderTest, ColumnWithoutValueIsNone) {
+TEST_P(RowReaderTest, ColumnWithoutValueIsNone) {
     EXPECT_EQ(Read({m_name}, {"e"}), "0:e/NULL ");
 }
 
-TEST_F(RowReaderTest, WhatWasWrittenInTheTransactionIsRead) {
+TEST_P(RowReaderTest, WhatWasWrittenInTheTransactionIsRead) {
     Insert("new");
     EXPECT_EQ(Read({m_name}, {"new"}), "0:new/NULL ");
 }
 
-TEST_F(RowReaderTest, ManyKeysAreAnswered) {
+TEST_P(RowReaderTest, ManyKeysAreAnswered) {
     std::vector<Cell> cells(1000, Cell("x"));
     cells.back() = "b";
     EXPECT_EQ(Read({m_name}, cells), "999:b/1 ");
 }
+
+ON_EACH_ENGINE(RowReaderTest);
 
 }  // namespace
 

@@ -13,7 +13,7 @@ namespace {
 
 using Kind = RowChange::Kind;
 
-class RowWriterTest : public SqlTest {
+class RowWriterTest : public OnEachEngine<SqlTest> {
   protected:
     RowWriterTest() : m_writer(m_connection->MakeRowWriter()), m_transaction(*m_connection) {}
 
@@ -39,18 +39,18 @@ class RowWriterTest : public SqlTest {
     Transaction m_transaction;
 };
 
-TEST_F(RowWriterTest, InsertsRows) {
+TEST_P(RowWriterTest, InsertsRows) {
     Write(Kind::Insert, 0, {"a", 1, "b", {}});
     EXPECT_EQ(Rows(), "a=1 b=NULL ");
 }
 
-TEST_F(RowWriterTest, UpdatesTheRowsThatAreMeant) {
+TEST_P(RowWriterTest, UpdatesTheRowsThatAreMeant) {
     Write(Kind::Insert, 0, {"a", 1, "b", 2, "c", 3});
     Write(Kind::Update, 1, {"a", {}, "c", 4});
     EXPECT_EQ(Rows(), "a=NULL b=2 c=4 ");
 }
 
-TEST_F(RowWriterTest, ComparesAColumnWithOneValueAndSetsItToAnother) {
+TEST_P(RowWriterTest, ComparesAColumnWithOneValueAndSetsItToAnother) {
     Write(Kind::Insert, 0, {"a", 1, "b", 2});
     const std::array<RowColumn, 3> columns = {
         {{"name", CellType::Text}, {"size", CellType::Integer}, {"size", CellType::Integer}}};
@@ -60,33 +60,35 @@ TEST_F(RowWriterTest, ComparesAColumnWithOneValueAndSetsItToAnother) {
     EXPECT_EQ(Rows(), "a=10 b=20 ");
 }
 
-TEST_F(RowWriterTest, InsertsOrUpdates) {
+TEST_P(RowWriterTest, InsertsOrUpdates) {
     Write(Kind::Insert, 0, {"a", 1});
     Write(Kind::InsertOrUpdate, 1, {"a", 2, "b", 3});
     EXPECT_EQ(Rows(), "a=2 b=3 ");
 }
 
-TEST_F(RowWriterTest, DeletesTheRowsThatAreMeant) {
+TEST_P(RowWriterTest, DeletesTheRowsThatAreMeant) {
     Write(Kind::Insert, 0, {"a", 1, "b", 2, "c", 3});
     Write(Kind::Delete, 2, {"a", 1, "c", 3});
     EXPECT_EQ(Rows(), "b=2 ");
 }
 
-TEST_F(RowWriterTest, RowThatIsNotAsItWasIsAConflict) {
+TEST_P(RowWriterTest, RowThatIsNotAsItWasIsAConflict) {
     Write(Kind::Insert, 0, {"a", 1});
     const auto change = [this] { Write(Kind::Delete, 2, {"a", 2}); };
     EXPECT_EQ(ErrorOf(change).Kind(), ErrorKind::Conflict);
 }
 
-TEST_F(RowWriterTest, RowThatIsNotThereIsAConflict) {
+TEST_P(RowWriterTest, RowThatIsNotThereIsAConflict) {
     const auto change = [this] { Write(Kind::Update, 1, {"a", 2}); };
     EXPECT_EQ(ErrorOf(change).Kind(), ErrorKind::Conflict);
 }
 
-TEST_F(RowWriterTest, RowThatTheEngineRefusesIsToldAsItsError) {
+TEST_P(RowWriterTest, RowThatTheEngineRefusesIsToldAsItsError) {
     const auto change = [this] { Write(Kind::Insert, 0, {"a", 1, "a", 2}); };
     EXPECT_EQ(ErrorOf(change).Kind(), ErrorKind::UniqueViolation);
 }
+
+ON_EACH_ENGINE(RowWriterTest);
 
 }  // namespace
 

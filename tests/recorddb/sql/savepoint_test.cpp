@@ -11,9 +11,9 @@ namespace recorddb::sql {
 
 namespace {
 
-using SavepointTest = SqlTest;
+using SavepointTest = OnEachEngine<SqlTest>;
 
-TEST_F(SavepointTest, DestructorUndoesOnlyItsOwnWork) {
+TEST_P(SavepointTest, DestructorUndoesOnlyItsOwnWork) {
     Transaction transaction(*m_connection);
     Insert("before");
     {
@@ -25,7 +25,7 @@ TEST_F(SavepointTest, DestructorUndoesOnlyItsOwnWork) {
     EXPECT_EQ(Count(), 2);
 }
 
-TEST_F(SavepointTest, ReleaseKeepsTheWork) {
+TEST_P(SavepointTest, ReleaseKeepsTheWork) {
     Transaction transaction(*m_connection);
     {
         Savepoint savepoint(*m_connection);
@@ -36,7 +36,7 @@ TEST_F(SavepointTest, ReleaseKeepsTheWork) {
     EXPECT_EQ(Count(), 1);
 }
 
-TEST_F(SavepointTest, ReleasedWorkGoesWithTheTransaction) {
+TEST_P(SavepointTest, ReleasedWorkGoesWithTheTransaction) {
     {
         const Transaction transaction(*m_connection);
         Savepoint savepoint(*m_connection);
@@ -46,7 +46,7 @@ TEST_F(SavepointTest, ReleasedWorkGoesWithTheTransaction) {
     EXPECT_EQ(Count(), 0);
 }
 
-TEST_F(SavepointTest, InnerOneIsUndoneAlone) {
+TEST_P(SavepointTest, InnerOneIsUndoneAlone) {
     Transaction transaction(*m_connection);
     Savepoint outer(*m_connection);
     Insert("outer");
@@ -59,7 +59,7 @@ TEST_F(SavepointTest, InnerOneIsUndoneAlone) {
     EXPECT_EQ(Count(), 1);
 }
 
-TEST_F(SavepointTest, OuterOneTakesTheInnerOneWithIt) {
+TEST_P(SavepointTest, OuterOneTakesTheInnerOneWithIt) {
     Transaction transaction(*m_connection);
     Savepoint outer(*m_connection);
     Insert("outer");
@@ -73,7 +73,7 @@ TEST_F(SavepointTest, OuterOneTakesTheInnerOneWithIt) {
     EXPECT_EQ(Count(), 1);
 }
 
-TEST_F(SavepointTest, OneWithoutWritesEndsWithoutTouchingOthers) {
+TEST_P(SavepointTest, OneWithoutWritesEndsWithoutTouchingOthers) {
     Transaction transaction(*m_connection);
     Savepoint outer(*m_connection);
     Insert("outer");
@@ -93,7 +93,7 @@ TEST_F(SavepointTest, OneWithoutWritesEndsWithoutTouchingOthers) {
     EXPECT_EQ(Count(), 1);
 }
 
-TEST_F(SavepointTest, UndoesUpdatesDeletionsAndIndexes) {
+TEST_P(SavepointTest, UndoesUpdatesDeletionsAndIndexes) {
     Insert("a");
     Insert("b");
     Transaction transaction(*m_connection);
@@ -115,25 +115,25 @@ TEST_F(SavepointTest, UndoesUpdatesDeletionsAndIndexes) {
               2);
 }
 
-TEST_F(SavepointTest, OnlyTheInnermostCanBeReleased) {
+TEST_P(SavepointTest, OnlyTheInnermostCanBeReleased) {
     const Transaction transaction(*m_connection);
     Savepoint outer(*m_connection);
     const Savepoint inner(*m_connection);
     EXPECT_THROW(outer.Release(), std::logic_error);
 }
 
-TEST_F(SavepointTest, EndedOneCannotBeReleased) {
+TEST_P(SavepointTest, EndedOneCannotBeReleased) {
     const Transaction transaction(*m_connection);
     Savepoint savepoint(*m_connection);
     savepoint.Release();
     EXPECT_THROW(savepoint.Release(), std::logic_error);
 }
 
-TEST_F(SavepointTest, NeedsATransaction) {
+TEST_P(SavepointTest, NeedsATransaction) {
     EXPECT_THROW(Savepoint{*m_connection}, std::logic_error);
 }
 
-TEST_F(SavepointTest, OneThatOutlivesItsTransactionDoesNothing) {
+TEST_P(SavepointTest, OneThatOutlivesItsTransactionDoesNothing) {
     Transaction first(*m_connection);
     Savepoint savepoint(*m_connection);
     first.Rollback();
@@ -177,6 +177,8 @@ TEST(FailedUndoing, KeepsTheTransactionFromBeingCommitted) {
     }
     Transaction(connection).Commit();
 }
+
+ON_EACH_ENGINE(SavepointTest);
 
 }  // namespace
 

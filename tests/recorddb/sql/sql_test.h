@@ -6,8 +6,10 @@
 #include <memory>
 #include <string>
 
+#include "engines.h"
 #include "recorddb/errors.h"
 #include "recorddb/sql.h"
+#include "recorddb/sql/dialect.h"
 #include "temporary_folder.h"
 
 namespace recorddb::sql {
@@ -15,12 +17,19 @@ namespace recorddb::sql {
 // An open database with a table `thing(name, size, data)`, whose names are unique.
 class SqlTest : public testing::Test {
   protected:
-    SqlTest() : m_connection(Open(Path(), OpenMode::CreateNew)) {
+    explicit SqlTest(Engine engine = Engine::Sqlite)
+        : m_place(engine, m_folder.File("test.db")),
+          m_connection(Open(Path(), OpenMode::CreateNew)) {
+        Transaction transaction(*m_connection);
         m_connection->ExecuteScript(
-            "CREATE TABLE thing (name TEXT NOT NULL UNIQUE, size BIGINT, data BLOB)");
+            "CREATE TABLE thing (name TEXT NOT NULL UNIQUE, size BIGINT, data " +
+            std::string(m_connection->GetDialect().blobType) + ")");
+        transaction.Commit();
     }
 
-    std::string Path() const { return m_folder.File("test.db"); }
+    const std::string& Path() const { return m_place.Location(); }
+
+    bool IsFile() const { return m_place.IsFile(); }
 
     void Insert(std::string_view name) {
         Statement& insert = m_connection->Prepare("INSERT INTO thing (name) VALUES ($1)");
@@ -45,6 +54,7 @@ class SqlTest : public testing::Test {
     }
 
     TemporaryFolder m_folder;
+    DatabasePlace m_place;
     std::unique_ptr<Connection> m_connection;
 };
 

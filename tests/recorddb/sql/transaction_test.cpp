@@ -9,9 +9,9 @@ namespace recorddb::sql {
 
 namespace {
 
-using TransactionTest = SqlTest;
+using TransactionTest = OnEachEngine<SqlTest>;
 
-TEST_F(TransactionTest, CommitKeepsTheWork) {
+TEST_P(TransactionTest, CommitKeepsTheWork) {
     {
         Transaction transaction(*m_connection);
         Insert("a");
@@ -22,7 +22,7 @@ TEST_F(TransactionTest, CommitKeepsTheWork) {
     EXPECT_FALSE(m_connection->InTransaction());
 }
 
-TEST_F(TransactionTest, DestructorUndoesTheWork) {
+TEST_P(TransactionTest, DestructorUndoesTheWork) {
     {
         const Transaction transaction(*m_connection);
         Insert("a");
@@ -32,7 +32,7 @@ TEST_F(TransactionTest, DestructorUndoesTheWork) {
     EXPECT_FALSE(m_connection->InTransaction());
 }
 
-TEST_F(TransactionTest, RollbackDisarms) {
+TEST_P(TransactionTest, RollbackDisarms) {
     Transaction first(*m_connection);
     Insert("a");
     first.Rollback();
@@ -45,19 +45,19 @@ TEST_F(TransactionTest, RollbackDisarms) {
     EXPECT_EQ(Count(), 1);
 }
 
-TEST_F(TransactionTest, EndedTransactionRefusesToCommit) {
+TEST_P(TransactionTest, EndedTransactionRefusesToCommit) {
     Transaction transaction(*m_connection);
     transaction.Commit();
     EXPECT_THROW(transaction.Commit(), std::logic_error);
 }
 
-TEST_F(TransactionTest, OnlyOneAtATime) {
+TEST_P(TransactionTest, OnlyOneAtATime) {
     const Transaction transaction(*m_connection);
     EXPECT_THROW(Transaction{*m_connection}, std::logic_error);
     EXPECT_TRUE(m_connection->InTransaction());
 }
 
-TEST_F(TransactionTest, MovedTransactionEndsOnce) {
+TEST_P(TransactionTest, MovedTransactionEndsOnce) {
     Transaction first(*m_connection);
     Insert("a");
     Transaction second(std::move(first));
@@ -66,7 +66,7 @@ TEST_F(TransactionTest, MovedTransactionEndsOnce) {
     EXPECT_EQ(Count(), 1);
 }
 
-TEST_F(TransactionTest, CommitWithAnOpenSavepointIsRefused) {
+TEST_P(TransactionTest, CommitWithAnOpenSavepointIsRefused) {
     Transaction transaction(*m_connection);
     Savepoint savepoint(*m_connection);
     EXPECT_THROW(transaction.Commit(), std::logic_error);
@@ -74,13 +74,13 @@ TEST_F(TransactionTest, CommitWithAnOpenSavepointIsRefused) {
     EXPECT_NO_THROW(transaction.Commit());
 }
 
-TEST_F(TransactionTest, FailedCommitIsRolledBack) {
+TEST_P(TransactionTest, FailedCommitIsRolledBack) {
     m_connection->ExecuteScript(
         "CREATE TABLE child (parent BIGINT REFERENCES child (dbid) DEFERRABLE INITIALLY DEFERRED, "
         "dbid INTEGER PRIMARY KEY)");
     {
         Transaction transaction(*m_connection);
-        m_connection->Prepare("INSERT INTO child (parent) VALUES (7)").Execute();
+        m_connection->Prepare("INSERT INTO child (parent, dbid) VALUES (7, 1)").Execute();
         EXPECT_THROW(transaction.Commit(), Error);
         EXPECT_TRUE(transaction.IsOpen());
     }
@@ -88,7 +88,7 @@ TEST_F(TransactionTest, FailedCommitIsRolledBack) {
     EXPECT_NO_THROW(Transaction{*m_connection});
 }
 
-TEST_F(TransactionTest, TransactionThatTheEngineEndedItselfCanBeLeft) {
+TEST_P(TransactionTest, TransactionThatTheEngineEndedItselfCanBeLeft) {
     {
         const Transaction transaction(*m_connection);
         Insert("a");
@@ -98,16 +98,16 @@ TEST_F(TransactionTest, TransactionThatTheEngineEndedItselfCanBeLeft) {
     EXPECT_NO_THROW(Transaction{*m_connection});
 }
 
-TEST_F(TransactionTest, HoldsTheWriteLockFromItsStart) {
+TEST_P(TransactionTest, HoldsTheWriteLockFromItsStart) {
     const auto other = Open(Path(), OpenMode::ReadWrite);
-    other->ExecuteScript("PRAGMA busy_timeout = 0");
+    other->ExecuteScript(IsFile() ? "PRAGMA busy_timeout = 0" : "SET lock_timeout = 1");
     const Transaction transaction(*m_connection);
     const Error error = ErrorOf([&other] { const Transaction second(*other); });
     EXPECT_EQ(error.Kind(), ErrorKind::Busy);
     EXPECT_FALSE(other->InTransaction());
 }
 
-TEST_F(TransactionTest, ReadersGoOnBesideAWriter) {
+TEST_P(TransactionTest, ReadersGoOnBesideAWriter) {
     const auto reader = Open(Path(), OpenMode::ReadOnly);
     const Transaction writing(*m_connection);
     Insert("a");
@@ -115,7 +115,7 @@ TEST_F(TransactionTest, ReadersGoOnBesideAWriter) {
     EXPECT_EQ(QueryInt(reader->Prepare("SELECT count(*) FROM thing")), 0);
 }
 
-TEST_F(TransactionTest, CountersTellBeginningsAndRollbacks) {
+TEST_P(TransactionTest, CountersTellBeginningsAndRollbacks) {
     const std::uint64_t transactions = m_connection->TransactionCount();
     const std::uint64_t rollbacks = m_connection->RollbackCount();
     { const Transaction transaction(*m_connection); }
@@ -125,6 +125,8 @@ TEST_F(TransactionTest, CountersTellBeginningsAndRollbacks) {
     EXPECT_EQ(m_connection->TransactionCount(), transactions + 2);
     EXPECT_EQ(m_connection->RollbackCount(), rollbacks + 2);
 }
+
+ON_EACH_ENGINE(TransactionTest);
 
 }  // namespace
 

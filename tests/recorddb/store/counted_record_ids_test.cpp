@@ -15,7 +15,7 @@ namespace recorddb::schema {
 
 namespace {
 
-class CountedRecordIdsTest : public OpenDatabaseTest {
+class CountedRecordIdsTest : public OnEachEngine<OpenDatabaseTest> {
   protected:
     // Inserts a bug with the next number and returns that.
     std::int64_t InsertBug() { return InsertBug(*m_database, *m_ids); }
@@ -39,14 +39,14 @@ class CountedRecordIdsTest : public OpenDatabaseTest {
     std::optional<CountedRecordIds> m_ids{std::in_place, m_database->GetBatch(), TheSchema()};
 };
 
-TEST_F(CountedRecordIdsTest, NumbersCountFromOneInEveryType) {
+TEST_P(CountedRecordIdsTest, NumbersCountFromOneInEveryType) {
     const auto transaction = m_database->Begin();
     EXPECT_EQ(InsertBug(), 1);
     EXPECT_EQ(InsertBug(), 2);
     EXPECT_EQ(m_ids->Next(Type("user")), 1);
 }
 
-TEST_F(CountedRecordIdsTest, NumbersGoOnInTheNextTransactionAndSession) {
+TEST_P(CountedRecordIdsTest, NumbersGoOnInTheNextTransactionAndSession) {
     {
         auto transaction = m_database->Begin();
         InsertBug();
@@ -62,7 +62,7 @@ TEST_F(CountedRecordIdsTest, NumbersGoOnInTheNextTransactionAndSession) {
     EXPECT_EQ(InsertBug(), 3);
 }
 
-TEST_F(CountedRecordIdsTest, RolledBackNumbersAreFreeAgain) {
+TEST_P(CountedRecordIdsTest, RolledBackNumbersAreFreeAgain) {
     {
         const auto transaction = m_database->Begin();
         InsertBug();
@@ -77,7 +77,7 @@ TEST_F(CountedRecordIdsTest, RolledBackNumbersAreFreeAgain) {
     transaction.Commit();
 }
 
-TEST_F(CountedRecordIdsTest, AnotherWritersRecordsAreSeen) {
+TEST_P(CountedRecordIdsTest, AnotherWritersRecordsAreSeen) {
     {
         auto transaction = m_database->Begin();
         InsertBug();
@@ -94,12 +94,12 @@ TEST_F(CountedRecordIdsTest, AnotherWritersRecordsAreSeen) {
     EXPECT_EQ(InsertBug(), 3);
 }
 
-TEST_F(CountedRecordIdsTest, NumbersAreGivenOutInATransactionOnly) {
+TEST_P(CountedRecordIdsTest, NumbersAreGivenOutInATransactionOnly) {
     EXPECT_THROW(m_ids->Next(Type("bug")), std::logic_error);
 }
 
-TEST_F(CountedRecordIdsTest, HighestNumberThatThereIsEndsTheCount) {
-    Run("INSERT INTO user (dbid, login) VALUES (9223372036854775807, 'last')");
+TEST_P(CountedRecordIdsTest, HighestNumberThatThereIsEndsTheCount) {
+    Run("INSERT INTO \"user\" (dbid, login) VALUES (9223372036854775807, 'last')");
     const auto transaction = m_database->Begin();
     try {
         m_ids->Next(Type("user"));
@@ -111,11 +111,13 @@ TEST_F(CountedRecordIdsTest, HighestNumberThatThereIsEndsTheCount) {
     }
 }
 
-TEST_F(CountedRecordIdsTest, NumbersBelowOneAreNotCountedOn) {
-    Run("INSERT INTO user (dbid, login) VALUES (-5, 'odd')");
+TEST_P(CountedRecordIdsTest, NumbersBelowOneAreNotCountedOn) {
+    Run("INSERT INTO \"user\" (dbid, login) VALUES (-5, 'odd')");
     const auto transaction = m_database->Begin();
     EXPECT_EQ(m_ids->Next(Type("user")), 1);
 }
+
+ON_EACH_ENGINE(CountedRecordIdsTest);
 
 }  // namespace
 

@@ -3,10 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "recorddb/database.h"
-#include "recorddb/schema.h"
-#include "sample_schema.h"
-#include "temporary_folder.h"
+#include "open_database.h"
 
 namespace recorddb::journal {
 
@@ -15,15 +12,8 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-class JournalTest : public testing::Test {
+class JournalTest : public OnEachEngine<OpenDatabaseTest> {
   protected:
-    JournalTest() {
-        Database::Create(Path(), schema::ReadSchema(kSampleSchema, "sample.yaml"));
-        Open();
-    }
-
-    std::string Path() const { return m_folder.File("tracker.db"); }
-    void Open() { m_database = Database::Open(Path(), Database::Mode::ReadWrite); }
     Journal& TheJournal() { return m_database->GetJournal(); }
 
     static JournalEntry SampleEntry() {
@@ -39,34 +29,32 @@ class JournalTest : public testing::Test {
                 .skipped = 7};
     }
 
-    TemporaryFolder m_folder;
-    std::unique_ptr<Database> m_database;
     const JournalKey m_key{"aa", "bb"};
 };
 
-TEST_F(JournalTest, UnknownSourceIsNotFound) {
+TEST_P(JournalTest, UnknownSourceIsNotFound) {
     EXPECT_FALSE(TheJournal().Find(m_key).has_value());
 }
 
-TEST_F(JournalTest, SavedEntryIsFoundInALaterSession) {
+TEST_P(JournalTest, SavedEntryIsFoundInALaterSession) {
     TheJournal().Save(m_key, SampleEntry());
-    Open();
+    Reopen();
     EXPECT_EQ(TheJournal().Find(m_key), SampleEntry());
 }
 
-TEST_F(JournalTest, LaterEntryTakesThePlaceOfTheEarlier) {
+TEST_P(JournalTest, LaterEntryTakesThePlaceOfTheEarlier) {
     TheJournal().Save(m_key, {.sourceName = "old.xml", .nextOrdinal = 10});
     TheJournal().Save(m_key, SampleEntry());
     EXPECT_EQ(TheJournal().Find(m_key), SampleEntry());
 }
 
-TEST_F(JournalTest, SameSourceUnderAnotherConfigurationIsOtherWork) {
+TEST_P(JournalTest, SameSourceUnderAnotherConfigurationIsOtherWork) {
     TheJournal().Save(m_key, SampleEntry());
     EXPECT_FALSE(TheJournal().Find({"aa", "cc"}).has_value());
     EXPECT_FALSE(TheJournal().Find({"cc", "bb"}).has_value());
 }
 
-TEST_F(JournalTest, RejectsComeInOrderAndOnce) {
+TEST_P(JournalTest, RejectsComeInOrderAndOnce) {
     for (const std::int64_t ordinal : {12, 3, 700, 3}) {
         TheJournal().AddReject(m_key, ordinal);
     }
@@ -74,7 +62,7 @@ TEST_F(JournalTest, RejectsComeInOrderAndOnce) {
     EXPECT_THAT(TheJournal().Rejects({"aa", "cc"}), IsEmpty());
 }
 
-TEST_F(JournalTest, RemovedRejectIsGone) {
+TEST_P(JournalTest, RemovedRejectIsGone) {
     TheJournal().AddReject(m_key, 3);
     TheJournal().AddReject(m_key, 4);
     TheJournal().RemoveReject(m_key, 3);
@@ -82,7 +70,7 @@ TEST_F(JournalTest, RemovedRejectIsGone) {
     EXPECT_THAT(TheJournal().Rejects(m_key), ElementsAre(4));
 }
 
-TEST_F(JournalTest, ForgottenSourceIsAsIfNeverLoaded) {
+TEST_P(JournalTest, ForgottenSourceIsAsIfNeverLoaded) {
     const JournalKey other{"aa", "cc"};
     for (const JournalKey& key : {m_key, other}) {
         TheJournal().Save(key, SampleEntry());
@@ -95,7 +83,7 @@ TEST_F(JournalTest, ForgottenSourceIsAsIfNeverLoaded) {
     EXPECT_THAT(TheJournal().Rejects(other), ElementsAre(1));
 }
 
-TEST_F(JournalTest, EntryAndRejectsGoWithTheTransaction) {
+TEST_P(JournalTest, EntryAndRejectsGoWithTheTransaction) {
     {
         const auto transaction = m_database->Begin();
         TheJournal().Save(m_key, SampleEntry());
@@ -104,6 +92,8 @@ TEST_F(JournalTest, EntryAndRejectsGoWithTheTransaction) {
     EXPECT_FALSE(TheJournal().Find(m_key).has_value());
     EXPECT_THAT(TheJournal().Rejects(m_key), IsEmpty());
 }
+
+ON_EACH_ENGINE(JournalTest);
 
 }  // namespace
 

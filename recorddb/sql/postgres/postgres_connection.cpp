@@ -1,0 +1,145 @@
+#include "recorddb/sql/postgres/postgres_connection.h"
+
+#include <fmt/format.h>
+
+#include <utility>
+
+#include "recorddb/errors.h"
+#include "recorddb/sql/dialect.h"
+#include "recorddb/sql/postgres/postgres_cursor.h"
+#include "recorddb/sql/postgres/postgres_statement.h"
+
+namespace recorddb::sql {
+
+namespace {
+
+// Texts compare by code point, as everywhere else, whatever the language of the server.
+constexpr Dialect kPostgresDialect = {
+    .dbIdType = "BIGINT PRIMARY KEY",
+    .textType = "TEXT COLLATE \"C\"",
+    .blobType = "BYTEA",
+    .clusteredTable = "",
+    .foreignKeysAhead = false,
+    .mostColumns = 1600,
+};
+
+}  // namespace
+
+PostgresConnection::PostgresConnection(PostgresHandle handle, std::string begin, bool readOnly)
+    : m_handle(std::move(handle)), m_begin(std::move(begin)), m_readOnly(readOnly) {}
+
+PostgresConnection::~PostgresConnection() {
+    // The statements that are kept go with it, and need not be dropped one by one.
+    m_handle.Close();
+}
+
+Statement& PostgresConnection::Prepare(std::string_view sql) {
+    return m_statements.Get(sql, [&] { return PrepareOwn(sql); });
+}
+
+std::unique_ptr<Statement> PostgresConnection::PrepareOwn(std::string_view sql) {
+    return std::make_unique<PostgresStatement>(m_handle, sql);
+}
+
+std::unique_ptr<Statement> PostgresConnection::PrepareScan(std::string_view sql) {
+    return std::make_unique<PostgresCursor>(*this, m_handle, sql);
+}
+
+void PostgresConnection::ExecuteScript(std::string_view sql) {
+    m_handle.Run(std::string(sql));
+}
+
+// A table of ours has nothing that runs by itself or hides rows: no triggers, rules, policies,
+// computed columns or parts. Those of others may be used with all rights that are needed.
+bool PostgresConnection::HasTable(std::string_view name) {
+    Statement& find = Prepare(
+        "SELECT NOT EXISTS (SELECT FROM pg_trigger WHERE tgrelid = t.oid AND NOT tgisinternal) "
+        "AND NOT EXISTS (SELECT FROM pg_rewrite WHERE ev_class = t.oid) "
+        "AND NOT EXISTS (SELECT FROM pg_attribute WHERE attrelid = t.oid AND attgenerated <> '') "
+        "AND NOT EXISTS (SELECT FROM pg_inherits WHERE inhparent = t.oid) "
+        "AND NOT t.relrowsecurity, "
+        "(SELECT string_agg(wanted, ', ') FROM unnest(string_to_array($2, ' ')) AS wanted "
+        "WHERE NOT has_table_privilege(t.oid, wanted)), current_user, current_schema() "
+        "FROM pg_class AS t JOIN pg_namespace AS n ON n.oid = t.relnamespace "
+        "WHERE n.nspname = current_schema() AND t.relkind = 'r' AND t.relname = $1");
+    const ResetGuard guard(find);
+    find.BindAll(name, std::string_view(m_readOnly ? "SELECT" : "SELECT INSERT UPDATE DELETE"));
+    if (!find.Step() || find.Int(0) == 0) {
+        return false;
+    }
+    if (!find.IsNull(1)) {
+        throw Error(ErrorKind::PermissionDenied,
+                    fmt::format("the role {0} lacks the right {1} on the table {2}; the role that "
+                                "owns it can give it: GRANT {3} ON ALL TABLES IN SCHEMA {4} TO {0}",
+                                Quoted(find.Text(2)), find.Text(1), Quoted(name),
+                                m_readOnly ? "SELECT" : "SELECT, INSERT, UPDATE, DELETE",
+                                Quoted(find.Text(3))),
+                    "");
+    }
+    return true;
+}
+
+bool PostgresConnection::HasIndex(std::string_view name) {
+    Statement& find = Prepare(
+        "SELECT 1 FROM pg_class AS t JOIN pg_namespace AS n ON n.oid = t.relnamespace "
+        "WHERE n.nspname = current_schema() AND t.relkind = 'i' AND t.relname = $1");
+    find.BindAll(name);
+    return QueryInt(find).has_value();
+}
+
+const Dialect& PostgresConnection::GetDialect() const {
+    return kPostgresDialect;
+}
+
+void PostgresConnection::Run(Control control) {
+    switch (control) {
+        case Control::Begin:
+            Begin();
+            break;
+        case Control::Commit:
+            Commit();
+            break;
+        case Control::Rollback:
+            m_handle.Run("ROLLBACK");
+            break;
+        // One name serves every savepoint: the server always takes the innermost one of that name.
+        case Control::BeginSavepoint:
+            m_handle.Run("SAVEPOINT zt_savepoint");
+            break;
+        case Control::ReleaseSavepoint:
+            m_handle.Run("RELEASE SAVEPOINT zt_savepoint");
+            break;
+        case Control::RollbackToSavepoint:
+            m_handle.Run("ROLLBACK TO SAVEPOINT zt_savepoint");
+            break;
+    }
+}
+
+void PostgresConnection::Begin() {
+    try {
+        m_handle.Run(m_begin);
+    } catch (...) {
+        if (EngineInTransaction()) {
+            m_handle.Run("ROLLBACK");
+        }
+        throw;
+    }
+}
+
+// A server takes the commit of a failed transaction for its roll-back, and says so in the answer
+// only.
+void PostgresConnection::Commit() {
+    if (m_handle.Run("COMMIT").Command() != "COMMIT") {
+        throw Error(ErrorKind::Other,
+                    "the transaction was rolled back, since a statement in it had failed",
+                    "COMMIT");
+    }
+}
+
+bool PostgresConnection::EngineInTransaction() const {
+    const PostgresHandle::State state = m_handle.GetState();
+    return state == PostgresHandle::State::InTransaction ||
+           state == PostgresHandle::State::InFailedTransaction;
+}
+
+}  // namespace recorddb::sql

@@ -1,0 +1,54 @@
+#ifndef RECORDDB_SQL_POSTGRES_POSTGRES_CONNECTION_H
+#define RECORDDB_SQL_POSTGRES_POSTGRES_CONNECTION_H
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "recorddb/sql.h"
+#include "recorddb/sql/postgres/postgres_handle.h"
+#include "recorddb/sql/statement_cache.h"
+
+namespace recorddb::sql {
+
+// A connection to one schema of a database on a PostgreSQL server. Programs that write to one
+// schema take turns: each transaction that may write waits for the one before, up to
+// `lock_timeout`.
+class PostgresConnection final : public Connection {
+  public:
+    // Connects to the database at a URL. Throws Error as sql::Open does. With OpenMode::CreateNew,
+    // the first transaction makes the schema that the URL names if there is none.
+    static std::unique_ptr<Connection> Open(const std::string& url, OpenMode mode);
+
+    // Of a handle that has been set up for a schema (see postgres_open.cpp). `begin` is what begins
+    // a transaction.
+    PostgresConnection(PostgresHandle handle, std::string begin, bool readOnly);
+    ~PostgresConnection() override;
+
+    Statement& Prepare(std::string_view sql) override;
+    std::unique_ptr<Statement> PrepareOwn(std::string_view sql) override;
+    std::unique_ptr<Statement> PrepareScan(std::string_view sql) override;
+    void ExecuteScript(std::string_view sql) override;
+    bool HasTable(std::string_view name) override;
+    bool HasIndex(std::string_view name) override;
+    const Dialect& GetDialect() const override;
+    bool IsReadOnly() const override { return m_readOnly; }
+    bool TransactionSurvivesErrors() const override { return false; }
+
+  protected:
+    void Run(Control control) override;
+    bool EngineInTransaction() const override;
+
+  private:
+    void Begin();
+    void Commit();
+
+    PostgresHandle m_handle;
+    std::string m_begin;
+    bool m_readOnly;
+    StatementCache m_statements;  // destroyed before the handle that the statements belong to
+};
+
+}  // namespace recorddb::sql
+
+#endif

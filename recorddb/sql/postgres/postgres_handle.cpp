@@ -1,0 +1,93 @@
+#include "recorddb/sql/postgres/postgres_handle.h"
+
+#include <libpq-fe.h>
+
+#include "platform/foundation/out_of_memory.h"
+#include "recorddb/errors.h"
+#include "recorddb/sql/postgres/postgres_error.h"
+
+namespace recorddb::sql {
+
+void PostgresHandle::Closer::operator()(pg_conn* connection) const noexcept {
+    PQfinish(connection);
+}
+
+PostgresHandle::PostgresHandle(pg_conn* connection) : m_connection(connection) {
+    // What the server has to remark would go to the terminal otherwise.
+    PQsetNoticeProcessor(
+        connection, [](void*, const char*) {}, nullptr);
+}
+
+PostgresResult PostgresHandle::Checked(pg_result* raw, std::string_view sql) {
+    PostgresResult result(raw);
+    if (raw == nullptr && PQstatus(m_connection.get()) == CONNECTION_OK) {
+        ThrowOutOfMemory();
+    }
+    const ExecStatusType status = PQresultStatus(raw);
+    if (status != PGRES_COMMAND_OK && status != PGRES_TUPLES_OK && status != PGRES_EMPTY_QUERY) {
+        throw PostgresError(m_connection.get(), raw, sql);
+    }
+    return result;
+}
+
+PostgresResult PostgresHandle::Run(const std::string& sql) {
+    return Checked(PQexec(m_connection.get(), sql.c_str()), sql);
+}
+
+PostgresResult PostgresHandle::RunOnce(const std::string& sql,
+                                       const PostgresParameters& parameters) {
+    return Checked(PQexecParams(m_connection.get(), sql.c_str(), parameters.Count(), nullptr,
+                                parameters.Values(), parameters.Lengths(), parameters.Formats(), 0),
+                   sql);
+}
+
+PostgresResult PostgresHandle::Prepare(const std::string& name, const std::string& sql) {
+    Checked(PQprepare(m_connection.get(), name.c_str(), sql.c_str(), 0, nullptr), sql);
+    return Checked(PQdescribePrepared(m_connection.get(), name.c_str()), sql);
+}
+
+PostgresResult PostgresHandle::RunPrepared(const std::string& name,
+                                           const PostgresParameters& parameters,
+                                           const std::string& sql) {
+    return Checked(
+        PQexecPrepared(m_connection.get(), name.c_str(), parameters.Count(), parameters.Values(),
+                       parameters.Lengths(), parameters.Formats(), 0),
+        sql);
+}
+
+void PostgresHandle::Forget(const std::string& name) noexcept {
+    const State state = GetState();
+    if (state != State::Idle && state != State::InTransaction) {
+        return;
+    }
+    try {
+        Run("DEALLOCATE " + name);
+    } catch (...) {
+        // It stays until the connection ends, and is in nobody's way.
+    }
+}
+
+PostgresHandle::State PostgresHandle::GetState() const {
+    switch (PQtransactionStatus(m_connection.get())) {
+        case PQTRANS_IDLE:
+            return State::Idle;
+        case PQTRANS_ACTIVE:
+        case PQTRANS_INTRANS:
+            return State::InTransaction;
+        case PQTRANS_INERROR:
+            return State::InFailedTransaction;
+        default:
+            return State::Lost;
+    }
+}
+
+std::string_view PostgresHandle::Setting(const char* name) const {
+    const char* const value = PQparameterStatus(m_connection.get(), name);
+    return value == nullptr ? std::string_view() : value;
+}
+
+int PostgresHandle::ServerVersion() const {
+    return PQserverVersion(m_connection.get());
+}
+
+}  // namespace recorddb::sql

@@ -1,0 +1,67 @@
+#ifndef RECORDDB_SQL_POSTGRES_POSTGRES_HANDLE_H
+#define RECORDDB_SQL_POSTGRES_POSTGRES_HANDLE_H
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "recorddb/sql/postgres/postgres_parameters.h"
+#include "recorddb/sql/postgres/postgres_result.h"
+
+struct pg_conn;
+
+namespace recorddb::sql {
+
+// A connection of libpq and the calls on it, with their answers checked: each throws Error for what
+// the server refuses, and when the connection is lost.
+class PostgresHandle {
+  public:
+    // Where the server stands. In a failed transaction it takes nothing but a roll-back.
+    enum class State { Idle, InTransaction, InFailedTransaction, Lost };
+
+    // Takes over a connection that has been made.
+    explicit PostgresHandle(pg_conn* connection);
+
+    // Runs statements without parameters, separated by semicolons; returns what the last one gave.
+    PostgresResult Run(const std::string& sql);
+
+    // Runs one statement once.
+    PostgresResult RunOnce(const std::string& sql, const PostgresParameters& parameters);
+
+    // Prepares one statement under a name and returns what parameters and columns it has.
+    PostgresResult Prepare(const std::string& name, const std::string& sql);
+
+    // Runs a statement that was prepared under a name, from that text.
+    PostgresResult RunPrepared(const std::string& name, const PostgresParameters& parameters,
+                               const std::string& sql);
+
+    // Drops a prepared statement, where that can be done now; a server forgets all of them with the
+    // connection.
+    void Forget(const std::string& name) noexcept;
+
+    // A name that nothing else on this connection has.
+    std::string NewName() { return "zt_" + std::to_string(++m_names); }
+
+    State GetState() const;
+
+    // What the server says of itself and of the connection, empty when it says nothing.
+    std::string_view Setting(const char* name) const;
+    int ServerVersion() const;
+
+    // Ends the connection. Nothing but Forget may follow.
+    void Close() noexcept { m_connection.reset(); }
+
+  private:
+    struct Closer {
+        void operator()(pg_conn* connection) const noexcept;
+    };
+
+    PostgresResult Checked(pg_result* raw, std::string_view sql);
+
+    std::unique_ptr<pg_conn, Closer> m_connection;
+    long m_names = 0;
+};
+
+}  // namespace recorddb::sql
+
+#endif

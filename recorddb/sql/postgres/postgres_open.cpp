@@ -1,0 +1,230 @@
+#include <fmt/format.h>
+#include <libpq-fe.h>
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "platform/foundation/out_of_memory.h"
+#include "recorddb/errors.h"
+#include "recorddb/sql/postgres/postgres_connection.h"
+#include "recorddb/sql/postgres/server_url.h"
+
+namespace recorddb::sql {
+
+namespace {
+
+constexpr int kOldestServer = 130000;
+
+// Set on every connection; what a person has set for the connection itself (`options`) stands where
+// it says so.
+//
+// lock_timeout: how long a writer waits for another one, unless the person has set it. Loads commit
+// every few hundred records, so the lock comes free many times within this.
+//
+// enable_seqscan: every look-up has its index. Plans are kept for the life of a statement, and the
+// first of them are made while the tables are empty, when reading all of a table looks cheap; a
+// load would be slow for ever after. With that out of the question, all costs look enormous, and
+// the server would compile every query that has none but that way: hence jit.
+//
+// bytea_output: what PostgresResult reads.
+constexpr const char* kConnectionSettings =
+    "SELECT set_config('lock_timeout', '10s', false) WHERE current_setting('lock_timeout') = '0';"
+    "SET enable_seqscan = off;"
+    "SET jit = off;"
+    "SET plan_cache_mode = force_generic_plan;"
+    "SET bytea_output = 'hex'";
+
+[[noreturn]] void CannotOpen(const std::string& why) {
+    throw Error(ErrorKind::CannotOpen, why, "");
+}
+
+std::string TrimmedLines(std::string text) {
+    while (!text.empty() && text.back() == '\n') {
+        text.pop_back();
+    }
+    return text;
+}
+
+// libpq quotes what it cannot read, which may be a piece of a password.
+std::string WithoutQuotes(const std::string& complaint) {
+    return TrimmedLines(complaint.substr(0, complaint.find(": \"")));
+}
+
+void CheckUrl(const std::string& url) {
+    char* complaint = nullptr;
+    PQconninfoOption* const options = PQconninfoParse(url.c_str(), &complaint);
+    const std::unique_ptr<char, void (*)(void*)> owned(complaint, PQfreemem);
+    if (options != nullptr) {
+        PQconninfoFree(options);
+        return;
+    }
+    if (complaint == nullptr) {
+        ThrowOutOfMemory();
+    }
+    CannotOpen("the URL of the database cannot be read: " + WithoutQuotes(complaint));
+}
+
+PostgresHandle Connect(const std::string& url) {
+    // The URL is expanded in the place of `dbname`; what stands behind it wins, what stands before
+    // it gives way.
+    const std::array<const char*, 4> keywords = {"fallback_application_name", "dbname",
+                                                 "client_encoding", nullptr};
+    const std::array<const char*, 4> values = {"ztimport", url.c_str(), "UTF8", nullptr};
+    pg_conn* const raw = PQconnectdbParams(keywords.data(), values.data(), 1);
+    if (raw == nullptr) {
+        ThrowOutOfMemory();
+    }
+    PostgresHandle handle(raw);
+    if (PQstatus(raw) != CONNECTION_OK) {
+        CannotOpen(TrimmedLines(PQerrorMessage(raw)));
+    }
+    return handle;
+}
+
+void CheckServer(const PostgresHandle& handle) {
+    if (handle.ServerVersion() < kOldestServer) {
+        CannotOpen(fmt::format("the server is PostgreSQL {}; it takes version 13 or later",
+                               handle.Setting("server_version")));
+    }
+    if (const std::string_view encoding = handle.Setting("server_encoding"); encoding != "UTF8") {
+        CannotOpen(
+            fmt::format("the database has the encoding {}, which cannot hold all texts; "
+                        "make one with: CREATE DATABASE name ENCODING 'UTF8' TEMPLATE "
+                        "template0",
+                        encoding));
+    }
+}
+
+// The schema that a connection is to work in, as its role may use it.
+struct Schema {
+    std::string name;
+    std::string database;
+    std::string role;
+    bool exists = false;
+    bool mayUse = false;
+    bool mayMakeTables = false;
+    bool mayMakeSchemas = false;
+};
+
+Schema FindSchema(PostgresHandle& handle, const std::string& wanted) {
+    PostgresParameters parameters(1);
+    if (!wanted.empty()) {
+        parameters.SetText(1, wanted);
+    }
+    const PostgresResult found = handle.RunOnce(
+        "SELECT s.name, current_database(), current_user, n.oid IS NOT NULL, "
+        "has_schema_privilege(n.oid, 'USAGE'), has_schema_privilege(n.oid, 'CREATE'), "
+        "has_database_privilege(current_database(), 'CREATE') "
+        "FROM (SELECT coalesce($1::text, current_schema()::text) AS name) AS s "
+        "LEFT JOIN pg_namespace AS n ON n.nspname::text = s.name",
+        parameters);
+    enum Column { kName, kDatabase, kRole, kExists, kMayUse, kMayMakeTables, kMayMakeSchemas };
+    return {.name = std::string(found.Text(0, kName)),
+            .database = std::string(found.Text(0, kDatabase)),
+            .role = std::string(found.Text(0, kRole)),
+            .exists = found.Int(0, kExists) != 0,
+            .mayUse = found.Int(0, kMayUse) != 0,
+            .mayMakeTables = found.Int(0, kMayMakeTables) != 0,
+            .mayMakeSchemas = found.Int(0, kMayMakeSchemas) != 0};
+}
+
+[[noreturn]] void LacksRight(const Schema& schema, std::string_view right, std::string_view kind,
+                             const std::string& name) {
+    throw Error(ErrorKind::PermissionDenied,
+                fmt::format("the role {0} lacks the right {1} on the {2} {3}; it takes: GRANT {1} "
+                            "ON {4} {3} TO {0}",
+                            Quoted(schema.role), right, kind, Quoted(name),
+                            kind == "database" ? "DATABASE" : "SCHEMA"),
+                "");
+}
+
+void CheckSchema(const Schema& schema, bool create) {
+    constexpr std::size_t longest = 63;
+    if (schema.name.empty()) {
+        CannotOpen(
+            "there is no schema that the search path names; name one with --schema, or with "
+            "schema=NAME in the URL");
+    }
+    if (schema.name.size() > longest) {
+        CannotOpen(fmt::format("the name of the schema has {} bytes, and the server takes {}",
+                               schema.name.size(), longest));
+    }
+    if (!schema.exists && !create) {
+        CannotOpen(
+            fmt::format("there is no schema {} in the database {}; make the record database "
+                        "first, or check the name",
+                        Quoted(schema.name), Quoted(schema.database)));
+    }
+    if (!schema.exists && !schema.mayMakeSchemas) {
+        LacksRight(schema, "CREATE", "database", schema.database);
+    }
+    if (schema.exists && !schema.mayUse) {
+        LacksRight(schema, "USAGE", "schema", schema.name);
+    }
+    if (schema.exists && create && !schema.mayMakeTables) {
+        LacksRight(schema, "CREATE", "schema", schema.name);
+    }
+}
+
+// A number for a name, for the server's locks, which go by numbers (FNV-1a). Two schemas of one
+// number would only wait for each other.
+std::int32_t LockNumber(std::string_view name) {
+    std::uint32_t number = 2166136261U;
+    for (const char character : name) {
+        number = (number ^ static_cast<unsigned char>(character)) * 16777619U;
+    }
+    return static_cast<std::int32_t>(number);
+}
+
+// What begins a transaction. Readers see one moment. Writers take turns, by a lock that ends with
+// the transaction; each then sees what the one before has committed, which a snapshot from before
+// the wait would not show.
+std::string BeginSql(const Schema& schema, bool readOnly) {
+    if (readOnly) {
+        return "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY";
+    }
+    constexpr int ourLocks = 0x5A545244;
+    std::string begin = fmt::format(
+        "BEGIN ISOLATION LEVEL READ COMMITTED READ WRITE; "
+        "SELECT pg_advisory_xact_lock({}, {})",
+        ourLocks, LockNumber(schema.name));
+    if (!schema.exists) {
+        begin += "; CREATE SCHEMA IF NOT EXISTS " + Quoted(schema.name);
+    }
+    return begin;
+}
+
+std::unique_ptr<Connection> OpenUrl(const ServerUrl& url, OpenMode mode) {
+    if (mode == OpenMode::Immutable) {
+        throw Error(ErrorKind::Unsupported,
+                    "a database on a server can always be read; leave --immutable out", "");
+    }
+    const bool readOnly = mode == OpenMode::ReadOnly;
+    CheckUrl(url.connection);
+    PostgresHandle handle = Connect(url.connection);
+    CheckServer(handle);
+    const Schema schema = FindSchema(handle, url.schema);
+    CheckSchema(schema, mode == OpenMode::CreateNew);
+    handle.Run(kConnectionSettings);
+    handle.Run("SET search_path TO " + Quoted(schema.name));
+    handle.Run(fmt::format("SET default_transaction_read_only = {}", readOnly ? "on" : "off"));
+    return std::make_unique<PostgresConnection>(std::move(handle), BeginSql(schema, readOnly),
+                                                readOnly);
+}
+
+}  // namespace
+
+std::unique_ptr<Connection> PostgresConnection::Open(const std::string& url, OpenMode mode) {
+    const ServerUrl parts = ReadServerUrl(url);
+    try {
+        return OpenUrl(parts, mode);
+    } catch (const Error& error) {
+        throw Error(error.Kind(), parts.shown + ": " + error.DriverText(), error.Sql());
+    }
+}
+
+}  // namespace recorddb::sql

@@ -18,7 +18,7 @@ constexpr std::int64_t kOldestFormat = 1;
 constexpr std::int64_t kOldestReadable = 1;
 constexpr std::int64_t kNewestReadable = kFormatVersion;
 
-// Sees that the tables of a schema can be made where others may stand: on a server. Throws
+// Checks that the tables of a schema can be made where others may stand: on a server. Throws
 // DatabaseError: FileExists when one of that name is there, TooManyColumns when the engine cannot
 // hold one.
 void CheckRoom(sql::Connection& connection, const Schema& schema, const std::string& location);

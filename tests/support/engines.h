@@ -43,7 +43,7 @@ class DatabasePlace {
     DatabasePlace& operator=(const DatabasePlace&) = delete;
     ~DatabasePlace() { DropSchema(); }
 
-    // What there is goes now; the place stays.
+    // Removes what is there; the place can be used again.
     void DropSchema() const {
         if (!m_schema.empty()) {
             Server().ExecuteScript("DROP SCHEMA IF EXISTS " + m_schema + " CASCADE");
@@ -57,7 +57,7 @@ class DatabasePlace {
 
     bool IsFile() const { return m_schema.empty(); }
 
-    // A connection to the server for what is nobody's in particular.
+    // A connection to the server for work that is not on one test's database.
     static recorddb::sql::Connection& Server() {
         static const auto connection =
             recorddb::sql::Open(TestServer(), recorddb::sql::OpenMode::ReadWrite);

@@ -49,8 +49,9 @@ void PostgresConnection::ExecuteScript(std::string_view sql) {
     m_handle.Run(std::string(sql));
 }
 
-// A table of ours has nothing that runs by itself or hides rows: no triggers, rules, policies,
-// computed columns or parts. Those of others may be used with all rights that are needed.
+// A table of a record database has nothing that runs by itself or hides rows: no triggers, rules,
+// policies, computed columns or partitions. It may belong to another role, as long as this one has
+// all the rights that it needs.
 bool PostgresConnection::HasTable(std::string_view name) {
     Statement& find = Prepare(
         "SELECT NOT EXISTS (SELECT FROM pg_trigger WHERE tgrelid = t.oid AND NOT tgisinternal) "

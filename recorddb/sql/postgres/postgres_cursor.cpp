@@ -71,8 +71,8 @@ void PostgresCursor::Fetch() {
     Take(Handle().Run(fmt::format("FETCH FORWARD {} FROM {}", m_portion, Name())));
 }
 
-// After a roll-back, of a savepoint too, it may be gone, and closing what is not there would end
-// the transaction. It then goes with the transaction.
+// After a roll-back, of a savepoint too, it may be gone, and closing a cursor that is not there
+// would make the transaction fail. So it is left to the end of the transaction.
 bool PostgresCursor::StandsInTransactionUnderWay() const {
     return m_connection.InTransaction() && m_connection.TransactionCount() == m_transactionCount &&
            m_connection.RollbackCount() == m_rollbackCount;

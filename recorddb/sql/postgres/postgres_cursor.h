@@ -12,7 +12,7 @@ namespace recorddb::sql {
 // may run in between.
 class PostgresCursor final : public PostgresRows {
   public:
-    // Prepares sql, one query, on the handle of a connection; both outlive it. Throws Error.
+    // Prepares `sql`, one query, on the handle of a connection; both outlive it. Throws Error.
     PostgresCursor(const Connection& connection, PostgresHandle& handle, std::string_view sql)
         : PostgresRows(handle, sql), m_connection(connection) {}
     ~PostgresCursor() override { Close(); }

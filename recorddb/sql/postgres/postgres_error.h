@@ -18,7 +18,7 @@ Error PostgresError(pg_conn* connection, const pg_result* result, std::string_vi
 ErrorKind KindOfSqlState(std::string_view state);
 
 // The columns in the detail of a unique violation, "Key (town, street)=(Ulm, Weg) already exists.",
-// which is the only place where the server tells them; its words may be of any language.
+// which is the only place where the server names them; its words may be of any language.
 std::vector<std::string> ColumnsOfDetail(std::string_view detail);
 
 }  // namespace recorddb::sql

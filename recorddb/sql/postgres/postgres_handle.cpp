@@ -13,7 +13,7 @@ void PostgresHandle::Closer::operator()(pg_conn* connection) const noexcept {
 }
 
 PostgresHandle::PostgresHandle(pg_conn* connection) : m_connection(connection) {
-    // What the server has to remark would go to the terminal otherwise.
+    // The server's notices would go to the terminal otherwise.
     PQsetNoticeProcessor(
         connection, [](void*, const char*) {}, nullptr);
 }
@@ -63,7 +63,7 @@ void PostgresHandle::Forget(const std::string& name) noexcept {
     try {
         Run("DEALLOCATE " + name);
     } catch (...) {
-        // It stays until the connection ends, and is in nobody's way.
+        // It stays until the connection ends, which does no harm.
     }
 }
 

@@ -19,16 +19,16 @@ namespace {
 
 constexpr int kOldestServer = 130000;
 
-// Set on every connection; what a person has set for the connection itself (`options`) stands where
-// it says so.
+// Set on every connection. Only of lock_timeout, what the user has set for the connection
+// (`options`) is kept.
 //
-// lock_timeout: how long a writer waits for another one, unless the person has set it. Loads commit
-// every few hundred records, so the lock comes free many times within this.
+// lock_timeout: how long a writer waits for another one, unless the user has set it. Loads commit
+// often, so the lock becomes free many times within this.
 //
 // enable_seqscan: every look-up has its index. Plans are kept for the life of a statement, and the
 // first of them are made while the tables are empty, when reading all of a table looks cheap; a
-// load would be slow for ever after. With that out of the question, all costs look enormous, and
-// the server would compile every query that has none but that way: hence jit.
+// load would stay slow from then on. With sequential scans off, the cost of a query that needs one
+// looks enormous, and the server would compile it: so jit is off.
 //
 // bytea_output: what PostgresResult reads.
 constexpr const char* kConnectionSettings =
@@ -69,8 +69,8 @@ void CheckUrl(const std::string& url) {
 }
 
 PostgresHandle Connect(const std::string& url) {
-    // The URL is expanded in the place of `dbname`; what stands behind it wins, what stands before
-    // it gives way.
+    // The URL is expanded in the place of `dbname`; what comes after it takes precedence over the
+    // URL, what comes before it does not.
     const std::array<const char*, 4> keywords = {"fallback_application_name", "dbname",
                                                  "client_encoding", nullptr};
     const std::array<const char*, 4> values = {"ztimport", url.c_str(), "UTF8", nullptr};

@@ -25,7 +25,7 @@ std::byte HexDigit(char digit) {
     return static_cast<std::byte>(digit <= '9' ? digit - '0' : digit - 'a' + letters);
 }
 
-// Bytes are told as "\x00ff".
+// Bytes come as "\x00ff".
 std::vector<std::byte> BytesOfHex(std::string_view text) {
     text.remove_prefix(2);
     std::vector<std::byte> bytes;

@@ -31,7 +31,7 @@ class PostgresRows : public Statement, public StorageTeller {
     Storage StorageOf(int column) const override;
 
   protected:
-    // Prepares sql, one statement, on a handle that outlives it. Throws Error.
+    // Prepares `sql`, one statement, on a handle that outlives it. Throws Error.
     PostgresRows(PostgresHandle& handle, std::string_view sql);
 
     PostgresHandle& Handle() { return m_handle; }
@@ -45,7 +45,7 @@ class PostgresRows : public Statement, public StorageTeller {
     // Takes rows that were fetched; the current row stands before the first of them.
     void Take(PostgresResult rows);
 
-    // Advances within the rows that were taken; false behind the last one.
+    // Advances within the rows that were taken; false after the last one.
     bool NextFetched();
 
     // Ends the execution.

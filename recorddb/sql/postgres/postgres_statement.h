@@ -10,7 +10,7 @@ namespace recorddb::sql {
 // A statement whose rows are fetched all at once: one question to the server, one answer.
 class PostgresStatement final : public PostgresRows {
   public:
-    // Prepares sql, one statement, on a handle that outlives it. Throws Error.
+    // Prepares `sql`, one statement, on a handle that outlives it. Throws Error.
     PostgresStatement(PostgresHandle& handle, std::string_view sql) : PostgresRows(handle, sql) {}
 
     bool Step() override;

@@ -146,7 +146,7 @@ TEST_F(DatabaseTest, NewerFormatIsRefusedNamingExpectedAndFound) {
                         HasSubstr("knows formats up to 1")));
 }
 
-TEST_F(DatabaseTest, NewerFormatThatWelcomesThisProgramIsOpened) {
+TEST_F(DatabaseTest, NewerFormatThatThisProgramCanUseIsOpened) {
     GivenDatabase();
     GivenSql("UPDATE zt_schema SET format_version = 2, oldest_readable = 1, newest_readable = 2");
     EXPECT_NO_THROW(Database::Open(Path(), Database::Mode::ReadOnly));
@@ -174,13 +174,13 @@ TEST_F(DatabaseTest, ViewInThePlaceOfATableIsRefused) {
     }
 }
 
-TEST_F(DatabaseTest, DatabaseFromBeforeItsMarkWasIntroducedIsOpened) {
+TEST_F(DatabaseTest, DatabaseWithoutAnApplicationIdIsOpened) {
     GivenDatabase();
     GivenSql("PRAGMA application_id = 0");
     EXPECT_NO_THROW(Database::Open(Path(), Database::Mode::ReadWrite));
 }
 
-TEST_F(DatabaseTest, DatabaseMarkedByAnotherProgramIsRefused) {
+TEST_F(DatabaseTest, DatabaseWithAnotherApplicationIdIsRefused) {
     GivenDatabase();
     GivenSql("PRAGMA application_id = 1");
     ExpectSqlError(Database::Mode::ReadWrite, sql::ErrorKind::NotADatabase,

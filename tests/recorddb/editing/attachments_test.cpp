@@ -102,7 +102,7 @@ TEST_P(AttachmentsTest, EmptyFileIsOneEmptyChunk) {
               std::string(kHashOfNothing) + "|0|0");
 }
 
-TEST_P(AttachmentsTest, AreToldAsFourLines) {
+TEST_P(AttachmentsTest, AreDescribedInFourLines) {
     GivenAttached("SK-1/abc.txt", "two\nlines");
     const AdEntityPtr bug = Open("bug", "1");
     EXPECT_EQ(bug->GetFieldValue(Text("files"))->GetValueStatus(), 2);
@@ -202,7 +202,7 @@ TEST_P(AttachmentsTest, FileSwappedForAPipeBeforeCommitIsNotWaitedFor) {
               "The name \"same.txt\" cannot be attached, because it is not that of a file.");
 }
 
-TEST_P(AttachmentsTest, FileThatIsNothingButAHoleFillsNoDatabase) {
+TEST_P(AttachmentsTest, SparseFileOfManyGigabytesIsRefused) {
     Folder().Write("files/hole.bin", "");
     std::filesystem::resize_file(Folder().Path() / "files/hole.bin", std::uintmax_t{3} << 30);
     EXPECT_EQ(Attach(Open("bug", "1"), "hole.bin"),

@@ -55,7 +55,7 @@ TEST_P(GatheredWritingTest, RecordsMayReferToEachOtherInACircle) {
     EXPECT_EQ(Row("SELECT dbid, parent FROM bug ORDER BY dbid"), "1|2;2|1");
 }
 
-TEST_P(GatheredWritingTest, RecordsComeBehindThoseOfLaterTypesThatTheyReferTo) {
+TEST_P(GatheredWritingTest, RecordsComeAfterThoseOfLaterTypesThatTheyReferTo) {
     Reopen();
     const auto transaction = Gather();
     Given("user", {{"login", "ann"}});
@@ -137,7 +137,7 @@ TEST_P(GatheredWritingTest, ManyChangesAreWrittenOnTheWay) {
     EXPECT_EQ(Row("SELECT count(*) FROM task"), std::to_string(kMany));
 }
 
-// Tells of the first difference only; what comes after it follows from it.
+// Reports the first difference only, since the others follow from it.
 void ExpectSame(const std::vector<std::string>& texts, const std::vector<std::string>& expected) {
     for (std::size_t i = 0; i < std::min(texts.size(), expected.size()); ++i) {
         ASSERT_EQ(texts[i], expected[i]) << "at " << i << (i > 0 ? " after " + texts[i - 1] : "");

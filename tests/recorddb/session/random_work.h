@@ -15,8 +15,8 @@
 namespace recorddb {
 
 // Does work at random on the records of a database of its own, the same for the same seed, and
-// notes what it is told. Few values make that keys collide, lists grow and duplicates close
-// circles.
+// notes what it is told. There are few values, so that keys collide, lists grow and duplicates
+// close circles.
 class RandomWork : public SessionTest {
   public:
     // Whether what the work will need is asked for before each group, too.

@@ -83,7 +83,7 @@ TEST_P(RowWriterTest, RowThatIsNotThereIsAConflict) {
     EXPECT_EQ(ErrorOf(change).Kind(), ErrorKind::Conflict);
 }
 
-TEST_P(RowWriterTest, RowThatTheEngineRefusesIsToldAsItsError) {
+TEST_P(RowWriterTest, RefusalOfTheEngineIsThrownAsItIs) {
     const auto change = [this] { Write(Kind::Insert, 0, {"a", 1, "a", 2}); };
     EXPECT_EQ(ErrorOf(change).Kind(), ErrorKind::UniqueViolation);
 }

@@ -8,7 +8,7 @@ namespace {
 
 class StorageTest : public SqlTest {};
 
-TEST_F(StorageTest, IsToldWhateverTheColumnWasDeclaredAs) {
+TEST_F(StorageTest, IsThatOfTheValueWhateverTheColumnWasDeclaredAs) {
     m_connection->ExecuteScript(
         "INSERT INTO thing VALUES ('a', '7 or so', 7); INSERT INTO thing VALUES (x'62', 7, 0.5)");
     Statement& select = m_connection->Prepare("SELECT name, size, data, NULL FROM thing");

@@ -32,7 +32,7 @@ TEST_P(TransactionTest, DestructorUndoesTheWork) {
     EXPECT_FALSE(m_connection->InTransaction());
 }
 
-TEST_P(TransactionTest, RollbackDisarms) {
+TEST_P(TransactionTest, RollbackEndsTheTransaction) {
     Transaction first(*m_connection);
     Insert("a");
     first.Rollback();
@@ -115,7 +115,7 @@ TEST_P(TransactionTest, ReadersGoOnBesideAWriter) {
     EXPECT_EQ(QueryInt(reader->Prepare("SELECT count(*) FROM thing")), 0);
 }
 
-TEST_P(TransactionTest, CountersTellBeginningsAndRollbacks) {
+TEST_P(TransactionTest, BeginningsAndRollbacksAreCounted) {
     const std::uint64_t transactions = m_connection->TransactionCount();
     const std::uint64_t rollbacks = m_connection->RollbackCount();
     { const Transaction transaction(*m_connection); }

@@ -48,7 +48,7 @@ TEST_P(JournalTest, LaterEntryTakesThePlaceOfTheEarlier) {
     EXPECT_EQ(TheJournal().Find(m_key), SampleEntry());
 }
 
-TEST_P(JournalTest, SameSourceUnderAnotherConfigurationIsOtherWork) {
+TEST_P(JournalTest, SameSourceUnderAnotherConfigurationHasAnEntryOfItsOwn) {
     TheJournal().Save(m_key, SampleEntry());
     EXPECT_FALSE(TheJournal().Find({"aa", "cc"}).has_value());
     EXPECT_FALSE(TheJournal().Find({"cc", "bb"}).has_value());

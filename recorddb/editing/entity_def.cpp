@@ -42,7 +42,7 @@ EntityDef::EntityDef(const schema::RecordType& type)
 }
 
 const FieldDef* EntityDef::FindField(std::u16string_view name) const {
-    // From the one that was found last: it is asked for again, and then one that comes soon after
+    // Begins with the one that was found last: it is often asked for again, and then one soon after
     // it, since records mostly have their fields in the order of the schema.
     for (std::size_t i = 0; i < m_fields.size(); ++i) {
         const std::size_t place = (m_lastFound + i) % m_fields.size();

@@ -80,7 +80,7 @@ std::int64_t HistoryImport::Commit() {
     const auto isBefore = [](const HistoryEntry& a, const HistoryEntry& b) {
         return std::tie(a.recordType, a.record) < std::tie(b.recordType, b.record);
     };
-    // They mostly belong to one record.
+    // Mostly all of them belong to one record.
     if (!std::is_sorted(m_pending.begin(), end, isBefore)) {
         std::stable_sort(m_pending.begin(), end, isBefore);
     }

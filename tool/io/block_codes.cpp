@@ -50,7 +50,7 @@ BlockCodes::Code BlockCodes::Of(std::uint64_t number, std::span<const char> bloc
     std::copy_n(reinterpret_cast<const unsigned char*>(&number), sizeof number, nonce.begin());
     RequireDone(EVP_EncryptInit_ex(context, nullptr, nullptr, nullptr, nonce.data()));
     int size = 0;
-    // What is only authenticated, and not encrypted, goes without an output.
+    // Data that is authenticated and not encrypted gives no output.
     RequireDone(EVP_EncryptUpdate(context, nullptr, &size,
                                   reinterpret_cast<const unsigned char*>(block.data()),
                                   static_cast<int>(block.size())));

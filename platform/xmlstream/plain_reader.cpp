@@ -45,13 +45,18 @@ Kind KindOf(char byte) {
     return kKinds[static_cast<unsigned char>(byte)];
 }
 
-// How many of eight bytes at the front are Kind::kText, which most bytes of most texts are.
+// How many bytes, of the first eight, are Kind::kText before one that is not. Most bytes of most
+// texts are.
 std::size_t CountText(const char* bytes) {
     constexpr std::uint64_t each = 0x0101010101010101;
     constexpr std::uint64_t highest = each * 0x80;
     std::uint64_t eight = 0;
     std::memcpy(&eight, bytes, sizeof eight);
-    // The lowest of the highest bits that it sets is that of the first byte below the limit.
+    if constexpr (std::endian::native == std::endian::big) {
+        eight = std::byteswap(eight);
+    }
+    // Sets the highest bit of bytes below the limit. The first bit that is set is right; those
+    // after it may not be, since a byte borrows from the next one.
     const auto below = [](std::uint64_t value, std::uint64_t limit) {
         return (value - each * limit) & ~value;
     };

@@ -35,7 +35,7 @@ class ActingBuffer : public std::stringbuf {
 
 // A packet of 250 bugs that something else writes to while it is read. A load makes each hundred of
 // them permanent.
-class ChangingSourceTest : public LoadFixture {
+class ChangingSourceTest : public OnEachEngine<LoadFixture> {
   protected:
     ChangingSourceTest() {
         std::vector<Fields> records;
@@ -74,7 +74,7 @@ class ChangingSourceTest : public LoadFixture {
     std::vector<std::string> m_sources;
 };
 
-TEST_F(ChangingSourceTest, APacketThatGrowsIsNotKnownAsLoaded) {
+TEST_P(ChangingSourceTest, APacketThatGrowsIsNotKnownAsLoaded) {
     const std::string refusal = LoadAndMeanwhile([this] { Append(); });
     EXPECT_THAT(refusal, HasSubstr("bugs.xml: the file was written to while it was read"));
     EXPECT_THAT(refusal, HasSubstr("100 records of it were imported before it changed"));
@@ -82,7 +82,7 @@ TEST_F(ChangingSourceTest, APacketThatGrowsIsNotKnownAsLoaded) {
     EXPECT_EQ(Bugs(), "100");
 }
 
-TEST_F(ChangingSourceTest, TheFinishedPacketDoesNotComeASecondTime) {
+TEST_P(ChangingSourceTest, TheFinishedPacketDoesNotComeASecondTime) {
     LoadAndMeanwhile([this] { Append(); });
     EXPECT_THAT(Refusal([this] { Load(m_sources); }),
                 HasSubstr("bugs.xml: the file has changed since an earlier load stopped in it. 100 "
@@ -90,7 +90,7 @@ TEST_F(ChangingSourceTest, TheFinishedPacketDoesNotComeASecondTime) {
     EXPECT_EQ(Bugs(), "100");
 }
 
-TEST_F(ChangingSourceTest, ThePacketAsItWasGoesOn) {
+TEST_P(ChangingSourceTest, ThePacketAsItWasGoesOn) {
     const std::string before = m_folder.File("before.xml");
     std::filesystem::copy_file(m_bugs, before);
     LoadAndMeanwhile([this] { Append(); });
@@ -100,7 +100,7 @@ TEST_F(ChangingSourceTest, ThePacketAsItWasGoesOn) {
     EXPECT_EQ(Bugs(), "250");
 }
 
-TEST_F(ChangingSourceTest, FreshTakesTheChangedPacketAndForgetsTheFormerOne) {
+TEST_P(ChangingSourceTest, FreshTakesTheChangedPacketAndForgetsTheFormerOne) {
     LoadAndMeanwhile([this] { Append(); });
     m_options.fresh = true;
     EXPECT_EQ(Load(m_sources), 0);
@@ -111,21 +111,21 @@ TEST_F(ChangingSourceTest, FreshTakesTheChangedPacketAndForgetsTheFormerOne) {
     EXPECT_EQ(Bugs(), "603");
 }
 
-TEST_F(ChangingSourceTest, ANewPacketOfTheSameNameIsTakenAfterACompleteLoad) {
+TEST_P(ChangingSourceTest, ANewPacketOfTheSameNameIsTakenAfterACompleteLoad) {
     EXPECT_EQ(Load(m_sources), 0);
     Append();
     EXPECT_EQ(Load(m_sources), 0);
     EXPECT_EQ(Bugs(), "501");
 }
 
-TEST_F(ChangingSourceTest, AnOverwrittenPacketIsNotKnownAsLoaded) {
+TEST_P(ChangingSourceTest, AnOverwrittenPacketIsNotKnownAsLoaded) {
     LoadAndMeanwhile([this] {
         std::fstream(m_bugs, std::ios::in | std::ios::out).seekp(10'000) << "<!-- nothing -->";
     });
     EXPECT_EQ(Query("SELECT complete FROM zt_journal"), "0");
 }
 
-TEST_F(ChangingSourceTest, AReplacedPacketEndsTheLoad) {
+TEST_P(ChangingSourceTest, AReplacedPacketEndsTheLoad) {
     const std::string other = m_folder.File("other.xml");
     std::filesystem::copy_file(m_bugs, other);
     EXPECT_THAT(LoadAndMeanwhile([&] { std::filesystem::rename(other, m_bugs); }),
@@ -133,14 +133,14 @@ TEST_F(ChangingSourceTest, AReplacedPacketEndsTheLoad) {
     EXPECT_EQ(Query("SELECT complete FROM zt_journal"), "0");
 }
 
-TEST_F(ChangingSourceTest, NothingOfAWholePacketIsKept) {
+TEST_P(ChangingSourceTest, NothingOfAWholePacketIsKept) {
     m_options.wholePackets = true;
     LoadAndMeanwhile([this] { Append(); });
     EXPECT_EQ(Bugs(), "0");
     EXPECT_EQ(Query("SELECT count(*) FROM zt_journal"), "0");
 }
 
-TEST_F(ChangingSourceTest, ARehearsalEnds) {
+TEST_P(ChangingSourceTest, ARehearsalEnds) {
     const ActingSink sink(150, [this] { Append(); });
     m_options.database = m_database;
     m_options.sources = m_sources;
@@ -148,7 +148,7 @@ TEST_F(ChangingSourceTest, ARehearsalEnds) {
     EXPECT_THAT(Refusal([&] { RunCheck(m_options, out, out); }), HasSubstr("was written to"));
 }
 
-TEST_F(ChangingSourceTest, AComparisonEnds) {
+TEST_P(ChangingSourceTest, AComparisonEnds) {
     ActingBuffer buffer([this] { Append(); });
     std::ostream err(&buffer);
     std::ostringstream out;
@@ -157,6 +157,8 @@ TEST_F(ChangingSourceTest, AComparisonEnds) {
     options.sources = m_sources;
     EXPECT_THAT(Refusal([&] { RunVerify(options, out, err); }), HasSubstr("was written to"));
 }
+
+ON_EACH_ENGINE(ChangingSourceTest);
 
 }  // namespace
 }  // namespace tool

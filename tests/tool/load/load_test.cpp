@@ -18,7 +18,7 @@ using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
 
-class LoadTest : public LoadFixture {
+class LoadTest : public OnEachEngine<LoadFixture> {
   protected:
     // A configuration for bugs and one data packet with them.
     std::vector<std::string> Bugs(const std::vector<Fields>& records,
@@ -33,14 +33,14 @@ std::string ReadFile(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-TEST_F(LoadTest, EachRecordIsCreated) {
+TEST_P(LoadTest, EachRecordIsCreated) {
     EXPECT_EQ(
         Load(Bugs({{{"source_id", "a"}, {"title", "A"}}, {{"source_id", "b"}, {"title", "B"}}})),
         0);
     EXPECT_EQ(Query("SELECT source_id FROM bug ORDER BY dbid"), "a\nb");
 }
 
-TEST_F(LoadTest, OneBadRecordCostsExactlyThatRecord) {
+TEST_P(LoadTest, OneBadRecordCostsExactlyThatRecord) {
     std::vector<Fields> records;
     for (int i = 0; i < 10'000; ++i) {
         const std::string id = std::to_string(i);
@@ -53,7 +53,7 @@ TEST_F(LoadTest, OneBadRecordCostsExactlyThatRecord) {
                 ContainsRegex("bugs.xml, record 5001 \\(5000\\), line [0-9]+: .*votes.*many"));
 }
 
-TEST_F(LoadTest, NothingOfARejectedRecordStays) {
+TEST_P(LoadTest, NothingOfARejectedRecordStays) {
     // The history is imported after the record is committed, and refused for its second line.
     EXPECT_EQ(
         Load(Bugs(
@@ -65,7 +65,7 @@ TEST_F(LoadTest, NothingOfARejectedRecordStays) {
     EXPECT_EQ(Query("SELECT count(*) FROM zt_history"), "0");
 }
 
-TEST_F(LoadTest, ASecondLoadOfTheSameSourcesChangesNothing) {
+TEST_P(LoadTest, ASecondLoadOfTheSameSourcesChangesNothing) {
     const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}}});
     Load(sources);
     const std::string before = Dump();
@@ -74,13 +74,13 @@ TEST_F(LoadTest, ASecondLoadOfTheSameSourcesChangesNothing) {
     EXPECT_THAT(Said(), HasSubstr("bugs.xml: already loaded (1 record)"));
 }
 
-TEST_F(LoadTest, TheSameContentUnderAnotherNameIsKnown) {
+TEST_P(LoadTest, TheSameContentUnderAnotherNameIsKnown) {
     Load(Bugs({{{"source_id", "a"}, {"title", "A"}}}));
     EXPECT_EQ(Load(Bugs({{{"source_id", "a"}, {"title", "A"}}}, "copy.xml")), 0);
     EXPECT_THAT(Said(), HasSubstr("copy.xml: already loaded"));
 }
 
-TEST_F(LoadTest, TheSameDataUnderAnotherConfigurationIsOtherWork) {
+TEST_P(LoadTest, TheSameDataUnderAnotherConfigurationIsOtherWork) {
     const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}}});
     Load(sources);
     const auto update =
@@ -90,7 +90,7 @@ TEST_F(LoadTest, TheSameDataUnderAnotherConfigurationIsOtherWork) {
     EXPECT_EQ(Query("SELECT count(*) FROM bug"), "1");
 }
 
-TEST_F(LoadTest, AMappingOfAnotherRecordTypeDoesNotMakeTheSameWorkLookNew) {
+TEST_P(LoadTest, AMappingOfAnotherRecordTypeDoesNotMakeTheSameWorkLookNew) {
     const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}}});
     Load(sources);
     const auto users = Configuration(
@@ -101,7 +101,7 @@ TEST_F(LoadTest, AMappingOfAnotherRecordTypeDoesNotMakeTheSameWorkLookNew) {
     EXPECT_THAT(Said(), HasSubstr("already loaded"));
 }
 
-TEST_F(LoadTest, FreshIgnoresTheJournal) {
+TEST_P(LoadTest, FreshIgnoresTheJournal) {
     const auto sources = Bugs({{{"title", "no identity"}}});
     Load(sources);
     m_options.fresh = true;
@@ -109,14 +109,14 @@ TEST_F(LoadTest, FreshIgnoresTheJournal) {
     EXPECT_EQ(Query("SELECT count(*) FROM bug"), "2");
 }
 
-TEST_F(LoadTest, EarlierRejectsKeepASecondLoadFromCountingAsComplete) {
+TEST_P(LoadTest, EarlierRejectsKeepASecondLoadFromCountingAsComplete) {
     const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}, {"owner", "ann"}}});
     EXPECT_EQ(Load(sources), 1);
     EXPECT_EQ(Load(sources), 1);
     EXPECT_THAT(Said(), HasSubstr("an earlier load rejected 1 record of it"));
 }
 
-TEST_F(LoadTest, RejectedRecordsCanBeTriedAgain) {
+TEST_P(LoadTest, RejectedRecordsCanBeTriedAgain) {
     const auto bugs = Bugs({{{"source_id", "a"}, {"title", "A"}, {"owner", "ann"}},
                             {{"source_id", "b"}, {"title", "B"}}});
     EXPECT_EQ(Load(bugs), 1);
@@ -129,7 +129,7 @@ TEST_F(LoadTest, RejectedRecordsCanBeTriedAgain) {
     EXPECT_EQ(Load(bugs), 0);
 }
 
-TEST_F(LoadTest, RejectsAreMendedAndLoaded) {
+TEST_P(LoadTest, RejectsAreMendedAndLoaded) {
     m_options.rejects = m_folder.File("rejects");
     EXPECT_EQ(Load(Bugs({{{"source_id", "a"}, {"title", "A"}, {"votes", "many"}},
                          {{"source_id", "b"}, {"title", "B"}}})),
@@ -145,7 +145,7 @@ TEST_F(LoadTest, RejectsAreMendedAndLoaded) {
     EXPECT_EQ(Query("SELECT count(*) FROM bug"), "2");
 }
 
-TEST_F(LoadTest, TheReportListsTotalsAndRejects) {
+TEST_P(LoadTest, TheReportListsTotalsAndRejects) {
     m_options.report = m_folder.File("report.json");
     Load(Bugs({{{"source_id", "a"}, {"title", "A"}, {"votes", "many"}},
                {{"source_id", "b"}, {"title", "B"}}}));
@@ -154,13 +154,13 @@ TEST_F(LoadTest, TheReportListsTotalsAndRejects) {
     EXPECT_THAT(report, HasSubstr("\"source_id\":\"a\""));
 }
 
-TEST_F(LoadTest, DataBeforeAnyConfigurationIsRefused) {
+TEST_P(LoadTest, DataBeforeAnyConfigurationIsRefused) {
     const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}}});
     EXPECT_THROW(Load({sources[1]}), SourceError);
     EXPECT_EQ(Query("SELECT count(*) FROM bug"), "0");
 }
 
-TEST_F(LoadTest, AConfigurationOfAnUnknownRecordTypeEndsTheLoad) {
+TEST_P(LoadTest, AConfigurationOfAnUnknownRecordTypeEndsTheLoad) {
     const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}}});
     const auto other = Configuration("other.xml", "record", "bogus", "source_id");
     try {
@@ -172,7 +172,7 @@ TEST_F(LoadTest, AConfigurationOfAnUnknownRecordTypeEndsTheLoad) {
     EXPECT_EQ(Query("SELECT count(*) FROM bug"), "0");
 }
 
-TEST_F(LoadTest, AConfigurationThatImportsNothingIsWarnedOf) {
+TEST_P(LoadTest, AConfigurationThatImportsNothingIsWarnedOf) {
     const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}}});
     const auto other = Configuration("other.xml", "records", "bug", "source_id");
     EXPECT_EQ(Load({other, sources[1]}), 0);
@@ -181,14 +181,14 @@ TEST_F(LoadTest, AConfigurationThatImportsNothingIsWarnedOf) {
     EXPECT_EQ(Query("SELECT count(*) FROM bug"), "0");
 }
 
-TEST_F(LoadTest, AttachmentPacketsNeedTheirFolder) {
+TEST_P(LoadTest, AttachmentPacketsNeedTheirFolder) {
     const auto files = Configuration("files.xml", "attachments", "bug", "source_id");
     EXPECT_THROW(
         Load({files, Records("data.xml", {{{"source_id", "a"}, {"files", "1\nx\n1\nd"}}})}),
         SourceError);
 }
 
-TEST_F(LoadTest, AttachmentsAreTakenFromTheirFolder) {
+TEST_P(LoadTest, AttachmentsAreTakenFromTheirFolder) {
     Load(Bugs({{{"source_id", "a"}, {"title", "A"}}}));
     m_options.attachments = m_folder.Path();
     m_folder.Write("note.txt", "hello");
@@ -200,7 +200,7 @@ TEST_F(LoadTest, AttachmentsAreTakenFromTheirFolder) {
               "note.txt5a note");
 }
 
-TEST_F(LoadTest, ARefusedAttachmentNamesItsCause) {
+TEST_P(LoadTest, ARefusedAttachmentNamesItsCause) {
     Load(Bugs({{{"source_id", "a"}, {"title", "A"}}}));
     m_options.attachments = m_folder.Path();
     EXPECT_EQ(
@@ -210,7 +210,7 @@ TEST_F(LoadTest, ARefusedAttachmentNamesItsCause) {
     EXPECT_THAT(Said(), HasSubstr("../note.txt"));
 }
 
-TEST_F(LoadTest, ARefusedDuplicateMarkNamesItsCause) {
+TEST_P(LoadTest, ARefusedDuplicateMarkNamesItsCause) {
     const auto configuration = Configuration("bugs-configuration.xml", "record", "bug", "source_id",
                                              "<duplicate_id name=\"duplicate_of\"/>");
     EXPECT_EQ(
@@ -220,7 +220,7 @@ TEST_F(LoadTest, ARefusedDuplicateMarkNamesItsCause) {
     EXPECT_THAT(Said(), ContainsRegex("could not be marked.*of itself"));
 }
 
-TEST_F(LoadTest, HistoryIsNotCountedAsAnUpdate) {
+TEST_P(LoadTest, HistoryIsNotCountedAsAnUpdate) {
     Load(Bugs({{{"source_id", "a"}, {"title", "A"}}}));
     EXPECT_EQ(Load({Configuration("history.xml", "history", "bug", "source_id"),
                     Records("data.xml",
@@ -231,7 +231,7 @@ TEST_F(LoadTest, HistoryIsNotCountedAsAnUpdate) {
     EXPECT_THAT(Said(), HasSubstr("1 history entry"));
 }
 
-TEST_F(LoadTest, AnUnseenRecordElementIsWarnedOf) {
+TEST_P(LoadTest, AnUnseenRecordElementIsWarnedOf) {
     auto sources = Bugs({});
     m_folder.Write("bugs.xml",
                    "<records><record id=\"7\"><field name=\"title\">A</field></record></records>");
@@ -240,7 +240,7 @@ TEST_F(LoadTest, AnUnseenRecordElementIsWarnedOf) {
     EXPECT_THAT(Said(), HasSubstr("<record id=\"7\""));
 }
 
-TEST_F(LoadTest, APacketThatIsCutShortIsWarnedOf) {
+TEST_P(LoadTest, APacketThatIsCutShortIsWarnedOf) {
     auto sources = Bugs({});
     m_folder.Write("bugs.xml", "<records><record><field name=\"title\">A</field></record>");
     for (const bool whole : {false, true}) {
@@ -251,7 +251,7 @@ TEST_F(LoadTest, APacketThatIsCutShortIsWarnedOf) {
     }
 }
 
-TEST_F(LoadTest, ManyWarningsOfOneKindAreNotShown) {
+TEST_P(LoadTest, ManyWarningsOfOneKindAreNotShown) {
     auto sources = Bugs({});
     std::string records;
     for (int i = 0; i < 25; ++i) {
@@ -264,7 +264,7 @@ TEST_F(LoadTest, ManyWarningsOfOneKindAreNotShown) {
     EXPECT_THAT(Said(), HasSubstr("warning: further places outside of records"));
 }
 
-TEST_F(LoadTest, ARecordBeyondALimitCostsItselfOnly) {
+TEST_P(LoadTest, ARecordBeyondALimitCostsItselfOnly) {
     std::string deep = "A";
     for (int i = 0; i < 300; ++i) {
         deep = "<x>" + deep + "</x>";
@@ -281,7 +281,7 @@ TEST_F(LoadTest, ARecordBeyondALimitCostsItselfOnly) {
     EXPECT_EQ(Query("SELECT source_id FROM bug"), "c");
 }
 
-TEST_F(LoadTest, MaxRejectsStopsEarlyAndTheSameCommandGoesOn) {
+TEST_P(LoadTest, MaxRejectsStopsEarlyAndTheSameCommandGoesOn) {
     const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}, {"votes", "x"}},
                                {{"source_id", "b"}, {"title", "B"}, {"votes", "x"}},
                                {{"source_id", "c"}, {"title", "C"}}});
@@ -294,7 +294,7 @@ TEST_F(LoadTest, MaxRejectsStopsEarlyAndTheSameCommandGoesOn) {
     EXPECT_EQ(Query("SELECT source_id FROM bug"), "c");
 }
 
-TEST_F(LoadTest, AnInterruptedLoadFinishesTheRecordInHandAndGoesOnLater) {
+TEST_P(LoadTest, AnInterruptedLoadFinishesTheRecordInHandAndGoesOnLater) {
     const auto sources =
         Bugs({{{"source_id", "a"}, {"title", "A"}}, {{"source_id", "b"}, {"title", "B"}}});
     {
@@ -308,7 +308,7 @@ TEST_F(LoadTest, AnInterruptedLoadFinishesTheRecordInHandAndGoesOnLater) {
     EXPECT_EQ(Query("SELECT source_id FROM bug ORDER BY dbid"), "a\nb");
 }
 
-TEST_F(LoadTest, AWholePacketIsAllOrNothing) {
+TEST_P(LoadTest, AWholePacketIsAllOrNothing) {
     m_options.wholePackets = true;
     EXPECT_EQ(Load(Bugs({{{"source_id", "a"}, {"title", "A"}},
                          {{"source_id", "b"}, {"title", "B"}, {"votes", "x"}}})),
@@ -320,7 +320,7 @@ TEST_F(LoadTest, AWholePacketIsAllOrNothing) {
     EXPECT_EQ(Query("SELECT count(*) FROM bug"), "2");
 }
 
-TEST_F(LoadTest, ARejectedWholePacketIsLoadedFromItsFrontLater) {
+TEST_P(LoadTest, ARejectedWholePacketIsLoadedFromItsFrontLater) {
     const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}, {"owner", "ann"}},
                                {{"source_id", "b"}, {"title", "B"}},
                                {{"source_id", "c"}, {"title", "C"}}});
@@ -334,7 +334,7 @@ TEST_F(LoadTest, ARejectedWholePacketIsLoadedFromItsFrontLater) {
     EXPECT_EQ(Query("SELECT count(*) FROM bug"), "3");
 }
 
-TEST_F(LoadTest, APacketLoadedByRecordsIsNotLoadedWholeAgain) {
+TEST_P(LoadTest, APacketLoadedByRecordsIsNotLoadedWholeAgain) {
     const auto sources = Bugs({{{"title", "A"}}, {{"title", "B"}, {"owner", "ann"}}});
     EXPECT_EQ(Load(sources), 1);
     m_options.wholePackets = true;
@@ -343,7 +343,7 @@ TEST_F(LoadTest, APacketLoadedByRecordsIsNotLoadedWholeAgain) {
     EXPECT_EQ(Query("SELECT count(*) FROM bug"), "1");
 }
 
-TEST_F(LoadTest, RetryingAnInterruptedLoadStillLeavesItsRejects) {
+TEST_P(LoadTest, RetryingAnInterruptedLoadStillLeavesItsRejects) {
     const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}, {"owner", "ann"}},
                                {{"source_id", "b"}, {"title", "B"}}});
     m_options.maxRejects = 0;
@@ -355,14 +355,14 @@ TEST_F(LoadTest, RetryingAnInterruptedLoadStillLeavesItsRejects) {
     EXPECT_EQ(Query("SELECT source_id FROM bug"), "b");
 }
 
-TEST_F(LoadTest, AFreshLoadThatStopsDoesNotPromiseToGoOn) {
+TEST_P(LoadTest, AFreshLoadThatStopsDoesNotPromiseToGoOn) {
     m_options.maxRejects = 0;
     m_options.fresh = true;
     Load(Bugs({{{"source_id", "a"}, {"title", "A"}, {"owner", "ann"}}}));
     EXPECT_THAT(Said(), HasSubstr("go on without --fresh"));
 }
 
-TEST_F(LoadTest, TwoLoadsOfOneSourceAtATimeDoNotBothImportIt) {
+TEST_P(LoadTest, TwoLoadsOfOneSourceAtATimeDoNotBothImportIt) {
     const auto database = recorddb::Database::Open(m_database, recorddb::Database::Mode::ReadWrite);
     const recorddb::journal::JournalKey key{std::string(64, 'a'), std::string(64, 'b')};
     LoadJournal first(database->GetJournal(), key, "bugs.xml", false, false);
@@ -382,17 +382,19 @@ TEST_F(LoadTest, TwoLoadsOfOneSourceAtATimeDoNotBothImportIt) {
     }
 }
 
-TEST_F(LoadTest, QuietSaysNothingOfSuccess) {
+TEST_P(LoadTest, QuietSaysNothingOfSuccess) {
     m_options.quiet = true;
     EXPECT_EQ(Load(Bugs({{{"source_id", "a"}, {"title", "A"}}})), 0);
     EXPECT_EQ(Said(), "");
 }
 
-TEST_F(LoadTest, TheTraceFileHoldsTheImportersTraces) {
+TEST_P(LoadTest, TheTraceFileHoldsTheImportersTraces) {
     m_options.trace = m_folder.File("trace.txt");
     Load(Bugs({{{"source_id", "a"}, {"title", "A"}}}));
     EXPECT_THAT(ReadFile(m_options.trace), HasSubstr("AdImporter: ImportRecord begins\n"));
 }
+
+ON_EACH_ENGINE(LoadTest);
 
 }  // namespace
 }  // namespace tool

@@ -18,7 +18,7 @@ constexpr const char* kOwnerByLogin =
     "<record_reference_mapping_list><m target_field=\"owner\" reference_field=\"email\"/>"
     "</record_reference_mapping_list>";
 
-class MissingRecordsTest : public LoadFixture {
+class MissingRecordsTest : public OnEachEngine<LoadFixture> {
   protected:
     // Loads bugs under a configuration with `more` in it.
     int LoadBugs(const std::vector<Fields>& bugs, std::string_view more = "",
@@ -28,18 +28,18 @@ class MissingRecordsTest : public LoadFixture {
     }
 };
 
-TEST_F(MissingRecordsTest, AReferenceWaitsForItsRecord) {
+TEST_P(MissingRecordsTest, AReferenceWaitsForItsRecord) {
     EXPECT_EQ(LoadBugs({{{"source_id", "a"}, {"title", "A"}, {"owner", " ann "}}}), 1);
     EXPECT_THAT(Said(), HasSubstr("It waits for the user \"ann\" (field owner)."));
 }
 
-TEST_F(MissingRecordsTest, AMappedReferenceNamesTheFieldThatIsSearched) {
+TEST_P(MissingRecordsTest, AMappedReferenceNamesTheFieldThatIsSearched) {
     EXPECT_EQ(LoadBugs({{{"source_id", "a"}, {"title", "A"}, {"owner", "ann@x"}}}, kOwnerByLogin),
               1);
     EXPECT_THAT(Said(), HasSubstr("It waits for the user whose email is \"ann@x\" (field owner)."));
 }
 
-TEST_F(MissingRecordsTest, OnlyTheMissingMembersOfAListAreNamed) {
+TEST_P(MissingRecordsTest, OnlyTheMissingMembersOfAListAreNamed) {
     Load({Configuration("keywords-configuration.xml", "record", "keyword", "name"),
           Records("keywords.xml", {{{"name", "k1"}}})});
     EXPECT_EQ(LoadBugs({{{"source_id", "a"}, {"title", "A"}, {"keywords", "k1, k2,,k3"}}}), 1);
@@ -48,7 +48,7 @@ TEST_F(MissingRecordsTest, OnlyTheMissingMembersOfAListAreNamed) {
                               Not(HasSubstr("keyword \"k1\""))));
 }
 
-TEST_F(MissingRecordsTest, ADuplicateWaitsForItsOriginal) {
+TEST_P(MissingRecordsTest, ADuplicateWaitsForItsOriginal) {
     EXPECT_EQ(LoadBugs({{{"source_id", "b"}, {"title", "B"}, {"duplicate_of", "a"}}},
                        "<duplicate_id name=\"duplicate_of\"/>"),
               1);
@@ -56,7 +56,7 @@ TEST_F(MissingRecordsTest, ADuplicateWaitsForItsOriginal) {
                 HasSubstr("It waits for the bug whose source_id is \"a\" (field duplicate_of)."));
 }
 
-TEST_F(MissingRecordsTest, ARejectedOneIsNamedWithItsPlace) {
+TEST_P(MissingRecordsTest, ARejectedOneIsNamedWithItsPlace) {
     EXPECT_EQ(LoadBugs({{{"source_id", "a"}, {"title", "A"}, {"votes", "many"}},
                         {{"source_id", "b"}, {"title", "B"}, {"duplicate_of", "a"}}},
                        "<duplicate_id name=\"duplicate_of\"/>"),
@@ -65,7 +65,7 @@ TEST_F(MissingRecordsTest, ARejectedOneIsNamedWithItsPlace) {
                                   m_folder.File("bugs.xml") + ", record 1."));
 }
 
-TEST_F(MissingRecordsTest, HistoryWaitsForItsRecord) {
+TEST_P(MissingRecordsTest, HistoryWaitsForItsRecord) {
     LoadBugs({{{"source_id", "a"}, {"title", "A"}, {"votes", "many"}}});
     EXPECT_EQ(LoadBugs({{{"source_id", "a"},
                          {"history", "1\t2020-01-01 00:00:00\tu\tsubmit\tnone\tNEW"}}},
@@ -74,24 +74,26 @@ TEST_F(MissingRecordsTest, HistoryWaitsForItsRecord) {
     EXPECT_THAT(Said(), HasSubstr("It waits for the bug whose source_id is \"a\"."));
 }
 
-TEST_F(MissingRecordsTest, AnUpdateThatCreatesNothingWaitsForItsRecord) {
+TEST_P(MissingRecordsTest, AnUpdateThatCreatesNothingWaitsForItsRecord) {
     EXPECT_EQ(LoadBugs({{{"source_id", "a"}, {"title", "A"}}}, "<updaterecord name=\"TRUE\"/>"), 1);
     EXPECT_THAT(Said(), HasSubstr("It waits for the bug whose source_id is \"a\"."));
 }
 
-TEST_F(MissingRecordsTest, ARecordThatLacksNothingWaitsForNothing) {
+TEST_P(MissingRecordsTest, ARecordThatLacksNothingWaitsForNothing) {
     EXPECT_EQ(
         LoadBugs({{{"source_id", "a"}, {"title", "A"}, {"votes", "many"}, {"owner", "blank"}}}), 1);
     EXPECT_THAT(Said(), Not(HasSubstr("waits")));
 }
 
-TEST_F(MissingRecordsTest, TheRejectsFolderSaysItToo) {
+TEST_P(MissingRecordsTest, TheRejectsFolderSaysItToo) {
     m_options.rejects = m_folder.File("rejects");
     LoadBugs({{{"source_id", "a"}, {"title", "A"}, {"owner", "ann"}}});
     std::ifstream file(m_folder.File("rejects/0001-records.xml"));
     const std::string text{std::istreambuf_iterator<char>(file), {}};
     EXPECT_THAT(text, HasSubstr("It waits for the user \"ann\" (field owner). -->\n<record>"));
 }
+
+ON_EACH_ENGINE(MissingRecordsTest);
 
 }  // namespace
 }  // namespace tool

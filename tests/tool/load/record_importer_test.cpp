@@ -11,7 +11,7 @@ namespace {
 
 // The importer keeps the values of a record that it skips silently. A history packet's record that
 // names no record of its own is then taken for the one before it.
-class RecordIsolationTest : public LoadFixture {
+class RecordIsolationTest : public OnEachEngine<LoadFixture> {
   protected:
     RecordIsolationTest() {
         Load({Configuration("c.xml", "record", "bug", "source_id"),
@@ -46,7 +46,7 @@ Obx_String BareImport(AdImporter& importer, const std::string& packet) {
     return importer.Import(Obx_String::FromUtf8(packet).Units());
 }
 
-TEST_F(RecordIsolationTest, TheBareImporterCarriesASkippedRecordIntoTheNextPacket) {
+TEST_P(RecordIsolationTest, TheBareImporterCarriesASkippedRecordIntoTheNextPacket) {
     AdImporter importer;
     importer.SetSession(AdSessionPtr(m_session.GetPtr()));
     BareImport(importer, m_configuration.ToPacket());
@@ -55,7 +55,7 @@ TEST_F(RecordIsolationTest, TheBareImporterCarriesASkippedRecordIntoTheNextPacke
     EXPECT_EQ(HistoryEntries(), "1") << "the leak that the tool must guard against";
 }
 
-TEST_F(RecordIsolationTest, TheToolCarriesNothingOfASkippedRecord) {
+TEST_P(RecordIsolationTest, TheToolCarriesNothingOfASkippedRecord) {
     RecordImporter importer(m_session);
     EXPECT_EQ(importer.Configure(m_configuration), "");
     EXPECT_TRUE(importer.Import(m_skipped).Skipped());
@@ -63,7 +63,7 @@ TEST_F(RecordIsolationTest, TheToolCarriesNothingOfASkippedRecord) {
     EXPECT_EQ(HistoryEntries(), "0");
 }
 
-TEST_F(RecordIsolationTest, AFreshImporterHasTheConfigurationInForce) {
+TEST_P(RecordIsolationTest, AFreshImporterHasTheConfigurationInForce) {
     RecordImporter importer(m_session);
     importer.Configure(m_configuration);
     EXPECT_TRUE(importer.Import("<record><broken></record>").Failed());
@@ -73,7 +73,7 @@ TEST_F(RecordIsolationTest, AFreshImporterHasTheConfigurationInForce) {
     EXPECT_EQ(outcome.done.historyEntries, 1);
 }
 
-TEST_F(RecordIsolationTest, ARefusedConfigurationLeavesTheFormerOneInForce) {
+TEST_P(RecordIsolationTest, ARefusedConfigurationLeavesTheFormerOneInForce) {
     RecordImporter importer(m_session);
     importer.Configure(m_configuration);
     ImportConfiguration other;
@@ -82,6 +82,8 @@ TEST_F(RecordIsolationTest, ARefusedConfigurationLeavesTheFormerOneInForce) {
     EXPECT_TRUE(importer.Import(m_skipped).Skipped());
     EXPECT_THAT(importer.Import(m_nameless).error, testing::HasSubstr("source_id"));
 }
+
+ON_EACH_ENGINE(RecordIsolationTest);
 
 }  // namespace
 }  // namespace tool

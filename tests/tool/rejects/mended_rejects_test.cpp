@@ -15,7 +15,7 @@ constexpr const char* kLine = "\t2020-01-01 00:00:00\tu\tsubmit\tnone\tNEW";
 
 // A load that rejects records of one data type, the folder they were set aside in, and the load of
 // that folder.
-class MendedRejects : public LoadFixture {
+class MendedRejects : public OnEachEngine<LoadFixture> {
   protected:
     MendedRejects() {
         m_options.attachments = m_folder.Path();
@@ -52,7 +52,7 @@ class MendedRejects : public LoadFixture {
     int LoadRejects() { return Load({m_folder.File("rejects")}); }
 };
 
-TEST_F(MendedRejects, AreCreated) {
+TEST_P(MendedRejects, AreCreated) {
     EXPECT_EQ(LoadWithRejects({{{"source_id", "c"}, {"title", "C"}, {"votes", "many"}},
                                {{"source_id", "d"}, {"title", "D"}, {"votes", "4"}}},
                               "record"),
@@ -63,7 +63,7 @@ TEST_F(MendedRejects, AreCreated) {
               "c3\nd4");
 }
 
-TEST_F(MendedRejects, AreUpdated) {
+TEST_P(MendedRejects, AreUpdated) {
     EXPECT_EQ(LoadWithRejects(
                   {{{"source_id", "a"}, {"votes", "many"}}, {{"source_id", "b"}, {"votes", "4"}}},
                   "record", "<updaterecord name=\"TRUE\"/>"),
@@ -73,7 +73,7 @@ TEST_F(MendedRejects, AreUpdated) {
     EXPECT_EQ(Query("SELECT source_id || votes FROM bug ORDER BY source_id"), "a3\nb4");
 }
 
-TEST_F(MendedRejects, GetTheirHistory) {
+TEST_P(MendedRejects, GetTheirHistory) {
     EXPECT_EQ(LoadWithRejects({{{"source_id", "a"}, {"history", "1\tnever\tu\tsubmit\tnone\tNEW"}},
                                {{"source_id", "b"}, {"history", std::string("1") + kLine}}},
                               "history"),
@@ -84,7 +84,7 @@ TEST_F(MendedRejects, GetTheirHistory) {
     EXPECT_EQ(Query("SELECT count(DISTINCT record) FROM zt_history"), "2");
 }
 
-TEST_F(MendedRejects, GetTheirAttachments) {
+TEST_P(MendedRejects, GetTheirAttachments) {
     EXPECT_EQ(LoadWithRejects({{{"source_id", "a"}, {"files", "1\nmissing.txt\n5\nit"}},
                                {{"source_id", "b"}, {"files", "1\nthere.txt\n5\nit"}}},
                               "attachments"),
@@ -94,7 +94,7 @@ TEST_F(MendedRejects, GetTheirAttachments) {
     EXPECT_EQ(Query("SELECT count(DISTINCT record) FROM zt_attachment"), "2");
 }
 
-TEST_F(MendedRejects, OfSeveralConfigurationsAreLoadedEachUnderItsOwn) {
+TEST_P(MendedRejects, OfSeveralConfigurationsAreLoadedEachUnderItsOwn) {
     LoadWithRejects({{{"source_id", "c"}, {"title", "C"}, {"votes", "many"}}}, "record");
     m_options.rejects = m_folder.File("rejects");
     Load({Configuration("history-configuration.xml", "history", "bug", "source_id"),
@@ -105,7 +105,7 @@ TEST_F(MendedRejects, OfSeveralConfigurationsAreLoadedEachUnderItsOwn) {
     EXPECT_EQ(Query("SELECT votes FROM bug JOIN zt_history ON record = dbid"), "3");
 }
 
-TEST_F(MendedRejects, ThatAreStillWrongAreRejectedAgain) {
+TEST_P(MendedRejects, ThatAreStillWrongAreRejectedAgain) {
     LoadWithRejects({{{"source_id", "c"}, {"title", "C"}, {"votes", "many"}}}, "record");
     Mend("many", "some");
     EXPECT_EQ(LoadRejects(), 1);
@@ -113,7 +113,7 @@ TEST_F(MendedRejects, ThatAreStillWrongAreRejectedAgain) {
     EXPECT_EQ(Query("SELECT count(*) FROM bug"), "2");
 }
 
-TEST_F(MendedRejects, ThatAreStillWrongAreSetAsideAnewBesideTheMendedFile) {
+TEST_P(MendedRejects, ThatAreStillWrongAreSetAsideAnewBesideTheMendedFile) {
     LoadWithRejects({{{"source_id", "c"}, {"title", "C"}, {"votes", "many"}},
                      {{"source_id", "d"}, {"title", "D"}, {"votes", "some"}}},
                     "record");
@@ -128,6 +128,8 @@ TEST_F(MendedRejects, ThatAreStillWrongAreSetAsideAnewBesideTheMendedFile) {
               "c3\nd4");
     EXPECT_FALSE(std::filesystem::exists(m_folder.File("rejects/0003-records.xml")));
 }
+
+ON_EACH_ENGINE(MendedRejects);
 
 }  // namespace
 }  // namespace tool

@@ -9,7 +9,7 @@ namespace {
 
 using testing::HasSubstr;
 
-class ShowTest : public LoadFixture {
+class ShowTest : public OnEachEngine<LoadFixture> {
   protected:
     ShowTest() {
         m_options.attachments = m_folder.Path();
@@ -37,20 +37,20 @@ class ShowTest : public LoadFixture {
     }
 };
 
-TEST_F(ShowTest, TypesAreShownWithTheirNumbersOfRecords) {
+TEST_P(ShowTest, TypesAreShownWithTheirNumbersOfRecords) {
     EXPECT_EQ(Show(),
               "user             1\n"
               "keyword          2\n"
               "bug              2\n");
 }
 
-TEST_F(ShowTest, RecordsOfATypeAreShownOneALine) {
+TEST_P(ShowTest, RecordsOfATypeAreShownOneALine) {
     EXPECT_EQ(Show("BUG"),
               "BUG00000001  NEW  a  Late...\n"
               "BUG00000002  CLOSED  b  Late\n");
 }
 
-TEST_F(ShowTest, ARecordIsShownWithAllThatBelongsToIt) {
+TEST_P(ShowTest, ARecordIsShownWithAllThatBelongsToIt) {
     EXPECT_EQ(Show("bug", "BUG00000001"),
               "bug BUG00000001\n"
               "  dbid       1\n"
@@ -69,15 +69,15 @@ TEST_F(ShowTest, ARecordIsShownWithAllThatBelongsToIt) {
               "  files: note.txt, 5 bytes, a note\n");
 }
 
-TEST_F(ShowTest, ADuplicateNamesItsOriginal) {
+TEST_P(ShowTest, ADuplicateNamesItsOriginal) {
     EXPECT_THAT(Show("bug", "BUG00000002"), HasSubstr("duplicate of BUG00000001\n"));
 }
 
-TEST_F(ShowTest, ARecordIsFoundByItsKey) {
+TEST_P(ShowTest, ARecordIsFoundByItsKey) {
     EXPECT_THAT(Show("user", "ann"), HasSubstr("email  ann@example.org"));
 }
 
-TEST_F(ShowTest, AnUnknownTypeIsToldWhichThereAre) {
+TEST_P(ShowTest, AnUnknownTypeIsToldWhichThereAre) {
     try {
         Show("bogus");
         FAIL() << "no error";
@@ -86,9 +86,11 @@ TEST_F(ShowTest, AnUnknownTypeIsToldWhichThereAre) {
     }
 }
 
-TEST_F(ShowTest, AnUnknownRecordIsAnError) {
+TEST_P(ShowTest, AnUnknownRecordIsAnError) {
     EXPECT_THROW(Show("bug", "BUG9"), UsageError);
 }
+
+ON_EACH_ENGINE(ShowTest);
 
 }  // namespace
 }  // namespace tool

@@ -58,6 +58,29 @@ std::vector<std::string> RowsOf(recorddb::Database& database, const std::string&
     return FirstColumn(database, fmt::format("SELECT {} FROM \"{}\" ORDER BY 1", row, table));
 }
 
+// The same of a schema on a server.
+std::string DumpOfServer(recorddb::Database& database) {
+    std::string dump;
+    for (const std::string& index :
+         FirstColumn(database,
+                     "SELECT indexdef FROM pg_indexes WHERE schemaname = current_schema() "
+                     "ORDER BY indexname")) {
+        dump += index + '\n';
+    }
+    for (const std::string& table :
+         FirstColumn(database,
+                     "SELECT tablename FROM pg_tables WHERE schemaname = "
+                     "current_schema() ORDER BY tablename")) {
+        const std::string row =
+            table == "zt_duplicate" ? "(t.record_type, t.duplicate, t.original)::text" : "t::text";
+        for (const std::string& text : FirstColumn(
+                 database, fmt::format("SELECT {} FROM \"{}\" AS t ORDER BY 1", row, table))) {
+            dump += table + '|' + text + '\n';
+        }
+    }
+    return dump;
+}
+
 }  // namespace
 
 std::string RecordXml(const Fields& fields) {
@@ -68,7 +91,8 @@ std::string RecordXml(const Fields& fields) {
     return xml + "</record>\n";
 }
 
-LoadFixture::LoadFixture() : m_database(m_folder.File("tracker.db")) {
+LoadFixture::LoadFixture(Engine engine)
+    : m_place(engine, m_folder.File("tracker.db")), m_database(m_place.Location()) {
     recorddb::Database::Create(m_database, recorddb::schema::ReadSchema(kSchema, "schema.yaml"));
 }
 
@@ -113,6 +137,9 @@ void LoadFixture::Execute(const std::string& sql) {
 
 std::string LoadFixture::Dump() {
     const auto database = recorddb::Database::Open(m_database, recorddb::Database::Mode::ReadOnly);
+    if (!IsFile()) {
+        return DumpOfServer(*database);
+    }
     std::string dump;
     for (const std::string& statement :
          FirstColumn(*database, "SELECT sql FROM sqlite_master ORDER BY name")) {

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "engines.h"
 #include "temporary_folder.h"
 #include "tool/load/load_options.h"
 
@@ -20,7 +21,7 @@ using Fields = std::vector<std::pair<std::string, std::string>>;
 class LoadFixture : public testing::Test {
   protected:
     // Makes an empty database of users, keywords and bugs.
-    LoadFixture();
+    explicit LoadFixture(Engine engine = Engine::Sqlite);
 
     // Write a packet file and return its path.
     std::string Configuration(const std::string& file, std::string_view data, std::string_view type,
@@ -38,11 +39,14 @@ class LoadFixture : public testing::Test {
     // Changes the database.
     void Execute(const std::string& sql);
 
-    // All that the database holds, its tables' definitions among it, but for the times at which
-    // duplicates were marked.
+    // All that the database holds, the definitions of a file's tables and a server's indexes among
+    // it, but for the times at which duplicates were marked.
     std::string Dump();
 
+    bool IsFile() const { return m_place.IsFile(); }
+
     const TemporaryFolder m_folder;
+    const DatabasePlace m_place;
     std::string m_database;
     LoadOptions m_options;
 

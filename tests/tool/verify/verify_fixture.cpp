@@ -29,7 +29,7 @@ std::vector<std::string> Together(std::vector<std::string> sources,
     return sources;
 }
 
-VerifyFixture::VerifyFixture() {
+VerifyFixture::VerifyFixture(Engine engine) : LoadFixture(engine) {
     const std::string folder = m_folder.File("files");
     std::filesystem::create_directories(folder + "/sub");
     std::ofstream(folder + "/sub/a.txt") << "hello";
@@ -136,7 +136,8 @@ std::string VerifyFixture::Faults() const {
 
 void VerifyFixture::Damage(const std::string& sql) {
     const auto connection = recorddb::sql::Open(m_database, recorddb::sql::OpenMode::ReadWrite);
-    connection->ExecuteScript("PRAGMA foreign_keys = OFF");
+    connection->ExecuteScript(IsFile() ? "PRAGMA foreign_keys = OFF"
+                                       : "SET session_replication_role = replica");
     connection->ExecuteScript(sql);
 }
 

@@ -19,7 +19,7 @@ inline const Fields kBug = {{"source_id", "C-1"}, {"title", "One"}};
 // A loaded tracker, and the words in which tests of comparisons speak of it.
 class VerifyFixture : public LoadFixture {
   protected:
-    VerifyFixture();
+    explicit VerifyFixture(Engine engine = Engine::Sqlite);
 
     // Packets of two users and three keywords, under their configurations.
     std::vector<std::string> Basics();

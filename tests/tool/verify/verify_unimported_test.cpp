@@ -15,9 +15,9 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-class VerifyUnimportedTest : public VerifyFixture {};
+class VerifyUnimportedTest : public OnEachEngine<VerifyFixture> {};
 
-TEST_F(VerifyUnimportedTest, MalformedRecordsAreNotInTheDatabase) {
+TEST_P(VerifyUnimportedTest, MalformedRecordsAreNotInTheDatabase) {
     const auto sources =
         Together({Configuration("configuration.xml", "record", "bug", "source_id")},
                  {m_folder.Write("bugs.xml",
@@ -30,7 +30,7 @@ TEST_F(VerifyUnimportedTest, MalformedRecordsAreNotInTheDatabase) {
     EXPECT_THAT(Shown(), HasSubstr("bugs.xml, record 2 (C-2), line 2: bug: not imported: "));
 }
 
-TEST_F(VerifyUnimportedTest, WhatIsNotReadAsARecordIsADifference) {
+TEST_P(VerifyUnimportedTest, WhatIsNotReadAsARecordIsADifference) {
     const auto sources =
         Together({Configuration("configuration.xml", "record", "bug", "source_id")},
                  {m_folder.Write("bugs.xml",
@@ -44,7 +44,7 @@ TEST_F(VerifyUnimportedTest, WhatIsNotReadAsARecordIsADifference) {
     EXPECT_THAT(Differences(), Not(HasSubstr("\n")));
 }
 
-TEST_F(VerifyUnimportedTest, APacketThatIsCutShortIsADifference) {
+TEST_P(VerifyUnimportedTest, APacketThatIsCutShortIsADifference) {
     const auto sources =
         Together({Configuration("configuration.xml", "record", "bug", "source_id")},
                  {m_folder.Write("bugs.xml", "<records>" + RecordXml(kBug))});
@@ -54,14 +54,14 @@ TEST_F(VerifyUnimportedTest, APacketThatIsCutShortIsADifference) {
     EXPECT_THAT(Shown(), EndsWith("NOT verified: 1 difference found.\n"));
 }
 
-TEST_F(VerifyUnimportedTest, ARecordBeyondALimitIsNotCompared) {
+TEST_P(VerifyUnimportedTest, ARecordBeyondALimitIsNotCompared) {
     const auto sources = Bugs("bugs", {{{"source_id", "C-1"}, {"title", "<a><b>One</b></a>"}}});
     m_verifyOptions.limits.depth = 3;
     EXPECT_EQ(Verify(sources), 1);
     EXPECT_THAT(Differences(), HasSubstr("--max-depth"));
 }
 
-TEST_F(VerifyUnimportedTest, DataThatNoImportTakesIsADifference) {
+TEST_P(VerifyUnimportedTest, DataThatNoImportTakesIsADifference) {
     const auto sources = Bugs("bugs", {kBug}, "", "records");
     Load(sources);
     EXPECT_EQ(Verify(sources), 1);
@@ -70,7 +70,7 @@ TEST_F(VerifyUnimportedTest, DataThatNoImportTakesIsADifference) {
               "attachments");
 }
 
-TEST_F(VerifyUnimportedTest, AFieldThatTheTypeLacksIsADifference) {
+TEST_P(VerifyUnimportedTest, AFieldThatTheTypeLacksIsADifference) {
     const auto sources = Bugs("bugs", {kBug});
     Load(sources);
     const auto update = Bugs("update", {{{"source_id", "C-1"}, {"colour", "red"}}}, kUpdate);
@@ -79,7 +79,7 @@ TEST_F(VerifyUnimportedTest, AFieldThatTheTypeLacksIsADifference) {
     EXPECT_EQ(Differences(), "BUG00000001|colour|red||bug has no such field");
 }
 
-TEST_F(VerifyUnimportedTest, AReferenceToNothingSaysSo) {
+TEST_P(VerifyUnimportedTest, AReferenceToNothingSaysSo) {
     const auto sources = Together(Basics(), Bugs("bugs", {kBug}));
     Load(sources);
     const auto update = Bugs(
@@ -91,7 +91,7 @@ TEST_F(VerifyUnimportedTest, AReferenceToNothingSaysSo) {
               "BUG00000001|keywords|red,pink||there is no keyword \"pink\"");
 }
 
-TEST_F(VerifyUnimportedTest, HistoryLinesWithACommentAreMissing) {
+TEST_P(VerifyUnimportedTest, HistoryLinesWithACommentAreMissing) {
     EXPECT_EQ(LoadAndVerifyBugs({{{"source_id", "C-1"},
                                   {"title", "One"},
                                   {"log",
@@ -102,7 +102,7 @@ TEST_F(VerifyUnimportedTest, HistoryLinesWithACommentAreMissing) {
               "BUG00000001|log, entry h1|2020-01-01 00:00:00\tann\tsubmit\tnone\tNEW\twhy||");
 }
 
-TEST_F(VerifyUnimportedTest, HistoryBeyondTheImportersLimitIsMissing) {
+TEST_P(VerifyUnimportedTest, HistoryBeyondTheImportersLimitIsMissing) {
     std::string log;
     for (int i = 0; i < 503; ++i) {
         log += "h" + std::to_string(i) + "\t2020-01-01\tann\tact " + std::to_string(i) +
@@ -114,7 +114,7 @@ TEST_F(VerifyUnimportedTest, HistoryBeyondTheImportersLimitIsMissing) {
               "BUG00000001|log, entry h502|2020-01-01 00:00:00\tann\tact 502\tNEW\tNEW||");
 }
 
-TEST_F(VerifyUnimportedTest, TheRestOfAnIncompleteAttachmentIsMissing) {
+TEST_P(VerifyUnimportedTest, TheRestOfAnIncompleteAttachmentIsMissing) {
     EXPECT_EQ(LoadAndVerifyBugs({{{"source_id", "C-1"},
                                   {"title", "One"},
                                   {"files", "a1\nb.txt\n5\nsecond\na2\nc.txt"}}}),
@@ -122,13 +122,13 @@ TEST_F(VerifyUnimportedTest, TheRestOfAnIncompleteAttachmentIsMissing) {
     EXPECT_EQ(Differences(), "BUG00000001|files|c.txt||incomplete: an attachment takes four lines");
 }
 
-TEST_F(VerifyUnimportedTest, ASizeThatTheSourceDeclaresWronglyIsADifference) {
+TEST_P(VerifyUnimportedTest, ASizeThatTheSourceDeclaresWronglyIsADifference) {
     LoadAndVerifyBugs(
         {{{"source_id", "C-1"}, {"title", "One"}, {"files", "a1\nb.txt\n6\nsecond"}}});
     EXPECT_EQ(Differences(), "BUG00000001|files, b.txt, declared size|6|5|");
 }
 
-TEST_F(VerifyUnimportedTest, AFileThatIsGoneIsADifference) {
+TEST_P(VerifyUnimportedTest, AFileThatIsGoneIsADifference) {
     const auto sources = Tracker();
     Load(sources);
     std::filesystem::remove(m_folder.File("files/b.txt"));
@@ -137,7 +137,7 @@ TEST_F(VerifyUnimportedTest, AFileThatIsGoneIsADifference) {
     EXPECT_THAT(Differences(), HasSubstr("No such file"));
 }
 
-TEST_F(VerifyUnimportedTest, AFileThatChangedIsADifference) {
+TEST_P(VerifyUnimportedTest, AFileThatChangedIsADifference) {
     const auto sources = Tracker();
     Load(sources);
     std::ofstream(m_folder.File("files/b.txt")) << "OTHER";
@@ -145,11 +145,13 @@ TEST_F(VerifyUnimportedTest, AFileThatChangedIsADifference) {
     EXPECT_THAT(Differences(), StartsWith("BUG00000001|files, b.txt, content|"));
 }
 
-TEST_F(VerifyUnimportedTest, WhatTheDecodingChangesIsADifference) {
+TEST_P(VerifyUnimportedTest, WhatTheDecodingChangesIsADifference) {
     EXPECT_EQ(LoadAndVerifyBugs({{{"source_id", "C-1"}, {"title", "a &amp;lt; b"}}}), 1);
     EXPECT_THAT(Differences(), StartsWith("|title|||"));
     EXPECT_THAT(Shown(), EndsWith("NOT verified: 1 of 6 records differs.\n"));
 }
+
+ON_EACH_ENGINE(VerifyUnimportedTest);
 
 }  // namespace
 }  // namespace tool

@@ -14,9 +14,9 @@ using testing::HasSubstr;
 
 constexpr const char* kReplace = "<updaterecord name=\"TRUE\"/><replacereflist name=\"TRUE\"/>";
 
-class VerifyUpdatesTest : public VerifyFixture {};
+class VerifyUpdatesTest : public OnEachEngine<VerifyFixture> {};
 
-TEST_F(VerifyUpdatesTest, AnUpdateReplacesWhatItSpeaksOf) {
+TEST_P(VerifyUpdatesTest, AnUpdateReplacesWhatItSpeaksOf) {
     LoadAndVerifyBugs({{{"source_id", "C-1"}, {"title", "One"}, {"votes", "1"}, {"owner", "ann"}}});
     EXPECT_EQ(
         LoadAndVerifyMore(Bugs(
@@ -31,7 +31,7 @@ TEST_F(VerifyUpdatesTest, AnUpdateReplacesWhatItSpeaksOf) {
               "BUG00000001|owner|bob|ann|");
 }
 
-TEST_F(VerifyUpdatesTest, ADifferenceNamesTheSourceThatSpokeLast) {
+TEST_P(VerifyUpdatesTest, ADifferenceNamesTheSourceThatSpokeLast) {
     LoadAndVerifyBugs({{{"source_id", "C-1"}, {"title", "One"}, {"votes", "1"}}});
     LoadAndVerifyMore(Bugs("update", {{{"source_id", "C-1"}, {"votes", "2"}}}, kUpdate));
     Damage("UPDATE bug SET votes = 1");
@@ -41,7 +41,7 @@ TEST_F(VerifyUpdatesTest, ADifferenceNamesTheSourceThatSpokeLast) {
                                    "\"2\", database \"1\"\n"));
 }
 
-TEST_F(VerifyUpdatesTest, ListsGrowByUpdates) {
+TEST_P(VerifyUpdatesTest, ListsGrowByUpdates) {
     LoadAndVerifyBugs({{{"source_id", "C-1"}, {"title", "One"}, {"keywords", "blue"}}});
     EXPECT_EQ(LoadAndVerifyMore(Bugs(
                   "update", {{{"source_id", "C-1"}, {"keywords", "red,,blue , red"}}}, kUpdate)),
@@ -52,7 +52,7 @@ TEST_F(VerifyUpdatesTest, ListsGrowByUpdates) {
     EXPECT_EQ(Differences(), "BUG00000001|keywords|blue,red|blue|");
 }
 
-TEST_F(VerifyUpdatesTest, TheOrderOfAListThatWasNotReplacedDoesNotCount) {
+TEST_P(VerifyUpdatesTest, TheOrderOfAListThatWasNotReplacedDoesNotCount) {
     LoadAndVerifyBugs({{{"source_id", "C-1"}, {"title", "One"}, {"keywords", "blue,red"}}});
     Damage(
         "UPDATE bug__keywords SET position = 9 WHERE target = 3;"
@@ -61,7 +61,7 @@ TEST_F(VerifyUpdatesTest, TheOrderOfAListThatWasNotReplacedDoesNotCount) {
     EXPECT_EQ(Verify(m_sources), 0) << Shown();
 }
 
-TEST_F(VerifyUpdatesTest, ListsAreReplaced) {
+TEST_P(VerifyUpdatesTest, ListsAreReplaced) {
     LoadAndVerifyBugs({{{"source_id", "C-1"}, {"title", "One"}, {"keywords", "blue,red"}}});
     EXPECT_EQ(LoadAndVerifyMore(
                   Bugs("update", {{{"source_id", "C-1"}, {"keywords", "green,red"}}}, kReplace)),
@@ -72,7 +72,7 @@ TEST_F(VerifyUpdatesTest, ListsAreReplaced) {
     EXPECT_EQ(Differences(), "BUG00000001|keywords|green,red|red,green|in another order");
 }
 
-TEST_F(VerifyUpdatesTest, AReplacedListCanBeEmpty) {
+TEST_P(VerifyUpdatesTest, AReplacedListCanBeEmpty) {
     LoadAndVerifyBugs({{{"source_id", "C-1"}, {"title", "One"}, {"keywords", "blue,red"}}});
     EXPECT_EQ(
         LoadAndVerifyMore(Bugs("update", {{{"source_id", "C-1"}, {"keywords", " , "}}}, kReplace)),
@@ -83,7 +83,7 @@ TEST_F(VerifyUpdatesTest, AReplacedListCanBeEmpty) {
     EXPECT_EQ(Differences(), "BUG00000001|keywords||red|");
 }
 
-TEST_F(VerifyUpdatesTest, TheOrderOfAReplacedListCountsWhoeverMadeTheRecord) {
+TEST_P(VerifyUpdatesTest, TheOrderOfAReplacedListCountsWhoeverMadeTheRecord) {
     LoadAndVerifyBugs({{{"source_id", "C-1"}, {"title", "One"}, {"keywords", "blue,red"}}});
     const auto update =
         Bugs("update", {{{"source_id", "C-1"}, {"keywords", "green,red"}}}, kReplace);
@@ -93,7 +93,7 @@ TEST_F(VerifyUpdatesTest, TheOrderOfAReplacedListCountsWhoeverMadeTheRecord) {
     EXPECT_EQ(Differences(), "BUG00000001|keywords|green,red|red,green|in another order");
 }
 
-TEST_F(VerifyUpdatesTest, WhatOtherSourcesBroughtIsNoDifferenceWhereTheseOnlyAdd) {
+TEST_P(VerifyUpdatesTest, WhatOtherSourcesBroughtIsNoDifferenceWhereTheseOnlyAdd) {
     const auto sources = Tracker();
     Load(sources);
     const auto more = Together(
@@ -109,7 +109,7 @@ TEST_F(VerifyUpdatesTest, WhatOtherSourcesBroughtIsNoDifferenceWhereTheseOnlyAdd
     EXPECT_EQ(Verify(Together(sources, more)), 0) << Shown();
 }
 
-TEST_F(VerifyUpdatesTest, WhatSourcesAddIsLookedForAmongWhatIsThere) {
+TEST_P(VerifyUpdatesTest, WhatSourcesAddIsLookedForAmongWhatIsThere) {
     Load(Tracker());
     const auto more = Together(
         Bugs("update", {{{"source_id", "C-1"}, {"keywords", "green"}}}, kUpdate),
@@ -124,7 +124,7 @@ TEST_F(VerifyUpdatesTest, WhatSourcesAddIsLookedForAmongWhatIsThere) {
               "BUG00000001|log, entry h4|2021-01-01 00:00:00\te\tx\ty\tz||");
 }
 
-TEST_F(VerifyUpdatesTest, AnAttachmentTakesThePlaceOfOneOfItsName) {
+TEST_P(VerifyUpdatesTest, AnAttachmentTakesThePlaceOfOneOfItsName) {
     const auto sources = Tracker();
     Load(sources);
     std::filesystem::create_directory(m_folder.File("files/new"));
@@ -135,7 +135,7 @@ TEST_F(VerifyUpdatesTest, AnAttachmentTakesThePlaceOfOneOfItsName) {
     EXPECT_EQ(Query("SELECT filename FROM zt_attachment ORDER BY dbid"), "b.txt\nA.TXT");
 }
 
-TEST_F(VerifyUpdatesTest, AMendedRecordIsVerifiedWithItsFirstForm) {
+TEST_P(VerifyUpdatesTest, AMendedRecordIsVerifiedWithItsFirstForm) {
     const auto sources = Bugs("bugs", {{{"source_id", "C-1"},
                                         {"title", "One"},
                                         {"votes", "many"},
@@ -152,7 +152,7 @@ TEST_F(VerifyUpdatesTest, AMendedRecordIsVerifiedWithItsFirstForm) {
     EXPECT_EQ(Verify(Together(sources, m_sources)), 0) << Shown();
 }
 
-TEST_F(VerifyUpdatesTest, ListsAndFilesOfAMendedRecordBeginAnew) {
+TEST_P(VerifyUpdatesTest, ListsAndFilesOfAMendedRecordBeginAnew) {
     const auto sources = Bugs("bugs", {{{"source_id", "C-1"},
                                         {"title", "One"},
                                         {"votes", "many"},
@@ -170,7 +170,7 @@ TEST_F(VerifyUpdatesTest, ListsAndFilesOfAMendedRecordBeginAnew) {
     EXPECT_EQ(Verify(Together(sources, m_sources)), 0) << Shown();
 }
 
-TEST_F(VerifyUpdatesTest, WhatAMendedRecordLeavesOutIsStillMissing) {
+TEST_P(VerifyUpdatesTest, WhatAMendedRecordLeavesOutIsStillMissing) {
     const auto sources =
         Bugs("bugs", {{{"source_id", "C-1"}, {"title", "One"}, {"votes", "many"}}});
     EXPECT_EQ(Load(sources), 1);
@@ -179,12 +179,14 @@ TEST_F(VerifyUpdatesTest, WhatAMendedRecordLeavesOutIsStillMissing) {
     EXPECT_EQ(Differences(), "BUG00000001|votes|many||");
 }
 
-TEST_F(VerifyUpdatesTest, SourcesThatRepeatCountOnceAsInALoad) {
+TEST_P(VerifyUpdatesTest, SourcesThatRepeatCountOnceAsInALoad) {
     const auto sources = Tracker();
     Load(sources);
     EXPECT_EQ(Verify(Together(sources, sources)), 0) << Shown();
     EXPECT_THAT(Shown(), HasSubstr("history.xml: read already, and passed over as in a load"));
 }
+
+ON_EACH_ENGINE(VerifyUpdatesTest);
 
 }  // namespace
 }  // namespace tool

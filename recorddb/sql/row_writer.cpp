@@ -5,21 +5,13 @@
 #include <string>
 #include <vector>
 
-#include "recorddb/errors.h"
+#include "recorddb/sql/row_sql.h"
 
 namespace recorddb::sql {
 
 namespace {
 
 using Kind = RowChange::Kind;
-
-std::string Listed(std::span<const RowColumn> columns) {
-    std::vector<std::string> names;
-    for (const RowColumn& column : columns) {
-        names.push_back(Quoted(column.name));
-    }
-    return fmt::format("{}", fmt::join(names, ", "));
-}
 
 // "a = $FIRST, b = $FIRST+1", with what stands between them.
 std::string Equations(std::span<const RowColumn> columns, std::size_t first,
@@ -36,17 +28,9 @@ std::string InsertSql(const RowChange& change) {
     for (std::size_t i = 0; i < change.columns.size(); ++i) {
         parameters.push_back(fmt::format("${}", i + 1));
     }
-    return fmt::format("INSERT INTO {} ({}) VALUES ({})", Quoted(change.table),
-                       Listed(change.columns), fmt::join(parameters, ", "));
-}
-
-std::string InsertOrUpdateSql(const RowChange& change) {
-    std::vector<std::string> taken;
-    for (const RowColumn& column : change.columns.subspan(change.keys)) {
-        taken.push_back(fmt::format("{0} = excluded.{0}", Quoted(column.name)));
-    }
-    return fmt::format("{} ON CONFLICT ({}) DO UPDATE SET {}", InsertSql(change),
-                       Listed(change.columns.first(change.keys)), fmt::join(taken, ", "));
+    return fmt::format("INSERT INTO {} ({}) VALUES ({}){}", Quoted(change.table),
+                       ColumnList(change.columns), fmt::join(parameters, ", "),
+                       ConflictClause(change));
 }
 
 std::string SqlOf(const RowChange& change) {
@@ -54,9 +38,8 @@ std::string SqlOf(const RowChange& change) {
     const std::string rowMeant = Equations(change.columns.first(change.keys), 1, " AND ");
     switch (change.kind) {
         case Kind::Insert:
-            return InsertSql(change);
         case Kind::InsertOrUpdate:
-            return InsertOrUpdateSql(change);
+            return InsertSql(change);
         case Kind::Update:
             return fmt::format(
                 "UPDATE {} SET {} WHERE {}", table,
@@ -81,10 +64,7 @@ class StatementRowWriter final : public RowWriter {
                 BindCell(statement, ++parameter, cell);
             }
             if (statement.Execute() != 1) {
-                throw Error(ErrorKind::Conflict,
-                            fmt::format("another program has changed rows of the table \"{}\"",
-                                        change.table),
-                            sql);
+                throw RowsChanged(change.table, sql);
             }
         }
     }

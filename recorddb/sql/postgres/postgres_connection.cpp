@@ -7,6 +7,8 @@
 #include "recorddb/errors.h"
 #include "recorddb/sql/dialect.h"
 #include "recorddb/sql/postgres/postgres_cursor.h"
+#include "recorddb/sql/postgres/postgres_row_reader.h"
+#include "recorddb/sql/postgres/postgres_row_writer.h"
 #include "recorddb/sql/postgres/postgres_statement.h"
 
 namespace recorddb::sql {
@@ -26,7 +28,10 @@ constexpr Dialect kPostgresDialect = {
 }  // namespace
 
 PostgresConnection::PostgresConnection(PostgresHandle handle, std::string begin, bool readOnly)
-    : m_handle(std::move(handle)), m_begin(std::move(begin)), m_readOnly(readOnly) {}
+    : m_handle(std::move(handle)),
+      m_begin(std::move(begin)),
+      m_readOnly(readOnly),
+      m_arrayStatements(m_handle) {}
 
 PostgresConnection::~PostgresConnection() {
     // The statements that are kept go with it, and need not be dropped one by one.
@@ -86,6 +91,14 @@ bool PostgresConnection::HasIndex(std::string_view name) {
         "WHERE n.nspname = current_schema() AND t.relkind = 'i' AND t.relname = $1");
     find.BindAll(name);
     return QueryInt(find).has_value();
+}
+
+std::unique_ptr<RowWriter> PostgresConnection::MakeRowWriter() {
+    return std::make_unique<PostgresRowWriter>(m_handle, m_arrayStatements);
+}
+
+std::unique_ptr<RowReader> PostgresConnection::MakeRowReader() {
+    return std::make_unique<PostgresRowReader>(m_handle, m_arrayStatements);
 }
 
 const Dialect& PostgresConnection::GetDialect() const {

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "recorddb/sql.h"
+#include "recorddb/sql/postgres/array_statements.h"
 #include "recorddb/sql/postgres/postgres_handle.h"
 #include "recorddb/sql/statement_cache.h"
 
@@ -31,6 +32,9 @@ class PostgresConnection final : public Connection {
     void ExecuteScript(std::string_view sql) override;
     bool HasTable(std::string_view name) override;
     bool HasIndex(std::string_view name) override;
+    std::unique_ptr<RowWriter> MakeRowWriter() override;
+    std::unique_ptr<RowReader> MakeRowReader() override;
+    bool ReadsManyForLess() const override { return true; }
     const Dialect& GetDialect() const override;
     bool IsReadOnly() const override { return m_readOnly; }
     bool TransactionSurvivesErrors() const override { return false; }
@@ -46,6 +50,7 @@ class PostgresConnection final : public Connection {
     PostgresHandle m_handle;
     std::string m_begin;
     bool m_readOnly;
+    ArrayStatements m_arrayStatements;
     StatementCache m_statements;  // destroyed before the handle that the statements belong to
 };
 

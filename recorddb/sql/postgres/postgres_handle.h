@@ -48,6 +48,9 @@ class PostgresHandle {
     std::string_view Setting(const char* name) const;
     int ServerVersion() const;
 
+    // For what libpq does beyond these calls. It stays the handle's.
+    pg_conn* Raw() const { return m_connection.get(); }
+
     // Ends the connection. Nothing but Forget may follow.
     void Close() noexcept { m_connection.reset(); }
 

@@ -25,15 +25,18 @@ constexpr int kOldestServer = 130000;
 // lock_timeout: how long a writer waits for another one, unless the user has set it. Loads commit
 // often, so the lock becomes free many times within this.
 //
-// enable_seqscan: every look-up has its index. Plans are kept for the life of a statement, and the
-// first of them are made while the tables are empty, when reading all of a table looks cheap; a
-// load would stay slow from then on. With sequential scans off, the cost of a query that needs one
-// looks enormous, and the server would compile it: so jit is off.
+// enable_seqscan, enable_hashjoin, enable_mergejoin: every look-up has its index. Plans are kept
+// for the life of a statement, and the first of them are made while the tables are empty, when
+// reading all of a table looks cheap; a load would stay slow from then on. With sequential scans
+// off, the cost of a query that needs one looks enormous, and the server would compile it: so jit
+// is off.
 //
 // bytea_output: what PostgresResult reads.
 constexpr const char* kConnectionSettings =
     "SELECT set_config('lock_timeout', '10s', false) WHERE current_setting('lock_timeout') = '0';"
     "SET enable_seqscan = off;"
+    "SET enable_hashjoin = off;"
+    "SET enable_mergejoin = off;"
     "SET jit = off;"
     "SET plan_cache_mode = force_generic_plan;"
     "SET bytea_output = 'hex'";

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "recorddb/errors.h"
+#include "recorddb/sql/postgres/postgres_text.h"
 
 namespace recorddb::sql {
 
@@ -39,10 +40,7 @@ void PostgresParameters::SetInt(int parameter, std::int64_t value) {
 
 void PostgresParameters::SetText(int parameter, std::string_view text) {
     const std::size_t position = PositionOf(parameter);
-    if (text.find('\0') != std::string_view::npos) {
-        throw Error(ErrorKind::Other, "the text holds a NUL character, which no server can store",
-                    "");
-    }
+    CheckStorable(text);
     m_texts[position] = text;
     m_values[position] = m_texts[position].c_str();
     m_formats[position] = kTextFormat;

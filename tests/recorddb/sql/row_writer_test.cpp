@@ -5,6 +5,7 @@
 #include <array>
 #include <vector>
 
+#include "recorddb/sql/savepoint.h"
 #include "sql_test.h"
 
 namespace recorddb::sql {
@@ -86,6 +87,42 @@ TEST_P(RowWriterTest, RowThatIsNotThereIsAConflict) {
 TEST_P(RowWriterTest, RefusalOfTheEngineIsThrownAsItIs) {
     const auto change = [this] { Write(Kind::Insert, 0, {"a", 1, "a", 2}); };
     EXPECT_EQ(ErrorOf(change).Kind(), ErrorKind::UniqueViolation);
+}
+
+TEST_P(RowWriterTest, GoesOnWhenARefusalIsUndone) {
+    {
+        Savepoint savepoint(*m_connection);
+        const auto change = [this] { Write(Kind::Insert, 0, {"a", 1, "a", 2}); };
+        EXPECT_EQ(ErrorOf(change).Kind(), ErrorKind::UniqueViolation);
+    }
+    Write(Kind::Insert, 0, {"a", 1});
+    EXPECT_EQ(Rows(), "a=1 ");
+}
+
+TEST_P(RowWriterTest, TellsTheFirstRefusalOfSeveralChanges) {
+    const std::vector<Cell> twice = {"a", 1, "a", 2};
+    const std::vector<Cell> none = {"b", 1};
+    const auto changes = [&] {
+        m_writer->Write({Kind::Insert, "thing", m_columns, 0, twice});
+        m_writer->Write({Kind::Update, "thing", m_columns, 1, none});
+        m_writer->Finish();
+    };
+    EXPECT_EQ(ErrorOf(changes).Kind(), ErrorKind::UniqueViolation);
+}
+
+TEST_P(RowWriterTest, WritesRowsBeyondTheSizeOfOneMessage) {
+    const std::string large(std::size_t{3} << 20U, 'x');
+    const std::vector<std::string> names = {"a" + large, "b" + large, "c" + large, "d" + large};
+    m_connection->ExecuteScript("CREATE TABLE large (name TEXT, size BIGINT)");
+    std::vector<Cell> cells;
+    for (const std::string& name : names) {
+        cells.insert(cells.end(), {std::string_view(name), 1});
+    }
+    m_writer->Write({Kind::Insert, "large", m_columns, 0, cells});
+    m_writer->Finish();
+    Statement& count = m_connection->Prepare(
+        "SELECT count(DISTINCT name) * 100000000 + sum(length(name)) FROM large");
+    EXPECT_EQ(QueryInt(count), 400000000 + 4 * (static_cast<std::int64_t>(large.size()) + 1));
 }
 
 ON_EACH_ENGINE(RowWriterTest);

@@ -1,0 +1,76 @@
+#include "recorddb/sql/postgres/postgres_pipeline.h"
+
+#include <libpq-fe.h>
+
+#include <utility>
+
+#include "recorddb/errors.h"
+#include "recorddb/sql/postgres/postgres_error.h"
+
+namespace recorddb::sql {
+
+void PostgresPipeline::Enter() {
+    if (!m_isOpen && PQenterPipelineMode(m_handle.Raw()) == 0) {
+        throw PostgresError(m_handle.Raw(), nullptr, "");
+    }
+    m_isOpen = true;
+}
+
+// While it waits for room to send, libpq reads what the server answers, so neither blocks the
+// other.
+void PostgresPipeline::Send(const std::string& name, const PostgresParameters& parameters,
+                            const std::string& sql) {
+    Enter();
+    m_sent.push_back(sql);
+    if (PQsendQueryPrepared(m_handle.Raw(), name.c_str(), parameters.Count(), parameters.Values(),
+                            parameters.Lengths(), parameters.Formats(), 0) == 0) {
+        throw PostgresError(m_handle.Raw(), nullptr, sql);
+    }
+}
+
+std::vector<PostgresResult> PostgresPipeline::Finish() {
+    if (!m_isOpen) {
+        return {};
+    }
+    try {
+        m_isSynced = PQpipelineSync(m_handle.Raw()) != 0;
+        std::vector<PostgresResult> answers = TakeAnswers();
+        Leave();
+        return answers;
+    } catch (...) {
+        Leave();
+        throw;
+    }
+}
+
+// Behind the answers to each statement stands a null pointer.
+std::vector<PostgresResult> PostgresPipeline::TakeAnswers() {
+    std::vector<PostgresResult> answers;
+    for (const std::string& sql : m_sent) {
+        while (pg_result* const raw = PQgetResult(m_handle.Raw())) {
+            answers.emplace_back(raw);
+            if (PQresultStatus(raw) != PGRES_COMMAND_OK && PQresultStatus(raw) != PGRES_TUPLES_OK) {
+                throw PostgresError(m_handle.Raw(), raw, sql);
+            }
+        }
+    }
+    if (answers.size() != m_sent.size()) {
+        throw PostgresError(m_handle.Raw(), nullptr, m_sent.back());
+    }
+    return answers;
+}
+
+void PostgresPipeline::Leave() noexcept {
+    if (!std::exchange(m_isOpen, false)) {
+        return;
+    }
+    m_sent.clear();
+    if (!std::exchange(m_isSynced, false)) {
+        PQpipelineSync(m_handle.Raw());
+    }
+    while (PQstatus(m_handle.Raw()) == CONNECTION_OK && PQexitPipelineMode(m_handle.Raw()) == 0) {
+        PQclear(PQgetResult(m_handle.Raw()));
+    }
+}
+
+}  // namespace recorddb::sql

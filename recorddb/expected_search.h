@@ -17,7 +17,8 @@ struct ExpectedSearch {
     std::vector<std::pair<const schema::Field*, std::string>> values;
 
     // What will be read of the record that is found, beside its dbid.
-    bool fields = false;  // reference lists among them
+    bool fields = false;    // reference lists among them
+    bool listKeys = false;  // with the fields: those of the records in its reference lists, too
     bool history = false;
     bool attachments = false;
     bool original = false;  // which record it is a duplicate of, and that one's, and so on

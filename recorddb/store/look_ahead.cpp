@@ -128,6 +128,7 @@ void LookAhead::Add(const ExpectedSearch& search) {
         what.values = std::move(values);
     }
     what.fields = what.fields || search.fields;
+    what.listKeys = what.listKeys || search.listKeys;
     what.history = what.history || search.history;
     what.attachments = what.attachments || search.attachments;
     what.original = what.original || search.original;
@@ -183,6 +184,9 @@ void LookAhead::ReadFound() {
             if (wanted.fields) {
                 rows[by.first].insert(matches.dbid);
             }
+            if (wanted.fields && wanted.listKeys) {
+                m_lists.insert(record);
+            }
             if (wanted.history) {
                 histories.insert(record);
             }
@@ -200,6 +204,31 @@ void LookAhead::ReadFound() {
     ReadTimes(round, histories);
     ReadAttachments(round, attachments);
     ReadOriginals(round);
+    round.Finish();
+}
+
+// Reads the records in the lists of those that were found.
+void LookAhead::ReadListed() {
+    std::map<std::int64_t, std::set<std::int64_t>> listed;  // by type
+    for (const auto& [typeId, dbid] : m_lists) {
+        const RecordType& type = m_schema.Type(typeId);
+        for (const Field& field : type.fields) {
+            const FieldValue* const list = field.kind == FieldKind::ReferenceList
+                                               ? m_answers.FindList(type, field.index, dbid)
+                                               : nullptr;
+            if (list != nullptr && HasValue(*list)) {
+                const auto& targets = std::get<ReferenceList>(*list);
+                listed[field.target].insert(targets.begin(), targets.end());
+            }
+        }
+    }
+    if (listed.empty()) {
+        return;
+    }
+    Round round(m_connection);
+    for (const auto& [type, dbids] : listed) {
+        ReadRows(round, m_schema.Type(type), dbids);
+    }
     round.Finish();
 }
 
@@ -359,6 +388,7 @@ void LookAhead::Read(std::span<const ExpectedSearch> searches) {
     try {
         Search();
         ReadFound();
+        ReadListed();
         FollowChains();
     } catch (...) {
         m_answers.Forget();

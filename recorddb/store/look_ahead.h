@@ -36,6 +36,7 @@ class LookAhead {
     struct Wanted {
         std::vector<FieldValue> values;
         bool fields = false;
+        bool listKeys = false;
         bool history = false;
         bool attachments = false;
         bool original = false;
@@ -46,6 +47,7 @@ class LookAhead {
     void Add(const ExpectedSearch& search);
     void Search();
     void ReadFound();
+    void ReadListed();
     void FollowChains();
     void ReadRows(Round& round, const schema::RecordType& type,
                   const std::set<std::int64_t>& dbids);
@@ -59,6 +61,7 @@ class LookAhead {
     const schema::Schema& m_schema;
     KnownAnswers& m_answers;
     std::map<std::pair<std::int64_t, FieldSet>, Searches> m_searches;  // by type and fields
+    std::set<RecordKey> m_lists;  // the records whose lists' records are asked for
     std::set<RecordKey> m_links;  // the duplicates whose originals are asked for
 };
 

@@ -40,6 +40,8 @@ void ExpectedSearches::ExpectOriginal(const ImportConfiguration& configuration, 
     const bool isRecord = configuration.Data() == ImportedData::Records;
     ExpectedSearch own;
     own.fields = isRecord;
+    // What is replaced is taken out by its keys.
+    own.listKeys = isRecord && configuration.ReplaceRefList();
     for (const ImporterField& field : m_fields) {
         const FieldUse use =
             field.value.empty() ? FieldUse::Unused : UseOf(field.name, configuration, type);

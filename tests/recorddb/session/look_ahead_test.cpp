@@ -85,6 +85,17 @@ TEST_P(LookAheadTest, FieldsAndListsAreForetoldOnDemand) {
     EXPECT_EQ(Value(Open("bug", "2"), "title"), "other");
 }
 
+TEST_P(LookAheadTest, KeysOfTheRecordsInListsAreForetoldOnDemand) {
+    ExpectedSearch search = Search("bug", "source_id", "x");
+    search.fields = true;
+    search.listKeys = true;
+    LookAhead(search);
+    ChangeUnseen("UPDATE \"user\" SET login = 'eve'");
+    const AdEntityPtr bug = Open("bug", "1");
+    EXPECT_EQ(Values(bug, "watchers"), std::vector<std::string>{"ann"});
+    EXPECT_EQ(Remove(bug, "watchers", "ann"), "");
+}
+
 TEST_P(LookAheadTest, ReferenceIsFoundByItsKey) {
     LookAhead(Search("user", "login", "ann"));
     ChangeUnseen("UPDATE \"user\" SET login = 'eve'");

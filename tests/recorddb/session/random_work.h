@@ -117,6 +117,7 @@ class RandomWork : public SessionTest {
                 search.values.emplace_back(search.type->FindField(fields[i]), values[i]);
             }
             search.fields = share % 3 != 0;
+            search.listKeys = share % 2 != 0;
             search.history = share % 4 != 0;
             search.attachments = share % 5 != 0;
             search.original = share % 6 != 0;

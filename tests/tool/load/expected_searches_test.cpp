@@ -55,6 +55,7 @@ class ExpectedSearchesTest : public testing::Test {
                 text += fmt::format(" {}={}", field->name, value);
             }
             text += search.fields ? " +fields" : "";
+            text += search.listKeys ? " +keys" : "";
             text += search.history ? " +history" : "";
             text += search.attachments ? " +attachments" : "";
             text += search.original ? " +original" : "";
@@ -88,6 +89,12 @@ TEST_F(ExpectedSearchesTest, NewRecordIsComparedByWhatMustBeUnique) {
 TEST_F(ExpectedSearchesTest, RecordThatIsChangedIsFoundWithItsFields) {
     EXPECT_EQ(Of(Configured("record", "bug", "source_id", kUpdate), {{"source_id", "x"}}),
               (Texts{"bug source_id=x", "bug source_id=x +fields"}));
+}
+
+TEST_F(ExpectedSearchesTest, ListsThatAreReplacedAreFoundWithTheirKeys) {
+    const std::string more = std::string(kUpdate) + "<replacereflist name=\"TRUE\"/>";
+    EXPECT_EQ(Of(Configured("record", "bug", "source_id", more), {{"source_id", "x"}}),
+              (Texts{"bug source_id=x", "bug source_id=x +fields +keys"}));
 }
 
 TEST_F(ExpectedSearchesTest, RecordThatIsAddedToIsFoundWithWhatThereIs) {

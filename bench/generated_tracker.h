@@ -45,6 +45,15 @@ struct PacketFiles {
     std::uint64_t bytes = 0;  // of the data packet
 };
 
+// The packets of all loads.
+struct TrackerPackets {
+    PacketFiles keywords;
+    PacketFiles create;
+    PacketFiles bare;
+    PacketFiles update;
+    PacketFiles history;
+};
+
 // Write the packets of `records` records into `folder`.
 PacketFiles WriteKeywordPackets(const std::filesystem::path& folder);
 PacketFiles WriteCreatePackets(const std::filesystem::path& folder, std::int64_t records);

@@ -1,6 +1,7 @@
 // Times `ztimport load`, and a short script that checks nothing, against a floor that writes the
 // same rows by SQLite's own interface, and `ztimport check` and `verify` against the load, all in
-// the same run: load_bench ZTIMPORT [RECORDS...], 10000 and 100000 by default.
+// the same run: load_bench ZTIMPORT [RECORDS...], 10000 and 100000 by default. Beside a server
+// (scripts/private-server) it times loads into that, too.
 
 #include <fmt/format.h>
 
@@ -15,6 +16,7 @@
 #include "child_run.h"
 #include "creation_floor.h"
 #include "generated_tracker.h"
+#include "server_loads.h"
 
 namespace {
 
@@ -57,11 +59,11 @@ class LoadBench {
     LoadBench(std::string tool, std::int64_t records)
         : m_tool(std::move(tool)),
           m_records(records),
-          m_keywords(bench::WriteKeywordPackets(m_folder.Path())),
-          m_create(bench::WriteCreatePackets(m_folder.Path(), records)),
-          m_bare(bench::WriteBarePackets(m_folder.Path(), records)),
-          m_update(bench::WriteUpdatePackets(m_folder.Path(), records)),
-          m_history(bench::WriteHistoryPackets(m_folder.Path(), records)) {
+          m_packets{.keywords = bench::WriteKeywordPackets(m_folder.Path()),
+                    .create = bench::WriteCreatePackets(m_folder.Path(), records),
+                    .bare = bench::WriteBarePackets(m_folder.Path(), records),
+                    .update = bench::WriteUpdatePackets(m_folder.Path(), records),
+                    .history = bench::WriteHistoryPackets(m_folder.Path(), records)} {
         std::ofstream(m_folder.Path() / "schema.yaml") << bench::SchemaText();
     }
 
@@ -70,25 +72,29 @@ class LoadBench {
         for (int run = 0; run < kRuns; ++run) {
             best.floor = std::min(best.floor, bench::WriteFloor(NewDatabase("floor"), m_records));
             const fs::path plain = NewDatabase("plain");
-            Load(plain, m_keywords);
-            KeepFaster(best.scriptCreate, RunScript("create", plain, m_create));
-            KeepFaster(best.scriptUpdate, RunScript("update", plain, m_update));
+            Load(plain, m_packets.keywords);
+            KeepFaster(best.scriptCreate, RunScript("create", plain, m_packets.create));
+            KeepFaster(best.scriptUpdate, RunScript("update", plain, m_packets.update));
             const fs::path database = NewDatabase("load");
-            Load(database, m_keywords);
-            KeepFaster(best.check, Run("check", database, m_create));
-            KeepFaster(best.create, Load(database, m_create));
-            KeepFaster(best.verify, Run("verify", database, m_create));
-            KeepFaster(best.update, Load(database, m_update));
+            Load(database, m_packets.keywords);
+            KeepFaster(best.check, Run("check", database, m_packets.create));
+            KeepFaster(best.create, Load(database, m_packets.create));
+            KeepFaster(best.verify, Run("verify", database, m_packets.create));
+            KeepFaster(best.update, Load(database, m_packets.update));
             const fs::path bare = NewDatabase("bare");
-            Load(bare, m_keywords);
-            Load(bare, m_bare);
-            KeepFaster(best.history, Load(bare, m_history));
+            Load(bare, m_packets.keywords);
+            Load(bare, m_packets.bare);
+            KeepFaster(best.history, Load(bare, m_packets.history));
         }
         return best;
     }
 
+    bench::ServerLoads RunOnServer(const std::string& url) {
+        return bench::RunServerLoads(m_tool, url, m_folder.Path(), m_packets, kRuns);
+    }
+
     double BytesPerRecord() const {
-        return static_cast<double>(m_create.bytes) / static_cast<double>(m_records);
+        return static_cast<double>(m_packets.create.bytes) / static_cast<double>(m_records);
     }
 
   private:
@@ -127,11 +133,7 @@ class LoadBench {
     std::string m_tool;
     std::int64_t m_records;
     TemporaryFolder m_folder;
-    bench::PacketFiles m_keywords;
-    bench::PacketFiles m_create;
-    bench::PacketFiles m_bare;
-    bench::PacketFiles m_update;
-    bench::PacketFiles m_history;
+    bench::TrackerPackets m_packets;
 };
 
 void PrintLoad(const char* name, const bench::ChildRun& run, double floor, std::int64_t records,
@@ -169,6 +171,23 @@ void PrintMeasured(const Measured& measured, std::int64_t records, double bytesP
     PrintBesideLoad("verify", measured.verify, measured.create.seconds, records);
 }
 
+void PrintServerLoad(const char* name, const bench::ServerLoad& load, double floor,
+                     std::int64_t records, double most) {
+    const auto count = static_cast<double>(records);
+    fmt::print(
+        "  server: {:<8} {:8.3f} s  {:6.1f} us/record  {:5.2f} floors (at most {})  {:6.3f} round "
+        "trips/record (at most 0.1), {:+.2f} s when each takes 1 ms longer  {:6.1f} MB\n",
+        name, load.run.seconds, load.run.seconds / count * 1e6, load.run.seconds / floor, most,
+        static_cast<double>(load.roundTrips) / count, load.delayedSeconds - load.run.seconds,
+        static_cast<double>(load.run.peakKilobytes) / 1024);
+}
+
+void PrintServerLoads(const bench::ServerLoads& loads, double floor, std::int64_t records) {
+    PrintServerLoad("create", loads.create, floor, records, 5.5);
+    PrintServerLoad("update", loads.update, floor, records, 2.8);
+    PrintServerLoad("history", loads.history, floor, records, 4);
+}
+
 int Main(const std::vector<std::string>& arguments) {
     if (arguments.empty()) {
         fmt::print(stderr, "usage: load_bench ZTIMPORT [RECORDS...]\n");
@@ -186,6 +205,9 @@ int Main(const std::vector<std::string>& arguments) {
         LoadBench bench(arguments[0], records);
         const Measured measured = bench.Run();
         PrintMeasured(measured, records, bench.BytesPerRecord());
+        if (const char* const server = std::getenv("ZT_TEST_SERVER")) {
+            PrintServerLoads(bench.RunOnServer(server), measured.floor, records);
+        }
         const double cost = measured.create.seconds / static_cast<double>(records);
         if (firstCost > 0) {
             fmt::print(

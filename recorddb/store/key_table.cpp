@@ -19,6 +19,7 @@ constexpr int kMostKeyReads = 1000;
 
 std::int64_t KeyTable::Find(const schema::RecordType& type, const std::vector<FieldValue>& values) {
     std::vector<const FieldValue*> wanted;
+    wanted.reserve(values.size());
     for (const FieldValue& value : values) {
         wanted.push_back(&value);
     }

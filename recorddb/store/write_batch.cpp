@@ -29,7 +29,8 @@ WriteBatch::WriteBatch(sql::Connection& connection, const schema::Schema& schema
       m_answers(schema),
       m_writer(connection, schema) {
     for (const RecordType& type : schema.Types()) {
-        Type& known = m_types.emplace_back(KeySetsOf(type), std::vector<bool>(type.fields.size()));
+        Type& known =
+            m_types.emplace_back(Type{KeySetsOf(type), std::vector<bool>(type.fields.size())});
         for (const FieldSet& set : known.keySets) {
             for (const std::size_t field : set) {
                 known.isInKey[field] = true;

@@ -44,7 +44,6 @@ int RunVerify(const VerifyOptions& options, std::ostream& out, std::ostream& err
         return 128 + signal;
     }
     output.Finish(summary);
-    terminal.Show(summary);
     return static_cast<int>(summary.Verified() ? ExitCode::Success : ExitCode::RecordsDiffer);
 }
 

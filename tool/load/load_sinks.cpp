@@ -1,9 +1,8 @@
 #include "tool/load/load_sinks.h"
 
-#include <exception>
 #include <utility>
 
-#include "tool/io/write_error.h"
+#include "tool/io/finish_all.h"
 
 namespace tool {
 
@@ -96,18 +95,7 @@ void LoadSinks::Finish() {
     for (LoadSink* const sink : m_sinks) {
         sink->Ends();
     }
-    // One report that cannot be written does not keep the others from being finished.
-    std::exception_ptr failure;
-    for (LoadSink* const sink : m_sinks) {
-        try {
-            sink->Finish(m_totals);
-        } catch (const WriteError&) {
-            failure = std::current_exception();
-        }
-    }
-    if (failure) {
-        std::rethrow_exception(failure);
-    }
+    FinishAll(m_sinks, m_totals);
 }
 
 double LoadSinks::Elapsed() const {

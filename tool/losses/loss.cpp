@@ -50,4 +50,9 @@ std::string_view LossKindTitle(LossKind kind) {
     return WordsOf(kind).title;
 }
 
+bool IsToldByEveryLoad(LossKind kind) {
+    return kind == LossKind::UnseenRecord || kind == LossKind::NothingImported ||
+           kind == LossKind::CutShort || kind == LossKind::OutsideRecords;
+}
+
 }  // namespace tool

@@ -56,6 +56,9 @@ struct Loss {
 // The word for a kind in reports that programs read, such as "long-history-line".
 std::string_view LossKindName(LossKind kind);
 
+// True for a kind that every load warns of; the others are told by its rehearsal.
+bool IsToldByEveryLoad(LossKind kind);
+
 // The kind as a heading for people, such as "history lines of seven or more columns".
 std::string_view LossKindTitle(LossKind kind);
 

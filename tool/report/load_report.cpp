@@ -32,16 +32,14 @@ void LoadReport::Rejects(const RejectedRecord& record) {
                     kRejectsList);
 }
 
-void LoadReport::Finish(const LoadTotals& totals) {
-    m_lists.Finish(HeadOf(totals), "]}\n");
+void LoadReport::Loses(const Loss& loss) {
+    if (IsToldByEveryLoad(loss.kind)) {
+        List(loss);
+    }
 }
 
-std::string LoadReport::HeadOf(const LoadTotals& totals) {
-    return fmt::format("{{{},\"rejects\":[", TotalsAsJson(totals));
-}
-
-void CheckReport::Loses(const Loss& loss) {
-    Lists().AddItem(JsonText({{"kind", LossKindName(loss.kind)},
+void LoadReport::List(const Loss& loss) {
+    m_lists.AddItem(JsonText({{"kind", LossKindName(loss.kind)},
                               {"file", loss.source},
                               {"record", loss.record},
                               {"line", loss.line},
@@ -51,8 +49,9 @@ void CheckReport::Loses(const Loss& loss) {
                     kLossesList);
 }
 
-void CheckReport::Finish(const LoadTotals& totals) {
-    Lists().Finish(HeadOf(totals), "]}\n", {"],\"losses\":["});
+void LoadReport::Finish(const LoadTotals& totals) {
+    m_lists.Finish(fmt::format("{{{},\"rejects\":[", TotalsAsJson(totals)), "]}\n",
+                   {fmt::format("],\"{}\":[", m_lossesName)});
 }
 
 }  // namespace tool

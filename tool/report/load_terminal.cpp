@@ -19,11 +19,6 @@ std::string PlaceOf(const RejectedRecord& record) {
     return fmt::format("{}, record {}{}, line {}", record.source, record.number, id, record.line);
 }
 
-bool IsToldByEveryLoad(LossKind kind) {
-    return kind == LossKind::UnseenRecord || kind == LossKind::NothingImported ||
-           kind == LossKind::CutShort || kind == LossKind::OutsideRecords;
-}
-
 }  // namespace
 
 LoadTerminal::LoadTerminal(const LoadOptions& options, std::uint64_t totalBytes, std::ostream& out,

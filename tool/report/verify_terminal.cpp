@@ -154,11 +154,8 @@ void VerifyTerminal::Differs(const Difference& difference) {
     }
 }
 
-void VerifyTerminal::Finish(const VerifySummary& /*summary*/) {
+void VerifyTerminal::Finish(const VerifySummary& summary) {
     m_progress->Finish();
-}
-
-void VerifyTerminal::Show(const VerifySummary& summary) {
     if (m_quiet) {
         return;
     }

@@ -25,11 +25,8 @@ class VerifyTerminal final : public VerifySink {
     void Warns(std::string_view line) override;
     void IsFaulty(const recorddb::Fault& fault) override;
     void Differs(const Difference& difference) override;
-    // Ends the progress.
+    // Ends the progress, and shows the numbers and the verdict.
     void Finish(const VerifySummary& summary) override;
-
-    // Shows the numbers and the verdict: to be called when all reports have been written.
-    void Show(const VerifySummary& summary);
 
   private:
     bool m_quiet;

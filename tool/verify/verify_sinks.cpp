@@ -1,5 +1,7 @@
 #include "tool/verify/verify_sinks.h"
 
+#include "tool/io/finish_all.h"
+
 namespace tool {
 
 void VerifySinks::Begins(std::uint64_t total) {
@@ -40,9 +42,7 @@ void VerifySinks::Differs(const Difference& difference) {
 }
 
 void VerifySinks::Finish(const VerifySummary& summary) {
-    for (VerifySink* const sink : m_sinks) {
-        sink->Finish(summary);
-    }
+    FinishAll(m_sinks, summary);
 }
 
 }  // namespace tool

@@ -150,6 +150,18 @@ void DoWithoutMemoryStatistics() {
     [[maybe_unused]] static const int kConfigured = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
 }
 
+// The log stands beside one name of the file. Who opens the file by another name would not see it,
+// and two programs that write by two names would destroy the database.
+void CheckNames(const std::string& path) {
+    std::error_code ignored;
+    const auto names = std::filesystem::hard_link_count(path, ignored);
+    if (!ignored && names > 1) {
+        CannotOpen(path, fmt::format("the file has {} names (hard links), and a log beside another "
+                                     "one of them would be missed; copy it, or remove the others",
+                                     names));
+    }
+}
+
 void CheckPath(const std::string& path, OpenMode mode) {
     if (path.empty()) {
         CannotOpen("\"\"", "a database needs the path of a file");
@@ -167,6 +179,8 @@ void CheckPath(const std::string& path, OpenMode mode) {
         CannotOpen(path, "it is a directory, not a file");
     } else if (!std::filesystem::is_regular_file(status)) {
         CannotOpen(path, "it is a pipe or a device, not a file");
+    } else if (mode != OpenMode::Immutable) {
+        CheckNames(path);
     }
 }
 

@@ -191,6 +191,19 @@ TEST_F(OpenTest, PipeIsNoDatabase) {
                 HasSubstr("it is a pipe or a device, not a file"));
 }
 
+TEST_F(OpenTest, FileWithSeveralNamesIsReadOnlyWhereNothingWritesToIt) {
+    Close();
+    const std::string other = m_folder.File("other.db");
+    std::filesystem::create_hard_link(Path(), other);
+    for (const OpenMode mode : {OpenMode::ReadWrite, OpenMode::ReadOnly}) {
+        EXPECT_THAT(ErrorOf([&] { Open(other, mode); }).DriverText(),
+                    HasSubstr("the file has 2 names (hard links)"));
+    }
+    EXPECT_NO_THROW(Open(other, OpenMode::Immutable));
+    std::filesystem::remove(Path());
+    EXPECT_NO_THROW(Open(other, OpenMode::ReadWrite));
+}
+
 TEST_F(OpenTest, ReadWriteOfAReadOnlyFileIsRefused) {
     Close();
     SetMode(kOpenFolder, kReadable);

@@ -45,7 +45,7 @@ TEST_F(LoadReportTest, HoldsTheTotalsInTheirOrder) {
     LoadReport(m_path).Finish(kTotals);
     EXPECT_EQ(Content(),
               R"({"read":10,"created":5,"updated":2,"rejected":2,"skipped":1,"history":40,)"
-              R"("attachments":3,"duplicates":4,"seconds":1.500,"rejects":[]})"
+              R"("attachments":3,"duplicates":4,"seconds":1.500,"rejects":[],"warnings":[]})"
               "\n");
 }
 
@@ -72,6 +72,16 @@ TEST_F(LoadReportTest, TakesTextThatIsNotUtf8) {
     report.Rejects(Reject("\xFF.xml", 1, "", ""));
     report.Finish(kTotals);
     EXPECT_EQ(nlohmann::json::parse(Content())["rejects"][0]["file"], "\xEF\xBF\xBD.xml");
+}
+
+TEST_F(LoadReportTest, ListsWhatTheLoadWarnsOf) {
+    LoadReport report(m_path);
+    report.Loses({tool::LossKind::CutShort, "a.xml", 0, 7, "", "", "the packet is cut short"});
+    report.Loses({tool::LossKind::ChangedText, "a.xml", 1, 3, "core-1", "title", "changed"});
+    report.Finish(kTotals);
+    EXPECT_EQ(nlohmann::json::parse(Content())["warnings"], nlohmann::json::parse(R"([
+        {"kind": "cut-short", "file": "a.xml", "record": 0, "line": 7, "source_id": "",
+         "field": "", "text": "the packet is cut short"}])"));
 }
 
 TEST_F(LoadReportTest, EscapesWhatCouldDoSomethingToATerminal) {

@@ -13,6 +13,9 @@ function(zt_add_test name)
     cmake_parse_arguments(arg "" "SHARDS" "SOURCES;LIBS" ${ARGN})
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE ${arg_LIBS} GTest::gmock GTest::gtest_main)
+    if(ZT_UNITY)
+        zt_share_test_headers(${name})
+    endif()
     if(NOT arg_SHARDS)
         zt_run_tests_of(${name} ${name} "")
         return()
@@ -24,6 +27,17 @@ function(zt_add_test name)
         # What takes long begins first.
         set_tests_properties(${name}.${index} PROPERTIES COST 100)
     endforeach()
+endfunction()
+
+# GoogleTest's headers are compiled once, by the first test program, for all of them.
+function(zt_share_test_headers name)
+    get_property(first GLOBAL PROPERTY ZT_TEST_HEADERS)
+    if(first)
+        target_precompile_headers(${name} REUSE_FROM ${first})
+    else()
+        target_precompile_headers(${name} PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
+        set_property(GLOBAL PROPERTY ZT_TEST_HEADERS ${name})
+    endif()
 endfunction()
 
 # Adds a CTest test that runs the tests of a program, with these environment variables in addition.

@@ -122,7 +122,8 @@ class RECORDDB_API Schema {
 // at the first thing that is wrong.
 RECORDDB_API Schema ReadSchema(const std::string& text, const std::string& file);
 
-// Reads the schema file at `path`. Throws SchemaError, also when the file cannot be read.
+// Reads the schema file at `path`. Throws SchemaError, also when the file cannot be read or has
+// more than 16 MiB.
 RECORDDB_API Schema ReadSchemaFile(const std::string& path);
 
 }  // namespace recorddb::schema

@@ -1,9 +1,11 @@
 #include "recorddb/database.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
@@ -66,22 +68,23 @@ class WorkFolder {
 
     std::string File() const { return m_path + "/database"; }
 
-    // Gives the finished file its name. A link, unlike a rename, never replaces a file that has
-    // come into being meanwhile.
+    // Gives the finished file its name, unless a file of that name has come into being meanwhile.
     void MoveFileTo(const std::string& location) const {
         CheckThatAllIsInTheFile(location);
-        if (link(File().c_str(), location.c_str()) == 0) {
+        if (renameat2(AT_FDCWD, File().c_str(), AT_FDCWD, location.c_str(), RENAME_NOREPLACE) ==
+            0) {
+            return;
+        }
+        // Not every file system knows such a rename; a link does not replace anything either.
+        if (errno == EINVAL && link(File().c_str(), location.c_str()) == 0) {
+            unlink(File().c_str());
             return;
         }
         if (errno == EEXIST) {
             RefuseExisting(location);
         }
-        // Not every file system has links.
-        std::error_code error;
-        std::filesystem::rename(File(), location, error);
-        if (error) {
-            throw sql::Error(sql::ErrorKind::Io, location + ": " + error.message(), "");
-        }
+        throw sql::Error(sql::ErrorKind::Io,
+                         location + ": " + std::generic_category().message(errno), "");
     }
 
   private:

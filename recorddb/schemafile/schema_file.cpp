@@ -20,6 +20,9 @@ namespace {
 
 constexpr std::array<std::string_view, 1> kSchemaKeys = {"record_types"};
 
+// Far above what any schema needs, so that a device or a wrong file does not fill the memory.
+constexpr std::size_t kLargestFile = std::size_t{16} << 20U;
+
 // Notes where the last document that was read begins, and whether it holds anything.
 class DocumentWatcher : public YAML::EventHandler {
   public:
@@ -200,6 +203,9 @@ Schema ReadSchemaFile(const std::string& path) {
     std::array<char, 4096> part{};
     while (stream.read(part.data(), part.size()) || stream.gcount() > 0) {
         text.append(part.data(), static_cast<std::size_t>(stream.gcount()));
+        if (text.size() > kLargestFile) {
+            throw SchemaError(path, 0, 0, "the file has more than 16 MiB; is it a schema file?");
+        }
     }
     // Some files, such as folders, can be opened and fail at the first read.
     if (!stream.is_open() || stream.bad()) {

@@ -178,6 +178,16 @@ TEST(SchemaFileTest, FileIsReadAndNamedInErrors) {
     }
 }
 
+TEST(SchemaFileTest, EndlessFileIsAnError) {
+    try {
+        ReadSchemaFile("/dev/zero");
+        ADD_FAILURE() << "read";
+    } catch (const SchemaError& error) {
+        EXPECT_STREQ(error.what(),
+                     "/dev/zero: the file has more than 16 MiB; is it a schema file?");
+    }
+}
+
 TEST(SchemaFileTest, UnreadableFileIsAnError) {
     const TemporaryFolder folder;
     for (const std::string& path : {folder.File("missing.yaml"), folder.Path().string()}) {

@@ -158,7 +158,7 @@ TEST_P(CheckTest, RejectsWhatALoadRejectsForTheSameReasons) {
     EXPECT_THAT(LoadSaid(), HasSubstr("\nrejected: "));
 }
 
-TEST_P(CheckTest, KeepsEachGroupOfRecordsInSightOfTheNext) {
+TEST_P(CheckTest, EachGroupOfRecordsSeesThoseBefore) {
     std::vector<Fields> users;
     std::vector<Fields> bugs;
     for (int i = 0; i < 350; ++i) {
@@ -442,7 +442,7 @@ TEST_P(CheckTest, ShowsTwentyLossesOfEachKindAndCountsTheOthers) {
                                   "26 values would be lost.\n"));
 }
 
-TEST_P(CheckTest, StopsBehindTooManyRejects) {
+TEST_P(CheckTest, StopsAfterTooManyRejects) {
     m_options.maxRejects = 1;
     const Fields bad = {{"title", "A"}, {"votes", "many"}};
     EXPECT_EQ(Check(Bugs({bad, bad, bad, bad})), 1);
@@ -460,7 +460,7 @@ TEST_P(CheckTest, EndsEarlyOnASignal) {
     EXPECT_THAT(Said(), EndsWith("Up to here: Nothing would be lost or rejected.\n"));
 }
 
-TEST_P(CheckTest, UndoesWhatAnUnusableSourceComesAfter) {
+TEST_P(CheckTest, UndoesWhatCameBeforeAnUnusableSource) {
     const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}}});
     EXPECT_THROW(Check({sources[0], sources[1], Configuration("x.xml", "record", "bogus", "id")}),
                  SourceError);

@@ -80,7 +80,7 @@ TEST_P(LoadTest, TheSameContentUnderAnotherNameIsKnown) {
     EXPECT_THAT(Said(), HasSubstr("copy.xml: already loaded"));
 }
 
-TEST_P(LoadTest, TheSameDataUnderAnotherConfigurationIsOtherWork) {
+TEST_P(LoadTest, TheSameDataUnderAnotherConfigurationIsLoadedAgain) {
     const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}}});
     Load(sources);
     const auto update =
@@ -90,7 +90,7 @@ TEST_P(LoadTest, TheSameDataUnderAnotherConfigurationIsOtherWork) {
     EXPECT_EQ(Query("SELECT count(*) FROM bug"), "1");
 }
 
-TEST_P(LoadTest, AMappingOfAnotherRecordTypeDoesNotMakeTheSameWorkLookNew) {
+TEST_P(LoadTest, AMappingOfAnotherRecordTypeDoesNotMakeASourceLookNew) {
     const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}}});
     Load(sources);
     const auto users = Configuration(
@@ -294,7 +294,7 @@ TEST_P(LoadTest, MaxRejectsStopsEarlyAndTheSameCommandGoesOn) {
     EXPECT_EQ(Query("SELECT source_id FROM bug"), "c");
 }
 
-TEST_P(LoadTest, AnInterruptedLoadFinishesTheRecordInHandAndGoesOnLater) {
+TEST_P(LoadTest, AnInterruptedLoadFinishesTheCurrentRecordAndGoesOnLater) {
     const auto sources =
         Bugs({{{"source_id", "a"}, {"title", "A"}}, {{"source_id", "b"}, {"title", "B"}}});
     {
@@ -320,7 +320,7 @@ TEST_P(LoadTest, AWholePacketIsAllOrNothing) {
     EXPECT_EQ(Query("SELECT count(*) FROM bug"), "2");
 }
 
-TEST_P(LoadTest, ARejectedWholePacketIsLoadedFromItsFrontLater) {
+TEST_P(LoadTest, ARejectedWholePacketIsLoadedFromItsBeginningLater) {
     const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}, {"owner", "ann"}},
                                {{"source_id", "b"}, {"title", "B"}},
                                {{"source_id", "c"}, {"title", "C"}}});

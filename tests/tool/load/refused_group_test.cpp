@@ -31,7 +31,7 @@ TEST_P(RefusedGroupTest, RecordThatTheDatabaseRefusesIsRejectedByItself) {
               "2 1 1");
 }
 
-TEST_P(RefusedGroupTest, RejectOfAGroupThatIsDoneAgainIsToldOnce) {
+TEST_P(RefusedGroupTest, RejectOfAGroupThatIsDoneAgainIsReportedOnce) {
     Execute("CREATE UNIQUE INDEX by_hand ON bug (title)");
     m_options.rejects = m_folder.Path() / "rejects";
     EXPECT_EQ(Load({Bugs(), Records("data.xml", {{{"source_id", "a"}, {"title", "A"}},

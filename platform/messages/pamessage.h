@@ -24,6 +24,11 @@ class PaMessage {
     // others, so that a slip of ours cannot hide the error that is being reported.
     void SetParam(const Obx_String& name, const Obx_String& value);
 
+    // The parameters that were set, as names and values.
+    const std::vector<std::pair<Obx_String, Obx_String>>& Parameters() const {
+        return m_parameters;
+    }
+
     // The message's text with the parameters in place. A parameter that was not set stays as its
     // name. An id that the catalogue does not know gives a text that says so and lists the
     // parameters. Empty for id 0.

@@ -185,6 +185,7 @@ void DataLoader::RejectWhole(const WholePacket& whole, const std::string& error)
         record.raw = whole.Raw();
         record.source = m_walk.SourceName();
         record.line = 1;
+        record.guarded = m_walk.IsGuarded();
         m_journal.OpenGroup();
         m_parts.rejecter.Reject(record, m_walk, error);
         m_parts.sinks.Secure();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "tool/guarded/guarded_text.h"
 #include "tool/packet/field_use.h"
 #include "tool/packet/importer_text.h"
 
@@ -15,6 +16,7 @@ void ExpectedSearches::Add(const SourceRecord& record, const ImportConfiguration
         !m_reader.Read(record.packet, m_fields).empty()) {
         return;
     }
+    m_guarded = record.guarded;
     ExpectOriginal(configuration, *type);
     if (configuration.Data() == ImportedData::Records) {
         ExpectTwins(*type);
@@ -26,8 +28,12 @@ ExpectedSearch& ExpectedSearches::Expect(const Type& type, const Field& field,
                                          std::string_view value) {
     ExpectedSearch& search = m_searches.emplace_back();
     search.type = &type;
-    search.values.emplace_back(&field, value);
+    search.values.emplace_back(&field, Meant(value));
     return search;
+}
+
+std::string ExpectedSearches::Meant(std::string_view value) const {
+    return m_guarded ? Restored(value) : std::string(value);
 }
 
 // The record that is changed or added to, and the one that it repeats.
@@ -54,7 +60,7 @@ void ExpectedSearches::ExpectOriginal(const ImportConfiguration& configuration, 
     }
     if (!configuration.CreatesRecords()) {
         own.type = &type;
-        own.values.emplace_back(id, value);
+        own.values.emplace_back(id, Meant(value));
         m_searches.push_back(std::move(own));
     }
 }
@@ -82,7 +88,7 @@ void ExpectedSearches::ExpectTwins(const Type& type) {
         if (value == nullptr) {
             return;
         }
-        key.values.emplace_back(&type.fields[part], *value);
+        key.values.emplace_back(&type.fields[part], Meant(*value));
     }
     m_searches.push_back(std::move(key));
 }

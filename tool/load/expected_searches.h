@@ -37,11 +37,13 @@ class ExpectedSearches {
     void ExpectTargets(const ImportConfiguration& configuration, const Type& type);
     void ExpectTarget(const ImporterField& given, std::string_view value,
                       const ImportConfiguration& configuration, const Type& type);
+    std::string Meant(std::string_view value) const;
     const std::string* ValueOf(const Field& field, const Type& type) const;
 
     const recorddb::schema::Schema& m_schema;
     ImporterFieldReader m_reader;
     ImporterFields m_fields;  // of the current record
+    bool m_guarded = false;   // its values are
     std::vector<recorddb::ExpectedSearch> m_searches;
 };
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "tool/guarded/guarded_text.h"
 #include "tool/packet/field_search.h"
 #include "tool/packet/field_use.h"
 #include "tool/packet/importer_text.h"
@@ -58,7 +59,7 @@ bool IsComparedAsText(const Field& field) {
 MissingRecords::MissingRecords(recorddb::Database& database)
     : m_database(database), m_reader(database) {}
 
-std::string MissingRecords::Describe(std::string_view record,
+std::string MissingRecords::Describe(const SourceRecord& record,
                                      const ImportConfiguration& configuration) {
     const RecordType* type = m_database.GetSchema().FindType(configuration.RecordType());
     std::string text;
@@ -83,7 +84,7 @@ std::string MissingRecords::Describe(std::string_view record,
 }
 
 std::vector<MissingRecords::Wanted> MissingRecords::WantedBy(
-    std::string_view record, const ImportConfiguration& configuration,
+    const SourceRecord& record, const ImportConfiguration& configuration,
     const RecordType& type) const {
     const std::string& identity = configuration.OriginalId();
     const bool isRecord = configuration.Data() == ImportedData::Records;
@@ -96,17 +97,20 @@ std::vector<MissingRecords::Wanted> MissingRecords::WantedBy(
     if (isRecord && !identity.empty()) {
         const std::string& duplicate = configuration.DuplicateId();
         wanted.push_back(
-            {&type, identity, FindFieldValue(record, duplicate).value_or(""), duplicate});
+            {&type, identity, FindFieldValue(record.raw, duplicate).value_or(""), duplicate});
     }
     if (!creates && !identity.empty()) {
-        wanted.push_back({&type, identity, FindFieldValue(record, identity).value_or(""), ""});
+        wanted.push_back({&type, identity, FindFieldValue(record.raw, identity).value_or(""), ""});
     }
     std::erase_if(wanted, [](const Wanted& one) { return one.value.empty(); });
+    for (Wanted& one : wanted) {
+        one.value = record.guarded ? Restored(one.value) : std::move(one.value);
+    }
     return wanted;
 }
 
 std::vector<MissingRecords::Wanted> MissingRecords::References(
-    std::string_view record, const ImportConfiguration& configuration,
+    const SourceRecord& record, const ImportConfiguration& configuration,
     const RecordType& type) const {
     std::vector<Wanted> wanted;
     for (const Field& field : type.fields) {
@@ -114,7 +118,7 @@ std::vector<MissingRecords::Wanted> MissingRecords::References(
         if (use != FieldUse::Reference && use != FieldUse::ReferenceList) {
             continue;
         }
-        const std::string value = FindFieldValue(record, field.name).value_or("");
+        const std::string value = FindFieldValue(record.raw, field.name).value_or("");
         const RecordType& target = m_database.GetSchema().Type(field.target);
         // A key of several fields is not searched through the mapping.
         const std::string mapped = target.key.size() > 1 ? "" : MappedField(configuration, field);

@@ -10,6 +10,7 @@
 #include "recorddb/database.h"
 #include "recorddb/reader.h"
 #include "tool/packet/import_configuration.h"
+#include "tool/sources/kind/source_record.h"
 
 namespace tool {
 
@@ -20,10 +21,10 @@ class MissingRecords {
     // The database outlives the object.
     explicit MissingRecords(recorddb::Database& database);
 
-    // What `record`, the text of a record under `configuration`, waits for, as sentences for
+    // What `record` waits for under `configuration`, as sentences for
     // people, such as "It waits for the user \"ann\" (field owner), which was rejected too:
     // users.xml, record 3."; empty when it waits for nothing. Throws sql::Error.
-    std::string Describe(std::string_view record, const ImportConfiguration& configuration);
+    std::string Describe(const SourceRecord& record, const ImportConfiguration& configuration);
 
     // Remembers a rejected record, so that those that wait for it can say where it stands. `place`
     // is for people. Only the first hundred thousand are remembered.
@@ -42,9 +43,10 @@ class MissingRecords {
         std::string role;  // why the record waits for it, for people
     };
 
-    std::vector<Wanted> WantedBy(std::string_view record, const ImportConfiguration& configuration,
+    std::vector<Wanted> WantedBy(const SourceRecord& record,
+                                 const ImportConfiguration& configuration,
                                  const recorddb::schema::RecordType& type) const;
-    std::vector<Wanted> References(std::string_view record,
+    std::vector<Wanted> References(const SourceRecord& record,
                                    const ImportConfiguration& configuration,
                                    const recorddb::schema::RecordType& type) const;
     bool IsThere(const Wanted& wanted);

@@ -1,9 +1,13 @@
 #include "tool/load/record_importer.h"
 
 #include <new>
+#include <optional>
 #include <utility>
 
 #include "platform/foundation/utf.h"
+#include "tool/guarded/guarded_session.h"
+#include "tool/guarded/guarded_text.h"
+#include "tool/guarded/restored_traces.h"
 #include "tool/process/memory_watch.h"
 
 namespace tool {
@@ -28,7 +32,8 @@ RecordImporter::RecordImporter(AdPtr<recorddb::Session> session)
 
 std::unique_ptr<AdImporter> RecordImporter::MakeImporter() const {
     auto importer = std::make_unique<AdImporter>();
-    importer->SetSession(AdSessionPtr(m_session.GetPtr()));
+    AdSessionPtr session(m_session.GetPtr());
+    importer->SetSession(m_guarded ? OpenGuarded(std::move(session)) : std::move(session));
     return importer;
 }
 
@@ -48,11 +53,23 @@ std::string RecordImporter::Configure(const ImportConfiguration& configuration) 
     return {};
 }
 
+void RecordImporter::SetGuarded(bool guarded) {
+    if (guarded != m_guarded) {
+        m_guarded = guarded;
+        StartAnew();
+    }
+}
+
 ImportOutcome RecordImporter::Import(std::string_view packet) {
     Utf8ToUtf16(packet, m_packet);
+    std::optional<RestoredTraces> traces;
+    if (m_guarded) {
+        traces.emplace();
+    }
     const recorddb::Statistics before = m_session->GetStatistics();
     ImportOutcome outcome;
-    outcome.error = ForPeople(ImportText(*m_importer, m_packet));
+    const Obx_String error = ImportText(*m_importer, m_packet);
+    outcome.error = ForPeople(m_guarded ? Restored(error) : error);
     outcome.done = m_session->GetStatistics() - before;
     const Obx_String cause = m_session->TakeLastRefusal();
     if (outcome.Failed() && !cause.IsEmpty()) {

@@ -39,6 +39,9 @@ class RecordImporter {
     // importer's error, empty on success; after an error the former configuration stays in force.
     std::string Configure(const ImportConfiguration& configuration);
 
+    // Whether the values in the following data packets are guarded; at first they are not.
+    void SetGuarded(bool guarded);
+
     // Imports one data packet, valid UTF-8.
     ImportOutcome Import(std::string_view packet);
 
@@ -50,6 +53,7 @@ class RecordImporter {
     std::unique_ptr<AdImporter> m_importer;
     std::u16string m_configuration;
     std::u16string m_packet;  // kept to reuse its memory
+    bool m_guarded = false;
 };
 
 }  // namespace tool

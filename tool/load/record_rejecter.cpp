@@ -10,10 +10,11 @@ void RecordRejecter::Reject(const SourceRecord& record, const SourceWalk& walk,
     rejected.source = std::string(record.source);
     rejected.number = record.ordinal + 1;
     rejected.line = record.line;
-    const std::string missing = m_missing.Describe(record.raw, walk.Configuration());
+    const std::string missing = m_missing.Describe(record, walk.Configuration());
     rejected.reason = missing.empty() ? reason : reason + " " + missing;
     rejected.raw = record.raw;
     rejected.defect = record.defect;
+    rejected.guarded = record.guarded;
     rejected.openSection = record.openSection;
     rejected.sourceId = walk.IdIn(record.raw);
     m_sinks.Reject(rejected);

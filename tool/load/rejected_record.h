@@ -18,6 +18,7 @@ struct RejectedRecord {
     std::string reason;
     std::string_view raw;  // its text as it stands in the source; valid UTF-8
     RecordDefect defect = RecordDefect::None;
+    bool guarded = false;      // the values in `raw` are
     bool openSection = false;  // a comment, CDATA section or instruction in it does not close
 };
 

@@ -98,6 +98,7 @@ bool SourceLoader::LoadData(SourceWalk& walk) {
         return true;
     }
     walk.RequireUsableData();
+    m_importer.SetGuarded(walk.IsGuarded());
     const bool goesOn = ImportData(walk);
     if (goesOn) {
         m_losses->EndData();

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "tool/guarded/guarded_text.h"
 #include "tool/io/text_units.h"
 #include "tool/losses/changed_text.h"
 #include "tool/packet/importer_text.h"
@@ -169,7 +170,8 @@ void RecordLosses::FindInField(std::size_t field) {
 }
 
 void RecordLosses::FindInKeys(std::size_t field, FieldUse use) {
-    if (m_keys == nullptr) {
+    // Any key can be named by a guarded reference.
+    if (m_keys == nullptr || m_record->guarded) {
         return;
     }
     const auto& [name, value] = m_readings->Fields()[field];
@@ -270,8 +272,12 @@ std::uint64_t RecordLosses::LineAt(std::size_t offset) const {
 
 void RecordLosses::Add(LossKind kind, const RecordPart& part, const std::string& field,
                        std::string text) const {
-    (*m_take)({kind, *m_source, m_record->ordinal + 1, LineAt(part),
-               OriginalIdOf(m_readings->Fields(), m_configuration, m_type), field,
+    std::string id = OriginalIdOf(m_readings->Fields(), m_configuration, m_type);
+    if (m_record->guarded) {
+        id = Restored(id);
+        text = Restored(text);
+    }
+    (*m_take)({kind, *m_source, m_record->ordinal + 1, LineAt(part), std::move(id), field,
                std::move(text)});
 }
 

@@ -100,6 +100,20 @@ HeadAnswer ClassifyHead(std::string_view text, bool complete) {
     }
 }
 
+bool HasGuardedInstruction(std::string_view text) {
+    while (true) {
+        text = WithoutBlanks(text);
+        const std::size_t skipped = SkippedLength(text);
+        if (skipped == 0 || skipped == kNotFound) {
+            return false;
+        }
+        if (text.substr(0, skipped) == kGuardedInstruction) {
+            return true;
+        }
+        text.remove_prefix(skipped);
+    }
+}
+
 std::string WithPacketDeclaration(std::string_view text) {
     std::string_view body = WithoutBlanks(text);
     std::size_t end = kNotFound;

@@ -20,6 +20,13 @@ enum class HeadAnswer {
 // nothing follows `text`; the answer then is never Undecided.
 HeadAnswer ClassifyHead(std::string_view text, bool complete);
 
+// Stands between the declaration and the first element of a packet whose values are guarded
+// (tool/guarded/guarded_text.h).
+inline constexpr std::string_view kGuardedInstruction = "<?ztimport guarded?>";
+
+// Whether a packet that begins with `text`, which reaches to its first element, is guarded.
+bool HasGuardedInstruction(std::string_view text);
+
 // `text` as a packet: its own declaration, with blanks in front of it, is replaced by
 // kPacketDeclaration, and one is added where there is none. Otherwise those 38 bytes, in an unusual
 // place, would make the importer skip the beginning of the packet.

@@ -27,6 +27,8 @@ struct HistoryLine {
     std::string id;          // what the source calls the entry
     HistoryColumns columns;  // after the id, as the source writes them
     std::size_t count = 0;   // of its columns, the id and those that have no name among them
+
+    bool operator==(const HistoryLine&) const = default;
 };
 
 std::vector<HistoryLine> ReadHistoryLines(std::string_view value);
@@ -42,6 +44,7 @@ struct AttachmentLines {
     std::size_t count = 0;  // of its lines; fewer than four are dropped
 
     bool Complete() const { return count == kWhole; }
+    bool operator==(const AttachmentLines&) const = default;
 };
 
 std::vector<AttachmentLines> ReadAttachmentLines(std::string_view value);

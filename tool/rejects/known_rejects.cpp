@@ -15,6 +15,7 @@
 #include "tool/io/byte_source.h"
 #include "tool/io/output_file.h"
 #include "tool/io/text_hash.h"
+#include "tool/packet/packet_head.h"
 
 namespace tool {
 
@@ -196,20 +197,23 @@ void KnownRejects::ReadPair(const fs::path& folder, int number) {
         HashOf(InputFile(folder / RejectFileName(number, kRejectConfigurationKind)));
     const auto index = static_cast<std::uint32_t>(m_files.size());
     m_files.push_back({path});
+    bool guarded = false;
     ReadLines(file, [&](std::string_view line, std::uint64_t next) {
+        guarded = guarded || line == kGuardedInstruction;
         const std::string_view place = PlaceIn(line);
         if (!place.empty()) {
-            m_places.push_back({KeyOf(configuration, place), index, next});
+            m_places.push_back({KeyOf(configuration, guarded, place), index, next});
         }
     });
 }
 
-bool KnownRejects::Contain(std::string_view configuration, std::string_view entry) {
+bool KnownRejects::Contain(std::string_view configuration, bool guarded, std::string_view entry) {
     if (m_places.empty()) {
         return false;
     }
     const std::string_view comment = entry.substr(0, entry.find('\n'));
-    const Key key = KeyOf(HashText(configuration), PlaceIn(comment.substr(0, kLongestPlace)));
+    const Key key =
+        KeyOf(HashText(configuration), guarded, PlaceIn(comment.substr(0, kLongestPlace)));
     std::string_view text = entry.substr(std::min(comment.size() + 1, entry.size()));
     if (text.ends_with('\n')) {
         text.remove_suffix(1);
@@ -236,8 +240,10 @@ bool KnownRejects::Holds(const Place& place, std::string_view text) {
     return true;
 }
 
-KnownRejects::Key KnownRejects::KeyOf(std::string_view configurationHash, std::string_view place) {
-    const std::string hex = HashText(fmt::format("{}{}", configurationHash, place));
+KnownRejects::Key KnownRejects::KeyOf(std::string_view configurationHash, bool guarded,
+                                      std::string_view place) {
+    const std::string hex =
+        HashText(fmt::format("{}{}{}", configurationHash, guarded ? "guarded" : "", place));
     Key key{};
     std::copy_n(hex.begin(), key.size(), key.begin());
     return key;

@@ -39,17 +39,18 @@ class KnownRejects {
     // std::system_error when one cannot be read.
     explicit KnownRejects(const std::filesystem::path& folder);
 
-    // Whether a records file holds `entry`, whole lines of which the first is the comment, and its
-    // configuration file holds `configuration` (empty: there is none). When it does, the file has
+    // Whether a records file, one of guarded records or not, holds `entry`, whole lines of which
+    // the first is the comment, and its configuration file holds `configuration` (empty: there is
+    // none). When it does, the file has
     // been synced to the disk. Throws std::system_error.
-    bool Contain(std::string_view configuration, std::string_view entry);
+    bool Contain(std::string_view configuration, bool guarded, std::string_view entry);
 
   private:
     using Key = std::array<char, 16>;
 
     // Where the text of a record begins, after its comment.
     struct Place {
-        Key key;  // of configuration and comment
+        Key key;  // of configuration, comment and whether it is guarded
         std::uint32_t file;
         std::uint64_t offset;
     };
@@ -59,7 +60,7 @@ class KnownRejects {
         bool synced = false;
     };
 
-    static Key KeyOf(std::string_view configurationHash, std::string_view place);
+    static Key KeyOf(std::string_view configurationHash, bool guarded, std::string_view place);
     void ReadPair(const std::filesystem::path& folder, int number);
     bool Holds(const Place& place, std::string_view text);
 

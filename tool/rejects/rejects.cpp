@@ -72,6 +72,9 @@ std::string CommentText(std::string_view text) {
     ReplaceAll(line, "--", "- -");
     ReplaceAll(line, "--", "- -");
     ReplaceAll(line, "<record>", "<record >");
+    // No control characters, but not allowed either.
+    ReplaceAll(line, "\uFFFE", "\uFFFD");
+    ReplaceAll(line, "\uFFFF", "\uFFFD");
     return line;
 }
 
@@ -92,8 +95,13 @@ void RejectWriter::SetConfiguration(std::string packet) {
 void RejectWriter::Write(const RejectedRecord& record) {
     ++m_count;
     std::string text = Entry(record);
-    if (Known().Contain(m_configuration, text)) {
+    if (Known().Contain(m_configuration, record.guarded, text)) {
         return;
+    }
+    if (record.guarded != m_guarded) {
+        Sync();
+        m_guarded = record.guarded;
+        m_records.reset();
     }
     // All that the file holds is on the disk. So when somebody has already changed or removed it,
     // it is left to them, and a new one is begun.
@@ -169,7 +177,8 @@ KnownRejects& RejectWriter::Known() {
 }
 
 void RejectWriter::OpenPair() {
-    const std::string head = fmt::format("{}\n<records>\n", kPacketDeclaration);
+    const std::string head = fmt::format("{}\n{}<records>\n", kPacketDeclaration,
+                                         m_guarded ? fmt::format("{}\n", kGuardedInstruction) : "");
     RejectsFolder::Pair pair = m_folder.Add(m_configuration, head + std::string(kClosingTag));
     if (!pair.configuration.empty()) {
         m_files.push_back(pair.configuration);

@@ -19,11 +19,12 @@ namespace tool {
 //
 // For every configuration under which records are rejected there is a pair of files,
 // NNNN-configuration.xml and NNNN-records.xml, numbered so that the order of the names is the order
-// of loading. Each record stands under an XML comment that names its place and reason. After every
-// Write the files are complete and closed XML documents, as far as the records in them are
-// well-formed. Nothing is made before the first record is rejected. Files of earlier runs stay as
-// they are: numbering goes on after them, and a record that stands in one of them with the same
-// configuration, place and text is not written again. Several loads may use one directory at once.
+// of loading. Guarded records and others have pairs of their own, and are known again as such. Each
+// record stands under an XML comment that names its place and reason. After every Write the files
+// are complete and closed XML documents, as far as the records in them are well-formed. Nothing is
+// made before the first record is rejected. Files of earlier runs stay as they are: numbering goes
+// on after them, and a record that stands in one of them with the same configuration, place and
+// text is not written again. Several loads may use one directory at once.
 //
 // All operations throw std::system_error that names the file when something cannot be written.
 class RejectWriter {
@@ -60,6 +61,7 @@ class RejectWriter {
 
     RejectsFolder m_folder;
     std::string m_configuration;
+    bool m_guarded = false;  // the records of the open pair are
     std::optional<KnownRejects> m_known;
     std::optional<OutputFile> m_records;
     bool m_unsynced = false;
@@ -68,8 +70,8 @@ class RejectWriter {
     std::vector<std::filesystem::path> m_files;
 };
 
-// `text` made fit to stand in an XML comment: one line without control characters, without "--" and
-// without the bytes "<record>", by which records are found; valid UTF-8.
+// `text` made fit to stand in an XML comment: one line of characters that XML allows, without "--"
+// and without the bytes "<record>", by which records are found; valid UTF-8.
 std::string CommentText(std::string_view text);
 
 }  // namespace tool

@@ -3,6 +3,7 @@
 #include <string_view>
 #include <utility>
 
+#include "tool/guarded/guarded_text.h"
 #include "tool/process/interrupt.h"
 #include "tool/sources/source_checks.h"
 
@@ -41,6 +42,7 @@ WalkStep SourceWalk::NextRecord() {
         return WalkStep::Stopped;
     }
     if (m_source->NextRecord(m_record)) {
+        m_record.guarded = IsGuarded();
         return WalkStep::Record;
     }
     LeaveSource();
@@ -74,7 +76,8 @@ recorddb::journal::JournalKey SourceWalk::Key(const recorddb::schema::RecordType
 }
 
 std::string SourceWalk::IdIn(std::string_view raw) const {
-    return m_source->ValueIn(raw, m_configuration.OriginalId()).value_or("");
+    std::string id = m_source->ValueIn(raw, m_configuration.OriginalId()).value_or("");
+    return IsGuarded() ? Restored(id) : id;
 }
 
 WholePacket SourceWalk::ReadWhole() const {

@@ -66,14 +66,17 @@ class SourceWalk {
     // them.
     void RequireUsableData() const;
 
+    // Whether the values in the records of the current source are guarded.
+    bool IsGuarded() const { return m_source->IsGuarded(); }
+
     // The key of the current source in the journal: its content, and the configuration in force,
     // which is one of `type`.
     recorddb::journal::JournalKey Key(const recorddb::schema::RecordType& type) const;
 
     // The current record, until the next step.
     const SourceRecord& Record() const { return m_record; }
-    // The original id in `raw`, a record of the current source as it stands there; empty when it
-    // has none, or it cannot be made out.
+    // The original id in `raw`, a record of the current source as it stands there, restored where
+    // that is guarded; empty when it has none, or it cannot be made out.
     std::string IdIn(std::string_view raw) const;
 
     // All records of the current source as one packet, read anew. Throws SourceError.

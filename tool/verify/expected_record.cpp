@@ -47,14 +47,13 @@ void ExpectedRecord::Add(const KeptRecord& record, const ImportConfiguration& co
         m_empty = false;
     }
     m_creation += creates ? 1 : 0;
-    if (std::string id = OriginalIdOf(record.fields, configuration, m_type); !id.empty()) {
-        m_sourceId = std::move(id);
+    if (!record.originalId.empty()) {
+        m_sourceId = record.originalId;
     }
     std::string duplicateOf;
     bool hasHistory = false;
-    for (const ImporterField& field : record.fields) {
-        const FieldUse use = UseOf(field.name, configuration, m_type);
-        switch (use) {
+    for (const KeptField& field : record.fields) {
+        switch (field.use) {
             case FieldUse::DuplicateMark:
                 duplicateOf = field.value;
                 break;
@@ -62,11 +61,11 @@ void ExpectedRecord::Add(const KeptRecord& record, const ImportConfiguration& co
                 // In a record of a history packet, only the first history field counts.
                 if (configuration.Data() == ImportedData::Records ||
                     !std::exchange(hasHistory, true)) {
-                    AddHistory(record.place, field.value);
+                    AddHistory(record.place, field.history);
                 }
                 break;
             default:
-                AddField(record.place, field, use, configuration);
+                AddField(record.place, field, configuration);
         }
     }
     const bool marks = !configuration.DuplicateId().empty() && !configuration.OriginalId().empty();
@@ -75,26 +74,25 @@ void ExpectedRecord::Add(const KeptRecord& record, const ImportConfiguration& co
     }
 }
 
-void ExpectedRecord::AddField(const SourcePlace& place, const ImporterField& given, FieldUse use,
+void ExpectedRecord::AddField(const SourcePlace& place, const KeptField& given,
                               const ImportConfiguration& configuration) {
-    const auto& [name, value] = given;
-    const Field* const field = m_type.FindField(name);
-    switch (use) {
+    const Field* const field = m_type.FindField(given.name);
+    switch (given.use) {
         case FieldUse::State:
             if (configuration.ImportState()) {
-                m_values[StateOf(m_type).index] = {place, value, value};
+                m_values[StateOf(m_type).index] = {place, given.value, given.value};
             }
             return;
         case FieldUse::Value:
-            return AddPlain(place, *field, value);
+            return AddPlain(place, *field, given);
         case FieldUse::Reference:
-            return AddReference(place, *field, name, value, configuration);
+            return AddReference(place, *field, given, configuration);
         case FieldUse::ReferenceList:
-            return AddList(place, *field, name, value, configuration);
+            return AddList(place, *field, given, configuration);
         case FieldUse::Attachments:
-            return AddAttachments(place, *field, value);
+            return AddAttachments(place, *field, given.attachments);
         case FieldUse::Unknown:
-            m_unknown[name] = {place, value, value};
+            m_unknown[given.name] = {place, given.value, given.value};
             return;
         default:
             return;
@@ -102,30 +100,29 @@ void ExpectedRecord::AddField(const SourcePlace& place, const ImporterField& giv
 }
 
 void ExpectedRecord::AddPlain(const SourcePlace& place, const Field& field,
-                              const std::string& value) {
-    m_values[field.index] = {place, value, IsBlankWord(value) ? "" : StoredText(field, value)};
+                              const KeptField& given) {
+    m_values[field.index] = {place, given.value,
+                             given.clears ? "" : StoredText(field, given.value)};
 }
 
 void ExpectedRecord::AddReference(const SourcePlace& place, const Field& field,
-                                  const std::string& name, const std::string& value,
+                                  const KeptField& given,
                                   const ImportConfiguration& configuration) {
-    const std::string trimmed(Trimmed(value));
-    if (trimmed.empty()) {
+    if (given.keys.empty() && !given.clears) {
         return;
     }
     ExpectedTargets expected{
         .place = place, .targets = {}, .exact = true, .ordered = true, .creation = m_creation};
-    if (!IsBlankWord(trimmed)) {
-        expected.targets.push_back(m_resolver.Resolve(field, name, trimmed, configuration));
+    for (const std::string& key : given.keys) {
+        expected.targets.push_back(m_resolver.Resolve(field, given.name, key, configuration));
     }
     m_targets[field.index] = std::move(expected);
 }
 
-void ExpectedRecord::AddList(const SourcePlace& place, const Field& field, const std::string& name,
-                             const std::string& value, const ImportConfiguration& configuration) {
-    const std::vector<std::string> items = ReadListItems(value);
+void ExpectedRecord::AddList(const SourcePlace& place, const Field& field, const KeptField& given,
+                             const ImportConfiguration& configuration) {
     const bool replaces = configuration.ReplaceRefList();
-    if (items.empty() && !replaces) {
+    if (given.keys.empty() && !replaces) {
         return;
     }
     std::optional<ExpectedTargets>& expected = m_targets[field.index];
@@ -133,16 +130,15 @@ void ExpectedRecord::AddList(const SourcePlace& place, const Field& field, const
         expected = {place, {}, IsWhole() || replaces, replaces, m_creation};
     }
     expected->place = place;
-    for (const std::string& item : items) {
-        ExpectedTarget target = m_resolver.Resolve(field, name, item, configuration);
+    for (const std::string& key : given.keys) {
+        ExpectedTarget target = m_resolver.Resolve(field, given.name, key, configuration);
         if (!Holds(expected->targets, target)) {
             expected->targets.push_back(std::move(target));
         }
     }
 }
 
-void ExpectedRecord::AddHistory(const SourcePlace& place, const std::string& value) {
-    std::vector<HistoryLine> lines = ReadHistoryLines(value);
+void ExpectedRecord::AddHistory(const SourcePlace& place, std::vector<HistoryLine> lines) {
     if (!lines.empty() && m_historyCreation != m_creation) {
         m_history.clear();
         m_historyCreation = m_creation;
@@ -154,8 +150,7 @@ void ExpectedRecord::AddHistory(const SourcePlace& place, const std::string& val
 }
 
 void ExpectedRecord::AddAttachments(const SourcePlace& place, const Field& field,
-                                    const std::string& value) {
-    std::vector<AttachmentLines> added = ReadAttachmentLines(value);
+                                    std::vector<AttachmentLines> added) {
     ExpectedAttachments& expected = m_attachments[field.index];
     if (!added.empty() && expected.creation != m_creation) {
         expected = {.list = {}, .creation = m_creation};

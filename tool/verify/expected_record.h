@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "recorddb/schema.h"
-#include "tool/packet/field_use.h"
+#include "tool/packet/import_configuration.h"
 #include "tool/packet/source_formats.h"
 #include "tool/verify/kept_record.h"
 #include "tool/verify/reference_resolver.h"
@@ -90,19 +90,17 @@ class ExpectedRecord {
     const std::map<std::string, ExpectedValue>& UnknownFields() const { return m_unknown; }
 
   private:
-    void AddField(const SourcePlace& place, const ImporterField& given, FieldUse use,
+    void AddField(const SourcePlace& place, const KeptField& given,
                   const ImportConfiguration& configuration);
     void AddPlain(const SourcePlace& place, const recorddb::schema::Field& field,
-                  const std::string& value);
+                  const KeptField& given);
     void AddReference(const SourcePlace& place, const recorddb::schema::Field& field,
-                      const std::string& name, const std::string& value,
-                      const ImportConfiguration& configuration);
+                      const KeptField& given, const ImportConfiguration& configuration);
     void AddList(const SourcePlace& place, const recorddb::schema::Field& field,
-                 const std::string& name, const std::string& value,
-                 const ImportConfiguration& configuration);
-    void AddHistory(const SourcePlace& place, const std::string& value);
+                 const KeptField& given, const ImportConfiguration& configuration);
+    void AddHistory(const SourcePlace& place, std::vector<HistoryLine> lines);
     void AddAttachments(const SourcePlace& place, const recorddb::schema::Field& field,
-                        const std::string& value);
+                        std::vector<AttachmentLines> added);
     void AddOriginal(const SourcePlace& place, const std::string& value,
                      const ImportConfiguration& configuration);
 

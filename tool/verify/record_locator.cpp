@@ -4,7 +4,6 @@
 
 #include <algorithm>
 
-#include "tool/packet/field_use.h"
 #include "tool/packet/importer_text.h"
 
 namespace tool {
@@ -24,12 +23,12 @@ LocatedRecord WithoutId() {
 
 }  // namespace
 
-LocatedRecord RecordLocator::Locate(const ImporterFields& fields,
+LocatedRecord RecordLocator::Locate(const KeptRecord& record,
                                     const ImportConfiguration& configuration,
                                     const RecordType& type) {
-    const std::string id = OriginalIdOf(fields, configuration, type);
-    return id.empty() ? LocateByKey(fields, type)
-                      : LocateById(id, configuration.OriginalId(), type);
+    return record.originalId.empty()
+               ? LocateByKey(record.fields, type)
+               : LocateById(record.originalId, configuration.OriginalId(), type);
 }
 
 LocatedRecord RecordLocator::LocateById(const std::string& id, const std::string& fieldName,
@@ -48,7 +47,8 @@ LocatedRecord RecordLocator::LocateById(const std::string& id, const std::string
     return dbids.empty() ? Missing() : LocatedRecord{dbids.front(), {}};
 }
 
-LocatedRecord RecordLocator::LocateByKey(const ImporterFields& fields, const RecordType& type) {
+LocatedRecord RecordLocator::LocateByKey(const std::vector<KeptField>& fields,
+                                         const RecordType& type) {
     if (type.HasStates()) {
         return WithoutId();
     }
@@ -61,9 +61,8 @@ LocatedRecord RecordLocator::LocateByKey(const ImporterFields& fields, const Rec
         if (found == fields.end()) {
             return WithoutId();
         }
-        const bool isReference = field.kind == recorddb::schema::FieldKind::Reference;
         key += key.empty() ? "" : " ";
-        key += isReference ? Trimmed(found->value) : found->value;
+        key += found->keys.empty() ? found->value : found->keys.front();
     }
     const std::int64_t dbid = m_lookup.FindKey(type, key).dbid;
     return dbid == 0 ? Missing() : LocatedRecord{dbid, {}};

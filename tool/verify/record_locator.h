@@ -3,10 +3,11 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "recorddb/schema.h"
 #include "tool/packet/import_configuration.h"
-#include "tool/packet/importer_fields.h"
+#include "tool/verify/kept_record.h"
 #include "tool/verify/record_lookup.h"
 
 namespace tool {
@@ -24,15 +25,15 @@ class RecordLocator {
     // The look-up outlives the object.
     explicit RecordLocator(RecordLookup& lookup) : m_lookup(lookup) {}
 
-    // `fields` are those of a record of `type`, to be imported under `configuration`. Throws
-    // sql::Error.
-    LocatedRecord Locate(const ImporterFields& fields, const ImportConfiguration& configuration,
+    // `record` has the original id and the fields of a record of `type`, to be imported under
+    // `configuration`. Throws sql::Error.
+    LocatedRecord Locate(const KeptRecord& record, const ImportConfiguration& configuration,
                          const recorddb::schema::RecordType& type);
 
   private:
     LocatedRecord LocateById(const std::string& id, const std::string& fieldName,
                              const recorddb::schema::RecordType& type);
-    LocatedRecord LocateByKey(const ImporterFields& fields,
+    LocatedRecord LocateByKey(const std::vector<KeptField>& fields,
                               const recorddb::schema::RecordType& type);
 
     RecordLookup& m_lookup;

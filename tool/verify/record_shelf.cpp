@@ -3,6 +3,7 @@
 #include <cstring>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "tool/verify/scratch_failure.h"
 
@@ -10,30 +11,113 @@ namespace tool {
 
 namespace {
 
-// Each text after its length; a record is shorter than 4 GiB.
-void AppendText(std::string& buffer, const std::string& text) {
-    const auto length = static_cast<std::uint32_t>(text.size());
-    char bytes[sizeof length];
-    std::memcpy(bytes, &length, sizeof length);
-    buffer.append(bytes, sizeof length).append(text);
-}
+// Writes numbers and, each after its length, texts. A record is shorter than 4 GiB.
+class BlobWriter {
+  public:
+    explicit BlobWriter(std::string& blob) : m_blob(blob) {}
 
-std::string TakeTextFrom(std::string_view& buffer) {
-    std::uint32_t length = 0;
-    std::memcpy(&length, buffer.data(), sizeof length);
-    std::string text(buffer.substr(sizeof length, length));
-    buffer.remove_prefix(sizeof length + length);
-    return text;
-}
-
-void ReadFields(std::span<const std::byte> blob, ImporterFields& fields) {
-    fields.clear();
-    std::string_view rest(reinterpret_cast<const char*>(blob.data()), blob.size());
-    while (!rest.empty()) {
-        std::string name = TakeTextFrom(rest);
-        fields.push_back({std::move(name), TakeTextFrom(rest)});
+    void Put(std::size_t number) {
+        const auto shortened = static_cast<std::uint32_t>(number);
+        char bytes[sizeof shortened];
+        std::memcpy(bytes, &shortened, sizeof shortened);
+        m_blob.append(bytes, sizeof shortened);
     }
-}
+    void Put(const std::string& text) {
+        Put(text.size());
+        m_blob += text;
+    }
+    void Put(const HistoryLine& line) {
+        Put(line.id);
+        for (const std::string& column : line.columns) {
+            Put(column);
+        }
+        Put(line.count);
+    }
+    void Put(const AttachmentLines& lines) {
+        Put(lines.id);
+        Put(lines.fileName);
+        Put(lines.fileSize);
+        Put(lines.description);
+        Put(lines.count);
+    }
+    void Put(const KeptField& field) {
+        Put(static_cast<std::size_t>(field.use));
+        Put(field.name);
+        Put(field.value);
+        Put(static_cast<std::size_t>(field.clears ? 1 : 0));
+        Put(field.keys);
+        Put(field.history);
+        Put(field.attachments);
+    }
+    template <typename Part>
+    void Put(const std::vector<Part>& parts) {
+        Put(parts.size());
+        for (const Part& part : parts) {
+            Put(part);
+        }
+    }
+
+  private:
+    std::string& m_blob;
+};
+
+// Reads what a BlobWriter wrote, in the same order.
+class BlobReader {
+  public:
+    explicit BlobReader(std::span<const std::byte> blob)
+        : m_rest(reinterpret_cast<const char*>(blob.data()), blob.size()) {}
+
+    void Take(std::size_t& number) {
+        std::uint32_t shortened = 0;
+        std::memcpy(&shortened, m_rest.data(), sizeof shortened);
+        m_rest.remove_prefix(sizeof shortened);
+        number = shortened;
+    }
+    void Take(std::string& text) {
+        std::size_t length = 0;
+        Take(length);
+        text = m_rest.substr(0, length);
+        m_rest.remove_prefix(length);
+    }
+    void Take(HistoryLine& line) {
+        Take(line.id);
+        for (std::string& column : line.columns) {
+            Take(column);
+        }
+        Take(line.count);
+    }
+    void Take(AttachmentLines& lines) {
+        Take(lines.id);
+        Take(lines.fileName);
+        Take(lines.fileSize);
+        Take(lines.description);
+        Take(lines.count);
+    }
+    void Take(KeptField& field) {
+        std::size_t number = 0;
+        Take(number);
+        field.use = static_cast<FieldUse>(number);
+        Take(field.name);
+        Take(field.value);
+        Take(number);
+        field.clears = number != 0;
+        Take(field.keys);
+        Take(field.history);
+        Take(field.attachments);
+    }
+    template <typename Part>
+    void Take(std::vector<Part>& parts) {
+        std::size_t count = 0;
+        Take(count);
+        parts.resize(count);
+        for (Part& part : parts) {
+            Take(part);
+        }
+    }
+
+  private:
+    std::string_view m_rest;
+};
 
 }  // namespace
 
@@ -50,10 +134,9 @@ RecordShelf::RecordShelf(recorddb::sql::Connection& scratch) : m_scratch(scratch
 
 void RecordShelf::Add(const KeptRecord& record) {
     m_buffer.clear();
-    for (const auto& [name, value] : record.fields) {
-        AppendText(m_buffer, name);
-        AppendText(m_buffer, value);
-    }
+    BlobWriter writer(m_buffer);
+    writer.Put(record.originalId);
+    writer.Put(record.fields);
     m_insert->BindAll(record.type, record.dbid, record.place.source, record.place.record,
                       record.place.line, record.configuration, record.differs ? 1 : 0,
                       std::as_bytes(std::span(m_buffer)));
@@ -81,7 +164,9 @@ bool RecordShelf::Next(KeptRecord& record) {
     record.place = {.source = number(2), .record = number(3), .line = number(4)};
     record.configuration = number(5);
     record.differs = m_select->Int(6) != 0;
-    ReadFields(m_select->Blob(7), record.fields);
+    BlobReader reader(m_select->Blob(7));
+    reader.Take(record.originalId);
+    reader.Take(record.fields);
     return true;
 }
 

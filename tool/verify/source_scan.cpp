@@ -5,8 +5,8 @@
 #include <algorithm>
 
 #include "tool/losses/loss_finder.h"
-#include "tool/packet/field_use.h"
 #include "tool/sources/source_checks.h"
+#include "tool/verify/kept_fields.h"
 
 namespace tool {
 
@@ -95,10 +95,10 @@ void SourceScan::ReadRecord(const SourceRecord& record) {
         ReportMissing(record, "not imported: " + problem);
         return;
     }
-    CheckAttachments(m_record.fields);
-    const bool counts = SaysSomething(m_record.fields);
+    CheckAttachments();
+    const bool counts = SaysSomething();
     if (counts) {
-        const LocatedRecord located = m_locator.Locate(m_record.fields, Current(), *m_type);
+        const LocatedRecord located = m_locator.Locate(m_record, Current(), *m_type);
         if (!located.problem.empty()) {
             ReportMissing(record, located.problem);
             return;
@@ -126,26 +126,24 @@ std::string SourceScan::WhyNotImported(const SourceRecord& record) {
     if (std::string problem = m_readings.Read(record); !problem.empty()) {
         return problem;
     }
-    m_record.fields = m_readings.Fields();
-    std::erase_if(m_record.fields, [](const ImporterField& field) { return field.value.empty(); });
+    KeepPacketFields(m_readings.Fields(), record.guarded, Current(), *m_type, m_record);
     return {};
 }
 
 // Records of history and attachments packets that hold none are passed over by the import, too.
-bool SourceScan::SaysSomething(const ImporterFields& fields) const {
+bool SourceScan::SaysSomething() const {
     return Current().Data() == ImportedData::Records ||
-           std::any_of(fields.begin(), fields.end(), [this](const ImporterField& field) {
-               const FieldUse use = UseOf(field.name, Current(), *m_type);
-               return use == FieldUse::History || use == FieldUse::Attachments;
+           std::any_of(m_record.fields.begin(), m_record.fields.end(), [](const KeptField& field) {
+               return field.use == FieldUse::History || field.use == FieldUse::Attachments;
            });
 }
 
-void SourceScan::CheckAttachments(const ImporterFields& fields) const {
+void SourceScan::CheckAttachments() const {
     if (!m_attachments.empty()) {
         return;
     }
-    for (const auto& [name, value] : fields) {
-        const Field* const field = m_type->FindField(name);
+    for (const KeptField& given : m_record.fields) {
+        const Field* const field = m_type->FindField(given.name);
         if (field != nullptr && field->kind == FieldKind::Attachments) {
             RequireAttachments(m_attachments, Name());
         }

@@ -50,8 +50,8 @@ class SourceScan {
     bool IsRepeated();
     void ReadRecord(const SourceRecord& record);
     std::string WhyNotImported(const SourceRecord& record);
-    bool SaysSomething(const ImporterFields& fields) const;
-    void CheckAttachments(const ImporterFields& fields) const;
+    bool SaysSomething() const;
+    void CheckAttachments() const;
     bool FindLosses(const SourceRecord& record);
     void ReportMissing(const SourceRecord& record, const std::string& problem);
     void ReportUnseen(const UnseenRecord& unseen);

@@ -93,4 +93,17 @@ TEST(WithPacketDeclaration, LeavesOtherInstructionsAlone) {
     }
 }
 
+TEST(PacketHead, SaysWhetherThePacketIsGuarded) {
+    for (const char* const text :
+         {"<?ztimport guarded?>", "<?xml version=\"1.0\"?>\n<!-- a -->\n<?ztimport guarded?>\n<a>",
+          "<?other?><?ztimport guarded?><record>"}) {
+        EXPECT_TRUE(tool::HasGuardedInstruction(text)) << text;
+    }
+    for (const char* const text :
+         {"", "<record>", "<records><?ztimport guarded?>", "<!-- <?ztimport guarded?> --><record>",
+          "<?ztimport guarded ?>", "<?ztimport guarded", "text <?ztimport guarded?>"}) {
+        EXPECT_FALSE(tool::HasGuardedInstruction(text)) << text;
+    }
+}
+
 }  // namespace

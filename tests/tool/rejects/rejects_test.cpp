@@ -443,6 +443,7 @@ const std::vector<CommentCase> kCommentCases = {
     {"ADashAtTheEnd", "a-", "a-"},
     {"RecordTags", "<record><record>", "<record ><record >"},
     {"NotUtf8", "a\xFF", "a\xEF\xBF\xBD"},
+    {"Noncharacters", "a\uFFFE\uFFFF", "a\uFFFD\uFFFD"},
     {"Nothing", " \n", ""},
 };
 INSTANTIATE_TEST_SUITE_P(Of, Comments, testing::ValuesIn(kCommentCases),

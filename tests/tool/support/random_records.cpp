@@ -1,6 +1,7 @@
 #include "random_records.h"
 
 #include <array>
+#include <iterator>
 
 namespace reading {
 
@@ -55,6 +56,75 @@ std::string RandomText::Record() {
 std::string RandomText::Gap() {
     static constexpr std::array kTexts = {"", "\n", "<other>x</other>", " y ", "<record id='1'/>"};
     return Below(4) == 0 ? Section() : kTexts[Below(kTexts.size())];
+}
+
+std::string RandomText::Value() {
+    static constexpr const char* kPieces[] = {"a",
+                                              "B",
+                                              "BLANK",
+                                              "blan\xE2\x84\xAA",
+                                              "r",
+                                              "u",
+                                              "e",
+                                              "f",
+                                              "&",
+                                              "amp;",
+                                              "lt;",
+                                              "gt;",
+                                              "&lt;",
+                                              "&LT;",
+                                              "&quot;",
+                                              "&apos;",
+                                              "#x9;",
+                                              "&#xA;",
+                                              "&#xD;",
+                                              "&#10;",
+                                              ";",
+                                              "<",
+                                              ">",
+                                              "]]>",
+                                              "<!--",
+                                              "\"",
+                                              ",",
+                                              " ",
+                                              "\t",
+                                              "\n",
+                                              "\r",
+                                              "\r\n",
+                                              "\x0B",
+                                              "\x0C",
+                                              "\x01",
+                                              "\x1B",
+                                              "\x1C",
+                                              "\x1D",
+                                              "\x1E",
+                                              "\x1F",
+                                              "\x7F",
+                                              "\xC2\x85",
+                                              "\xC2\xA0",
+                                              "\xE2\x80\xA8",
+                                              "\xE3\x80\x80",
+                                              "\xEF\xBF\xBE",
+                                              "\xEF\xBF\xBF",
+                                              "\xEF\xBF\xBD",
+                                              "\xEF\xBB\xBF",
+                                              "\xEF\xB7\x8F",
+                                              "\xEF\xB7\x90",
+                                              "\xEF\xB7\x91",
+                                              "\xEF\xB7\xAE",
+                                              "\xEF\xB7\xAF",
+                                              "\xEF\xB7\xB0",
+                                              "\xF0\x9F\xBF\xBE",
+                                              "\xF0\x9F\x90\x9E",
+                                              "\xC3\xBC",
+                                              "/",
+                                              "\\",
+                                              "name.txt"};
+    std::string text;
+    for (std::size_t count = Below(7); count > 0; --count) {
+        text += kPieces[Below(std::size(kPieces))];
+    }
+    return text;
 }
 
 unsigned NewSeed() {

@@ -20,6 +20,10 @@ class RandomText {
     // A well-formed record with fields, comments, CDATA sections and instructions.
     std::string Record();
 
+    // A value that a packet cannot carry, most likely: what its rules look at, noncharacters, and
+    // parts of both. Valid UTF-8 without NUL.
+    std::string Value();
+
     // What may stand between records: text, other elements and sections, but no record.
     std::string Gap();
 

@@ -35,8 +35,18 @@ TEST_F(RecordShelfTest, KeepsAllOfARecord) {
     KeptRecord kept = Record(3, 5, 7);
     kept.configuration = 2;
     kept.differs = true;
-    kept.fields = {
-        {"title", "Grüße"}, {"", std::string("a\0b", 3)}, {"long", std::string(1 << 20, 'x')}};
+    kept.originalId = "7";
+    kept.fields.resize(3);
+    kept.fields[0].use = FieldUse::Value;
+    kept.fields[0].name = "title";
+    kept.fields[0].value = "Grüße";
+    kept.fields[0].clears = true;
+    kept.fields[1].value = std::string("a\0b", 3);
+    kept.fields[1].keys = {"", "a, b", std::string(1 << 20, 'x')};
+    kept.fields[2].history = {{.id = "1", .columns = {"a", "b", "", "d", "e", "f"}, .count = 6},
+                              {}};
+    kept.fields[2].attachments = {
+        {.id = "1", .fileName = "a", .fileSize = "2", .description = "d", .count = 4}, {}};
     m_shelf.Add(kept);
     KeptRecord record;
     ASSERT_TRUE(m_shelf.Next(record));
@@ -47,6 +57,7 @@ TEST_F(RecordShelfTest, KeepsAllOfARecord) {
     EXPECT_EQ(record.place.line, 70U);
     EXPECT_EQ(record.configuration, 2U);
     EXPECT_TRUE(record.differs);
+    EXPECT_EQ(record.originalId, "7");
     EXPECT_EQ(record.fields, kept.fields);
     EXPECT_FALSE(m_shelf.Next(record));
 }

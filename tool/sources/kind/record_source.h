@@ -22,6 +22,9 @@ class RecordSource {
 
     virtual bool IsConfiguration() const = 0;
 
+    // Whether the values in its records and packets are guarded (tool/guarded/guarded_text.h).
+    virtual bool IsGuarded() const { return false; }
+
     // The configuration as a packet. To be called once, for a source that is one. Throws
     // SourceError, since a configuration is good as a whole or not at all.
     virtual std::string ReadConfiguration() = 0;
@@ -34,7 +37,8 @@ class RecordSource {
     virtual WholePacket ReadWhole() = 0;
 
     // The value of the field called `name` in `raw`, a record as it stands in a source of this
-    // kind, as far as it can be made out, also where the record has a defect. Nothing when there is
+    // kind and as it stands there, as far as it can be made out, also where the record has a
+    // defect. Nothing when there is
     // no such field, or `name` is empty.
     virtual std::optional<std::string> ValueIn(std::string_view raw,
                                                std::string_view name) const = 0;

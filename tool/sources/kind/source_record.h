@@ -24,6 +24,7 @@ struct SourceRecord {
     RecordDefect defect = RecordDefect::None;
     std::string error;         // what the defect is and where, for people; empty without one
     bool openSection = false;  // a comment, CDATA section or instruction in it does not close
+    bool guarded = false;      // its values are, in `packet` and in `raw`
 };
 
 // All records of a source as one packet.

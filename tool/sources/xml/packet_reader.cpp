@@ -73,6 +73,7 @@ void PacketReader::Classify() {
         more = more && answer == HeadAnswer::Undecided && m_window.Ensure(2 * size + 1);
     }
     m_isConfiguration = answer == HeadAnswer::Configuration;
+    m_isGuarded = HasGuardedInstruction(m_window.Text());
     m_isPacket = BeginsWithMarkup() || HoldsRecordNearby();
 }
 

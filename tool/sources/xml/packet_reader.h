@@ -42,6 +42,8 @@ class PacketReader final : public RecordSource {
     // that takes. Throws SourceError.
     bool IsConfiguration() const override { return m_isConfiguration; }
 
+    bool IsGuarded() const override { return m_isGuarded; }
+
     // False for a text, an archive, an empty file: the source does not begin with markup, white
     // space aside, and no record begins in its first 64 KiB.
     bool IsPacket() const { return m_isPacket; }
@@ -76,6 +78,7 @@ class PacketReader final : public RecordSource {
     RecordCutter m_cutter;
     bool m_isConfiguration = false;
     bool m_isPacket = false;
+    bool m_isGuarded = false;
     std::uint64_t m_nextOrdinal = 0;
     CutRecord m_cut;
     std::string m_mended;  // holds the raw text of a record that needed marks replaced

@@ -1,0 +1,19 @@
+#ifndef TOOL_VERIFY_KEPT_FIELDS_H
+#define TOOL_VERIFY_KEPT_FIELDS_H
+
+#include "recorddb/schema.h"
+#include "tool/packet/import_configuration.h"
+#include "tool/packet/importer_fields.h"
+#include "tool/verify/kept_record.h"
+
+namespace tool {
+
+// Sets the fields and the original id of `record` to what the fields of a packet say that is
+// imported under `configuration` into records of `type`. `guarded`: the packet's values are.
+void KeepPacketFields(const ImporterFields& fields, bool guarded,
+                      const ImportConfiguration& configuration,
+                      const recorddb::schema::RecordType& type, KeptRecord& record);
+
+}  // namespace tool
+
+#endif

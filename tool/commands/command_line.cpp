@@ -12,6 +12,7 @@
 #include "tool/commands/init_command.h"
 #include "tool/commands/load_command.h"
 #include "tool/commands/show_command.h"
+#include "tool/commands/survey_command.h"
 #include "tool/commands/verify_command.h"
 #include "tool/process/exit_code.h"
 #include "tool/process/usage_error.h"
@@ -35,6 +36,7 @@ struct Commands {
     LoadOptions check;
     ShowOptions show;
     VerifyOptions verify;
+    SurveyRequest survey;
 };
 
 constexpr const char* kDatabaseHelp =
@@ -185,6 +187,31 @@ void AddShow(CLI::App& app, Commands& commands) {
     });
 }
 
+void AddSurvey(CLI::App& app, Commands& commands) {
+    CLI::App* survey = app.add_subcommand(
+        "survey", "Look at CSV and JSON files before there is a map or a schema for them");
+    SurveyRequest& request = commands.survey;
+    survey
+        ->add_option("SOURCE", request.sources,
+                     "files, folders of files (*.csv, *.tsv, *.jsonl, *.ndjson, *.json, in all "
+                     "folders below, too), or - for standard input")
+        ->required();
+    survey
+        ->add_option("--format", request.format,
+                     "format of the files that are named, whatever their endings")
+        ->check(CLI::IsMember({"csv", "jsonl", "json"}));
+    survey->add_option("--separator", request.separator,
+                       "what stands between the cells of CSV files, instead of a guess");
+    survey->add_option("--encoding", request.encoding,
+                       "in what CSV files are written, instead of a guess");
+    survey->callback([&commands] {
+        commands.run = [&commands] {
+            RunSurvey(commands.survey, commands.out);
+            return static_cast<int>(ExitCode::Success);
+        };
+    });
+}
+
 // The parser's messages can have several lines, and repeat what was on the command line.
 std::string VisibleComplaint(const std::string& text) {
     std::string out;
@@ -201,12 +228,13 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
     CLI::App app("Moves tracker data from XML packets into a record database.", "ztimport");
     app.require_subcommand(1);
     app.set_version_flag("--version", "ztimport " ZT_VERSION);
-    Commands commands{out, err, {}, {}, {}, {}, {}, {}, {}, {}};
+    Commands commands{out, err, {}, {}, {}, {}, {}, {}, {}, {}, {}};
     AddInit(app, commands);
     AddLoad(app, commands);
     AddCheck(app, commands);
     AddVerify(app, commands);
     AddShow(app, commands);
+    AddSurvey(app, commands);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

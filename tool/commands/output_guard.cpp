@@ -159,4 +159,18 @@ void CheckOutputs(const VerifyOptions& options, const SourceList& sources) {
     guard.Check("--html", options.html);
 }
 
+void CheckOutputs(const SurveyRequest& request, const SurveyFiles& files) {
+    OutputGuard guard;
+    for (const SurveyGroup& group : files.Groups()) {
+        for (const SurveyFile& file : group.files) {
+            guard.Keep(file.path, "the source " + file.name);
+        }
+    }
+    // A pipe is copied before it is read.
+    for (const std::string& argument : request.sources) {
+        guard.Keep(argument == "-" ? "/dev/stdin" : argument, "the source " + argument);
+    }
+    guard.CheckStandardOutputs();
+}
+
 }  // namespace tool

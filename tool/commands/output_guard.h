@@ -6,9 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "tool/commands/survey_command.h"
 #include "tool/io/file_identity.h"
 #include "tool/load/load_options.h"
 #include "tool/sources/source_list.h"
+#include "tool/survey/survey_files.h"
 #include "tool/verify/verify_options.h"
 
 namespace tool {
@@ -54,6 +56,7 @@ class OutputGuard {
 // output is opened. Throw UsageError.
 void CheckOutputs(const LoadOptions& options, const SourceList& sources);
 void CheckOutputs(const VerifyOptions& options, const SourceList& sources);
+void CheckOutputs(const SurveyRequest& request, const SurveyFiles& files);
 
 }  // namespace tool
 

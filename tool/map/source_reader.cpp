@@ -2,38 +2,17 @@
 
 #include <fmt/format.h>
 
-#include <array>
 #include <filesystem>
 #include <string_view>
 
 #include "tool/io/charset_decoder.h"
 #include "tool/map/address_reader.h"
+#include "tool/map/file_ending.h"
 #include "tool/map/value_reader.h"
 
 namespace tool {
 
 namespace {
-
-struct Ending {
-    std::string_view text;
-    MapFormat format;
-    char separator;
-};
-
-constexpr std::array<Ending, 5> kEndings = {{{".csv", MapFormat::Csv, ','},
-                                             {".tsv", MapFormat::Csv, '\t'},
-                                             {".jsonl", MapFormat::JsonLines, ','},
-                                             {".ndjson", MapFormat::JsonLines, ','},
-                                             {".json", MapFormat::Json, ','}}};
-
-const Ending* EndingOf(std::string_view pattern) {
-    for (const Ending& ending : kEndings) {
-        if (pattern.ends_with(ending.text)) {
-            return &ending;
-        }
-    }
-    return nullptr;
-}
 
 class SourceReader {
   public:
@@ -110,9 +89,9 @@ class SourceReader {
                                                : MapFormat::JsonLines;
             return;
         }
-        const Ending* const first = EndingOf(m_source.files.front());
+        const FileEnding* const first = EndingOf(m_source.files.front());
         for (const std::string& pattern : m_source.files) {
-            const Ending* const ending = EndingOf(pattern);
+            const FileEnding* const ending = EndingOf(pattern);
             if (ending == nullptr || ending->format != first->format ||
                 ending->separator != first->separator) {
                 m_file.Fail(files.Place(),

@@ -3,9 +3,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
-#include <stdexcept>
-#include <string_view>
+#include <thread>
 #include <utility>
 
 #include "server_proxy.h"
@@ -56,16 +56,28 @@ class Loads {
     const TrackerPackets& m_packets;
 };
 
-// Where the folder of the server's socket stands in a URL.
-std::pair<std::size_t, std::size_t> HostIn(const std::string& url) {
-    constexpr std::string_view name = "host=";
-    const std::size_t begin = url.find(name);
-    if (begin == std::string::npos) {
-        throw std::runtime_error("the server's URL has no parameter host");
+// Counts how often something is asked and the answer waited for, and makes each of these round
+// trips take longer, as a network would.
+class RoundTrips {
+  public:
+    ServerProxy::Fate Note(ServerProxy::Side from) {
+        if (from == ServerProxy::Side::Server) {
+            m_serverSpokeLast = true;
+        } else if (m_serverSpokeLast) {
+            m_serverSpokeLast = false;
+            ++m_count;
+            std::this_thread::sleep_for(kDelay);
+        }
+        return ServerProxy::Fate::Pass;
     }
-    const std::size_t from = begin + name.size();
-    return {from, std::min(url.find('&', from), url.size()) - from};
-}
+
+    // Those since the last call.
+    std::uint64_t Take() { return m_count.exchange(0); }
+
+  private:
+    bool m_serverSpokeLast = true;
+    std::atomic<std::uint64_t> m_count = 0;
+};
 
 }  // namespace
 
@@ -82,14 +94,15 @@ ServerLoads RunServerLoads(const std::string& tool, const std::string& url,
             fastest.peakKilobytes = peak;
         });
     }
-    const auto [from, length] = HostIn(url);
-    ServerProxy proxy(url.substr(from, length), folder, kDelay);
-    std::string delayed = url;
-    delayed.replace(from, length, folder.string());
+    RoundTrips roundTrips;
+    const ServerProxy proxy(SocketFolderOf(url), folder, [&](const ServerProxy::Message& message) {
+        return roundTrips.Note(message.from);
+    });
+    const std::string delayed = UrlWithSocketIn(url, folder);
     Loads(tool, delayed, folder, packets).Run([&](ServerLoad ServerLoads::*kind, auto load) {
-        proxy.TakeRoundTrips();
+        roundTrips.Take();
         (best.*kind).delayedSeconds = load().seconds;
-        (best.*kind).roundTrips = proxy.TakeRoundTrips();
+        (best.*kind).roundTrips = roundTrips.Take();
     });
     return best;
 }

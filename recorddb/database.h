@@ -55,6 +55,11 @@ class RECORDDB_API Database {
     // outlive the database; one at a time.
     AdPtr<Session> OpenSession(const SessionOptions& options);
 
+    // Connects anew when the connection was lost, where the engine can (see sql::Connection). What
+    // was read before is forgotten. Throws DatabaseError when another record database is found in
+    // the place of this one; sql::Error.
+    void Reconnect();
+
     // Begins a transaction; everything written until it ends belongs to it. Throws sql::Error, and
     // std::logic_error when one is open already.
     sql::Transaction Begin() { return sql::Transaction(*m_connection); }
@@ -72,10 +77,12 @@ class RECORDDB_API Database {
     WriteBatch& GetBatch() { return *m_batch; }
 
   private:
-    Database(std::unique_ptr<sql::Connection> connection, schema::Schema schema);
+    Database(std::unique_ptr<sql::Connection> connection, schema::Schema schema,
+             std::string location);
 
     std::unique_ptr<sql::Connection> m_connection;
     schema::Schema m_schema;
+    std::string m_location;  // as messages may show it
     journal::Journal m_journal;
     std::unique_ptr<schema::SearchIndexes> m_searchIndexes;
     std::unique_ptr<WriteBatch> m_batch;

@@ -33,6 +33,7 @@ struct JournalEntry {
     std::int64_t duplicates = 0;
     std::int64_t rejected = 0;
     std::int64_t skipped = 0;
+    std::int64_t run = 0;  // the number of the load that writes it, or wrote it last
 
     bool operator==(const JournalEntry&) const = default;
 };
@@ -50,11 +51,18 @@ class RECORDDB_API Journal {
     // The keys of the entries that are not complete.
     std::vector<JournalKey> Unfinished();
 
-    // Writes the entry of a key; it replaces the one before, if any.
-    void Save(const JournalKey& key, const JournalEntry& entry);
+    // Begins another run of loads of a source: raises the number in the entry of the key, which is
+    // made if there is none, and returns the entry. From then on no earlier run can Save, whatever
+    // connection it still has.
+    JournalEntry BeginRun(const JournalKey& key, const std::string& sourceName);
+
+    // Writes the entry of a key in the place of the one that is there. Returns false, and writes
+    // nothing, when the number of the run in it is not that of the latest run.
+    [[nodiscard]] bool Save(const JournalKey& key, const JournalEntry& entry);
 
     // Removes the entry of a key with its rejects, as if the source had never been loaded.
     void Forget(const JournalKey& key);
+    void ForgetRejects(const JournalKey& key);
 
     // The ordinals of records that were rejected and have not been imported since. Adding one that
     // is there and removing one that is not change nothing.

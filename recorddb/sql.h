@@ -158,6 +158,16 @@ class RECORDDB_API Connection {
     // is worth while to find out ahead what will be needed.
     virtual bool ReadsManyForLess() const { return false; }
 
+    // True for a connection that can be lost, and be made anew then.
+    virtual bool CanReconnect() const { return false; }
+
+    // Connects anew to the same database, after an Error (ConnectionLost). Statements stay good,
+    // prepared anew where that is needed; executions have ended. What becomes of a transaction
+    // whose commit was not answered, only the database can tell. Throws Error: for want of a
+    // server, CannotOpen or ConnectionLost, after which it may be tried again; std::logic_error
+    // while a transaction is open, and where there is nothing to lose.
+    virtual void Reconnect();
+
     virtual const Dialect& GetDialect() const = 0;
     virtual bool IsReadOnly() const = 0;
 

@@ -161,17 +161,29 @@ std::unique_ptr<Database> Database::Open(const std::string& location, Mode mode)
     schema::Schema schema =
         schema::ReadSchema(schema::LoadSchemaText(*connection, shown), shown + " (stored schema)");
     schema::CheckTables(*connection, schema, shown);
-    return std::unique_ptr<Database>(new Database(std::move(connection), std::move(schema)));
+    return std::unique_ptr<Database>(new Database(std::move(connection), std::move(schema), shown));
 }
 
-Database::Database(std::unique_ptr<sql::Connection> connection, schema::Schema schema)
+Database::Database(std::unique_ptr<sql::Connection> connection, schema::Schema schema,
+                   std::string location)
     : m_connection(std::move(connection)),
       m_schema(std::move(schema)),
+      m_location(std::move(location)),
       m_journal(*m_connection),
       m_searchIndexes(std::make_unique<schema::SearchIndexes>(*m_connection, m_schema)),
       m_batch(std::make_unique<WriteBatch>(*m_connection, m_schema)) {}
 
 Database::~Database() = default;
+
+void Database::Reconnect() {
+    m_connection->Reconnect();
+    if (schema::LoadSchemaText(*m_connection, m_location) != m_schema.Text()) {
+        throw DatabaseError(
+            DatabaseError::Problem::TablesChanged,
+            m_location + ": the server that answers now has a record database of another schema");
+    }
+    schema::CheckTables(*m_connection, m_schema, m_location);
+}
 
 AdPtr<Session> Database::OpenSession(const SessionOptions& options) {
     return AdPtr<Session>(

@@ -95,8 +95,8 @@ constexpr int kNameColumn = 2;
 constexpr int kNextColumn = 3;
 constexpr int kCompleteColumn = 4;
 constexpr int kRejectedColumn = 5;
-constexpr std::array<std::string_view, 7> kCounters = {
-    "rejected", "created", "updated", "history", "attachments", "duplicates", "skipped"};
+constexpr std::array<std::string_view, 8> kCounters = {
+    "rejected", "created", "updated", "history", "attachments", "duplicates", "skipped", "run"};
 
 void CheckJournalRow(const OwnRow& row, sql::Statement& countRejects) {
     const sql::Statement& cells = row.row;
@@ -125,7 +125,7 @@ void CheckJournalRow(const OwnRow& row, sql::Statement& countRejects) {
 void ScanEntries(CheckContext& context) {
     const auto rows = context.Scan(
         "SELECT source_sha256, configuration_sha256, source_name, next_ordinal, complete, "
-        "rejected, created, updated, history, attachments, duplicates, skipped "
+        "rejected, created, updated, history, attachments, duplicates, skipped, run "
         "FROM zt_journal ORDER BY source_sha256, configuration_sha256");
     const auto countRejects = context.Query(
         "SELECT count(*) FROM zt_journal_reject "

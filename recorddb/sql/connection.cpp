@@ -15,6 +15,10 @@ std::unique_ptr<RowReader> Connection::MakeRowReader() {
     return MakeStatementRowReader(*this);
 }
 
+void Connection::Reconnect() {
+    throw std::logic_error("a connection that cannot be lost is made anew");
+}
+
 void Connection::BeginTransaction() {
     if (m_inTransaction) {
         throw std::logic_error("a transaction is open already; nest with a Savepoint");

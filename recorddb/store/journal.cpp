@@ -1,33 +1,43 @@
 #include "recorddb/journal.h"
 
+#include "recorddb/errors.h"
 #include "recorddb/sql.h"
 
 namespace recorddb::journal {
+
+namespace {
+
+JournalEntry EntryIn(const sql::Statement& row) {
+    return {
+        .sourceName = std::string(row.Text(0)),
+        .nextOrdinal = row.Int(1),
+        .complete = row.Int(2) != 0,
+        .created = row.Int(3),
+        .updated = row.Int(4),
+        .history = row.Int(5),
+        .attachments = row.Int(6),
+        .duplicates = row.Int(7),
+        .rejected = row.Int(8),
+        .skipped = row.Int(9),
+        .run = row.Int(10),
+    };
+}
+
+}  // namespace
 
 Journal::Journal(sql::Connection& connection) : m_connection(connection) {}
 
 std::optional<JournalEntry> Journal::Find(const JournalKey& key) {
     sql::Statement& find = m_connection.Prepare(
         "SELECT source_name, next_ordinal, complete, created, updated, history, attachments, "
-        "duplicates, rejected, skipped FROM zt_journal "
+        "duplicates, rejected, skipped, run FROM zt_journal "
         "WHERE source_sha256 = $1 AND configuration_sha256 = $2");
     const sql::ResetGuard guard(find);
     find.BindAll(key.sourceSha256, key.configurationSha256);
     if (!find.Step()) {
         return std::nullopt;
     }
-    return JournalEntry{
-        .sourceName = std::string(find.Text(0)),
-        .nextOrdinal = find.Int(1),
-        .complete = find.Int(2) != 0,
-        .created = find.Int(3),
-        .updated = find.Int(4),
-        .history = find.Int(5),
-        .attachments = find.Int(6),
-        .duplicates = find.Int(7),
-        .rejected = find.Int(8),
-        .skipped = find.Int(9),
-    };
+    return EntryIn(find);
 }
 
 std::vector<JournalKey> Journal::Unfinished() {
@@ -42,31 +52,49 @@ std::vector<JournalKey> Journal::Unfinished() {
     return keys;
 }
 
-void Journal::Save(const JournalKey& key, const JournalEntry& entry) {
-    sql::Statement& save = m_connection.Prepare(
+JournalEntry Journal::BeginRun(const JournalKey& key, const std::string& sourceName) {
+    sql::Statement& begin = m_connection.Prepare(
         "INSERT INTO zt_journal (source_sha256, configuration_sha256, source_name, next_ordinal, "
-        "complete, created, updated, history, attachments, duplicates, rejected, skipped) "
-        "VALUES ($1, $2, $3, $4, $5, $6, $7, $8, $9, $10, $11, $12) "
-        "ON CONFLICT (source_sha256, configuration_sha256) DO UPDATE SET "
-        "source_name = excluded.source_name, next_ordinal = excluded.next_ordinal, "
-        "complete = excluded.complete, created = excluded.created, updated = excluded.updated, "
-        "history = excluded.history, attachments = excluded.attachments, "
-        "duplicates = excluded.duplicates, rejected = excluded.rejected, "
-        "skipped = excluded.skipped");
+        "complete, created, updated, history, attachments, duplicates, rejected, skipped, run) "
+        "VALUES ($1, $2, $3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1) "
+        "ON CONFLICT (source_sha256, configuration_sha256) DO UPDATE SET run = zt_journal.run + 1 "
+        "RETURNING source_name, next_ordinal, complete, created, updated, history, attachments, "
+        "duplicates, rejected, skipped, run");
+    const sql::ResetGuard guard(begin);
+    begin.BindAll(key.sourceSha256, key.configurationSha256, sourceName);
+    if (!begin.Step()) {
+        throw sql::Error(sql::ErrorKind::Other, "the journal takes no entry", "");
+    }
+    JournalEntry entry = EntryIn(begin);
+    // To the end, as every statement that changes something.
+    begin.Step();
+    return entry;
+}
+
+bool Journal::Save(const JournalKey& key, const JournalEntry& entry) {
+    sql::Statement& save = m_connection.Prepare(
+        "UPDATE zt_journal SET source_name = $3, next_ordinal = $4, complete = $5, created = $6, "
+        "updated = $7, history = $8, attachments = $9, duplicates = $10, rejected = $11, "
+        "skipped = $12 WHERE source_sha256 = $1 AND configuration_sha256 = $2 AND run = $13");
     save.BindAll(key.sourceSha256, key.configurationSha256, entry.sourceName, entry.nextOrdinal,
                  entry.complete, entry.created, entry.updated, entry.history, entry.attachments,
-                 entry.duplicates, entry.rejected, entry.skipped);
-    save.Execute();
+                 entry.duplicates, entry.rejected, entry.skipped, entry.run);
+    return save.Execute() == 1;
 }
 
 void Journal::Forget(const JournalKey& key) {
-    for (const char* const sql :
-         {"DELETE FROM zt_journal_reject WHERE source_sha256 = $1 AND configuration_sha256 = $2",
-          "DELETE FROM zt_journal WHERE source_sha256 = $1 AND configuration_sha256 = $2"}) {
-        sql::Statement& remove = m_connection.Prepare(sql);
-        remove.BindAll(key.sourceSha256, key.configurationSha256);
-        remove.Execute();
-    }
+    ForgetRejects(key);
+    sql::Statement& remove = m_connection.Prepare(
+        "DELETE FROM zt_journal WHERE source_sha256 = $1 AND configuration_sha256 = $2");
+    remove.BindAll(key.sourceSha256, key.configurationSha256);
+    remove.Execute();
+}
+
+void Journal::ForgetRejects(const JournalKey& key) {
+    sql::Statement& remove = m_connection.Prepare(
+        "DELETE FROM zt_journal_reject WHERE source_sha256 = $1 AND configuration_sha256 = $2");
+    remove.BindAll(key.sourceSha256, key.configurationSha256);
+    remove.Execute();
 }
 
 void Journal::AddReject(const JournalKey& key, std::int64_t ordinal) {

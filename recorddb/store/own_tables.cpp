@@ -70,6 +70,7 @@ CREATE TABLE zt_journal (
     duplicates BIGINT NOT NULL,
     rejected BIGINT NOT NULL,
     skipped BIGINT NOT NULL,
+    run BIGINT NOT NULL,
     PRIMARY KEY (source_sha256, configuration_sha256)
 ){clustered};
 CREATE TABLE zt_journal_reject (

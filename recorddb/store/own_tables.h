@@ -20,7 +20,8 @@ namespace recorddb::schema {
 // zt_content           attachment content in chunks counted from 0; empty content is one empty
 //                      chunk
 // zt_duplicate         which record is a duplicate of which; a record has one original
-// zt_journal           what was loaded from which source under which configuration
+// zt_journal           what was loaded from which source under which configuration; `run` is the
+//                      number of the latest load that took it up
 // zt_journal_reject    the ordinals of a source's records that were rejected
 inline constexpr std::array<std::string_view, 8> kOwnTables = {
     "zt_schema",  "zt_record_type", "zt_history", "zt_attachment",

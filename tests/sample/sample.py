@@ -84,9 +84,10 @@ class Sample:
         return {name: self.query(query)[0][0] for name, query in COUNTS.items()}
 
     def dump(self, database=None):
-        """All that a database holds but for the times at which duplicates were marked."""
+        """All that a database holds but for the times at which duplicates were marked and the numbers of the runs."""
         with sqlite3.connect(database or self.database) as connection:
             connection.execute("UPDATE zt_duplicate SET action_time = ''")
+            connection.execute("UPDATE zt_journal SET run = 1")
             lines = list(connection.iterdump())
             connection.rollback()
             return lines

@@ -42,6 +42,7 @@ struct Commands {
 constexpr const char* kDatabaseHelp =
     "the database: the path of an SQLite file, or the URL of a PostgreSQL database "
     "(postgresql://...)";
+constexpr int kLongestRetry = 24 * 60 * 60;
 constexpr const char* kSourceHelp =
     "packet files, folders of packet files (*.xml in name order), or - for standard input";
 
@@ -142,10 +143,22 @@ void AddCheck(CLI::App& app, Commands& commands) {
     });
 }
 
+void AddRetryFor(CLI::App& command, LoadOptions& options) {
+    command
+        .add_option_function<int>(
+            "--retry-for",
+            [&options](int seconds) { options.retryFor = std::chrono::seconds(seconds); },
+            "seconds for which a lost connection to a server is sought again; 0: it ends the load")
+        ->check(CLI::Range(0, kLongestRetry))
+        ->type_name("SECONDS")
+        ->default_str(std::to_string(options.retryFor.count()));
+}
+
 void AddLoad(CLI::App& app, Commands& commands) {
     CLI::App* load = app.add_subcommand("load", "Import packets");
     AddImportOptions(*load, commands, commands.load);
     load->add_option("--rejects", commands.load.rejects, "folder to set rejected records aside in");
+    AddRetryFor(*load, commands.load);
     load->callback([&commands] {
         commands.run = [&commands] { return RunLoad(commands.load, commands.out, commands.err); };
     });

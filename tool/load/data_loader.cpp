@@ -1,5 +1,6 @@
 #include "tool/load/data_loader.h"
 
+#include <optional>
 #include <utility>
 
 #include "tool/io/source_error.h"
@@ -15,7 +16,9 @@ DataLoader::DataLoader(SourceWalk& walk, GroupJournal& journal, const Parts& par
                 RecordGroup::kBytes,
                 // Losses that are found after a record are reported after the news of it.
                 [this](const SourceRecord& record) { m_parts.sinks.Hold(record.ordinal); }),
-      m_expected(parts.schema) {}
+      m_expected(parts.schema),
+      m_isGathered(parts.group.IsGathered()),
+      m_keepsRecords(m_isGathered || parts.recovery.IsPossible()) {}
 
 bool DataLoader::Load() {
     try {
@@ -40,7 +43,7 @@ bool DataLoader::LoadRecords() {
     while (!HasTooManyRejects() && (step = m_records.Next()) == WalkStep::Record) {
         const SourceRecord& record = m_records.Record();
         m_number = record.ordinal + 1;
-        if (m_parts.group.IsGathered()) {
+        if (m_isGathered) {
             m_parts.sinks.Hold(record.ordinal);
         }
         m_parts.sinks.AddRead();
@@ -58,21 +61,18 @@ bool DataLoader::LoadRecords() {
 }
 
 void DataLoader::LoadRecord(const SourceRecord& record) {
-    if (m_parts.group.IsGathered()) {
+    if (m_keepsRecords) {
         m_kept.Add(record);
     }
     bool isDone = false;
-    try {
-        LookAhead();
-        isDone = Work(record);
-    } catch (const recorddb::sql::Error& error) {
-        if (!MayDoAgain(error)) {
-            throw;
-        }
-        DoAgain();
-        return;
-    }
-    if (isDone && m_parts.group.AddRecord(record.packet.size() + record.raw.size())) {
+    const bool hasGroupEnded = !DoUntilKept(
+        [&] {
+            LookAhead();
+            isDone = Work(record);
+        },
+        false);
+    if (!hasGroupEnded && isDone &&
+        m_parts.group.AddRecord(record.packet.size() + record.raw.size())) {
         EndGroup(false);
     }
 }
@@ -94,6 +94,11 @@ void DataLoader::LookAhead() {
 
 // Imports or rejects a record. False when it is left for the load that continues this one.
 bool DataLoader::Work(const SourceRecord& record) {
+    if (m_journal.WasToldRejected(record.ordinal)) {
+        m_journal.OpenGroup();
+        m_journal.NoteRejected(record.ordinal);
+        return true;
+    }
     std::string error = record.error;
     if (record.defect != RecordDefect::None || !Import(record.packet, record.ordinal, error)) {
         if (Interrupted() != 0) {
@@ -110,17 +115,7 @@ bool DataLoader::Work(const SourceRecord& record) {
 
 // Ends the group; `atEnd`: the source holds no more records.
 void DataLoader::EndGroup(bool atEnd) {
-    try {
-        Commit(atEnd);
-    } catch (const recorddb::sql::Error& error) {
-        if (!MayDoAgain(error)) {
-            throw;
-        }
-        DoAgain();
-        if (atEnd) {
-            Commit(atEnd);
-        }
-    }
+    DoUntilKept([&] { Commit(atEnd); }, atEnd);
 }
 
 void DataLoader::Commit(bool atEnd) {
@@ -128,30 +123,83 @@ void DataLoader::Commit(bool atEnd) {
         m_journal.NoteEnd();
     }
     m_journal.Commit();
+    FinishGroup();
+}
+
+void DataLoader::FinishGroup() {
     m_parts.rejecter.Keep();
     m_kept.Clear();
 }
 
-// True when what was gathered was refused because of one of the records. Which one shows when they
-// are written one by one.
-bool DataLoader::MayDoAgain(const recorddb::sql::Error& error) const {
-    return m_parts.group.IsGathered() &&
-           (error.IsConstraint() || error.Kind() == recorddb::sql::ErrorKind::Conflict);
-}
-
-// Undoes the current group and does its records again, each written by itself.
-void DataLoader::DoAgain() {
-    m_journal.Undo();
-    m_parts.rejecter.Undo();
-    m_parts.group.SetWriting(recorddb::Writing::AtOnce);
-    for (std::size_t i = 0; i < m_kept.Count(); ++i) {
-        m_parts.sinks.Hold(m_kept.At(i).ordinal);
-        if (!Work(m_kept.At(i))) {
-            break;
+// Does `step` with the current group. When the database undoes the group, it is done again, as long
+// as that makes sense, and ended; `atEnd`: with the source. Returns whether `step` came to its end
+// itself.
+template <typename Step>
+bool DataLoader::DoUntilKept(Step step, bool atEnd) {
+    std::optional<Redo> redo;
+    for (int failures = 1;; ++failures) {
+        try {
+            if (!redo) {
+                step();
+                return true;
+            }
+            DoAgain(*redo, atEnd);
+            return false;
+        } catch (const recorddb::sql::Error& error) {
+            redo = UndoAfter(error, failures);
         }
     }
-    Commit(false);
-    m_parts.group.SetWriting(recorddb::Writing::Gathered);
+}
+
+// Undoes the group after a failure, and says how it is to be done again; throws the failure where
+// that would not help. What was gathered may be refused because of one of the records: which one
+// shows when they are written one by one.
+DataLoader::Redo DataLoader::UndoAfter(const recorddb::sql::Error& error, int failures) {
+    const bool mayPass = m_keepsRecords && !m_parts.options.wholePackets &&
+                         m_parts.recovery.MayPass(error, failures);
+    if (mayPass && error.Kind() == recorddb::sql::ErrorKind::ConnectionLost) {
+        m_parts.group.Undo();
+        m_parts.recovery.GetReady(error, failures);
+        return Redo::IfUndone;
+    }
+    const bool isOfARecord =
+        m_parts.group.IsGathered() &&
+        (error.IsConstraint() || error.Kind() == recorddb::sql::ErrorKind::Conflict);
+    if (!mayPass && !isOfARecord) {
+        throw;
+    }
+    m_journal.Undo();
+    if (mayPass) {
+        m_parts.recovery.GetReady(error, failures);
+    }
+    return mayPass ? Redo::AsGroup : Redo::OneByOne;
+}
+
+void DataLoader::DoAgain(Redo redo, bool atEnd) {
+    if (redo == Redo::IfUndone && m_journal.TakeUpAgain()) {
+        FinishGroup();
+        return;
+    }
+    if (redo != Redo::OneByOne) {
+        m_parts.sinks.AddRetry();
+    }
+    if (m_parts.sinks.HasToldAny()) {
+        m_parts.rejecter.Keep();
+    } else {
+        m_parts.rejecter.Undo();
+    }
+    const bool isGathered = m_isGathered && redo != Redo::OneByOne;
+    m_parts.group.SetWriting(isGathered ? recorddb::Writing::Gathered : recorddb::Writing::AtOnce);
+    bool isWhole = true;
+    for (std::size_t i = 0; isWhole && i < m_kept.Count(); ++i) {
+        if (m_isGathered) {
+            m_parts.sinks.Hold(m_kept.At(i).ordinal);
+        }
+        isWhole = Work(m_kept.At(i));
+    }
+    Commit(atEnd && isWhole);
+    m_parts.group.SetWriting(m_isGathered ? recorddb::Writing::Gathered
+                                          : recorddb::Writing::AtOnce);
 }
 
 bool DataLoader::LoadWhole() {

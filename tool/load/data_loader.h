@@ -14,6 +14,7 @@
 #include "tool/load/record_group.h"
 #include "tool/load/record_rejecter.h"
 #include "tool/load/records_ahead.h"
+#include "tool/load/recovery.h"
 #include "tool/losses/loss_search.h"
 #include "tool/sources/source_walk.h"
 
@@ -31,6 +32,7 @@ class DataLoader {
         AtomicImport& import;
         RecordRejecter& rejecter;
         RecordGroup& group;
+        Recovery& recovery;
         const recorddb::schema::Schema& schema;
         // Whether the database is asked ahead for what the records of a group will need.
         bool looksAhead;
@@ -61,8 +63,15 @@ class DataLoader {
     bool Work(const SourceRecord& record);
     void EndGroup(bool atEnd);
     void Commit(bool atEnd);
-    void DoAgain();
-    bool MayDoAgain(const recorddb::sql::Error& error) const;
+
+    // How a group is done again that was undone: as a whole, once the database has said whether it
+    // was undone at all; as a whole; or record by record, each written by itself.
+    enum class Redo { IfUndone, AsGroup, OneByOne };
+    template <typename Step>
+    bool DoUntilKept(Step step, bool atEnd);
+    Redo UndoAfter(const recorddb::sql::Error& error, int failures);
+    void DoAgain(Redo redo, bool atEnd);
+    void FinishGroup();
     bool Import(std::string_view packet, std::uint64_t ordinal, std::string& error);
     bool HasTooManyRejects() const;
 
@@ -71,7 +80,9 @@ class DataLoader {
     const Parts& m_parts;
     RecordsAhead m_records;
     ExpectedSearches m_expected;
-    KeptRecords m_kept;  // of the current group, if it is gathered
+    const bool m_isGathered;  // whether the records of a group are gathered, or would be
+    const bool m_keepsRecords;
+    KeptRecords m_kept;  // of the current group, if they may have to be done again
     std::uint64_t m_number = 1;
 };
 

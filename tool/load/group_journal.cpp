@@ -17,10 +17,16 @@ void GroupJournal::Commit() {
     m_group.Open();
     m_walk.RequireUnchanged();
     m_group.Apply();
-    m_sinks.TellHeld();
     m_journal.Save();
+    m_sinks.TellHeld();
     m_sinks.Secure();
     m_group.Commit();
+    Keep();
+}
+
+void GroupJournal::Keep() {
+    m_journal.Keep();
+    m_sinks.Keep();
     m_sinks.AddImported(std::exchange(m_uncommitted, {}));
 }
 
@@ -29,6 +35,19 @@ void GroupJournal::Undo() {
     m_journal.Undo();
     m_uncommitted = {};
     m_sinks.TakeBackRejects();
+}
+
+bool GroupJournal::TakeUpAgain() {
+    m_group.Undo();
+    m_group.Open();
+    const LoadJournal::Outcome outcome = m_journal.BeginAgain();
+    m_group.Commit();
+    if (outcome == LoadJournal::Outcome::Kept) {
+        Keep();
+        return true;
+    }
+    Undo();
+    return false;
 }
 
 }  // namespace tool

@@ -26,6 +26,10 @@ class GroupJournal {
     // Notes that the source holds no more records.
     void NoteEnd() { m_journal.NoteEnd(); }
 
+    // Whether the sinks were told of this record of the group that it was rejected, before the
+    // group was undone. It stays so.
+    bool WasToldRejected(std::uint64_t ordinal) const { return m_sinks.HasTold(ordinal); }
+
     // Makes sure that a transaction is open for the group.
     void OpenGroup() { m_group.Open(); }
 
@@ -36,12 +40,22 @@ class GroupJournal {
     void Commit();
 
     // Ends the group and leaves the journal as it is: nothing was noted.
-    void CommitUnnoted() { m_group.Commit(); }
+    void CommitUnnoted() {
+        m_group.Commit();
+        m_sinks.Keep();
+    }
 
     // Undoes the group and what was noted of it.
     void Undo();
 
+    // After the connection was lost, with a group or at its end: takes the source up again, and
+    // finds out from the database what became of the group. True when it is permanent; otherwise it
+    // is as after Undo. Throws sql::Error, after which this may be tried again.
+    bool TakeUpAgain();
+
   private:
+    void Keep();
+
     LoadJournal m_journal;
     const SourceWalk& m_walk;
     RecordGroup& m_group;

@@ -3,26 +3,79 @@
 #include <algorithm>
 #include <utility>
 
-#include "recorddb/errors.h"
-
 namespace tool {
+
+namespace {
+
+using recorddb::journal::JournalEntry;
+
+// Whichever runs wrote them.
+bool IsSameWork(JournalEntry a, const JournalEntry& b) {
+    a.run = b.run;
+    return a == b;
+}
+
+}  // namespace
+
+TakenUpByAnotherLoad::TakenUpByAnotherLoad(const std::string& sourceName)
+    : Error(recorddb::sql::ErrorKind::Busy,
+            "another load of " + sourceName + " is under way or has just ended", "") {}
 
 LoadJournal::LoadJournal(recorddb::journal::Journal& journal, recorddb::journal::JournalKey key,
                          std::string sourceName, bool fresh, bool retry)
-    : m_journal(journal), m_key(std::move(key)), m_stored(journal.Find(m_key)), m_forget(fresh) {
-    if (m_stored && !fresh) {
-        m_entry = *m_stored;
-        m_wasComplete = m_entry.complete;
-        m_handledBefore = static_cast<std::uint64_t>(m_entry.nextOrdinal);
-        m_rejectedBefore = static_cast<std::uint64_t>(m_entry.rejected);
-        if (retry && m_wasComplete) {
-            for (const std::int64_t ordinal : m_journal.Rejects(m_key)) {
-                m_retry.insert(static_cast<std::uint64_t>(ordinal));
-            }
+    : m_journal(journal),
+      m_key(std::move(key)),
+      m_sourceName(std::move(sourceName)),
+      m_mayRetry(retry && !fresh),
+      m_forget(fresh) {
+    if (const auto found = journal.Find(m_key)) {
+        TakeAsFound(*found);
+    }
+    m_entry.sourceName = m_sourceName;
+    m_kept = m_entry;
+}
+
+void LoadJournal::TakeAsFound(const JournalEntry& entry) {
+    m_stored = entry;
+    if (m_forget) {
+        return;
+    }
+    m_entry = entry;
+    m_entry.sourceName = m_sourceName;
+    m_kept = m_entry;
+    m_wasComplete = entry.complete;
+    m_handledBefore = static_cast<std::uint64_t>(entry.nextOrdinal);
+    m_rejectedBefore = static_cast<std::uint64_t>(entry.rejected);
+    m_retry.clear();
+    if (m_mayRetry && m_wasComplete) {
+        for (const std::int64_t ordinal : m_journal.Rejects(m_key)) {
+            m_retry.insert(static_cast<std::uint64_t>(ordinal));
         }
     }
-    m_entry.sourceName = std::move(sourceName);
-    m_saved = m_entry;
+}
+
+void LoadJournal::Begin() {
+    const JournalEntry entry = m_journal.BeginRun(m_key, m_sourceName);
+    m_run = entry.run;
+    m_keptRun = m_run;
+    TakeAsFound(entry);
+}
+
+LoadJournal::Outcome LoadJournal::BeginAgain() {
+    const JournalEntry entry = m_journal.BeginRun(m_key, m_sourceName);
+    m_run = entry.run;
+    if (m_saved && IsSameWork(entry, *m_saved)) {
+        return Outcome::Kept;
+    }
+    if (!IsStored(entry)) {
+        throw TakenUpByAnotherLoad(m_sourceName);
+    }
+    m_keptRun = m_run;
+    return Outcome::Undone;
+}
+
+bool LoadJournal::IsStored(const JournalEntry& entry) const {
+    return IsSameWork(entry, m_stored ? *m_stored : JournalEntry{.sourceName = m_sourceName});
 }
 
 RecordTask LoadJournal::TaskOf(std::uint64_t ordinal) const {
@@ -59,19 +112,23 @@ void LoadJournal::NoteRejected(std::uint64_t ordinal) {
 }
 
 void LoadJournal::Save() {
-    if (m_journal.Find(m_key) != m_stored) {
-        throw recorddb::sql::Error(
-            recorddb::sql::ErrorKind::Busy,
-            "another load of " + m_entry.sourceName + " is under way or has just ended", "");
+    if (m_run == 0) {
+        const JournalEntry entry = m_journal.BeginRun(m_key, m_sourceName);
+        if (!IsStored(entry)) {
+            throw TakenUpByAnotherLoad(m_sourceName);
+        }
+        m_run = entry.run;
     }
-    if (std::exchange(m_forget, false)) {
-        m_journal.Forget(m_key);
+    if (m_forget) {
+        m_journal.ForgetRejects(m_key);
     }
-    for (const auto& key : std::exchange(m_forgotten, {})) {
+    for (const auto& key : m_forgotten) {
         m_journal.Forget(key);
     }
-    m_journal.Save(m_key, m_entry);
-    m_stored = m_entry;
+    m_entry.run = m_run;
+    if (!m_journal.Save(m_key, m_entry)) {
+        throw TakenUpByAnotherLoad(m_sourceName);
+    }
     m_saved = m_entry;
     for (const std::int64_t ordinal : m_newRejects) {
         m_journal.AddReject(m_key, ordinal);
@@ -79,12 +136,23 @@ void LoadJournal::Save() {
     for (const std::int64_t ordinal : m_mended) {
         m_journal.RemoveReject(m_key, ordinal);
     }
+}
+
+void LoadJournal::Keep() {
+    m_forget = false;
+    m_forgotten.clear();
+    m_stored = m_saved;
+    m_kept = m_entry;
+    m_keptRun = m_run;
+    m_saved.reset();
     m_newRejects.clear();
     m_mended.clear();
 }
 
 void LoadJournal::Undo() {
-    m_entry = m_saved;
+    m_entry = m_kept;
+    m_run = m_keptRun;
+    m_saved.reset();
     m_newRejects.clear();
     m_mended.clear();
 }

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "recorddb/errors.h"
 #include "recorddb/journal.h"
 #include "tool/load/load_totals.h"
 
@@ -20,6 +21,13 @@ enum class RecordTask {
     Pass,    // handled in an earlier load
 };
 
+// Another load of the same source has taken it up: both would import the same records. Nothing that
+// is done again can help.
+class TakenUpByAnotherLoad : public recorddb::sql::Error {
+  public:
+    explicit TakenUpByAnotherLoad(const std::string& sourceName);
+};
+
 // The journal of one source under one configuration, during a load.
 class LoadJournal {
   public:
@@ -29,6 +37,19 @@ class LoadJournal {
     // not, since the result must be that of an undisturbed load.
     LoadJournal(recorddb::journal::Journal& journal, recorddb::journal::JournalKey key,
                 std::string sourceName, bool fresh, bool retry);
+
+    // Takes the source up, in the transaction under way: from its commit on no earlier load can
+    // Save, and what that load did until then counts as done before. To be called before anything
+    // is noted; where it is not, the first Save takes the source up, as it was found.
+    void Begin();
+
+    // What has become of the latest Save, when its transaction ended without an answer.
+    enum class Outcome { Kept, Undone };
+
+    // Takes the source up again, in the transaction under way, when the connection was lost, and
+    // finds out what is stored, which only the database can say. To be followed by its commit, and
+    // then by Keep or Undo. Throws TakenUpByAnotherLoad when neither is stored.
+    Outcome BeginAgain();
 
     // What earlier loads have done.
     bool WasComplete() const { return m_wasComplete; }
@@ -58,21 +79,33 @@ class LoadJournal {
     // Notes that the source holds no more records.
     void NoteEnd() { m_entry.complete = true; }
 
-    // Writes what was noted, in the transaction that is open. Throws sql::Error (Busy) when another
-    // load has written the same entry since this one read it: both would import the same records.
+    // Writes what was noted, in the transaction that is open, which Keep or Undo follows. Throws
+    // sql::Error; TakenUpByAnotherLoad.
     void Save();
 
-    // Forgets what was noted since Save, or since the beginning: it has been undone.
+    // The transaction of the latest Save has been committed.
+    void Keep();
+
+    // Forgets what was noted since Keep, or since the beginning: it has been undone.
     void Undo();
 
   private:
+    void TakeAsFound(const recorddb::journal::JournalEntry& entry);
     void NoteHandled(std::uint64_t ordinal);
+    bool IsStored(const recorddb::journal::JournalEntry& entry) const;
 
     recorddb::journal::Journal& m_journal;
     recorddb::journal::JournalKey m_key;
+    std::string m_sourceName;
+    bool m_mayRetry;
     recorddb::journal::JournalEntry m_entry;
-    recorddb::journal::JournalEntry m_saved;  // m_entry at the last Save, or at the beginning
-    std::optional<recorddb::journal::JournalEntry> m_stored;  // as this load knows it to be stored
+    recorddb::journal::JournalEntry m_kept;  // m_entry at the last Keep, or at the beginning
+    // As this load knows it to be stored; none: the source had never been loaded.
+    std::optional<recorddb::journal::JournalEntry> m_stored;
+    // What a Save has written and neither Keep nor Undo has followed.
+    std::optional<recorddb::journal::JournalEntry> m_saved;
+    std::int64_t m_run = 0;      // 0: the source has not been taken up
+    std::int64_t m_keptRun = 0;  // m_run at the last Keep, or at the beginning
     bool m_forget;
     std::vector<recorddb::journal::JournalKey> m_forgotten;
     bool m_wasComplete = false;

@@ -1,6 +1,7 @@
 #ifndef TOOL_LOAD_LOAD_OPTIONS_H
 #define TOOL_LOAD_LOAD_OPTIONS_H
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -11,6 +12,8 @@
 #include "tool/packet/record_limits.h"
 
 namespace tool {
+
+constexpr std::chrono::seconds kDefaultRetryFor(60);
 
 // What `ztimport load` or `ztimport check` was asked to do.
 struct LoadOptions {
@@ -25,6 +28,8 @@ struct LoadOptions {
     std::filesystem::path trace;  // file; empty for none
     std::optional<std::uint64_t> maxRejects;
     RecordLimits limits;
+    // How long a connection to a server that was lost is sought again.
+    std::chrono::seconds retryFor = kDefaultRetryFor;
     bool wholePackets = false;
     bool fresh = false;          // ignore the journal
     bool retryRejected = false;  // import what the journal knows as rejected once more

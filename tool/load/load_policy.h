@@ -36,6 +36,9 @@ class LoadPolicy {
     // is to join it. Throws sql::Error.
     virtual void EndGroup(Transaction& transaction) const = 0;
 
+    // Whether a group stays when a later one is undone.
+    virtual bool KeepsGroups() const = 0;
+
     // Whether to look for what the import drops silently, also in records that need not be imported
     // any more.
     virtual bool FindsLosses(const LoadOptions& options) const = 0;
@@ -66,6 +69,7 @@ class PermanentLoad final : public LoadPolicy {
     // by themselves.
     recorddb::Writing WritingFor(const LoadOptions& options) const override;
     void EndGroup(Transaction& transaction) const override;
+    bool KeepsGroups() const override { return true; }
     // Only for the page for people: the search would add a tenth to the time of every load.
     bool FindsLosses(const LoadOptions& options) const override { return !options.html.empty(); }
     bool MindsLosses() const override { return false; }
@@ -88,6 +92,7 @@ class Rehearsal final : public LoadPolicy {
         return recorddb::Writing::AtOnce;
     }
     void EndGroup(Transaction& /*transaction*/) const override {}
+    bool KeepsGroups() const override { return false; }
     bool FindsLosses(const LoadOptions& /*options*/) const override { return true; }
     bool MindsLosses() const override { return true; }
     bool NeedsConfiguration() const override { return false; }

@@ -42,6 +42,7 @@ void LoadSinks::Reject(const RejectedRecord& record) {
 
 void LoadSinks::Tell(const RejectedRecord& record) {
     ++m_totals.rejected;
+    m_told.insert(record.number - 1);
     for (LoadSink* const sink : m_sinks) {
         sink->Rejects(record);
     }

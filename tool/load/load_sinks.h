@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "tool/load/held_news.h"
@@ -26,6 +27,8 @@ class LoadSinks {
     // Counts records that an earlier load has dealt with.
     void PassOver(std::uint64_t records);
     void AddImported(const LoadTotals& done) { Add(m_totals, done); }
+    // Counts a group of records that is done again.
+    void AddRetry() { ++m_totals.retried; }
     void Reject(const RejectedRecord& record);
 
     // Holds rejects and losses back from the sinks until TellHeld, since they may be taken back. To
@@ -38,6 +41,13 @@ class LoadSinks {
     void TakeBackRejects() { m_held.DropRejects(); }
     // To be called before the end of a transaction that notes which records were rejected.
     void Secure();
+    // The sinks have been told that these records were rejected, and the transaction that notes it
+    // has not been kept yet. Should it have to be done again, they stay rejected: what was told
+    // cannot be taken back.
+    bool HasTold(std::uint64_t ordinal) const { return m_told.contains(ordinal); }
+    bool HasToldAny() const { return !m_told.empty(); }
+    // To be called after that transaction.
+    void Keep() { m_told.clear(); }
     void Lose(const Loss& loss);
     void LeaveRejected(std::uint64_t records);
     void EndEarly(const std::string& why);
@@ -64,6 +74,7 @@ class LoadSinks {
 
     std::vector<LoadSink*> m_sinks;
     HeldNews m_held;
+    std::unordered_set<std::uint64_t> m_told;  // the ordinals of rejected records
     LoadTotals m_totals;
     std::uint64_t m_losses = 0;
     std::uint64_t m_leftRejected = 0;

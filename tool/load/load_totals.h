@@ -16,6 +16,7 @@ struct LoadTotals {
     std::uint64_t attachments = 0;  // attachments stored
     std::uint64_t duplicates = 0;   // duplicate marks set
     double seconds = 0;             // time it took
+    std::uint64_t retried = 0;      // groups of records done again after a failure that passed
 };
 
 // Adds the numbers of another load; the time is left alone.

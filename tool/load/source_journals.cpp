@@ -7,15 +7,24 @@
 
 namespace tool {
 
-LoadJournal SourceJournals::Open(const SourceWalk& walk) {
+LoadJournal SourceJournals::Open(const SourceWalk& walk, RecordGroup& group) {
     const auto* const type = m_database.GetSchema().FindType(walk.Configuration().RecordType());
     const recorddb::journal::JournalKey key = walk.Key(*type);
     LoadJournal journal(m_database.GetJournal(), key, walk.SourceName(), m_options.fresh,
                         m_options.retryRejected);
     RequireSameContent(walk, journal, key);
-    TellOfHandled(walk.SourceName(), journal);
-    TellOfRejected(walk.SourceName(), journal);
+    // A whole packet is one group, with which the source is taken up or not at all.
+    if (!journal.NothingToDo() && !m_options.wholePackets) {
+        group.Open();
+        journal.Begin();
+        group.Commit();
+    }
     return journal;
+}
+
+void SourceJournals::Tell(const std::string& source, const LoadJournal& journal) {
+    TellOfHandled(source, journal);
+    TellOfRejected(source, journal);
 }
 
 void SourceJournals::RequireSameContent(const SourceWalk& walk, LoadJournal& journal,

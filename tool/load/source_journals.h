@@ -5,6 +5,7 @@
 #include "tool/load/load_journal.h"
 #include "tool/load/load_options.h"
 #include "tool/load/load_sinks.h"
+#include "tool/load/record_group.h"
 #include "tool/load/unfinished_sources.h"
 #include "tool/sources/source_walk.h"
 
@@ -20,9 +21,13 @@ class SourceJournals {
           m_sinks(sinks),
           m_unfinished(database.GetJournal()) {}
 
-    // The journal of the source of records that `walk` stands in. Throws SourceChanged when an
-    // earlier load has imported a part of it as it was before a change, sql::Error.
-    LoadJournal Open(const SourceWalk& walk);
+    // The journal of the source of records that `walk` stands in, which is taken up with `group`
+    // unless nothing of it is left to do. Throws SourceChanged when an earlier load has imported a
+    // part of it as it was before a change; sql::Error, after which it may be tried again.
+    LoadJournal Open(const SourceWalk& walk, RecordGroup& group);
+
+    // Says what earlier loads have done of a source.
+    void Tell(const std::string& source, const LoadJournal& journal);
 
   private:
     void RequireSameContent(const SourceWalk& walk, LoadJournal& journal,

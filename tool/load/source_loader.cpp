@@ -48,6 +48,7 @@ SourceLoader::SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session
       m_journals(database, options, sinks),
       m_importer(session),
       m_group(session, policy, policy.WritingFor(options)),
+      m_recovery(database, options, policy, sinks),
       m_import(std::move(session), m_importer, m_group),
       m_rejecter(database, sinks) {}
 
@@ -106,8 +107,26 @@ bool SourceLoader::LoadData(SourceWalk& walk) {
     return goesOn;
 }
 
+// The connection may have been lost since the last source, while this one was read for the first
+// time.
+LoadJournal SourceLoader::OpenJournal(const SourceWalk& walk) {
+    for (int failures = 1;; ++failures) {
+        try {
+            return m_journals.Open(walk, m_group);
+        } catch (const recorddb::sql::Error& error) {
+            if (!m_recovery.MayPass(error, failures)) {
+                throw;
+            }
+            m_group.Undo();
+            m_recovery.GetReady(error, failures);
+        }
+    }
+}
+
 bool SourceLoader::ImportData(SourceWalk& walk) {
-    GroupJournal journal(m_journals.Open(walk), walk, m_group, m_sinks);
+    LoadJournal opened = OpenJournal(walk);
+    m_journals.Tell(walk.SourceName(), opened);
+    GroupJournal journal(std::move(opened), walk, m_group, m_sinks);
     const DataLoader::Parts parts = {
         m_options,
         m_sinks,
@@ -115,6 +134,7 @@ bool SourceLoader::ImportData(SourceWalk& walk) {
         m_import,
         m_rejecter,
         m_group,
+        m_recovery,
         m_database.GetSchema(),
         m_options.looksAhead || m_database.GetConnection().ReadsManyForLess()};
     DataLoader loader(walk, journal, parts);

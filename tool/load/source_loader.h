@@ -12,6 +12,7 @@
 #include "tool/load/record_group.h"
 #include "tool/load/record_importer.h"
 #include "tool/load/record_rejecter.h"
+#include "tool/load/recovery.h"
 #include "tool/load/source_journals.h"
 #include "tool/losses/loss_search.h"
 #include "tool/sources/source_list.h"
@@ -43,6 +44,7 @@ class SourceLoader {
     void Configure(const SourceWalk& walk);
     bool LoadData(SourceWalk& walk);
     bool ImportData(SourceWalk& walk);
+    LoadJournal OpenJournal(const SourceWalk& walk);
 
     recorddb::Database& m_database;
     AdPtr<recorddb::Session> m_session;
@@ -53,6 +55,7 @@ class SourceLoader {
     SourceJournals m_journals;
     RecordImporter m_importer;
     RecordGroup m_group;
+    Recovery m_recovery;
     AtomicImport m_import;
     RecordRejecter m_rejecter;
 };

@@ -52,6 +52,10 @@ void ArrayParameters::Clear() {
 }
 
 const std::string& ArrayStatements::NameOf(const std::string& sql) {
+    if (m_generation != m_handle.Generation()) {
+        m_names.clear();
+        m_generation = m_handle.Generation();
+    }
     if (const auto found = m_names.find(sql); found != m_names.end()) {
         return found->second;
     }

@@ -43,15 +43,19 @@ class ArrayParameters {
 class ArrayStatements {
   public:
     // The handle outlives it.
-    explicit ArrayStatements(PostgresHandle& handle) : m_handle(handle) {}
+    explicit ArrayStatements(PostgresHandle& handle)
+        : m_handle(handle), m_generation(handle.Generation()) {}
 
-    bool Has(const std::string& sql) const { return m_names.contains(sql); }
+    bool Has(const std::string& sql) const {
+        return m_generation == m_handle.Generation() && m_names.contains(sql);
+    }
 
     // The name of the statement with this text, which is prepared first if need be.
     const std::string& NameOf(const std::string& sql);
 
   private:
     PostgresHandle& m_handle;
+    int m_generation;  // of the handle, when they were prepared
     std::unordered_map<std::string, std::string> m_names;
 };
 

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <stdexcept>
 #include <utility>
 
 #include "recorddb/errors.h"
@@ -27,10 +28,13 @@ constexpr Dialect kPostgresDialect = {
 
 }  // namespace
 
-PostgresConnection::PostgresConnection(PostgresHandle handle, std::string begin, bool readOnly)
-    : m_handle(std::move(handle)),
-      m_begin(std::move(begin)),
-      m_readOnly(readOnly),
+std::unique_ptr<Connection> PostgresConnection::Open(const std::string& url, OpenMode mode) {
+    return std::make_unique<PostgresConnection>(PostgresConnector(url, mode));
+}
+
+PostgresConnection::PostgresConnection(PostgresConnector connector)
+    : m_connector(std::move(connector)),
+      m_handle(m_connector.Connect()),
       m_arrayStatements(m_handle) {}
 
 PostgresConnection::~PostgresConnection() {
@@ -69,7 +73,7 @@ bool PostgresConnection::HasTable(std::string_view name) {
         "FROM pg_class AS t JOIN pg_namespace AS n ON n.oid = t.relnamespace "
         "WHERE n.nspname = current_schema() AND t.relkind = 'r' AND t.relname = $1");
     const ResetGuard guard(find);
-    find.BindAll(name, std::string_view(m_readOnly ? "SELECT" : "SELECT INSERT UPDATE DELETE"));
+    find.BindAll(name, std::string_view(IsReadOnly() ? "SELECT" : "SELECT INSERT UPDATE DELETE"));
     if (!find.Step() || find.Int(0) == 0) {
         return false;
     }
@@ -78,7 +82,7 @@ bool PostgresConnection::HasTable(std::string_view name) {
                     fmt::format("the role {0} lacks the right {1} on the table {2}; the role that "
                                 "owns it can give it: GRANT {3} ON ALL TABLES IN SCHEMA {4} TO {0}",
                                 Quoted(find.Text(2)), find.Text(1), Quoted(name),
-                                m_readOnly ? "SELECT" : "SELECT, INSERT, UPDATE, DELETE",
+                                IsReadOnly() ? "SELECT" : "SELECT, INSERT, UPDATE, DELETE",
                                 Quoted(find.Text(3))),
                     "");
     }
@@ -99,6 +103,14 @@ std::unique_ptr<RowWriter> PostgresConnection::MakeRowWriter() {
 
 std::unique_ptr<RowReader> PostgresConnection::MakeRowReader() {
     return std::make_unique<PostgresRowReader>(m_handle, m_arrayStatements);
+}
+
+void PostgresConnection::Reconnect() {
+    if (InTransaction()) {
+        throw std::logic_error("a connection is made anew while a transaction is open");
+    }
+    m_handle.Close();
+    m_handle.TakeOver(m_connector.Connect());
 }
 
 const Dialect& PostgresConnection::GetDialect() const {
@@ -131,7 +143,7 @@ void PostgresConnection::Run(Control control) {
 
 void PostgresConnection::Begin() {
     try {
-        m_handle.Run(m_begin);
+        m_handle.Run(m_connector.BeginSql());
     } catch (...) {
         if (EngineInTransaction()) {
             m_handle.Run("ROLLBACK");

@@ -7,6 +7,7 @@
 
 #include "recorddb/sql.h"
 #include "recorddb/sql/postgres/array_statements.h"
+#include "recorddb/sql/postgres/postgres_connector.h"
 #include "recorddb/sql/postgres/postgres_handle.h"
 #include "recorddb/sql/statement_cache.h"
 
@@ -21,9 +22,8 @@ class PostgresConnection final : public Connection {
     // the first transaction makes the schema that the URL names if there is none.
     static std::unique_ptr<Connection> Open(const std::string& url, OpenMode mode);
 
-    // Of a handle that has been set up for a schema (see postgres_open.cpp). `begin` is what begins
-    // a transaction.
-    PostgresConnection(PostgresHandle handle, std::string begin, bool readOnly);
+    // By the connections that the connector makes.
+    explicit PostgresConnection(PostgresConnector connector);
     ~PostgresConnection() override;
 
     Statement& Prepare(std::string_view sql) override;
@@ -35,8 +35,10 @@ class PostgresConnection final : public Connection {
     std::unique_ptr<RowWriter> MakeRowWriter() override;
     std::unique_ptr<RowReader> MakeRowReader() override;
     bool ReadsManyForLess() const override { return true; }
+    bool CanReconnect() const override { return true; }
+    void Reconnect() override;
     const Dialect& GetDialect() const override;
-    bool IsReadOnly() const override { return m_readOnly; }
+    bool IsReadOnly() const override { return m_connector.IsReadOnly(); }
     bool TransactionSurvivesErrors() const override { return false; }
 
   protected:
@@ -47,9 +49,8 @@ class PostgresConnection final : public Connection {
     void Begin();
     void Commit();
 
+    PostgresConnector m_connector;
     PostgresHandle m_handle;
-    std::string m_begin;
-    bool m_readOnly;
     ArrayStatements m_arrayStatements;
     StatementCache m_statements;  // destroyed before the handle that the statements belong to
 };

@@ -54,6 +54,7 @@ void PostgresCursor::Open() {
     m_outlivesTransaction = !m_connection.InTransaction();
     m_transactionCount = m_connection.TransactionCount();
     m_rollbackCount = m_connection.RollbackCount();
+    m_generationOfOpen = Handle().Generation();
     m_portion = kFirstPortion;
     Handle().RunOnce(fmt::format("DECLARE {} NO SCROLL CURSOR {} FOR {}", Name(),
                                  m_outlivesTransaction ? "WITH HOLD" : "WITHOUT HOLD", Sql()),
@@ -84,7 +85,8 @@ void PostgresCursor::Close() noexcept {
     }
     m_isOpen = false;
     const PostgresHandle::State state = Handle().GetState();
-    const bool isThere = m_outlivesTransaction || StandsInTransactionUnderWay();
+    const bool isThere = m_generationOfOpen == Handle().Generation() &&
+                         (m_outlivesTransaction || StandsInTransactionUnderWay());
     if (!isThere ||
         (state != PostgresHandle::State::Idle && state != PostgresHandle::State::InTransaction)) {
         return;

@@ -30,6 +30,7 @@ class PostgresCursor final : public PostgresRows {
     const Connection& m_connection;
     bool m_isOpen = false;
     bool m_outlivesTransaction = false;
+    int m_generationOfOpen = 0;            // of the handle, when it was opened
     std::uint64_t m_transactionCount = 0;  // of the connection, when it was opened
     std::uint64_t m_rollbackCount = 0;
     int m_portion = 0;  // rows asked for at a time

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "recorddb/sql/postgres/postgres_parameters.h"
 #include "recorddb/sql/postgres/postgres_result.h"
@@ -51,8 +52,17 @@ class PostgresHandle {
     // For what libpq does beyond these calls. It stays the handle's.
     pg_conn* Raw() const { return m_connection.get(); }
 
-    // Ends the connection. Nothing but Forget may follow.
+    // Ends the connection. What follows fails as on one that was lost.
     void Close() noexcept { m_connection.reset(); }
+
+    // Takes over another handle's connection in the place of its own.
+    void TakeOver(PostgresHandle fresh) {
+        m_connection = std::move(fresh.m_connection);
+        ++m_generation;
+    }
+
+    // How often another connection was taken over. What was prepared before is not there any more.
+    int Generation() const { return m_generation; }
 
   private:
     struct Closer {
@@ -63,6 +73,7 @@ class PostgresHandle {
 
     std::unique_ptr<pg_conn, Closer> m_connection;
     long m_names = 0;
+    int m_generation = 0;
 };
 
 }  // namespace recorddb::sql

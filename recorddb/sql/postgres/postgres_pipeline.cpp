@@ -24,7 +24,9 @@ void PostgresPipeline::Send(const std::string& name, const PostgresParameters& p
     m_sent.push_back(sql);
     if (PQsendQueryPrepared(m_handle.Raw(), name.c_str(), parameters.Count(), parameters.Values(),
                             parameters.Lengths(), parameters.Formats(), 0) == 0) {
-        throw PostgresError(m_handle.Raw(), nullptr, sql);
+        const Error error = PostgresError(m_handle.Raw(), nullptr, sql);
+        Leave();
+        throw error;
     }
 }
 

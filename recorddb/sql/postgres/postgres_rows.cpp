@@ -7,7 +7,12 @@
 namespace recorddb::sql {
 
 PostgresRows::PostgresRows(PostgresHandle& handle, std::string_view sql)
-    : m_handle(handle), m_name(handle.NewName()), m_sql(sql), m_parameters(0), m_columnCount(0) {
+    : m_handle(handle),
+      m_generation(handle.Generation()),
+      m_name(handle.NewName()),
+      m_sql(sql),
+      m_parameters(0),
+      m_columnCount(0) {
     if (sql.find_first_not_of(" \t\r\n;") == std::string_view::npos) {
         throw Error(ErrorKind::Other, "there is no statement in the text", m_sql);
     }
@@ -18,7 +23,16 @@ PostgresRows::PostgresRows(PostgresHandle& handle, std::string_view sql)
 }
 
 PostgresRows::~PostgresRows() {
-    m_handle.Forget(m_name);
+    if (m_generation == m_handle.Generation()) {
+        m_handle.Forget(m_name);
+    }
+}
+
+void PostgresRows::EnsurePrepared() {
+    if (m_generation != m_handle.Generation()) {
+        m_handle.Prepare(m_name, m_sql);
+        m_generation = m_handle.Generation();
+    }
 }
 
 PostgresParameters& PostgresRows::Idle() {

@@ -35,6 +35,9 @@ class PostgresRows : public Statement, public StorageTeller {
     PostgresRows(PostgresHandle& handle, std::string_view sql);
 
     PostgresHandle& Handle() { return m_handle; }
+
+    // Prepares the statement again when the connection is not the one that it was prepared on.
+    void EnsurePrepared();
     const std::string& Name() const { return m_name; }
     const std::string& Sql() const { return m_sql; }
     const PostgresParameters& Parameters() const { return m_parameters; }
@@ -56,6 +59,7 @@ class PostgresRows : public Statement, public StorageTeller {
     PostgresParameters& Idle();
 
     PostgresHandle& m_handle;
+    int m_generation;  // of the handle, when the statement was prepared
     std::string m_name;
     std::string m_sql;
     PostgresParameters m_parameters;

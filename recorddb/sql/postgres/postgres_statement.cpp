@@ -4,6 +4,7 @@ namespace recorddb::sql {
 
 void PostgresStatement::Run() {
     try {
+        EnsurePrepared();
         Take(Handle().RunPrepared(Name(), Parameters(), Sql()));
     } catch (...) {
         Reset();

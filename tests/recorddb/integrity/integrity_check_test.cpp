@@ -313,30 +313,34 @@ constexpr FaultCase kOwnTables[] = {
     {"TypeTooMany", "INSERT INTO zt_record_type VALUES (9, 'x', 1)",
      "zt_record_type|id 9|id|9|the schema has no such record type"},
     {"Readers", "UPDATE zt_schema SET oldest_readable = 0",
-     "zt_schema|row 1|oldest_readable|0|1 is expected"},
+     "zt_schema|row 1|oldest_readable|0|2 is expected"},
     {"Schemas", "INSERT INTO zt_schema SELECT * FROM zt_schema",
-     "zt_schema|row 2||1|a second row, where there is one only"},
+     "zt_schema|row 2||2|a second row, where there is one only"},
     {"JournalHash",
      "INSERT INTO zt_journal VALUES ('x', '" ZT_HASH "', 'a.xml', "
-     "1, 1, 1, 0, 0, 0, 0, 0, 0)",
+     "1, 1, 1, 0, 0, 0, 0, 0, 0, 1)",
      "zt_journal|a.xml|source_sha256|x|not a SHA-256 of 64 lower-case hex digits"},
     {"JournalCount",
      "INSERT INTO zt_journal VALUES ('" ZT_HASH "', '" ZT_HASH "', 'a.xml', "
-     "1, 1, -1, 0, 0, 0, 0, 0, 0)",
+     "1, 1, -1, 0, 0, 0, 0, 0, 0, 1)",
      "zt_journal|a.xml|created|-1|less than 0"},
     {"JournalComplete",
      "INSERT INTO zt_journal VALUES ('" ZT_HASH "', '" ZT_HASH "', 'a.xml', "
-     "1, 2, 1, 0, 0, 0, 0, 0, 0)",
+     "1, 2, 1, 0, 0, 0, 0, 0, 0, 1)",
      "zt_journal|a.xml|complete|2|neither 0 nor 1"},
     {"JournalRejected",
      "INSERT INTO zt_journal VALUES ('" ZT_HASH "', '" ZT_HASH "', 'a.xml', "
-     "1, 1, 1, 0, 0, 0, 0, 3, 0)",
+     "1, 1, 1, 0, 0, 0, 0, 3, 0, 1)",
      "zt_journal|a.xml|rejected|3|zt_journal_reject names 0"},
+    {"JournalRun",
+     "INSERT INTO zt_journal VALUES ('" ZT_HASH "', '" ZT_HASH "', 'a.xml', "
+     "1, 1, 1, 0, 0, 0, 0, 0, 0, -1)",
+     "zt_journal|a.xml|run|-1|less than 0"},
     {"RejectOfNoSource", "INSERT INTO zt_journal_reject VALUES ('" ZT_HASH "', '" ZT_HASH "', 0)",
      "zt_journal_reject|" ZT_HASH "|ordinal|0|the journal knows no such source"},
     {"RejectBeyondTheEnd",
      "INSERT INTO zt_journal VALUES ('" ZT_HASH "', '" ZT_HASH "', 'a.xml', "
-     "1, 1, 0, 0, 0, 0, 0, 1, 0);"
+     "1, 1, 0, 0, 0, 0, 0, 1, 0, 1);"
      "INSERT INTO zt_journal_reject VALUES ('" ZT_HASH "', '" ZT_HASH "', 1)",
      "zt_journal_reject|" ZT_HASH "|ordinal|1|the journal says that 1 records were handled"},
 };

@@ -26,7 +26,15 @@ class JournalTest : public OnEachEngine<OpenDatabaseTest> {
                 .attachments = 4,
                 .duplicates = 5,
                 .rejected = 6,
-                .skipped = 7};
+                .skipped = 7,
+                .run = 1};
+    }
+
+    // Writes an entry in a run of its own, and returns it as it is stored.
+    JournalEntry SaveInNewRun(const JournalKey& key, JournalEntry entry) {
+        entry.run = TheJournal().BeginRun(key, entry.sourceName).run;
+        EXPECT_TRUE(TheJournal().Save(key, entry));
+        return entry;
     }
 
     const JournalKey m_key{"aa", "bb"};
@@ -37,19 +45,19 @@ TEST_P(JournalTest, UnknownSourceIsNotFound) {
 }
 
 TEST_P(JournalTest, SavedEntryIsFoundInALaterSession) {
-    TheJournal().Save(m_key, SampleEntry());
+    SaveInNewRun(m_key, SampleEntry());
     Reopen();
     EXPECT_EQ(TheJournal().Find(m_key), SampleEntry());
 }
 
 TEST_P(JournalTest, LaterEntryTakesThePlaceOfTheEarlier) {
-    TheJournal().Save(m_key, {.sourceName = "old.xml", .nextOrdinal = 10});
-    TheJournal().Save(m_key, SampleEntry());
-    EXPECT_EQ(TheJournal().Find(m_key), SampleEntry());
+    SaveInNewRun(m_key, {.sourceName = "old.xml", .nextOrdinal = 10});
+    const JournalEntry later = SaveInNewRun(m_key, SampleEntry());
+    EXPECT_EQ(TheJournal().Find(m_key), later);
 }
 
 TEST_P(JournalTest, SameSourceUnderAnotherConfigurationHasAnEntryOfItsOwn) {
-    TheJournal().Save(m_key, SampleEntry());
+    SaveInNewRun(m_key, SampleEntry());
     EXPECT_FALSE(TheJournal().Find({"aa", "cc"}).has_value());
     EXPECT_FALSE(TheJournal().Find({"cc", "bb"}).has_value());
 }
@@ -73,7 +81,7 @@ TEST_P(JournalTest, RemovedRejectIsGone) {
 TEST_P(JournalTest, ForgottenSourceIsAsIfNeverLoaded) {
     const JournalKey other{"aa", "cc"};
     for (const JournalKey& key : {m_key, other}) {
-        TheJournal().Save(key, SampleEntry());
+        SaveInNewRun(key, SampleEntry());
         TheJournal().AddReject(key, 1);
     }
     TheJournal().Forget(m_key);
@@ -86,11 +94,36 @@ TEST_P(JournalTest, ForgottenSourceIsAsIfNeverLoaded) {
 TEST_P(JournalTest, EntryAndRejectsGoWithTheTransaction) {
     {
         const auto transaction = m_database->Begin();
-        TheJournal().Save(m_key, SampleEntry());
+        SaveInNewRun(m_key, SampleEntry());
         TheJournal().AddReject(m_key, 3);
     }
     EXPECT_FALSE(TheJournal().Find(m_key).has_value());
     EXPECT_THAT(TheJournal().Rejects(m_key), IsEmpty());
+}
+
+TEST_P(JournalTest, FirstRunBeginsWithNothingDone) {
+    EXPECT_EQ(TheJournal().BeginRun(m_key, "bugs.xml"),
+              (JournalEntry{.sourceName = "bugs.xml", .run = 1}));
+}
+
+TEST_P(JournalTest, LaterRunBeginsWithWhatTheEarlierDid) {
+    JournalEntry entry = SaveInNewRun(m_key, SampleEntry());
+    entry.run = 2;
+    EXPECT_EQ(TheJournal().BeginRun(m_key, "other.xml"), entry);
+}
+
+TEST_P(JournalTest, EarlierRunCannotSave) {
+    const JournalEntry earlier = SaveInNewRun(m_key, SampleEntry());
+    const JournalEntry later = TheJournal().BeginRun(m_key, "bugs.xml");
+    JournalEntry further = earlier;
+    further.nextOrdinal += 100;
+    EXPECT_FALSE(TheJournal().Save(m_key, further));
+    EXPECT_EQ(TheJournal().Find(m_key), later);
+}
+
+TEST_P(JournalTest, EntryWithoutARunIsNotSaved) {
+    EXPECT_FALSE(TheJournal().Save(m_key, SampleEntry()));
+    EXPECT_FALSE(TheJournal().Find(m_key).has_value());
 }
 
 ON_EACH_ENGINE(JournalTest);

@@ -50,9 +50,10 @@ std::vector<std::string> FirstColumn(recorddb::Database& database, const std::st
 std::vector<std::string> RowsOf(recorddb::Database& database, const std::string& table) {
     std::string row;
     for (const std::string& column :
-         FirstColumn(database, fmt::format("SELECT name FROM pragma_table_info('{}') "
-                                           "WHERE name <> 'action_time' OR '{}' <> 'zt_duplicate'",
-                                           table, table))) {
+         FirstColumn(database, fmt::format("SELECT name FROM pragma_table_info('{0}') "
+                                           "WHERE '{0}' || '.' || name NOT IN "
+                                           "('zt_duplicate.action_time', 'zt_journal.run')",
+                                           table))) {
         row += fmt::format("{}quote(\"{}\")", row.empty() ? "" : " || '|' || ", column);
     }
     return FirstColumn(database, fmt::format("SELECT {} FROM \"{}\" ORDER BY 1", row, table));
@@ -71,8 +72,10 @@ std::string DumpOfServer(recorddb::Database& database) {
          FirstColumn(database,
                      "SELECT tablename FROM pg_tables WHERE schemaname = "
                      "current_schema() ORDER BY tablename")) {
-        const std::string row =
-            table == "zt_duplicate" ? "(t.record_type, t.duplicate, t.original)::text" : "t::text";
+        const std::string row = table == "zt_duplicate"
+                                    ? "(t.record_type, t.duplicate, t.original)::text"
+                                : table == "zt_journal" ? "(to_jsonb(t) - 'run')::text"
+                                                        : "t::text";
         for (const std::string& text : FirstColumn(
                  database, fmt::format("SELECT {} FROM \"{}\" AS t ORDER BY 1", row, table))) {
             dump += table + '|' + text + '\n';

@@ -40,7 +40,7 @@ class LoadFixture : public testing::Test {
     void Execute(const std::string& sql);
 
     // All that the database holds, the definitions of a file's tables and a server's indexes among
-    // it, but for the times at which duplicates were marked.
+    // it, but for the times at which duplicates were marked and the numbers of the loads' runs.
     std::string Dump();
 
     bool IsFile() const { return m_place.IsFile(); }

@@ -77,6 +77,7 @@ constexpr SilentChange kSilent[] = {
     {"zt_journal", "attachments", ZT_COUNTS("attachments"), kJournal},
     {"zt_journal", "duplicates", ZT_COUNTS("duplicates"), kJournal},
     {"zt_journal", "skipped", ZT_COUNTS("skipped"), kJournal},
+    {"zt_journal", "run", ZT_COUNTS("run"), kJournal},
     {"zt_journal_reject", "ordinal",
      "SELECT 1 WHERE NOT EXISTS (SELECT 1 FROM zt_journal_reject JOIN zt_journal USING "
      "(source_sha256, configuration_sha256) WHERE typeof(ordinal) <> 'integer' OR ordinal < 0 OR "

@@ -385,7 +385,7 @@ TEST_F(VerifyCellsTest, FindsARowThatWasAddedWhereNothingElseMayBe) {
         {"zt_content", "SELECT sha256, chunk + 1, x'00'"},
         {"zt_duplicate", "SELECT record_type, original, duplicate, action_time"},
         {"zt_journal",
-         "SELECT configuration_sha256, source_sha256, source_name, 0, 0, 0, 0, 0, 0, 0, 0, 0"},
+         "SELECT configuration_sha256, source_sha256, source_name, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1"},
         {"zt_journal_reject", "SELECT source_sha256, configuration_sha256, ordinal + 1"},
         {"zt_record_type", "SELECT id + 1000, name || 'x', kind"},
         {"zt_schema", "SELECT *"},

@@ -1,3 +1,5 @@
+#include "recorddb/sql/postgres/postgres_connector.h"
+
 #include <fmt/format.h>
 #include <libpq-fe.h>
 
@@ -10,8 +12,6 @@
 
 #include "platform/foundation/out_of_memory.h"
 #include "recorddb/errors.h"
-#include "recorddb/sql/postgres/postgres_connection.h"
-#include "recorddb/sql/postgres/server_url.h"
 
 namespace recorddb::sql {
 
@@ -71,7 +71,7 @@ void CheckUrl(const std::string& url) {
     CannotOpen("the URL of the database cannot be read: " + WithoutQuotes(complaint));
 }
 
-PostgresHandle Connect(const std::string& url) {
+PostgresHandle ConnectTo(const std::string& url) {
     // The URL is expanded in the place of `dbname`; what comes after it takes precedence over the
     // URL, what comes before it does not.
     const std::array<const char*, 4> keywords = {"fallback_application_name", "dbname",
@@ -186,7 +186,7 @@ std::int32_t LockNumber(std::string_view name) {
 // What begins a transaction. Readers see one moment. Writers take turns, by a lock that ends with
 // the transaction; each then sees what the one before has committed, which a snapshot from before
 // the wait would not show.
-std::string BeginSql(const Schema& schema, bool readOnly) {
+std::string BeginOf(const Schema& schema, bool readOnly) {
     if (readOnly) {
         return "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY";
     }
@@ -201,33 +201,57 @@ std::string BeginSql(const Schema& schema, bool readOnly) {
     return begin;
 }
 
-std::unique_ptr<Connection> OpenUrl(const ServerUrl& url, OpenMode mode) {
-    if (mode == OpenMode::Immutable) {
-        throw Error(ErrorKind::Unsupported,
-                    "a database on a server can always be read; leave --immutable out", "");
-    }
-    const bool readOnly = mode == OpenMode::ReadOnly;
-    CheckUrl(url.connection);
-    PostgresHandle handle = Connect(url.connection);
-    CheckServer(handle);
-    const Schema schema = FindSchema(handle, url.schema);
-    CheckSchema(schema, mode == OpenMode::CreateNew);
-    handle.Run(kConnectionSettings);
-    handle.Run("SET search_path TO " + Quoted(schema.name));
-    handle.Run(fmt::format("SET default_transaction_read_only = {}", readOnly ? "on" : "off"));
-    return std::make_unique<PostgresConnection>(std::move(handle), BeginSql(schema, readOnly),
-                                                readOnly);
+// Ends the connection's own former one, if the server still has it: after a failure of the network
+// it may hold the lock of the schema for hours.
+void EndFormer(PostgresHandle& handle, const std::string& backend) {
+    PostgresParameters parameters(1);
+    parameters.SetText(1, backend);
+    handle.RunOnce(
+        "SELECT pg_terminate_backend(pid) FROM pg_stat_activity "
+        "WHERE pid || ' ' || extract(epoch FROM backend_start) = $1::text",
+        parameters);
+}
+
+// The process of the server that serves a connection, in a way that no other has ever been called.
+std::string BackendOf(PostgresHandle& handle) {
+    const PostgresResult own = handle.Run(
+        "SELECT pid || ' ' || extract(epoch FROM backend_start) FROM pg_stat_activity "
+        "WHERE pid = pg_backend_pid()");
+    return own.RowCount() == 0 ? std::string() : std::string(own.Text(0, 0));
 }
 
 }  // namespace
 
-std::unique_ptr<Connection> PostgresConnection::Open(const std::string& url, OpenMode mode) {
-    const ServerUrl parts = ReadServerUrl(url);
+PostgresConnector::PostgresConnector(const std::string& url, OpenMode mode)
+    : m_url(ReadServerUrl(url)), m_mode(mode) {}
+
+PostgresHandle PostgresConnector::Connect() {
     try {
-        return OpenUrl(parts, mode);
+        return ConnectUnnamed();
     } catch (const Error& error) {
-        throw Error(error.Kind(), parts.shown + ": " + error.DriverText(), error.Sql());
+        throw Error(error.Kind(), m_url.shown + ": " + error.DriverText(), error.Sql());
     }
+}
+
+PostgresHandle PostgresConnector::ConnectUnnamed() {
+    if (m_mode == OpenMode::Immutable) {
+        throw Error(ErrorKind::Unsupported,
+                    "a database on a server can always be read; leave --immutable out", "");
+    }
+    CheckUrl(m_url.connection);
+    PostgresHandle handle = ConnectTo(m_url.connection);
+    CheckServer(handle);
+    if (!m_backend.empty()) {
+        EndFormer(handle, m_backend);
+    }
+    const Schema schema = FindSchema(handle, m_url.schema);
+    CheckSchema(schema, m_mode == OpenMode::CreateNew);
+    handle.Run(kConnectionSettings);
+    handle.Run("SET search_path TO " + Quoted(schema.name));
+    handle.Run(fmt::format("SET default_transaction_read_only = {}", IsReadOnly() ? "on" : "off"));
+    m_begin = BeginOf(schema, IsReadOnly());
+    m_backend = BackendOf(handle);
+    return handle;
 }
 
 }  // namespace recorddb::sql

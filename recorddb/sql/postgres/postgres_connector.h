@@ -1,0 +1,39 @@
+#ifndef RECORDDB_SQL_POSTGRES_POSTGRES_CONNECTOR_H
+#define RECORDDB_SQL_POSTGRES_POSTGRES_CONNECTOR_H
+
+#include <string>
+
+#include "recorddb/sql.h"
+#include "recorddb/sql/postgres/postgres_handle.h"
+#include "recorddb/sql/postgres/server_url.h"
+
+namespace recorddb::sql {
+
+// Makes connections to one schema of a database on a server: one, and another after that was lost.
+class PostgresConnector {
+  public:
+    // Throws Error (CannotOpen) when one of our own parameters cannot be read in the URL.
+    PostgresConnector(const std::string& url, OpenMode mode);
+
+    // Connects, checks that the database can be used in the way that was asked for, and sets the
+    // connection up. Ends the connection that was made before, if the server still has it. Throws
+    // Error as sql::Open does.
+    PostgresHandle Connect();
+
+    // What begins a transaction, once Connect has found the schema.
+    const std::string& BeginSql() const { return m_begin; }
+
+    bool IsReadOnly() const { return m_mode == OpenMode::ReadOnly; }
+
+  private:
+    PostgresHandle ConnectUnnamed();
+
+    ServerUrl m_url;
+    OpenMode m_mode;
+    std::string m_begin;
+    std::string m_backend;  // the server's process of the latest connection
+};
+
+}  // namespace recorddb::sql
+
+#endif

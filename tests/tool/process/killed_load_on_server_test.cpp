@@ -1,0 +1,158 @@
+// A load into a database on a server is killed at counted messages; the same command goes on.
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <sstream>
+#include <utility>
+
+#include "child_process.h"
+#include "load_fixture.h"
+#include "server_proxy.h"
+
+namespace tool {
+namespace {
+
+using testing::HasSubstr;
+using Fate = ServerProxy::Fate;
+using Message = ServerProxy::Message;
+using Side = ServerProxy::Side;
+
+class KilledLoadOnServer : public LoadFixture {
+  protected:
+    KilledLoadOnServer() : LoadFixture(Engine::Postgres) {
+        std::vector<Fields> bugs;
+        for (int i = 0; i < 230; ++i) {
+            bugs.push_back({{"source_id", fmt::format("s{}", i)},
+                            {"title", fmt::format("Bug {}", i)},
+                            {"votes", i % 60 == 37 ? "many" : std::to_string(i)},
+                            {"log", "1\t2020-01-01 00:00:00\tu1\tsubmit\tnone\tNEW"}});
+        }
+        m_sources = {Configuration("configuration.xml", "record", "bug", "source_id"),
+                     Records("bugs.xml", bugs)};
+    }
+
+    // Runs the load as a program of its own, which is killed when `kills` says so of a message.
+    void Kill(const std::function<bool(const Message&)>& kills, Fate fate) {
+        std::promise<const ChildProcess*> started;
+        const std::shared_future<const ChildProcess*> load = started.get_future().share();
+        const ServerProxy proxy(SocketFolderOf(m_database), m_folder.Path(),
+                                [&](const Message& message) {
+                                    if (!kills(message)) {
+                                        return Fate::Pass;
+                                    }
+                                    load.get()->Signal(SIGKILL);
+                                    return fate;
+                                });
+        ChildProcess child({ZTIMPORT, "load", UrlWithSocketIn(m_database, m_folder.Path()),
+                            "--rejects", RejectsFolder(), m_sources[0], m_sources[1]});
+        started.set_value(&child);
+        ASSERT_EQ(child.Wait(), 128 + SIGKILL) << child.Output();
+    }
+
+    // What the same command comes to afterwards.
+    void ExpectCompletion() {
+        m_options.rejects = RejectsFolder();
+        EXPECT_EQ(Load(m_sources), 1) << Said();
+        EXPECT_EQ(Query("SELECT count(*) FROM bug"), "226");
+        EXPECT_EQ(Query("SELECT count(*) FROM bug WHERE id = 'BUG' || lpad(dbid::text, 8, '0')"),
+                  "226");
+        EXPECT_EQ(Query("SELECT max(dbid) FROM bug"), "226");
+        EXPECT_EQ(Query("SELECT count(*) FROM zt_history"), "226");
+        EXPECT_EQ(Query("SELECT created || ' ' || rejected || ' ' || next_ordinal || ' ' || "
+                        "complete FROM zt_journal"),
+                  "226 4 230 1");
+        EXPECT_EQ(Query("SELECT count(*) FROM zt_journal_reject"), "4");
+        EXPECT_EQ(RejectsSetAside(), 4);
+    }
+
+    std::string RejectsFolder() const { return m_folder.File("rejects"); }
+
+    int RejectsSetAside() const {
+        int count = 0;
+        for (const auto& file : std::filesystem::directory_iterator(RejectsFolder())) {
+            std::ostringstream content;
+            content << std::ifstream(file.path()).rdbuf();
+            const std::string text = content.str();
+            for (std::size_t at = 0; (at = text.find("<record>", at)) != std::string::npos; ++at) {
+                ++count;
+            }
+        }
+        return count;
+    }
+
+    void SetUp() override {
+        if (TestServer() == nullptr) {
+            GTEST_SKIP() << "there is no PostgreSQL server";
+        }
+    }
+
+    void TearDown() override { Continue(); }
+
+    // Lets the backend go on that was stopped.
+    void Continue() {
+        if (m_stopped != 0) {
+            kill(std::exchange(m_stopped, 0), SIGCONT);
+        }
+    }
+
+    std::vector<std::string> m_sources;
+    pid_t m_stopped = 0;
+};
+
+TEST_F(KilledLoadOnServer, GoesOnWhereverItWas) {
+    int afterBegin = 0;
+    for (const int place : {1, 40, 90, 40}) {
+        afterBegin = 0;
+        Kill(
+            [&](const Message& message) {
+                const bool begins = message.type == 'Q' && message.text.starts_with("BEGIN");
+                afterBegin += message.from == Side::Client && (afterBegin > 0 || begins) ? 1 : 0;
+                return afterBegin == place;
+            },
+            Fate::Cut);
+    }
+    ExpectCompletion();
+    EXPECT_THAT(Said(), HasSubstr("goes on behind record"));
+}
+
+// The server has taken the commit of the first group, but not looked at it, when the load is killed
+// and started again.
+TEST_F(KilledLoadOnServer, BackendThatLivesOnCommitsBeforeTheNextLoadOrNever) {
+    pid_t backend = 0;
+    int commits = 0;
+    Kill(
+        [&](const Message& message) {
+            backend = BackendIn(message) != 0 ? BackendIn(message) : backend;
+            commits += message.from == Side::Client && IsCommit(message) ? 1 : 0;
+            if (commits == 2 && kill(backend, SIGSTOP) == 0) {
+                m_stopped = backend;
+            }
+            return commits == 2;
+        },
+        Fate::Last);
+    ASSERT_NE(m_stopped, 0);
+    const std::string direct = m_database;
+    {
+        const ServerProxy proxy(SocketFolderOf(direct), m_folder.Path(),
+                                [this](const Message& message) {
+                                    if (message.text.starts_with("BEGIN")) {
+                                        Continue();
+                                    }
+                                    return Fate::Pass;
+                                });
+        m_database = UrlWithSocketIn(direct, m_folder.Path());
+        m_options.rejects = RejectsFolder();
+        EXPECT_EQ(Load(m_sources), 1) << Said();
+        EXPECT_THAT(Said(), HasSubstr("goes on behind record 100,"));
+        m_database = direct;
+    }
+    EXPECT_EQ(m_stopped, 0);
+    ExpectCompletion();
+}
+
+}  // namespace
+}  // namespace tool

@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <chrono>
 #include <utility>
 
 #include "recorddb/errors.h"
@@ -31,6 +33,22 @@ constexpr std::array<std::string_view, 6> kControlSql = {
     "SAVEPOINT zt_savepoint",
     "RELEASE SAVEPOINT zt_savepoint",
     "ROLLBACK TO SAVEPOINT zt_savepoint",
+};
+
+// How long the engine waits for other programs, for the life of the object. In milliseconds.
+class BusyTimeout {
+  public:
+    BusyTimeout(sqlite3* handle, int timeout, int otherwise)
+        : m_handle(handle), m_otherwise(otherwise) {
+        sqlite3_busy_timeout(handle, timeout);
+    }
+    BusyTimeout(const BusyTimeout&) = delete;
+    BusyTimeout& operator=(const BusyTimeout&) = delete;
+    ~BusyTimeout() { sqlite3_busy_timeout(m_handle, m_otherwise); }
+
+  private:
+    sqlite3* m_handle;
+    int m_otherwise;
 };
 
 }  // namespace
@@ -89,7 +107,7 @@ void SqliteConnection::Run(Control control) {
     switch (control) {
         case Control::Begin:
             m_writesBefore.clear();
-            ExecuteControl(control);
+            m_readOnly ? ExecuteControl(control) : BeginWriting();
             break;
         case Control::BeginSavepoint:
             m_writesBefore.reserve(m_writesBefore.size() + 1);
@@ -111,6 +129,27 @@ void SqliteConnection::Run(Control control) {
         default:
             ExecuteControl(control);
             break;
+    }
+}
+
+// The engine looks ever less often whether the lock has become free, and a writer that lets go of
+// it for a moment only, as a load does between two groups, would keep all others out. So its
+// patience is divided into small pieces.
+void SqliteConnection::BeginWriting() {
+    using std::chrono::milliseconds;
+    constexpr int piece = 20;
+    const auto patience = static_cast<int>(QueryInt(Prepare("PRAGMA busy_timeout")).value_or(0));
+    const auto end = std::chrono::steady_clock::now() + milliseconds(patience);
+    const BusyTimeout timeout(m_handle.get(), std::min(piece, patience), patience);
+    for (;;) {
+        try {
+            ExecuteControl(Control::Begin);
+            return;
+        } catch (const Error& error) {
+            if (error.Kind() != ErrorKind::Busy || std::chrono::steady_clock::now() >= end) {
+                throw;
+            }
+        }
     }
 }
 

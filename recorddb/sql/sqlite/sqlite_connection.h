@@ -53,6 +53,7 @@ class SqliteConnection final : public Connection {
 
     std::uint64_t WriteCount() const;
     void ExecuteControl(Control control);
+    void BeginWriting();
 
     static Handle OpenHandle(const std::string& path, int flags);
     static Handle OpenReadOnly(const std::string& path);

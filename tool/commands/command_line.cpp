@@ -14,6 +14,7 @@
 #include "tool/commands/show_command.h"
 #include "tool/commands/survey_command.h"
 #include "tool/commands/verify_command.h"
+#include "tool/commands/version_text.h"
 #include "tool/process/exit_code.h"
 #include "tool/process/usage_error.h"
 #include "tool/text/masked_password.h"
@@ -240,7 +241,7 @@ std::string VisibleComplaint(const std::string& text) {
 int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::ostream& err) {
     CLI::App app("Moves tracker data from XML packets into a record database.", "ztimport");
     app.require_subcommand(1);
-    app.set_version_flag("--version", "ztimport " ZT_VERSION);
+    app.set_version_flag("--version", VersionText());
     Commands commands{out, err, {}, {}, {}, {}, {}, {}, {}, {}, {}};
     AddInit(app, commands);
     AddLoad(app, commands);

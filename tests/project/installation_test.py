@@ -126,6 +126,10 @@ class Installation(unittest.TestCase):
         for name in ("LICENSE", "README.md", "CHANGELOG.md", "docs/packets.md", "examples/embed/embed.cpp"):
             self.assertTrue((self.prefix / "share/doc/ztimporter" / name).exists(), name)
 
+    def test_the_man_page_and_the_completion_are_there(self):
+        for name in ("man/man1/ztimport.1", "bash-completion/completions/ztimport"):
+            self.assertTrue((self.prefix / "share" / name).exists(), name)
+
 
 if __name__ == "__main__":
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)

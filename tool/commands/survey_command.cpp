@@ -2,11 +2,16 @@
 
 #include <fmt/format.h>
 
+#include <filesystem>
 #include <optional>
+#include <system_error>
 
 #include "tool/commands/output_guard.h"
 #include "tool/io/charset_decoder.h"
+#include "tool/io/replacing_file.h"
 #include "tool/process/usage_error.h"
+#include "tool/survey/draft.h"
+#include "tool/survey/draft_text.h"
 #include "tool/survey/survey.h"
 #include "tool/survey/survey_listing.h"
 
@@ -49,13 +54,46 @@ SurveyOptions OptionsOf(const SurveyRequest& request) {
     return options;
 }
 
+// People work on drafts, so an earlier one is not replaced.
+std::optional<ReplacingFile> OpenDraft(const std::string& option, const std::string& path) {
+    std::error_code ignored;
+    if (path.empty()) {
+        return std::nullopt;
+    }
+    if (std::filesystem::is_regular_file(path, ignored) &&
+        std::filesystem::file_size(path, ignored) > 0) {
+        throw UsageError(
+            fmt::format("{0} {1}: the file exists already, and may hold work on an "
+                        "earlier draft; name a new one, or remove it",
+                        option, path));
+    }
+    return std::optional<ReplacingFile>(std::in_place, path);
+}
+
+void Write(std::optional<ReplacingFile>& file, const std::string& text) {
+    if (file) {
+        file->Append(text);
+        file->Finish();
+    }
+}
+
 }  // namespace
 
 void RunSurvey(const SurveyRequest& request, std::ostream& out) {
     const SurveyOptions options = OptionsOf(request);
     const SurveyFiles files(request.sources, options.format);
     CheckOutputs(request, files);
+    std::optional<ReplacingFile> schema = OpenDraft("--write-schema", request.writeSchema);
+    std::optional<ReplacingFile> map = OpenDraft("--write-map", request.writeMap);
     const Survey survey = SurveyAll(files, options);
+    if (schema || map) {
+        const Draft draft = MakeDraft(survey);
+        if (draft.types.empty()) {
+            throw UsageError("there are no rows to draft a schema or a map for");
+        }
+        Write(schema, SchemaDraft(draft));
+        Write(map, MapDraft(survey, draft));
+    }
     PrintSurvey(survey, out);
 }
 

@@ -13,10 +13,12 @@ struct SurveyRequest {
     std::string format;
     std::string separator;
     std::string encoding;
+    std::string writeSchema;
+    std::string writeMap;
 };
 
-// Looks at files of which neither map nor schema is known, and shows what is in them. Throws what
-// main turns into an error.
+// Looks at files of which neither map nor schema is known, shows what is in them, and drafts both.
+// Throws what main turns into an error.
 void RunSurvey(const SurveyRequest& request, std::ostream& out);
 
 }  // namespace tool

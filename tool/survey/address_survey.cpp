@@ -99,6 +99,7 @@ void AddressSurvey::AddText(std::string_view text) {
     carriageReturns += traits.carriageReturn ? 1 : 0;
     forbidden += traits.forbidden ? 1 : 0;
     outerBlanks += IsBlank(text.front()) || IsBlank(text.back()) ? 1 : 0;
+    commas += text.find(',') != text.npos ? 1 : 0;
     dates.Add(text);
 }
 

@@ -45,6 +45,7 @@ struct AddressSurvey {
     std::uint64_t carriageReturns = 0;  // texts with one
     std::uint64_t forbidden = 0;        // texts with a character that XML forbids
     std::uint64_t outerBlanks = 0;      // texts with blanks at an end
+    std::uint64_t commas = 0;           // texts with one
     DateGuess dates;
     ValueCounts values;
     std::uint64_t repeats = 0;  // values that came before, as far as they were told apart

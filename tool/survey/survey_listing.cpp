@@ -32,8 +32,8 @@ void PrintAddress(const Survey& survey, AddressRef ref, std::size_t width, std::
     if (const std::string values = ValuesText(address, kShownValues); !values.empty()) {
         out << "      " << VisibleText(values) << '\n';
     }
-    for (const std::string& remark : Remarks(survey, ref)) {
-        out << "      " << VisibleText(remark) << '\n';
+    for (const Remark& remark : Remarks(survey, ref)) {
+        out << "      " << VisibleText(remark.text) << '\n';
     }
 }
 

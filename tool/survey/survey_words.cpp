@@ -16,6 +16,9 @@ namespace {
 // What is shown of a value, in bytes.
 constexpr std::size_t kShownSize = 40;
 
+// Longer texts with commas are sentences and no lists, in characters.
+constexpr std::size_t kLongestList = 100;
+
 // Words by which exports say that there is no value.
 constexpr std::array<std::string_view, 14> kNoValueWords = {"NULL", "null", "Null", "N/A",   "n/a",
                                                             "NA",   "None", "none", "nil",   "-",
@@ -60,57 +63,58 @@ std::string NumberKind(const AddressSurvey& address) {
     return areWhole ? "whole number" : "number";
 }
 
-void AddCount(std::vector<std::string>& remarks, std::uint64_t count, std::string_view what) {
+void AddCount(std::vector<Remark>& remarks, Remark::Kind kind, std::uint64_t count,
+              std::string_view what) {
     if (count > 0) {
         remarks.push_back(
-            fmt::format("{} {} {}", Grouped(count), count == 1 ? "value" : "values", what));
+            {kind, fmt::format("{} {} {}", Grouped(count), count == 1 ? "value" : "values", what)});
     }
 }
 
-void AddKeyRemark(std::vector<std::string>& remarks, const SourceSurvey& source,
+void AddKeyRemark(std::vector<Remark>& remarks, const SourceSurvey& source,
                   const AddressSurvey& address) {
     if (source.rows < 2 || address.dates.AreDates()) {
         return;
     }
     if (IsKey(source, address)) {
-        remarks.emplace_back("could be the key: each row has another value");
+        remarks.push_back({Remark::Kind::Key, "could be the key: each row has another value"});
     } else if (address.IsUnique() && address.Values() > 1 && address.severalLines == 0) {
-        remarks.emplace_back("no value comes twice");
+        remarks.push_back({Remark::Kind::Key, "no value comes twice"});
     } else if (address.distinct && address.Values() == source.rows && !address.IsInList() &&
                *address.distinct * 10 > source.rows * 9) {
-        remarks.push_back(fmt::format("nearly a key: {} of {} rows repeat a value",
-                                      Grouped(source.rows - *address.distinct),
-                                      Grouped(source.rows)));
+        remarks.push_back(
+            {Remark::Kind::Key,
+             fmt::format("nearly a key: {} of {} rows repeat a value",
+                         Grouped(source.rows - *address.distinct), Grouped(source.rows))});
     }
 }
 
-void AddElsewhere(std::vector<std::string>& remarks, const Survey& survey, AddressRef ref) {
+void AddElsewhere(std::vector<Remark>& remarks, const Survey& survey, AddressRef ref) {
     for (const ValuesElsewhere& elsewhere : survey.elsewhere) {
         if (!(elsewhere.from == ref)) {
             continue;
         }
         const SourceSurvey& source = survey.sources[elsewhere.in.source];
-        const std::string where = fmt::format(
-            "{} of {}", AddressText(source, survey.At(elsewhere.in)), source.group.name);
-        const bool hasMore = survey.At(ref).values.HasMore();
-        if (elsewhere.AreAll()) {
-            remarks.push_back(fmt::format("{} values stand in {}",
-                                          hasMore ? "all of the first 500 different" : "all",
-                                          where));
-        } else {
-            remarks.push_back(fmt::format("{} of {} different values stand in {}",
-                                          Grouped(elsewhere.found), Grouped(elsewhere.lookedFor),
-                                          where));
-        }
+        const std::string_view all =
+            survey.At(ref).values.HasMore() ? "all of the first 500 different" : "all";
+        const std::string which = elsewhere.AreAll()
+                                      ? std::string(all)
+                                      : fmt::format("{} of {} different", Grouped(elsewhere.found),
+                                                    Grouped(elsewhere.lookedFor));
+        remarks.push_back(
+            {Remark::Kind::Elsewhere,
+             fmt::format("{} values stand in {} of {}", which,
+                         AddressText(source, survey.At(elsewhere.in)), source.group.name)});
     }
 }
 
-void AddNoValueWords(std::vector<std::string>& remarks, const AddressSurvey& address) {
+void AddNoValueWords(std::vector<Remark>& remarks, const AddressSurvey& address) {
     for (const auto& [hash, entry] : address.values.Entries()) {
         const bool isWord = std::find(kNoValueWords.begin(), kNoValueWords.end(), entry.text) !=
                             kNoValueWords.end();
         if (isWord && entry.isWhole && address.values.Distinct() > 1) {
-            AddCount(remarks, entry.count, fmt::format("\"{}\"", entry.text));
+            AddCount(remarks, Remark::Kind::NoValueWord, entry.count,
+                     fmt::format("\"{}\"", entry.text));
         }
     }
 }
@@ -194,23 +198,29 @@ std::string ValuesText(const AddressSurvey& address, std::size_t most) {
     return fmt::format("{}{}", areRepeated ? "" : "such as ", fmt::join(texts, ", "));
 }
 
-std::vector<std::string> Remarks(const Survey& survey, AddressRef ref) {
+std::vector<Remark> Remarks(const Survey& survey, AddressRef ref) {
+    using Kind = Remark::Kind;
     const AddressSurvey& address = survey.At(ref);
-    std::vector<std::string> remarks;
+    std::vector<Remark> remarks;
     AddKeyRemark(remarks, survey.sources[ref.source], address);
     AddElsewhere(remarks, survey, ref);
     const DateGuess& dates = address.dates;
     if (dates.Dates() > 0 && !dates.AreDates()) {
-        remarks.push_back(fmt::format("{} of {} texts are a {}, others are not: {}",
-                                      Grouped(dates.Dates()), Grouped(dates.Texts()),
-                                      DateText(dates), dates.Exception()));
+        remarks.push_back(
+            {Kind::NotAllDates,
+             fmt::format("{} of {} texts are a {}, others are not: {}", Grouped(dates.Dates()),
+                         Grouped(dates.Texts()), DateText(dates), dates.Exception())});
     } else if (dates.AreDates() && dates.LacksZone()) {
-        remarks.emplace_back("the dates name no time zone");
+        remarks.push_back({Kind::NoZone, "the dates name no time zone"});
     }
     AddNoValueWords(remarks, address);
-    AddCount(remarks, address.carriageReturns, "with carriage returns");
-    AddCount(remarks, address.outerBlanks, "with blanks at an end");
-    AddCount(remarks, address.forbidden, "with control characters that XML forbids");
+    if (address.severalLines == 0 && address.longest <= kLongestList && !dates.AreDates()) {
+        AddCount(remarks, Kind::Commas, address.commas, "with commas");
+    }
+    AddCount(remarks, Kind::CarriageReturns, address.carriageReturns, "with carriage returns");
+    AddCount(remarks, Kind::OuterBlanks, address.outerBlanks, "with blanks at an end");
+    AddCount(remarks, Kind::Forbidden, address.forbidden,
+             "with control characters that XML forbids");
     return remarks;
 }
 

@@ -32,10 +32,27 @@ std::string DistinctText(const AddressSurvey& address);
 // (12), open (3)", "such as 101, 102". Empty when there are none.
 std::string ValuesText(const AddressSurvey& address, std::size_t most);
 
-// What else is worth knowing, a sentence without an end each: "a key: each row has another value".
-std::vector<std::string> Remarks(const Survey& survey, AddressRef ref);
+// What else is worth knowing of an address.
+struct Remark {
+    enum class Kind {
+        Key,
+        Elsewhere,
+        NotAllDates,
+        NoZone,
+        NoValueWord,
+        Commas,
+        CarriageReturns,
+        OuterBlanks,
+        Forbidden
+    };
 
-// The same of a source as a whole.
+    Kind kind;
+    std::string text;  // "could be the key: each row has another value"
+};
+
+std::vector<Remark> Remarks(const Survey& survey, AddressRef ref);
+
+// What else is worth knowing of a source as a whole.
 std::vector<std::string> Remarks(const SourceSurvey& source);
 
 }  // namespace tool

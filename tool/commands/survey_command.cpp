@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "tool/commands/output_guard.h"
+#include "tool/html/html_survey_report.h"
 #include "tool/io/charset_decoder.h"
 #include "tool/io/replacing_file.h"
 #include "tool/process/usage_error.h"
@@ -85,7 +86,14 @@ void RunSurvey(const SurveyRequest& request, std::ostream& out) {
     CheckOutputs(request, files);
     std::optional<ReplacingFile> schema = OpenDraft("--write-schema", request.writeSchema);
     std::optional<ReplacingFile> map = OpenDraft("--write-map", request.writeMap);
+    std::optional<HtmlSurveyReport> page;
+    if (!request.html.empty()) {
+        page.emplace(request.html, request.sources);
+    }
     const Survey survey = SurveyAll(files, options);
+    if (page) {
+        page->Write(survey);
+    }
     if (schema || map) {
         const Draft draft = MakeDraft(survey);
         if (draft.types.empty()) {

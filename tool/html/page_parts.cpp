@@ -100,7 +100,7 @@ std::string PageSection(std::string_view id, std::string_view title, const std::
 std::string FactsSection(const PageFacts& facts) {
     const std::string list =
         Fact("Command", "ztimport " + HtmlText(facts.command)) +
-        Fact("Database", HtmlText(facts.database)) +
+        (facts.database.empty() ? "" : Fact("Database", HtmlText(facts.database))) +
         Fact(facts.sources.size() == 1 ? "Source" : "Sources", SourceListHtml(facts.sources)) +
         Fact("Started", UtcText(facts.start)) + Fact("Duration", DurationText(facts.seconds)) +
         Fact("Tool version", HtmlText(facts.version));

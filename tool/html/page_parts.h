@@ -18,9 +18,9 @@ namespace tool {
 
 // What was run.
 struct PageFacts {
-    std::string title;    // what the page is called
-    std::string command;  // "load"
-    std::string database;
+    std::string title;     // what the page is called
+    std::string command;   // "load"
+    std::string database;  // empty when there is none
     std::vector<std::string> sources;
     std::chrono::system_clock::time_point start;
     double seconds = 0;

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Shows the pages about a load and a comparison in a browser and looks at them: html_report_browser_test.py --tool ZTIMPORT
+"""Shows the pages about a load, a comparison and a survey in a browser and looks at them: html_report_browser_test.py --tool ZTIMPORT
 
 Exit code 77 says that there is no Chromium.
 """
@@ -22,6 +22,7 @@ LOAD_SECTIONS = ["Totals", "What to do next", "By record type", "Rejected record
                  "Records over time", "What was run"]
 VERIFY_SECTIONS = ["Totals", "What to do next", "By record type", "Differences", "The database itself",
                    "What the loads did", "What was run"]
+SURVEY_SECTIONS = ["Totals", "What to do next", "Files"]
 EVIL = "<script>window.evil = true</script><img src=\"http://evil.example/x.png\" onerror=\"window.evil = true\">"
 SCHEMA = """record_types:
   bug:
@@ -111,6 +112,18 @@ class Tracker:
         status = self.ztimport(command, self.folder / "tracker.db", self.packets, "--html", page, "--report", report,
                                *options)
         return status, page, json.loads(report.read_text())
+
+
+def survey(tool, folder):
+    """Surveys a small export with a long name, long values and an attack; returns the exit code and the page."""
+    export = folder / ("export " + "x" * 100)
+    export.mkdir()
+    rows = "".join(f"{number},{'word ' * 10}{number},{'open' if number % 3 else 'closed'}\n" for number in range(600))
+    (export / "bugs.csv").write_text(f"number,{'title' * 20},state\n{rows}")
+    (export / "notes.jsonl").write_text(json.dumps({EVIL: EVIL, "deep": {"list": [{"at": "2020-01-02"}]}}) + "\n")
+    page = folder / "survey.html"
+    done = subprocess.run([tool, "survey", export, "--html", page], stdout=subprocess.DEVNULL, check=False, timeout=1500)
+    return done.returncode, page
 
 
 class Expectations:
@@ -248,6 +261,14 @@ def check_verify_page(browser, page, report, expect):
     check_look(browser, page, expect)
 
 
+def check_survey_page(browser, page, expect):
+    browser.open(page, 1280)
+    expect.equal("first sections of the survey", texts(browser, "section > h2")[:3], SURVEY_SECTIONS)
+    expect.equal("totals of the survey", numbers(browser, "#totals dd"), [2, 601, 0, 8, 0])
+    check_accessibility(browser, expect)
+    check_look(browser, page, expect)
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--tool", required=True, type=pathlib.Path)
@@ -262,11 +283,13 @@ def main():
         tracker = Tracker(options.tool, folder)
         loaded, load_page, load_report = tracker.load()
         verified, verify_page, verify_report = tracker.run("verify")
-        expect.equal("exit codes of the load and the comparison", (loaded, verified), (1, 1))
+        surveyed, survey_page = survey(options.tool, folder)
+        expect.equal("exit codes of the load, the comparison and the survey", (loaded, verified, surveyed), (1, 1, 0))
         with chromium.Chromium(path, folder / "profile") as browser:
             check_load_page(browser, load_page, load_report, expect)
             check_verify_page(browser, verify_page, verify_report, expect)
-            check_harmless(browser, [load_page, verify_page], expect)
+            check_survey_page(browser, survey_page, expect)
+            check_harmless(browser, [load_page, verify_page, survey_page], expect)
             check_recorder(browser, folder, expect)
     print(f"{expect.failed} expectations failed")
     return 1 if expect.failed else 0

@@ -1,6 +1,7 @@
 // Times `ztimport load`, and a short script that checks nothing, against a floor that writes the
 // same rows by SQLite's own interface, and `ztimport check` and `verify` against the load, all in
-// the same run: load_bench ZTIMPORT [RECORDS...], 10000 and 100000 by default. Beside a server
+// the same run, and loads of the same records as CSV and JSON by a map, against those of packets:
+// load_bench ZTIMPORT [RECORDS...], 10000 and 100000 by default. Beside a server
 // (scripts/private-server) it times loads into that, too.
 
 #include <fmt/format.h>
@@ -11,11 +12,13 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "child_run.h"
 #include "creation_floor.h"
 #include "generated_tracker.h"
+#include "mapped_sources.h"
 #include "server_loads.h"
 
 namespace {
@@ -52,6 +55,8 @@ struct Measured {
     bench::ChildRun history{1e9, 1e9, 0};
     bench::ChildRun check{1e9, 1e9, 0};
     bench::ChildRun verify{1e9, 1e9, 0};
+    bench::ChildRun bare{1e9, 1e9, 0};
+    std::vector<std::pair<std::string, bench::ChildRun>> mapped;  // the same records by maps
 };
 
 class LoadBench {
@@ -65,10 +70,14 @@ class LoadBench {
                     .update = bench::WriteUpdatePackets(m_folder.Path(), records),
                     .history = bench::WriteHistoryPackets(m_folder.Path(), records)} {
         std::ofstream(m_folder.Path() / "schema.yaml") << bench::SchemaText();
+        m_mapped = bench::WriteMappedSources(m_folder.Path(), records);
     }
 
     Measured Run() {
         Measured best;
+        for (const bench::MappedSource& source : m_mapped) {
+            best.mapped.emplace_back(source.name, bench::ChildRun{1e9, 1e9, 0});
+        }
         for (int run = 0; run < kRuns; ++run) {
             best.floor = std::min(best.floor, bench::WriteFloor(NewDatabase("floor"), m_records));
             const fs::path plain = NewDatabase("plain");
@@ -83,8 +92,11 @@ class LoadBench {
             KeepFaster(best.update, Load(database, m_packets.update));
             const fs::path bare = NewDatabase("bare");
             Load(bare, m_packets.keywords);
-            Load(bare, m_packets.bare);
+            KeepFaster(best.bare, Load(bare, m_packets.bare));
             KeepFaster(best.history, Load(bare, m_packets.history));
+            for (std::size_t i = 0; i < m_mapped.size(); ++i) {
+                KeepFaster(best.mapped[i].second, LoadMapped(m_mapped[i]));
+            }
         }
         return best;
     }
@@ -117,6 +129,13 @@ class LoadBench {
         return Run("load", database, files);
     }
 
+    bench::ChildRun LoadMapped(const bench::MappedSource& source) {
+        const fs::path database = NewDatabase("mapped");
+        Load(database, m_packets.keywords);
+        return bench::RunChild(
+            {m_tool, "load", "--quiet", database, "--map", source.map, source.file});
+    }
+
     // The same records by a short script.
     static bench::ChildRun RunScript(const char* what, const fs::path& database,
                                      const bench::PacketFiles& files) {
@@ -134,6 +153,7 @@ class LoadBench {
     std::int64_t m_records;
     TemporaryFolder m_folder;
     bench::TrackerPackets m_packets;
+    std::vector<bench::MappedSource> m_mapped;
 };
 
 void PrintLoad(const char* name, const bench::ChildRun& run, double floor, std::int64_t records,
@@ -169,6 +189,10 @@ void PrintMeasured(const Measured& measured, std::int64_t records, double bytesP
     PrintScript("script: update", measured.scriptUpdate, measured.floor, records);
     PrintBesideLoad("check", measured.check, measured.create.seconds, records);
     PrintBesideLoad("verify", measured.verify, measured.create.seconds, records);
+    PrintBesideLoad("bare", measured.bare, measured.bare.seconds, records);
+    for (const auto& [name, run] : measured.mapped) {
+        PrintBesideLoad(name.c_str(), run, measured.bare.seconds, records);
+    }
 }
 
 void PrintServerLoad(const char* name, const bench::ServerLoad& load, double floor,

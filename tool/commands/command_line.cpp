@@ -116,10 +116,18 @@ void AddImmutable(CLI::App& command, Options& options) {
                      "read a database to which certainly no program writes");
 }
 
+// For sources that are no packets.
+void AddMap(CLI::App& command, std::string& map) {
+    command.add_option("--map", map,
+                       "map file (YAML): the SOURCEs are CSV or JSON files, or folders of them, "
+                       "and this says what becomes of their rows");
+}
+
 // What a load and its rehearsal can both be asked for.
 void AddImportOptions(CLI::App& command, Commands& commands, LoadOptions& options) {
     AddDatabase(command, commands, options.database);
     command.add_option("SOURCE", options.sources, kSourceHelp)->required();
+    AddMap(command, options.map);
     command.add_option("--report", options.report, "file to write a report to (JSON)");
     command.add_option("--html", options.html, "file to write a report for people to (HTML)");
     AddRecordOptions(command, options);
@@ -170,6 +178,7 @@ void AddVerify(CLI::App& app, Commands& commands) {
     VerifyOptions& options = commands.verify;
     AddDatabase(*verify, commands, options.database);
     verify->add_option("SOURCE", options.sources, kSourceHelp)->required();
+    AddMap(*verify, options.map);
     AddRecordOptions(*verify, options);
     verify->add_option("--report", options.report, "file to write a report to (JSON)");
     verify->add_option("--html", options.html, "file to write a report for people to (HTML)");

@@ -8,6 +8,7 @@
 
 #include "recorddb/database.h"
 #include "recorddb/session.h"
+#include "tool/commands/command_sources.h"
 #include "tool/commands/database_failure.h"
 #include "tool/commands/output_guard.h"
 #include "tool/html/html_load_report.h"
@@ -15,8 +16,10 @@
 #include "tool/load/load_sinks.h"
 #include "tool/load/source_loader.h"
 #include "tool/load/trace_file.h"
+#include "tool/losses/loss_finder.h"
 #include "tool/process/exit_code.h"
 #include "tool/process/interrupt.h"
+#include "tool/process/usage_error.h"
 #include "tool/rejects/rejects_sink.h"
 #include "tool/sources/source_checks.h"
 #include "tool/sources/source_list.h"
@@ -107,19 +110,44 @@ std::vector<LoadSink*> PointersTo(const std::vector<std::unique_ptr<LoadSink>>& 
     return pointers;
 }
 
-int LoadInto(const LoadKind& kind, const LoadOptions& options, const SourceList& sources,
+// Tells what the reading of the sources through a map has found.
+void TellFindings(const CommandSources& sources, LoadSinks& sinks) {
+    for (const MapFinding& finding : sources.Findings().all) {
+        if (const auto loss = LossOf(finding, sources.MapName())) {
+            sinks.Lose(*loss);
+        } else if (finding.weight == FindingWeight::Count) {
+            sinks.Say(finding.text);
+        } else {
+            sinks.Warn("note: " + finding.text);
+        }
+    }
+}
+
+// Lines that are to be pasted into the map stand at the end, where they are found again.
+void TellLinesToPaste(const CommandSources& sources, LoadSinks& sinks) {
+    for (const MapFinding& finding : sources.Findings().all) {
+        if (!finding.paste.empty()) {
+            sinks.Say(fmt::format("To be pasted into {} ({}):\n{}", sources.MapName(), finding.text,
+                                  finding.paste));
+        }
+    }
+}
+
+int LoadInto(const LoadKind& kind, const LoadOptions& options, CommandSources& sources,
              std::ostream& out, std::ostream& err) {
     const auto database =
         recorddb::Database::Open(options.database, recorddb::Database::Mode::ReadWrite);
     const AdPtr<recorddb::Session> session =
         database->OpenSession(SessionFor(options, kind.policy));
-    const auto opened = OpenSinks(kind, options, sources.TotalSize(), out, err);
+    WatchInterrupts();
+    const bool isRead = sources.Open(*database, options.limits, !kind.policy.MindsLosses());
+    const auto opened = OpenSinks(kind, options, isRead ? sources.List().TotalSize() : 0, out, err);
     LoadSinks sinks(PointersTo(opened));
     SourceLoader loader(*database, session, options, kind.policy, sinks);
-    WatchInterrupts();
+    TellFindings(sources, sinks);
     bool complete = false;
     try {
-        complete = loader.Load(sources);
+        complete = isRead && loader.Load(sources.List());
     } catch (...) {
         // What was imported and rejected before that remains so, and belongs into the report.
         sinks.EndEarly(TextOfCurrentException());
@@ -129,6 +157,7 @@ int LoadInto(const LoadKind& kind, const LoadOptions& options, const SourceList&
     if (!complete) {
         SayWhyStopped(options, kind.policy, sinks);
     }
+    TellLinesToPaste(sources, sinks);
     sinks.Finish();
     return ExitCodeOf(sinks, kind.policy);
 }
@@ -138,8 +167,11 @@ int LoadInto(const LoadKind& kind, const LoadOptions& options, const SourceList&
 int RunLoadOfKind(const LoadKind& kind, const LoadOptions& options, std::ostream& out,
                   std::ostream& err) {
     RequireFolder(options.attachments);
-    const SourceList sources(options.sources);
-    CheckOutputs(options, sources);
+    if (options.wholePackets && !options.map.empty()) {
+        throw UsageError("--whole-packets is for packets, and a map makes records one by one");
+    }
+    CommandSources sources(options.sources, options.map);
+    CheckOutputs(options, sources.Files());
     std::optional<TraceFile> trace;
     if (!options.trace.empty()) {
         trace.emplace(options.trace);

@@ -43,9 +43,9 @@ bool IsBelow(const fs::path& file, const fs::path& folder) {
 
 // What every such command reads.
 void KeepInputs(OutputGuard& guard, const std::string& database,
-                const std::vector<std::string>& arguments, const SourceList& sources) {
+                const std::vector<std::string>& arguments, const std::vector<Source>& sources) {
     guard.KeepDatabase(database);
-    for (const Source& source : sources.Sources()) {
+    for (const Source& source : sources) {
         guard.Keep(source.path, "the packet file " + source.name);
     }
     // A pipe is copied before it is read, and the list of sources holds the copy.
@@ -139,7 +139,7 @@ void OutputGuard::CheckFolders(const std::string& output, const fs::path& path) 
     }
 }
 
-void CheckOutputs(const LoadOptions& options, const SourceList& sources) {
+void CheckOutputs(const LoadOptions& options, const std::vector<Source>& sources) {
     OutputGuard guard;
     KeepInputs(guard, options.database, options.sources, sources);
     guard.KeepFolder(options.attachments, "a file in the attachments folder");
@@ -150,7 +150,7 @@ void CheckOutputs(const LoadOptions& options, const SourceList& sources) {
     guard.Check("--trace", options.trace);
 }
 
-void CheckOutputs(const VerifyOptions& options, const SourceList& sources) {
+void CheckOutputs(const VerifyOptions& options, const std::vector<Source>& sources) {
     OutputGuard guard;
     KeepInputs(guard, options.database, options.sources, sources);
     guard.KeepFolder(options.attachments, "a file in the attachments folder");

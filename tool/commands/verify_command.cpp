@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "recorddb/database.h"
+#include "tool/commands/command_sources.h"
 #include "tool/commands/output_guard.h"
 #include "tool/html/html_verify_report.h"
 #include "tool/process/exit_code.h"
@@ -12,16 +13,33 @@
 #include "tool/report/verify_report.h"
 #include "tool/report/verify_terminal.h"
 #include "tool/sources/source_checks.h"
-#include "tool/sources/source_list.h"
 #include "tool/verify/verifier.h"
 #include "tool/verify/verify_sinks.h"
 
 namespace tool {
 
+namespace {
+
+// What a map loses differs from the sources, whatever the database holds.
+void TellFindings(const CommandSources& sources, VerifySinks& sinks) {
+    for (const MapFinding& finding : sources.Findings().all) {
+        if (finding.weight == FindingWeight::Loss) {
+            Difference difference;
+            difference.source = sources.MapName();
+            difference.problem = finding.text;
+            sinks.Differs(difference);
+        } else if (finding.weight == FindingWeight::Note) {
+            sinks.Warns("note: " + finding.text);
+        }
+    }
+}
+
+}  // namespace
+
 int RunVerify(const VerifyOptions& options, std::ostream& out, std::ostream& err) {
     RequireFolder(options.attachments);
-    const SourceList sources(options.sources);
-    CheckOutputs(options, sources);
+    CommandSources sources(options.sources, options.map);
+    CheckOutputs(options, sources.Files());
     const auto database = recorddb::Database::Open(
         options.database, options.immutable ? recorddb::Database::Mode::Immutable
                                             : recorddb::Database::Mode::ReadOnly);
@@ -37,8 +55,14 @@ int RunVerify(const VerifyOptions& options, std::ostream& out, std::ostream& err
     }
     VerifySinks output(std::move(sinks));
     WatchInterrupts();
-    Verifier verifier(*database, options, output);
-    const VerifySummary summary = verifier.Run(sources);
+    VerifySummary summary;
+    output.Begins(0);
+    if (sources.Open(*database, options.limits, false)) {
+        Verifier verifier(*database, options, output);
+        TellFindings(sources, output);
+        summary = verifier.Run(sources.List());
+        summary.leftOut = sources.Findings().ignored;
+    }
     if (const int signal = Interrupted()) {
         terminal.Warns("Stopped before the end, so nothing is known of the rest; verify again.");
         return 128 + signal;

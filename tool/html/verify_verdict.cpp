@@ -12,6 +12,9 @@ PageVerdict VerdictOf(const VerifyFindings& findings) {
     if (summary.Verified() && summary.read == 0) {
         return {VerdictTone::Attention, "Nothing to verify", "The sources hold no records.", ""};
     }
+    if (summary.Verified() && summary.leftOut > 0) {
+        return {VerdictTone::Good, "Verified", summary.Verdict(), ""};
+    }
     if (summary.Verified()) {
         return {VerdictTone::Good, "Verified",
                 fmt::format("Everything that the sources say of {} is in the database{}.",

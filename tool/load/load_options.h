@@ -19,6 +19,7 @@ constexpr std::chrono::seconds kDefaultRetryFor(60);
 struct LoadOptions {
     std::string database;
     std::vector<std::string> sources;
+    std::string map;                    // file; empty: the sources are packets
     std::filesystem::path rejects;      // folder; empty for none
     std::filesystem::path report;       // file; empty for none
     std::filesystem::path html;         // file; empty for none

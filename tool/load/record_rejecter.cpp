@@ -8,7 +8,8 @@ void RecordRejecter::Reject(const SourceRecord& record, const SourceWalk& walk,
                             const std::string& reason) {
     RejectedRecord rejected;
     rejected.source = std::string(record.source);
-    rejected.number = record.ordinal + 1;
+    rejected.unit = record.unit;
+    rejected.number = record.Number();
     rejected.line = record.line;
     const std::string missing = m_missing.Describe(record, walk.Configuration());
     rejected.reason = missing.empty() ? reason : reason + " " + missing;
@@ -18,8 +19,9 @@ void RecordRejecter::Reject(const SourceRecord& record, const SourceWalk& walk,
     rejected.openSection = record.openSection;
     rejected.sourceId = walk.IdIn(record.raw);
     m_sinks.Reject(rejected);
-    m_missing.NoteRejected(walk.Configuration(), rejected.sourceId,
-                           fmt::format("{}, record {}", rejected.source, rejected.number));
+    m_missing.NoteRejected(
+        walk.Configuration(), rejected.sourceId,
+        fmt::format("{}, {} {}", rejected.source, rejected.unit, rejected.number));
 }
 
 }  // namespace tool

@@ -11,10 +11,11 @@ namespace tool {
 
 // A record that was refused, and why.
 struct RejectedRecord {
-    std::string source;        // name of its source
-    std::uint64_t number = 0;  // its number in the source, from 1
-    std::uint64_t line = 0;    // line of its first byte, from 1
-    std::string sourceId;      // its original id, empty when it cannot be made out
+    std::string source;           // name of its source
+    std::string unit = "record";  // what it was made of: a "record", or a "row" or an "element"
+    std::uint64_t number = 0;     // the number of that in the source, from 1
+    std::uint64_t line = 0;       // line of its first byte, from 1
+    std::string sourceId;         // its original id, empty when it cannot be made out
     std::string reason;
     std::string_view raw;  // its text as it stands in the source; valid UTF-8
     RecordDefect defect = RecordDefect::None;

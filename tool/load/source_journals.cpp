@@ -7,6 +7,19 @@
 
 namespace tool {
 
+namespace {
+
+std::string TextOnChangedMap(const std::string& step, std::uint64_t handled) {
+    return fmt::format(
+        "{}: the map, or a file that it reads, has changed since an earlier load stopped here, "
+        "and makes other records now. {} {} imported before. Give map and files the content that "
+        "they had then, and the same command goes on; or make a new database and load everything "
+        "into that.",
+        step, CountOf(handled, "record"), handled == 1 ? "was" : "were");
+}
+
+}  // namespace
+
 LoadJournal SourceJournals::Open(const SourceWalk& walk, RecordGroup& group) {
     const auto* const type = m_database.GetSchema().FindType(walk.Configuration().RecordType());
     const recorddb::journal::JournalKey key = walk.Key(*type);
@@ -33,10 +46,12 @@ void SourceJournals::RequireSameContent(const SourceWalk& walk, LoadJournal& jou
         if (m_options.fresh) {
             journal.AlsoForget(unfinished.key);
         } else if (journal.HandledBefore() == 0 && !journal.WasComplete()) {
-            throw SourceChanged(
-                fmt::format("{}: the file has changed since an earlier load stopped "
-                            "in it. {}",
-                            walk.SourceName(), AdviseOnChangedSource(unfinished.handled)));
+            throw SourceChanged(walk.IsMade()
+                                    ? TextOnChangedMap(walk.SourceName(), unfinished.handled)
+                                    : fmt::format("{}: the file has changed since an earlier load "
+                                                  "stopped in it. {}",
+                                                  walk.SourceName(),
+                                                  AdviseOnChangedSource(unfinished.handled)));
         }
     }
 }

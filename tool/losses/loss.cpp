@@ -34,6 +34,10 @@ constexpr std::array<KindWords, kLossKinds.size()> kWords = {{
     {"outside-records", "places outside of records that are no markup"},
     {"unreachable-key", "keys that no reference can name"},
     {"mistaken-reference", "references that are taken for others"},
+    {"unread-address", "columns and addresses that no step of the map reads"},
+    {"missing-address", "addresses of the map that no row has"},
+    {"replaced-character", "places where the map replaces control characters"},
+    {"cut-text", "fields where the map cuts texts"},
 }};
 
 const KindWords& WordsOf(LossKind kind) {
@@ -52,7 +56,9 @@ std::string_view LossKindTitle(LossKind kind) {
 
 bool IsToldByEveryLoad(LossKind kind) {
     return kind == LossKind::UnseenRecord || kind == LossKind::NothingImported ||
-           kind == LossKind::CutShort || kind == LossKind::OutsideRecords;
+           kind == LossKind::CutShort || kind == LossKind::OutsideRecords ||
+           kind == LossKind::UnreadAddress || kind == LossKind::MissingAddress ||
+           kind == LossKind::ReplacedCharacter || kind == LossKind::CutText;
 }
 
 }  // namespace tool

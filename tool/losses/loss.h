@@ -29,7 +29,11 @@ enum class LossKind {
     CutShort,              // a packet whose elements do not end
     OutsideRecords,        // what has no business between or after the records of a packet
     UnreachableKey,        // a key that no reference can express
-    MistakenReference      // a reference to such a key that is taken for one to another record
+    MistakenReference,     // a reference to such a key that is taken for one to another record
+    UnreadAddress,         // values of a mapped source that no step reads
+    MissingAddress,        // what a map reads, or ignores, and no row has
+    ReplacedCharacter,     // control characters that a map replaces
+    CutText                // texts that a map cuts
 };
 
 // All of them, in their order.
@@ -40,7 +44,8 @@ inline constexpr std::array kLossKinds = {
     LossKind::RepeatedField,   LossKind::ClearedValue,       LossKind::UnusedField,
     LossKind::EmptyPacket,     LossKind::NothingImported,    LossKind::UnusedMapping,
     LossKind::NoConfiguration, LossKind::CutShort,           LossKind::OutsideRecords,
-    LossKind::UnreachableKey,  LossKind::MistakenReference};
+    LossKind::UnreachableKey,  LossKind::MistakenReference,  LossKind::UnreadAddress,
+    LossKind::MissingAddress,  LossKind::ReplacedCharacter,  LossKind::CutText};
 
 // One loss with its place. Texts in UTF-8.
 struct Loss {

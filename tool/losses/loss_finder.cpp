@@ -1,5 +1,7 @@
 #include "tool/losses/loss_finder.h"
 
+#include <algorithm>
+
 #include "tool/losses/configuration_losses.h"
 
 namespace tool {
@@ -58,6 +60,16 @@ Loss LossOf(const FrameDefect& defect, const std::string& source) {
             "",
             defect.text + (isCut ? "; records may be missing, so export it anew"
                                  : "; see that no record is missing there")};
+}
+
+std::optional<Loss> LossOf(const MapFinding& finding, const std::string& map) {
+    if (finding.weight != FindingWeight::Loss) {
+        return std::nullopt;
+    }
+    const auto* const kind =
+        std::find_if(kLossKinds.begin(), kLossKinds.end(),
+                     [&](LossKind candidate) { return LossKindName(candidate) == finding.kind; });
+    return Loss{*kind, map, 0, 0, "", "", finding.text};
 }
 
 }  // namespace tool

@@ -13,6 +13,7 @@
 #include "tool/packet/import_configuration.h"
 #include "tool/packet/packet_frame.h"
 #include "tool/packet/record_cutter.h"
+#include "tool/sources/kind/map_findings.h"
 #include "tool/sources/kind/source_record.h"
 
 namespace tool {
@@ -48,6 +49,9 @@ Loss LossOf(const UnseenRecord& unseen, const std::string& source);
 
 // The loss that a defect around the records of the source called `source` is the sign of.
 Loss LossOf(const FrameDefect& defect, const std::string& source);
+
+// The loss that a finding of the map called `map` is; nothing when it is none.
+std::optional<Loss> LossOf(const MapFinding& finding, const std::string& map);
 
 }  // namespace tool
 

@@ -21,6 +21,8 @@ enum class RecordDefect {
     TooLong,       // longer than the limit
     Undecodable,   // holds bytes that are not text
     TooDeep,       // its elements are nested deeper than the limit
+    BadRow,        // the row that it was to be made of cannot be read
+    BadValue,      // a value of it cannot be made; the others stand in it
 };
 
 // A record as it stands in the source.
@@ -28,7 +30,7 @@ struct CutRecord {
     std::string_view text;     // from "<record>" on, with decoding marks; empty when TooLong
     std::uint64_t line = 0;    // line of its first byte, from 1
     std::uint64_t offset = 0;  // place of its first byte in the source
-    RecordDefect defect = RecordDefect::None;  // the last two are not looked for here
+    RecordDefect defect = RecordDefect::None;  // only the first two after it are looked for
     // A comment, CDATA section or instruction opens in it and does not close.
     bool openSection = false;
     // Its comments, CDATA sections and instructions that hold the bytes "<record>".

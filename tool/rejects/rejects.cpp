@@ -25,11 +25,11 @@ constexpr std::string_view kCloseOpenSection =
     "<!-- a section of the record above is not closed: ]]> ?> -->\n";
 
 std::string Comment(const RejectedRecord& record) {
-    std::string text = fmt::format("{}, record {}, line {}: {}", record.source, record.number,
-                                   record.line, CommentText(record.reason));
+    std::string text = fmt::format("{}, {} {}, line {}: {}", record.source, record.unit,
+                                   record.number, record.line, CommentText(record.reason));
     if (record.defect == RecordDefect::Undecodable) {
         text += " (U+FFFD stands where the source holds what is no text)";
-    } else if (record.defect == RecordDefect::TooLong) {
+    } else if (record.defect == RecordDefect::TooLong || record.defect == RecordDefect::BadRow) {
         text += " (the record is not repeated here: take it from the source)";
     }
     return fmt::format("<!-- {} -->\n", CommentText(text));

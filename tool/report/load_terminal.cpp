@@ -16,7 +16,8 @@ constexpr std::uint64_t kShownRejects = 20;
 
 std::string PlaceOf(const RejectedRecord& record) {
     const std::string id = record.sourceId.empty() ? "" : fmt::format(" ({})", record.sourceId);
-    return fmt::format("{}, record {}{}, line {}", record.source, record.number, id, record.line);
+    return fmt::format("{}, {} {}{}, line {}", record.source, record.unit, record.number, id,
+                       record.line);
 }
 
 }  // namespace

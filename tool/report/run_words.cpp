@@ -14,7 +14,7 @@ namespace tool {
 namespace {
 
 // What is lost by losses of a kind, as the verdict counts it.
-enum class Lost { Value, Record, Packet, Mapping, Whole, Place, Key };
+enum class Lost { Value, Record, Packet, Mapping, Whole, Place, Key, Address };
 
 Lost LostBy(LossKind kind) {
     switch (kind) {
@@ -32,6 +32,11 @@ Lost LostBy(LossKind kind) {
             return Lost::Place;
         case LossKind::UnreachableKey:
             return Lost::Key;
+        case LossKind::UnreadAddress:
+        case LossKind::MissingAddress:
+        case LossKind::ReplacedCharacter:
+        case LossKind::CutText:
+            return Lost::Address;
         default:
             return Lost::Value;
     }
@@ -96,7 +101,9 @@ std::string Verdict(const Rehearsed& rehearsed, const LossLog& losses) {
         {NumberOf(Lost::Mapping, losses), "mapping", "mappings", "of no effect"},
         {NumberOf(Lost::Whole, losses), "packet", "packets", "imported although cut short"},
         {NumberOf(Lost::Place, losses), "place", "places", "passed over outside of records"},
-        {NumberOf(Lost::Key, losses), "key", "keys", "out of reach of references"}};
+        {NumberOf(Lost::Key, losses), "key", "keys", "out of reach of references"},
+        {NumberOf(Lost::Address, losses), "column or address", "columns and addresses",
+         "lost in part or whole by the map"}};
     std::erase_if(parts, [](const Part& part) { return part.number == 0; });
     const std::string_view start = rehearsed.complete ? "" : "Up to here: ";
     if (parts.empty()) {

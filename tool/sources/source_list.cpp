@@ -55,6 +55,12 @@ SourceList::SourceList(const std::vector<std::string>& arguments, int standardIn
     }
 }
 
+SourceList::SourceList(const std::vector<std::shared_ptr<const MadeSource>>& made) {
+    for (const auto& source : made) {
+        m_sources.push_back({{}, source->Name(), source->Size(), source});
+    }
+}
+
 std::uint64_t SourceList::TotalSize() const {
     return std::accumulate(
         m_sources.begin(), m_sources.end(), std::uint64_t{0},
@@ -98,7 +104,7 @@ void SourceList::AddFile(const fs::path& path, const std::string& name) {
     FileBytes bytes(path, name);
     std::error_code ignored;
     if (fs::is_regular_file(path, ignored)) {
-        m_sources.push_back({path, name, fs::file_size(path)});
+        m_sources.push_back({path, name, fs::file_size(path), nullptr});
     } else {
         AddSpooled(bytes);
     }
@@ -106,7 +112,8 @@ void SourceList::AddFile(const fs::path& path, const std::string& name) {
 
 void SourceList::AddSpooled(ByteSource& bytes) {
     m_spooled.push_back(std::make_unique<SpoolFile>(bytes));
-    m_sources.push_back({m_spooled.back()->Path(), bytes.Name(), m_spooled.back()->Size()});
+    m_sources.push_back(
+        {m_spooled.back()->Path(), bytes.Name(), m_spooled.back()->Size(), nullptr});
 }
 
 }  // namespace tool

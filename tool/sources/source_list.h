@@ -8,14 +8,16 @@
 #include <vector>
 
 #include "tool/io/spool_file.h"
+#include "tool/sources/kind/made_source.h"
 
 namespace tool {
 
-// One file of packets.
+// One file of packets, or a source that was made of other files.
 struct Source {
     std::filesystem::path path;  // what to open; can be opened and read again and again
     std::string name;            // what people call it: the path as given, or "standard input"
     std::uint64_t size = 0;      // in bytes, for the progress
+    std::shared_ptr<const MadeSource> made = nullptr;  // takes the place of the file
 };
 
 // The packet files that the SOURCE arguments of the command line stand for, in order.
@@ -29,6 +31,7 @@ class SourceList {
     // descriptor that "-" reads and stays the caller's. Throws SourceError that says what to do, or
     // std::system_error when a temporary file cannot be written.
     explicit SourceList(const std::vector<std::string>& arguments, int standardInput = 0);
+    explicit SourceList(const std::vector<std::shared_ptr<const MadeSource>>& made);
 
     // Valid as long as the list, which removes its temporary files when it goes.
     const std::vector<Source>& Sources() const { return m_sources; }

@@ -25,8 +25,13 @@ WalkStep SourceWalk::NextSource() {
     }
     const Source& listed = m_sources.Sources()[m_next++];
     m_source.reset();
-    m_file.emplace(listed.path, listed.name);
-    m_source = OpenRecordSource(*m_file, Reading());
+    m_file.reset();
+    if (listed.made != nullptr) {
+        m_source = listed.made->Open();
+    } else {
+        m_file.emplace(listed.path, listed.name);
+        m_source = OpenRecordSource(*m_file, Reading());
+    }
     m_inData = !m_source->IsConfiguration();
     if (m_inData) {
         return WalkStep::Data;
@@ -51,7 +56,13 @@ WalkStep SourceWalk::NextRecord() {
 
 void SourceWalk::LeaveSource() {
     if (std::exchange(m_inData, false)) {
-        m_bytesBefore += m_sources.Sources()[m_next - 1].size;
+        m_bytesBefore += Listed().size;
+    }
+}
+
+void SourceWalk::RequireUnchanged() const {
+    if (m_file) {
+        m_file->RequireUnchanged();
     }
 }
 
@@ -72,7 +83,8 @@ void SourceWalk::RequireUsableData() const {
 
 recorddb::journal::JournalKey SourceWalk::Key(const recorddb::schema::RecordType& type) const {
     const auto isField = [&type](std::string_view name) { return type.FindField(name) != nullptr; };
-    return {m_file->Sha256(), m_configuration.Fingerprint(isField)};
+    return {m_file ? m_file->Sha256() : Listed().made->Sha256(),
+            m_configuration.Fingerprint(isField)};
 }
 
 std::string SourceWalk::IdIn(std::string_view raw) const {
@@ -81,6 +93,9 @@ std::string SourceWalk::IdIn(std::string_view raw) const {
 }
 
 WholePacket SourceWalk::ReadWhole() const {
+    if (!m_file) {
+        return Listed().made->Open()->ReadWhole();
+    }
     SourceReading reading;
     reading.limits = m_options.limits;
     return OpenRecordSource(*m_file, std::move(reading))->ReadWhole();

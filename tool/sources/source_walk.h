@@ -52,9 +52,11 @@ class SourceWalk {
     void LeaveSource();
 
     // The current source, from its first step to that of the next one.
-    const std::string& SourceName() const { return m_file->Name(); }
+    // Whether it was made of other files, through a map.
+    bool IsMade() const { return Listed().made != nullptr; }
+    const std::string& SourceName() const { return Listed().name; }
     // Throws SourceChanged when the file is no longer what it was when it was opened.
-    void RequireUnchanged() const { m_file->RequireUnchanged(); }
+    void RequireUnchanged() const;
 
     // The configuration in force, made of all that came so far; and the latest configuration
     // packet, valid until the next step.
@@ -89,11 +91,12 @@ class SourceWalk {
     WalkStep NextSource();
     WalkStep NextRecord();
     SourceReading Reading() const;
+    const Source& Listed() const { return m_sources.Sources()[m_next - 1]; }
 
     const SourceList& m_sources;
     WalkOptions m_options;
-    std::size_t m_next = 0;  // source
-    std::optional<SourceFile> m_file;
+    std::size_t m_next = 0;            // source
+    std::optional<SourceFile> m_file;  // nothing for a source without one
     std::unique_ptr<RecordSource> m_source;
     bool m_inData = false;
     std::uint64_t m_bytesBefore = 0;  // sizes of the sources dealt with

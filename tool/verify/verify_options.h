@@ -15,6 +15,7 @@ namespace tool {
 struct VerifyOptions {
     std::string database;
     std::vector<std::string> sources;
+    std::string map;                    // file; empty: the sources are packets
     std::filesystem::path attachments;  // folder; empty for none
     std::int64_t maxAttachmentSize = recorddb::kDefaultMaxAttachmentSize;
     std::int64_t maxReferenceTries = recorddb::kDefaultMaxReferenceTries;

@@ -10,6 +10,12 @@
 namespace tool {
 
 std::string VerifySummary::Verdict() const {
+    if (Verified() && leftOut > 0) {
+        return fmt::format(
+            "Verified but for {} left out by the map: everything else in the "
+            "sources is in the database{}.",
+            CountOf(leftOut, "value"), exact ? ", and nothing else" : "");
+    }
     if (Verified()) {
         return exact ? "Verified: everything in the sources is in the database, and nothing else."
                      : "Verified: everything in the sources is in the database.";

@@ -35,6 +35,7 @@ struct VerifySummary {
     std::uint64_t unusedContents = 0;  // contents that no attachment has, which is no fault
     std::uint64_t unusedBytes = 0;     // in them
     bool exact = false;                // what is in no source was looked for
+    std::uint64_t leftOut = 0;         // values of the sources that a map leaves out on purpose
     double seconds = 0;                // time it took
     std::vector<VerifiedType> types;
 

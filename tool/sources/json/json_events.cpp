@@ -8,7 +8,7 @@ namespace tool {
 namespace {
 
 template <typename Number>
-std::string_view TextOf(Number value, std::array<char, 24>& buffer) {
+std::string_view TextOfNumber(Number value, std::array<char, 24>& buffer) {
     const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value).ptr;
     return {buffer.data(), static_cast<std::size_t>(end - buffer.data())};
 }
@@ -19,12 +19,12 @@ std::string_view TextOf(Number value, std::array<char, 24>& buffer) {
 // text follows from the number. The exception is "-0", which comes as a signed 0, alone of all.
 bool JsonEvents::number_integer(number_integer_t value) {
     std::array<char, 24> buffer{};
-    return Value(RowTree::Kind::Number, value == 0 ? "-0" : TextOf(value, buffer));
+    return Value(RowTree::Kind::Number, value == 0 ? "-0" : TextOfNumber(value, buffer));
 }
 
 bool JsonEvents::number_unsigned(number_unsigned_t value) {
     std::array<char, 24> buffer{};
-    return Value(RowTree::Kind::Number, TextOf(value, buffer));
+    return Value(RowTree::Kind::Number, TextOfNumber(value, buffer));
 }
 
 // The parser's message begins with its own name and with a place that counts from where it began

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "tool/packet/record_cutter.h"
+#include "tool/sources/kind/source_values.h"
 
 namespace tool {
 
@@ -19,12 +20,21 @@ struct SourceRecord {
     std::string_view raw;
     std::string_view source;    // name of the source; valid as long as that is open
     std::uint64_t ordinal = 0;  // its number in the source, from 0
-    std::uint64_t line = 0;     // line of its first byte, from 1
-    std::uint64_t offset = 0;   // place of its first byte in the source
+    // What it was made of, where it does not stand in the source itself: the "row" or "element" of
+    // a file with that number, from 1.
+    std::string_view unit = "record";
+    std::uint64_t number = 0;
+    std::uint64_t line = 0;    // line of its first byte, from 1
+    std::uint64_t offset = 0;  // place of its first byte in the source
     RecordDefect defect = RecordDefect::None;
     std::string error;         // what the defect is and where, for people; empty without one
     bool openSection = false;  // a comment, CDATA section or instruction in it does not close
     bool guarded = false;      // its values are, in `packet` and in `raw`
+    // What it says, where that was not read from a packet. Valid until the next record is read.
+    const SourceValues* values = nullptr;
+
+    // The number that people know it by.
+    std::uint64_t Number() const { return number > 0 ? number : ordinal + 1; }
 };
 
 // All records of a source as one packet.

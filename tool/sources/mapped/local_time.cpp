@@ -10,6 +10,8 @@
 #include <chrono>
 #include <optional>
 
+#include "tool/packet/importer_text.h"
+
 namespace tool {
 
 namespace {
@@ -201,7 +203,7 @@ bool ReadIso(DateParts& parts) {
     return parts.AtEnd() || (parts.Offset() && parts.AtEnd());
 }
 
-std::string TextOf(std::int64_t seconds) {
+std::string TextOfTime(std::int64_t seconds) {
     using namespace std::chrono;
     const sys_seconds moment{std::chrono::seconds(seconds)};
     const auto days = floor<std::chrono::days>(moment);
@@ -230,7 +232,7 @@ MadeDate Convert(const DateParts& parts, std::string_view text, const LocalZone&
             return made;
         }
     }
-    made.text = TextOf(*seconds);
+    made.text = TextOfTime(*seconds);
     return made;
 }
 
@@ -258,17 +260,8 @@ MadeDate ReadEpoch(std::string_view text, bool isMillis) {
             fmt::format("\"{}\" is no time in {}seconds since 1970", text, isMillis ? "milli" : "");
         return made;
     }
-    made.text = TextOf(seconds);
+    made.text = TextOfTime(seconds);
     return made;
-}
-
-std::string_view WithoutOuterBlanks(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r\n";
-    const std::size_t begin = text.find_first_not_of(blanks);
-    if (begin == text.npos) {
-        return {};
-    }
-    return text.substr(begin, text.find_last_not_of(blanks) + 1 - begin);
 }
 
 }  // namespace
@@ -315,7 +308,7 @@ LocalZone::Answer LocalZone::ToUtc(std::int64_t& seconds) const {
 
 MadeDate ReadDate(std::string_view text, const std::vector<std::string>& formats,
                   const LocalZone& zone) {
-    const std::string_view trimmed = WithoutOuterBlanks(text);
+    const std::string_view trimmed = Trimmed(text);
     if (formats.empty()) {
         DateParts parts(trimmed);
         if (!ReadIso(parts) || parts.HasOffset() || !parts.Seconds()) {

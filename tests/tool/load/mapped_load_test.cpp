@@ -1,0 +1,116 @@
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <sstream>
+#include <string>
+
+#include "load_fixture.h"
+#include "tool/commands/check_command.h"
+#include "tool/commands/verify_command.h"
+#include "tool/io/source_error.h"
+
+namespace tool {
+namespace {
+
+using testing::HasSubstr;
+
+constexpr const char* kMap = R"(map: 1
+sources: {bugs: {files: bugs.csv}}
+steps:
+- {records: user, source: bugs, each: [Who], same_key: first, key: login, fields: {login: .}}
+- {records: bug, source: bugs, key: source_id, fields: {source_id: Nr, title: Title, owner: Who}}
+)";
+
+class MappedLoad : public LoadFixture {
+  protected:
+    MappedLoad() { m_options.map = m_folder.Write("map.yaml", kMap); }
+
+    int Verify(const std::string& source) {
+        VerifyOptions options;
+        options.database = m_database;
+        options.map = m_options.map;
+        options.sources = {source};
+        std::ostringstream out;
+        std::ostringstream err;
+        const int code = RunVerify(options, out, err);
+        m_verified = out.str() + err.str();
+        return code;
+    }
+
+    std::string m_verified;
+};
+
+TEST_F(MappedLoad, MakesRecordsOfRowsOnce) {
+    const std::string source = m_folder.Write("bugs.csv", "Nr,Title,Who\n1,a&lt;b,ann\n2,c,ann\n");
+    EXPECT_EQ(Load({source}), 0) << Said();
+    EXPECT_EQ(Query("SELECT title FROM bug ORDER BY source_id"), "a&lt;b\nc");
+    EXPECT_EQ(Query("SELECT count(*) FROM \"user\""), "1");
+    EXPECT_EQ(Load({source}), 0);
+    EXPECT_THAT(Said(), HasSubstr("already loaded (2 records)"));
+    EXPECT_EQ(Query("SELECT count(*) FROM bug"), "2");
+    EXPECT_EQ(Verify(source), 0) << m_verified;
+    EXPECT_THAT(m_verified, HasSubstr("Verified: everything in the sources is in the database."));
+}
+
+TEST_F(MappedLoad, SetsRejectedRowsAsideWithTheirPlaces) {
+    m_options.rejects = m_folder.File("rejects");
+    const std::string source = m_folder.Write("bugs.csv", "Nr,Title,Who\n1,a,ann\n1,b,ann\n2\n");
+    EXPECT_EQ(Load({source}), 1);
+    EXPECT_THAT(Said(), HasSubstr("bugs.csv, row 2 (1), line 3: its key \"1\" came before, in "));
+    EXPECT_THAT(Said(), HasSubstr("bugs.csv, row 3, line 4: it has 1 cell, and the header has 3"));
+    EXPECT_EQ(Query("SELECT title FROM bug"), "a");
+    EXPECT_TRUE(std::filesystem::exists(m_options.rejects / "0002-records.xml"));
+}
+
+TEST_F(MappedLoad, WarnsOfColumnsThatNobodyReads) {
+    const std::string source = m_folder.Write("bugs.csv", "Nr,Title,Who,Cost\n1,a,ann,7\n");
+    EXPECT_EQ(Load({source}), 0);
+    EXPECT_THAT(Said(), HasSubstr("warning: "));
+    EXPECT_THAT(Said(), HasSubstr("no step reads Cost of bugs (1 value, first in "));
+    EXPECT_THAT(Said(), HasSubstr("ignore: [\"Cost\"]   # of source bugs"));
+    EXPECT_EQ(Verify(source), 1);
+    EXPECT_THAT(m_verified, HasSubstr("NOT verified"));
+    std::ostringstream out;
+    std::ostringstream err;
+    m_options.sources = {source};
+    EXPECT_EQ(RunCheck(m_options, out, err), 1);
+}
+
+TEST_F(MappedLoad, VerifiesButForWhatTheMapLeavesOut) {
+    std::string map = kMap;
+    map.replace(map.find("files: bugs.csv"), 15, "files: bugs.csv, ignore: Cost");
+    m_folder.Write("map.yaml", map);
+    const std::string source = m_folder.Write("bugs.csv", "Nr,Title,Who,Cost\n1,a,ann,7\n");
+    EXPECT_EQ(Load({source}), 0);
+    EXPECT_EQ(Verify(source), 0) << m_verified;
+    EXPECT_THAT(m_verified, HasSubstr("Verified but for 1 value left out by the map"));
+}
+
+TEST_F(MappedLoad, FindsWhatChangedInTheDatabase) {
+    const std::string source = m_folder.Write("bugs.csv", "Nr,Title,Who\n1,a,ann\n");
+    EXPECT_EQ(Load({source}), 0);
+    Execute("UPDATE bug SET title = 'b'");
+    EXPECT_EQ(Verify(source), 1);
+    EXPECT_THAT(m_verified, HasSubstr("source \"a\", database \"b\""));
+}
+
+TEST_F(MappedLoad, RefusesToGoOnWithAnotherMap) {
+    m_options.maxRejects = 0;
+    const std::string source =
+        m_folder.Write("bugs.csv", "Nr,Title,Who\n1,a,ann\n1,b,ann\n2,c,d\n");
+    Load({source});
+    EXPECT_THAT(Said(), HasSubstr("Stopped"));
+    std::string map = kMap;
+    map.replace(map.find("title: Title"), 12, "title: {from: Title, case: upper}");
+    m_folder.Write("map.yaml", map);
+    try {
+        Load({source});
+        FAIL() << Said();
+    } catch (const SourceChanged& error) {
+        EXPECT_THAT(error.what(), HasSubstr("the map, or a file that it reads, has changed since"));
+        EXPECT_THAT(error.what(), HasSubstr("make a new database"));
+    }
+}
+
+}  // namespace
+}  // namespace tool

@@ -1,0 +1,393 @@
+#include "tool/sources/mapped/map_run.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "temporary_folder.h"
+#include "tool/io/source_error.h"
+#include "tool/map/map_check.h"
+#include "tool/map/map_reader.h"
+
+namespace tool {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr const char* kSchema = R"(
+record_types:
+  user: {key: [login], fields: {login: {type: text}, name: {type: text}}}
+  bug:
+    prefix: BUG
+    states: [NEW, CLOSED]
+    fields:
+      source_id: {type: text, unique: true}
+      title: {type: text}
+      opened: {type: datetime}
+      owner: {type: reference, to: user}
+      cc: {type: reference_list, to: user}
+      files: {type: attachments}
+      log: {type: history}
+)";
+
+// Runs a map over files in a temporary folder.
+class MapRunTest : public testing::Test {
+  protected:
+    // What each step makes: the records as name=value, lists in brackets, "!" before an error.
+    std::vector<std::vector<std::string>> Run(const std::string& map) {
+        m_map = ReadMap("map: 1\n" + map, "map.yaml");
+        CheckMap(m_map, m_schema);
+        MapRun::Options options;
+        options.exists = [this](const auto& /*type*/, const auto& /*field*/,
+                                const std::string& value) { return value == m_existing; };
+        MapRun run(m_map, m_schema, FindMapInputs(m_map, {m_folder.Path().string()}),
+                   std::move(options));
+        EXPECT_TRUE(run.Run());
+        m_findings.clear();
+        for (const MapFinding& finding : run.Findings().all) {
+            m_findings.push_back(finding.kind + ": " + Shortened(finding.text));
+        }
+        m_hashes.clear();
+        std::vector<std::vector<std::string>> steps;
+        for (const auto& source : run.Sources()) {
+            const auto reading = source->Open();
+            m_hashes.push_back(source->Sha256());
+            if (reading->IsConfiguration()) {
+                m_configurations.push_back(reading->ReadConfiguration());
+                continue;
+            }
+            steps.emplace_back();
+            SourceRecord record;
+            while (reading->NextRecord(record)) {
+                steps.back().push_back(Shown(record));
+            }
+        }
+        return steps;
+    }
+
+    // One step that makes bugs of bugs.csv.
+    std::vector<std::string> Bugs(const std::string& fields, const std::string& more = "") {
+        return Run("sources: {bugs: {files: bugs.csv}}\n"
+                   "steps:\n- records: bug\n  source: bugs\n  key: source_id\n" +
+                   more + "  fields: {source_id: Nr" + fields + "}\n")
+            .front();
+    }
+
+    std::string Shortened(std::string text) const {
+        const std::string folder = m_folder.Path().string() + "/";
+        for (std::size_t at = text.find(folder); at != text.npos; at = text.find(folder)) {
+            text.erase(at, folder.size());
+        }
+        return text;
+    }
+
+    std::string Shown(const SourceRecord& record) const {
+        std::string text = record.error.empty() ? "" : "! " + Shortened(record.error) + ":";
+        for (const SourceField& field : record.values->fields) {
+            std::string value;
+            for (const std::string& item : field.values) {
+                value += (value.empty() ? "" : "|") + item;
+            }
+            text += (text.empty() ? "" : " ") + field.name + "=" +
+                    (field.isList ? "[" + value + "]" : value);
+        }
+        for (const SourceHistoryEntry& entry : record.values->history) {
+            text += " <" + entry.id + "," + entry.when + "," + entry.who + ">";
+        }
+        for (const SourceAttachment& file : record.values->attachments) {
+            text += " <" + file.id + "," + file.path + "," + file.description + ">";
+        }
+        return text;
+    }
+
+    const TemporaryFolder m_folder;
+    const recorddb::schema::Schema m_schema = recorddb::schema::ReadSchema(kSchema, "schema.yaml");
+    MapFile m_map;
+    std::string m_existing;  // a value that the database has
+    std::vector<std::string> m_findings;
+    std::vector<std::string> m_hashes;
+    std::vector<std::string> m_configurations;
+};
+
+TEST_F(MapRunTest, GivesFieldsTheValuesOfColumns) {
+    m_folder.Write("bugs.csv", "Nr,Title\n1,one\n2,\n");
+    EXPECT_THAT(Bugs(", title: Title"), ElementsAre("source_id=1 title=one", "source_id=2"));
+    EXPECT_THAT(m_findings, IsEmpty());
+}
+
+TEST_F(MapRunTest, TakesTheFirstAddressThatHasAValue) {
+    m_folder.Write("bugs.csv", "Nr,A,B\n1,,b\n2,n/a,b\n3,a,b\n4,,\n");
+    EXPECT_THAT(Bugs(", title: {from: [A, B], null_if: n/a, default: none}"),
+                ElementsAre("source_id=1 title=b", "source_id=2 title=b", "source_id=3 title=a",
+                            "source_id=4 title=none"));
+}
+
+TEST_F(MapRunTest, FillsTemplatesUnlessAPartIsMissing) {
+    m_folder.Write("bugs.csv", "Nr,A\n1,x\n2,\n");
+    EXPECT_THAT(Bugs(", title: {text: '{A}-{Nr}{{}}'}"),
+                ElementsAre("source_id=1 title=x-1{}", "source_id=2"));
+}
+
+TEST_F(MapRunTest, ChangesTextsInOneOrderWhateverTheOrderInTheMap) {
+    m_folder.Write("bugs.csv", "Nr,A\n1, Old-Text \n");
+    EXPECT_THAT(Bugs(", title: {table: {old text: new text}, case: lower, replace: {-: ' '}, "
+                     "cut: 7, trim: true, from: A}"),
+                ElementsAre("source_id=1 title=new tex"));
+    EXPECT_THAT(m_findings,
+                ElementsAre("cut-text: records: bug, field title: 1 text cut, first in bugs.csv, "
+                            "row 1 (line 2)"));
+}
+
+TEST_F(MapRunTest, ChangesTheCaseOfAllLetters) {
+    m_folder.Write("bugs.csv", "Nr,A\n1,ÄrgER\n");
+    EXPECT_THAT(Bugs(", title: {from: A, case: lower}"), ElementsAre("source_id=1 title=ärger"));
+    EXPECT_THAT(Bugs(", title: {from: A, case: upper}"), ElementsAre("source_id=1 title=ÄRGER"));
+}
+
+TEST_F(MapRunTest, SaysWhichValuesATableLacks) {
+    m_folder.Write("bugs.csv", "Nr,A\n1,x\n2,y\n3,y\n4,z\n");
+    EXPECT_THAT(Bugs(", title: {from: A, table: {x: X}}"),
+                ElementsAre("source_id=1 title=X",
+                            "! title: the table of records: bug, field title has no value for "
+                            "\"y\": source_id=2",
+                            "! title: the table of records: bug, field title has no value for "
+                            "\"y\": source_id=3",
+                            "! title: the table of records: bug, field title has no value for "
+                            "\"z\": source_id=4"));
+    EXPECT_THAT(m_findings,
+                ElementsAre("unknown-value: the table of records: bug, field title lacks 2 values, "
+                            "in 3 places, first in bugs.csv, row 2 (line 3)"));
+    EXPECT_THAT(Bugs(", title: {from: A, table: {x: X}, unknown: keep}").at(1),
+                "source_id=2 title=y");
+    EXPECT_THAT(Bugs(", title: {from: A, table: {x: X}, unknown: leave_out}").at(1), "source_id=2");
+    EXPECT_THAT(Bugs(", title: {from: A, table: {x: X}, unknown: other}").at(1),
+                "source_id=2 title=other");
+}
+
+TEST_F(MapRunTest, ReadsDatesOfAZone) {
+    m_folder.Write("bugs.csv",
+                   "Nr,A\n1,2.5.2023 07:51\n2,26.03.2023 02:30\n3,29.10.2023 02:30\n"
+                   "4,tomorrow\n");
+    EXPECT_THAT(Bugs(", opened: {from: A, date: '%d.%m.%Y %H:%M', zone: Europe/Berlin}"),
+                ElementsAre("source_id=1 opened=2023-05-02 05:51:00",
+                            "! opened: the clocks skipped the time \"26.03.2023 02:30\" when they "
+                            "were put forward: source_id=2",
+                            "source_id=3 opened=2023-10-29 00:30:00",
+                            "! opened: \"tomorrow\" is no date of the format %d.%m.%Y %H:%M: "
+                            "source_id=4"));
+    EXPECT_THAT(m_findings, ElementsAre(HasSubstr("doubled-time: records: bug, field opened: 1 ")));
+}
+
+TEST_F(MapRunTest, TakesListsWhereTheFieldIsOne) {
+    m_folder.Write("bugs.csv", "Nr,A,B,B\n1,\"x, y,\",p,q\n");
+    EXPECT_THAT(Bugs(", cc: {from: A, split: ','}, title: {from: B, join: +}"),
+                ElementsAre("source_id=1 cc=[x|y] title=p+q"));
+    EXPECT_THAT(Bugs(", cc: {from: A, split: ','}, title: {from: {column: 4}}"),
+                ElementsAre("source_id=1 cc=[x|y] title=q"));
+    EXPECT_THAT(Bugs(", title: B"),
+                ElementsAre("! title: it has 2 values, where one is expected; join them, or pick "
+                            "one: source_id=1"));
+}
+
+TEST_F(MapRunTest, MakesOneRecordOfEachItem) {
+    m_folder.Write("bugs.csv", "Nr,A,B,C\n1,ann,bob,\"eve, dan\"\n2,bob,,eve\n3,n/a,,\n");
+    EXPECT_THAT(Run("null_if: n/a\nsources: {bugs: {files: bugs.csv}}\n"
+                    "steps:\n- records: user\n  source: bugs\n  key: login\n  same_key: first\n"
+                    "  each: [A, B, {from: C, split: ','}]\n  fields: {login: .}\n")
+                    .front(),
+                ElementsAre("login=ann", "login=bob", "login=eve", "login=dan"));
+    EXPECT_THAT(m_findings,
+                ElementsAre("unread-address: no step reads Nr of bugs (3 values, first in "
+                            "bugs.csv, row 1 (line 2))",
+                            "repeated-key: records: user: 2 keys came again, and the first of each "
+                            "was taken"));
+}
+
+TEST_F(MapRunTest, TellsWhatEachSameKeyDoes) {
+    m_folder.Write("bugs.csv", "Nr,A,B\n1,a,x\n2,b,y\n1,c,z\n1,a,x\n");
+    EXPECT_THAT(Bugs(", title: A, cc: B"),
+                ElementsAre("source_id=1 title=a cc=[x]", "source_id=2 title=b cc=[y]",
+                            "! its key \"1\" came before, in bugs.csv, row 1 (line 2): source_id=1 "
+                            "title=c cc=[z]",
+                            "! its key \"1\" came before, in bugs.csv, row 1 (line 2): source_id=1 "
+                            "title=a cc=[x]"));
+    EXPECT_THAT(Bugs(", title: A, cc: B", "  same_key: first\n"),
+                ElementsAre("source_id=1 title=a cc=[x]", "source_id=2 title=b cc=[y]"));
+    EXPECT_THAT(m_findings,
+                ElementsAre(HasSubstr("repeated-key: records: bug: 2 keys came again"),
+                            "different-repeat: records: bug: 1 key came again and said something "
+                            "else: \"1\" of bugs.csv, row 1 (line 2), and differs in bugs.csv, row "
+                            "3 (line 4)"));
+    EXPECT_THAT(Bugs(", title: A, cc: B", "  same_key: merge\n"),
+                ElementsAre("source_id=1 title=a cc=[x|z]", "source_id=2 title=b cc=[y]"));
+}
+
+TEST_F(MapRunTest, GathersTheHistoryOfARecordFromAllRows) {
+    m_folder.Write("log.csv", "Id,Bug,When\n1,7,2023-01-01\n2,8,2023-01-01\n3,7,2023-01-02\n");
+    EXPECT_THAT(Run("sources: {log: {files: log.csv}}\n"
+                    "steps:\n- history: bug\n  source: log\n  key: source_id\n"
+                    "  fields: {source_id: Bug, id: Id, when: When, who: {value: x}}\n")
+                    .front(),
+                ElementsAre("source_id=7 <1,2023-01-01 00:00:00,x> <3,2023-01-02 00:00:00,x>",
+                            "source_id=8 <2,2023-01-01 00:00:00,x>"));
+}
+
+TEST_F(MapRunTest, CutsALongHistoryIntoPortions) {
+    std::string rows = "Id,Bug,When\n";
+    for (int id = 0; id < 1003; ++id) {
+        rows += std::to_string(id) + (id == 500 ? ",8" : ",7") + ",2023-01-01\n";
+    }
+    m_folder.Write("log.csv", rows);
+    const auto records = Run("sources: {log: {files: log.csv}}\n"
+                             "steps:\n- history: bug\n  source: log\n  key: source_id\n"
+                             "  fields: {source_id: Bug, id: Id, when: When}\n")
+                             .front();
+    ASSERT_EQ(records.size(), 3U);
+    const auto entries = [&](std::size_t record) {
+        return std::count(records[record].begin(), records[record].end(), '<');
+    };
+    EXPECT_EQ(entries(0), 501);
+    EXPECT_EQ(entries(1), 501);
+    EXPECT_EQ(entries(2), 1);
+}
+
+TEST_F(MapRunTest, ReadsItemsOfJsonDocuments) {
+    m_folder.Write("a.json", R"({"key":"B-1","users":[{"id":"ann","name":"Ann"},null],
+        "files":[{"id":1,"name":"x/y"},{"id":2,"name":"z"}],"more":{"a":[{"b":1},{"c":2}]}})");
+    EXPECT_THAT(
+        Run("sources: {docs: {files: '*.json', ignore: more/a/*/c}}\n"
+            "steps:\n"
+            "- {records: user, source: docs, key: login, each: 'users/*', "
+            "fields: {login: id, name: name}}\n"
+            "- {attachments: bug, source: docs, key: source_id, each: 'files/*', field: files, "
+            "fields: {source_id: /key, id: id, path: {text: '{/key}/{id}/{name}'}}}\n"),
+        ElementsAre(ElementsAre("login=ann name=Ann"),
+                    ElementsAre("source_id=B-1 <1,B-1/1/x/y,> <2,B-1/2/z,>")));
+    EXPECT_THAT(m_findings,
+                ElementsAre("unread-address: no step reads more/a/*/b of docs (1 value, first in "
+                            "a.json, element 1 (line 1))",
+                            "ignored-address: more/a/*/c of docs is left out by the map (1 "
+                            "value)"));
+}
+
+TEST_F(MapRunTest, LeavesOutReferencesToWhatIsNowhere) {
+    m_folder.Write("bugs.csv", "Nr,A\n1,\"2, 3, 4\"\n2,1\n");
+    m_folder.Write("users.csv", "Login\n2\n");
+    m_existing = "4";
+    EXPECT_THAT(Run("sources: {bugs: {files: bugs.csv}, users: {files: users.csv}}\nsteps:\n"
+                    "- {records: bug, source: bugs, key: source_id, fields: {source_id: Nr, "
+                    "cc: {from: A, split: ',', known_only: true}}}\n"
+                    "- {records: user, source: users, key: login, fields: {login: Login}}\n"
+                    "- {duplicates: bug, source: bugs, key: source_id, fields: {source_id: Nr, "
+                    "duplicate_of: {from: A, known_only: true}}}\n"),
+                ElementsAre(ElementsAre("source_id=1 cc=[2|4]", "source_id=2"),
+                            ElementsAre("login=2"), ElementsAre("source_id=2 duplicate_of=1")));
+    EXPECT_THAT(m_findings, ElementsAre(HasSubstr("left-out: duplicates: bug, field duplicate_of: "
+                                                  "1 reference"),
+                                        HasSubstr("left-out: records: bug, field cc: 2 ")));
+}
+
+TEST_F(MapRunTest, PassesOverRowsForWhichATestFails) {
+    m_folder.Write("bugs.csv", "Nr,A\n1,x\n2,y\n3,\n");
+    EXPECT_THAT(Bugs("", "  when: [{from: A, has_value: true}, {from: A, is_not: y}]\n"),
+                ElementsAre("source_id=1"));
+    EXPECT_THAT(m_findings, ElementsAre("passed-over: records: bug: 2 rows passed over by 'when'"));
+    EXPECT_THAT(Bugs("", "  when: [{from: A, not_in: [x, y]}]\n"), ElementsAre("source_id=3"));
+}
+
+TEST_F(MapRunTest, RejectsARowThatCannotBeReadOnce) {
+    m_folder.Write("bugs.csv", "Nr\n1\n2,3\n");
+    EXPECT_THAT(Run("sources: {bugs: {files: bugs.csv}}\nsteps:\n"
+                    "- {records: user, source: bugs, key: login, fields: {login: Nr}}\n"
+                    "- {records: bug, source: bugs, key: source_id, fields: {source_id: Nr}}\n"),
+                ElementsAre(ElementsAre("login=1", "! it has 2 cells, and the header has 1:"),
+                            ElementsAre("source_id=1")));
+}
+
+TEST_F(MapRunTest, RejectsARecordWithoutAKeyAndAnObjectInThePlaceOfAValue) {
+    m_folder.Write("a.jsonl", "{\"t\":\"x\",\"k\":null}\n{\"k\":1,\"t\":{}}\n");
+    EXPECT_THAT(Run("sources: {a: {files: a.jsonl}}\nsteps:\n"
+                    "- {records: bug, source: a, key: source_id, fields: {source_id: k, "
+                    "title: t}}\n")
+                    .front(),
+                ElementsAre("! source_id: it has no value, and records are known by it: title=x",
+                            "! title: at t stands an object or a list, where one value is "
+                            "expected: source_id=1"));
+}
+
+TEST_F(MapRunTest, ReplacesOrRejectsControlCharactersWhereTheMapSaysSo) {
+    m_folder.Write("bugs.csv", "Nr,A\n1,x\x0Cy\n");
+    EXPECT_THAT(Bugs(", title: A"), ElementsAre("source_id=1 title=x\x0Cy"));
+    const std::string rest =
+        "sources: {bugs: {files: bugs.csv}}\nsteps:\n- {records: bug, source: "
+        "bugs, key: source_id, fields: {source_id: Nr, title: A}}\n";
+    EXPECT_THAT(Run("forbidden_characters: replace\n" + rest).front(),
+                ElementsAre("source_id=1 title=x\xEF\xBF\xBDy"));
+    EXPECT_THAT(m_findings,
+                ElementsAre(HasSubstr("replaced-character: records: bug, field title")));
+    EXPECT_THAT(Run("forbidden_characters: reject\n" + rest).front(),
+                ElementsAre("! title: it holds the control character U+000C, and the map rejects "
+                            "such: source_id=1"));
+}
+
+TEST_F(MapRunTest, TellsOfAddressesThatNoRowHas) {
+    m_folder.Write("a.jsonl", "{\"k\":1}\n");
+    Run("sources: {a: {files: a.jsonl, ignore: gone}}\nsteps:\n"
+        "- {records: bug, source: a, key: source_id, fields: {source_id: k, title: titel, "
+        "owner: {from: who, optional: true}}}\n");
+    EXPECT_THAT(m_findings,
+                ElementsAre(HasSubstr("no row of a has titel; correct it, or say optional: true"),
+                            HasSubstr("no row of a has gone, which is to be ignored")));
+}
+
+TEST_F(MapRunTest, RefusesAHeaderWithoutAColumnThatIsRead) {
+    m_folder.Write("bugs.csv", "Nr\n1\n");
+    try {
+        Bugs(", title: Titel");
+        FAIL() << "no error";
+    } catch (const SourceError& error) {
+        EXPECT_THAT(error.what(), HasSubstr("bugs.csv: there is no column \"Titel\", which "
+                                            "map.yaml:7:34 reads; its columns are Nr. "));
+    }
+    EXPECT_THAT(Bugs(", title: {from: Titel, optional: true}"), ElementsAre("source_id=1"));
+}
+
+TEST_F(MapRunTest, RefusesAPatternWithoutAFile) {
+    m_folder.Write("bugs.txt", "Nr\n1\n");
+    EXPECT_THROW(Bugs(""), SourceError);
+}
+
+TEST_F(MapRunTest, MakesTheSamePacketsOfTheSameRows) {
+    m_folder.Write("bugs.csv", "Nr,A\n1,x\n1,y\n");
+    Bugs(", title: A");
+    const std::vector<std::string> hashes = m_hashes;
+    Bugs(", title: A");
+    EXPECT_EQ(m_hashes, hashes);
+    Bugs(", title: {from: A, case: upper}");
+    EXPECT_NE(m_hashes, hashes);
+}
+
+TEST_F(MapRunTest, MapsEachReferenceInItsConfiguration) {
+    m_folder.Write("bugs.csv", "Nr,A\n1,x\n");
+    Bugs(", owner: A, cc: {from: A, by: name}");
+    EXPECT_THAT(m_configurations.at(0),
+                HasSubstr("<mapping target_field=\"owner\" reference_field=\"login\"/>"));
+    EXPECT_THAT(m_configurations.at(0),
+                HasSubstr("<mapping target_field=\"cc\" reference_field=\"name\"/>"));
+}
+
+TEST(FitsPattern, KnowsStars) {
+    EXPECT_TRUE(FitsPattern("a/b-1/c.json", "*/*-*/*.json"));
+    EXPECT_FALSE(FitsPattern("a/b/c.json", "*/*-*/*.json"));
+    EXPECT_FALSE(FitsPattern("c.json", "*/*.json"));
+    EXPECT_TRUE(FitsPattern("c.json", "**/*.json"));
+    EXPECT_TRUE(FitsPattern("a/b/c.json", "**/c.json"));
+}
+
+}  // namespace
+}  // namespace tool

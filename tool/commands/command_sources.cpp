@@ -1,0 +1,58 @@
+#include "tool/commands/command_sources.h"
+
+#include <memory>
+
+#include "recorddb/reader.h"
+#include "tool/map/map_check.h"
+#include "tool/map/map_reader.h"
+#include "tool/sources/mapped/map_run.h"
+
+namespace tool {
+
+CommandSources::CommandSources(const std::vector<std::string>& arguments, const std::string& map)
+    : m_mapName(map) {
+    if (map.empty()) {
+        m_list.emplace(arguments);
+        return;
+    }
+    m_map = ReadMapFile(map);
+    m_inputs = FindMapInputs(*m_map, arguments);
+}
+
+std::vector<Source> CommandSources::Files() const {
+    if (!m_map) {
+        return m_list->Sources();
+    }
+    std::vector<Source> files = {{m_mapName, m_mapName, 0, nullptr}};
+    for (const MapInput& input : m_inputs.inputs) {
+        files.push_back({input.path == "-" ? "/dev/stdin" : input.path, input.name, 0, nullptr});
+    }
+    return files;
+}
+
+bool CommandSources::Open(recorddb::Database& database, const RecordLimits& limits,
+                          bool findsFast) {
+    if (!m_map) {
+        return true;
+    }
+    CheckMap(*m_map, database.GetSchema());
+    recorddb::RecordReader reader(database);
+    MapRun::Options options;
+    options.limits = {.size = limits.size, .depth = limits.depth};
+    options.exists = [&](const recorddb::schema::RecordType& type,
+                         const recorddb::schema::Field& field, const std::string& value) {
+        if (findsFast) {
+            database.EnsureSearchIndex(type, field);
+        }
+        return !reader.FindByValue(type, field, value, 1).empty();
+    };
+    MapRun run(*m_map, database.GetSchema(), m_inputs, std::move(options));
+    if (!run.Run()) {
+        return false;
+    }
+    m_list.emplace(run.Sources());
+    m_findings = run.Findings();
+    return true;
+}
+
+}  // namespace tool

@@ -1,0 +1,36 @@
+#ifndef TOOL_SOURCES_MAPPED_MADE_RECORD_H
+#define TOOL_SOURCES_MAPPED_MADE_RECORD_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "tool/sources/kind/source_values.h"
+
+namespace tool {
+
+// Where a row stands.
+struct RowPlace {
+    std::uint32_t file = 0;  // by position among the files that are read
+    std::uint64_t number = 0;
+    std::uint64_t line = 0;
+    std::uint64_t textBegin = 0;  // of its text among the kept ones, where these are kept
+    std::uint64_t textSize = 0;
+};
+
+// What a step has made of a row, or of several.
+struct MadeRecord {
+    RowPlace place;
+    std::string key;
+    std::uint64_t first = 0;  // number of the first record of that key that the step made
+    std::string error;        // why it is rejected; empty: it is not
+    SourceValues values;      // as far as they could be made, where it is rejected
+};
+
+// A record as bytes, and back.
+void AppendRecord(const MadeRecord& record, std::string& bytes);
+void ReadRecord(std::string_view bytes, MadeRecord& record);
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,262 @@
+#include "tool/sources/mapped/step_output.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "tool/io/text_hash.h"
+
+namespace tool {
+
+namespace {
+
+// The importer takes so many entries of history from a packet, and drops what is beyond.
+constexpr std::size_t kMostEntries = 501;
+
+std::string HashOf(const MadeRecord& record) {
+    MadeRecord values;
+    values.values = record.values;
+    std::string bytes;
+    AppendRecord(values, bytes);
+    constexpr std::size_t enough = 32;
+    return HashText(bytes).substr(0, enough);
+}
+
+template <typename Item>
+void MoveTo(std::vector<Item>& to, std::vector<Item>& from) {
+    std::ranges::move(from, std::back_inserter(to));
+    from.clear();
+}
+
+}  // namespace
+
+StepOutput::StepOutput(const StepPlan& plan, std::size_t number, KeyBook& keys, MapNotes& notes,
+                       ShowPlace showPlace)
+    : m_plan(plan),
+      m_number(number),
+      m_keys(keys),
+      m_notes(notes),
+      m_showPlace(std::move(showPlace)),
+      m_spool(std::make_unique<RecordSpool>()) {}
+
+// History and attachments of one record are written together.
+bool StepOutput::Gathers() const {
+    return m_plan.step->kind == StepKind::History || m_plan.step->kind == StepKind::Attachments;
+}
+
+void StepOutput::Take(MadeRecord record) {
+    if (!record.error.empty()) {
+        record.first = m_next;
+        Add(record);
+    } else if (record.key.empty()) {
+        // It belongs to a record that is known only if it is there, and none is named.
+        m_notes.Add(MapNote::LeftOut, m_plan.FindField(m_plan.step->key)->plan.subject);
+    } else if (Gathers()) {
+        Gather(std::move(record));
+    } else {
+        TakeSingle(std::move(record));
+    }
+}
+
+void StepOutput::Add(const MadeRecord& record) {
+    ++m_next;
+    m_spool->Add(record);
+}
+
+// Rows of one record mostly follow each other. Those that do not are found by their key.
+void StepOutput::Gather(MadeRecord record) {
+    if (m_group && m_group->key != record.key) {
+        FlushGroup();
+    }
+    if (!m_group) {
+        m_group = std::move(record);
+        return;
+    }
+    MoveTo(m_group->values.history, record.values.history);
+    MoveTo(m_group->values.attachments, record.values.attachments);
+    if (m_group->values.history.size() == kMostEntries) {
+        FlushGroup();
+    }
+}
+
+void StepOutput::FlushGroup() {
+    if (!m_group) {
+        return;
+    }
+    MadeRecord record = std::move(*m_group);
+    m_group.reset();
+    record.first = m_next;
+    if (const auto known = m_keys.Note(m_number, record.key, {m_next, record.place, ""})) {
+        record.first = known->first;
+        m_hasParts = true;
+    }
+    Add(record);
+}
+
+void StepOutput::TakeSingle(MadeRecord record) {
+    record.first = m_next;
+    const auto known = m_keys.Note(m_number, record.key, {m_next, record.place, HashOf(record)});
+    if (!known) {
+        Add(record);
+        return;
+    }
+    const std::string subject =
+        fmt::format("{}: {}", StepKindName(m_plan.step->kind), m_plan.type->name);
+    switch (m_plan.step->sameKey) {
+        case SameKey::First:
+            m_notes.Add(MapNote::RepeatedKey, subject);
+            if (known->hash != HashOf(record)) {
+                m_notes.Add(MapNote::DifferentRepeat,
+                            fmt::format("{}\n\"{}\" of {}", subject, record.key,
+                                        m_showPlace(known->place)));
+            }
+            return;
+        case SameKey::Merge:
+            record.first = known->first;
+            m_hasParts = true;
+            Add(record);
+            return;
+        default:
+            record.error = fmt::format("its key \"{}\" came before, in {}", record.key,
+                                       m_showPlace(known->place));
+            Add(record);
+    }
+}
+
+std::unique_ptr<RecordSpool> StepOutput::Finish(const Exists& exists) {
+    FlushGroup();
+    m_spool->Finish();
+    std::unique_ptr<RecordSpool> records = m_hasParts ? Arranged() : std::move(m_spool);
+    m_spool.reset();
+    return m_plan.HasKnownOnly() ? Settled(*records, exists) : std::move(records);
+}
+
+// Puts together what belongs to one record, at the place of its first part.
+std::unique_ptr<RecordSpool> StepOutput::Arranged() {
+    MadeRecord part;
+    RecordSpool::Reader reader(*m_spool);
+    while (reader.Next(part)) {
+        m_keys.Add(part);
+    }
+    auto arranged = std::make_unique<RecordSpool>();
+    std::optional<MadeRecord> record;
+    while (m_keys.Next(part)) {
+        if (record && record->first == part.first) {
+            Join(*record, part);
+            continue;
+        }
+        if (record) {
+            AddJoined(*record, *arranged);
+        }
+        record = std::move(part);
+    }
+    AddJoined(*record, *arranged);
+    arranged->Finish();
+    return arranged;
+}
+
+void StepOutput::Join(MadeRecord& record, MadeRecord& part) {
+    MoveTo(record.values.history, part.values.history);
+    MoveTo(record.values.attachments, part.values.attachments);
+    if (!Gathers()) {
+        Merge(record, part);
+    }
+}
+
+// A long history becomes several records of a packet.
+void StepOutput::AddJoined(MadeRecord& record, RecordSpool& spool) const {
+    std::vector<SourceHistoryEntry>& history = record.values.history;
+    while (history.size() > kMostEntries) {
+        MadeRecord portion = record;
+        const auto rest = history.begin() + kMostEntries;
+        portion.values.history.erase(portion.values.history.begin() + kMostEntries,
+                                     portion.values.history.end());
+        history.erase(history.begin(), rest);
+        spool.Add(portion);
+    }
+    spool.Add(record);
+}
+
+// Lists unite, fields without a value are filled, and of two values the first one stays.
+void StepOutput::Merge(MadeRecord& record, MadeRecord& part) {
+    for (SourceField& field : part.values.fields) {
+        auto& fields = record.values.fields;
+        const auto found =
+            std::find_if(fields.begin(), fields.end(),
+                         [&](const SourceField& other) { return other.name == field.name; });
+        if (found == fields.end()) {
+            fields.push_back(std::move(field));
+        } else if (field.isList) {
+            for (std::string& value : field.values) {
+                if (std::find(found->values.begin(), found->values.end(), value) ==
+                    found->values.end()) {
+                    found->values.push_back(std::move(value));
+                }
+            }
+        } else if (found->values != field.values) {
+            m_notes.Add(
+                MapNote::DifferentRepeat,
+                fmt::format("{}: {}\n\"{}\" of {}, field {}, in {}",
+                            StepKindName(m_plan.step->kind), m_plan.type->name, record.key,
+                            m_showPlace(record.place), field.name, m_showPlace(part.place)));
+        }
+    }
+}
+
+std::unique_ptr<RecordSpool> StepOutput::Settled(const RecordSpool& records, const Exists& exists) {
+    auto settled = std::make_unique<RecordSpool>();
+    RecordSpool::Reader reader(records);
+    MadeRecord record;
+    while (reader.Next(record)) {
+        if (!record.error.empty() || Settle(record, exists)) {
+            settled->Add(record);
+        }
+    }
+    settled->Finish();
+    return settled;
+}
+
+// Leaves out references to what is not there. False when nothing is left to say of the record.
+bool StepOutput::Settle(MadeRecord& record, const Exists& exists) {
+    return std::all_of(m_plan.fields.begin(), m_plan.fields.end(), [&](const StepField& field) {
+        return !field.knownOnly || SettleField(record, field, exists);
+    });
+}
+
+bool StepOutput::SettleField(MadeRecord& record, const StepField& field, const Exists& exists) {
+    auto& fields = record.values.fields;
+    const std::string& name = field.plan.field->name;
+    const auto found = std::find_if(fields.begin(), fields.end(),
+                                    [&](const SourceField& other) { return other.name == name; });
+    MadeValue value;
+    if (found != fields.end()) {
+        value.texts = std::move(found->values);
+        const std::size_t before = value.texts.size();
+        std::erase_if(value.texts,
+                      [&](const std::string& text) { return !exists(*field.knownOnly, text); });
+        if (before > value.texts.size()) {
+            m_notes.Add(MapNote::LeftOut, field.plan.subject, before - value.texts.size());
+        }
+    }
+    ValueMaker::Finish(field.plan, value);
+    const bool isWhole = m_plan.step->kind != StepKind::Records || name == m_plan.step->key;
+    if (!value.error.empty()) {
+        record.error = fmt::format("{}: {}", name, value.error);
+    }
+    if (!value.texts.empty() && value.error.empty()) {
+        if (found == fields.end()) {
+            fields.push_back({name, std::move(value.texts), field.plan.isList});
+        } else {
+            found->values = std::move(value.texts);
+        }
+        return true;
+    }
+    if (found != fields.end()) {
+        fields.erase(found);
+    }
+    return !isWhole || !record.error.empty();
+}
+
+}  // namespace tool

@@ -1,7 +1,11 @@
 #include "tool/load/load_journal.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <utility>
+
+#include "tool/text/number_text.h"
 
 namespace tool {
 
@@ -66,6 +70,16 @@ LoadJournal::Outcome LoadJournal::BeginAgain() {
     m_run = entry.run;
     if (m_saved && IsSameWork(entry, *m_saved)) {
         return Outcome::Kept;
+    }
+    if (m_stored && !m_forget && entry.nextOrdinal < m_stored->nextOrdinal) {
+        throw recorddb::sql::Error(
+            recorddb::sql::ErrorKind::Other,
+            fmt::format("{}: {} of it were written, and the server that answers now has {} only; "
+                        "start the same command again: it goes on from there",
+                        m_sourceName,
+                        CountOf(static_cast<std::uint64_t>(m_stored->nextOrdinal), "record"),
+                        entry.nextOrdinal),
+            "");
     }
     if (!IsStored(entry)) {
         throw TakenUpByAnotherLoad(m_sourceName);

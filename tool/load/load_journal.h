@@ -48,7 +48,8 @@ class LoadJournal {
 
     // Takes the source up again, in the transaction under way, when the connection was lost, and
     // finds out what is stored, which only the database can say. To be followed by its commit, and
-    // then by Keep or Undo. Throws TakenUpByAnotherLoad when neither is stored.
+    // then by Keep or Undo. Throws TakenUpByAnotherLoad when neither is stored; another sql::Error
+    // (Other) when something that was written before is missing, after a failover for instance.
     Outcome BeginAgain();
 
     // What earlier loads have done.

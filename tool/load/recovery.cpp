@@ -21,6 +21,11 @@ constexpr int kMostFailures = 8;
 constexpr milliseconds kFirstWait(50);
 constexpr milliseconds kLongestWait(2000);
 
+// A client library tells a lost connection in several lines.
+std::string FirstLine(const std::string& text) {
+    return text.substr(0, text.find('\n'));
+}
+
 // The wait before a try after so many failures in a row; none after the first.
 milliseconds WaitAfter(int failures) {
     milliseconds wait(0);
@@ -55,7 +60,7 @@ bool Recovery::MayPass(const recorddb::sql::Error& error, int failures) const {
 
 void Recovery::GetReady(const recorddb::sql::Error& error, int failures) {
     if (error.Kind() == ErrorKind::ConnectionLost) {
-        Connect(error.DriverText());
+        Connect(FirstLine(error.DriverText()));
     } else {
         Wait(WaitAfter(failures));
     }

@@ -1,16 +1,12 @@
 #include "recorddb/sql/postgres/postgres_connector.h"
 
 #include <fmt/format.h>
-#include <libpq-fe.h>
 
-#include <array>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
 
-#include "platform/foundation/out_of_memory.h"
 #include "recorddb/errors.h"
 
 namespace recorddb::sql {
@@ -43,49 +39,6 @@ constexpr const char* kConnectionSettings =
 
 [[noreturn]] void CannotOpen(const std::string& why) {
     throw Error(ErrorKind::CannotOpen, why, "");
-}
-
-std::string TrimmedLines(std::string text) {
-    while (!text.empty() && text.back() == '\n') {
-        text.pop_back();
-    }
-    return text;
-}
-
-// libpq quotes what it cannot read, which may be a piece of a password.
-std::string WithoutQuotes(const std::string& complaint) {
-    return TrimmedLines(complaint.substr(0, complaint.find(": \"")));
-}
-
-void CheckUrl(const std::string& url) {
-    char* complaint = nullptr;
-    PQconninfoOption* const options = PQconninfoParse(url.c_str(), &complaint);
-    const std::unique_ptr<char, void (*)(void*)> owned(complaint, PQfreemem);
-    if (options != nullptr) {
-        PQconninfoFree(options);
-        return;
-    }
-    if (complaint == nullptr) {
-        ThrowOutOfMemory();
-    }
-    CannotOpen("the URL of the database cannot be read: " + WithoutQuotes(complaint));
-}
-
-PostgresHandle ConnectTo(const std::string& url) {
-    // The URL is expanded in the place of `dbname`; what comes after it takes precedence over the
-    // URL, what comes before it does not.
-    const std::array<const char*, 4> keywords = {"fallback_application_name", "dbname",
-                                                 "client_encoding", nullptr};
-    const std::array<const char*, 4> values = {"ztimport", url.c_str(), "UTF8", nullptr};
-    pg_conn* const raw = PQconnectdbParams(keywords.data(), values.data(), 1);
-    if (raw == nullptr) {
-        ThrowOutOfMemory();
-    }
-    PostgresHandle handle(raw);
-    if (PQstatus(raw) != CONNECTION_OK) {
-        CannotOpen(TrimmedLines(PQerrorMessage(raw)));
-    }
-    return handle;
 }
 
 void CheckServer(const PostgresHandle& handle) {
@@ -233,14 +186,45 @@ PostgresHandle PostgresConnector::Connect() {
     }
 }
 
+// A former primary that was started again lacks what was written since, and takes changes all the
+// same. Where the URL names other servers, one of them is the primary.
+PostgresHandle PostgresConnector::ConnectToCurrent() {
+    ServerHosts servers(m_url.connection);
+    std::string refusal;
+    for (;;) {
+        PostgresHandle handle = ConnectToOneOf(servers, refusal);
+        CheckServer(handle);
+        const ServerTimeline timeline = IsReadOnly() ? ServerTimeline() : TimelineOf(handle);
+        if (!timeline.IsOlderThan(m_timeline)) {
+            m_timeline = timeline.number != 0 ? timeline : m_timeline;
+            return handle;
+        }
+        refusal += fmt::format(
+            "{}the server at {} is a former primary that was started again: it stands in the "
+            "timeline {}, and timeline {} was written to before",
+            refusal.empty() ? "" : "; ", PlaceOf(handle), timeline.number, m_timeline.number);
+        if (!servers.LeaveOut(handle)) {
+            CannotOpen(refusal);
+        }
+    }
+}
+
+PostgresHandle PostgresConnector::ConnectToOneOf(const ServerHosts& servers,
+                                                 const std::string& refusal) const {
+    try {
+        return servers.Connect(!IsReadOnly());
+    } catch (const Error& error) {
+        throw Error(error.Kind(), error.DriverText() + (refusal.empty() ? "" : "; and " + refusal),
+                    error.Sql());
+    }
+}
+
 PostgresHandle PostgresConnector::ConnectUnnamed() {
     if (m_mode == OpenMode::Immutable) {
         throw Error(ErrorKind::Unsupported,
                     "a database on a server can always be read; leave --immutable out", "");
     }
-    CheckUrl(m_url.connection);
-    PostgresHandle handle = ConnectTo(m_url.connection);
-    CheckServer(handle);
+    PostgresHandle handle = ConnectToCurrent();
     if (!m_backend.empty()) {
         EndFormer(handle, m_backend);
     }

@@ -5,11 +5,14 @@
 
 #include "recorddb/sql.h"
 #include "recorddb/sql/postgres/postgres_handle.h"
+#include "recorddb/sql/postgres/server_hosts.h"
+#include "recorddb/sql/postgres/server_timeline.h"
 #include "recorddb/sql/postgres/server_url.h"
 
 namespace recorddb::sql {
 
 // Makes connections to one schema of a database on a server: one, and another after that was lost.
+// When a standby has taken over meanwhile, it does not go back to the former primary.
 class PostgresConnector {
   public:
     // Throws Error (CannotOpen) when one of our own parameters cannot be read in the URL.
@@ -27,11 +30,14 @@ class PostgresConnector {
 
   private:
     PostgresHandle ConnectUnnamed();
+    PostgresHandle ConnectToCurrent();
+    PostgresHandle ConnectToOneOf(const ServerHosts& servers, const std::string& refusal) const;
 
     ServerUrl m_url;
     OpenMode m_mode;
     std::string m_begin;
-    std::string m_backend;  // the server's process of the latest connection
+    ServerTimeline m_timeline;  // that of the latest connection that could write
+    std::string m_backend;      // the server's process of the latest connection
 };
 
 }  // namespace recorddb::sql

@@ -99,8 +99,11 @@ std::vector<std::string> ColumnsOfDetail(std::string_view detail) {
 }
 
 Error PostgresError(pg_conn* connection, const pg_result* result, std::string_view sql) {
-    ErrorKind kind = KindOfSqlState(FieldOf(result, PG_DIAG_SQLSTATE));
-    if (PQstatus(connection) == CONNECTION_BAD) {
+    const std::string_view state = FieldOf(result, PG_DIAG_SQLSTATE);
+    ErrorKind kind = KindOfSqlState(state);
+    // An answer without a code is libpq's own: it could not send, and what it knows of the
+    // connection may lag behind.
+    if (PQstatus(connection) == CONNECTION_BAD || (result != nullptr && state.empty())) {
         kind = ErrorKind::ConnectionLost;
     }
     std::vector<std::string> columns;

@@ -1,0 +1,42 @@
+#ifndef RECORDDB_SQL_POSTGRES_SERVER_HOSTS_H
+#define RECORDDB_SQL_POSTGRES_SERVER_HOSTS_H
+
+#include <string>
+#include <vector>
+
+#include "recorddb/sql/postgres/postgres_handle.h"
+
+namespace recorddb::sql {
+
+// The servers that a URL, or the environment, names for one database, as in a cluster of which any
+// may be the one that takes changes. Each has a place in libpq's lists of hosts and ports.
+class ServerHosts {
+  public:
+    // Throws Error (CannotOpen) when the URL cannot be read.
+    explicit ServerHosts(std::string url);
+
+    // Connects to the first server that answers. When it is one of several and `writes`, those that
+    // take no changes are passed over, unless the URL says otherwise (target_session_attrs). Throws
+    // Error (CannotOpen).
+    PostgresHandle Connect(bool writes) const;
+
+    // Leaves the server of a connection out of those that are connected to; false when no other one
+    // is left.
+    bool LeaveOut(const PostgresHandle& handle);
+
+  private:
+    std::string m_url;
+    bool m_areSeveral = false;
+    // Once one was left out: the others, as libpq takes them.
+    bool m_hasLeftOut = false;
+    std::string m_hosts;
+    std::string m_addresses;
+    std::string m_ports;
+};
+
+// The server of a connection, for messages.
+std::string PlaceOf(const PostgresHandle& handle);
+
+}  // namespace recorddb::sql
+
+#endif

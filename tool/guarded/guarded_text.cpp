@@ -136,7 +136,8 @@ bool EndsWithWhiteSpace(std::string_view text) {
 
 // Whether the importer takes it for the word that empties a field, whatever its letters' cases are.
 bool IsEmptyingWord(std::string_view text) {
-    constexpr std::size_t longest = 5 * 3;  // no letter's other cases take more than three bytes
+    constexpr std::size_t longest =
+        std::size_t{5} * 3;  // no letter's other cases take more than three bytes
     const bool mayBe = !text.empty() && (text[0] == 'B' || text[0] == 'b');
     return mayBe && text.size() <= longest &&
            Obx_String::FromUtf8(text).CompareNoCase(u"BLANK") == 0;

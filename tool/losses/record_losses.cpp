@@ -277,8 +277,10 @@ void RecordLosses::Add(LossKind kind, const RecordPart& part, const std::string&
         id = Restored(id);
         text = Restored(text);
     }
-    (*m_take)({kind, *m_source, m_record->ordinal + 1, LineAt(part), std::move(id), field,
-               std::move(text)});
+    // A record that was made of a row is known by that.
+    const bool isMade = m_record->number > 0;
+    (*m_take)({kind, isMade ? std::string(m_record->source) : *m_source, m_record->Number(),
+               isMade ? m_record->line : LineAt(part), std::move(id), field, std::move(text)});
 }
 
 }  // namespace tool

@@ -20,7 +20,7 @@ constexpr std::uint64_t kShownFaults = 50;
 std::string PlaceOf(const Difference& difference) {
     std::string place = difference.source;
     if (difference.record != 0) {
-        place += fmt::format(", record {}", difference.record);
+        place += fmt::format(", {} {}", difference.unit, difference.record);
     }
     if (!difference.sourceId.empty()) {
         place += fmt::format(" ({})", ShowPair(difference.sourceId, "").source);

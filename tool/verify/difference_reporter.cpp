@@ -6,7 +6,9 @@ void DifferenceReporter::Report(const SourcePlace& place, std::string field,
                                 std::string sourceValue, std::string databaseValue,
                                 std::string problem) {
     Difference difference = m_subject;
-    difference.source = m_nameOf(place.source);
+    const RecordsPlace& records = m_placeOf(place.source);
+    difference.source = records.name;
+    difference.unit = records.unit;
     difference.record = place.record;
     difference.line = place.line;
     difference.field = std::move(field);

@@ -15,12 +15,12 @@ namespace tool {
 class DifferenceReporter {
   public:
     using Take = std::function<void(const Difference&)>;
-    using SourceName = std::function<std::string(std::size_t)>;
+    using PlaceOf = std::function<const RecordsPlace&(std::size_t)>;
 
-    // `subject` has the type, id and source id of the record. `take` gets the differences; `nameOf`
-    // gives the name of a source by its position.
-    DifferenceReporter(Difference subject, Take take, SourceName nameOf)
-        : m_subject(std::move(subject)), m_take(std::move(take)), m_nameOf(std::move(nameOf)) {}
+    // `subject` has the type, id and source id of the record. `take` gets the differences;
+    // `placeOf` gives the place with a number.
+    DifferenceReporter(Difference subject, Take take, PlaceOf placeOf)
+        : m_subject(std::move(subject)), m_take(std::move(take)), m_placeOf(std::move(placeOf)) {}
 
     void Report(const SourcePlace& place, std::string field, std::string sourceValue,
                 std::string databaseValue, std::string problem = {});
@@ -30,7 +30,7 @@ class DifferenceReporter {
   private:
     Difference m_subject;
     Take m_take;
-    SourceName m_nameOf;
+    PlaceOf m_placeOf;
     std::uint64_t m_count = 0;
 };
 

@@ -88,4 +88,46 @@ void KeepPacketFields(const ImporterFields& fields, bool guarded,
     }
 }
 
+void KeepSourceValues(const SourceValues& values, const ImportConfiguration& configuration,
+                      const recorddb::schema::RecordType& type, KeptRecord& record) {
+    record.fields.clear();
+    ImporterFields plain;
+    for (const SourceField& given : values.fields) {
+        if (given.values.empty()) {
+            continue;
+        }
+        KeptField& field = record.fields.emplace_back();
+        field.use = UseOf(given.name, configuration, type);
+        field.name = given.name;
+        field.value = given.values.front();
+        if (field.use == FieldUse::Reference || field.use == FieldUse::ReferenceList) {
+            field.keys = given.values;
+        }
+        plain.push_back({given.name, field.value});
+    }
+    record.originalId = OriginalIdOf(plain, configuration, type);
+    if (!values.history.empty()) {
+        KeptField& field = record.fields.emplace_back();
+        field.use = FieldUse::History;
+        for (const SourceHistoryEntry& entry : values.history) {
+            field.history.push_back(
+                {.id = entry.id,
+                 .columns = {entry.when, entry.who, entry.action, entry.before, entry.after, ""},
+                 .count = HistoryLine::kMostColumns});
+        }
+    }
+    if (!values.attachments.empty()) {
+        KeptField& field = record.fields.emplace_back();
+        field.use = FieldUse::Attachments;
+        field.name = values.attachmentsField;
+        for (const SourceAttachment& attachment : values.attachments) {
+            field.attachments.push_back({.id = attachment.id,
+                                         .fileName = attachment.path,
+                                         .fileSize = attachment.size,
+                                         .description = attachment.description,
+                                         .count = AttachmentLines::kWhole});
+        }
+    }
+}
+
 }  // namespace tool

@@ -11,10 +11,18 @@
 
 namespace tool {
 
+// Where records stand: in a source, or in a file that a source is made of.
+struct RecordsPlace {
+    std::string name;
+    std::string unit;  // what is counted there: a "record" or a "row", say
+
+    bool operator==(const RecordsPlace&) const = default;
+};
+
 // Where a record stands in the sources.
 struct SourcePlace {
-    std::size_t source = 0;    // by position in the list of sources
-    std::uint64_t record = 0;  // its number in the source, from 1
+    std::size_t source = 0;    // by position in the list of places (see SourceScan)
+    std::uint64_t record = 0;  // its number there, from 1
     std::uint64_t line = 0;    // of its first byte, from 1
 };
 

@@ -74,7 +74,6 @@ void SourceScan::TakeConfiguration() {
 
 void SourceScan::BeginData() {
     m_walk->RequireUsableData();
-    m_sources.push_back(Name());
     if (IsRepeated()) {
         m_sink.Warns(fmt::format("{}: read already, and passed over as in a load", Name()));
         m_walk->LeaveSource();
@@ -108,7 +107,7 @@ void SourceScan::ReadRecord(const SourceRecord& record) {
     m_record.differs = FindLosses(record);
     if (counts) {
         m_record.type = m_type->id;
-        m_record.place = {m_sources.size() - 1, record.ordinal + 1, record.line};
+        m_record.place = {PlaceOf(record), record.Number(), record.line};
         m_record.configuration = m_configurations.size() - 1;
         m_shelf.Add(m_record);
     }
@@ -126,7 +125,13 @@ std::string SourceScan::WhyNotImported(const SourceRecord& record) {
     if (std::string problem = m_readings.Read(record); !problem.empty()) {
         return problem;
     }
-    KeepPacketFields(m_readings.Fields(), record.guarded, Current(), *m_type, m_record);
+    // What a source says that is no packet is compared with the database, not with the packet that
+    // was made of it.
+    if (record.values != nullptr) {
+        KeepSourceValues(*record.values, Current(), *m_type, m_record);
+    } else {
+        KeepPacketFields(m_readings.Fields(), record.guarded, Current(), *m_type, m_record);
+    }
     return {};
 }
 
@@ -157,7 +162,8 @@ bool SourceScan::FindLosses(const SourceRecord& record) {
         if (IsComparedAnyway(loss.kind)) {
             return;
         }
-        Difference difference = DifferenceAt(loss.record, loss.line);
+        Difference difference = DifferenceIn(record);
+        difference.line = loss.line;
         difference.sourceId = loss.sourceId;
         difference.field = loss.field;
         difference.problem = loss.text;
@@ -176,8 +182,28 @@ Difference SourceScan::DifferenceAt(std::uint64_t record, std::uint64_t line) co
     return difference;
 }
 
+Difference SourceScan::DifferenceIn(const SourceRecord& record) const {
+    Difference difference = DifferenceAt(record.Number(), record.line);
+    difference.source = record.source;
+    difference.unit = record.unit;
+    return difference;
+}
+
+// The number of the place of a record; new places get the next one.
+std::size_t SourceScan::PlaceOf(const SourceRecord& record) {
+    if (m_places.empty() || m_places.back().name != record.source) {
+        const auto [found, isNew] =
+            m_placeOf.try_emplace(std::string(record.source), m_places.size());
+        if (!isNew) {
+            return found->second;
+        }
+        m_places.push_back({std::string(record.source), std::string(record.unit)});
+    }
+    return m_places.size() - 1;
+}
+
 void SourceScan::ReportMissing(const SourceRecord& record, const std::string& problem) {
-    Difference difference = DifferenceAt(record.ordinal + 1, record.line);
+    Difference difference = DifferenceIn(record);
     difference.sourceId = m_walk->IdIn(record.raw);
     difference.problem = problem;
     ++m_tally.Of(m_type).missing;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <deque>
 #include <filesystem>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -41,7 +42,7 @@ class SourceScan {
     const ImportConfiguration& Configuration(std::size_t number) const {
         return m_configurations[number];
     }
-    const std::string& SourceName(std::size_t number) const { return m_sources[number]; }
+    const RecordsPlace& Place(std::size_t number) const { return m_places[number]; }
 
   private:
     WalkOptions Options();
@@ -57,6 +58,8 @@ class SourceScan {
     void ReportUnseen(const UnseenRecord& unseen);
     void ReportFrame(const FrameDefect& defect);
     Difference DifferenceAt(std::uint64_t record, std::uint64_t line) const;
+    Difference DifferenceIn(const SourceRecord& record) const;
+    std::size_t PlaceOf(const SourceRecord& record);
     const ImportConfiguration& Current() const { return m_configurations.back(); }
     const std::string& Name() const { return m_walk->SourceName(); }
 
@@ -69,8 +72,9 @@ class SourceScan {
     RecordLimits m_limits;
     std::deque<ImportConfiguration> m_configurations;  // which stay where they are
     std::optional<SourceWalk> m_walk;
-    std::vector<std::string> m_sources;  // those of records
-    std::set<std::string> m_contents;    // what was read, by hash and configuration
+    std::vector<RecordsPlace> m_places;
+    std::map<std::string, std::size_t> m_placeOf;  // by name
+    std::set<std::string> m_contents;              // what was read, by hash and configuration
     const recorddb::schema::RecordType* m_type = nullptr;  // of the configuration in force
     std::optional<RecordLosses> m_losses;                  // under that configuration
     std::uint64_t m_read = 0;                              // records of all sources

@@ -117,7 +117,7 @@ void Verifier::CompareRecord(const ExpectedRecord& expected, std::int64_t dbid, 
     subject.sourceId = expected.SourceId();
     DifferenceReporter reporter(
         std::move(subject), [this](const Difference& difference) { m_sinks.Differs(difference); },
-        [this](std::size_t source) { return m_scan.SourceName(source); });
+        [this](std::size_t place) -> const RecordsPlace& { return m_scan.Place(place); });
     VerifiedType& tally = m_tally.Of(&expected.Type());
     CompareValues(expected, *record, reporter, tally);
     CompareHistory(expected, m_reader.History(*record), reporter, tally);

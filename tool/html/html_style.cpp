@@ -126,10 +126,10 @@ footer { margin-top: 4.5rem; padding-top: 1.25rem; border-top: 1px solid var(--r
   .group th:nth-child(2), .group th:nth-child(3) { width: 9%; }
   .group th:nth-child(4) { width: 12%; }
   [id^="source-"] table { table-layout: fixed; }
-  [id^="source-"] th:nth-child(1) { width: 19%; }
-  [id^="source-"] th:nth-child(2) { width: 12%; }
+  [id^="source-"] th:nth-child(1) { width: 17%; }
+  [id^="source-"] th:nth-child(2) { width: 11%; }
   [id^="source-"] th:nth-child(3), [id^="source-"] th:nth-child(4), [id^="source-"] th:nth-child(5) { width: 8%; }
-  [id^="source-"] th:nth-child(6) { width: 12%; }
+  [id^="source-"] th:nth-child(6) { width: 14%; }
 }
 @media screen and (max-width: 60rem) {
   table, caption, tr, tbody th, tfoot th, td { display: block; }

@@ -31,13 +31,14 @@ const std::vector<std::string>& DateFormats() {
     return kFormats;
 }
 
-// Formats that say how a date names its zone do so always; ISO 8601 may.
-bool NamesZone(std::string_view text, const std::string& format) {
+// A day by itself is a day everywhere. Formats that say how a date names its zone do so always; ISO
+// 8601 may.
+bool LacksZoneOfTime(std::string_view text, const std::string& format) {
     if (!format.empty()) {
-        return format.ends_with("%z");
+        return format.find("%H") != format.npos && !format.ends_with("%z");
     }
-    constexpr std::size_t dateSize = 10;
-    return text.size() > dateSize && text.find_first_of("Zz+-", dateSize) != text.npos;
+    constexpr std::size_t daySize = 10;
+    return text.size() > daySize && text.find_first_of("Zz+-", daySize) == text.npos;
 }
 
 bool IsDate(std::string_view text, const std::string& format) {
@@ -75,16 +76,16 @@ void DateGuess::Add(std::string_view text) {
         }
     }
     bool isDate = false;
-    bool namesZone = true;
+    bool lacksZone = false;
     const bool mayBeDate = MayBeDate(text);
     for (Candidate& candidate : m_candidates) {
         if (mayBeDate && IsDate(text, *candidate.format)) {
             ++candidate.dates;
             isDate = true;
-            namesZone &= NamesZone(text, *candidate.format);
+            lacksZone |= LacksZoneOfTime(text, *candidate.format);
         }
     }
-    m_lacksZone |= isDate && !namesZone;
+    m_lacksZone |= lacksZone;
     if (!isDate) {
         m_exception = text.substr(0, kLongestDate);
     }

@@ -34,7 +34,7 @@ class DateGuess {
     // A text that is no date, while most are.
     const std::string& Exception() const { return m_exception; }
 
-    // Whether a date names no time zone.
+    // Whether one names a time of day and no time zone.
     bool LacksZone() const { return m_lacksZone; }
 
   private:

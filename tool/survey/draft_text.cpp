@@ -211,7 +211,7 @@ std::string SchemaDraft(const Draft& draft) {
 std::string MapDraft(const Survey& survey, const Draft& draft) {
     std::string text = std::string(kHead) + "map: 1\n";
     if (draft.needsZone) {
-        text += Comment({"some dates name no time zone; name that of the clocks that wrote them, "
+        text += Comment({"some times name no zone; name that of the clocks that wrote them, "
                          "such as Europe/Berlin",
                          true},
                         "");

@@ -8,9 +8,9 @@ namespace tool {
 
 namespace {
 
-// Values are looked for elsewhere when there are at least so many different ones: one or two words
-// stand in many places by chance.
-constexpr std::size_t kLeastValues = 2;
+// Numbers are looked for elsewhere when there are at least so many different ones: one or two stand
+// in many places by chance. One text does not.
+constexpr std::size_t kLeastNumbers = 2;
 // Of five different values, four found elsewhere are worth a word.
 constexpr std::size_t kWorthTelling = 5;
 
@@ -64,7 +64,8 @@ class ValueComparison {
     }
 
     static bool MayRefer(const AddressSurvey& address) {
-        return address.IsScalarOnly() && address.values.Distinct() >= kLeastValues &&
+        return address.IsScalarOnly() && address.Values() > 0 &&
+               (address.integers == 0 || address.values.Distinct() >= kLeastNumbers) &&
                address.severalLines == 0 && address.words == 0 && !address.dates.AreDates();
     }
 
@@ -83,7 +84,7 @@ class ValueComparison {
             found += Has(keys, hash) ? 1 : 0;
         }
         const std::size_t lookedFor = address.values.Distinct();
-        if (found > 1 && found + lookedFor / kWorthTelling >= lookedFor) {
+        if (found > 0 && found + lookedFor / kWorthTelling >= lookedFor) {
             m_survey.elsewhere.push_back({from, in, found, lookedFor});
         }
     }

@@ -18,6 +18,8 @@ constexpr std::size_t kShownSize = 40;
 
 // Longer texts with commas are sentences and no lists, in characters.
 constexpr std::size_t kLongestList = 100;
+// One in so many values must have commas for them to be worth a word.
+constexpr std::uint64_t kCommaShare = 3;
 
 // Words by which exports say that there is no value.
 constexpr std::array<std::string_view, 14> kNoValueWords = {"NULL", "null", "Null", "N/A",   "n/a",
@@ -211,10 +213,11 @@ std::vector<Remark> Remarks(const Survey& survey, AddressRef ref) {
              fmt::format("{} of {} texts are a {}, others are not: {}", Grouped(dates.Dates()),
                          Grouped(dates.Texts()), DateText(dates), dates.Exception())});
     } else if (dates.AreDates() && dates.LacksZone()) {
-        remarks.push_back({Kind::NoZone, "the dates name no time zone"});
+        remarks.push_back({Kind::NoZone, "the times name no zone"});
     }
     AddNoValueWords(remarks, address);
-    if (address.severalLines == 0 && address.longest <= kLongestList && !dates.AreDates()) {
+    if (address.severalLines == 0 && address.longest <= kLongestList && !dates.AreDates() &&
+        address.commas * kCommaShare >= address.Values()) {
         AddCount(remarks, Kind::Commas, address.commas, "with commas");
     }
     AddCount(remarks, Kind::CarriageReturns, address.carriageReturns, "with carriage returns");

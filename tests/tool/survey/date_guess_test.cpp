@@ -55,6 +55,8 @@ TEST(DateGuess, SaysWhetherZonesAreMissing) {
     EXPECT_FALSE(Guess({"2020-01-02T03:04Z", "2020-01-02T03:04+01:00"}).LacksZone());
     EXPECT_TRUE(Guess({"31.12.2020 10:00"}).LacksZone());
     EXPECT_FALSE(Guess({"31.12.2020 10:00:00 +0100"}).LacksZone());
+    EXPECT_FALSE(Guess({"31.12.2020"}).LacksZone());
+    EXPECT_FALSE(Guess({"2020-12-31"}).LacksZone());
 }
 
 }  // namespace

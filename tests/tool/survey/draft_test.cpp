@@ -55,7 +55,7 @@ class DraftTest : public SurveyFixture {
 };
 
 TEST_F(DraftTest, MakesARecordTypeOfACsvFile) {
-    Write("piers.csv", "Nr;Länge in m;gebaut\n1;20;02.05.1998\n2;21;17.11.2001\n");
+    Write("piers.csv", "Nr;Länge in m;gebaut\n1;20;02.05.1998 10:00\n2;21;17.11.2001 12:30\n");
     const Drafts drafts = Make();
     EXPECT_EQ(drafts.FieldOf("piers", "nr").kind, FieldKind::Text);
     EXPECT_EQ(drafts.FieldOf("piers", "lange_in_m").kind, FieldKind::Integer);
@@ -63,8 +63,9 @@ TEST_F(DraftTest, MakesARecordTypeOfACsvFile) {
     EXPECT_EQ(drafts.map.sources.at(0).csv.separator, ';');
     EXPECT_EQ(drafts.map.steps.at(0).key, "nr");
     EXPECT_EQ(drafts.map.steps.at(0).FindField("lange_in_m")->value.from.at(0).text, "Länge in m");
-    EXPECT_THAT(drafts.map.steps.at(0).FindField("gebaut")->value.date, ElementsAre("%d.%m.%Y"));
-    EXPECT_THAT(drafts.mapText, HasSubstr("# decide: some dates name no time zone"));
+    EXPECT_THAT(drafts.map.steps.at(0).FindField("gebaut")->value.date,
+                ElementsAre("%d.%m.%Y %H:%M"));
+    EXPECT_THAT(drafts.mapText, HasSubstr("# decide: some times name no zone"));
 }
 
 TEST_F(DraftTest, TakesAStatusForTheStateOfTheRecords) {

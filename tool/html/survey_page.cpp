@@ -58,12 +58,18 @@ std::string FiguresSection(const Survey& survey, const SurveyTotals& totals) {
 }
 
 std::vector<NextStep> NextSurveySteps(const PageFacts& facts) {
-    std::vector<std::string> draft = {"ztimport", "survey"};
-    draft.insert(draft.end(), facts.sources.begin(), facts.sources.end());
-    draft.insert(draft.end(), {"--write-schema", "schema.yaml", "--write-map", "map.yaml"});
-    return {{"Have a schema and a map drafted.", draft},
-            {"Look through both, above all at the lines that begin with \"decide:\".", {}},
-            {"Make a database of the schema.", {"ztimport", "init", "new.db", "schema.yaml"}}};
+    const auto command = [&](std::vector<std::string> begin, const std::vector<std::string>& end) {
+        begin.insert(begin.end(), facts.sources.begin(), facts.sources.end());
+        begin.insert(begin.end(), end.begin(), end.end());
+        return begin;
+    };
+    return {
+        {"Have a schema and a map drafted.",
+         command({"ztimport", "survey"},
+                 {"--write-schema", "schema.yaml", "--write-map", "map.yaml"})},
+        {"Look through both, above all at the lines that begin with \"decide:\".", {}},
+        {"Make a database of the schema.", {"ztimport", "init", "new.db", "schema.yaml"}},
+        {"Rehearse the load.", command({"ztimport", "check", "new.db"}, {"--map", "map.yaml"})}};
 }
 
 std::string Details(const std::vector<std::string>& texts) {

@@ -17,7 +17,7 @@ using testing::AnyOf;
 using testing::HasSubstr;
 
 // Several groups.
-constexpr int kRecords = 350;
+constexpr int kBugsOfASource = 350;
 
 class TwoLoads : public LoadFixture {
   protected:
@@ -53,7 +53,7 @@ class TwoLoads : public LoadFixture {
     // Bugs with the ids first, first + 1 ...
     std::string Bugs(const std::string& file, int first) {
         std::vector<Fields> bugs;
-        for (int i = first; i < first + kRecords; ++i) {
+        for (int i = first; i < first + kBugsOfASource; ++i) {
             bugs.push_back({{"source_id", fmt::format("s{}", i)},
                             {"title", fmt::format("{} {}", file, i)},
                             {"log", "1\t2020-01-01 00:00:00\tu1\tsubmit\tnone\tNEW"}});
@@ -73,14 +73,14 @@ TEST_P(TwoLoadsTest, OfDifferentSourcesComeToTheirSum) {
                       "<updaterecord name=\"TRUE\"/><updateinsert name=\"TRUE\"/>");
     constexpr int kShared = 50;
     const std::string a = Bugs("a.xml", 0);
-    const std::string b = Bugs("b.xml", kRecords - kShared);
+    const std::string b = Bugs("b.xml", kBugsOfASource - kShared);
     ChildProcess first(Command("a", configuration, a));
     ChildProcess second(Command("b", configuration, b));
     const Outcome ofA = Wait(first, "a");
     const Outcome ofB = Wait(second, "b");
     EXPECT_EQ(ofA.code, 0) << ofA.said;
     EXPECT_EQ(ofB.code, 0) << ofB.said;
-    constexpr int kAll = 2 * kRecords - kShared;
+    constexpr int kAll = 2 * kBugsOfASource - kShared;
     EXPECT_EQ(ofA.Count("created") + ofB.Count("created"), kAll);
     EXPECT_EQ(ofA.Count("updated") + ofB.Count("updated"), kShared);
     EXPECT_EQ(Query("SELECT count(DISTINCT source_id) || ' ' || max(dbid) FROM bug"),
@@ -108,11 +108,11 @@ TEST_P(TwoLoadsTest, OfOneSourceBringEachRecordOnce) {
         created += outcome.Count("created");
     }
     EXPECT_TRUE(outcomes[0].code == 0 || outcomes[1].code == 0);
-    EXPECT_EQ(created, kRecords);
+    EXPECT_EQ(created, kBugsOfASource);
     EXPECT_EQ(Query("SELECT count(*) || ' ' || max(dbid) FROM bug"),
-              fmt::format("{0} {0}", kRecords));
+              fmt::format("{0} {0}", kBugsOfASource));
     EXPECT_EQ(Query("SELECT created || ' ' || complete FROM zt_journal"),
-              fmt::format("{} 1", kRecords));
+              fmt::format("{} 1", kBugsOfASource));
 }
 
 ON_EACH_ENGINE(TwoLoadsTest);
@@ -150,12 +150,12 @@ TEST_F(TwoLoadsOnServer, LaterLoadOfASourceTakesItOver) {
     const Outcome earlier = Wait(load, "earlier");
     EXPECT_EQ(later.code, 0) << later.said;
     EXPECT_THAT(later.said, HasSubstr("goes on behind record 100,"));
-    EXPECT_EQ(later.Count("created"), kRecords - 100);
+    EXPECT_EQ(later.Count("created"), kBugsOfASource - 100);
     EXPECT_EQ(earlier.code, 3) << earlier.said;
     EXPECT_THAT(earlier.said, HasSubstr("another load of " + data));
     EXPECT_EQ(earlier.Count("created"), 100);
     EXPECT_EQ(Query("SELECT count(*) || ' ' || max(dbid) FROM bug"),
-              fmt::format("{0} {0}", kRecords));
+              fmt::format("{0} {0}", kBugsOfASource));
 }
 
 }  // namespace

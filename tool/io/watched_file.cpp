@@ -16,7 +16,7 @@ bool IsSameTime(const timespec& a, const timespec& b) {
     return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
 }
 
-[[noreturn]] void ThrowChanged(const std::string& name, std::string_view what) {
+[[noreturn]] void ThrowWatchedChanged(const std::string& name, std::string_view what) {
     throw SourceChanged(
         fmt::format("{}: {} while it was read; let what writes it come to its end, then run again",
                     name, what));
@@ -51,12 +51,12 @@ void WatchedFile::RequireUnchanged() const {
         ThrowNotReadable(m_name, errno);
     }
     if (now.st_size != m_opened.st_size || !IsSameTime(now.st_mtim, m_opened.st_mtim)) {
-        ThrowChanged(m_name, "the file was written to");
+        ThrowWatchedChanged(m_name, "the file was written to");
     }
     struct stat named {};
     if (::stat(m_path.c_str(), &named) == 0 &&
         (named.st_dev != now.st_dev || named.st_ino != now.st_ino)) {
-        ThrowChanged(m_name, "another file took its name");
+        ThrowWatchedChanged(m_name, "another file took its name");
     }
 }
 

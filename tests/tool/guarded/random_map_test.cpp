@@ -18,7 +18,7 @@ namespace {
 using nlohmann::json;
 using testing::HasSubstr;
 
-constexpr const char* kMap = R"(map: 1
+constexpr const char* kRandomMap = R"(map: 1
 sources: {people: {files: people.jsonl}, bugs: {files: bugs.jsonl}, later: {files: later.jsonl}}
 steps:
 - {records: user, source: people, key: login, fields: {login: /login, email: /mail}}
@@ -70,7 +70,7 @@ class RandomMappedValues : public OnEachEngine<VerifyFixture> {
     static constexpr std::size_t kCount = 10;
 
     RandomMappedValues() {
-        m_options.map = m_folder.Write("map.yaml", kMap);
+        m_options.map = m_folder.Write("map.yaml", kRandomMap);
         m_verifyOptions.map = m_options.map;
     }
 

@@ -8,7 +8,7 @@
 namespace tool {
 namespace {
 
-constexpr const char* kSchema = R"(record_types:
+constexpr const char* kKeptSchema = R"(record_types:
   user: {key: [login], fields: {login: {type: text}}}
   bug:
     prefix: BUG
@@ -42,7 +42,8 @@ class KeptFieldsTest : public testing::Test {
         return record;
     }
 
-    const recorddb::schema::Schema m_schema = recorddb::schema::ReadSchema(kSchema, "schema.yaml");
+    const recorddb::schema::Schema m_schema =
+        recorddb::schema::ReadSchema(kKeptSchema, "schema.yaml");
     ImportConfiguration m_configuration;
 };
 

@@ -14,7 +14,7 @@ namespace tool {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r";
+constexpr std::string_view kRowBlanks = " \t\r";
 
 // The events of one line.
 class LineEvents final : public JsonEvents {
@@ -53,7 +53,7 @@ void JsonLinesReader::Read(RowHandler& handler) {
     SkipByteOrderMark();
     while (NextLine()) {
         const std::string_view line = std::string_view(m_text).substr(m_begin, m_lineEnd - m_begin);
-        if (m_tooLong || line.find_first_not_of(kBlanks) != line.npos) {
+        if (m_tooLong || line.find_first_not_of(kRowBlanks) != line.npos) {
             FillRow(row);
             if (!handler.TakeRow(row)) {
                 return;

@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
-"""A load goes on by itself when a standby takes over: failover_test.py --tool ZTIMPORT --faulty ZTIMPORT_FAULTY
+"""A load goes on by itself when its server fails: failover_test.py --tool ZTIMPORT --faulty ZTIMPORT_FAULTY
 
 A primary and a synchronous standby run in temporary folders. The load, which knows both, is held in the middle of a group;
 the primary is killed and the standby promoted. Then the former primary comes back, which the load must not take for the
-primary although it is the first that its URL names. Nothing depends on the time that anything takes. Skipped (exit code 77)
+primary although it is the first that its URL names. Afterwards two loads are held in the same way, while the backend of
+one is killed, and the whole server of the other, which is started again once the load has noticed. Nothing depends on the time that anything takes. Skipped (exit code 77)
 where there is no PostgreSQL.
 """
 import argparse
@@ -102,16 +103,40 @@ def until(what, holds, process=None):
         time.sleep(0.05)
 
 
-def write_packets(folder):
+def write_packets(folder, first=0):
     rows = []
-    for i in range(RECORDS):
-        votes = "many" if i == 150 else i
+    for i in range(first, first + RECORDS):
+        votes = "many" if i == first + 150 else i
         rows.append(f'<record><field name="source_id">s{i}</field><field name="votes">{votes}</field>'
                     '<field name="log">1\t2020-01-01 00:00:00\tann\tsubmit\tnone\tNEW</field></record>')
     (folder / "schema.yaml").write_text(SCHEMA)
     (folder / "1.xml").write_text(CONFIGURATION)
-    (folder / "2.xml").write_text("<records>\n" + "\n".join(rows) + "\n</records>\n")
-    return [folder / "1.xml", folder / "2.xml"]
+    data = folder / f"from-{first}.xml"
+    data.write_text("<records>\n" + "\n".join(rows) + "\n</records>\n")
+    return [folder / "1.xml", data]
+
+
+class HeldLoad:
+    """A load that is held when it is about to put its first rejected record on the disk, its second group not committed."""
+
+    def __init__(self, faulty, url, folder, sources):
+        self.output = sources[-1].with_suffix(".said")
+        with open(self.output, "w") as output:
+            self.process = subprocess.Popen([faulty, "load", url, "--rejects", folder / "rejects", *sources],
+                                            stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT,
+                                            env={**os.environ, "ZT_FAULT": "sync:1:STOP"})
+        _, status = os.waitpid(self.process.pid, os.WUNTRACED)
+        expect("the load is held", os.WIFSTOPPED(status), self.said())
+
+    def said(self):
+        return self.output.read_text()
+
+    def go_on(self):
+        self.process.send_signal(signal.SIGCONT)
+
+    def expect_end(self):
+        expect("the load goes on to its end, with one record rejected", self.process.wait(HANGS) == 1, self.said())
+        expect("the group was done again", "1 group of records was done again" in self.said(), self.said())
 
 
 def expect(what, holds, shown=""):
@@ -134,14 +159,7 @@ def check(arguments, folder, primary, standby):
     url = f"postgresql://tester@/postgres?host={primary.folder},{standby.folder}&schema=ferry"
     sources = write_packets(folder)
     subprocess.run([arguments.tool, "init", url, folder / "schema.yaml"], check=True, stdout=subprocess.DEVNULL)
-    said = open(folder / "said", "w+")
-    # It is held when it is about to put its first rejected record on the disk, with the second group not committed.
-    load = subprocess.Popen([arguments.faulty, "load", url + "&options=-clock_timeout%3D200s", "--rejects",
-                             folder / "rejects", *sources],
-                            stdin=subprocess.DEVNULL, stdout=said, stderr=subprocess.STDOUT,
-                            env={**os.environ, "ZT_FAULT": "sync:1:STOP"})
-    _, status = os.waitpid(load.pid, os.WUNTRACED)
-    expect("the load is held", os.WIFSTOPPED(status), (folder / "said").read_text())
+    load = HeldLoad(arguments.faulty, url + "&options=-clock_timeout%3D200s", folder, sources)
     expect("the first group is there", primary.answers("SELECT count(*) FROM ferry.bug") == "100")
 
     primary.kill()
@@ -151,7 +169,7 @@ def check(arguments, folder, primary, standby):
     lock.stdin.write("BEGIN; LOCK TABLE ferry.zt_journal; SELECT 1;\n")
     lock.stdin.flush()
     expect("the journal is locked", lock.stdout.readline() == "1\n")
-    load.send_signal(signal.SIGCONT)
+    load.go_on()
     waiting = "SELECT pid FROM pg_stat_activity WHERE application_name = 'ztimport' AND wait_event_type = 'Lock'"
     until("that the load waits for the lock", lambda: standby.answers(waiting))
 
@@ -159,9 +177,8 @@ def check(arguments, folder, primary, standby):
     expect("the former primary takes changes", primary.answers("SELECT pg_is_in_recovery()") == "f")
     standby.answers(f"SELECT pg_terminate_backend(({waiting}), 100000)")
     lock.communicate("COMMIT;\n", HANGS)
-    code = load.wait(HANGS)
-    text = (folder / "said").read_text()
-    expect("the load goes on to its end", code == 1, text)
+    load.expect_end()
+    text = load.said()
     expect("the load says that it was disturbed", text.count("connected again") >= 2, text)
     expect("all records are at the new primary",
            standby.answers("SELECT count(*) || ' ' || max(dbid) FROM ferry.bug") == f"{RECORDS - 1} {RECORDS - 1}", text)
@@ -170,6 +187,25 @@ def check(arguments, folder, primary, standby):
     verify = subprocess.run([arguments.tool, "verify", url, *sources], capture_output=True, text=True)
     expect("only the rejected record is missing",
            verify.returncode == 1 and "s150" in verify.stdout + verify.stderr, verify.stdout + verify.stderr)
+
+
+def check_failures_of_one(arguments, folder, server):
+    url = f"postgresql://tester@/postgres?host={server.folder}&schema=ferry"
+    load = HeldLoad(arguments.faulty, url, folder, write_packets(folder, 1000))
+    backend = server.answers("SELECT pid FROM pg_stat_activity WHERE application_name = 'ztimport'")
+    os.kill(int(backend), signal.SIGKILL)
+    load.go_on()
+    load.expect_end()
+
+    load = HeldLoad(arguments.faulty, url, folder, write_packets(folder, 2000))
+    server.kill()
+    load.go_on()
+    until("that the load misses the server", lambda: "was lost" in load.said())
+    server.start()
+    load.expect_end()
+    every = 3 * (RECORDS - 1)
+    expect("all records are there once",
+           server.answers("SELECT count(DISTINCT source_id) || ' ' || max(dbid) FROM ferry.bug") == f"{every} {every}")
 
 
 def main():
@@ -187,6 +223,7 @@ def main():
     primary, standby = (Cluster(folder / name, binaries, user) for name in ("first", "second"))
     try:
         check(arguments, folder, primary, standby)
+        check_failures_of_one(arguments, folder, standby)
     finally:
         for cluster in (primary, standby):
             cluster.kill()

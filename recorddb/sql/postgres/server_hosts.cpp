@@ -125,7 +125,7 @@ PostgresHandle ServerHosts::Connect(bool writes) const {
     // also while an answer is waited for.
     Settings settings;
     settings.Add("fallback_application_name", "ztimport");
-    settings.AddUnlessSet("PGCONNECT_TIMEOUT", "connect_timeout", "10");
+    settings.AddUnlessSet("PGCONNECT_TIMEOUT", "connect_timeout", "30");
     settings.Add("keepalives_idle", "30");
     settings.Add("keepalives_interval", "10");
     settings.Add("keepalives_count", "3");

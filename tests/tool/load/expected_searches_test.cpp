@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "load_fixture.h"
+#include "tool/guarded/guarded_text.h"
 #include "tool/packet/record_packet.h"
 
 namespace tool {
@@ -39,13 +40,15 @@ constexpr const char* kExpectedTypes = R"(record_types:
 class ExpectedSearchesTest : public testing::Test {
   protected:
     // The searches that are expected of a record, "TYPE FIELD=VALUE +WHAT", in order.
-    std::vector<std::string> Of(const std::string& configuration, const Fields& fields) {
+    std::vector<std::string> Of(const std::string& configuration, const Fields& fields,
+                                bool guarded = false) {
         ImportConfiguration inForce;
         inForce.Apply("<?xml version=\"1.0\" encoding=\"UTF-8\"?><configuration>" + configuration +
                           "</configuration>",
                       "configuration");
         SourceRecord record;
         BuildRecordPacket(RecordXml(fields), {}, record.packet);
+        record.guarded = guarded;
         ExpectedSearches expected(m_schema);
         expected.Add(record, inForce);
         std::vector<std::string> texts;
@@ -134,6 +137,15 @@ TEST_F(ExpectedSearchesTest, NothingIsExpectedOfKeysOfSeveralFields) {
 TEST_F(ExpectedSearchesTest, NothingIsExpectedOfWhatCannotBeRead) {
     EXPECT_EQ(Of(Configured("record", "bug", "source_id"), {{"source_id", "&nosuch;"}}), Texts());
     EXPECT_EQ(Of(Configured("record", "nosuch", "source_id"), {{"source_id", "x"}}), Texts());
+}
+
+TEST_F(ExpectedSearchesTest, OfGuardedRecordsAreForWhatTheyMean) {
+    const std::string comma = Guarded(",", PacketPlace::ListItem);
+    const Fields fields = {{"source_id", "1" + comma}, {"watchers", "a" + comma + "b,c"}};
+    EXPECT_EQ(
+        Of(Configured("record", "bug", "source_id", "<updaterecord name=\"TRUE\"/>"), fields, true),
+        (std::vector<std::string>{"bug source_id=1,", "bug source_id=1, +fields", "user login=a,b",
+                                  "user login=c"}));
 }
 
 }  // namespace

@@ -19,9 +19,9 @@ using nlohmann::json;
 using testing::HasSubstr;
 
 constexpr const char* kRandomMap = R"(map: 1
-sources: {people: {files: people.jsonl}, bugs: {files: bugs.jsonl}, later: {files: later.jsonl}}
+sources: {people: {files: people.csv}, bugs: {files: bugs.jsonl}, later: {files: later.jsonl}}
 steps:
-- {records: user, source: people, key: login, fields: {login: /login, email: /mail}}
+- {records: user, source: people, key: login, fields: {login: login, email: mail}}
 - records: keyword
   source: bugs
   each: [/tags/*]
@@ -55,16 +55,16 @@ steps:
 )";
 
 constexpr const char* kOwnersOnly = R"(map: 1
-sources: {people: {files: people.jsonl}, bugs: {files: bugs.jsonl}}
+sources: {people: {files: people.csv}, bugs: {files: bugs.jsonl}}
 steps:
-- {records: user, source: people, key: login, fields: {login: /login, email: /mail}}
+- {records: user, source: people, key: login, fields: {login: login, email: mail}}
 - records: bug
   source: bugs
   key: source_id
   fields: {source_id: /id, title: /title, owner: {from: /mail, by: email}}
 )";
 
-// Random values of all kinds in JSON Lines, brought in through a map.
+// Random values of all kinds in JSON Lines and CSV, brought in through a map.
 class RandomMappedValues : public OnEachEngine<VerifyFixture> {
   protected:
     static constexpr std::size_t kCount = 10;
@@ -115,6 +115,19 @@ class RandomMappedValues : public OnEachEngine<VerifyFixture> {
         }
         return log;
     }
+    // The mails of people who are numbered from `first`, as CSV.
+    void WritePeople(const std::vector<std::string>& mails, std::size_t first, std::size_t end) {
+        std::string text = "login,mail\r\n";
+        for (std::size_t i = first; i < end; ++i) {
+            std::string cell = mails[i];
+            for (std::size_t at = cell.find('"'); at != std::string::npos;
+                 at = cell.find('"', at + 2)) {
+                cell.insert(at, 1, '"');
+            }
+            text += std::to_string(i) + ",\"" + cell + "\"\r\n";
+        }
+        m_folder.Write("people.csv", text);
+    }
     void WriteRows(const std::string& name, const std::vector<json>& rows) {
         std::string text;
         for (const json& row : rows) {
@@ -145,12 +158,10 @@ TEST_P(RandomMappedValues, ArriveAsTheyAre) {
     const auto ids = Different();
     const auto mails = Different();
     const auto tags = Different();
-    std::vector<json> people;
     std::vector<json> bugs;
     std::vector<json> later;
     std::vector<std::string> titles;
     for (std::size_t i = 0; i < kCount; ++i) {
-        people.push_back({{"login", std::to_string(i)}, {"mail", mails[i]}});
         json files = json::array();
         files.push_back({{"path", FileName(i)}, {"text", Odd()}});
         files.push_back({{"path", FileName(kCount + i)}, {"text", Odd()}});
@@ -163,7 +174,7 @@ TEST_P(RandomMappedValues, ArriveAsTheyAre) {
                         {"files", files}});
         later.push_back({{"id", ids[i]}, {"title", titles.back()}, {"mail", OneOf(mails)}});
     }
-    WriteRows("people.jsonl", people);
+    WritePeople(mails, 0, kCount);
     WriteRows("bugs.jsonl", bugs);
     WriteRows("later.jsonl", later);
     EXPECT_EQ(LoadAndVerify({m_folder.Path()}), 0) << Said() << Shown();
@@ -178,16 +189,14 @@ TEST_P(RandomMappedValues, AreSetAsideAndLoadedAgain) {
     SCOPED_TRACE("seed " + std::to_string(m_seed));
     const auto ids = Different();
     const auto mails = Different();
-    std::vector<json> people;
     std::vector<json> bugs;
     std::vector<std::string> titles;
     for (std::size_t i = 0; i < kCount; ++i) {
-        people.push_back({{"login", std::to_string(i)}, {"mail", mails[i]}});
         titles.push_back("x" + Odd(29));
         bugs.push_back({{"id", ids[i]}, {"title", titles.back()}, {"mail", mails[i]}});
     }
     m_folder.Write("map.yaml", kOwnersOnly);
-    WriteRows("people.jsonl", {people.front()});
+    WritePeople(mails, 0, 1);
     WriteRows("bugs.jsonl", bugs);
     m_options.rejects = m_folder.File("rejects");
     EXPECT_EQ(Load({m_folder.Path()}), 1);
@@ -195,7 +204,7 @@ TEST_P(RandomMappedValues, AreSetAsideAndLoadedAgain) {
     EXPECT_FALSE(IsGuarded(Said()));
     const std::vector<std::string> rejects = {m_options.rejects.string()};
     m_options.rejects.clear();
-    WriteRows("people.jsonl", {people.begin() + 1, people.end()});
+    WritePeople(mails, 1, kCount);
     WriteRows("bugs.jsonl", {});
     EXPECT_EQ(Load({m_folder.Path()}), 0) << Said();
     m_options.map.clear();

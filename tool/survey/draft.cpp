@@ -1,16 +1,16 @@
 #include "tool/survey/draft.h"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <algorithm>
-#include <array>
 #include <map>
 #include <set>
 #include <string_view>
 #include <utility>
 
 #include "tool/survey/draft_names.h"
+#include "tool/survey/draft_order.h"
+#include "tool/survey/draft_rules.h"
 #include "tool/survey/survey_words.h"
 #include "tool/text/number_text.h"
 
@@ -18,69 +18,7 @@ namespace tool {
 
 namespace {
 
-constexpr std::size_t kMostStates = 30;
-constexpr std::size_t kLongestState = 30;  // as a schema file has it
-constexpr std::size_t kLongestKeyText = 200;
 constexpr std::size_t kLongestPrefix = 20;
-constexpr std::size_t kMostChoices = 12;
-constexpr std::uint64_t kOftenEnough = 3;
-
-std::string Lower(std::string_view text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) {
-        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    });
-    return lower;
-}
-
-std::string LastName(const AddressSurvey& address) {
-    for (std::size_t i = address.steps.size(); i > 0; --i) {
-        if (!address.isElement[i - 1]) {
-            return address.steps[i - 1];
-        }
-    }
-    return "value";
-}
-
-bool IsBelow(const AddressSurvey& address, const AddressSurvey& above) {
-    return address.steps.size() > above.steps.size() &&
-           std::equal(above.steps.begin(), above.steps.end(), address.steps.begin()) &&
-           std::equal(above.isElement.begin(), above.isElement.end(), address.isElement.begin());
-}
-
-// How good a name is for a key; smaller is better.
-std::size_t KeyRank(const AddressSurvey& address) {
-    static constexpr std::array<std::string_view, 10> kNames = {
-        "id", "key", "number", "nr", "no", "code", "login", "uuid", "guid", "name"};
-    const std::string name = Lower(LastName(address));
-    const auto* const known = std::find(kNames.begin(), kNames.end(), name);
-    const std::size_t rank = known != kNames.end()
-                                 ? static_cast<std::size_t>(known - kNames.begin())
-                             : name.ends_with("id") ? kNames.size()
-                                                    : kNames.size() + 1;
-    return rank + address.steps.size() * (kNames.size() + 2);
-}
-
-bool CanBeKey(const AddressSurvey& address) {
-    return address.IsUnique() && address.IsScalarOnly() && address.severalLines == 0 &&
-           address.longest <= kLongestKeyText && address.dates.Dates() == 0 && address.words == 0;
-}
-
-bool CanBeState(const AddressSurvey& address) {
-    const std::string name = Lower(LastName(address));
-    const auto& entries = address.values.Entries();
-    return (name == "status" || name == "state") && address.texts > 0 && address.integers == 0 &&
-           address.texts == address.Values() && address.IsScalarOnly() && !address.IsInList() &&
-           !address.values.HasMore() && entries.size() <= kMostStates &&
-           address.longest <= kLongestState && address.forbidden == 0 && address.outerBlanks == 0 &&
-           address.severalLines == 0 &&
-           std::all_of(entries.begin(), entries.end(),
-                       [](const auto& entry) { return entry.second.isWhole; });
-}
-
-bool AreWholeNumbers(const AddressSurvey& address) {
-    return address.Values() > 0 && address.integers == address.Values();
-}
 
 class DraftMaker {
   public:
@@ -98,7 +36,7 @@ class DraftMaker {
                 Refer(type, field);
             }
         }
-        SortTypes();
+        SortTypes(m_draft);
         return std::move(m_draft);
     }
 
@@ -322,41 +260,6 @@ class DraftMaker {
         return scope.names.Take(isOwn ? (isKey ? "source_id" : "source_" + last) : last);
     }
 
-    static void SetKind(DraftField& field, const AddressSurvey& address) {
-        const std::vector<std::string> formats = address.dates.Formats();
-        const bool areTexts = address.texts == address.Values();
-        if (areTexts && address.dates.AreDates() && formats.size() == 1) {
-            field.kind = "datetime";
-            if (!formats.front().empty()) {
-                field.date = formats.front();
-            }
-        } else if (AreWholeNumbers(address)) {
-            field.kind = "integer";
-        } else if (address.words > 0 && address.words == address.Values()) {
-            field.kind = "choice";
-            field.choices = {"true", "false"};
-        } else {
-            field.kind = address.severalLines > 0 ? "multiline" : "text";
-            SuggestChoices(field, address);
-        }
-    }
-
-    static void SuggestChoices(DraftField& field, const AddressSurvey& address) {
-        const std::size_t distinct = address.values.Distinct();
-        const auto entries = address.values.Frequent(kMostChoices);
-        if (address.values.HasMore() || distinct < 2 || distinct > kMostChoices ||
-            address.Values() < distinct * kOftenEnough || address.severalLines > 0 ||
-            !std::all_of(entries.begin(), entries.end(),
-                         [](const auto& entry) { return entry.isWhole; })) {
-            return;
-        }
-        std::vector<std::string> words;
-        for (const auto& entry : entries) {
-            words.push_back(YamlText(entry.text));
-        }
-        field.suggestion = fmt::format("{{type: choice, choices: [{}]}}", fmt::join(words, ", "));
-    }
-
     void AddList(Scope& scope, std::size_t place) {
         const SourceSurvey& source = SourceAt(scope.source);
         const std::size_t end = EndBelow(source, place);
@@ -449,7 +352,9 @@ class DraftMaker {
         } else if (Field(type, place).isList) {
             MakeListRecords(type, place, from);
         }
-        AddNotes(Field(type, place), from);
+        AddNotes(Field(type, place), m_survey, from);
+        m_draft.needsZone |=
+            Field(type, place).kind == "datetime" && m_survey.At(from).dates.LacksZone();
     }
 
     DraftField& Field(std::size_t type, std::size_t place) {
@@ -527,92 +432,6 @@ class DraftMaker {
         name.address = ".";
         values.fields.push_back(std::move(name));
         SetReference(type, place, {made, 0});
-    }
-
-    void AddNotes(DraftField& field, AddressRef ref) {
-        const AddressSurvey& address = m_survey.At(ref);
-        for (const Remark& remark : Remarks(m_survey, ref)) {
-            switch (remark.kind) {
-                case Remark::Kind::Elsewhere:
-                    if (!field.reference && !field.isKey) {
-                        field.notes.push_back({remark.text + ": should this refer to them?", true});
-                    }
-                    break;
-                case Remark::Kind::NotAllDates:
-                    field.notes.push_back({remark.text + ". A field of type datetime takes dates "
-                                                         "only; this one is a text",
-                                           true});
-                    break;
-                case Remark::Kind::NoValueWord:
-                    field.notes.push_back(
-                        {remark.text + ": if that means no value, say so with null_if", true});
-                    break;
-                case Remark::Kind::Commas:
-                    if (!field.reference && !field.isKey && !field.isState) {
-                        field.notes.push_back({remark.text + ": where they part several values, "
-                                                             "split: \",\" takes these apart",
-                                               true});
-                    }
-                    break;
-                case Remark::Kind::OuterBlanks:
-                case Remark::Kind::Forbidden:
-                    field.notes.push_back({remark.text, false});
-                    break;
-                case Remark::Kind::NoZone:
-                    m_draft.needsZone |= field.kind == "datetime";
-                    break;
-                default:
-                    break;
-            }
-        }
-        if (address.dates.AreDates() && address.dates.Formats().size() > 1) {
-            field.notes.push_back(
-                {fmt::format("dates of which it is not clear which number is the day: with type "
-                             "datetime, date: {}",
-                             fmt::join(address.dates.Formats(), " or ")),
-                 true});
-        }
-        if (field.reference && address.values.HasMore()) {
-            field.notes.push_back({fmt::format("only {} different values were looked for; where "
-                                               "others are not there, records are rejected, unless "
-                                               "known_only: true leaves these values out",
-                                               ValueCounts::kLimit),
-                                   true});
-        }
-    }
-
-    // What is referred to comes first. Where types refer to each other, or to themselves, their
-    // references are set when all records are there.
-    void SortTypes() {
-        std::set<std::size_t> placed;
-        while (placed.size() < m_draft.types.size()) {
-            std::size_t next = m_draft.types.size();
-            for (std::size_t type = 0; type < m_draft.types.size(); ++type) {
-                if (placed.contains(type)) {
-                    continue;
-                }
-                next = std::min(next, type);
-                if (IsReady(m_draft.types[type], type, placed)) {
-                    next = type;
-                    break;
-                }
-            }
-            for (DraftField& field : m_draft.types[next].fields) {
-                if (field.reference && !placed.contains(field.reference->type)) {
-                    field.reference->isLate = true;
-                }
-            }
-            placed.insert(next);
-            m_draft.order.push_back(next);
-        }
-    }
-
-    static bool IsReady(const DraftType& type, std::size_t self,
-                        const std::set<std::size_t>& placed) {
-        return std::all_of(type.fields.begin(), type.fields.end(), [&](const DraftField& field) {
-            return !field.reference || field.reference->type == self ||
-                   placed.contains(field.reference->type);
-        });
     }
 
     const Survey& m_survey;

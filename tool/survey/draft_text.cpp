@@ -34,6 +34,7 @@ std::string Comments(const std::vector<DraftNote>& notes, std::string_view inden
 
 std::string YamlList(const std::vector<std::string>& texts) {
     std::vector<std::string> words;
+    words.reserve(texts.size());
     for (const std::string& text : texts) {
         words.push_back(YamlText(text));
     }

@@ -43,7 +43,7 @@ std::string SubjectOf(const auto& thing) {
     return subject.empty() ? "" : subject + ": ";
 }
 
-std::string Shown(std::string_view value) {
+std::string ShownValue(std::string_view value) {
     return value.empty() ? "nothing" : fmt::format("\"{}\"", value);
 }
 
@@ -102,7 +102,8 @@ std::string DescribeDifference(const Difference& difference) {
     // A record that is missing as a whole, for example, has no values to show.
     const bool hasValues = !difference.sourceValue.empty() || !difference.databaseValue.empty();
     if (hasValues) {
-        text += fmt::format("source {}, database {}", Shown(values.source), Shown(values.database));
+        text += fmt::format("source {}, database {}", ShownValue(values.source),
+                            ShownValue(values.database));
     }
     if (!difference.problem.empty()) {
         text += hasValues ? fmt::format(" ({})", difference.problem) : difference.problem;
@@ -115,7 +116,8 @@ std::string DescribeFault(const recorddb::Fault& fault) {
     if (fault.value.empty()) {
         return text + fault.problem;
     }
-    return text + fmt::format("{} ({})", Shown(ShowPair("", fault.value).database), fault.problem);
+    return text +
+           fmt::format("{} ({})", ShownValue(ShowPair("", fault.value).database), fault.problem);
 }
 
 VerifyTerminal::VerifyTerminal(bool quiet, std::ostream& out, std::ostream& err)

@@ -167,6 +167,8 @@ void AddLoad(CLI::App& app, Commands& commands) {
     CLI::App* load = app.add_subcommand("load", "Import packets");
     AddImportOptions(*load, commands, commands.load);
     load->add_option("--rejects", commands.load.rejects, "folder to set rejected records aside in");
+    load->add_option("--rejected-rows", commands.load.rejectedRows,
+                     "file to write the rows of rejected records to, as they stood (with --map)");
     AddRetryFor(*load, commands.load);
     load->callback([&commands] {
         commands.run = [&commands] { return RunLoad(commands.load, commands.out, commands.err); };

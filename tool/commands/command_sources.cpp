@@ -30,14 +30,23 @@ std::vector<Source> CommandSources::Files() const {
     return files;
 }
 
-bool CommandSources::Open(recorddb::Database& database, const RecordLimits& limits,
-                          bool findsFast) {
+std::vector<std::string> CommandSources::SourceNames() const {
+    std::vector<std::string> names;
+    for (const MapSource& source : m_map->sources) {
+        names.push_back(source.name);
+    }
+    return names;
+}
+
+bool CommandSources::Open(recorddb::Database& database, const RecordLimits& limits, bool findsFast,
+                          bool keepsRows) {
     if (!m_map) {
         return true;
     }
     CheckMap(*m_map, database.GetSchema());
     recorddb::RecordReader reader(database);
     MapRun::Options options;
+    options.keepsRows = keepsRows;
     options.limits = {.size = limits.size, .depth = limits.depth};
     options.exists = [&](const recorddb::schema::RecordType& type,
                          const recorddb::schema::Field& field, const std::string& value) {
@@ -52,6 +61,7 @@ bool CommandSources::Open(recorddb::Database& database, const RecordLimits& limi
     }
     m_list.emplace(run.Sources());
     m_findings = run.Findings();
+    m_rows = run.Rows();
     return true;
 }
 

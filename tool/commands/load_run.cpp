@@ -20,6 +20,7 @@
 #include "tool/process/exit_code.h"
 #include "tool/process/interrupt.h"
 #include "tool/process/usage_error.h"
+#include "tool/rejects/rejected_rows_sink.h"
 #include "tool/rejects/rejects_sink.h"
 #include "tool/sources/source_checks.h"
 #include "tool/sources/source_list.h"
@@ -85,11 +86,14 @@ recorddb::SessionOptions SessionFor(const LoadOptions& options, const LoadPolicy
 // The sinks of a load. The terminal is the last one, so a record that it shows as rejected has
 // already been set aside.
 std::vector<std::unique_ptr<LoadSink>> OpenSinks(const LoadKind& kind, const LoadOptions& options,
-                                                 std::uint64_t totalBytes, std::ostream& out,
-                                                 std::ostream& err) {
+                                                 const CommandSources& sources, bool isRead,
+                                                 std::ostream& out, std::ostream& err) {
     std::vector<std::unique_ptr<LoadSink>> sinks;
     if (!options.rejects.empty()) {
         sinks.push_back(std::make_unique<RejectsSink>(options.rejects));
+    }
+    if (!options.rejectedRows.empty() && isRead) {
+        sinks.push_back(std::make_unique<RejectedRowsSink>(options.rejectedRows, sources.Rows()));
     }
     if (!options.report.empty()) {
         sinks.push_back(kind.openReport(options.report));
@@ -97,6 +101,7 @@ std::vector<std::unique_ptr<LoadSink>> OpenSinks(const LoadKind& kind, const Loa
     if (!options.html.empty()) {
         sinks.push_back(std::make_unique<HtmlLoadReport>(options, kind.command));
     }
+    const std::uint64_t totalBytes = isRead ? sources.List().TotalSize() : 0;
     sinks.push_back(kind.openTerminal(options, totalBytes, out, err));
     return sinks;
 }
@@ -133,6 +138,20 @@ void TellLinesToPaste(const CommandSources& sources, LoadSinks& sinks) {
     }
 }
 
+// Where the rows of rejected records go.
+std::vector<std::filesystem::path> RejectedRowsFiles(const LoadOptions& options,
+                                                     const CommandSources& sources) {
+    std::vector<std::filesystem::path> files;
+    if (options.rejectedRows.empty()) {
+        return files;
+    }
+    const std::vector<std::string> names = sources.SourceNames();
+    for (const std::string& name : names) {
+        files.push_back(RejectedRowsPath(options.rejectedRows, name, names.size()));
+    }
+    return files;
+}
+
 int LoadInto(const LoadKind& kind, const LoadOptions& options, CommandSources& sources,
              std::ostream& out, std::ostream& err) {
     const auto database =
@@ -140,8 +159,9 @@ int LoadInto(const LoadKind& kind, const LoadOptions& options, CommandSources& s
     const AdPtr<recorddb::Session> session =
         database->OpenSession(SessionFor(options, kind.policy));
     WatchInterrupts();
-    const bool isRead = sources.Open(*database, options.limits, !kind.policy.MindsLosses());
-    const auto opened = OpenSinks(kind, options, isRead ? sources.List().TotalSize() : 0, out, err);
+    const bool isRead = sources.Open(*database, options.limits, !kind.policy.MindsLosses(),
+                                     !options.rejectedRows.empty());
+    const auto opened = OpenSinks(kind, options, sources, isRead, out, err);
     LoadSinks sinks(PointersTo(opened));
     SourceLoader loader(*database, session, options, kind.policy, sinks);
     TellFindings(sources, sinks);
@@ -171,7 +191,12 @@ int RunLoadOfKind(const LoadKind& kind, const LoadOptions& options, std::ostream
         throw UsageError("--whole-packets is for packets, and a map makes records one by one");
     }
     CommandSources sources(options.sources, options.map);
-    CheckOutputs(options, sources.Files());
+    if (!options.rejectedRows.empty() && options.map.empty()) {
+        throw UsageError(
+            "--rejected-rows writes rows, and packets have none; add --map, or use "
+            "--rejects");
+    }
+    CheckOutputs(options, sources.Files(), RejectedRowsFiles(options, sources));
     std::optional<TraceFile> trace;
     if (!options.trace.empty()) {
         trace.emplace(options.trace);

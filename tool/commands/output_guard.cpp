@@ -139,13 +139,17 @@ void OutputGuard::CheckFolders(const std::string& output, const fs::path& path) 
     }
 }
 
-void CheckOutputs(const LoadOptions& options, const std::vector<Source>& sources) {
+void CheckOutputs(const LoadOptions& options, const std::vector<Source>& sources,
+                  const std::vector<fs::path>& rejectedRows) {
     OutputGuard guard;
     KeepInputs(guard, options.database, options.sources, sources);
     guard.KeepFolder(options.attachments, "a file in the attachments folder");
     guard.KeepRejects(options.rejects);
     guard.CheckStandardOutputs();
     guard.Check("--report", options.report);
+    for (const fs::path& file : rejectedRows) {
+        guard.Check("--rejected-rows", file);
+    }
     guard.Check("--html", options.html);
     guard.Check("--trace", options.trace);
 }

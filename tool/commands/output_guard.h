@@ -54,7 +54,8 @@ class OutputGuard {
 
 // Check that no output that was asked for is another file of the command. To be called before any
 // output is opened. Throw UsageError.
-void CheckOutputs(const LoadOptions& options, const std::vector<Source>& sources);
+void CheckOutputs(const LoadOptions& options, const std::vector<Source>& sources,
+                  const std::vector<std::filesystem::path>& rejectedRows = {});
 void CheckOutputs(const VerifyOptions& options, const std::vector<Source>& sources);
 void CheckOutputs(const SurveyRequest& request, const SurveyFiles& files);
 

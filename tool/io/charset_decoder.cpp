@@ -103,10 +103,14 @@ bool IsKnownCharset(const std::string& name) {
     return U_SUCCESS(error);
 }
 
+bool IsUtf8Charset(const std::string& name) {
+    return ucnv_compareNames(name.c_str(), "UTF-8") == 0;
+}
+
 CharsetDecoder::CharsetDecoder(ByteSource& source, const std::string& charset, std::size_t chunk)
     : m_source(source), m_chunk(chunk), m_charset(charset), m_buffer(chunk + kHead, '\0') {
     ReadHead();
-    if (ucnv_compareNames(m_charset.c_str(), "UTF-8") != 0) {
+    if (!IsUtf8Charset(m_charset)) {
         m_converter = std::make_unique<Converter>(m_charset);
     }
 }

@@ -14,6 +14,8 @@ namespace tool {
 
 // Whether there is an encoding of that name, as IANA and ICU know it.
 bool IsKnownCharset(const std::string& name);
+// Whether that is UTF-8, however it is spelt.
+bool IsUtf8Charset(const std::string& name);
 
 // Reads a text in a given encoding in chunks and gives it as UTF-8. A byte order mark of UTF-8,
 // UTF-16 or UTF-32 counts for more than the encoding that was given, and is not part of the text.

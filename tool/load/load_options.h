@@ -19,11 +19,12 @@ constexpr std::chrono::seconds kDefaultRetryFor(60);
 struct LoadOptions {
     std::string database;
     std::vector<std::string> sources;
-    std::string map;                    // file; empty: the sources are packets
-    std::filesystem::path rejects;      // folder; empty for none
-    std::filesystem::path report;       // file; empty for none
-    std::filesystem::path html;         // file; empty for none
-    std::filesystem::path attachments;  // folder; empty for none
+    std::string map;                     // file; empty: the sources are packets
+    std::filesystem::path rejects;       // folder; empty for none
+    std::filesystem::path report;        // file; empty for none
+    std::filesystem::path rejectedRows;  // file; empty for none
+    std::filesystem::path html;          // file; empty for none
+    std::filesystem::path attachments;   // folder; empty for none
     std::int64_t maxAttachmentSize = recorddb::kDefaultMaxAttachmentSize;
     std::int64_t maxReferenceTries = recorddb::kDefaultMaxReferenceTries;
     std::filesystem::path trace;  // file; empty for none

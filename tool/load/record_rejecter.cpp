@@ -11,6 +11,9 @@ void RecordRejecter::Reject(const SourceRecord& record, const SourceWalk& walk,
     rejected.unit = record.unit;
     rejected.number = record.Number();
     rejected.line = record.line;
+    if (record.rows != nullptr) {
+        rejected.rows = *record.rows;
+    }
     const std::string missing = m_missing.Describe(record, walk.Configuration());
     rejected.reason = missing.empty() ? reason : reason + " " + missing;
     rejected.raw = record.raw;

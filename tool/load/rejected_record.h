@@ -4,8 +4,10 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tool/packet/record_cutter.h"
+#include "tool/sources/kind/source_record.h"
 
 namespace tool {
 
@@ -19,8 +21,9 @@ struct RejectedRecord {
     std::string reason;
     std::string_view raw;  // its text as it stands in the source; valid UTF-8
     RecordDefect defect = RecordDefect::None;
-    bool guarded = false;      // the values in `raw` are
-    bool openSection = false;  // a comment, CDATA section or instruction in it does not close
+    bool guarded = false;       // the values in `raw` are
+    std::vector<RowSpan> rows;  // that it was made of, where their texts are kept
+    bool openSection = false;   // a comment, CDATA section or instruction in it does not close
 };
 
 }  // namespace tool

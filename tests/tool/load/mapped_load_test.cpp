@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <sstream>
 #include <string>
 
@@ -60,6 +62,16 @@ TEST_F(MappedLoad, SetsRejectedRowsAsideWithTheirPlaces) {
     EXPECT_THAT(Said(), HasSubstr("bugs.csv, row 3, line 4: it has 1 cell, and the header has 3"));
     EXPECT_EQ(Query("SELECT title FROM bug"), "a");
     EXPECT_TRUE(std::filesystem::exists(m_options.rejects / "0002-records.xml"));
+}
+
+TEST_F(MappedLoad, WritesTheRowsOfRejectedRecordsAsTheyStood) {
+    m_options.rejectedRows = m_folder.File("rows.csv");
+    const std::string source =
+        m_folder.Write("bugs.csv", "Nr,Title,Who\n1,a,ann\n1,\"b \"\"x\"\",\ny\",ann\n2\n3,,\n");
+    EXPECT_EQ(Load({source}), 1);
+    std::ifstream rows(m_options.rejectedRows);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(rows), {}),
+              "Nr,Title,Who\n2\n1,\"b \"\"x\"\",\ny\",ann\n3,,\n");
 }
 
 TEST_F(MappedLoad, WarnsOfColumnsThatNobodyReads) {

@@ -5,11 +5,21 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tool/packet/record_cutter.h"
 #include "tool/sources/kind/source_values.h"
 
 namespace tool {
+
+// The text of a row among those that are kept (kept_rows.h).
+struct RowSpan {
+    std::uint32_t file = 0;
+    std::uint64_t begin = 0;
+    std::uint64_t size = 0;
+
+    bool operator==(const RowSpan&) const = default;
+};
 
 // One record of a source, ready for the importer.
 struct SourceRecord {
@@ -32,6 +42,8 @@ struct SourceRecord {
     bool guarded = false;      // its values are, in `packet` and in `raw`
     // What it says, where that was not read from a packet. Valid until the next record is read.
     const SourceValues* values = nullptr;
+    // The rows that it was made of, where their texts are kept; as long as `values`.
+    const std::vector<RowSpan>* rows = nullptr;
 
     // The number that people know it by.
     std::uint64_t Number() const { return number > 0 ? number : ordinal + 1; }

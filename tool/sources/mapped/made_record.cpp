@@ -67,8 +67,12 @@ void AppendRecord(const MadeRecord& record, std::string& bytes) {
     writer.Number(record.place.file);
     writer.Number(record.place.number);
     writer.Number(record.place.line);
-    writer.Number(record.place.textBegin);
-    writer.Number(record.place.textSize);
+    writer.Number(record.rows.size());
+    for (const RowSpan& row : record.rows) {
+        writer.Number(row.file);
+        writer.Number(row.begin);
+        writer.Number(row.size);
+    }
     writer.Text(record.key);
     writer.Number(record.first);
     writer.Text(record.error);
@@ -103,8 +107,11 @@ void ReadRecord(std::string_view bytes, MadeRecord& record) {
     record.place.file = static_cast<std::uint32_t>(reader.Number());
     record.place.number = reader.Number();
     record.place.line = reader.Number();
-    record.place.textBegin = reader.Number();
-    record.place.textSize = reader.Number();
+    reader.List(record.rows, [&](RowSpan& row) {
+        row.file = static_cast<std::uint32_t>(reader.Number());
+        row.begin = reader.Number();
+        row.size = reader.Number();
+    });
     reader.Text(record.key);
     record.first = reader.Number();
     reader.Text(record.error);

@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "tool/sources/kind/source_record.h"
 #include "tool/sources/kind/source_values.h"
 
 namespace tool {
@@ -14,17 +16,16 @@ struct RowPlace {
     std::uint32_t file = 0;  // by position among the files that are read
     std::uint64_t number = 0;
     std::uint64_t line = 0;
-    std::uint64_t textBegin = 0;  // of its text among the kept ones, where these are kept
-    std::uint64_t textSize = 0;
 };
 
 // What a step has made of a row, or of several.
 struct MadeRecord {
     RowPlace place;
     std::string key;
-    std::uint64_t first = 0;  // number of the first record of that key that the step made
-    std::string error;        // why it is rejected; empty: it is not
-    SourceValues values;      // as far as they could be made, where it is rejected
+    std::uint64_t first = 0;    // number of the first record of that key that the step made
+    std::string error;          // why it is rejected; empty: it is not
+    std::vector<RowSpan> rows;  // that it was made of, where their texts are kept
+    SourceValues values;        // as far as they could be made, where it is rejected
 };
 
 // A record as bytes, and back.

@@ -12,7 +12,7 @@ namespace tool {
 // What a map does with values, or finds out about them, that is worth telling.
 enum class MapNote {
     UnreadValue,      // at an address that nothing reads
-    IgnoredValue,     // at an address that the map leaves out
+    IgnoredValue,     // outside of the rows, at an address that the map leaves out
     OutsideValue,     // outside of the rows of a JSON document
     PassedOver,       // a row or item for which a test of `when` does not hold
     UnknownValue,     // one that its table lacks

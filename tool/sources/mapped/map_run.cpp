@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "recorddb/sha256.h"
-#include "tool/io/source_error.h"
+#include "tool/io/charset_decoder.h"
 #include "tool/io/watched_file.h"
 #include "tool/process/interrupt.h"
 #include "tool/sources/json/json_lines_reader.h"
@@ -68,6 +68,12 @@ MapRun::MapRun(const MapFile& map, const recorddb::schema::Schema& schema, MapIn
       m_files(std::make_shared<std::vector<ReadFile>>()),
       m_notes([this] { return CurrentPlace(); }),
       m_values(map.forbidden, m_notes) {
+    if (m_options.keepsRows) {
+        m_rows = std::make_shared<KeptRows>();
+        for (const MapSource& source : map.sources) {
+            m_rows->sources.push_back(source.name);
+        }
+    }
     for (const StepPlan& plan : m_plan.steps) {
         m_outputs.push_back(std::make_unique<StepOutput>(
             plan, m_outputs.size(), m_keys, m_notes,
@@ -132,7 +138,7 @@ void MapRun::ReadSource(std::size_t source) {
         }
     }
     RowMapper mapper({m_map, m_map.sources[source], std::move(steps), m_values, m_notes, m_keys,
-                      *m_tallies[source], [](const Row& /*row*/, RowPlace& /*place*/) {}});
+                      *m_tallies[source], m_rows.get()});
     m_mapper = &mapper;
     for (const MapInput& input : m_inputs.inputs) {
         if (input.source == source && Interrupted() == 0) {
@@ -145,6 +151,10 @@ void MapRun::ReadSource(std::size_t source) {
 void MapRun::ReadInput(const MapInput& input, RowMapper& mapper) {
     const MapSource& source = m_map.sources[input.source];
     m_files->push_back({input.name, source.format});
+    if (m_rows != nullptr) {
+        const bool isCsv = source.format == MapFormat::Csv;
+        m_rows->files.push_back({input.source, "", isCsv && !IsUtf8Charset(source.csv.charset)});
+    }
     mapper.BeginFile(static_cast<std::uint32_t>(m_files->size() - 1), input.name);
     std::unique_ptr<ByteSource> bytes;
     if (input.path == "-") {

@@ -30,7 +30,8 @@ class MapRun {
   public:
     struct Options {
         RowLimits limits;
-        int standardInput = 0;  // the descriptor that "-" reads; stays the caller's
+        bool keepsRows = false;  // the texts of rows, to be had from Rows
+        int standardInput = 0;   // the descriptor that "-" reads; stays the caller's
         // Whether the database has a record of a type with a value in a field.
         std::function<bool(const recorddb::schema::RecordType&, const recorddb::schema::Field&,
                            const std::string&)>
@@ -48,6 +49,9 @@ class MapRun {
 
     // The sources, in the order of loading; each lasts without this object.
     const std::vector<std::shared_ptr<const MadeSource>>& Sources() const { return m_sources; }
+
+    // The texts of the rows; null where they are not kept.
+    const std::shared_ptr<KeptRows>& Rows() const { return m_rows; }
 
     // What there is to tell.
     MapFindings Findings() const;
@@ -68,6 +72,7 @@ class MapRun {
     Options m_options;
     MapPlan m_plan;
     std::shared_ptr<std::vector<ReadFile>> m_files;
+    std::shared_ptr<KeptRows> m_rows;
     MapNotes m_notes;
     ValueMaker m_values;
     KeyBook m_keys;

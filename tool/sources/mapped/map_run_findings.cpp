@@ -56,6 +56,14 @@ MapFinding FindingOf(MapNote note, const std::string& subject, const MapNotes::E
                     fmt::format("no step reads {}, which stands outside of the rows ({})", subject,
                                 CountOf(count, "value")),
                     ""};
+        case MapNote::IgnoredValue:
+            return {FindingWeight::Count,
+                    "ignored-address",
+                    entry.place,
+                    count,
+                    fmt::format("{} outside of the rows is left out by the map ({})", subject,
+                                CountOf(count, "value")),
+                    ""};
         case MapNote::PassedOver:
             return {FindingWeight::Count,
                     "passed-over",
@@ -157,7 +165,10 @@ void MapRun::AddTallyFindings(std::size_t source, MapFindings& findings) const {
                      ""});
             }
         }
-        if (!known.isFound && !known.address->isOptional && tally.Rows() > 0) {
+        // With `rows`, a slash in front may mean the document.
+        const bool mayBeOutside =
+            known.isIgnored && m_map.sources[source].rows && known.address->text.starts_with('/');
+        if (!known.isFound && !known.address->isOptional && tally.Rows() > 0 && !mayBeOutside) {
             const MapAddress& address = *known.address;
             findings.all.push_back(
                 {known.isIgnored ? FindingWeight::Note : FindingWeight::Loss, "missing-address",
@@ -177,6 +188,7 @@ void MapRun::AddNoteFindings(MapFindings& findings) const {
         const auto& [note, subject] = key;
         if (note != MapNote::UnknownValue && note != MapNote::DifferentRepeat) {
             findings.all.push_back(FindingOf(note, subject, entry));
+            findings.ignored += note == MapNote::IgnoredValue ? entry.count : 0;
             continue;
         }
         const std::size_t end = subject.find('\n');

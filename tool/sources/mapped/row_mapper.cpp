@@ -67,7 +67,40 @@ void RowMapper::BeginFile(std::uint32_t file, const std::string& name) {
     m_fileName = name;
 }
 
+void RowMapper::KeepHeader(const std::vector<std::string>& columns) const {
+    const CsvFormat& csv = m_parts.source.csv;
+    if (m_parts.rows == nullptr || !csv.header.empty()) {
+        return;
+    }
+    std::string& line = m_parts.rows->files[m_place.file].header;
+    for (const std::string& column : columns) {
+        if (&column != &columns.front()) {
+            line += csv.separator;
+        }
+        const bool isPlain =
+            csv.quote == CsvFormat::kNoQuote ||
+            (column.find(csv.separator) == column.npos && column.find(csv.quote) == column.npos &&
+             column.find('\n') == column.npos);
+        if (isPlain) {
+            line += column;
+            continue;
+        }
+        line += csv.quote;
+        for (const char c : column) {
+            line.append(c == csv.quote ? 2 : 1, c);
+        }
+        line += csv.quote;
+    }
+}
+
+void RowMapper::KeepText(const Row& row) {
+    if (m_parts.rows != nullptr) {
+        m_rows = {{m_place.file, m_parts.rows->texts.Add(row.raw), row.raw.size()}};
+    }
+}
+
 void RowMapper::TakeHeader(const std::vector<std::string>& columns) {
+    KeepHeader(columns);
     for (const Step& step : m_parts.steps) {
         ForEachAddress(*step.plan->step,
                        [&](const MapAddress& address) { RequireColumn(address, columns); });
@@ -95,7 +128,7 @@ bool RowMapper::TakeRow(Row& row) {
     }
     m_place.number = row.number;
     m_place.line = row.line;
-    m_parts.keepText(row, m_place);
+    KeepText(row);
     if (row.nuls > 0) {
         m_parts.notes.Add(MapNote::ReplacedCharacter, "NUL", row.nuls);
     }
@@ -106,6 +139,7 @@ bool RowMapper::TakeRow(Row& row) {
         // Once, though several steps would have read it.
         MadeRecord record;
         record.place = m_place;
+        record.rows = m_rows;
         record.error = row.error;
         m_parts.steps.front().output->Take(std::move(record));
         return true;
@@ -119,7 +153,12 @@ bool RowMapper::TakeRow(Row& row) {
 
 void RowMapper::TakeOutside(const std::string& address, std::uint64_t line) {
     m_place.line = line;
-    m_parts.notes.Add(MapNote::OutsideValue, address);
+    const auto& ignored = m_parts.source.ignore;
+    const bool isIgnored =
+        std::any_of(ignored.begin(), ignored.end(), [&](const MapAddress& known) {
+            return address == known.text || address.starts_with(known.text + '/');
+        });
+    m_parts.notes.Add(isIgnored ? MapNote::IgnoredValue : MapNote::OutsideValue, address);
 }
 
 void RowMapper::RunStep(const Step& step, const Row& row) {
@@ -177,6 +216,7 @@ void RowMapper::MakeRecord(const Step& step, const RowItem& item) {
     }
     MadeRecord record;
     record.place = m_place;
+    record.rows = m_rows;
     if (map.kind == StepKind::History) {
         record.values.history.emplace_back();
     } else if (map.kind == StepKind::Attachments) {

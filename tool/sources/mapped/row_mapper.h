@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tool/map/map_file.h"
+#include "tool/sources/kind/kept_rows.h"
 #include "tool/sources/mapped/address_tally.h"
 #include "tool/sources/mapped/map_notes.h"
 #include "tool/sources/mapped/step_output.h"
@@ -32,8 +33,7 @@ class RowMapper final : public RowHandler {
         MapNotes& notes;
         KeyBook& keys;
         AddressTally& tally;
-        // Keeps the text of a row, and notes in its place where.
-        std::function<void(const Row&, RowPlace&)> keepText;
+        KeptRows* rows;  // null: texts are not kept
     };
 
     explicit RowMapper(Parts parts);
@@ -50,6 +50,8 @@ class RowMapper final : public RowHandler {
     const RowPlace& Place() const { return m_place; }
 
   private:
+    void KeepHeader(const std::vector<std::string>& columns) const;
+    void KeepText(const Row& row);
     void RequireColumn(const MapAddress& address, const std::vector<std::string>& columns) const;
     void RunStep(const Step& step, const Row& row);
     void RunItems(const Step& step, const MapEach& each, const Row& row);
@@ -63,6 +65,7 @@ class RowMapper final : public RowHandler {
 
     Parts m_parts;
     RowPlace m_place;
+    std::vector<RowSpan> m_rows;  // the current one, where texts are kept
     std::string m_fileName;
 };
 

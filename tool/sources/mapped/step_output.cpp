@@ -76,6 +76,7 @@ void StepOutput::Gather(MadeRecord record) {
     }
     MoveTo(m_group->values.history, record.values.history);
     MoveTo(m_group->values.attachments, record.values.attachments);
+    MoveTo(m_group->rows, record.rows);
     if (m_group->values.history.size() == kMostEntries) {
         FlushGroup();
     }
@@ -160,6 +161,7 @@ std::unique_ptr<RecordSpool> StepOutput::Arranged() {
 void StepOutput::Join(MadeRecord& record, MadeRecord& part) {
     MoveTo(record.values.history, part.values.history);
     MoveTo(record.values.attachments, part.values.attachments);
+    MoveTo(record.rows, part.rows);
     if (!Gathers()) {
         Merge(record, part);
     }

@@ -66,6 +66,7 @@ class StepReading final : public RecordSource {
         record.ordinal = m_ordinal++;
         record.error = m_made.error;
         record.values = &m_made.values;
+        record.rows = &m_made.rows;
         m_raw.clear();
         const bool holdsNothing = m_made.values == SourceValues();
         if (!holdsNothing) {

@@ -275,6 +275,19 @@ TEST_F(MapRunTest, ReadsItemsOfJsonDocuments) {
                             "value)"));
 }
 
+TEST_F(MapRunTest, TellsOfValuesOutsideOfTheRowsUnlessTheyAreIgnored) {
+    m_folder.Write("a.json", R"({"total":1,"page":{"next":"x"},"issues":[{"key":"1"}]})");
+    EXPECT_THAT(Run("sources: {docs: {files: a.json, rows: issues, ignore: [/page]}}\nsteps:\n"
+                    "- {records: bug, source: docs, key: source_id, fields: {source_id: key}}\n")
+                    .front(),
+                ElementsAre("source_id=1"));
+    EXPECT_THAT(m_findings,
+                ElementsAre("ignored-address: /page/next outside of the rows is left out by the "
+                            "map (1 value)",
+                            "unread-address: no step reads /total, which stands outside of the "
+                            "rows (1 value)"));
+}
+
 TEST_F(MapRunTest, LeavesOutReferencesToWhatIsNowhere) {
     m_folder.Write("bugs.csv", "Nr,A\n1,\"2, 3, 4\"\n2,1\n");
     m_folder.Write("users.csv", "Login\n2\n");

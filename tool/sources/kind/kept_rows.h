@@ -1,0 +1,27 @@
+#ifndef TOOL_SOURCES_KIND_KEPT_ROWS_H
+#define TOOL_SOURCES_KIND_KEPT_ROWS_H
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "tool/io/text_store.h"
+
+namespace tool {
+
+// The texts of the rows that records were made of, where they are wanted.
+struct KeptRows {
+    struct File {
+        std::size_t source = 0;  // by position among the sources of the map
+        std::string header;      // the line that names its columns; empty without one
+        bool needsMark = false;  // is written in UTF-8 here, which the map says of it otherwise
+    };
+
+    TextStore texts;
+    std::vector<std::string> sources;  // their names
+    std::vector<File> files;           // by number
+};
+
+}  // namespace tool
+
+#endif

@@ -20,7 +20,19 @@ if(ZT_SANITIZE)
         add_compile_options(-Wno-maybe-uninitialized)
     endif()
     add_link_options(-fsanitize=${ZT_SANITIZE})
+    # The address sanitizer ends a program that uses a null or a dangling pointer, so that build
+    # leaves out the checks of every pointer before its use: they take a third of the compile time.
+    if(ZT_NO_SANITIZE)
+        add_compile_options(-fno-sanitize=${ZT_NO_SANITIZE})
+    endif()
 endif()
+
+# How a shared library is linked of which nothing may be missing. clang has the sanitizers' functions
+# in programs only.
+if(NOT ZT_SANITIZE OR NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    set(ZT_LINK_WHOLE LINKER:--no-undefined)
+endif()
+
 if(ZT_FUZZ)
     # Every library counts for libFuzzer what it covers.
     add_compile_options(-fsanitize=fuzzer-no-link)

@@ -56,7 +56,8 @@ TEST(ImporterLibrary, TellsAnImporterByItsType) {
     const std::unique_ptr<CObject> object = std::make_unique<AdImporter>();
     EXPECT_NE(dynamic_cast<const AdImporter*>(object.get()), nullptr);
     EXPECT_EQ(dynamic_cast<const CountingImporter*>(object.get()), nullptr);
-    EXPECT_EQ(typeid(*object), typeid(AdImporter));
+    const CObject& any = *object;
+    EXPECT_EQ(typeid(any), typeid(AdImporter));
 }
 
 TEST(ImporterLibrary, HasVersionHooksToLookUpByName) {

@@ -50,10 +50,10 @@ class RecordImporter {
     void StartAnew();
 
     AdPtr<recorddb::Session> m_session;
+    bool m_guarded = false;  // what MakeImporter makes an importer for
     std::unique_ptr<AdImporter> m_importer;
     std::u16string m_configuration;
     std::u16string m_packet;  // kept to reuse its memory
-    bool m_guarded = false;
 };
 
 }  // namespace tool

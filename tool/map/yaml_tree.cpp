@@ -133,6 +133,13 @@ class TreeBuilder final : public YAML::EventHandler {
 
 }  // namespace
 
+YamlNode::YamlNode(Kind kind, MapPlace place, std::string text)
+    : m_kind(kind), m_place(place), m_text(std::move(text)) {}
+
+void YamlNode::AddItem(YamlNode item) {
+    m_items.push_back(std::move(item));
+}
+
 const YamlNode* YamlNode::Find(std::string_view key) const {
     const auto found = std::find_if(m_members.begin(), m_members.end(),
                                     [&](const Member& member) { return member.key == key; });

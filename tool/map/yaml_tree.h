@@ -18,8 +18,7 @@ class YamlNode {
     enum class Kind { Text, List, Map };
     struct Member;
 
-    YamlNode(Kind kind, MapPlace place, std::string text = {})
-        : m_kind(kind), m_place(place), m_text(std::move(text)) {}
+    YamlNode(Kind kind, MapPlace place, std::string text = {});
 
     Kind GetKind() const { return m_kind; }
     bool IsText() const { return m_kind == Kind::Text; }
@@ -33,7 +32,7 @@ class YamlNode {
     // The value of a key; null when there is none, or this is no map.
     const YamlNode* Find(std::string_view key) const;
 
-    void AddItem(YamlNode item) { m_items.push_back(std::move(item)); }
+    void AddItem(YamlNode item);
     void AddMember(std::string key, MapPlace place, YamlNode value);
 
   private:

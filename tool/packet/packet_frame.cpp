@@ -23,7 +23,7 @@ bool IsMark(char c) {
 }
 
 // Valid UTF-8, although what was kept may end within a character.
-std::string Shown(std::string_view text) {
+std::string ReadableStart(std::string_view text) {
     const auto isPart = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; };
     if (text.size() == kKept) {
         while (!text.empty() && isPart(text.back())) {
@@ -197,14 +197,15 @@ void PacketFrame::Close() {
     if (found == m_open.rend() - 1) {
         if (!m_inBrokenRecord) {
             Report(FrameDefectKind::Markup, m_tagLine,
-                   fmt::format("</{}> closes no element", Shown(m_name)));
+                   fmt::format("</{}> closes no element", ReadableStart(m_name)));
         }
         return;
     }
     if (found != m_open.rbegin() && !m_inBrokenRecord) {
-        Report(FrameDefectKind::Markup, m_tagLine,
-               fmt::format("</{}> comes before the end of <{}>, which opens on line {}",
-                           Shown(m_name), Shown(Innermost().name), Innermost().line));
+        Report(
+            FrameDefectKind::Markup, m_tagLine,
+            fmt::format("</{}> comes before the end of <{}>, which opens on line {}",
+                        ReadableStart(m_name), ReadableStart(Innermost().name), Innermost().line));
     }
     m_open.erase(found.base() - 1, m_open.end());
 }
@@ -220,7 +221,7 @@ void PacketFrame::EndText() {
     }
     if (Innermost().holdsRecord) {
         Report(FrameDefectKind::Text, text.line,
-               fmt::format("text outside of records: \"{}\"", Shown(text.text)));
+               fmt::format("text outside of records: \"{}\"", ReadableStart(text.text)));
     } else if (Innermost().text.line == 0) {
         Innermost().text = text;
     }
@@ -283,7 +284,7 @@ void PacketFrame::AddRecord(std::uint64_t line) {
     Innermost().holdsRecord = true;
     if (const Run text = std::exchange(Innermost().text, {}); text.line != 0) {
         Report(FrameDefectKind::Text, text.line,
-               fmt::format("text outside of records: \"{}\"", Shown(text.text)));
+               fmt::format("text outside of records: \"{}\"", ReadableStart(text.text)));
     }
 }
 
@@ -309,7 +310,7 @@ void PacketFrame::End(std::uint64_t line) {
         Report(FrameDefectKind::CutShort, line,
                fmt::format("the packet is cut short: the element <{}>, which opens on line {}, "
                            "does not end",
-                           Shown(m_open[1].name), m_open[1].line));
+                           ReadableStart(m_open[1].name), m_open[1].line));
     }
 }
 

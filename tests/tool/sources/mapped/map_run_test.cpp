@@ -19,7 +19,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-constexpr const char* kSchema = R"(
+constexpr const char* kTracker = R"(
 record_types:
   user: {key: [login], fields: {login: {type: text}, name: {type: text}}}
   bug:
@@ -106,7 +106,7 @@ class MapRunTest : public testing::Test {
     }
 
     const TemporaryFolder m_folder;
-    const recorddb::schema::Schema m_schema = recorddb::schema::ReadSchema(kSchema, "schema.yaml");
+    const recorddb::schema::Schema m_schema = recorddb::schema::ReadSchema(kTracker, "schema.yaml");
     MapFile m_map;
     std::string m_existing;  // a value that the database has
     std::vector<std::string> m_findings;

@@ -25,9 +25,14 @@ class Rejections {
         tool::SourceRecord record;
         while (reader.NextRecord(record)) {
             m_raws.emplace_back(record.raw);
-            m_records.push_back({"source.xml", record.ordinal + 1, record.line, "",
-                                 std::string(text.substr(record.offset / 2, 100)), "",
-                                 record.defect, record.openSection});
+            m_records.push_back({.source = "source.xml",
+                                 .number = record.ordinal + 1,
+                                 .line = record.line,
+                                 .sourceId = "",
+                                 .reason = std::string(text.substr(record.offset / 2, 100)),
+                                 .raw = {},
+                                 .defect = record.defect,
+                                 .openSection = record.openSection});
         }
         for (std::size_t i = 0; i < m_raws.size(); ++i) {
             m_records[i].raw = m_raws[i];

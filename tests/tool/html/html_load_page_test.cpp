@@ -171,7 +171,8 @@ TEST_F(LoadPageTest, EscapesAllTextFromData) {
     m_options.rejects = evil;
     RunSummary summary = Start();
     summary.StartType(evil, ImportedData::Records, {});
-    summary.AddReject({evil, 1, 1, evil, evil, {}});
+    summary.AddReject(
+        {.source = evil, .number = 1, .line = 1, .sourceId = evil, .reason = evil, .raw = {}});
     summary.AddLoss({LossKind::ChangedText, evil, 1, 1, evil, evil, evil});
     summary.NoteEarlyEnd(evil);
     summary.Finish(Totals(2, 1));

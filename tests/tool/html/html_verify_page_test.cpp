@@ -28,8 +28,16 @@ class VerifyPageTest : public testing::Test {
 
     static Difference Differs(const std::string& field, const std::string& source,
                               const std::string& database, const std::string& problem = "") {
-        return {"packets/bugs.xml", 1234,  5678,   "core-7", "bug",
-                "BUG00000007",      field, source, database, problem};
+        return {.source = "packets/bugs.xml",
+                .record = 1234,
+                .line = 5678,
+                .sourceId = "core-7",
+                .type = "bug",
+                .id = "BUG00000007",
+                .field = field,
+                .sourceValue = source,
+                .databaseValue = database,
+                .problem = problem};
     }
 
     // Findings of `differences` in a database of 5,000 bugs.

@@ -98,7 +98,10 @@ void StepOutput::FlushGroup() {
 
 void StepOutput::TakeSingle(MadeRecord record) {
     record.first = m_next;
-    const auto known = m_keys.Note(m_number, record.key, {m_next, record.place, HashOf(record)});
+    // Only where the first of them is kept is a later one compared with it.
+    const bool keepsFirst = m_plan.step->sameKey == SameKey::First;
+    const auto known = m_keys.Note(
+        m_number, record.key, {m_next, record.place, keepsFirst ? HashOf(record) : std::string()});
     if (!known) {
         Add(record);
         return;

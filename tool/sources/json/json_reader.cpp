@@ -128,8 +128,8 @@ class JsonReader::Events final : public JsonEvents {
         }
         BeginRow();
         m_builder.Value(kind, text);
-        m_scalar = kind == RowTree::Kind::Text ? nlohmann::json(text).dump() : std::string(text);
-        m_row.raw = kind == RowTree::Kind::Null ? "null" : m_scalar;
+        m_scalar = ScalarAsItStood(kind, text);
+        m_row.raw = m_scalar;
         return HandOut();
     }
 
@@ -225,6 +225,17 @@ class JsonReader::Events final : public JsonEvents {
             }
         }
         return true;
+    }
+
+    static std::string ScalarAsItStood(RowTree::Kind kind, std::string_view text) {
+        switch (kind) {
+            case RowTree::Kind::Null:
+                return "null";
+            case RowTree::Kind::Text:
+                return nlohmann::json(text).dump();
+            default:
+                return std::string(text);
+        }
     }
 
     std::string Address() const {

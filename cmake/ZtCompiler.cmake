@@ -8,6 +8,12 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
     # Optimising, g++ 12 takes "text" + std::string for a copy onto itself (its bug 105651).
     add_compile_options(-Wno-restrict)
 endif()
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 15)
+    # clang 14 takes the compile time's branch of "if consteval" in a condition that it folds, as
+    # libstdc++'s question whether it is evaluated by the compiler is: strings would be filled and
+    # copied a character at a time. Without the feature libstdc++ asks by the compiler's builtin.
+    add_compile_options(-U__cpp_if_consteval)
+endif()
 if(ZT_WERROR)
     add_compile_options(-Werror)
 endif()

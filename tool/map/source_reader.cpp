@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <filesystem>
 #include <string_view>
 
@@ -14,6 +16,9 @@ namespace tool {
 
 namespace {
 
+// What is composed of a name is still the name of a file.
+constexpr std::size_t kLongestName = 100;
+
 class SourceReader {
   public:
     SourceReader(const YamlFile& file, const YamlNode::Member& member)
@@ -23,6 +28,7 @@ class SourceReader {
     }
 
     MapSource Read() {
+        CheckName();
         m_file.RequireMap(m_node, m_what);
         m_file.AllowOnly(m_node,
                          {"files", "format", "separator", "quote", "encoding", "header", "rows",
@@ -47,6 +53,20 @@ class SourceReader {
     }
 
   private:
+    // The rows that are rejected go to files that bear the names of their sources.
+    void CheckName() const {
+        const std::string& name = m_source.name;
+        const bool hasOddCharacter = std::any_of(name.begin(), name.end(), [](char c) {
+            return c == '/' || static_cast<unsigned char>(c) < ' ';
+        });
+        if (name.empty() || name.size() > kLongestName || hasOddCharacter) {
+            m_file.Fail(m_source.place,
+                        fmt::format("the name of a source becomes a part of names of files: it "
+                                    "must have 1 to {} bytes, without '/' and control characters",
+                                    kLongestName));
+        }
+    }
+
     void ReadFiles() {
         const YamlNode& files =
             m_file.Require(m_node, "files", m_what, "it names the files, such as files: bugs.csv");

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "tool/io/byte_source.h"
+#include "tool/io/folder_files.h"
 #include "tool/io/source_error.h"
 #include "tool/map/file_ending.h"
 
@@ -72,23 +73,14 @@ SurveyFiles::SurveyFiles(const std::vector<std::string>& arguments, std::optiona
 }
 
 void SurveyFiles::AddFolder(const std::string& folder) {
-    std::vector<fs::path> files;
-    try {
-        for (fs::recursive_directory_iterator at(folder), end; at != end; ++at) {
-            if (at->path().filename().string().starts_with('.')) {
-                at.disable_recursion_pending();
-            } else if (!at->is_directory()) {
-                files.push_back(at->path());
-            }
-        }
-    } catch (const fs::filesystem_error& error) {
-        throw SourceError(
-            fmt::format("{}: the directory cannot be read: {}; make it readable for this user and "
-                        "run again",
-                        folder, error.code().message()));
-    }
+    FolderFiles listed = FilesOfFolder(folder);
+    std::vector<fs::path>& files = listed.files;
     std::sort(files.begin(), files.end(),
               [](const fs::path& a, const fs::path& b) { return a.native() < b.native(); });
+    std::sort(listed.others.begin(), listed.others.end());
+    for (const fs::path& other : listed.others) {
+        m_notRead.push_back(other.string());
+    }
     const std::size_t before = m_found.size();
     for (const fs::path& file : files) {
         Add({file, file.string()}, file.lexically_relative(folder).string(), false);

@@ -38,7 +38,7 @@ class SurveyFiles {
                          std::optional<MapFormat> format = std::nullopt, int standardInput = 0);
 
     const std::vector<SurveyGroup>& Groups() const { return m_groups; }
-    // Names of files in folders of which nothing is known.
+    // Names of files in folders of which nothing is known, and of what is no file: pipes, say.
     const std::vector<std::string>& NotRead() const { return m_notRead; }
 
   private:

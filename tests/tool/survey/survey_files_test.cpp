@@ -1,6 +1,7 @@
 #include "tool/survey/survey_files.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "survey_fixture.h"
@@ -45,6 +46,15 @@ TEST_F(SurveyFilesTest, ReadsFoldersAndAllBelow) {
                 ElementsAre("a: a.jsonl, 1", "b: b.csv, 1", "c: deep/er/c.json, 1"));
     EXPECT_THAT(SurveyFiles({m_folder.Path().string()}).NotRead(),
                 ElementsAre(m_folder.File("note.txt")));
+}
+
+TEST_F(SurveyFilesTest, OpensNothingInFoldersThatIsNoFile) {
+    Write("b.csv", "");
+    ASSERT_EQ(::mkfifo(m_folder.File("a.csv").c_str(), 0600), 0);
+    std::filesystem::create_directory_symlink(m_folder.Path(), m_folder.File("c"));
+    EXPECT_THAT(Groups({m_folder.Path().string()}), ElementsAre("b: b.csv, 1"));
+    EXPECT_THAT(SurveyFiles({m_folder.Path().string()}).NotRead(),
+                ElementsAre(m_folder.File("a.csv"), m_folder.File("c")));
 }
 
 TEST_F(SurveyFilesTest, PutsFilesTogetherThatDifferInNumbers) {

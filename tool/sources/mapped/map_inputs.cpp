@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <system_error>
 
+#include "tool/io/folder_files.h"
 #include "tool/io/source_error.h"
 
 namespace tool {
@@ -69,34 +70,20 @@ struct Candidate {
     bool isArgument = false;
 };
 
-bool IsHidden(const fs::path& path) {
-    return path.filename().string().starts_with('.');
-}
-
-void AddFolder(const std::string& folder, std::vector<Candidate>& found) {
-    try {
-        for (fs::recursive_directory_iterator at(folder), end; at != end; ++at) {
-            if (IsHidden(at->path())) {
-                at.disable_recursion_pending();
-            } else if (!at->is_directory()) {
-                found.push_back({at->path(), at->path().string(),
-                                 at->path().lexically_relative(folder).string(), false});
-            }
-        }
-    } catch (const fs::filesystem_error& error) {
-        throw SourceError(
-            fmt::format("{}: the directory cannot be read: {}; make it readable for this user and "
-                        "run again",
-                        folder, error.code().message()));
-    }
-}
-
-std::vector<Candidate> FindCandidates(const std::vector<std::string>& arguments) {
+std::vector<Candidate> FindCandidates(const std::vector<std::string>& arguments,
+                                      MapInputs& inputs) {
     std::vector<Candidate> found;
     for (const std::string& argument : arguments) {
         std::error_code ignored;
         if (fs::is_directory(argument, ignored)) {
-            AddFolder(argument, found);
+            const FolderFiles folder = FilesOfFolder(argument);
+            for (const fs::path& file : folder.files) {
+                found.push_back(
+                    {file, file.string(), file.lexically_relative(argument).string(), false});
+            }
+            for (const fs::path& other : folder.others) {
+                inputs.unreadable.push_back(other.string());
+            }
         } else {
             found.push_back({argument, argument, argument, true});
         }
@@ -144,9 +131,10 @@ MapInputs FindMapInputs(const MapFile& map, const std::vector<std::string>& argu
     if (std::find(arguments.begin(), arguments.end(), "-") != arguments.end()) {
         return StandardInput(map, arguments);
     }
-    const std::vector<Candidate> candidates = FindCandidates(arguments);
-    std::vector<std::size_t> readBy(candidates.size(), map.sources.size());
     MapInputs inputs;
+    const std::vector<Candidate> candidates = FindCandidates(arguments, inputs);
+    std::sort(inputs.unreadable.begin(), inputs.unreadable.end());
+    std::vector<std::size_t> readBy(candidates.size(), map.sources.size());
     for (std::size_t source = 0; source < map.sources.size(); ++source) {
         std::vector<bool> isRead(candidates.size());
         for (const std::string& pattern : map.sources[source].files) {

@@ -21,6 +21,9 @@ struct MapInput {
 struct MapInputs {
     std::vector<MapInput> inputs;     // by source, then in the bytewise order of their names
     std::vector<std::string> unread;  // files of SOURCE folders that no source reads
+    // What stands in these folders besides files: pipes, devices, sockets, links to folders and to
+    // nothing. None of them is read.
+    std::vector<std::string> unreadable;
 };
 
 // Finds the files that the patterns of a map name in `arguments`, the SOURCEs of the command line:

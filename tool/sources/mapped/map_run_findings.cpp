@@ -33,12 +33,12 @@ std::string AsYaml(const std::string& text) {
     return quoted + '"';
 }
 
-MapFinding UnreadFiles(const std::vector<std::string>& files) {
+MapFinding UnreadFiles(const std::vector<std::string>& files, std::string_view saying) {
     MapFinding finding{FindingWeight::Note, "unread-file", "", files.size(), "", ""};
     const auto last =
         files.begin() + static_cast<std::ptrdiff_t>(std::min(files.size(), kShownFiles));
     finding.text =
-        fmt::format("not read: {}, {}{}", CountOf(files.size(), "file"),
+        fmt::format("not read{}: {}, {}{}", saying, CountOf(files.size(), "file"),
                     fmt::join(files.begin(), last, ", "), files.size() > kShownFiles ? " ..." : "");
     return finding;
 }
@@ -135,7 +135,11 @@ struct Gathered {
 MapFindings MapRun::Findings() const {
     MapFindings findings;
     if (!m_inputs.unread.empty()) {
-        findings.all.push_back(UnreadFiles(m_inputs.unread));
+        findings.all.push_back(UnreadFiles(m_inputs.unread, ""));
+    }
+    if (!m_inputs.unreadable.empty()) {
+        findings.all.push_back(UnreadFiles(
+            m_inputs.unreadable, ", being pipes, devices, or links that lead to no file"));
     }
     for (std::size_t source = 0; source < m_map.sources.size(); ++source) {
         AddTallyFindings(source, findings);

@@ -14,6 +14,22 @@ std::filesystem::path WithWord(const std::filesystem::path& path, const std::str
     return path.parent_path() / (path.stem().string() + "." + word + path.extension().string());
 }
 
+// A JSON value on one line: a blank for each line break with the indentation behind it. A line
+// break cannot stand in a text of JSON.
+std::string OnOneLine(std::string_view json) {
+    std::string line;
+    while (!json.empty()) {
+        const std::size_t end = std::min(json.find_first_of("\r\n"), json.size());
+        line += json.substr(0, end);
+        json.remove_prefix(end);
+        if (!json.empty()) {
+            line += ' ';
+            json.remove_prefix(std::min(json.find_first_not_of(" \t\r\n"), json.size()));
+        }
+    }
+    return line;
+}
+
 }  // namespace
 
 std::filesystem::path RejectedRowsPath(const std::filesystem::path& path, const std::string& source,
@@ -34,6 +50,12 @@ RejectedRowsSink::RejectedRowsSink(const std::filesystem::path& path,
     }
 }
 
+// Another source may be called as this one is with a number behind.
+bool RejectedRowsSink::IsTaken(const std::filesystem::path& path) const {
+    return std::any_of(m_outputs.begin(), m_outputs.end(),
+                       [&](const Output& output) { return output.path == path; });
+}
+
 RejectedRowsSink::Output& RejectedRowsSink::OutputFor(const KeptRows::File& file) {
     std::size_t number = 1;
     for (Output& output : m_outputs) {
@@ -45,7 +67,10 @@ RejectedRowsSink::Output& RejectedRowsSink::OutputFor(const KeptRows::File& file
     std::filesystem::path path =
         RejectedRowsPath(m_path, m_rows->sources[file.source], m_rows->sources.size());
     if (number > 1) {
-        path = WithWord(path, std::to_string(number));
+        const std::filesystem::path first = path;
+        do {
+            path = WithWord(first, std::to_string(number++));
+        } while (IsTaken(path));
         if (std::filesystem::exists(path)) {
             throw std::system_error(std::make_error_code(std::errc::file_exists),
                                     path.string() +
@@ -66,8 +91,9 @@ RejectedRowsSink::Output& RejectedRowsSink::OutputFor(const KeptRows::File& file
 void RejectedRowsSink::Rejects(const RejectedRecord& record) {
     for (const RowSpan& row : record.rows) {
         if (row.size > 0 && m_written.insert(row.begin).second) {
-            OutputFor(m_rows->files[row.file])
-                .file.Append(m_rows->texts.Read(row.begin, row.size) + '\n');
+            const KeptRows::File& file = m_rows->files[row.file];
+            const std::string text = m_rows->texts.Read(row.begin, row.size);
+            OutputFor(file).file.Append((file.isJson ? OnOneLine(text) : text) + '\n');
         }
     }
 }

@@ -7,6 +7,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "tool/io/replacing_file.h"
 #include "tool/load/load_sink.h"
@@ -30,14 +31,19 @@ class RejectedRowsSink final : public LoadSink {
 
   private:
     struct Output {
-        Output(std::size_t theSource, std::string theHeader, const std::filesystem::path& path)
-            : source(theSource), header(std::move(theHeader)), file(path) {}
+        Output(std::size_t theSource, std::string theHeader, std::filesystem::path thePath)
+            : source(theSource),
+              header(std::move(theHeader)),
+              path(std::move(thePath)),
+              file(path) {}
         std::size_t source;
         std::string header;
+        std::filesystem::path path;
         ReplacingFile file;
     };
 
     Output& OutputFor(const KeptRows::File& file);
+    bool IsTaken(const std::filesystem::path& path) const;
 
     std::filesystem::path m_path;
     std::shared_ptr<KeptRows> m_rows;

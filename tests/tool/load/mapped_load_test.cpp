@@ -74,6 +74,20 @@ TEST_F(MappedLoad, WritesTheRowsOfRejectedRecordsAsTheyStood) {
               "Nr,Title,Who\n2\n1,\"b \"\"x\"\",\ny\",ann\n3,,\n");
 }
 
+TEST_F(MappedLoad, WritesEachRejectedElementOnALineOfItsOwn) {
+    std::string map = kMap;
+    m_options.map = m_folder.Write("map.yaml", map.replace(map.find("bugs.csv"), 8, "bugs.json"));
+    m_options.rejectedRows = m_folder.File("rows.jsonl");
+    const std::string source = m_folder.Write("bugs.json",
+                                              "[\n  {\n    \"Nr\": 1,\n    \"Title\": \"a\",\n"
+                                              "    \"Who\": \"ann\"\n  },\n  {\r\n    \"Nr\": 1,\n"
+                                              "    \"Title\": \"b\\nc  d\"\n  }\n]\n");
+    EXPECT_EQ(Load({source}), 1) << Said();
+    std::ifstream rows(m_options.rejectedRows);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(rows), {}),
+              "{ \"Nr\": 1, \"Title\": \"b\\nc  d\" }\n");
+}
+
 TEST_F(MappedLoad, WarnsOfColumnsThatNobodyReads) {
     const std::string source = m_folder.Write("bugs.csv", "Nr,Title,Who,Cost\n1,a,ann,7\n");
     EXPECT_EQ(Load({source}), 0);

@@ -15,6 +15,7 @@ struct KeptRows {
         std::size_t source = 0;  // by position among the sources of the map
         std::string header;      // the line that names its columns; empty without one
         bool needsMark = false;  // is written in UTF-8 here, which the map says of it otherwise
+        bool isJson = false;     // so line breaks between its values mean nothing
     };
 
     TextStore texts;

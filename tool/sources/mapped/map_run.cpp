@@ -153,7 +153,8 @@ void MapRun::ReadInput(const MapInput& input, RowMapper& mapper) {
     m_files->push_back({input.name, source.format});
     if (m_rows != nullptr) {
         const bool isCsv = source.format == MapFormat::Csv;
-        m_rows->files.push_back({input.source, "", isCsv && !IsUtf8Charset(source.csv.charset)});
+        m_rows->files.push_back(
+            {input.source, "", isCsv && !IsUtf8Charset(source.csv.charset), !isCsv});
     }
     mapper.BeginFile(static_cast<std::uint32_t>(m_files->size() - 1), input.name);
     std::unique_ptr<ByteSource> bytes;

@@ -112,7 +112,11 @@ class JsonReader::Events final : public JsonEvents {
   public:
     Events(Characters& characters, const std::optional<Path>& rows, RowLimits limits,
            RowHandler& handler)
-        : m_characters(characters), m_path(rows), m_builder(limits), m_handler(handler) {}
+        : m_characters(characters),
+          m_path(rows),
+          m_limits(limits),
+          m_builder(limits),
+          m_handler(handler) {}
 
     bool Value(RowTree::Kind kind, std::string_view text) override {
         m_characters.NoteEvent();
@@ -143,6 +147,13 @@ class JsonReader::Events final : public JsonEvents {
         if (m_inRow) {
             m_builder.Open(kind);
             return true;
+        }
+        if (m_outside.size() == m_limits.depth) {
+            Fail(
+                fmt::format("its values are nested deeper than {}, the most that --max-depth "
+                            "allows",
+                            m_limits.depth));
+            return false;
         }
         m_outside.push_back({kind == RowTree::Kind::List, {}});
         m_inRows = IsArrayOfRows();
@@ -257,6 +268,7 @@ class JsonReader::Events final : public JsonEvents {
 
     Characters& m_characters;
     const std::optional<Path>& m_path;
+    RowLimits m_limits;
     RowBuilder m_builder;
     RowHandler& m_handler;
     Row m_row;

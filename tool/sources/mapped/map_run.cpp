@@ -67,7 +67,7 @@ MapRun::MapRun(const MapFile& map, const recorddb::schema::Schema& schema, MapIn
       m_plan(PlanMap(map, schema)),
       m_files(std::make_shared<std::vector<ReadFile>>()),
       m_notes([this] { return CurrentPlace(); }),
-      m_values(map.forbidden, m_notes) {
+      m_values(map.forbidden, m_options.limits.size, m_notes) {
     if (m_options.keepsRows) {
         m_rows = std::make_shared<KeptRows>();
         for (const MapSource& source : map.sources) {

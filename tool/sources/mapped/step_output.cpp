@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 #include <utility>
 
@@ -28,6 +29,15 @@ template <typename Item>
 void MoveTo(std::vector<Item>& to, std::vector<Item>& from) {
     std::ranges::move(from, std::back_inserter(to));
     from.clear();
+}
+
+// Gives the first `count` of `items` to `first`, and the others to `rest`.
+template <typename Item>
+void SplitAt(std::size_t count, std::vector<Item>& items, std::vector<Item>& first,
+             std::vector<Item>& rest) {
+    const auto middle = items.begin() + static_cast<std::ptrdiff_t>(count);
+    first.assign(std::make_move_iterator(items.begin()), std::make_move_iterator(middle));
+    rest.assign(std::make_move_iterator(middle), std::make_move_iterator(items.end()));
 }
 
 }  // namespace
@@ -145,67 +155,71 @@ std::unique_ptr<RecordSpool> StepOutput::Arranged() {
         m_keys.Add(part);
     }
     auto arranged = std::make_unique<RecordSpool>();
-    std::optional<MadeRecord> record;
+    std::optional<Joined> joined;
     while (m_keys.Next(part)) {
-        if (record && record->first == part.first) {
-            Join(*record, part);
+        if (joined && joined->record.first == part.first) {
+            Join(*joined, part);
+            AddPortions(joined->record, *arranged);
             continue;
         }
-        if (record) {
-            AddJoined(*record, *arranged);
+        if (joined) {
+            arranged->Add(joined->record);
         }
-        record = std::move(part);
+        joined.emplace().record = std::move(part);
     }
-    AddJoined(*record, *arranged);
+    arranged->Add(joined->record);
     arranged->Finish();
     return arranged;
 }
 
-void StepOutput::Join(MadeRecord& record, MadeRecord& part) {
+void StepOutput::Join(Joined& joined, MadeRecord& part) {
+    MadeRecord& record = joined.record;
     MoveTo(record.values.history, part.values.history);
     MoveTo(record.values.attachments, part.values.attachments);
     MoveTo(record.rows, part.rows);
     if (!Gathers()) {
-        Merge(record, part);
+        Merge(joined, part);
     }
 }
 
-// A long history becomes several records of a packet.
-void StepOutput::AddJoined(MadeRecord& record, RecordSpool& spool) const {
-    std::vector<SourceHistoryEntry>& history = record.values.history;
-    while (history.size() > kMostEntries) {
+// A long history becomes several records of a packet. Each has the rows of its own entries.
+void StepOutput::AddPortions(MadeRecord& record, RecordSpool& spool) {
+    while (record.values.history.size() > kMostEntries) {
+        const bool hasRows = record.rows.size() == record.values.history.size();
+        std::vector<SourceHistoryEntry> history = std::exchange(record.values.history, {});
+        std::vector<RowSpan> rows = hasRows ? std::exchange(record.rows, {}) : record.rows;
         MadeRecord portion = record;
-        const auto rest = history.begin() + kMostEntries;
-        portion.values.history.erase(portion.values.history.begin() + kMostEntries,
-                                     portion.values.history.end());
-        history.erase(history.begin(), rest);
+        SplitAt(kMostEntries, history, portion.values.history, record.values.history);
+        if (hasRows) {
+            SplitAt(kMostEntries, rows, portion.rows, record.rows);
+        }
         spool.Add(portion);
     }
-    spool.Add(record);
 }
 
 // Lists unite, fields without a value are filled, and of two values the first one stays.
-void StepOutput::Merge(MadeRecord& record, MadeRecord& part) {
+void StepOutput::Merge(Joined& joined, MadeRecord& part) {
+    auto& fields = joined.record.values.fields;
     for (SourceField& field : part.values.fields) {
-        auto& fields = record.values.fields;
         const auto found =
             std::find_if(fields.begin(), fields.end(),
                          [&](const SourceField& other) { return other.name == field.name; });
         if (found == fields.end()) {
             fields.push_back(std::move(field));
         } else if (field.isList) {
-            for (std::string& value : field.values) {
-                if (std::find(found->values.begin(), found->values.end(), value) ==
-                    found->values.end()) {
-                    found->values.push_back(std::move(value));
-                }
+            std::unordered_set<std::string>& known = joined.known[field.name];
+            if (known.empty()) {
+                known.insert(found->values.begin(), found->values.end());
             }
+            std::copy_if(field.values.begin(), field.values.end(),
+                         std::back_inserter(found->values),
+                         [&](const std::string& value) { return known.insert(value).second; });
         } else if (found->values != field.values) {
             m_notes.Add(
                 MapNote::DifferentRepeat,
                 fmt::format("{}: {}\n\"{}\" of {}, field {}, in {}",
-                            StepKindName(m_plan.step->kind), m_plan.type->name, record.key,
-                            m_showPlace(record.place), field.name, m_showPlace(part.place)));
+                            StepKindName(m_plan.step->kind), m_plan.type->name, joined.record.key,
+                            m_showPlace(joined.record.place), field.name, m_showPlace(part.place)));
         }
     }
 }

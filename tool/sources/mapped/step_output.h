@@ -3,9 +3,11 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_set>
 
 #include "tool/sources/mapped/key_book.h"
 #include "tool/sources/mapped/map_notes.h"
@@ -34,6 +36,12 @@ class StepOutput {
     std::unique_ptr<RecordSpool> Finish(const Exists& exists);
 
   private:
+    // A record that is put together, and what its lists hold, where others are added to them.
+    struct Joined {
+        MadeRecord record;
+        std::map<std::string, std::unordered_set<std::string>> known;
+    };
+
     bool Gathers() const;
     void Gather(MadeRecord record);
     void FlushGroup();
@@ -43,9 +51,9 @@ class StepOutput {
     std::unique_ptr<RecordSpool> Settled(const RecordSpool& records, const Exists& exists);
     bool Settle(MadeRecord& record, const Exists& exists);
     bool SettleField(MadeRecord& record, const StepField& field, const Exists& exists);
-    void AddJoined(MadeRecord& record, RecordSpool& spool) const;
-    void Join(MadeRecord& record, MadeRecord& part);
-    void Merge(MadeRecord& record, MadeRecord& part);
+    static void AddPortions(MadeRecord& record, RecordSpool& spool);
+    void Join(Joined& joined, MadeRecord& part);
+    void Merge(Joined& joined, MadeRecord& part);
 
     const StepPlan& m_plan;
     std::size_t m_number;

@@ -18,23 +18,41 @@ namespace {
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 // What an error shows of a value.
 constexpr std::size_t kShown = 60;
+// What a note shows of one: all of it, unless that is far from what tables have.
+constexpr std::size_t kNoted = 1000;
+// What a text takes besides its characters, so that many empty ones count, too.
+constexpr std::size_t kPerText = sizeof(std::string);
 
-std::string Abridged(std::string_view text) {
-    if (text.size() <= kShown) {
+std::string Abridged(std::string_view text, std::size_t most) {
+    if (text.size() <= most) {
         return std::string(text);
     }
-    std::size_t size = kShown;
+    std::size_t size = most;
     while (size > 0 && (static_cast<unsigned char>(text[size]) & 0xC0U) == 0x80U) {
         --size;
     }
     return std::string(text.substr(0, size)) + "...";
 }
 
-void ReplaceAll(std::string& text, const std::string& from, const std::string& to) {
-    for (std::size_t at = text.find(from); at != std::string::npos;
-         at = text.find(from, at + to.size())) {
-        text.replace(at, from.size(), to);
+// Built anew, since changing it in place would move its rest again and again. False when it would
+// become larger than `most`.
+bool ReplaceAll(std::string& text, const std::string& from, const std::string& to,
+                std::size_t most) {
+    std::size_t next = text.find(from);
+    if (next == std::string::npos) {
+        return true;
     }
+    std::string replaced;
+    std::size_t at = 0;
+    for (; next != std::string::npos; next = text.find(from, at)) {
+        replaced.append(text, at, next - at).append(to);
+        at = next + from.size();
+        if (replaced.size() > most) {
+            return false;
+        }
+    }
+    text = std::move(replaced.append(text, at));
+    return true;
 }
 
 void ChangeCase(std::string& text, LetterCase letterCase) {
@@ -119,6 +137,9 @@ bool ValueMaker::TakeTexts(const FieldPlan& plan, const RowItem& item, const Map
 void ValueMaker::TakePattern(const FieldPlan& plan, const RowItem& item, MadeValue& value) {
     value.texts.emplace_back();
     for (const TemplatePart& part : plan.field->value.pattern) {
+        if (!value.error.empty()) {
+            return;
+        }
         if (part.address) {
             AppendPart(plan, item, part, value);
         } else {
@@ -135,12 +156,22 @@ void ValueMaker::AppendPart(const FieldPlan& plan, const RowItem& item, const Te
     std::vector<std::string> parts;
     TakeTexts(plan, item, *part.address, parts, value.error);
     std::vector<std::string> texts;
+    std::size_t size = 0;
     for (const std::string& text : value.texts) {
         for (const std::string& found : parts) {
+            size += text.size() + found.size() + kPerText;
+            if (size > m_largest) {
+                value.error = TooLarge("the lists in its template");
+                return;
+            }
             texts.push_back(text + found);
         }
     }
     value.texts = std::move(texts);
+}
+
+std::string ValueMaker::TooLarge(std::string_view what) const {
+    return fmt::format("{} would make more than {} bytes of it", what, m_largest);
 }
 
 void ValueMaker::ChangeTexts(const FieldPlan& plan, MadeValue& value) {
@@ -172,7 +203,10 @@ void ValueMaker::ChangeText(const FieldPlan& plan, std::string& text, std::strin
         text = std::string(Trimmed(text));
     }
     for (const auto& [from, to] : field.replace) {
-        ReplaceAll(text, from, to);
+        if (!ReplaceAll(text, from, to, m_largest)) {
+            error = TooLarge("'replace'");
+            return;
+        }
     }
     if (field.letterCase != LetterCase::AsIs) {
         ChangeCase(text, field.letterCase);
@@ -200,11 +234,12 @@ void ValueMaker::LookUp(const FieldPlan& plan, std::string& text, std::string& e
     }
     const std::string name = table.name.empty() ? "of " + plan.subject : "'" + table.name + "'";
     if (plan.field->value.unknown != UnknownValue::Keep) {
-        m_notes.Add(MapNote::UnknownValue, name + '\n' + text);
+        m_notes.Add(MapNote::UnknownValue, name + '\n' + Abridged(text, kNoted));
     }
     switch (plan.field->value.unknown) {
         case UnknownValue::Reject:
-            error = fmt::format("the table {} has no value for \"{}\"", name, Abridged(text));
+            error =
+                fmt::format("the table {} has no value for \"{}\"", name, Abridged(text, kShown));
             break;
         case UnknownValue::LeaveOut:
             text.clear();

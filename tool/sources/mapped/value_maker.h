@@ -1,6 +1,7 @@
 #ifndef TOOL_SOURCES_MAPPED_VALUE_MAKER_H
 #define TOOL_SOURCES_MAPPED_VALUE_MAKER_H
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -32,9 +33,9 @@ struct MadeValue {
 // Makes values of what stands in rows.
 class ValueMaker {
   public:
-    // `notes` outlives the object.
-    ValueMaker(ForbiddenCharacters forbidden, MapNotes& notes)
-        : m_forbidden(forbidden), m_notes(notes) {}
+    // `notes` outlives the object. A map cannot make more than `largest` bytes of one value.
+    ValueMaker(ForbiddenCharacters forbidden, std::size_t largest, MapNotes& notes)
+        : m_forbidden(forbidden), m_largest(largest), m_notes(notes) {}
 
     // The value of a field: all of it but what comes after `known_only` where the field has that.
     MadeValue Make(const FieldPlan& plan, const RowItem& item);
@@ -59,8 +60,10 @@ class ValueMaker {
     void MakeDate(const FieldPlan& plan, std::string& text, std::string& error);
     void Cut(const FieldPlan& plan, std::string& text);
     void ReplaceForbidden(const FieldPlan& plan, std::string& text, std::string& error);
+    std::string TooLarge(std::string_view what) const;
 
     ForbiddenCharacters m_forbidden;
+    std::size_t m_largest;
     MapNotes& m_notes;
     std::vector<RowTree::Index> m_nodes;
     std::vector<FoundValue> m_found;

@@ -94,15 +94,20 @@ std::size_t RowTree::DropRepeated(Index object, std::string& name) {
     }
     if (!dropped.empty()) {
         name = Name(dropped.front());
+        std::sort(dropped.begin(), dropped.end());
         DropAmong(object, dropped);
     }
     return dropped.size();
 }
 
+// `dropped` are some of the children, in their order, which is that of the indexes.
 void RowTree::DropAmong(Index object, const std::vector<Index>& dropped) {
     Index previous = kNone;
+    auto next = dropped.begin();
     for (Index child = FirstChild(object); child != kNone; child = Next(child)) {
-        if (std::find(dropped.begin(), dropped.end(), child) == dropped.end()) {
+        if (next != dropped.end() && *next == child) {
+            ++next;
+        } else {
             (previous == kNone ? m_nodes[object].first : m_nodes[previous].next) = child;
             previous = child;
         }

@@ -1,10 +1,16 @@
 #include "tool/sources/mapped/map_run.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <array>
+#include <filesystem>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "temporary_folder.h"
@@ -43,16 +49,18 @@ class MapRunTest : public testing::Test {
         m_map = ReadMap("map: 1\n" + map, "map.yaml");
         CheckMap(m_map, m_schema);
         MapRun::Options options;
+        options.standardInput = m_standardInput;
+        options.keepsRows = true;
         options.exists = [this](const auto& /*type*/, const auto& /*field*/,
                                 const std::string& value) { return value == m_existing; };
-        MapRun run(m_map, m_schema, FindMapInputs(m_map, {m_folder.Path().string()}),
-                   std::move(options));
+        MapRun run(m_map, m_schema, FindMapInputs(m_map, {m_argument}), std::move(options));
         EXPECT_TRUE(run.Run());
         m_findings.clear();
         for (const MapFinding& finding : run.Findings().all) {
             m_findings.push_back(finding.kind + ": " + Shortened(finding.text));
         }
         m_hashes.clear();
+        m_rowsOf.clear();
         std::vector<std::vector<std::string>> steps;
         for (const auto& source : run.Sources()) {
             const auto reading = source->Open();
@@ -65,6 +73,7 @@ class MapRunTest : public testing::Test {
             SourceRecord record;
             while (reading->NextRecord(record)) {
                 steps.back().push_back(Shown(record));
+                m_rowsOf.push_back(record.rows->size());
             }
         }
         return steps;
@@ -108,9 +117,12 @@ class MapRunTest : public testing::Test {
     const TemporaryFolder m_folder;
     const recorddb::schema::Schema m_schema = recorddb::schema::ReadSchema(kTracker, "schema.yaml");
     MapFile m_map;
+    std::string m_argument = m_folder.Path().string();  // the SOURCE
+    int m_standardInput = -1;
     std::string m_existing;  // a value that the database has
     std::vector<std::string> m_findings;
     std::vector<std::string> m_hashes;
+    std::vector<std::size_t> m_rowsOf;  // the number of rows of each record
     std::vector<std::string> m_configurations;
 };
 
@@ -256,6 +268,26 @@ TEST_F(MapRunTest, CutsALongHistoryIntoPortions) {
     EXPECT_EQ(entries(2), 1);
 }
 
+TEST_F(MapRunTest, GathersEntriesThatStandFarApartInPortions) {
+    std::string rows = "Id,Bug,When\n";
+    for (int id = 0; id < 3008; ++id) {
+        rows += std::to_string(id) + (id % 2 == 0 ? ",7" : ",8") + ",2023-01-01\n";
+    }
+    m_folder.Write("log.csv", rows);
+    const auto records = Run("sources: {log: {files: log.csv}}\n"
+                             "steps:\n- history: bug\n  source: log\n  key: source_id\n"
+                             "  fields: {source_id: Bug, id: Id, when: When}\n")
+                             .front();
+    std::vector<std::string> firsts;
+    for (const std::string& record : records) {
+        firsts.push_back(record.substr(0, record.find(',')));
+    }
+    EXPECT_THAT(firsts, ElementsAre("source_id=7 <0", "source_id=7 <1002", "source_id=7 <2004",
+                                    "source_id=7 <3006", "source_id=8 <1", "source_id=8 <1003",
+                                    "source_id=8 <2005", "source_id=8 <3007"));
+    EXPECT_THAT(m_rowsOf, ElementsAre(501, 501, 501, 1, 501, 501, 501, 1));
+}
+
 TEST_F(MapRunTest, ReadsItemsOfJsonDocuments) {
     m_folder.Write("a.json", R"({"key":"B-1","users":[{"id":"ann","name":"Ann"},null],
         "files":[{"id":1,"name":"x/y"},{"id":2,"name":"z"}],"more":{"a":[{"b":1},{"c":2}]}})");
@@ -392,6 +424,71 @@ TEST_F(MapRunTest, MapsEachReferenceInItsConfiguration) {
                 HasSubstr("<mapping target_field=\"owner\" reference_field=\"login\"/>"));
     EXPECT_THAT(m_configurations.at(0),
                 HasSubstr("<mapping target_field=\"cc\" reference_field=\"name\"/>"));
+}
+
+TEST_F(MapRunTest, RejectsWhatATemplateOrAReplacementWouldMakeEndless) {
+    std::string list = R"(["x")";
+    for (int i = 1; i < 3000; ++i) {
+        list += R"(,"x")";
+    }
+    list += ']';
+    m_folder.Write("bugs.json", R"([{"Nr":"1","a":)" + list + R"(,"b":)" + list + R"(,"c":")" +
+                                    std::string(6000, 'x') + R"("}])");
+    const std::string step =
+        "sources: {bugs: {files: bugs.json}}\n"
+        "steps: [{records: bug, source: bugs, key: source_id, fields: {source_id: Nr, title: ";
+    EXPECT_THAT(Run(step + "{text: '{a/*}{b/*}{a/*}', pick: first}}}]\n").front(),
+                ElementsAre("! title: the lists in its template would make more than 16777216 "
+                            "bytes of it: source_id=1"));
+    EXPECT_THAT(Run(step + "{from: c, replace: {x: " + std::string(5000, 'y') + "}}}}]\n").front(),
+                ElementsAre("! title: 'replace' would make more than 16777216 bytes of it: "
+                            "source_id=1"));
+}
+
+TEST_F(MapRunTest, ReplacesTextsFromTheFrontOn) {
+    m_folder.Write("bugs.csv", "Nr,Title\n1,aaaa-aa\n");
+    EXPECT_THAT(Bugs(", title: {from: Title, replace: {aa: a}}"),
+                ElementsAre("source_id=1 title=aa-a"));
+}
+
+TEST_F(MapRunTest, ReadsStandardInputForItsSingleSource) {
+    std::array<int, 2> pipe{};
+    ASSERT_EQ(::pipe2(pipe.data(), O_CLOEXEC), 0);
+    constexpr std::string_view rows = "Nr,Title\n1,a\n2\n";
+    ASSERT_EQ(::write(pipe[1], rows.data(), rows.size()), static_cast<ssize_t>(rows.size()));
+    ::close(pipe[1]);
+    m_argument = "-";
+    m_standardInput = pipe[0];
+    EXPECT_THAT(Bugs(", title: Title"),
+                ElementsAre("source_id=1 title=a", "! it has 1 cell, and the header has 2:"));
+    ::close(pipe[0]);
+}
+
+TEST_F(MapRunTest, RefusesStandardInputForSeveralSources) {
+    m_argument = "-";
+    try {
+        Run("sources: {a: {files: a.csv}, b: {files: b.csv}}\n"
+            "steps:\n- {records: user, source: a, key: login, fields: {login: x}}\n"
+            "- {records: user, source: b, key: login, fields: {login: x}}\n");
+        FAIL();
+    } catch (const SourceError& error) {
+        EXPECT_THAT(error.what(), HasSubstr("for a map with a single source"));
+    }
+}
+
+TEST_F(MapRunTest, ReadsNothingInFoldersThatIsNoFile) {
+    m_folder.Write("bugs.csv", "Nr\n1\n");
+    ASSERT_EQ(::mkfifo(m_folder.File("bugs2.csv").c_str(), 0600), 0);
+    std::filesystem::create_directory_symlink(m_folder.Path(), m_folder.File("again"));
+    std::filesystem::create_symlink("nowhere.csv", m_folder.File("bugs3.csv"));
+    EXPECT_THAT(Run("sources: {bugs: {files: 'bugs*.csv'}}\n"
+                    "steps: [{records: bug, source: bugs, key: source_id, "
+                    "fields: {source_id: Nr}}]\n")
+                    .front(),
+                ElementsAre("source_id=1"));
+    EXPECT_THAT(m_findings,
+                ElementsAre("unread-file: not read, being pipes, devices, or links that lead to no "
+                            "file: 3 files, again, bugs2.csv, bugs3.csv"));
 }
 
 TEST(FitsPattern, KnowsStars) {

@@ -3,23 +3,30 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tool/sources/rows/row_tree.h"
 
 namespace tool {
 
+// The parser, which refuses numbers that its type for fractions cannot hold: so this has the widest
+// one, although every number is taken as its text.
+using WideJson = nlohmann::basic_json<std::map, std::vector, std::string, bool, std::int64_t,
+                                      std::uint64_t, long double>;
+
 // The events of nlohmann's parser as the few that the readers need: each value once, with its text
 // as it was written. A handler's function that returns false ends the parsing.
 class JsonEvents {
   public:
-    using number_integer_t = nlohmann::json::number_integer_t;
-    using number_unsigned_t = nlohmann::json::number_unsigned_t;
-    using number_float_t = nlohmann::json::number_float_t;
-    using string_t = nlohmann::json::string_t;
-    using binary_t = nlohmann::json::binary_t;
+    using number_integer_t = WideJson::number_integer_t;
+    using number_unsigned_t = WideJson::number_unsigned_t;
+    using number_float_t = WideJson::number_float_t;
+    using string_t = WideJson::string_t;
+    using binary_t = WideJson::binary_t;
 
     JsonEvents() = default;
     JsonEvents(const JsonEvents&) = delete;

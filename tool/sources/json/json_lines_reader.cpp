@@ -130,7 +130,7 @@ void JsonLinesReader::FillRow(Row& row) {
     line.remove_suffix(line.ends_with('\r') ? 1 : 0);
     row.raw = line;
     LineEvents events(builder);
-    nlohmann::json::sax_parse(line.begin(), line.end(), &events);
+    WideJson::sax_parse(line.begin(), line.end(), &events);
     if (!row.error.empty()) {
         // The line may hold what is no text.
         m_mended = line;

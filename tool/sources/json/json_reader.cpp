@@ -290,7 +290,7 @@ JsonReader::~JsonReader() = default;
 void JsonReader::Read(RowHandler& handler) {
     Events events(*m_characters, m_rows, m_limits, handler);
     try {
-        nlohmann::json::sax_parse(Iterator(*m_characters), Iterator(), &events);
+        WideJson::sax_parse(Iterator(*m_characters), Iterator(), &events);
     } catch (const TextTooLong&) {
         events.Fail(fmt::format("a text is not shorter than {} bytes", m_limits.size));
     }

@@ -59,10 +59,10 @@ TEST(JsonReader, FindsTheRowsAtAnAddressAndTellsOfValuesOutside) {
 
 TEST(JsonReader, KeepsNumbersAsTheyAreWritten) {
     EXPECT_THAT(
-        ReadJson("[1.10, 1E2, -0, 0, -7, 18446744073709551615, "
+        ReadJson("[1.10, 1E2, 1e999, -0, 0, -7, 18446744073709551615, "
                  "1234567890123456789012345678901234567890]")
             .Values(),
-        ElementsAre(R"("1.10")", R"("1E2")", R"("-0")", R"("0")", R"("-7")",
+        ElementsAre(R"("1.10")", R"("1E2")", R"("1e999")", R"("-0")", R"("0")", R"("-7")",
                     R"("18446744073709551615")", R"("1234567890123456789012345678901234567890")"));
 }
 
@@ -103,6 +103,24 @@ TEST(JsonReader, RejectsAnElementThatIsNestedTooDeepAndGoesOn) {
                             "allows",
                             R"("7")"));
     EXPECT_THAT(ReadJson("[" + Nested(256) + "]").rows[0].error, "");
+}
+
+TEST(JsonReader, GivesUpValuesAroundTheRowsThatAreNestedTooDeep) {
+    const RowsRead read = ReadJson("{\"a\":" + Nested(300) + "}", JsonReader::Path{"rows"},
+                                   {.size = 900, .depth = 9});
+    ASSERT_THAT(read.rows, SizeIs(1));
+    EXPECT_THAT(read.rows[0].error, HasSubstr("its values are nested deeper than 9"));
+    EXPECT_TRUE(read.rows[0].isLast);
+}
+
+TEST(JsonReader, DropsAnyNumberOfRepeatedMembersInOnePass) {
+    std::string text = "[{";
+    for (int i = 0; i < 20000; ++i) {
+        text += "\"a\":1,\"b\":2,";
+    }
+    const RowsRead read = ReadJson(text + "\"c\":3}]");
+    EXPECT_THAT(read.Values(), ElementsAre(R"({a:"1",b:"2",c:"3"})"));
+    EXPECT_EQ(read.rows[0].repeated, 39998U);
 }
 
 TEST(JsonReader, RejectsAnElementThatIsTooLargeAndGoesOn) {

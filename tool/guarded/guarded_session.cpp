@@ -208,9 +208,11 @@ class GuardedSession final : public AdSession {
     }
     AdEntityPtr ImportEntity(AdEntityDef* recordType, const unsigned short* state,
                              const unsigned short* existingId) override {
-        const Obx_String restored = Restored(Obx_String(state));
+        const bool isNamed = state != nullptr;
+        const Obx_String restored = isNamed ? Restored(Obx_String(state)) : Obx_String();
         return WithGuardedMessages([&] {
-            return Open(m_session->ImportEntity(recordType, restored.Units(), existingId));
+            return Open(m_session->ImportEntity(recordType, isNamed ? restored.Units() : nullptr,
+                                                existingId));
         });
     }
     void MarkEntityAsDuplicate(const AdEntityPtr& duplicate, const AdEntityPtr& original,

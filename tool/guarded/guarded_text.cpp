@@ -55,7 +55,7 @@ std::optional<std::size_t> NoncharacterAt(std::string_view text) {
     return number <= kStandFor.size() ? std::optional(number) : std::nullopt;
 }
 
-bool IsControl(char c) {
+constexpr bool IsControl(char c) {
     return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
 }
 
@@ -69,7 +69,7 @@ bool IsDecoded(std::string_view rest, PacketPlace place) {
                        [rest](std::string_view escape) { return rest.starts_with(escape); });
 }
 
-bool IsSeparator(char c, PacketPlace place) {
+constexpr bool IsSeparator(char c, PacketPlace place) {
     switch (place) {
         case PacketPlace::ListItem:
             return c == ',';
@@ -95,9 +95,31 @@ const Marked* FindMarked(std::string_view text) {
     return found != kMarked.end() ? found : nullptr;
 }
 
-// What may have to be guarded begins with one of these.
-bool IsSuspect(char c) {
-    return c == '&' || c == ',' || static_cast<unsigned char>(c) < 0x20 || c == kLead.front();
+// What may have to be guarded in a place begins with one of the bytes for which this is true.
+using Suspects = std::array<bool, 256>;
+
+constexpr Suspects SuspectsOf(PacketPlace place) {
+    Suspects suspects{};
+    for (std::size_t byte = 0; byte < suspects.size(); ++byte) {
+        const char c = static_cast<char>(static_cast<unsigned char>(byte));
+        suspects[byte] =
+            c == kLead.front() ||
+            (place != PacketPlace::None && (c == '&' || IsControl(c) || IsSeparator(c, place)));
+    }
+    return suspects;
+}
+
+constexpr std::array kSuspects = {
+    SuspectsOf(PacketPlace::Text),           SuspectsOf(PacketPlace::Reference),
+    SuspectsOf(PacketPlace::ListItem),       SuspectsOf(PacketPlace::HistoryColumn),
+    SuspectsOf(PacketPlace::AttachmentLine), SuspectsOf(PacketPlace::None)};
+
+// The place of the next suspect from `at` on, or the end.
+std::size_t NextSuspect(std::string_view text, std::size_t at, const Suspects& suspects) {
+    while (at < text.size() && !suspects[static_cast<unsigned char>(text[at])]) {
+        ++at;
+    }
+    return at;
 }
 
 // Appends the character of `text` at `at`, or what stands for it, and moves behind it.
@@ -124,11 +146,17 @@ void AppendCharacter(std::string& out, std::string_view text, std::size_t& at, P
 
 // All white space is of one UTF-16 unit, and of at most three bytes.
 bool BeginsWithWhiteSpace(std::string_view text) {
+    if (!text.empty() && static_cast<unsigned char>(text.front()) < 0x80U) {
+        return IsWhiteSpace(static_cast<char16_t>(text.front()));
+    }
     const std::u16string units = Utf8ToUtf16Lossy(text.substr(0, 3));
     return !units.empty() && IsWhiteSpace(units.front());
 }
 
 bool EndsWithWhiteSpace(std::string_view text) {
+    if (!text.empty() && static_cast<unsigned char>(text.back()) < 0x80U) {
+        return IsWhiteSpace(static_cast<char16_t>(text.back()));
+    }
     const std::size_t size = std::min<std::size_t>(text.size(), 3);
     const std::u16string units = Utf8ToUtf16Lossy(text.substr(text.size() - size));
     return !units.empty() && IsWhiteSpace(units.back());
@@ -162,10 +190,10 @@ std::string_view TakeMarked(std::string_view text, std::size_t& at) {
 }  // namespace
 
 std::string Guarded(std::string_view value, PacketPlace place) {
+    const Suspects& suspects = kSuspects[static_cast<std::size_t>(place)];
     std::string out;
     for (std::size_t at = 0; at < value.size();) {
-        const auto* const suspect = std::find_if(value.begin() + at, value.end(), IsSuspect);
-        const auto next = static_cast<std::size_t>(suspect - value.begin());
+        const std::size_t next = NextSuspect(value, at, suspects);
         out += value.substr(at, next - at);
         at = next;
         if (at < value.size()) {

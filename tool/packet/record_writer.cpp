@@ -1,32 +1,33 @@
 #include "tool/packet/record_writer.h"
 
+#include <array>
+
 #include "tool/packet/xml_text.h"
 
 namespace tool {
 
 namespace {
 
+// How a byte is written where it is not written as it is.
+constexpr std::array<std::string_view, 256> kXmlEscapes = [] {
+    std::array<std::string_view, 256> escapes;
+    escapes['&'] = "&amp;";
+    escapes['<'] = "&lt;";
+    escapes['>'] = "&gt;";
+    escapes['\r'] = "&#xD;";
+    return escapes;
+}();
+
 void AppendEscaped(std::string_view text, std::string& out) {
     std::size_t done = 0;
-    for (std::size_t at = text.find_first_of("&<>\r"); at != text.npos;
-         at = text.find_first_of("&<>\r", at + 1)) {
-        out += text.substr(done, at - done);
-        switch (text[at]) {
-            case '&':
-                out += "&amp;";
-                break;
-            case '<':
-                out += "&lt;";
-                break;
-            case '>':
-                out += "&gt;";
-                break;
-            default:
-                out += "&#xD;";
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const std::string_view escape = kXmlEscapes[static_cast<unsigned char>(text[at])];
+        if (!escape.empty()) {
+            out.append(text, done, at - done).append(escape);
+            done = at + 1;
         }
-        done = at + 1;
     }
-    out += text.substr(done);
+    out.append(text, done);
 }
 
 }  // namespace

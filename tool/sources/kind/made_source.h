@@ -19,7 +19,7 @@ class MadeSource {
 
     virtual const std::string& Name() const = 0;
 
-    // The SHA-256 of the packets that it gives, as 64 lower-case hexadecimal digits.
+    // What tells the packets that it gives from any others: 64 lower-case hexadecimal digits.
     virtual const std::string& Sha256() const = 0;
 
     // What BytesRead of a reading comes to at its end.

@@ -1,11 +1,13 @@
 #include "tool/sources/mapped/key_book.h"
 
 #include <cstddef>
+#include <functional>
 #include <span>
 #include <stdexcept>
 #include <utility>
 
 #include "recorddb/errors.h"
+#include "tool/io/byte_codec.h"
 
 namespace tool {
 
@@ -44,8 +46,7 @@ std::unique_ptr<recorddb::sql::Connection> OpenWithTables() {
 KeyBook::KeyBook()
     : m_scratch(OpenWithTables()),
       m_work(*m_scratch),
-      m_insertKey(m_scratch->Prepare("INSERT INTO known_key VALUES ($1,$2,$3,$4,$5,$6,$7) "
-                                     "ON CONFLICT DO NOTHING")),
+      m_insertKey(m_scratch->Prepare("INSERT INTO known_key VALUES ($1,$2,$3,$4,$5,$6,$7)")),
       m_selectKey(m_scratch->Prepare("SELECT first, file, number, line, hash FROM known_key "
                                      "WHERE step = $1 AND key = $2")),
       m_insertValue(
@@ -59,15 +60,18 @@ KeyBook::~KeyBook() = default;
 
 std::optional<KeyBook::Known> KeyBook::Note(std::size_t step, std::string_view key,
                                             const Known& record) {
+    if (!MayHave(step, key)) {
+        Keep(step, key, record);
+        return std::nullopt;
+    }
     return OnKeyBook([&]() -> std::optional<Known> {
-        m_insertKey.BindAll(step, key, record.first, record.place.file, record.place.number,
-                            record.place.line, std::string_view(record.hash));
-        if (m_insertKey.Execute() > 0) {
-            return std::nullopt;
-        }
+        InsertKept();
         const recorddb::sql::ResetGuard guard(m_selectKey);
         m_selectKey.BindAll(step, key);
-        m_selectKey.Step();
+        if (!m_selectKey.Step()) {
+            Keep(step, key, record);
+            return std::nullopt;
+        }
         Known known;
         known.first = static_cast<std::uint64_t>(m_selectKey.Int(0));
         known.place.file = static_cast<std::uint32_t>(m_selectKey.Int(1));
@@ -76,6 +80,47 @@ std::optional<KeyBook::Known> KeyBook::Note(std::size_t step, std::string_view k
         known.hash = m_selectKey.Text(4);
         return known;
     });
+}
+
+bool KeyBook::MayHave(std::size_t step, std::string_view key) {
+    // Keys of different steps are different ones.
+    constexpr std::uint64_t odd = 0xD6E8FEB86659FD93U;
+    return m_filter.MayHave(std::hash<std::string_view>()(key) + step * odd);
+}
+
+void KeyBook::Keep(std::size_t step, std::string_view key, const Known& record) {
+    m_kept.Add([&](std::string& bytes) {
+        ByteWriter writer(bytes);
+        writer.Number(step);
+        writer.Text(key);
+        writer.Number(record.first);
+        writer.Number(record.place.file);
+        writer.Number(record.place.number);
+        writer.Number(record.place.line);
+        writer.Text(record.hash);
+    });
+}
+
+void KeyBook::InsertKept() {
+    m_kept.Finish();
+    FrameSpool::Reader reader(m_kept, m_inserted);
+    std::string_view kept;
+    while (reader.Next(kept)) {
+        Insert(kept);
+    }
+    m_inserted = m_kept.Size();
+}
+
+void KeyBook::Insert(std::string_view kept) {
+    ByteReader reader(kept);
+    const std::uint64_t step = reader.Number();
+    const std::string_view key = reader.Text();
+    const std::uint64_t first = reader.Number();
+    const std::uint64_t file = reader.Number();
+    const std::uint64_t number = reader.Number();
+    const std::uint64_t line = reader.Number();
+    m_insertKey.BindAll(step, key, first, file, number, line, reader.Text());
+    m_insertKey.Execute();
 }
 
 void KeyBook::AddValue(std::size_t field, std::string_view value) {
@@ -94,7 +139,8 @@ bool KeyBook::HasValue(std::size_t field, std::string_view value) {
 
 void KeyBook::Add(const MadeRecord& record) {
     m_buffer.clear();
-    AppendRecord(record, m_buffer);
+    AppendOrigin(record, m_buffer);
+    AppendContent(record, m_buffer);
     OnKeyBook([&] {
         m_insertPart.BindAll(record.first, std::as_bytes(std::span(m_buffer)));
         m_insertPart.Execute();

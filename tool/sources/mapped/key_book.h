@@ -8,6 +8,8 @@
 #include <string_view>
 
 #include "recorddb/sql.h"
+#include "tool/io/frame_spool.h"
+#include "tool/sources/mapped/key_filter.h"
 #include "tool/sources/mapped/made_record.h"
 
 namespace tool {
@@ -38,6 +40,16 @@ class KeyBook {
     bool Next(MadeRecord& record);
 
   private:
+    bool MayHave(std::size_t step, std::string_view key);
+    void Keep(std::size_t step, std::string_view key, const Known& record);
+    void InsertKept();
+    void Insert(std::string_view kept);
+
+    // Keys that the filter calls new are kept apart, and put into the database only when it may be
+    // asked for one of them: mostly never.
+    KeyFilter m_filter;
+    FrameSpool m_kept;
+    std::uint64_t m_inserted = 0;  // bytes of these that are in the database
     std::unique_ptr<recorddb::sql::Connection> m_scratch;
     recorddb::sql::Transaction m_work;
     recorddb::sql::Statement& m_insertKey;

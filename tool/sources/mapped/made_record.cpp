@@ -1,68 +1,10 @@
 #include "tool/sources/mapped/made_record.h"
 
-#include <cstring>
-#include <vector>
+#include "tool/io/byte_codec.h"
 
 namespace tool {
 
-namespace {
-
-class ByteWriter {
-  public:
-    explicit ByteWriter(std::string& bytes) : m_bytes(bytes) {}
-
-    void Number(std::uint64_t number) {
-        while (number >= 0x80U) {
-            m_bytes += static_cast<char>(number | 0x80U);
-            number >>= 7U;
-        }
-        m_bytes += static_cast<char>(number);
-    }
-    void Text(const std::string& text) {
-        Number(text.size());
-        m_bytes += text;
-    }
-
-  private:
-    std::string& m_bytes;
-};
-
-class ByteReader {
-  public:
-    explicit ByteReader(std::string_view bytes) : m_bytes(bytes) {}
-
-    std::uint64_t Number() {
-        std::uint64_t number = 0;
-        unsigned shift = 0;
-        unsigned char byte = 0;
-        do {
-            byte = static_cast<unsigned char>(m_bytes.front());
-            m_bytes.remove_prefix(1);
-            number |= static_cast<std::uint64_t>(byte & 0x7FU) << shift;
-            shift += 7;
-        } while (byte >= 0x80U);
-        return number;
-    }
-    void Text(std::string& text) {
-        const std::size_t size = Number();
-        text.assign(m_bytes.substr(0, size));
-        m_bytes.remove_prefix(size);
-    }
-    template <typename Item, typename Read>
-    void List(std::vector<Item>& items, Read read) {
-        items.resize(Number());
-        for (Item& item : items) {
-            read(item);
-        }
-    }
-
-  private:
-    std::string_view m_bytes;
-};
-
-}  // namespace
-
-void AppendRecord(const MadeRecord& record, std::string& bytes) {
+void AppendOrigin(const MadeRecord& record, std::string& bytes) {
     ByteWriter writer(bytes);
     writer.Number(record.place.file);
     writer.Number(record.place.number);
@@ -76,6 +18,11 @@ void AppendRecord(const MadeRecord& record, std::string& bytes) {
     writer.Text(record.key);
     writer.Number(record.first);
     writer.Text(record.error);
+}
+
+void AppendContent(const MadeRecord& record, std::string& bytes) {
+    ByteWriter writer(bytes);
+    writer.Number(record.error.empty() ? 0 : 1);
     writer.Number(record.values.fields.size());
     for (const SourceField& field : record.values.fields) {
         writer.Text(field.name);
@@ -115,6 +62,7 @@ void ReadRecord(std::string_view bytes, MadeRecord& record) {
     reader.Text(record.key);
     record.first = reader.Number();
     reader.Text(record.error);
+    reader.Number();  // whether there is an error
     reader.List(record.values.fields, [&](SourceField& field) {
         reader.Text(field.name);
         field.isList = reader.Number() != 0;

@@ -28,8 +28,11 @@ struct MadeRecord {
     SourceValues values;        // as far as they could be made, where it is rejected
 };
 
-// A record as bytes, and back.
-void AppendRecord(const MadeRecord& record, std::string& bytes);
+// A record as bytes: where it comes from, then what it says, whether it is rejected included. Two
+// records say the same when the bytes of their content are the same.
+void AppendOrigin(const MadeRecord& record, std::string& bytes);
+void AppendContent(const MadeRecord& record, std::string& bytes);
+// And back.
 void ReadRecord(std::string_view bytes, MadeRecord& record);
 
 }  // namespace tool

@@ -7,8 +7,8 @@
 #include <set>
 #include <utility>
 
-#include "recorddb/sha256.h"
 #include "tool/io/charset_decoder.h"
+#include "tool/io/text_hash.h"
 #include "tool/io/watched_file.h"
 #include "tool/process/interrupt.h"
 #include "tool/sources/json/json_lines_reader.h"
@@ -40,20 +40,17 @@ std::unique_ptr<RowReader> OpenReader(const MapSource& source, ByteSource& bytes
     }
 }
 
-std::string Sha256Of(const RecordSpool& records, const StepPackets& packets) {
-    recorddb::Sha256 hash;
-    RecordSpool::Reader reader(records);
-    MadeRecord record;
-    std::string packet;
-    while (reader.Next(record)) {
-        packet.clear();
-        AppendPacketRecord(record.values, packets, packet);
-        packet += '\n';
-        packet += record.error;
-        packet += '\n';
-        hash.Update(packet);
+// What packets are made of the same values by this program; to be raised when that changes.
+constexpr int kPacketsVersion = 1;
+
+// The key of the records of a step in the journal. Packets follow from values, the places of these,
+// and this program.
+std::string KeyOf(const RecordSpool& records, const StepPackets& packets) {
+    std::string parts = fmt::format("{} {}\n", kPacketsVersion, records.Sha256());
+    for (const auto& [field, place] : packets.places) {
+        parts += fmt::format("{} {}\n", static_cast<int>(place), field);
     }
-    return hash.HexDigest();
+    return HashText(parts);
 }
 
 }  // namespace
@@ -175,7 +172,7 @@ void MapRun::AddSources() {
         auto packets =
             std::make_shared<const StepPackets>(PacketsOf(m_plan.steps[step], m_schema, m_files));
         std::unique_ptr<RecordSpool> records = m_outputs[step]->Finish(exists);
-        std::string sha256 = Sha256Of(*records, *packets);
+        std::string sha256 = KeyOf(*records, *packets);
         m_sources.push_back(std::make_shared<StepConfiguration>(packets));
         m_sources.push_back(
             std::make_shared<StepRecords>(packets, std::move(records), std::move(sha256)));

@@ -1,83 +1,29 @@
 #include "tool/sources/mapped/record_spool.h"
 
-#include <unistd.h>
-
-#include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
-#include <system_error>
-
-#include "tool/io/byte_source.h"
+#include <string_view>
 
 namespace tool {
 
-namespace {
-
-// A row is limited, and so is what is made of it; many rows of one record may still be long.
-using Length = std::uint64_t;
-
-}  // namespace
-
-RecordSpool::RecordSpool()
-    : m_file(OutputFile::CreateUnnamed(std::filesystem::temp_directory_path())) {}
-
 void RecordSpool::Add(const MadeRecord& record) {
-    const std::size_t begin = m_buffer.size();
-    m_buffer.append(sizeof(Length), '\0');
-    AppendRecord(record, m_buffer);
-    const Length length = m_buffer.size() - begin - sizeof(Length);
-    std::memcpy(m_buffer.data() + begin, &length, sizeof length);
-    ++m_count;
-    if (m_buffer.size() >= kPieceSize) {
-        Finish();
-    }
+    m_spool.Add([&](std::string& bytes) {
+        AppendOrigin(record, bytes);
+        const std::size_t content = bytes.size();
+        AppendContent(record, bytes);
+        m_hash.Update(std::string_view(bytes).substr(content));
+    });
 }
 
 void RecordSpool::Finish() {
-    m_file.Append(m_buffer);
-    m_buffer.clear();
+    m_spool.Finish();
+    m_sha256 = m_hash.HexDigest();
 }
 
 bool RecordSpool::Reader::Next(MadeRecord& record) {
-    if (!Fill(sizeof(Length))) {
+    std::string_view bytes;
+    if (!m_reader.Next(bytes)) {
         return false;
     }
-    Length length = 0;
-    std::memcpy(&length, m_buffer.data() + m_at, sizeof length);
-    m_at += sizeof length;
-    Fill(length);
-    ReadRecord(std::string_view(m_buffer).substr(m_at, length), record);
-    m_at += length;
-    return true;
-}
-
-// Makes sure that `size` bytes stand in the buffer. False at the end of the file.
-bool RecordSpool::Reader::Fill(std::size_t size) {
-    if (m_buffer.size() - m_at >= size) {
-        return true;
-    }
-    m_buffer.erase(0, m_at);
-    m_at = 0;
-    while (m_buffer.size() < size) {
-        const std::size_t before = m_buffer.size();
-        m_buffer.resize(std::max(size, kPieceSize));
-        const ssize_t got = ::pread(m_spool.m_file.Descriptor(), m_buffer.data() + before,
-                                    m_buffer.size() - before, static_cast<off_t>(m_offset));
-        m_buffer.resize(before + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
-        if (got < 0 && errno != EINTR) {
-            throw std::system_error(errno, std::generic_category(),
-                                    "a temporary file cannot be read");
-        }
-        m_offset += static_cast<std::uint64_t>(std::max<ssize_t>(got, 0));
-        if (got == 0) {
-            if (before > 0) {
-                throw std::system_error(EIO, std::generic_category(),
-                                        "a temporary file is shorter than it was written");
-            }
-            return false;
-        }
-    }
+    ReadRecord(bytes, record);
     return true;
 }
 

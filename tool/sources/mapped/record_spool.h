@@ -3,9 +3,9 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 
-#include "tool/io/output_file.h"
+#include "recorddb/sha256.h"
+#include "tool/io/frame_spool.h"
 #include "tool/sources/mapped/made_record.h"
 
 namespace tool {
@@ -14,38 +14,35 @@ namespace tool {
 // read from the front any number of times.
 class RecordSpool {
   public:
-    // Throws std::system_error when the file cannot be made or written.
-    RecordSpool();
+    // Throws std::system_error when the file cannot be made or written, as Add and Finish do.
+    RecordSpool() = default;
 
     void Add(const MadeRecord& record);
-    // Writes what is buffered; to be called after the last Add.
+    // To be called once, after the last Add.
     void Finish();
 
-    std::uint64_t Count() const { return m_count; }
-    std::uint64_t Size() const { return m_file.Size(); }
+    // After Finish: the SHA-256 of what the records say, in their order, as 64 lower-case
+    // hexadecimal digits.
+    const std::string& Sha256() const { return m_sha256; }
+    std::uint64_t Size() const { return m_spool.Size(); }
 
     // A reading, which must not outlive the spool.
     class Reader {
       public:
-        explicit Reader(const RecordSpool& spool) : m_spool(spool) {}
+        explicit Reader(const RecordSpool& spool) : m_reader(spool.m_spool) {}
 
         // False after the last record. Throws std::system_error.
         bool Next(MadeRecord& record);
-        std::uint64_t BytesRead() const { return m_offset - (m_buffer.size() - m_at); }
+        std::uint64_t BytesRead() const { return m_reader.BytesRead(); }
 
       private:
-        bool Fill(std::size_t size);
-
-        const RecordSpool& m_spool;
-        std::string m_buffer;
-        std::size_t m_at = 0;
-        std::uint64_t m_offset = 0;  // of what follows the buffer in the file
+        FrameSpool::Reader m_reader;
     };
 
   private:
-    OutputFile m_file;
-    std::string m_buffer;
-    std::uint64_t m_count = 0;
+    FrameSpool m_spool;
+    recorddb::Sha256 m_hash;
+    std::string m_sha256;
 };
 
 }  // namespace tool

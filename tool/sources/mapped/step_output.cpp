@@ -17,10 +17,8 @@ namespace {
 constexpr std::size_t kMostEntries = 501;
 
 std::string HashOf(const MadeRecord& record) {
-    MadeRecord values;
-    values.values = record.values;
     std::string bytes;
-    AppendRecord(values, bytes);
+    AppendContent(record, bytes);
     constexpr std::size_t enough = 32;
     return HashText(bytes).substr(0, enough);
 }

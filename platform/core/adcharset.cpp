@@ -28,10 +28,9 @@ const AdCharset& AdCharset::getUTF8Charset() {
 // UTF-8 is the only character set, so the first argument decides nothing.
 void AdMbcsString::cvtFromTchar(const AdCharset& /*charset*/, const unsigned short* text,
                                 AdCharset::converter_t converter) {
-    const Obx_String units(text);
     if (converter == AdCharset::converter_t::kLossy) {
-        m_data = units.ToUtf8();
-    } else if (const std::optional<std::size_t> invalid = Utf16ToUtf8(units.View(), m_data)) {
+        m_data = Obx_String(text).ToUtf8();
+    } else if (const std::optional<std::size_t> invalid = Utf16ToUtf8(text, m_data)) {
         ThrowInvalidUtf16(*invalid);
     }
 }

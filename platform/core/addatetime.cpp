@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "platform/foundation/decimal_digit.h"
 
@@ -125,26 +126,23 @@ struct Field {
     std::size_t digits;
 };
 
-// Appends what "%" and `name` stand for: the field of this name, or a "%" for "%%". Any other pair
-// stands for itself.
-void AppendField(Obx_String& out, std::span<const Field> fields, char16_t name) {
+// Puts what "%" and `name` stand for: the field of this name, or a "%" for "%%". Any other pair
+// stands for itself. Returns the end of what was put.
+char16_t* PutField(char16_t* to, std::span<const Field> fields, char16_t name) {
     for (const Field& field : fields) {
         if (field.name == name) {
-            char16_t digits[] = u"0000";
             int rest = field.value;
-            for (std::size_t i = field.digits; i > 0; --i) {
-                digits[i - 1] = static_cast<char16_t>(u'0' + rest % 10);
-                rest /= 10;
+            for (std::size_t i = field.digits; i > 0; --i, rest /= 10) {
+                to[i - 1] = static_cast<char16_t>(u'0' + rest % 10);
             }
-            digits[field.digits] = u'\0';
-            out += digits;
-            return;
+            return to + field.digits;
         }
     }
-    out += u'%';
+    *to++ = u'%';
     if (name != u'%') {
-        out += name;
+        *to++ = name;
     }
+    return to;
 }
 
 }  // namespace
@@ -176,14 +174,18 @@ int AdDateTime::ParseDateTime(const Obx_String& text, int /*reserved*/) {
 Obx_String AdDateTime::Format(const char16_t* pattern) const {
     const Field fields[] = {{u'Y', m_year, 4}, {u'm', m_month, 2},  {u'd', m_day, 2},
                             {u'H', m_hour, 2}, {u'M', m_minute, 2}, {u'S', m_second, 2}};
-    Obx_String out;
-    for (std::u16string_view rest = pattern; !rest.empty(); rest.remove_prefix(1)) {
+    // No field has more digits than twice the two units that stand for it.
+    const std::u16string_view whole = pattern;
+    std::u16string out(2 * whole.size(), u'\0');
+    char16_t* end = out.data();
+    for (std::u16string_view rest = whole; !rest.empty(); rest.remove_prefix(1)) {
         if (rest.front() == u'%' && rest.size() > 1) {
             rest.remove_prefix(1);
-            AppendField(out, fields, rest.front());
+            end = PutField(end, fields, rest.front());
         } else {
-            out += rest.front();
+            *end++ = rest.front();
         }
     }
-    return out;
+    out.resize(static_cast<std::size_t>(end - out.data()));
+    return Obx_String(std::move(out));
 }

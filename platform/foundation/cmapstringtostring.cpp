@@ -1,6 +1,7 @@
 #include "platform/foundation/cmapstringtostring.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 namespace {
@@ -16,31 +17,33 @@ void LetGoOfHugeText(Obx_String& text) {
     }
 }
 
+// The library compares units one by one.
+bool IsSame(std::u16string_view a, std::u16string_view b) {
+    return a.size() == b.size() &&
+           std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
+}
+
 }  // namespace
 
 void CMapStringToString::SetAt(const Obx_String& key, const Obx_String& value) {
-    if (const Slot* slot = Find(key)) {
-        m_slots[IndexOf(slot)].value = value;
-        return;
-    }
-    if (m_end == m_slots.size()) {
-        MakeRoom();
-    }
-    Slot& slot = m_slots[m_end];
-    slot.key = key;
+    Slot& slot = SlotFor(key);
     slot.value = value;
-    slot.used = true;
-    ++m_end;
-    ++m_count;
-    if (!m_index.empty()) {
-        m_index.emplace(slot.key.View(), &slot);
-    } else if (m_count > kLargestWithoutIndex) {
-        BuildIndex();
-    }
+    Use(slot);
+}
+
+void CMapStringToString::SetAt(const Obx_String& key, Obx_String&& value) {
+    Slot& slot = SlotFor(key);
+    slot.value = std::move(value);
+    Use(slot);
+}
+
+const Obx_String* CMapStringToString::Find(const Obx_String& key) const {
+    const Slot* slot = FindSlot(key);
+    return slot != nullptr ? &slot->value : nullptr;
 }
 
 bool CMapStringToString::Lookup(const Obx_String& key, Obx_String& value) const {
-    const Slot* slot = Find(key);
+    const Slot* slot = FindSlot(key);
     if (slot == nullptr) {
         return false;
     }
@@ -49,7 +52,7 @@ bool CMapStringToString::Lookup(const Obx_String& key, Obx_String& value) const 
 }
 
 bool CMapStringToString::RemoveKey(const Obx_String& key) {
-    const Slot* slot = Find(key);
+    const Slot* slot = FindSlot(key);
     if (slot == nullptr) {
         return false;
     }
@@ -85,17 +88,42 @@ const CMapStringToString::Slot* CMapStringToString::NextUsed(std::size_t first) 
     return first < m_end ? &m_slots[first] : nullptr;
 }
 
-const CMapStringToString::Slot* CMapStringToString::Find(const Obx_String& key) const {
+const CMapStringToString::Slot* CMapStringToString::FindSlot(const Obx_String& key) const {
     if (!m_index.empty()) {
         const auto found = m_index.find(key.View());
         return found == m_index.end() ? nullptr : found->second;
     }
     for (std::size_t i = 0; i < m_end; ++i) {
-        if (m_slots[i].used && m_slots[i].key == key) {
+        if (m_slots[i].used && IsSame(m_slots[i].key.View(), key.View())) {
             return &m_slots[i];
         }
     }
     return nullptr;
+}
+
+CMapStringToString::Slot& CMapStringToString::SlotFor(const Obx_String& key) {
+    if (const Slot* slot = FindSlot(key)) {
+        return m_slots[IndexOf(slot)];
+    }
+    if (m_end == m_slots.size()) {
+        MakeRoom();
+    }
+    m_slots[m_end].key = key;
+    return m_slots[m_end];
+}
+
+void CMapStringToString::Use(Slot& slot) {
+    if (slot.used) {
+        return;
+    }
+    slot.used = true;
+    ++m_end;
+    ++m_count;
+    if (!m_index.empty()) {
+        m_index.emplace(slot.key.View(), &slot);
+    } else if (m_count > kLargestWithoutIndex) {
+        BuildIndex();
+    }
 }
 
 std::size_t CMapStringToString::IndexOf(const Slot* slot) const {

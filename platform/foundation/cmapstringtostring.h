@@ -23,6 +23,10 @@ class CMapStringToString {
 
     // Inserts the pair, or replaces the value of an existing key (which keeps its place).
     void SetAt(const Obx_String& key, const Obx_String& value);
+    void SetAt(const Obx_String& key, Obx_String&& value);
+
+    // The value of a key, valid until the map is changed; null when the key is not there.
+    const Obx_String* Find(const Obx_String& key) const;
 
     // True and the value when the key is there; else false, and `value` is left as it was.
     bool Lookup(const Obx_String& key, Obx_String& value) const;
@@ -49,7 +53,10 @@ class CMapStringToString {
 
     // The slot at or after the index that is in use, or null.
     const Slot* NextUsed(std::size_t first) const;
-    const Slot* Find(const Obx_String& key) const;
+    const Slot* FindSlot(const Obx_String& key) const;
+    // The slot of that key; if there is none, a spare one with that key, for Use.
+    Slot& SlotFor(const Obx_String& key);
+    void Use(Slot& slot);
     std::size_t IndexOf(const Slot* slot) const;
     void Discard(Slot& slot);
     void MakeRoom();

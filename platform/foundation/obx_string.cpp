@@ -83,7 +83,9 @@ Obx_String::Obx_String(const unsigned short* text) : m_text(CopyUnits(text)) {}
 
 Obx_String Obx_String::FromUtf8(std::string_view text) {
     Obx_String result;
-    result.m_text = Utf8ToUtf16Lossy(text);
+    if (Utf8ToUtf16(text, result.m_text)) {
+        result.m_text = Utf8ToUtf16Lossy(text);
+    }
     return result;
 }
 

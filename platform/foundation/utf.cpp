@@ -19,46 +19,70 @@ std::int32_t IcuLength(std::size_t length) {
     return static_cast<std::int32_t>(length);
 }
 
-// Most texts are ASCII: their leading run is copied eight characters at a time, the rest is ICU's.
-std::size_t AsciiRun(std::string_view text) {
-    std::size_t i = 0;
-    for (; i + 8 <= text.size(); i += 8) {
+// Callers hand UTF-16 over as unsigned short or as char16_t, so it is read through a type that may
+// alias both.
+using AliasingUnit __attribute__((may_alias)) = unsigned short;
+
+// True when none of the units in so many bytes has one of these bits.
+template <std::size_t bytes>
+bool HasNone(const void* text, std::uint64_t bits) {
+    std::uint64_t seen = 0;
+    for (std::size_t at = 0; at < bytes; at += sizeof seen) {
         std::uint64_t word = 0;
-        std::memcpy(&word, text.data() + i, sizeof word);
-        if ((word & 0x8080808080808080U) != 0) {
-            break;
-        }
+        std::memcpy(&word, static_cast<const char*>(text) + at, sizeof word);
+        seen |= word;
     }
-    while (i < text.size() && static_cast<unsigned char>(text[i]) < 0x80) {
+    return (seen & bits) == 0;
+}
+
+// Most texts are ASCII. The length of the leading run of it.
+std::size_t AsciiRun(const char* text, std::size_t size) {
+    constexpr std::size_t block = 16;
+    std::size_t i = 0;
+    while (i + block <= size && HasNone<block>(text + i, 0x8080808080808080U)) {
+        i += block;
+    }
+    while (i < size && static_cast<unsigned char>(text[i]) < 0x80) {
         ++i;
     }
     return i;
 }
 
-std::size_t AsciiRun(std::u16string_view text) {
+std::size_t AsciiRun(const AliasingUnit* text, std::size_t size) {
+    constexpr std::size_t block = 8;
     std::size_t i = 0;
-    for (; i + 4 <= text.size(); i += 4) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, text.data() + i, sizeof word);
-        if ((word & 0xFF80FF80FF80FF80U) != 0) {
-            break;
-        }
+    while (i + block <= size && HasNone<2 * block>(text + i, 0xFF80FF80FF80FF80U)) {
+        i += block;
     }
-    while (i < text.size() && text[i] < 0x80) {
+    while (i < size && text[i] < 0x80) {
         ++i;
     }
     return i;
 }
 
-template <typename To, typename From>
-void CopyAscii(From text, std::size_t count, To& out) {
-    out.resize(count);
-    // The plain pointers let the compiler see that the loop does not change what it reads through.
-    auto* to = out.data();
-    const auto* from = text.data();
+// The loops that copy ASCII know that they do not change what they read, so that the compiler makes
+// vector operations of them.
+void Copy(const char* __restrict from, std::size_t count, char16_t* __restrict to) {
     for (std::size_t i = 0; i < count; ++i) {
-        to[i] = static_cast<typename To::value_type>(from[i]);
+        to[i] = static_cast<unsigned char>(from[i]);
     }
+}
+
+void Copy(const AliasingUnit* __restrict from, std::size_t count, char* __restrict to) {
+    for (std::size_t i = 0; i < count; ++i) {
+        to[i] = static_cast<char>(from[i]);
+    }
+}
+
+// Replaces `out` by the leading run of ASCII, the rest is ICU's. Returns its length.
+template <typename Text, typename Units>
+std::size_t TakeAscii(const Units* text, std::size_t size, Text& out) {
+    const std::size_t count = AsciiRun(text, size);
+    out.resize_and_overwrite(count, [=](typename Text::value_type* to, std::size_t) {
+        Copy(text, count, to);
+        return count;
+    });
+    return count;
 }
 
 std::size_t FirstInvalidUnit(std::u16string_view text) {
@@ -93,11 +117,31 @@ std::size_t FirstInvalidByte(std::string_view text) {
 
 #pragma GCC diagnostic pop
 
-}  // namespace
+// The length of a zero-terminated text; a null pointer counts as an empty one. Four units a step:
+// whole packets are gone through.
+std::size_t LengthOf(const AliasingUnit* text) {
+    if (text == nullptr) {
+        return 0;
+    }
+    for (std::size_t length = 0;; length += 4) {
+        if (text[length] == 0) {
+            return length;
+        }
+        if (text[length + 1] == 0) {
+            return length + 1;
+        }
+        if (text[length + 2] == 0) {
+            return length + 2;
+        }
+        if (text[length + 3] == 0) {
+            return length + 3;
+        }
+    }
+}
 
-std::optional<std::size_t> Utf16ToUtf8(std::u16string_view text, std::string& out) {
-    const std::size_t ascii = AsciiRun(text);
-    CopyAscii(text, ascii, out);
+// Adds what comes after the run of ASCII that `out` holds.
+std::optional<std::size_t> AddBeyondAscii(std::u16string_view text, std::string& out) {
+    const std::size_t ascii = out.size();
     if (ascii == text.size()) {
         return std::nullopt;
     }
@@ -114,9 +158,25 @@ std::optional<std::size_t> Utf16ToUtf8(std::u16string_view text, std::string& ou
     return std::nullopt;
 }
 
+}  // namespace
+
+std::optional<std::size_t> Utf16ToUtf8(std::u16string_view text, std::string& out) {
+    TakeAscii(reinterpret_cast<const AliasingUnit*>(text.data()), text.size(), out);
+    return AddBeyondAscii(text, out);
+}
+
+std::optional<std::size_t> Utf16ToUtf8(const unsigned short* text, std::string& out) {
+    const std::size_t size = LengthOf(text);
+    if (TakeAscii(static_cast<const AliasingUnit*>(text), size, out) == size) {
+        return std::nullopt;
+    }
+    std::u16string units(size, u'\0');
+    std::memcpy(units.data(), text, size * sizeof(char16_t));
+    return AddBeyondAscii(units, out);
+}
+
 std::optional<std::size_t> Utf8ToUtf16(std::string_view text, std::u16string& out) {
-    const std::size_t ascii = AsciiRun(text);
-    CopyAscii(text, ascii, out);
+    const std::size_t ascii = TakeAscii(text.data(), text.size(), out);
     if (ascii == text.size()) {
         return std::nullopt;
     }

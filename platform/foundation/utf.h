@@ -14,6 +14,10 @@
 // first unit that belongs to no character (an unpaired surrogate); `out` is then unspecified.
 std::optional<std::size_t> Utf16ToUtf8(std::u16string_view text, std::string& out);
 
+// The same for a zero-terminated text, which may have been made from either type of units. A null
+// pointer counts as the empty text.
+std::optional<std::size_t> Utf16ToUtf8(const unsigned short* text, std::string& out);
+
 // Replaces `out` by the UTF-16 form of `text`. Returns nothing on success, else the index of the
 // first byte that belongs to no character; `out` is then unspecified.
 std::optional<std::size_t> Utf8ToUtf16(std::string_view text, std::u16string& out);

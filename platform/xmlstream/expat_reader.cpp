@@ -154,7 +154,7 @@ ExpatReader::~ExpatReader() {
     }
 }
 
-TokenQueue::Token* ExpatReader::Peek() {
+TokenQueue::Token* ExpatReader::ReadNext() {
     Obx_Assert(m_state != State::kFailed, u"an XML stream is not used after it has failed");
     try {
         while (m_queue.IsEmpty() && m_state != State::kFinished) {
@@ -165,6 +165,8 @@ TokenQueue::Token* ExpatReader::Peek() {
         }
     } catch (...) {
         m_state = State::kFailed;
+        // What was read before the failure cannot be had any more either.
+        m_queue = TokenQueue();
         throw;
     }
     return m_queue.IsEmpty() ? nullptr : &m_queue.Front();

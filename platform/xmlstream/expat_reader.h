@@ -26,7 +26,7 @@ class ExpatReader {
 
     // The next token, which stays the reader's until Pop; null at the end of the input. Throws an
     // XmlException* or std::bad_alloc; every later call then throws a CException*.
-    TokenQueue::Token* Peek();
+    TokenQueue::Token* Peek() { return m_queue.IsEmpty() ? ReadNext() : &m_queue.Front(); }
 
     // Drops the token that Peek returned.
     void Pop() {
@@ -55,6 +55,7 @@ class ExpatReader {
         Obx_String what;
     };
 
+    TokenQueue::Token* ReadNext();
     void ReadOn();
     void ReadPlain();
     bool FillHead();

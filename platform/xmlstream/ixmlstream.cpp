@@ -31,17 +31,18 @@ class IXmlStream::Impl {
 
     const TokenQueue::Token* Peek() { return m_reader.Peek(); }
 
-    TokenQueue::Token Take(int type) {
+    // The next token, which is the caller's until Pop, and must be of that type.
+    TokenQueue::Token& Take(int type) {
         const int next = NextType();
         if (next != type) {
             Obx_String what;
             what.Format(u"expected %s, found %s", Describe(type), Describe(next));
             throw new XmlException(XmlException::Code::kUnexpectedToken, m_reader.Position(), what);
         }
-        TokenQueue::Token token = std::move(*m_reader.Peek());
-        m_reader.Pop();
-        return token;
+        return *m_reader.Peek();
     }
+
+    void Pop() { m_reader.Pop(); }
 
   private:
     ExpatReader m_reader;
@@ -68,17 +69,20 @@ int IXmlStream::GetNextTokenName(Obx_String& name) {
 }
 
 IXmlStream& IXmlStream::operator>>(XmlSTag& tag) {
-    TokenQueue::Token token = m_impl->Take(kStartTag);
-    tag = XmlSTag(std::move(token.text), std::move(token.attributes));
+    TokenQueue::Token& token = m_impl->Take(kStartTag);
+    tag.Take(std::move(token.text), token.attributes);
+    m_impl->Pop();
     return *this;
 }
 
 IXmlStream& IXmlStream::operator>>(XmlETag& tag) {
-    tag = XmlETag(m_impl->Take(kEndTag).text);
+    tag = XmlETag(std::move(m_impl->Take(kEndTag).text));
+    m_impl->Pop();
     return *this;
 }
 
 IXmlStream& IXmlStream::operator>>(XmlCharData& data) {
-    data = XmlCharData(m_impl->Take(kCharData).text);
+    data = XmlCharData(std::move(m_impl->Take(kCharData).text));
+    m_impl->Pop();
     return *this;
 }

@@ -11,9 +11,6 @@
 
 namespace {
 
-// Deeper elements are expat's, which knows how deep is too deep.
-constexpr std::size_t kDeepest = 100;
-
 enum class Kind : unsigned char {
     kOther,    // what is not plain, or not everywhere
     kText,     // ASCII that stands for itself in text, and in the values of attributes as well
@@ -66,12 +63,23 @@ std::size_t CountText(const char* bytes) {
     return static_cast<std::size_t>(std::countr_zero(others)) / 8;
 }
 
-bool IsLetter(char byte) {
+constexpr bool IsLetter(char byte) {
     return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || byte == '_';
 }
 
+constexpr std::array<bool, 256> BytesInNames() {
+    std::array<bool, 256> inNames{};
+    for (std::size_t byte = 0; byte < 0x80; ++byte) {
+        const auto character = static_cast<char>(byte);
+        inNames[byte] = IsLetter(character) || (character >= '0' && character <= '9') ||
+                        character == '-' || character == '.';
+    }
+    return inNames;
+}
+constexpr std::array<bool, 256> kInNames = BytesInNames();
+
 bool IsInName(char byte) {
-    return IsLetter(byte) || (byte >= '0' && byte <= '9') || byte == '-' || byte == '.';
+    return kInNames[static_cast<unsigned char>(byte)];
 }
 
 // UTF-8 of characters that may stand in XML; those that are markup or controls are looked at
@@ -82,12 +90,18 @@ bool IsXmlText(std::string_view text) {
            units.find_first_of(u"\uFFFE\uFFFF") == std::u16string::npos;
 }
 
-struct PlainTag {
-    bool isEnd = false;
-    std::string_view name;
-    std::string_view attribute;  // its name; empty for none
-    std::string_view value;
-};
+// True for ASCII that is plain wherever it stands in text. Without an early end it is done for many
+// bytes at once.
+bool IsPlainAscii(std::string_view text) {
+    unsigned char others = 0;
+    for (const char character : text) {
+        const auto byte = static_cast<unsigned char>(character);
+        const bool isControl = byte < 0x20 && byte != '\n' && byte != '\t';
+        others |=
+            static_cast<unsigned char>(isControl || byte >= 0x80 || byte == '&' || byte == ']');
+    }
+    return others == 0;
+}
 
 // Takes a text apart from its front on.
 class Cutter {
@@ -99,6 +113,12 @@ class Cutter {
     // Up to the next tag. False when it is not there, or something is not plain.
     bool CutText(std::string_view& cut) {
         const std::size_t begin = m_at;
+        const std::size_t end = m_text.find('<', begin);
+        if (end != std::string_view::npos && IsPlainAscii(m_text.substr(begin, end - begin))) {
+            m_at = end;
+            cut = m_text.substr(begin, end - begin);
+            return true;
+        }
         bool isAscii = true;
         for (; StepOverText(); ++m_at) {
             switch (KindOf(m_text[m_at])) {
@@ -128,17 +148,17 @@ class Cutter {
         return false;
     }
 
-    bool CutTag(PlainTag& tag) {
-        Cut("<");
-        tag.isEnd = Cut("/");
+    bool CutTag(PlainReader::Tag& tag) {
+        Cut('<');
+        tag.isEnd = Cut('/');
         tag.name = CutName();
-        if (!tag.isEnd && Cut(" ")) {
+        if (!tag.isEnd && Cut(' ')) {
             tag.attribute = CutName();
-            if (tag.attribute.empty() || !Cut("=\"") || !CutValue(tag.value)) {
+            if (tag.attribute.empty() || !Cut('=') || !Cut('"') || !CutValue(tag.value)) {
                 return false;
             }
         }
-        return !tag.name.empty() && Cut(">");
+        return !tag.name.empty() && Cut('>');
     }
 
   private:
@@ -172,12 +192,12 @@ class Cutter {
             ++m_at;
         }
         cut = m_text.substr(begin, m_at - begin);
-        return Cut("\"");
+        return Cut('"');
     }
 
-    bool Cut(std::string_view expected) {
-        const bool found = m_text.substr(m_at).starts_with(expected);
-        m_at += found ? expected.size() : 0;
+    bool Cut(char expected) {
+        const bool found = m_at < m_text.size() && m_text[m_at] == expected;
+        m_at += found ? 1 : 0;
         return found;
     }
 
@@ -193,33 +213,41 @@ class Cutter {
 
 }  // namespace
 
-PlainReader::Result PlainReader::ReadTag(std::string_view text, std::size_t& at,
-                                         TokenQueue& queue) {
+PlainReader::Result PlainReader::ReadTag(std::string_view text, std::size_t& at, Tag& tag) {
     Cutter cutter(text, at);
-    std::string_view before;
-    if (!cutter.CutText(before)) {
+    if (!cutter.CutText(tag.before)) {
         return cutter.At() == text.size() ? Result::kIncomplete : Result::kNotPlain;
     }
     if (text.find('>', cutter.At()) == std::string_view::npos) {
         return Result::kIncomplete;
     }
-    PlainTag tag;
     if (!cutter.CutTag(tag)) {
         return Result::kNotPlain;
+    }
+    at = cutter.At();
+    return Result::kRead;
+}
+
+PlainReader::Result PlainReader::ReadTag(std::string_view text, std::size_t& at,
+                                         TokenQueue& queue) {
+    Tag tag;
+    std::size_t next = at;
+    if (const Result result = ReadTag(text, next, tag); result != Result::kRead) {
+        return result;
     }
     const bool fits =
         tag.isEnd ? queue.Depth() > 0 && queue.OpenName() == tag.name : queue.Depth() < kDeepest;
     if (!fits) {
         return Result::kNotPlain;
     }
-    if (!before.empty()) {
-        queue.AddText(before);
+    if (!tag.before.empty()) {
+        queue.AddWholeText(tag.before);
     }
     if (tag.isEnd) {
         queue.AddEndTag(tag.name);
     } else {
         queue.AddStartTag(tag.name, tag.attribute, tag.value);
     }
-    at = cutter.At();
+    at = next;
     return Result::kRead;
 }

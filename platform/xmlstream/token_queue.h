@@ -26,25 +26,35 @@ class TokenQueue {
     void AddStartTag(std::string_view name, std::string_view attribute, std::string_view value);
     void AddEndTag(std::string_view name);
     void AddText(std::string_view text);
+    // All of the text between two tags, of which the second is added next.
+    void AddWholeText(std::string_view text);
     // No tag follows: the input has ended, or is refused from here on.
     void Finish();
 
-    bool IsEmpty() const { return m_next == m_tokens.size(); }
-    // The next token; there must be one.
+    bool IsEmpty() const { return m_next == m_end; }
+    // The next token; there must be one. Its texts may be taken or exchanged for others.
     Token& Front() { return m_tokens[m_next]; }
-    void Pop();
+    void Pop() {
+        ++m_next;
+        if (IsEmpty()) {
+            m_next = 0;
+            m_end = 0;
+        }
+    }
 
     // How many elements are open, and the name of the innermost one, of which there must be one.
     std::size_t Depth() const { return m_openNameEnds.size(); }
     std::string_view OpenName() const;
 
   private:
-    void AddStartTag(std::string_view name, XmlSTag::Attributes attributes);
+    Token& BeginStartTag(std::string_view name);
     void FlushText(bool keepWhiteSpace);
-    void Add(Token token);
+    Token& Add(int type, std::string_view text);
 
+    // Those from m_next up to m_end wait to be taken; the other ones are spare.
     std::vector<Token> m_tokens;
     std::size_t m_next = 0;
+    std::size_t m_end = 0;
 
     std::string m_text;
     bool m_textHasMoreThanSpace = false;

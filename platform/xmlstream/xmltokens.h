@@ -20,6 +20,13 @@ class XmlSTag {
     // The decoded value of the attribute of exactly this name; empty text when there is none.
     Obx_String GetAttributeByName(const Obx_String& name) const;
 
+    // Becomes the tag with this name and these attributes, in whose place it leaves its former ones
+    // for their memory.
+    void Take(Obx_String&& name, Attributes& attributes) noexcept {
+        m_name = std::move(name);
+        m_attributes.swap(attributes);
+    }
+
   private:
     Obx_String m_name;
     Attributes m_attributes;

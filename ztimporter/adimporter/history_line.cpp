@@ -53,20 +53,23 @@ Obx_String Digits(long number) {
 AdImporter::Steps::HistoryLine::HistoryLine(AdImporter& importer, const CMapStringToString& entry,
                                             long number)
     : m_importer(importer), m_number(number) {
-    for (std::size_t k = 0; k < history_label.size(); ++k) {
-        entry.Lookup(history_label[k], m_columns[k]);
-    }
-    entry.Lookup(kExpiredTimestampLabel, m_expiryTime);
+    const auto valueOf = [&entry](const Obx_String& label) {
+        static const Obx_String kNone;
+        const Obx_String* const value = entry.Find(label);
+        return value != nullptr ? value : &kNone;
+    };
+    std::transform(history_label.begin(), history_label.end(), m_columns.begin(), valueOf);
+    m_expiryTime = valueOf(kExpiredTimestampLabel);
 }
 
 void AdImporter::Steps::HistoryLine::AddToBatch(long recordDbid, Obx_String& error) {
-    Obx_String actionTime = m_columns[kActionTimestamp];
+    Obx_String actionTime = Column(kActionTimestamp);
     if (!Reformat(actionTime)) {
         error += InvalidTimeText(message_id::kInvalidActionTimestamp, actionTime) + u"\n";
         TraceImporter(kAddError, error);
         return;
     }
-    Obx_String expiryTime = m_expiryTime;
+    Obx_String expiryTime = *m_expiryTime;
     if (AdIsEmpty(expiryTime) == 0 && !Reformat(expiryTime)) {
         // Replaces what earlier lines reported, while an invalid action time adds to it.
         error = InvalidTimeText(message_id::kInvalidExpiredTimestamp, expiryTime);
@@ -80,26 +83,27 @@ void AdImporter::Steps::HistoryLine::AddToBatch(long recordDbid, Obx_String& err
     }
     CopyText(actionTime, entry.actionTime);
     CopyText(expiryTime, entry.expiryTime);
-    CopyText(m_columns[kUserName], entry.userName);
-    CopyText(m_columns[kActionName], entry.actionName);
-    CopyText(m_columns[kOldState], entry.oldState);
-    CopyText(m_columns[kNewState], entry.newState);
-    CopyText(m_columns[kComments], entry.comments);
+    CopyText(Column(kUserName), entry.userName);
+    CopyText(Column(kActionName), entry.actionName);
+    CopyText(Column(kOldState), entry.oldState);
+    CopyText(Column(kNewState), entry.newState);
+    CopyText(Column(kComments), entry.comments);
     ++m_importer.m_historyCount;
 }
 
 bool AdImporter::Steps::HistoryLine::LacksColumn(Obx_String& error) const {
     constexpr std::array kNeeded = {kUserName, kActionName, kOldState, kNewState};
     return std::any_of(kNeeded.begin(), kNeeded.end(), [&](HistoryColumn column) {
-        return m_importer.IsHistoryFieldEmpty(m_columns[kHistoryDbId],
-                                              history_label[column].View().data(),
-                                              m_columns[column], m_number, error) != 0;
+        return Column(column).IsEmpty() &&
+               m_importer.IsHistoryFieldEmpty(Column(kHistoryDbId),
+                                              history_label[column].View().data(), Column(column),
+                                              m_number, error) != 0;
     });
 }
 
 Obx_String AdImporter::Steps::HistoryLine::InvalidTimeText(int messageId,
                                                            const Obx_String& time) const {
-    return EntryText(m_columns[kHistoryDbId],
+    return EntryText(Column(kHistoryDbId),
                      MessageText(messageId, {{u"_value_", time},
                                              {u"_linenum_", Digits(m_number)},
                                              {u"_id_", m_importer.m_originalID},

@@ -10,7 +10,7 @@
 class AdImporter::Steps::HistoryLine {
   public:
     // `entry` is the line as the record parser reads it; an expiry time, which the parser never
-    // sets, counts too. Lines are numbered from 1. The importer must outlive the object.
+    // sets, counts too. Lines are numbered from 1. Importer and entry must outlive the object.
     HistoryLine(AdImporter& importer, const CMapStringToString& entry, long number);
 
     // Adds the line to the batch as an entry of the record. A line that cannot be one is left out,
@@ -18,6 +18,7 @@ class AdImporter::Steps::HistoryLine {
     void AddToBatch(long recordDbid, Obx_String& error);
 
   private:
+    const Obx_String& Column(HistoryColumn column) const { return *m_columns[column]; }
     // Whether a column that an entry needs is empty, with the reason in the error text.
     bool LacksColumn(Obx_String& error) const;
     Obx_String InvalidTimeText(int messageId, const Obx_String& time) const;
@@ -25,8 +26,9 @@ class AdImporter::Steps::HistoryLine {
 
     AdImporter& m_importer;
     long m_number;
-    std::array<Obx_String, history_label.size()> m_columns;
-    Obx_String m_expiryTime;
+    // The values of the entry; those that it does not have are empty.
+    std::array<const Obx_String*, history_label.size()> m_columns;
+    const Obx_String* m_expiryTime;
 };
 
 #endif

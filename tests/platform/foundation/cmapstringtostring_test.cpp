@@ -52,6 +52,24 @@ TEST(CMapStringToString, FindsWhatWasSet) {
     EXPECT_EQ(value, u"rust");
 }
 
+TEST(CMapStringToString, ShowsAValueInItsPlace) {
+    CMapStringToString map;
+    map.SetAt(u"title", u"rust");
+    ASSERT_NE(map.Find(u"title"), nullptr);
+    EXPECT_EQ(*map.Find(u"title"), u"rust");
+    EXPECT_EQ(map.Find(u"Title"), nullptr);
+}
+
+TEST(CMapStringToString, TakesAValueOver) {
+    CMapStringToString map;
+    map.SetAt(u"title", u"rust");
+    Obx_String value(u"a text that is too long to stand in the string itself");
+    const char16_t* const units = value.GetString();
+    map.SetAt(u"title", std::move(value));
+    EXPECT_EQ(map.Find(u"title")->GetString(), units);
+    EXPECT_EQ(map.GetCount(), 1);
+}
+
 TEST(CMapStringToString, LeavesTheValueOfAMissingKeyAlone) {
     CMapStringToString map;
     map.SetAt(u"title", u"rust");

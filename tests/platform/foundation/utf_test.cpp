@@ -45,6 +45,44 @@ TEST(Utf, LossyFormsKeepValidTexts) {
     }
 }
 
+// ASCII is copied in blocks, of which the last may overlap the one before.
+TEST(Utf, TextsOfAllLengthsConvertWithACharacterBeyondAsciiAnywhere) {
+    for (std::size_t length = 1; length < 30; ++length) {
+        for (std::size_t place = 0; place <= length; ++place) {
+            std::u16string units;
+            std::string bytes;
+            for (std::size_t i = 0; i < length; ++i) {
+                units += i == place ? u'\u20ac' : static_cast<char16_t>(u'a' + i % 26);
+                bytes += i == place ? "\xe2\x82\xac" : std::string(1, static_cast<char>(units[i]));
+            }
+            std::string utf8;
+            EXPECT_EQ(Utf16ToUtf8(units, utf8), std::nullopt);
+            EXPECT_EQ(utf8, bytes);
+            EXPECT_EQ(Utf16ToUtf8(reinterpret_cast<const unsigned short*>(units.c_str()), utf8),
+                      std::nullopt);
+            EXPECT_EQ(utf8, bytes);
+            std::u16string utf16;
+            EXPECT_EQ(Utf8ToUtf16(bytes, utf16), std::nullopt);
+            EXPECT_EQ(utf16, units);
+        }
+    }
+}
+
+TEST(Utf, ATextOfUnitsEndsAtItsZero) {
+    constexpr unsigned short units[] = {'a', 'b', 0, 'c', 0};
+    std::string utf8 = "former content";
+    EXPECT_EQ(Utf16ToUtf8(units, utf8), std::nullopt);
+    EXPECT_EQ(utf8, "ab");
+    EXPECT_EQ(Utf16ToUtf8(static_cast<const unsigned short*>(nullptr), utf8), std::nullopt);
+    EXPECT_EQ(utf8, "");
+}
+
+TEST(Utf, AnUnpairedSurrogateInATextOfUnitsHasAPosition) {
+    constexpr unsigned short units[] = {'a', 0xD83D, 'b', 0};
+    std::string utf8;
+    EXPECT_EQ(Utf16ToUtf8(units, utf8), 1U);
+}
+
 struct InvalidUtf16 {
     const char* name;
     std::u16string text;

@@ -2,6 +2,7 @@
 
 #include "platform/core/adtext.h"
 #include "ztimporter/packetstream.h"
+#include "ztimporter/plainrecord.h"
 #include "ztimporter/trace.h"
 
 namespace {
@@ -77,6 +78,9 @@ int AdImportConfigurationDataParser::IsConfigurationData() {
     Trace(kConfigurationParserTag, u"IsConfigurationData");
     if (!m_strXML) {
         return 0;
+    }
+    if (const auto answer = IsPlainConfiguration(m_strXML.Rest(), "configuration")) {
+        return *answer ? 1 : 0;
     }
     PacketStream packet(m_strXML.Rest());
     Obx_String name;

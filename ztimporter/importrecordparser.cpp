@@ -6,10 +6,12 @@
 #include <span>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "platform/core/adtext.h"
 #include "ztimporter/entrylabels.h"
 #include "ztimporter/packetstream.h"
+#include "ztimporter/plainrecord.h"
 #include "ztimporter/trace.h"
 
 namespace {
@@ -111,6 +113,32 @@ void ReadFields(AdImportRecordParser& parser, IXmlStream& xml, CMapStringToStrin
     }
 }
 
+// Reads the record at the beginning of the text token by token.
+void ReadTokens(AdImportRecordParser& parser, std::string_view text, CMapStringToString& map) {
+    PacketStream packet(text);
+    IXmlStream& xml = packet.Xml();
+    Obx_String name;
+    XmlSTag tag;
+    while (TakeStartTag(xml, name, tag)) {
+        if (AdIsUnequal(name, record_label) == 0) {
+            ReadFields(parser, xml, map);
+        } else {
+            SkipElementHead(xml);
+        }
+    }
+}
+
+void SetFields(AdImportRecordParser& parser, const std::vector<PlainField>& fields,
+               CMapStringToString& map) {
+    for (const PlainField& field : fields) {
+        Obx_String value = Obx_String::FromUtf8(field.text);
+        if (field.text.find('&') != std::string_view::npos) {
+            value = parser.UnEscape(value);
+        }
+        map.SetAt(Obx_String::FromUtf8(field.name), std::move(value));
+    }
+}
+
 }  // namespace
 
 AdImportRecordParser::AdImportRecordParser() {
@@ -151,16 +179,11 @@ int AdImportRecordParser::GetRecordMap(CMapStringToString& map) {
         Trace(kRecordParserTag, u"GetRecordMap, m_strXML is NULL");
         return 0;
     }
-    PacketStream packet(m_strXML.Rest());
-    IXmlStream& xml = packet.Xml();
-    Obx_String name;
-    XmlSTag tag;
-    while (TakeStartTag(xml, name, tag)) {
-        if (AdIsUnequal(name, record_label) == 0) {
-            ReadFields(*this, xml, map);
-        } else {
-            SkipElementHead(xml);
-        }
+    std::vector<PlainField> fields;
+    if (ReadPlainRecord(m_strXML.Rest(), fields)) {
+        SetFields(*this, fields, map);
+    } else {
+        ReadTokens(*this, m_strXML.Rest(), map);
     }
     Trace(kRecordParserTag, u"GetRecordMap, fields number = %d", map.GetCount());
     return map.GetCount();
@@ -204,7 +227,7 @@ std::list<CMapStringToString*> AdImportRecordParser::ExtractHistoryData(const Ob
         }
         auto entry = EntryListBuilder::NewEntry();
         for (int k = 0; k < columns.GetSize(); ++k) {
-            entry->SetAt(history_label[static_cast<std::size_t>(k)], columns[k]);
+            entry->SetAt(history_label[static_cast<std::size_t>(k)], std::move(columns[k]));
         }
         entries.Add(std::move(entry));
     }

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <charconv>
 #include <system_error>
@@ -128,19 +129,23 @@ std::optional<std::size_t> SkipNumber(std::string_view line, std::size_t at,
     return end > digits ? std::optional(end) : std::nullopt;
 }
 
+// What a record may have been made of (SourceRecord::unit), as it stands before its number.
+constexpr std::array<std::string_view, 3> kUnits = {", record ", ", row ", ", element "};
+
 // The part of a line that an entry begins with, "<!-- SOURCE, record 7, line 12:"; empty for any
 // other line.
 std::string_view PlaceIn(std::string_view line) {
-    constexpr std::string_view recordMark = ", record ";
     if (!line.starts_with("<!-- ")) {
         return {};
     }
-    for (std::size_t at = line.find(recordMark); at != std::string_view::npos;
-         at = line.find(recordMark, at + 1)) {
-        const auto recordEnd = SkipNumber(line, at, recordMark);
-        const auto lineEnd = recordEnd ? SkipNumber(line, *recordEnd, ", line ") : std::nullopt;
-        if (lineEnd && line.substr(*lineEnd, 1) == ":") {
-            return line.substr(0, *lineEnd + 1);
+    for (std::size_t at = line.find(", "); at != std::string_view::npos;
+         at = line.find(", ", at + 1)) {
+        for (const std::string_view unit : kUnits) {
+            const auto numberEnd = SkipNumber(line, at, unit);
+            const auto lineEnd = numberEnd ? SkipNumber(line, *numberEnd, ", line ") : std::nullopt;
+            if (lineEnd && line.substr(*lineEnd, 1) == ":") {
+                return line.substr(0, *lineEnd + 1);
+            }
         }
     }
     return {};

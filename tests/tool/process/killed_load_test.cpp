@@ -40,8 +40,10 @@ class KilledLoad : public LoadFixture, public testing::WithParamInterface<std::s
     std::string Base() const { return m_folder.File("base.db"); }
     std::string RejectsFolder() const { return m_folder.File("rejects"); }
     std::string DataFile() const { return m_folder.File("data.xml"); }
+    static bool IsMapped() { return GetParam() == "map"; }
 
   private:
+    std::string MappedRows();
     std::vector<Fields> Bugs() const;
     std::vector<Fields> Histories() const;
     std::vector<Fields> Attachments() const;
@@ -106,15 +108,38 @@ void KilledLoad::MakeBase() {
           Records("users.xml", users),
           Configuration("keywords-configuration.xml", "record", "keyword", "name"),
           Records("keywords.xml", keywords)});
-    if (GetParam() != "record") {
+    if (GetParam() != "record" && !IsMapped()) {
         Load({Configuration("bugs-configuration.xml", "record", "bug", "source_id"),
               Records("bugs.xml", Bugs())});
     }
     std::filesystem::rename(m_database, Base());
 }
 
+// Two steps of a map: bugs, of which some are rejected by the importer and some by the map, and an
+// entry of history for each.
+std::string KilledLoad::MappedRows() {
+    m_folder.Write(
+        "map.yaml",
+        "map: 1\nsources: {data: {files: data.csv}}\nsteps:\n"
+        "- {records: bug, source: data, key: source_id, fields: {source_id: Nr, title: Title, "
+        "votes: Votes, owner: Owner, keywords: {from: Keywords, split: ','}}}\n"
+        "- {history: bug, source: data, key: source_id, fields: {source_id: Nr, id: {value: '1'}, "
+        "when: When, who: Owner, action: {value: submit}, before: {value: none}, after: {value: "
+        "NEW}}}\n");
+    std::string rows = "Nr,Title,Votes,Owner,Keywords,When\n";
+    for (int i = 0; i < kRecords; ++i) {
+        rows += fmt::format("s{},\"Bug &lt; {}\",{},u{},\"k{},k{}\",2020-02-{:02}\n",
+                            i % 50 == 49 ? i - 1 : i, i, i % 41 == 37 ? "many" : std::to_string(i),
+                            i % 7, i % 5, 5 + i % 3, 1 + i % 28);
+    }
+    return m_folder.Write("data.csv", rows);
+}
+
 std::vector<std::string> KilledLoad::Sources() {
     const std::string& type = GetParam();
+    if (IsMapped()) {
+        return {MappedRows()};
+    }
     return {Configuration("configuration.xml", type, "bug", "source_id",
                           type == "record" ? "<duplicate_id name=\"duplicate_of\"/>" : ""),
             Records("data.xml", type == "record"    ? Bugs()
@@ -133,13 +158,17 @@ void KilledLoad::BeginAnew() const {
 std::vector<std::string> KilledLoad::Command(const std::vector<std::string>& sources) const {
     std::vector<std::string> command = {
         "load", m_database, "--attachments", m_folder.File("files"), "--rejects", RejectsFolder()};
+    if (IsMapped()) {
+        command.insert(command.end(), {"--map", m_folder.File("map.yaml")});
+    }
     command.insert(command.end(), sources.begin(), sources.end());
     return command;
 }
 
 int KilledLoad::NextOrdinal() {
     const std::string next = Query(
-        "SELECT next_ordinal FROM zt_journal WHERE source_name LIKE '%data.xml' "
+        "SELECT next_ordinal FROM zt_journal WHERE (source_name LIKE '%data.xml' OR source_name "
+        "LIKE '%: bug from data') "
         "AND complete = 0");
     return next.empty() ? 0 : std::stoi(next);
 }
@@ -225,7 +254,8 @@ TEST_P(KilledLoad, GoesOnToTheResultOfAnUndisturbedOne) {
     EXPECT_GT(resumed, 5);
 }
 
-INSTANTIATE_TEST_SUITE_P(DataTypes, KilledLoad, testing::Values("record", "history", "attachments"),
+INSTANTIATE_TEST_SUITE_P(DataTypes, KilledLoad,
+                         testing::Values("record", "history", "attachments", "map"),
                          [](const auto& test) { return test.param; });
 
 }  // namespace

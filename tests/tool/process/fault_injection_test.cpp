@@ -181,6 +181,80 @@ TEST_P(FaultInjection, LeavesASoundDatabaseThatTheSameCommandCompletes) {
     }
 }
 
+// A load by a map meets the same faults, in its temporary files, too.
+class MappedFaultInjection : public LoadFixture, public testing::WithParamInterface<Fault> {
+  protected:
+    MappedFaultInjection() {
+        std::filesystem::rename(m_database, m_folder.File("base.db"));
+        m_folder.Write("map.yaml",
+                       "map: 1\nsources: {rows: {files: rows.csv}, more: {files: more.json}}\n"
+                       "steps:\n"
+                       "- {records: user, source: rows, each: Who, same_key: first, key: login, "
+                       "fields: {login: .}}\n"
+                       "- {records: bug, source: rows, key: source_id, fields: {source_id: Nr, "
+                       "title: Title, owner: Who}}\n"
+                       "- {records: bug, source: more, key: source_id, mode: update, fields: "
+                       "{source_id: nr, votes: votes}}\n");
+        std::string rows = "Nr,Title,Who\n";
+        std::string more = "[";
+        for (int i = 0; i < 150; ++i) {
+            rows += fmt::format("{0},Bug &lt; {0},u{1}\n", i, i % 7);
+            more += fmt::format("{}{{\"nr\":{},\"votes\":{}}}", i == 0 ? "" : ",\n", i, i % 9);
+        }
+        m_folder.Write("rows.csv", rows);
+        m_folder.Write("more.json", more + "]\n");
+    }
+
+    std::vector<std::string> Command(const std::string& name) const {
+        return {name,
+                m_database,
+                "--map",
+                m_folder.File("map.yaml"),
+                m_folder.File("rows.csv"),
+                m_folder.File("more.json")};
+    }
+
+    void BeginAnew() const {
+        for (const char* suffix : {"", "-wal", "-shm"}) {
+            std::filesystem::remove(m_database + suffix);
+        }
+        std::filesystem::copy_file(m_folder.File("base.db"), m_database);
+    }
+};
+
+TEST_P(MappedFaultInjection, LeavesADatabaseThatTheSameCommandCompletes) {
+    BeginAnew();
+    FaultyTool undisturbed(Command("load"));
+    ASSERT_EQ(undisturbed.Wait(), 0) << undisturbed.Output();
+    const std::string expected = Dump();
+    const std::uint64_t count = undisturbed.Counts().Of(GetParam().kind);
+    ASSERT_GT(count, 0U);
+    const std::uint64_t points = std::min(count, GetParam().points);
+    for (std::uint64_t i = 0; i < points; ++i) {
+        const std::string plan = fmt::format(
+            "{}:{}:{}", faults::kKindNames.at(static_cast<std::size_t>(GetParam().kind)),
+            count * (2 * i + 1) / (2 * points) + 1, GetParam().action);
+        SCOPED_TRACE(plan);
+        BeginAnew();
+        FaultyTool load(Command("load"), plan);
+        const int code = load.Wait();
+        ASSERT_GT(load.Counts().faults, 0U);
+        EXPECT_THAT(code, testing::AnyOf(0, 2, 3)) << load.Output();
+        FaultyTool again(Command("load"));
+        EXPECT_EQ(again.Wait(), 0) << load.Output() << again.Output();
+        EXPECT_EQ(Dump(), expected) << load.Output() << again.Output();
+        FaultyTool verify(Command("verify"));
+        EXPECT_EQ(verify.Wait(), 0) << verify.Output();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, MappedFaultInjection,
+                         testing::Values(Fault{"AWriteOnAFullDisk", Kind::Write, "ENOSPC", false,
+                                               12},
+                                         Fault{"AWriteByAnError", Kind::Write, "EIO", false, 6},
+                                         Fault{"AReadByAnError", Kind::Read, "EIO", false, 6}),
+                         [](const auto& test) { return test.param.name; });
+
 // The engine copies its log into the file when the database is closed, and tells nobody when that
 // fails.
 TEST(FaultInjectionOfInit, DatabaseThatIsNotWholeIsNotGivenItsName) {

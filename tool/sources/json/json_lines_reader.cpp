@@ -8,7 +8,7 @@
 #include "tool/io/decoding_marks.h"
 #include "tool/io/text_units.h"
 #include "tool/sources/json/json_events.h"
-#include "tool/sources/json/row_builder.h"
+#include "tool/sources/json/plain_json.h"
 
 namespace tool {
 
@@ -46,7 +46,7 @@ class LineEvents final : public JsonEvents {
 }  // namespace
 
 JsonLinesReader::JsonLinesReader(ByteSource& bytes, RowLimits limits, std::size_t chunk)
-    : m_bytes(bytes), m_limits(limits), m_chunk(chunk) {}
+    : m_bytes(bytes), m_limits(limits), m_chunk(chunk), m_builder(limits) {}
 
 void JsonLinesReader::Read(RowHandler& handler) {
     Row row;
@@ -117,20 +117,22 @@ bool JsonLinesReader::NextLine() {
 }
 
 void JsonLinesReader::FillRow(Row& row) {
-    RowBuilder builder(m_limits);
-    builder.Begin(row);
+    m_builder.Begin(row);
     row.number = ++m_number;
     row.line = m_line;
     row.raw = {};
     if (m_tooLong) {
-        builder.Fail(fmt::format("the line is not shorter than {} bytes", m_limits.size));
+        m_builder.Fail(fmt::format("the line is not shorter than {} bytes", m_limits.size));
         return;
     }
     std::string_view line = std::string_view(m_text).substr(m_begin, m_lineEnd - m_begin);
     line.remove_suffix(line.ends_with('\r') ? 1 : 0);
     row.raw = line;
-    LineEvents events(builder);
-    WideJson::sax_parse(line.begin(), line.end(), &events);
+    if (!ReadPlainJson(line, m_builder)) {
+        m_builder.Begin(row);
+        LineEvents events(m_builder);
+        WideJson::sax_parse(line.begin(), line.end(), &events);
+    }
     if (!row.error.empty()) {
         // The line may hold what is no text.
         m_mended = line;

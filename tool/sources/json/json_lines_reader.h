@@ -6,6 +6,7 @@
 #include <string>
 
 #include "tool/io/byte_source.h"
+#include "tool/sources/json/row_builder.h"
 #include "tool/sources/rows/row_reader.h"
 
 namespace tool {
@@ -30,6 +31,7 @@ class JsonLinesReader final : public RowReader {
     ByteSource& m_bytes;
     RowLimits m_limits;
     std::size_t m_chunk;
+    RowBuilder m_builder;
     std::string m_text;
     std::size_t m_begin = 0;    // of the line
     std::size_t m_lineEnd = 0;  // of its text

@@ -1,6 +1,7 @@
 #include "recorddb/editing/entity_def.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string>
 
 #include "platform/messages/message_ids.h"
@@ -14,12 +15,13 @@ char16_t LowerCase(char16_t unit) {
     return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + (u'a' - u'A')) : unit;
 }
 
-// Names in a schema are ASCII, so folding more than ASCII could not make another name fit.
+// Names in a schema are ASCII, so folding more than ASCII could not make another name fit. Mostly
+// they are written as in the schema.
 bool SameName(std::u16string_view left, std::u16string_view right) {
     return left.size() == right.size() &&
-           std::equal(left.begin(), left.end(), right.begin(), [](char16_t a, char16_t b) {
-               return a == b || LowerCase(a) == LowerCase(b);
-           });
+           (std::memcmp(left.data(), right.data(), left.size() * sizeof(char16_t)) == 0 ||
+            std::equal(left.begin(), left.end(), right.begin(),
+                       [](char16_t a, char16_t b) { return LowerCase(a) == LowerCase(b); }));
 }
 
 }  // namespace

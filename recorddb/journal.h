@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -24,8 +25,8 @@ struct JournalKey {
 // How far a source has been loaded. The counters are those of all its loads together.
 struct JournalEntry {
     std::string sourceName;        // for people; not part of the key
-    std::int64_t nextOrdinal = 0;  // the records 0 .. nextOrdinal-1 have been handled
-    bool complete = false;         // the source has no more records than those
+    std::int64_t nextOrdinal = 0;  // the records 0 .. nextOrdinal-1 have been handled, or wait
+    bool complete = false;         // the source has no more records than those, and none waits
     std::int64_t created = 0;
     std::int64_t updated = 0;
     std::int64_t history = 0;
@@ -60,17 +61,23 @@ class RECORDDB_API Journal {
     // nothing, when the number of the run in it is not that of the latest run.
     [[nodiscard]] bool Save(const JournalKey& key, const JournalEntry& entry);
 
-    // Removes the entry of a key with its rejects, as if the source had never been loaded.
+    // Removes the entry of a key with all that it marks, as if the source had never been loaded.
     void Forget(const JournalKey& key);
-    void ForgetRejects(const JournalKey& key);
+    void ForgetMarks(const JournalKey& key);
 
-    // The ordinals of records that were rejected and have not been imported since. Adding one that
-    // is there and removing one that is not change nothing.
-    void AddReject(const JournalKey& key, std::int64_t ordinal);
-    void RemoveReject(const JournalKey& key, std::int64_t ordinal);
+    // What is said of single records of a source.
+    enum class Mark {
+        Rejected,  // and not imported since
+        Waiting    // handled so far only that it waits for other records
+    };
 
-    // In ascending order.
-    std::vector<std::int64_t> Rejects(const JournalKey& key);
+    // Mark records by their ordinals, or take the mark off again. Adding a mark that is there and
+    // removing one that is not change nothing.
+    void Add(Mark mark, const JournalKey& key, std::span<const std::int64_t> ordinals);
+    void Remove(Mark mark, const JournalKey& key, std::span<const std::int64_t> ordinals);
+
+    // The ordinals of the records with a mark, ascending.
+    std::vector<std::int64_t> Marked(Mark mark, const JournalKey& key);
 
   private:
     sql::Connection& m_connection;

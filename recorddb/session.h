@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <vector>
 
 #include "platform/core/adsession.h"
 #include "recorddb/errors.h"
@@ -11,6 +12,7 @@
 #include "recorddb/export.h"
 #include "recorddb/session_options.h"
 #include "recorddb/statistics.h"
+#include "recorddb/written_value.h"
 
 namespace recorddb {
 
@@ -113,6 +115,14 @@ class RECORDDB_API Session final : public AdSession {
     // The text of the latest refusal of an attachment or a duplicate mark, empty when there was
     // none since the last call. The importer's own messages for these two leave the cause out.
     Obx_String TakeLastRefusal();
+
+    // From here on, the values that records get in this field are noted; with null, the unique keys
+    // that records of the type get.
+    void Watch(const schema::RecordType& type, const schema::Field* field);
+    // From here on nothing is noted; forgets what was.
+    void WatchNothing();
+    // What has been noted since the last call, also of work that was undone meanwhile.
+    std::vector<WrittenValue> TakeWritten();
 
     // Begins a transaction around many commits, which otherwise are one transaction each. One at a
     // time. Throws sql::Error; std::logic_error when one is open already.

@@ -283,10 +283,13 @@ RECORDDB_API std::string WithSchema(const std::string& url, const std::string& s
 // there. None for a server.
 RECORDDB_API std::vector<std::string> SideFiles(const std::string& location);
 
+// Whether a scratch database can be rolled back. One that cannot must not be used any more after a
+// roll-back; it writes less.
+enum class Undoing { Impossible, Possible };
+
 // Opens an empty database for intermediate results of any size: a file without a name among the
-// system's temporary files, which is gone when the connection is. It takes a few MiB of memory. It
-// cannot undo anything: after a roll-back it must not be used any more.
-RECORDDB_API std::unique_ptr<Connection> OpenScratch();
+// system's temporary files, which is gone when the connection is. It takes a few MiB of memory.
+RECORDDB_API std::unique_ptr<Connection> OpenScratch(Undoing undoing = Undoing::Impossible);
 
 // A name as an SQL identifier, in double quotes, so that names which are words of SQL work.
 RECORDDB_API std::string Quoted(std::string_view name);

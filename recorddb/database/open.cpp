@@ -28,8 +28,8 @@ std::vector<std::string> SideFiles(const std::string& location) {
                                  : SqliteConnection::SideFiles(location);
 }
 
-std::unique_ptr<Connection> OpenScratch() {
-    return SqliteConnection::OpenScratch();
+std::unique_ptr<Connection> OpenScratch(Undoing undoing) {
+    return SqliteConnection::OpenScratch(undoing);
 }
 
 }  // namespace recorddb::sql

@@ -231,6 +231,7 @@ PaMessage RecordWriter::Write(EditedRecord& record) {
         record.dbid = reserved;
         return problem;
     }
+    m_parts.watched.Note(record);
     record.version += reach.row ? 1 : 0;
     record.buffer.AcceptChanges();
     record.attachments.Clear();

@@ -6,6 +6,7 @@
 #include "recorddb/editing/record_attachments.h"
 #include "recorddb/editing/record_checks.h"
 #include "recorddb/editing/reference_keys.h"
+#include "recorddb/editing/watched_values.h"
 #include "recorddb/errors.h"
 #include "recorddb/store/atomic_write.h"
 #include "recorddb/store/dbid_reservations.h"
@@ -29,6 +30,7 @@ class RecordWriter {
         RecordAttachments& attachments;
         DuplicateTable& duplicates;
         RecordChecks& checks;
+        WatchedValues& watched;
     };
 
     explicit RecordWriter(const Parts& parts) : m_parts(parts) {}

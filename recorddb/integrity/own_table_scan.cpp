@@ -98,7 +98,8 @@ constexpr int kRejectedColumn = 5;
 constexpr std::array<std::string_view, 8> kCounters = {
     "rejected", "created", "updated", "history", "attachments", "duplicates", "skipped", "run"};
 
-void CheckJournalRow(const OwnRow& row, sql::Statement& countRejects) {
+void CheckJournalRow(const OwnRow& row, sql::Statement& countRejects,
+                     sql::Statement& countWaiting) {
     const sql::Statement& cells = row.row;
     row.Tell("source_sha256", 0, HashProblem(cells, 0));
     row.Tell("configuration_sha256", 1, HashProblem(cells, 1));
@@ -120,6 +121,12 @@ void CheckJournalRow(const OwnRow& row, sql::Statement& countRejects) {
         cells.Int(kRejectedColumn) != named) {
         row.Tell("rejected", kRejectedColumn, fmt::format("zt_journal_reject names {}", named));
     }
+    countWaiting.BindAll(cells.Text(0), cells.Text(1));
+    const std::int64_t waiting = sql::QueryInt(countWaiting).value_or(0);
+    if (waiting > 0 && sql::StorageOf(cells, kCompleteColumn) == sql::Storage::Integer &&
+        cells.Int(kCompleteColumn) == 1) {
+        row.Tell("complete", kCompleteColumn, fmt::format("zt_journal_waiting names {}", waiting));
+    }
 }
 
 void ScanEntries(CheckContext& context) {
@@ -130,21 +137,28 @@ void ScanEntries(CheckContext& context) {
     const auto countRejects = context.Query(
         "SELECT count(*) FROM zt_journal_reject "
         "WHERE source_sha256 = $1 AND configuration_sha256 = $2");
+    const auto countWaiting = context.Query(
+        "SELECT count(*) FROM zt_journal_waiting "
+        "WHERE source_sha256 = $1 AND configuration_sha256 = $2");
     while (context.NextRow(*rows)) {
-        CheckJournalRow({context, *rows, "zt_journal", CellText(*rows, kNameColumn)},
-                        *countRejects);
+        CheckJournalRow({context, *rows, "zt_journal", CellText(*rows, kNameColumn)}, *countRejects,
+                        *countWaiting);
     }
 }
 
-void ScanRejects(CheckContext& context) {
-    const auto rows = context.Scan(
-        "SELECT source_sha256, configuration_sha256, ordinal FROM zt_journal_reject "
-        "ORDER BY source_sha256, configuration_sha256, ordinal");
+// The table marks records of sources, which the journal must know and have come to.
+void ScanMarks(CheckContext& context, std::string_view table) {
+    const auto rows =
+        context.Scan(fmt::format("SELECT source_sha256, configuration_sha256, ordinal FROM {} "
+                                 "ORDER BY source_sha256, configuration_sha256, ordinal",
+                                 table));
     const auto findNext = context.Query(
         "SELECT next_ordinal FROM zt_journal "
         "WHERE source_sha256 = $1 AND configuration_sha256 = $2");
     while (context.NextRow(*rows)) {
-        const OwnRow row{context, *rows, "zt_journal_reject", CellText(*rows, 0)};
+        const OwnRow row{context, *rows, table, CellText(*rows, 0)};
+        row.Tell("source_sha256", 0, HashProblem(*rows, 0));
+        row.Tell("configuration_sha256", 1, HashProblem(*rows, 1));
         std::string problem = IntegerProblem(*rows, 2, 0);
         if (problem.empty()) {
             findNext->BindAll(rows->Text(0), rows->Text(1));
@@ -168,7 +182,8 @@ void ScanSchemaTables(CheckContext& context) {
 
 void ScanJournal(CheckContext& context) {
     ScanEntries(context);
-    ScanRejects(context);
+    ScanMarks(context, "zt_journal_reject");
+    ScanMarks(context, "zt_journal_waiting");
 }
 
 }  // namespace recorddb

@@ -154,6 +154,18 @@ Obx_String Session::TakeLastRefusal() {
     return std::exchange(m_parts->lastRefusal, Obx_String());
 }
 
+void Session::Watch(const schema::RecordType& type, const schema::Field* field) {
+    m_parts->watched.Watch(type, field);
+}
+
+void Session::WatchNothing() {
+    m_parts->watched.WatchNothing();
+}
+
+std::vector<WrittenValue> Session::TakeWritten() {
+    return m_parts->watched.Take();
+}
+
 const std::optional<sql::Error>& Session::Failure() const {
     return m_parts->failures.Last();
 }

@@ -13,6 +13,7 @@
 #include "recorddb/editing/reference_keys.h"
 #include "recorddb/editing/result_set.h"
 #include "recorddb/editing/value_rules.h"
+#include "recorddb/editing/watched_values.h"
 #include "recorddb/session_options.h"
 #include "recorddb/statistics.h"
 #include "recorddb/store/counted_record_ids.h"
@@ -49,7 +50,8 @@ struct SessionParts {
                                                  : ContentStore::Keeping::Store),
           duplicates(batch),
           checks(schema, tables, keyTable),
-          writer({batch, tables, keyTable, keys, dbids, attachments, duplicates, checks}),
+          watched(schema, keyTable),
+          writer({batch, tables, keyTable, keys, dbids, attachments, duplicates, checks, watched}),
           queryStatements(connection),
           ofEntities{failures, batch,        tables,      keyTable,   rules,
                      dbids,    historyTable, attachments, duplicates, checks,
@@ -75,6 +77,7 @@ struct SessionParts {
     RecordAttachments attachments;
     DuplicateTable duplicates;
     RecordChecks checks;
+    WatchedValues watched;
     RecordWriter writer;
     QueryStatements queryStatements;
     EntityParts ofEntities;

@@ -1,11 +1,19 @@
 #include "recorddb/journal.h"
 
+#include <fmt/format.h>
+
+#include <string_view>
+
 #include "recorddb/errors.h"
 #include "recorddb/sql.h"
 
 namespace recorddb::journal {
 
 namespace {
+
+std::string_view TableOf(Journal::Mark mark) {
+    return mark == Journal::Mark::Rejected ? "zt_journal_reject" : "zt_journal_waiting";
+}
 
 JournalEntry EntryIn(const sql::Statement& row) {
     return {
@@ -83,40 +91,50 @@ bool Journal::Save(const JournalKey& key, const JournalEntry& entry) {
 }
 
 void Journal::Forget(const JournalKey& key) {
-    ForgetRejects(key);
+    ForgetMarks(key);
     sql::Statement& remove = m_connection.Prepare(
         "DELETE FROM zt_journal WHERE source_sha256 = $1 AND configuration_sha256 = $2");
     remove.BindAll(key.sourceSha256, key.configurationSha256);
     remove.Execute();
 }
 
-void Journal::ForgetRejects(const JournalKey& key) {
-    sql::Statement& remove = m_connection.Prepare(
-        "DELETE FROM zt_journal_reject WHERE source_sha256 = $1 AND configuration_sha256 = $2");
-    remove.BindAll(key.sourceSha256, key.configurationSha256);
-    remove.Execute();
+void Journal::ForgetMarks(const JournalKey& key) {
+    for (const Mark mark : {Mark::Rejected, Mark::Waiting}) {
+        sql::Statement& remove = m_connection.Prepare(
+            fmt::format("DELETE FROM {} WHERE source_sha256 = $1 AND configuration_sha256 = $2",
+                        TableOf(mark)));
+        remove.BindAll(key.sourceSha256, key.configurationSha256);
+        remove.Execute();
+    }
 }
 
-void Journal::AddReject(const JournalKey& key, std::int64_t ordinal) {
+void Journal::Add(Mark mark, const JournalKey& key, std::span<const std::int64_t> ordinals) {
     sql::Statement& add = m_connection.Prepare(
-        "INSERT INTO zt_journal_reject (source_sha256, configuration_sha256, ordinal) "
-        "VALUES ($1, $2, $3) ON CONFLICT DO NOTHING");
-    add.BindAll(key.sourceSha256, key.configurationSha256, ordinal);
-    add.Execute();
+        fmt::format("INSERT INTO {} (source_sha256, configuration_sha256, ordinal) "
+                    "VALUES ($1, $2, $3) ON CONFLICT DO NOTHING",
+                    TableOf(mark)));
+    for (const std::int64_t ordinal : ordinals) {
+        add.BindAll(key.sourceSha256, key.configurationSha256, ordinal);
+        add.Execute();
+    }
 }
 
-void Journal::RemoveReject(const JournalKey& key, std::int64_t ordinal) {
+void Journal::Remove(Mark mark, const JournalKey& key, std::span<const std::int64_t> ordinals) {
     sql::Statement& remove = m_connection.Prepare(
-        "DELETE FROM zt_journal_reject "
-        "WHERE source_sha256 = $1 AND configuration_sha256 = $2 AND ordinal = $3");
-    remove.BindAll(key.sourceSha256, key.configurationSha256, ordinal);
-    remove.Execute();
+        fmt::format("DELETE FROM {} "
+                    "WHERE source_sha256 = $1 AND configuration_sha256 = $2 AND ordinal = $3",
+                    TableOf(mark)));
+    for (const std::int64_t ordinal : ordinals) {
+        remove.BindAll(key.sourceSha256, key.configurationSha256, ordinal);
+        remove.Execute();
+    }
 }
 
-std::vector<std::int64_t> Journal::Rejects(const JournalKey& key) {
+std::vector<std::int64_t> Journal::Marked(Mark mark, const JournalKey& key) {
     sql::Statement& list = m_connection.Prepare(
-        "SELECT ordinal FROM zt_journal_reject "
-        "WHERE source_sha256 = $1 AND configuration_sha256 = $2 ORDER BY ordinal");
+        fmt::format("SELECT ordinal FROM {} "
+                    "WHERE source_sha256 = $1 AND configuration_sha256 = $2 ORDER BY ordinal",
+                    TableOf(mark)));
     const sql::ResetGuard guard(list);
     list.BindAll(key.sourceSha256, key.configurationSha256);
     std::vector<std::int64_t> ordinals;

@@ -79,6 +79,12 @@ CREATE TABLE zt_journal_reject (
     ordinal BIGINT NOT NULL,
     PRIMARY KEY (source_sha256, configuration_sha256, ordinal)
 ){clustered};
+CREATE TABLE zt_journal_waiting (
+    source_sha256 {text} NOT NULL,
+    configuration_sha256 {text} NOT NULL,
+    ordinal BIGINT NOT NULL,
+    PRIMARY KEY (source_sha256, configuration_sha256, ordinal)
+){clustered};
 )sql",
                        fmt::arg("dbid", dialect.dbIdType), fmt::arg("text", dialect.textType),
                        fmt::arg("blob", dialect.blobType),

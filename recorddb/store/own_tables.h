@@ -23,9 +23,11 @@ namespace recorddb::schema {
 // zt_journal           what was loaded from which source under which configuration; `run` is the
 //                      number of the latest load that took it up
 // zt_journal_reject    the ordinals of a source's records that were rejected
-inline constexpr std::array<std::string_view, 8> kOwnTables = {
-    "zt_schema",  "zt_record_type", "zt_history", "zt_attachment",
-    "zt_content", "zt_duplicate",   "zt_journal", "zt_journal_reject"};
+// zt_journal_waiting   the ordinals of a source's records that a load has read and put off, since
+//                      they wait for others
+inline constexpr std::array<std::string_view, 9> kOwnTables = {
+    "zt_schema",    "zt_record_type", "zt_history",        "zt_attachment",     "zt_content",
+    "zt_duplicate", "zt_journal",     "zt_journal_reject", "zt_journal_waiting"};
 
 // The script that makes them.
 std::string OwnTablesScript(const sql::Dialect& dialect);

@@ -10,12 +10,12 @@
 namespace recorddb::schema {
 
 // The format of the tables that this program makes, and the oldest one that it can use as well.
-constexpr std::int64_t kFormatVersion = 2;
-constexpr std::int64_t kOldestFormat = 2;
+constexpr std::int64_t kFormatVersion = 3;
+constexpr std::int64_t kOldestFormat = 3;
 
 // The range of programs, by their kFormatVersion, that can use a database of this format. A later
 // format that only adds to this one keeps the lower end, so that programs of today go on with it.
-constexpr std::int64_t kOldestReadable = 2;
+constexpr std::int64_t kOldestReadable = 3;
 constexpr std::int64_t kNewestReadable = kFormatVersion;
 
 // Checks that the tables of a schema can be made where others may stand: on a server. Throws

@@ -24,6 +24,16 @@ PageFacts FactsOf(const RunSummary& summary) {
         run.version};
 }
 
+std::string WaitedNote(const LoadTotals& totals) {
+    if (totals.waited == 0) {
+        return "";
+    }
+    return fmt::format(
+        "<p class=\"note\">{} waited for others, which came later in the sources, and {} tried "
+        "again when these were there.</p>\n",
+        CountOf(totals.waited, "record"), totals.waited == 1 ? "was" : "were");
+}
+
 std::string TotalsSection(const RunSummary& summary) {
     const LoadTotals& totals = summary.Totals();
     const std::string note =
@@ -41,7 +51,8 @@ std::string TotalsSection(const RunSummary& summary) {
                            FigureRow({{"history entries", totals.history},
                                       {"attachments", totals.attachments},
                                       {"duplicate marks", totals.duplicates}},
-                                     true));
+                                     true) +
+                           WaitedNote(totals));
 }
 
 std::string TypesSection(const RunSummary& summary) {

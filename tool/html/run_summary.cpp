@@ -16,7 +16,15 @@ LoadTotals TotalsSince(const LoadTotals& now, const LoadTotals& before) {
     difference.history = now.history - before.history;
     difference.attachments = now.attachments - before.attachments;
     difference.duplicates = now.duplicates - before.duplicates;
+    difference.waited = now.waited - before.waited;
     return difference;
+}
+
+// Records that have waited are done while another type is read.
+bool HasAny(const LoadTotals& totals) {
+    return totals.read > 0 || totals.created > 0 || totals.updated > 0 || totals.rejected > 0 ||
+           totals.skipped > 0 || totals.history > 0 || totals.attachments > 0 ||
+           totals.duplicates > 0 || totals.waited > 0;
 }
 
 }  // namespace
@@ -29,7 +37,7 @@ void RunSummary::StartType(const std::string& type, ImportedData data, const Loa
 
 void RunSummary::CloseType(const LoadTotals& soFar) {
     const LoadTotals done = TotalsSince(soFar, std::exchange(m_typeStart, soFar));
-    if (done.read > 0) {
+    if (HasAny(done)) {
         m_types.Add(m_type, m_data, done);
     }
 }

@@ -2,33 +2,59 @@
 #define TOOL_LOAD_GROUP_JOURNAL_H
 
 #include <cstdint>
+#include <map>
 
+#include "recorddb/journal.h"
 #include "tool/load/load_journal.h"
 #include "tool/load/load_sinks.h"
 #include "tool/load/load_totals.h"
+#include "tool/load/loaded_source.h"
+#include "tool/load/place.h"
 #include "tool/load/record_group.h"
+#include "tool/load/waiting_room.h"
 #include "tool/sources/source_walk.h"
 
 namespace tool {
 
-// Notes what becomes of the records of one source, and makes it permanent together with them, group
-// by group: the journal is written in the transaction of its records.
+// Notes what becomes of the records of a load, and makes it permanent together with them, group by
+// group: the journals of their sources are written in the transaction of the records. What waits
+// (WaitingRoom) goes with the group, too.
 class GroupJournal {
   public:
-    // All but the journal outlive the object. `walk` stands in the source.
-    GroupJournal(LoadJournal journal, const SourceWalk& walk, RecordGroup& group, LoadSinks& sinks);
+    // All of them outlive the object.
+    GroupJournal(RecordGroup& group, LoadSinks& sinks, WaitingRoom& room);
 
-    const LoadJournal& Journal() const { return m_journal; }
+    // From here on the records of the source that `walk` stands in are read. Sources are numbered
+    // in the order of this.
+    void BeginSource(LoadJournal journal, const SourceWalk& walk);
+    // They have been read, as far as they will be. No group is open.
+    void EndSource();
 
-    // Note what became of a record. Records are noted in the order of their ordinals.
-    void NoteImported(std::uint64_t ordinal, const LoadTotals& done);
-    void NoteRejected(std::uint64_t ordinal) { m_journal.NoteRejected(ordinal); }
-    // Notes that the source holds no more records.
-    void NoteEnd() { m_journal.NoteEnd(); }
+    // The source that is being read.
+    LoadedSource& Current() { return m_sources.at(m_number); }
+    const LoadJournal& Journal() { return Current().journal; }
+    Place PlaceOf(std::uint64_t ordinal) const { return tool::PlaceOf(m_number, ordinal); }
+
+    // The journal of an earlier source with that key of which records still wait; null when there
+    // is none.
+    const LoadJournal* Find(const recorddb::journal::JournalKey& key) const;
+
+    LoadedSource& SourceAt(Place place) { return m_sources.at(SourceOf(place)); }
+    bool IsCurrent(Place place) const { return m_walk != nullptr && SourceOf(place) == m_number; }
+
+    // Note what became of a record.
+    void NoteImported(Place place, const LoadTotals& done);
+    void NoteRejected(Place place);
+    // It was put off; `isTakenUp`: an earlier load has noted that. And it waits no longer, which
+    // is noted before what became of it.
+    void NoteWaiting(Place place, bool isTakenUp);
+    void NoteWaitingEnds(Place place);
+    // Notes that the current source holds no more records.
+    void NoteEnd() { Current().journal.NoteEnd(); }
 
     // Whether the sinks were told of this record of the group that it was rejected, before the
     // group was undone. It stays so.
-    bool WasToldRejected(std::uint64_t ordinal) const { return m_sinks.HasTold(ordinal); }
+    bool WasToldRejected(Place place) const { return m_sinks.HasTold(place); }
 
     // Makes sure that a transaction is open for the group.
     void OpenGroup() { m_group.Open(); }
@@ -48,19 +74,22 @@ class GroupJournal {
     // Undoes the group and what was noted of it.
     void Undo();
 
-    // After the connection was lost, with a group or at its end: takes the source up again, and
+    // After the connection was lost, with a group or at its end: takes the sources up again, and
     // finds out from the database what became of the group. True when it is permanent; otherwise it
     // is as after Undo. Throws sql::Error, after which this may be tried again.
     bool TakeUpAgain();
 
   private:
+    LoadedSource& Touched(Place place);
     void Keep();
+    void ForgetFinished();
 
-    LoadJournal m_journal;
-    const SourceWalk& m_walk;
     RecordGroup& m_group;
     LoadSinks& m_sinks;
-    LoadTotals m_uncommitted;  // what was done since the last commit
+    WaitingRoom& m_room;
+    const SourceWalk* m_walk = nullptr;  // through the current source; null between sources
+    std::uint64_t m_number = 0;          // of the current source
+    std::map<std::uint64_t, LoadedSource> m_sources;
 };
 
 }  // namespace tool

@@ -9,19 +9,31 @@
 #include <variant>
 #include <vector>
 
+#include "tool/load/place.h"
 #include "tool/load/rejected_record.h"
 #include "tool/losses/loss.h"
 
 namespace tool {
 
+// When something is told about a record, in the order of the load: with the record that was read
+// last, or so many tries of waiting records after it.
+struct NewsTime {
+    Place read = 0;
+    std::uint64_t tries = 0;
+
+    bool operator<(const NewsTime& other) const {
+        return read != other.read ? read < other.read : tries < other.tries;
+    }
+};
+
 // What is held back from the sinks about records, since it may have to be taken back: rejects and
 // losses.
 class HeldNews {
   public:
-    // From here on news is held back. It is about the record with that ordinal.
-    void Hold(std::uint64_t ordinal) {
+    // From here on news is held back. It is of that time.
+    void Hold(NewsTime time) {
         m_isHolding = true;
-        m_ordinal = ordinal;
+        m_time = time;
     }
 
     // Takes news, with a copy of all that it refers to. False when nothing is held back.
@@ -47,12 +59,12 @@ class HeldNews {
         m_rejects = 0;
     }
 
-    // Hands all news to `tell`, in the order of the ordinals. What comes later is not held back.
+    // Hands all news to `tell`, in the order of the times. What comes later is not held back.
     template <typename Tell>
     void Release(Tell tell) {
         m_isHolding = false;
         m_rejects = 0;
-        for (const auto& [ordinal, news] : std::exchange(m_news, {})) {
+        for (const auto& [time, news] : std::exchange(m_news, {})) {
             if (const auto* const loss = std::get_if<Loss>(&news)) {
                 tell(*loss);
             } else {
@@ -70,17 +82,17 @@ class HeldNews {
         std::string raw;
     };
     using News = std::variant<Loss, Reject>;
-    using Item = std::pair<std::uint64_t, News>;
+    using Item = std::pair<NewsTime, News>;
 
     void Insert(News news) {
         const auto place = std::upper_bound(
-            m_news.begin(), m_news.end(), m_ordinal,
-            [](std::uint64_t ordinal, const Item& item) { return ordinal < item.first; });
-        m_news.insert(place, {m_ordinal, std::move(news)});
+            m_news.begin(), m_news.end(), m_time,
+            [](const NewsTime& time, const Item& item) { return time < item.first; });
+        m_news.insert(place, {m_time, std::move(news)});
     }
 
     bool m_isHolding = false;
-    std::uint64_t m_ordinal = 0;
+    NewsTime m_time;
     std::uint64_t m_rejects = 0;
     std::vector<Item> m_news;
 };

@@ -25,6 +25,10 @@ void KeptRecords::Add(const SourceRecord& record) {
     kept.record = record;
     kept.raw = record.raw;
     kept.record.raw = kept.raw;
+    if (record.rows != nullptr) {
+        kept.rows = *record.rows;
+        kept.record.rows = &kept.rows;
+    }
 }
 
 }  // namespace tool

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <deque>
 #include <string>
+#include <vector>
 
 #include "tool/sources/kind/source_record.h"
 
@@ -24,6 +25,7 @@ class KeptRecords {
     struct Kept {
         SourceRecord record;
         std::string raw;
+        std::vector<RowSpan> rows;
     };
 
     // Those past m_count are kept to reuse their memory, which is bounded by the size of a group.

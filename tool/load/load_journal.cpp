@@ -11,6 +11,7 @@ namespace tool {
 
 namespace {
 
+using recorddb::journal::Journal;
 using recorddb::journal::JournalEntry;
 
 // Whichever runs wrote them.
@@ -52,10 +53,15 @@ void LoadJournal::TakeAsFound(const JournalEntry& entry) {
     m_rejectedBefore = static_cast<std::uint64_t>(entry.rejected);
     m_retry.clear();
     if (m_mayRetry && m_wasComplete) {
-        for (const std::int64_t ordinal : m_journal.Rejects(m_key)) {
+        for (const std::int64_t ordinal : m_journal.Marked(Journal::Mark::Rejected, m_key)) {
             m_retry.insert(static_cast<std::uint64_t>(ordinal));
         }
     }
+    m_waitingBefore = m_journal.Marked(Journal::Mark::Waiting, m_key);
+    m_waiting = static_cast<std::int64_t>(m_waitingBefore.size());
+    m_keptWaiting = m_waiting;
+    m_isReadToEnd = m_wasComplete;
+    m_wasReadToEnd = m_wasComplete;
 }
 
 void LoadJournal::Begin() {
@@ -68,6 +74,7 @@ void LoadJournal::Begin() {
 LoadJournal::Outcome LoadJournal::BeginAgain() {
     const JournalEntry entry = m_journal.BeginRun(m_key, m_sourceName);
     m_run = entry.run;
+    m_keptRun = m_run;
     if (m_saved && IsSameWork(entry, *m_saved)) {
         return Outcome::Kept;
     }
@@ -84,7 +91,6 @@ LoadJournal::Outcome LoadJournal::BeginAgain() {
     if (!IsStored(entry)) {
         throw TakenUpByAnotherLoad(m_sourceName);
     }
-    m_keptRun = m_run;
     return Outcome::Undone;
 }
 
@@ -95,6 +101,10 @@ bool LoadJournal::IsStored(const JournalEntry& entry) const {
 RecordTask LoadJournal::TaskOf(std::uint64_t ordinal) const {
     if (ordinal >= m_handledBefore) {
         return RecordTask::Import;
+    }
+    if (std::binary_search(m_waitingBefore.begin(), m_waitingBefore.end(),
+                           static_cast<std::int64_t>(ordinal))) {
+        return RecordTask::TakeUp;
     }
     return m_retry.contains(ordinal) ? RecordTask::Retry : RecordTask::Pass;
 }
@@ -125,6 +135,25 @@ void LoadJournal::NoteRejected(std::uint64_t ordinal) {
     }
 }
 
+// A record that was rejected stays marked as such while it waits.
+void LoadJournal::NoteWaiting(std::uint64_t ordinal) {
+    NoteHandled(ordinal);
+    if (TaskOf(ordinal) == RecordTask::Import) {
+        m_newWaiting.push_back(static_cast<std::int64_t>(ordinal));
+        ++m_waiting;
+    }
+}
+
+void LoadJournal::NoteWaitingEnds(std::uint64_t ordinal) {
+    if (TaskOf(ordinal) == RecordTask::Retry) {
+        return;
+    }
+    --m_waiting;
+    if (std::erase(m_newWaiting, static_cast<std::int64_t>(ordinal)) == 0) {
+        m_settled.push_back(static_cast<std::int64_t>(ordinal));
+    }
+}
+
 void LoadJournal::Save() {
     if (m_run == 0) {
         const JournalEntry entry = m_journal.BeginRun(m_key, m_sourceName);
@@ -134,22 +163,26 @@ void LoadJournal::Save() {
         m_run = entry.run;
     }
     if (m_forget) {
-        m_journal.ForgetRejects(m_key);
+        m_journal.ForgetMarks(m_key);
     }
     for (const auto& key : m_forgotten) {
         m_journal.Forget(key);
     }
     m_entry.run = m_run;
+    m_entry.complete = m_isReadToEnd && m_waiting == 0;
     if (!m_journal.Save(m_key, m_entry)) {
         throw TakenUpByAnotherLoad(m_sourceName);
     }
     m_saved = m_entry;
-    for (const std::int64_t ordinal : m_newRejects) {
-        m_journal.AddReject(m_key, ordinal);
-    }
-    for (const std::int64_t ordinal : m_mended) {
-        m_journal.RemoveReject(m_key, ordinal);
-    }
+    using Mark = Journal::Mark;
+    m_journal.Add(Mark::Rejected, m_key, m_newRejects);
+    m_journal.Remove(Mark::Rejected, m_key, m_mended);
+    m_journal.Add(Mark::Waiting, m_key, m_newWaiting);
+    m_journal.Remove(Mark::Waiting, m_key, m_settled);
+}
+
+bool LoadJournal::HasSaved() const {
+    return m_saved && !IsStored(*m_saved);
 }
 
 void LoadJournal::Keep() {
@@ -158,17 +191,25 @@ void LoadJournal::Keep() {
     m_stored = m_saved;
     m_kept = m_entry;
     m_keptRun = m_run;
-    m_saved.reset();
-    m_newRejects.clear();
-    m_mended.clear();
+    m_wasReadToEnd = m_isReadToEnd;
+    m_keptWaiting = m_waiting;
+    ForgetNotes();
 }
 
 void LoadJournal::Undo() {
     m_entry = m_kept;
     m_run = m_keptRun;
+    m_isReadToEnd = m_wasReadToEnd;
+    m_waiting = m_keptWaiting;
+    ForgetNotes();
+}
+
+void LoadJournal::ForgetNotes() {
     m_saved.reset();
     m_newRejects.clear();
     m_mended.clear();
+    m_newWaiting.clear();
+    m_settled.clear();
 }
 
 }  // namespace tool

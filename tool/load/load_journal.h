@@ -18,6 +18,7 @@ namespace tool {
 enum class RecordTask {
     Import,  // not handled yet
     Retry,   // was rejected, and is to be tried again
+    TakeUp,  // waited for other records when an earlier load stopped
     Pass,    // handled in an earlier load
 };
 
@@ -52,10 +53,13 @@ class LoadJournal {
     // (Other) when something that was written before is missing, after a failover for instance.
     Outcome BeginAgain();
 
+    const recorddb::journal::JournalKey& Key() const { return m_key; }
+
     // What earlier loads have done.
     bool WasComplete() const { return m_wasComplete; }
     std::uint64_t HandledBefore() const { return m_handledBefore; }
     std::uint64_t RejectedBefore() const { return m_rejectedBefore; }
+    std::uint64_t WaitingBefore() const { return m_waitingBefore.size(); }
 
     // True when rejected records of an earlier load are to be tried again.
     bool Retries() const { return !m_retry.empty(); }
@@ -73,16 +77,23 @@ class LoadJournal {
 
     RecordTask TaskOf(std::uint64_t ordinal) const;
 
-    // Notes what became of a record. Records are noted in the order of their ordinals.
+    // Notes what became of a record. Each is noted once, in the order of their ordinals; one that
+    // waits once more, when it does no longer.
     void NoteImported(std::uint64_t ordinal, const LoadTotals& done);
     void NoteRejected(std::uint64_t ordinal);
+    void NoteWaiting(std::uint64_t ordinal);
+    // To be called together with one of the others, for a record that waited.
+    void NoteWaitingEnds(std::uint64_t ordinal);
 
     // Notes that the source holds no more records.
-    void NoteEnd() { m_entry.complete = true; }
+    void NoteEnd() { m_isReadToEnd = true; }
 
     // Writes what was noted, in the transaction that is open, which Keep or Undo follows. Throws
     // sql::Error; TakenUpByAnotherLoad.
     void Save();
+
+    // Whether the latest Save, which neither Keep nor Undo has followed, has changed anything.
+    bool HasSaved() const;
 
     // The transaction of the latest Save has been committed.
     void Keep();
@@ -93,6 +104,7 @@ class LoadJournal {
   private:
     void TakeAsFound(const recorddb::journal::JournalEntry& entry);
     void NoteHandled(std::uint64_t ordinal);
+    void ForgetNotes();
     bool IsStored(const recorddb::journal::JournalEntry& entry) const;
 
     recorddb::journal::Journal& m_journal;
@@ -113,8 +125,15 @@ class LoadJournal {
     std::uint64_t m_handledBefore = 0;
     std::uint64_t m_rejectedBefore = 0;
     std::unordered_set<std::uint64_t> m_retry;
+    std::vector<std::int64_t> m_waitingBefore;  // ascending
+    bool m_isReadToEnd = false;
+    bool m_wasReadToEnd = false;  // m_isReadToEnd at the last Keep, or at the beginning
+    std::int64_t m_waiting = 0;   // records that wait and are marked so
+    std::int64_t m_keptWaiting = 0;
     std::vector<std::int64_t> m_newRejects;
     std::vector<std::int64_t> m_mended;
+    std::vector<std::int64_t> m_newWaiting;
+    std::vector<std::int64_t> m_settled;
 };
 
 }  // namespace tool

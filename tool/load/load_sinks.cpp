@@ -22,9 +22,31 @@ void LoadSinks::Warn(std::string_view line) {
 }
 
 void LoadSinks::Configure(const ImportConfiguration& configuration) {
+    m_configuration = configuration;
     for (LoadSink* const sink : m_sinks) {
         sink->Configures(configuration, m_totals);
     }
+}
+
+// Tells the sinks for as long as `work` takes that another configuration is in force; null: the
+// same.
+template <typename Work>
+void LoadSinks::Under(const ImportConfiguration* configuration, Work work) {
+    if (configuration != nullptr) {
+        for (LoadSink* const sink : m_sinks) {
+            sink->Configures(*configuration, m_totals);
+        }
+    }
+    work();
+    if (configuration != nullptr) {
+        for (LoadSink* const sink : m_sinks) {
+            sink->Configures(m_configuration, m_totals);
+        }
+    }
+}
+
+void LoadSinks::AddImported(const LoadTotals& done, const ImportConfiguration* configuration) {
+    Under(configuration, [&] { Add(m_totals, done); });
 }
 
 void LoadSinks::PassOver(std::uint64_t records) {
@@ -41,11 +63,13 @@ void LoadSinks::Reject(const RejectedRecord& record) {
 }
 
 void LoadSinks::Tell(const RejectedRecord& record) {
-    ++m_totals.rejected;
-    m_told.insert(record.number - 1);
-    for (LoadSink* const sink : m_sinks) {
-        sink->Rejects(record);
-    }
+    m_told.insert(record.place);
+    Under(record.configuration, [&] {
+        ++m_totals.rejected;
+        for (LoadSink* const sink : m_sinks) {
+            sink->Rejects(record);
+        }
+    });
 }
 
 void LoadSinks::Secure() {

@@ -10,6 +10,8 @@
 
 #include "tool/load/held_news.h"
 #include "tool/load/load_sink.h"
+#include "tool/load/place.h"
+#include "tool/packet/import_configuration.h"
 
 namespace tool {
 
@@ -26,15 +28,16 @@ class LoadSinks {
     void AddRead(std::uint64_t records = 1) { m_totals.read += records; }
     // Counts records that an earlier load has dealt with.
     void PassOver(std::uint64_t records);
-    void AddImported(const LoadTotals& done) { Add(m_totals, done); }
+    // Counts what was done under a configuration; null: under the one in force.
+    void AddImported(const LoadTotals& done, const ImportConfiguration* configuration);
     // Counts a group of records that is done again.
     void AddRetry() { ++m_totals.retried; }
     void Reject(const RejectedRecord& record);
 
     // Holds rejects and losses back from the sinks until TellHeld, since they may be taken back. To
-    // be called before each record, with its ordinal; ordinals need not ascend.
-    void Hold(std::uint64_t ordinal) { m_held.Hold(ordinal); }
-    // Tells the sinks what was held back, in the order of the ordinals. What comes later is told at
+    // be called before each record, with the time of its news; times need not ascend.
+    void Hold(NewsTime time) { m_held.Hold(time); }
+    // Tells the sinks what was held back, in the order of the times. What comes later is told at
     // once.
     void TellHeld();
     // Forgets the rejects that are held back.
@@ -44,7 +47,7 @@ class LoadSinks {
     // The sinks have been told that these records were rejected, and the transaction that notes it
     // has not been kept yet. Should it have to be done again, they stay rejected: what was told
     // cannot be taken back.
-    bool HasTold(std::uint64_t ordinal) const { return m_told.contains(ordinal); }
+    bool HasTold(Place place) const { return m_told.contains(place); }
     bool HasToldAny() const { return !m_told.empty(); }
     // To be called after that transaction.
     void Keep() { m_told.clear(); }
@@ -71,10 +74,13 @@ class LoadSinks {
     double Elapsed() const;
     void Tell(const RejectedRecord& record);
     void Tell(const Loss& loss);
+    template <typename Work>
+    void Under(const ImportConfiguration* configuration, Work work);
 
     std::vector<LoadSink*> m_sinks;
     HeldNews m_held;
-    std::unordered_set<std::uint64_t> m_told;  // the ordinals of rejected records
+    std::unordered_set<Place> m_told;     // rejected records
+    ImportConfiguration m_configuration;  // in force
     LoadTotals m_totals;
     std::uint64_t m_losses = 0;
     std::uint64_t m_leftRejected = 0;

@@ -11,6 +11,7 @@ void Add(LoadTotals& totals, const LoadTotals& more) {
     totals.history += more.history;
     totals.attachments += more.attachments;
     totals.duplicates += more.duplicates;
+    totals.waited += more.waited;
     totals.retried += more.retried;
 }
 

@@ -17,6 +17,7 @@ struct LoadTotals {
     std::uint64_t duplicates = 0;   // duplicate marks set
     double seconds = 0;             // time it took
     std::uint64_t retried = 0;      // groups of records done again after a failure that passed
+    std::uint64_t waited = 0;       // records put off, since they waited for others
 };
 
 // Adds the numbers of another load; the time is left alone.

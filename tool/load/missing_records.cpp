@@ -3,8 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
+#include "recorddb/value_text.h"
 #include "tool/guarded/guarded_text.h"
 #include "tool/packet/field_search.h"
 #include "tool/packet/field_use.h"
@@ -56,24 +58,44 @@ bool IsComparedAsText(const Field& field) {
 
 }  // namespace
 
+bool MayCreate(const ImportConfiguration& configuration) {
+    return configuration.CreatesRecords() ||
+           (configuration.Data() == ImportedData::Records && configuration.UpdateInsert());
+}
+
+std::string KeyOfValue(const RecordType& type, const Field* field, std::string_view value) {
+    const auto number = field != nullptr && field->kind == FieldKind::Integer
+                            ? recorddb::IntegerOf(value)
+                            : std::nullopt;
+    return fmt::format("{} {} {}", type.id, field == nullptr ? "key" : field->name,
+                       number ? std::to_string(*number) : value);
+}
+
+std::string WantedRecord::Key() const {
+    return KeyOfValue(*type, field, value);
+}
+
 MissingRecords::MissingRecords(recorddb::Database& database)
     : m_database(database), m_reader(database) {}
 
-std::string MissingRecords::Describe(const SourceRecord& record,
-                                     const ImportConfiguration& configuration) {
+std::vector<WantedRecord> MissingRecords::Find(const SourceRecord& record,
+                                               const ImportConfiguration& configuration) {
     const RecordType* type = m_database.GetSchema().FindType(configuration.RecordType());
-    std::string text;
-    if (type == nullptr) {
-        return text;
+    std::vector<Wanted> missing;
+    if (type != nullptr) {
+        missing = WantedBy(record, configuration, *type);
+        std::erase_if(missing, [this](const Wanted& wanted) { return IsThere(wanted); });
     }
-    for (const Wanted& wanted : WantedBy(record, configuration, *type)) {
-        if (IsThere(wanted)) {
-            continue;
-        }
+    return missing;
+}
+
+std::string MissingRecords::Describe(const std::vector<WantedRecord>& missing) const {
+    std::string text;
+    for (const Wanted& wanted : missing) {
         text += fmt::format("{}It waits for the {} ", text.empty() ? "" : " ", wanted.type->name);
-        text += wanted.field.empty()
+        text += wanted.field == nullptr
                     ? fmt::format("\"{}\"", wanted.value)
-                    : fmt::format("whose {} is \"{}\"", wanted.field, wanted.value);
+                    : fmt::format("whose {} is \"{}\"", wanted.fieldName, wanted.value);
         text += wanted.role.empty() ? "" : fmt::format(" (field {})", wanted.role);
         const auto rejected = m_rejected.find({wanted.type->id, wanted.value});
         text += rejected == m_rejected.end()
@@ -87,20 +109,23 @@ std::vector<MissingRecords::Wanted> MissingRecords::WantedBy(
     const SourceRecord& record, const ImportConfiguration& configuration,
     const RecordType& type) const {
     const std::string& identity = configuration.OriginalId();
+    const Field* const id = type.FindField(identity);
     const bool isRecord = configuration.Data() == ImportedData::Records;
-    const bool creates =
-        configuration.CreatesRecords() || (isRecord && configuration.UpdateInsert());
     std::vector<Wanted> wanted;
     if (isRecord) {
         wanted = References(record, configuration, type);
     }
-    if (isRecord && !identity.empty()) {
-        const std::string& duplicate = configuration.DuplicateId();
-        wanted.push_back(
-            {&type, identity, FindFieldValue(record.raw, duplicate).value_or(""), duplicate});
+    const auto wantById = [&](const std::string& field, const std::string& role) {
+        if (id != nullptr) {
+            wanted.push_back(
+                {&type, id, identity, FindFieldValue(record.raw, field).value_or(""), role});
+        }
+    };
+    if (isRecord) {
+        wantById(configuration.DuplicateId(), configuration.DuplicateId());
     }
-    if (!creates && !identity.empty()) {
-        wanted.push_back({&type, identity, FindFieldValue(record.raw, identity).value_or(""), ""});
+    if (!MayCreate(configuration)) {
+        wantById(identity, "");
     }
     std::erase_if(wanted, [](const Wanted& one) { return one.value.empty(); });
     for (Wanted& one : wanted) {
@@ -122,25 +147,28 @@ std::vector<MissingRecords::Wanted> MissingRecords::References(
         const RecordType& target = m_database.GetSchema().Type(field.target);
         // A key of several fields is not searched through the mapping.
         const std::string mapped = target.key.size() > 1 ? "" : MappedField(configuration, field);
+        const Field* const searched = target.FindField(mapped);
+        if (searched == nullptr && !mapped.empty()) {
+            continue;
+        }
         for (const std::string& item : Items(use, value)) {
-            wanted.push_back({&target, mapped, item, field.name});
+            wanted.push_back({&target, searched, mapped, item, field.name});
         }
     }
     return wanted;
 }
 
 bool MissingRecords::IsThere(const Wanted& wanted) {
-    if (wanted.field.empty()) {
+    if (wanted.field == nullptr) {
         const auto found = m_reader.Find(*wanted.type, wanted.value);
         // A dbid is found, too, but is no key.
         return found && m_reader.Key(*wanted.type, found->dbid) == wanted.value;
     }
-    const Field* field = wanted.type->FindField(wanted.field);
-    if (field == nullptr || !IsComparedAsText(*field)) {
+    if (!IsComparedAsText(*wanted.field)) {
         return true;
     }
-    m_database.EnsureSearchIndex(*wanted.type, *field);
-    return !m_reader.FindByValue(*wanted.type, *field, wanted.value, 1).empty();
+    m_database.EnsureSearchIndex(*wanted.type, *wanted.field);
+    return !m_reader.FindByValue(*wanted.type, *wanted.field, wanted.value, 1).empty();
 }
 
 void MissingRecords::NoteRejected(const ImportConfiguration& configuration,

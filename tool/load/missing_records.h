@@ -14,17 +14,40 @@
 
 namespace tool {
 
-// Finds out which other records a rejected record waits for: those that it refers to, is a
+// A record that another one needs.
+struct WantedRecord {
+    const recorddb::schema::RecordType* type = nullptr;
+    // That it is searched by, and its name as the configuration writes it; null: its unique key.
+    const recorddb::schema::Field* field = nullptr;
+    std::string fieldName;
+    std::string value;
+    std::string role;  // why the other one needs it, for people
+
+    // A text for type, field and value: the same for the same record.
+    std::string Key() const;
+};
+
+// Whether the import of a record under `configuration` may create one.
+bool MayCreate(const ImportConfiguration& configuration);
+
+// The same text for a value that records of a type can be found by; null: by their unique key.
+std::string KeyOfValue(const recorddb::schema::RecordType& type,
+                       const recorddb::schema::Field* field, std::string_view value);
+
+// Finds out which other records a refused record waits for: those that it refers to, is a
 // duplicate of, or adds history or attachments to, and that are not in the database.
 class MissingRecords {
   public:
     // The database outlives the object.
     explicit MissingRecords(recorddb::Database& database);
 
-    // What `record` waits for under `configuration`, as sentences for
-    // people, such as "It waits for the user \"ann\" (field owner), which was rejected too:
-    // users.xml, record 3."; empty when it waits for nothing. Throws sql::Error.
-    std::string Describe(const SourceRecord& record, const ImportConfiguration& configuration);
+    // What `record` needs under `configuration` and is not there. Throws sql::Error.
+    std::vector<WantedRecord> Find(const SourceRecord& record,
+                                   const ImportConfiguration& configuration);
+
+    // The same as sentences for people, such as "It waits for the user \"ann\" (field owner), which
+    // was rejected too: users.xml, record 3."; empty when nothing is missing.
+    std::string Describe(const std::vector<WantedRecord>& missing) const;
 
     // Remembers a rejected record, so that those that wait for it can say where it stands. `place`
     // is for people. Only the first hundred thousand are remembered.
@@ -36,12 +59,7 @@ class MissingRecords {
     void Keep() { m_latest.clear(); }
 
   private:
-    struct Wanted {
-        const recorddb::schema::RecordType* type;
-        std::string field;  // that it is searched by; empty: by its key
-        std::string value;
-        std::string role;  // why the record waits for it, for people
-    };
+    using Wanted = WantedRecord;
 
     std::vector<Wanted> WantedBy(const SourceRecord& record,
                                  const ImportConfiguration& configuration,

@@ -2,11 +2,14 @@
 #define TOOL_LOAD_RECORD_REJECTER_H
 
 #include <string>
+#include <vector>
 
 #include "recorddb/database.h"
 #include "tool/load/load_sinks.h"
 #include "tool/load/missing_records.h"
-#include "tool/sources/source_walk.h"
+#include "tool/load/place.h"
+#include "tool/packet/import_configuration.h"
+#include "tool/sources/kind/source_record.h"
 
 namespace tool {
 
@@ -18,10 +21,22 @@ class RecordRejecter {
     RecordRejecter(recorddb::Database& database, LoadSinks& sinks)
         : m_missing(database), m_sinks(sinks) {}
 
-    // Rejects `record` of the source that `walk` stands in, for `reason`. A transaction must be
-    // open, since looking for other records may make an index. Throws sql::Error, and what the
-    // sinks throw.
-    void Reject(const SourceRecord& record, const SourceWalk& walk, const std::string& reason);
+    // What a refused record waits for, see MissingRecords::Find. A transaction must be open, since
+    // looking for other records may make an index. Throws sql::Error.
+    std::vector<WantedRecord> Missing(const SourceRecord& record,
+                                      const ImportConfiguration& configuration) {
+        return m_missing.Find(record, configuration);
+    }
+
+    struct Rejection {
+        Place place = 0;
+        const ImportConfiguration& configuration;  // that the record was refused under
+        bool isInForce = true;                     // with the sinks, too
+        std::string reason;
+        std::vector<WantedRecord> missing;
+    };
+    // Throws what the sinks throw.
+    void Reject(const SourceRecord& record, const Rejection& rejection);
 
     // Forgets the records that were rejected since Keep: the group is done again.
     void Undo() { m_missing.Undo(); }

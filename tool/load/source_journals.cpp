@@ -64,6 +64,10 @@ void SourceJournals::TellOfHandled(const std::string& source, const LoadJournal&
         m_sinks.Say(fmt::format("{}: goes on behind record {}, where an earlier load stopped",
                                 source, journal.HandledBefore()));
     }
+    if (journal.WaitingBefore() > 0) {
+        m_sinks.Say(fmt::format("{}: takes up {} that waited there for other records", source,
+                                CountOf(journal.WaitingBefore(), "record")));
+    }
 }
 
 void SourceJournals::TellOfRejected(const std::string& source, const LoadJournal& journal) {

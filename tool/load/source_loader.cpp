@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <cstdint>
 #include <new>
 #include <utility>
 
@@ -12,6 +13,7 @@
 #include "tool/losses/nothing_imported.h"
 #include "tool/process/memory_watch.h"
 #include "tool/sources/source_checks.h"
+#include "tool/text/number_text.h"
 
 namespace tool {
 
@@ -49,8 +51,12 @@ SourceLoader::SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session
       m_importer(session),
       m_group(session, policy, policy.WritingFor(options)),
       m_recovery(database, options, policy, sinks),
-      m_import(std::move(session), m_importer, m_group),
-      m_rejecter(database, sinks) {}
+      m_import(session, m_importer, m_group),
+      m_rejecter(database, sinks),
+      m_journal(m_group, sinks, m_room),
+      m_loader({options, sinks, database.GetSchema(), m_import, m_rejecter, m_group, m_recovery,
+                m_room, m_journal},
+               session) {}
 
 bool SourceLoader::Load(const SourceList& sources) {
     WalkOptions reading;
@@ -76,7 +82,7 @@ bool SourceLoader::Load(const SourceList& sources) {
         }
         m_sinks.Advance(walk.BytesRead());
     }
-    return goesOn;
+    return goesOn && m_loader.EndWaiting([&] { m_sinks.Advance(walk.BytesRead()); });
 }
 
 void SourceLoader::Configure(const SourceWalk& walk) {
@@ -123,28 +129,40 @@ LoadJournal SourceLoader::OpenJournal(const SourceWalk& walk) {
     }
 }
 
+// The journal of a source with the same content that this load has read already, and of which
+// records wait; null when there is none.
+const LoadJournal* SourceLoader::FindUnderWay(const SourceWalk& walk) const {
+    const auto* const type = m_database.GetSchema().FindType(walk.Configuration().RecordType());
+    return type == nullptr ? nullptr : m_journal.Find(walk.Key(*type));
+}
+
 bool SourceLoader::ImportData(SourceWalk& walk) {
-    LoadJournal opened = OpenJournal(walk);
-    m_journals.Tell(walk.SourceName(), opened);
-    GroupJournal journal(std::move(opened), walk, m_group, m_sinks);
     const DataLoader::Parts parts = {
         m_options,
         m_sinks,
         *m_losses,
-        m_import,
+        m_loader,
+        m_journal,
         m_rejecter,
         m_group,
-        m_recovery,
         m_database.GetSchema(),
         m_options.looksAhead || m_database.GetConnection().ReadsManyForLess()};
-    DataLoader loader(walk, journal, parts);
-    if (journal.Journal().NothingToDo()) {
-        return loader.PassOver();
+    if (const LoadJournal* const underWay = FindUnderWay(walk)) {
+        const std::uint64_t records = underWay->HandledForGood();
+        m_sinks.Say(fmt::format("{}: read before, and some of its records wait ({})",
+                                walk.SourceName(), CountOf(records, "record")));
+        return DataLoader(walk, parts).PassOver(records);
     }
+    LoadJournal opened = OpenJournal(walk);
+    m_journals.Tell(walk.SourceName(), opened);
+    m_journal.BeginSource(std::move(opened), walk);
+    DataLoader loader(walk, parts);
+    bool goesOn = false;
     try {
-        return loader.Load();
+        const LoadJournal& journal = m_journal.Journal();
+        goesOn = journal.NothingToDo() ? loader.PassOver(journal.HandledBefore()) : loader.Load();
     } catch (const SourceChanged& error) {
-        const std::string advice = m_policy.AdviseOnChange(journal.Journal().HandledForGood());
+        const std::string advice = m_policy.AdviseOnChange(m_journal.Journal().HandledForGood());
         if (advice.empty()) {
             throw;
         }
@@ -155,6 +173,8 @@ bool SourceLoader::ImportData(SourceWalk& walk) {
             "with a --max-record-size lower than {}, then start the same command again",
             walk.SourceName(), loader.Number(), m_options.limits.size));
     }
+    m_journal.EndSource();
+    return goesOn;
 }
 
 }  // namespace tool

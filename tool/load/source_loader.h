@@ -6,6 +6,8 @@
 #include "recorddb/database.h"
 #include "recorddb/session.h"
 #include "tool/load/atomic_import.h"
+#include "tool/load/group_journal.h"
+#include "tool/load/group_loader.h"
 #include "tool/load/load_options.h"
 #include "tool/load/load_policy.h"
 #include "tool/load/load_sinks.h"
@@ -14,6 +16,7 @@
 #include "tool/load/record_rejecter.h"
 #include "tool/load/recovery.h"
 #include "tool/load/source_journals.h"
+#include "tool/load/waiting_room.h"
 #include "tool/losses/loss_search.h"
 #include "tool/sources/source_list.h"
 #include "tool/sources/source_walk.h"
@@ -21,8 +24,9 @@
 namespace tool {
 
 // Loads sources one after the other: configurations are put in force, records are imported each by
-// itself. What a rejected record had written is undone, so that a record is in the database as a
-// whole or not at all, and the journal is written in the same transaction as its records.
+// itself, and those that refer to later ones when these have come, be it from another source. What
+// a rejected record had written is undone, so that a record is in the database as a whole or not at
+// all, and the journal is written in the same transaction as its records.
 //
 // The policy decides what becomes of the work as a whole.
 class SourceLoader {
@@ -45,6 +49,7 @@ class SourceLoader {
     bool LoadData(SourceWalk& walk);
     bool ImportData(SourceWalk& walk);
     LoadJournal OpenJournal(const SourceWalk& walk);
+    const LoadJournal* FindUnderWay(const SourceWalk& walk) const;
 
     recorddb::Database& m_database;
     AdPtr<recorddb::Session> m_session;
@@ -58,6 +63,9 @@ class SourceLoader {
     Recovery m_recovery;
     AtomicImport m_import;
     RecordRejecter m_rejecter;
+    WaitingRoom m_room;
+    GroupJournal m_journal;
+    GroupLoader m_loader;
 };
 
 }  // namespace tool

@@ -84,22 +84,18 @@ void RejectWriter::SetConfiguration(std::string packet) {
     if (!packet.empty()) {
         packet = WithPacketDeclaration(packet);
     }
-    if (packet == m_configuration) {
-        return;
-    }
-    Sync();
-    m_configuration = std::move(packet);
-    m_records.reset();
+    m_wantedConfiguration = std::move(packet);
 }
 
 void RejectWriter::Write(const RejectedRecord& record) {
     ++m_count;
     std::string text = Entry(record);
-    if (Known().Contain(m_configuration, record.guarded, text)) {
+    if (Known().Contain(m_wantedConfiguration, record.guarded, text)) {
         return;
     }
-    if (record.guarded != m_guarded) {
+    if (m_wantedConfiguration != m_configuration || record.guarded != m_guarded) {
         Sync();
+        m_configuration = m_wantedConfiguration;
         m_guarded = record.guarded;
         m_records.reset();
     }

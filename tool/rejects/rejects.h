@@ -60,8 +60,9 @@ class RejectWriter {
     void LeaveClosed() noexcept;
 
     RejectsFolder m_folder;
-    std::string m_configuration;
-    bool m_guarded = false;  // the records of the open pair are
+    std::string m_wantedConfiguration;  // of the next record
+    std::string m_configuration;        // of the open pair
+    bool m_guarded = false;             // the records of the open pair are
     std::optional<KnownRejects> m_known;
     std::optional<OutputFile> m_records;
     bool m_unsynced = false;

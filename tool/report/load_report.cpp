@@ -2,7 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <cstdint>
 #include <nlohmann/json.hpp>
+#include <string_view>
 
 #include "tool/report/json_text.h"
 
@@ -13,18 +15,19 @@ namespace {
 constexpr std::size_t kRejectsList = 0;
 constexpr std::size_t kLossesList = 1;
 
-// Only loads on a server can have done something again.
-std::string Retried(const LoadTotals& totals) {
-    return totals.retried == 0 ? std::string() : fmt::format(",\"retried\":{}", totals.retried);
+// What most loads have none of is left out.
+std::string UnlessNone(std::string_view name, std::uint64_t number) {
+    return number == 0 ? std::string() : fmt::format(",\"{}\":{}", name, number);
 }
 
 // As the members of a JSON object, without its braces: "\"read\":1,...".
 std::string TotalsAsJson(const LoadTotals& totals) {
     return fmt::format(
         R"("read":{},"created":{},"updated":{},"rejected":{},"skipped":{},"history":{},)"
-        R"("attachments":{},"duplicates":{},"seconds":{:.3f}{})",
+        R"("attachments":{},"duplicates":{},"seconds":{:.3f}{}{})",
         totals.read, totals.created, totals.updated, totals.rejected, totals.skipped,
-        totals.history, totals.attachments, totals.duplicates, totals.seconds, Retried(totals));
+        totals.history, totals.attachments, totals.duplicates, totals.seconds,
+        UnlessNone("waited", totals.waited), UnlessNone("retried", totals.retried));
 }
 
 }  // namespace

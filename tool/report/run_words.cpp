@@ -77,12 +77,14 @@ std::string TotalsText(const LoadTotals& totals, std::string_view would) {
     return fmt::format(
         "{} read: {} {}created, {} updated, {} rejected, {} skipped\n"
         "{}, {}, {}\n"
-        "{}"
+        "{}{}"
         "{:.1f} seconds, {:.0f} records per second\n",
         CountOf(totals.read, "record"), Grouped(totals.created), would, Grouped(totals.updated),
         Grouped(totals.rejected), Grouped(totals.skipped),
         CountOf(totals.history, "history entry", "history entries"),
         CountOf(totals.attachments, "attachment"), CountOf(totals.duplicates, "duplicate mark"),
+        totals.waited == 0 ? std::string()
+                           : CountOf(totals.waited, "record") + " waited for others\n",
         totals.retried == 0 ? std::string()
                             : CountOf(totals.retried, "group of records was done again",
                                       "groups of records were done again") +

@@ -26,7 +26,7 @@ class SqliteConnection final : public Connection {
     static std::vector<std::string> SideFiles(const std::string& path);
 
     // Opens a database of its own in a temporary file without a name.
-    static std::unique_ptr<Connection> OpenScratch();
+    static std::unique_ptr<Connection> OpenScratch(Undoing undoing);
 
     ~SqliteConnection() override;
 

@@ -45,7 +45,6 @@ constexpr std::int64_t kApplicationId = 0x5A545244;
 // For a file that is thrown away: nothing is synced and nothing can be undone. What does not fit
 // the cache, sorting included, goes to disk; that is what the file is for.
 constexpr const char* kScratchSettings =
-    "PRAGMA journal_mode = OFF;"
     "PRAGMA synchronous = OFF;"
     "PRAGMA locking_mode = EXCLUSIVE;"
     "PRAGMA cache_size = -4096;"
@@ -289,10 +288,13 @@ std::vector<std::string> SqliteConnection::SideFiles(const std::string& path) {
     return {path + "-wal", path + "-shm", path + "-journal"};
 }
 
-std::unique_ptr<Connection> SqliteConnection::OpenScratch() {
+std::unique_ptr<Connection> SqliteConnection::OpenScratch(Undoing undoing) {
     // The engine's name for a database in a temporary file that only this connection knows.
     Handle handle = OpenHandle("", SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
     Execute(handle.get(), kScratchSettings);
+    if (undoing == Undoing::Impossible) {
+        Execute(handle.get(), "PRAGMA journal_mode = OFF");
+    }
     return std::unique_ptr<Connection>(
         new SqliteConnection(std::move(handle), OpenMode::ReadWrite));
 }

@@ -143,12 +143,12 @@ TEST_F(DatabaseTest, NewerFormatIsRefusedNamingExpectedAndFound) {
     GivenSql("UPDATE zt_schema SET format_version = 7, oldest_readable = 5, newest_readable = 7");
     ExpectProblem(Database::Mode::ReadOnly, DatabaseError::Problem::FormatTooNew,
                   AllOf(HasSubstr("newer version"), HasSubstr("its format is 7"),
-                        HasSubstr("knows formats up to 2")));
+                        HasSubstr("knows formats up to 3")));
 }
 
 TEST_F(DatabaseTest, NewerFormatThatThisProgramCanUseIsOpened) {
     GivenDatabase();
-    GivenSql("UPDATE zt_schema SET format_version = 3, oldest_readable = 2, newest_readable = 3");
+    GivenSql("UPDATE zt_schema SET format_version = 4, oldest_readable = 3, newest_readable = 4");
     EXPECT_NO_THROW(Database::Open(Path(), Database::Mode::ReadOnly));
 }
 
@@ -156,7 +156,7 @@ TEST_F(DatabaseTest, OlderFormatIsRefusedNamingExpectedAndFound) {
     GivenDatabase();
     GivenSql("UPDATE zt_schema SET format_version = 0, oldest_readable = 0, newest_readable = 0");
     ExpectProblem(Database::Mode::ReadOnly, DatabaseError::Problem::FormatTooOld,
-                  AllOf(HasSubstr("its format is 0"), HasSubstr("knows formats from 2")));
+                  AllOf(HasSubstr("its format is 0"), HasSubstr("knows formats from 3")));
 }
 
 TEST_F(DatabaseTest, ViewInThePlaceOfATableIsRefused) {

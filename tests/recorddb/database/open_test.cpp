@@ -280,6 +280,16 @@ TEST_F(OpenTest, AScratchDatabaseIsEmptyAndItsOwn) {
     EXPECT_FALSE(second->HasTable("t"));
 }
 
+TEST_F(OpenTest, AScratchDatabaseCanBeRolledBackWhereThatIsAskedFor) {
+    const auto scratch = OpenScratch(Undoing::Possible);
+    scratch->ExecuteScript("CREATE TABLE t (x INTEGER)");
+    {
+        const Transaction undone(*scratch);
+        scratch->ExecuteScript("INSERT INTO t VALUES (1)");
+    }
+    EXPECT_EQ(QueryInt(scratch->Prepare("SELECT count(*) FROM t")), 0);
+}
+
 TEST_F(OpenTest, AScratchDatabaseSpillsToDisk) {
     m_connection = OpenScratch();
     EXPECT_EQ(Pragma("temp_store"), "1");

@@ -343,6 +343,13 @@ constexpr FaultCase kOwnTables[] = {
      "1, 1, 0, 0, 0, 0, 0, 1, 0, 1);"
      "INSERT INTO zt_journal_reject VALUES ('" ZT_HASH "', '" ZT_HASH "', 1)",
      "zt_journal_reject|" ZT_HASH "|ordinal|1|the journal says that 1 records were handled"},
+    {"WaitingOfNoSource", "INSERT INTO zt_journal_waiting VALUES ('" ZT_HASH "', '" ZT_HASH "', 0)",
+     "zt_journal_waiting|" ZT_HASH "|ordinal|0|the journal knows no such source"},
+    {"WaitingInACompleteSource",
+     "INSERT INTO zt_journal VALUES ('" ZT_HASH "', '" ZT_HASH "', 'a.xml', "
+     "1, 1, 0, 0, 0, 0, 0, 0, 0, 1);"
+     "INSERT INTO zt_journal_waiting VALUES ('" ZT_HASH "', '" ZT_HASH "', 0)",
+     "zt_journal|a.xml|complete|1|zt_journal_waiting names 1"},
 };
 
 // Values of another type than their column's, which only a file can hold, and text that is none.

@@ -3,6 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstdint>
+#include <vector>
+
 #include "open_database.h"
 
 namespace recorddb::journal {
@@ -37,6 +41,11 @@ class JournalTest : public OnEachEngine<OpenDatabaseTest> {
         return entry;
     }
 
+    using Mark = Journal::Mark;
+    void Add(Mark mark, const JournalKey& key, const std::vector<std::int64_t>& ordinals) {
+        TheJournal().Add(mark, key, ordinals);
+    }
+
     const JournalKey m_key{"aa", "bb"};
 };
 
@@ -63,42 +72,49 @@ TEST_P(JournalTest, SameSourceUnderAnotherConfigurationHasAnEntryOfItsOwn) {
 }
 
 TEST_P(JournalTest, RejectsComeInOrderAndOnce) {
-    for (const std::int64_t ordinal : {12, 3, 700, 3}) {
-        TheJournal().AddReject(m_key, ordinal);
-    }
-    EXPECT_THAT(TheJournal().Rejects(m_key), ElementsAre(3, 12, 700));
-    EXPECT_THAT(TheJournal().Rejects({"aa", "cc"}), IsEmpty());
+    Add(Mark::Rejected, m_key, {12, 3, 700, 3});
+    EXPECT_THAT(TheJournal().Marked(Mark::Rejected, m_key), ElementsAre(3, 12, 700));
+    EXPECT_THAT(TheJournal().Marked(Mark::Rejected, {"aa", "cc"}), IsEmpty());
+}
+
+TEST_P(JournalTest, RecordsWaitApartFromRejectedOnes) {
+    Add(Mark::Rejected, m_key, {1});
+    Add(Mark::Waiting, m_key, {3, 2});
+    EXPECT_THAT(TheJournal().Marked(Mark::Rejected, m_key), ElementsAre(1));
+    EXPECT_THAT(TheJournal().Marked(Mark::Waiting, m_key), ElementsAre(2, 3));
+    TheJournal().Remove(Mark::Waiting, m_key, std::array<std::int64_t, 1>{2});
+    EXPECT_THAT(TheJournal().Marked(Mark::Waiting, m_key), ElementsAre(3));
 }
 
 TEST_P(JournalTest, RemovedRejectIsGone) {
-    TheJournal().AddReject(m_key, 3);
-    TheJournal().AddReject(m_key, 4);
-    TheJournal().RemoveReject(m_key, 3);
-    TheJournal().RemoveReject(m_key, 99);
-    EXPECT_THAT(TheJournal().Rejects(m_key), ElementsAre(4));
+    Add(Mark::Rejected, m_key, {3, 4});
+    TheJournal().Remove(Mark::Rejected, m_key, std::array<std::int64_t, 2>{3, 99});
+    EXPECT_THAT(TheJournal().Marked(Mark::Rejected, m_key), ElementsAre(4));
 }
 
 TEST_P(JournalTest, ForgottenSourceIsAsIfNeverLoaded) {
     const JournalKey other{"aa", "cc"};
     for (const JournalKey& key : {m_key, other}) {
         SaveInNewRun(key, SampleEntry());
-        TheJournal().AddReject(key, 1);
+        Add(Mark::Rejected, key, {1});
+        Add(Mark::Waiting, key, {2});
     }
     TheJournal().Forget(m_key);
     EXPECT_FALSE(TheJournal().Find(m_key).has_value());
-    EXPECT_THAT(TheJournal().Rejects(m_key), IsEmpty());
+    EXPECT_THAT(TheJournal().Marked(Mark::Waiting, m_key), IsEmpty());
+    EXPECT_THAT(TheJournal().Marked(Mark::Rejected, m_key), IsEmpty());
     EXPECT_TRUE(TheJournal().Find(other).has_value());
-    EXPECT_THAT(TheJournal().Rejects(other), ElementsAre(1));
+    EXPECT_THAT(TheJournal().Marked(Mark::Rejected, other), ElementsAre(1));
 }
 
 TEST_P(JournalTest, EntryAndRejectsGoWithTheTransaction) {
     {
         const auto transaction = m_database->Begin();
         SaveInNewRun(m_key, SampleEntry());
-        TheJournal().AddReject(m_key, 3);
+        Add(Mark::Rejected, m_key, {3});
     }
     EXPECT_FALSE(TheJournal().Find(m_key).has_value());
-    EXPECT_THAT(TheJournal().Rejects(m_key), IsEmpty());
+    EXPECT_THAT(TheJournal().Marked(Mark::Rejected, m_key), IsEmpty());
 }
 
 TEST_P(JournalTest, FirstRunBeginsWithNothingDone) {

@@ -15,9 +15,9 @@ using ::testing::ElementsAre;
 using OwnTablesTest = OnEachEngine<OpenDatabaseTest>;
 
 TEST_P(OwnTablesTest, AllOfThemAreThere) {
-    EXPECT_THAT(OwnTables(),
-                ElementsAre("zt_attachment", "zt_content", "zt_duplicate", "zt_history",
-                            "zt_journal", "zt_journal_reject", "zt_record_type", "zt_schema"));
+    EXPECT_THAT(OwnTables(), ElementsAre("zt_attachment", "zt_content", "zt_duplicate",
+                                         "zt_history", "zt_journal", "zt_journal_reject",
+                                         "zt_journal_waiting", "zt_record_type", "zt_schema"));
 }
 
 TEST_P(OwnTablesTest, RecordTypesAreNamedForQueries) {

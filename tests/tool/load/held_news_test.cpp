@@ -37,10 +37,10 @@ TEST_F(HeldNewsTest, NothingIsTakenUnlessItIsToBeHeld) {
 }
 
 TEST_F(HeldNewsTest, NewsAreToldInTheirOrder) {
-    m_news.Hold(1);
+    m_news.Hold({1});
     EXPECT_TRUE(m_news.Take(Lost("a")));
     EXPECT_TRUE(m_news.Take(Reject("b")));
-    m_news.Hold(2);
+    m_news.Hold({2});
     EXPECT_TRUE(m_news.Take(Lost("c")));
     EXPECT_EQ(m_news.Rejects(), 1U);
     EXPECT_EQ(Told(), "a b c ");
@@ -49,19 +49,31 @@ TEST_F(HeldNewsTest, NewsAreToldInTheirOrder) {
 }
 
 TEST_F(HeldNewsTest, RejectsThatComeAgainStandWhereTheyStood) {
-    m_news.Hold(1);
+    m_news.Hold({1});
     EXPECT_TRUE(m_news.Take(Reject("gone")));
-    m_news.Hold(2);
+    m_news.Hold({2});
     EXPECT_TRUE(m_news.Take(Lost("c")));
     m_news.DropRejects();
-    m_news.Hold(1);
+    m_news.Hold({1});
     EXPECT_TRUE(m_news.Take(Reject("b")));
     EXPECT_EQ(Told(), "b c ");
 }
 
+TEST_F(HeldNewsTest, NewsOfTriesComeBetweenThoseOfTheRecordsThatWereReadAroundThem) {
+    m_news.Hold({.read = 2});
+    EXPECT_TRUE(m_news.Take(Lost("d")));
+    m_news.Hold({.read = 1});
+    EXPECT_TRUE(m_news.Take(Reject("a")));
+    m_news.Hold({.read = 1, .tries = 2});
+    EXPECT_TRUE(m_news.Take(Reject("c")));
+    m_news.Hold({.read = 1, .tries = 1});
+    EXPECT_TRUE(m_news.Take(Reject("b")));
+    EXPECT_EQ(Told(), "a b c d ");
+}
+
 TEST_F(HeldNewsTest, TextOfARejectIsCopied) {
     std::string raw = "a";
-    m_news.Hold(1);
+    m_news.Hold({1});
     EXPECT_TRUE(m_news.Take(Reject(raw)));
     raw = "b";
     EXPECT_EQ(Told(), "a ");

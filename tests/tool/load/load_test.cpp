@@ -344,7 +344,7 @@ TEST_P(LoadTest, APacketLoadedByRecordsIsNotLoadedWholeAgain) {
 }
 
 TEST_P(LoadTest, RetryingAnInterruptedLoadStillLeavesItsRejects) {
-    const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}, {"owner", "ann"}},
+    const auto sources = Bugs({{{"source_id", "a"}, {"title", "A"}, {"votes", "many"}},
                                {{"source_id", "b"}, {"title", "B"}}});
     m_options.maxRejects = 0;
     EXPECT_EQ(Load(sources), 1);

@@ -104,11 +104,16 @@ void KilledLoad::MakeBase() {
     for (int i = 0; i < 300; ++i) {
         m_folder.Write(fmt::format("files/{}.txt", i), fmt::format("content of {}", i));
     }
-    Load({Configuration("users-configuration.xml", "record", "user", "login"),
-          Records("users.xml", users),
-          Configuration("keywords-configuration.xml", "record", "keyword", "name"),
+    const std::vector<std::string> userSources = {
+        Configuration("users-configuration.xml", "record", "user", "login"),
+        Records("users.xml", users)};
+    // What waits, waits for the users.
+    if (GetParam() != "waiting") {
+        Load(userSources);
+    }
+    Load({Configuration("keywords-configuration.xml", "record", "keyword", "name"),
           Records("keywords.xml", keywords)});
-    if (GetParam() != "record" && !IsMapped()) {
+    if (GetParam() == "history" || GetParam() == "attachments") {
         Load({Configuration("bugs-configuration.xml", "record", "bug", "source_id"),
               Records("bugs.xml", Bugs())});
     }
@@ -140,11 +145,19 @@ std::vector<std::string> KilledLoad::Sources() {
     if (IsMapped()) {
         return {MappedRows()};
     }
-    return {Configuration("configuration.xml", type, "bug", "source_id",
-                          type == "record" ? "<duplicate_id name=\"duplicate_of\"/>" : ""),
-            Records("data.xml", type == "record"    ? Bugs()
-                                : type == "history" ? Histories()
-                                                    : Attachments())};
+    if (type == "history" || type == "attachments") {
+        return {Configuration("configuration.xml", type, "bug", "source_id"),
+                Records("data.xml", type == "history" ? Histories() : Attachments())};
+    }
+    std::vector<std::string> sources = {
+        Configuration("configuration.xml", "record", "bug", "source_id",
+                      "<duplicate_id name=\"duplicate_of\"/>"),
+        Records("data.xml", Bugs())};
+    if (type == "waiting") {
+        sources.push_back(m_folder.File("users-configuration.xml"));
+        sources.push_back(m_folder.File("users.xml"));
+    }
+    return sources;
 }
 
 void KilledLoad::BeginAnew() const {
@@ -255,7 +268,7 @@ TEST_P(KilledLoad, GoesOnToTheResultOfAnUndisturbedOne) {
 }
 
 INSTANTIATE_TEST_SUITE_P(DataTypes, KilledLoad,
-                         testing::Values("record", "history", "attachments", "map"),
+                         testing::Values("record", "history", "attachments", "map", "waiting"),
                          [](const auto& test) { return test.param; });
 
 }  // namespace

@@ -22,6 +22,8 @@ class LoadFixture : public testing::Test {
   protected:
     // Makes an empty database of users, keywords and bugs.
     explicit LoadFixture(Engine engine = Engine::Sqlite);
+    // Makes one of the record types in `schema`, a schema file's text.
+    LoadFixture(Engine engine, const char* schema);
 
     // Write a packet file and return its path.
     std::string Configuration(const std::string& file, std::string_view data, std::string_view type,

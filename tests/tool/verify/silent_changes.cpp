@@ -83,7 +83,13 @@ constexpr SilentChange kSilent[] = {
      "(source_sha256, configuration_sha256) WHERE typeof(ordinal) <> 'integer' OR ordinal < 0 OR "
      "ordinal >= next_ordinal)",
      kJournal},
+    {"zt_journal_waiting", "ordinal",
+     "SELECT 1 WHERE NOT EXISTS (SELECT 1 FROM zt_journal_waiting JOIN zt_journal USING "
+     "(source_sha256, configuration_sha256) WHERE typeof(ordinal) <> 'integer' OR ordinal < 0 OR "
+     "ordinal >= next_ordinal)",
+     kJournal},
     {"zt_journal", "", "SELECT 1", kJournal},
+    {"zt_journal_waiting", "", "SELECT 1", kJournal},
 };
 
 }  // namespace

@@ -112,7 +112,11 @@ class LoadedExample {
         connection->ExecuteScript(
             "INSERT INTO zt_journal_reject SELECT source_sha256, configuration_sha256, 1 "
             "FROM zt_journal WHERE source_name LIKE '%bugs.xml';"
-            "UPDATE zt_journal SET rejected = 1 WHERE source_name LIKE '%bugs.xml'");
+            "UPDATE zt_journal SET rejected = 1 WHERE source_name LIKE '%bugs.xml';"
+            // As when the last load stopped while a record waited for another one.
+            "INSERT INTO zt_journal_waiting SELECT source_sha256, configuration_sha256, 1 "
+            "FROM zt_journal WHERE source_name LIKE '%history.xml';"
+            "UPDATE zt_journal SET complete = 0 WHERE source_name LIKE '%history.xml'");
     }
 
     TemporaryFolder m_folder;
@@ -387,6 +391,7 @@ TEST_F(VerifyCellsTest, FindsARowThatWasAddedWhereNothingElseMayBe) {
         {"zt_journal",
          "SELECT configuration_sha256, source_sha256, source_name, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1"},
         {"zt_journal_reject", "SELECT source_sha256, configuration_sha256, ordinal + 1"},
+        {"zt_journal_waiting", "SELECT source_sha256, configuration_sha256, ordinal + 1"},
         {"zt_record_type", "SELECT id + 1000, name || 'x', kind"},
         {"zt_schema", "SELECT *"},
     };

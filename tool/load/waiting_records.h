@@ -1,0 +1,58 @@
+#ifndef TOOL_LOAD_WAITING_RECORDS_H
+#define TOOL_LOAD_WAITING_RECORDS_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "recorddb/schema.h"
+#include "recorddb/session.h"
+#include "tool/load/missing_records.h"
+#include "tool/load/place.h"
+#include "tool/load/waiting_room.h"
+#include "tool/packet/import_configuration.h"
+#include "tool/sources/kind/source_record.h"
+
+namespace tool {
+
+// Which records of a load wait, and for what, in terms of records: puts them into the waiting room
+// and learns from the session which keys have come.
+class WaitingRecords {
+  public:
+    // All of them outlive the object.
+    WaitingRecords(WaitingRoom& room, const recorddb::schema::Schema& schema,
+                   AdPtr<recorddb::Session> session)
+        : m_room(room), m_schema(schema), m_session(std::move(session)) {}
+
+    // Whether a record has to wait because an earlier one of its id does.
+    bool IsHeldBack(const SourceRecord& record, const ImportConfiguration& configuration);
+
+    // Puts a record off, which lacks `missing`, or with none waits for earlier ones of its id. It
+    // is ready when there are none either.
+    void PutOff(Place place, const SourceRecord& record, const ImportConfiguration& configuration,
+                const std::vector<WantedRecord>& missing);
+    // A record that was ready, and tried, lacks `missing`.
+    void PutOffAgain(Place place, const SourceRecord& record,
+                     const ImportConfiguration& configuration,
+                     const std::vector<WantedRecord>& missing);
+
+    // What records wrote since the last call has become part of the group: others may have waited
+    // for it.
+    void NoteWritten();
+    // It has not.
+    void DropWritten();
+
+  private:
+    std::string IdKeyOf(const SourceRecord& record, const ImportConfiguration& configuration) const;
+    WaitingRoom::Wait WaitOf(const SourceRecord& record, const ImportConfiguration& configuration,
+                             const std::vector<WantedRecord>& missing);
+
+    WaitingRoom& m_room;
+    const recorddb::schema::Schema& m_schema;
+    AdPtr<recorddb::Session> m_session;
+    bool m_isWatching = false;
+};
+
+}  // namespace tool
+
+#endif

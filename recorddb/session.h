@@ -1,6 +1,8 @@
 #ifndef RECORDDB_SESSION_H
 #define RECORDDB_SESSION_H
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <span>
@@ -20,10 +22,30 @@ struct SessionParts;
 
 // When the commits of a transaction reach the database. What the session reads is the same.
 enum class Writing {
-    AtOnce,   // each by itself: what the database refuses is reported as the refusal of that record
-    Gathered  // many together, at the end or when something has to be read from the database. That
-              // costs less, but what the database refuses then may be of any record: it fails the
-              // transaction, and the work may be done again in one that writes at once.
+    AtOnce,  // each by itself: what the database refuses is reported as the refusal of that record
+    Gathered,  // many together, at the end or when something has to be read from the database. That
+               // costs less, but what the database refuses then may be of any record: it fails the
+               // transaction, and the work may be done again in one that writes at once.
+    Ahead      // not at all: what was gathered is taken, and adopted by a transaction of another
+               // session in its turn. Nothing is locked meanwhile. What cannot be gathered, such as
+               // attachments, fails the transaction.
+};
+
+// What a transaction has gathered ahead of its turn. It belongs to no session and no thread. Made
+// by SessionTransaction::Take.
+class RECORDDB_API GatheredWork {
+  public:
+    struct State;
+
+    explicit GatheredWork(std::unique_ptr<State> state);
+    GatheredWork(const GatheredWork&) = delete;
+    GatheredWork& operator=(const GatheredWork&) = delete;
+    ~GatheredWork();
+
+  private:
+    friend class SessionTransaction;
+
+    std::unique_ptr<State> m_state;
 };
 
 // A part of a session's transaction that can be undone by itself, such as the work on one record.
@@ -63,6 +85,16 @@ class RECORDDB_API SessionTransaction {
     // database is asked, and is worth while where sql::Connection::ReadsManyForLess is true. No
     // savepoint may be open. Nothing happens unless writing is gathered. Throws sql::Error.
     void LookAhead(std::span<const ExpectedSearch> searches);
+
+    // Ends a transaction of Writing::Ahead, and returns what it has gathered. No savepoint is open.
+    std::unique_ptr<GatheredWork> Take();
+
+    // Puts in what was gathered ahead, as if the work had been done here: new records get their
+    // dbids now. The work was done on a state of the database that had all that was permanent at
+    // `moment` (Session::Moment). To be called first in a transaction that gathers. Returns false,
+    // and nothing has happened, when the same work might now have another outcome; then it has to
+    // be done anew. Either way the object is used up. Throws sql::Error.
+    bool Adopt(GatheredWork& work, std::uint64_t moment);
 
     // Writes what was gathered so far. Throws sql::Error, after which nothing but a roll-back is
     // possible; the session remembers the failure.
@@ -127,6 +159,14 @@ class RECORDDB_API Session final : public AdSession {
     // Begins a transaction around many commits, which otherwise are one transaction each. One at a
     // time. Throws sql::Error; std::logic_error when one is open already.
     std::unique_ptr<SessionTransaction> BeginTransaction(Writing writing = Writing::AtOnce);
+
+    // From now on remembers what the latest so many transactions have written, for Adopt. Other
+    // writers get their turn only where they wait when a transaction of Writing::Gathered begins;
+    // 0 ends that, and is for when no transaction is open. Throws sql::Error.
+    void RememberWrites(std::size_t transactions);
+
+    // A number for what this session has made permanent so far.
+    std::uint64_t Moment() const;
 
     // Clears Failure, for work that begins again after a roll-back.
     void ForgetFailure();

@@ -116,6 +116,12 @@ inline std::optional<std::int64_t> QueryInt(Statement& statement) {
     return statement.Int(0);
 }
 
+// What a transaction is for.
+enum class Access {
+    Writing,
+    Reading  // it sees one moment, takes no lock and writes nothing
+};
+
 // One connection to an SQL engine, for one thread. Every operation throws Error when the engine
 // refuses. Transactions are objects: see Transaction and Savepoint.
 class RECORDDB_API Connection {
@@ -168,6 +174,13 @@ class RECORDDB_API Connection {
     // while a transaction is open, and where there is nothing to lose.
     virtual void Reconnect();
 
+    // Keeps other writers from their turn beyond the transaction under way, which is one for
+    // writing, until one of them waits for it: each call lets those who wait by. False when
+    // somebody else may have written since the last call.
+    virtual bool KeepTurn() { return false; }
+    // Lets others write again, when no transaction is open.
+    virtual void LetOthersWrite() {}
+
     virtual const Dialect& GetDialect() const = 0;
     virtual bool IsReadOnly() const = 0;
 
@@ -177,6 +190,8 @@ class RECORDDB_API Connection {
     virtual bool TransactionSurvivesErrors() const = 0;
 
     bool InTransaction() const { return m_inTransaction; }
+    // True in a transaction that was begun for reading only.
+    bool InReading() const { return m_inTransaction && m_isReading; }
 
     // Number of transactions begun so far. What was read inside a transaction stays true as long as
     // neither this number nor RollbackCount has changed; after that another writer may have changed
@@ -193,8 +208,9 @@ class RECORDDB_API Connection {
         Commit,
         Rollback,
         BeginSavepoint,
-        ReleaseSavepoint,    // the innermost one
-        RollbackToSavepoint  // undoes what was done since the innermost one began; it stays open
+        ReleaseSavepoint,     // the innermost one
+        RollbackToSavepoint,  // undoes what was done since the innermost one began; it stays open
+        BeginReading          // on a connection that may write
     };
 
     // Does one of these, by whatever means the engine has.
@@ -208,7 +224,7 @@ class RECORDDB_API Connection {
     friend class Transaction;
     friend class Savepoint;
 
-    void BeginTransaction();
+    void BeginTransaction(Access access);
     void CommitTransaction();
     void RollbackTransaction() noexcept;
     int BeginSavepoint();
@@ -216,6 +232,7 @@ class RECORDDB_API Connection {
     void RollbackSavepoint(int depth) noexcept;
 
     bool m_inTransaction = false;
+    bool m_isReading = false;
     bool m_undoFailed = false;  // a savepoint's work may still be in the transaction
     int m_savepointDepth = 0;
     std::uint64_t m_transactionCount = 0;
@@ -224,12 +241,13 @@ class RECORDDB_API Connection {
 
 // A transaction from construction to Commit or Rollback; the destructor rolls back one that is
 // still open. A connection has one at a time; inside it, Savepoints nest. On a read-write
-// connection it holds the write lock from the start, so that a transaction that reads first and
-// writes later never fails half-way because another writer came in between.
+// connection it holds the write lock from the start, unless it is for reading, so that a
+// transaction that reads first and writes later never fails half-way because another writer came in
+// between.
 class RECORDDB_API Transaction {
   public:
     // Throws Error when the engine refuses, std::logic_error when a transaction is open already.
-    explicit Transaction(Connection& connection);
+    explicit Transaction(Connection& connection, Access access = Access::Writing);
     Transaction(Transaction&& other) noexcept;
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;

@@ -20,6 +20,12 @@ struct Statistics {
     bool operator==(const Statistics&) const = default;
 };
 
+inline Statistics operator+(const Statistics& some, const Statistics& more) {
+    return {some.recordsCreated + more.recordsCreated, some.recordsUpdated + more.recordsUpdated,
+            some.historyEntries + more.historyEntries, some.attachments + more.attachments,
+            some.duplicateLinks + more.duplicateLinks, some.commits + more.commits};
+}
+
 // What was done between two moments, given what had been done at each.
 inline Statistics operator-(const Statistics& later, const Statistics& earlier) {
     return {later.recordsCreated - earlier.recordsCreated,

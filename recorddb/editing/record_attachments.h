@@ -29,6 +29,7 @@ class RecordAttachments {
 
     // The attachments that are stored for a record, in the order in which they were added.
     std::vector<Attachment> Load(std::int64_t recordType, std::int64_t record) {
+        m_batch.NoteRead({recordType, record});
         const auto* const answer = m_batch.Answers().FindAttachments({recordType, record});
         return answer != nullptr ? *answer : m_table.Load(recordType, record);
     }

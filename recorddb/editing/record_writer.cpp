@@ -177,6 +177,9 @@ PaMessage RecordWriter::WriteAtOnce(EditedRecord& record, Reach reach) {
     // Outside the try: a failure here is one of the records that were gathered, not of this one.
     m_parts.batch.Apply(WriteBatch::For::Writing);
     m_parts.batch.ForgetVersions();
+    if (m_parts.batch.Writes().IsOn()) {
+        m_parts.batch.Writes().Note(record.Type(), record.dbid, record.buffer);
+    }
     m_parts.batch.Answers().Forget(record.Type(), record.dbid, record.buffer);
     try {
         PaMessage problem = WriteAll(record, reach);

@@ -35,6 +35,7 @@ void ResultSet::Execute() {
             if (!TakeKnownAnswer()) {
                 ReadRows();
             }
+            NoteReads();
             AddNewRecords();
         }
     });
@@ -151,6 +152,23 @@ void ResultSet::ReadRows() {
         m_dbids.push_back(statement.Int(width));
     }
     m_rowCount = m_dbids.size();
+}
+
+void ResultSet::NoteReads() {
+    WriteBatch& batch = m_parts->batch;
+    if (!batch.IsAhead()) {
+        return;
+    }
+    FieldSet fields;
+    std::vector<const FieldValue*> values;
+    for (std::size_t i = 0; i < m_operands.size(); ++i) {
+        fields.push_back(m_query->Filters()[i].Field().index);
+        values.push_back(&m_operands[i]);
+    }
+    batch.NoteSearch(m_query->Type(), fields, values, !m_dbids.empty());
+    for (const std::int64_t dbid : m_dbids) {
+        batch.NoteRead(m_query->Type(), dbid);
+    }
 }
 
 // Puts the records that the batch has gathered where they belong, by dbid.

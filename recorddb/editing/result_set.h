@@ -52,6 +52,7 @@ class ResultSet final : public AdResultSet {
     std::optional<FieldValue> Operand(const FilterNode& filter);
     bool TakeKnownAnswer();
     void ReadRows();
+    void NoteReads();
     void AddNewRecords();
     std::size_t Width() const;
     void ResolveReferences();

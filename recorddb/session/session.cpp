@@ -174,6 +174,17 @@ void Session::ForgetFailure() {
     m_parts->failures.Forget();
 }
 
+void Session::RememberWrites(std::size_t transactions) {
+    m_parts->batch.Writes().Remember(transactions);
+    if (transactions == 0) {
+        m_parts->failures.Watch([this] { m_parts->connection.LetOthersWrite(); });
+    }
+}
+
+std::uint64_t Session::Moment() const {
+    return m_parts->batch.Writes().Moment();
+}
+
 std::unique_ptr<SessionTransaction> Session::BeginTransaction(Writing writing) {
     return std::make_unique<SessionTransaction>(m_parts, writing);
 }

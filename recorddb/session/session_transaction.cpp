@@ -1,9 +1,14 @@
+#include <optional>
 #include <utility>
+#include <vector>
 
 #include "recorddb/session.h"
 #include "recorddb/session/session_parts.h"
 #include "recorddb/sql.h"
 #include "recorddb/store/look_ahead.h"
+#include "recorddb/store/pending_changes.h"
+#include "recorddb/store/provisional_ids.h"
+#include "recorddb/store/touched.h"
 
 namespace recorddb {
 
@@ -12,6 +17,16 @@ struct SessionState {
     Statistics statistics;
     std::size_t pendingHistory = 0;
 };
+
+struct GatheredWork::State {
+    PendingChanges changes;
+    ReadNotes reads;
+    Statistics done;
+};
+
+GatheredWork::GatheredWork(std::unique_ptr<State> state) : m_state(std::move(state)) {}
+
+GatheredWork::~GatheredWork() = default;
 
 namespace {
 
@@ -61,10 +76,27 @@ struct SessionTransaction::State {
     State(std::shared_ptr<SessionParts> session, Writing writing)
         : parts(std::move(session)),
           before(StateOf(*parts)),
-          transaction(
-              parts->failures.Watch([this] { return sql::Transaction(parts->connection); })) {
-        if (writing == Writing::Gathered) {
+          transaction(parts->failures.Watch([this, writing] {
+              return sql::Transaction(parts->connection, writing == Writing::Ahead
+                                                             ? sql::Access::Reading
+                                                             : sql::Access::Writing);
+          })) {
+        if (writing == Writing::Ahead) {
+            parts->batch.BeginAhead();
+        } else if (writing == Writing::Gathered) {
             parts->batch.Begin();
+            KeepTurn();
+        } else {
+            parts->batch.Writes().NoteAll();
+        }
+    }
+
+    // Where it is remembered who has written what, only others than this session can have written
+    // what is not.
+    void KeepTurn() {
+        if (parts->batch.Writes().IsOn() &&
+            !parts->failures.Watch([this] { return parts->connection.KeepTurn(); })) {
+            parts->batch.Writes().NoteOthers();
         }
     }
 
@@ -91,6 +123,37 @@ void SessionTransaction::LookAhead(std::span<const ExpectedSearch> searches) {
     });
 }
 
+std::unique_ptr<GatheredWork> SessionTransaction::Take() {
+    auto [changes, reads] = m_state->parts->batch.Take();
+    auto work = std::make_unique<GatheredWork>(std::make_unique<GatheredWork::State>(
+        GatheredWork::State{std::move(changes), std::move(reads),
+                            m_state->parts->statistics - m_state->before.statistics}));
+    Rollback();
+    return work;
+}
+
+bool SessionTransaction::Adopt(GatheredWork& work, std::uint64_t moment) {
+    SessionParts& parts = *m_state->parts;
+    GatheredWork::State& state = *work.m_state;
+    if (parts.batch.Writes().HaveTouched(state.reads, moment)) {
+        return false;
+    }
+    std::vector<std::optional<std::int64_t>> highest;
+    for (const schema::RecordType& type : parts.batch.GetSchema().Types()) {
+        highest.emplace_back();
+        if (state.changes.Of(type.id).HasNew()) {
+            highest.back() = parts.failures.Watch([&] { return parts.ids.Highest(type); });
+        }
+    }
+    if (!GiveDbIds(state.changes, parts.batch.GetSchema(), highest)) {
+        return false;
+    }
+    parts.batch.Adopt(std::move(state.changes));
+    parts.ids.Forget();
+    parts.statistics = parts.statistics + state.done;
+    return true;
+}
+
 void SessionTransaction::Apply() {
     m_state->parts->failures.Watch(
         [this] { m_state->parts->batch.Apply(WriteBatch::For::Reading); });
@@ -101,8 +164,15 @@ void SessionTransaction::Commit() {
         Apply();
         m_state->parts->failures.Watch([this] { m_state->transaction.Commit(); });
         m_state->parts->batch.End();
-    } catch (const sql::Error&) {
+        m_state->parts->batch.Writes().Keep();
+    } catch (const sql::Error& error) {
+        const bool isUncertain = error.Kind() == sql::ErrorKind::ConnectionLost;
         Rollback();
+        if (isUncertain) {
+            // Perhaps it has been committed.
+            m_state->parts->batch.Writes().NoteAll();
+            m_state->parts->batch.Writes().Keep();
+        }
         throw;
     }
 }
@@ -112,6 +182,7 @@ void SessionTransaction::Rollback() noexcept {
         return;
     }
     m_state->parts->batch.End();
+    m_state->parts->batch.Writes().Drop();
     m_state->transaction.Rollback();
     GoBackTo(m_state->before, *m_state->parts);
 }

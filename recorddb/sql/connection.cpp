@@ -19,11 +19,12 @@ void Connection::Reconnect() {
     throw std::logic_error("a connection that cannot be lost is made anew");
 }
 
-void Connection::BeginTransaction() {
+void Connection::BeginTransaction(Access access) {
     if (m_inTransaction) {
         throw std::logic_error("a transaction is open already; nest with a Savepoint");
     }
-    Run(Control::Begin);
+    m_isReading = access == Access::Reading || IsReadOnly();
+    Run(m_isReading && !IsReadOnly() ? Control::BeginReading : Control::Begin);
     m_inTransaction = true;
     m_undoFailed = false;
     m_savepointDepth = 0;

@@ -5,8 +5,8 @@
 
 namespace recorddb::sql {
 
-Transaction::Transaction(Connection& connection) : m_connection(&connection) {
-    connection.BeginTransaction();
+Transaction::Transaction(Connection& connection, Access access) : m_connection(&connection) {
+    connection.BeginTransaction(access);
 }
 
 Transaction::Transaction(Transaction&& other) noexcept

@@ -9,6 +9,7 @@
 
 #include "platform/messages/message_ids.h"
 #include "recorddb/messages/error_message.h"
+#include "recorddb/store/provisional_ids.h"
 #include "recorddb/store/tables.h"
 
 namespace recorddb::schema {
@@ -35,15 +36,27 @@ std::int64_t CountedRecordIds::Next(const RecordType& type) {
     return ++counter.last;
 }
 
-void CountedRecordIds::Read(const RecordType& type, Counter& counter) {
+void CountedRecordIds::Forget() {
+    for (Counter& counter : m_counters) {
+        counter.transactionCount = 0;
+    }
+}
+
+std::int64_t CountedRecordIds::Highest(const RecordType& type) {
+    Counter& counter = m_counters[static_cast<std::size_t>(type.id - 1)];
     if (counter.highest == nullptr) {
         counter.highest = &m_connection.Prepare(
             fmt::format("SELECT max({}) FROM {}", kDbIdName, sql::Quoted(type.name)));
     }
     // Other programs may have stored dbids below 1; here, such a number means that a record has
     // none yet.
-    counter.last = std::max(
+    return std::max(
         {sql::QueryInt(*counter.highest).value_or(0), m_batch.HighestNew(type), std::int64_t{0}});
+}
+
+void CountedRecordIds::Read(const RecordType& type, Counter& counter) {
+    counter.last = m_batch.IsAhead() ? std::max(m_batch.HighestNew(type), kFirstProvisionalId - 1)
+                                     : Highest(type);
     counter.transactionCount = m_connection.TransactionCount();
     counter.undoCount = m_batch.UndoCount();
 }

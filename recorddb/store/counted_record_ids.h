@@ -14,6 +14,7 @@ namespace recorddb::schema {
 // Counts on from the highest dbid in the type's table: no row of its own needs to be written with
 // every record, and the dbid is unique because it is the table's primary key. For engines with one
 // writer at a time. The highest dbid is read once in a transaction and counted on in memory.
+// What is gathered ahead of its turn gets provisional numbers.
 class CountedRecordIds final : public RecordIds {
   public:
     // Batch and schema outlive the object.
@@ -22,6 +23,12 @@ class CountedRecordIds final : public RecordIds {
     // Throws sql::Error as well, and std::logic_error outside of a transaction, where another
     // writer could take the same number.
     std::int64_t Next(const RecordType& type) override;
+
+    // The highest dbid in use; 0 when there is none. Throws sql::Error.
+    std::int64_t Highest(const RecordType& type);
+
+    // Counts anew: dbids were given to records in another way.
+    void Forget();
 
   private:
     struct Counter {

@@ -26,6 +26,7 @@ std::optional<std::int64_t> DuplicateTable::OriginalOf(std::int64_t recordType,
     if (const auto pending = m_batch.FindOriginal({recordType, record})) {
         return pending;
     }
+    m_batch.NoteRead({recordType, record});
     if (const auto* const answer = m_batch.Answers().FindOriginal({recordType, record})) {
         return *answer;
     }
@@ -38,6 +39,7 @@ std::optional<std::int64_t> DuplicateTable::OriginalOf(std::int64_t recordType,
 std::vector<std::int64_t> DuplicateTable::DuplicatesOf(std::int64_t recordType,
                                                        std::int64_t record) {
     m_batch.Apply(WriteBatch::For::Reading);
+    m_batch.NoteUnclearRead();
     sql::Statement& find = m_connection.Prepare(
         "SELECT duplicate FROM zt_duplicate WHERE record_type = $1 AND original = $2 "
         "ORDER BY duplicate");

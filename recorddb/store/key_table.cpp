@@ -26,6 +26,14 @@ std::int64_t KeyTable::Find(const schema::RecordType& type, const std::vector<Fi
     if (const std::int64_t pending = m_batch.FindKey(type, type.key, wanted)) {
         return pending;
     }
+    const std::int64_t stored = FindStored(type, values, wanted);
+    m_batch.NoteSearch(type, type.key, wanted, stored != 0);
+    return stored;
+}
+
+std::int64_t KeyTable::FindStored(const schema::RecordType& type,
+                                  const std::vector<FieldValue>& values,
+                                  const std::vector<const FieldValue*>& wanted) {
     if (const auto answer = m_batch.Answers().Find(type, type.key, wanted)) {
         return *answer;
     }
@@ -72,6 +80,7 @@ std::vector<std::string> KeyTable::KeyParts(const schema::RecordType& type, std:
         }
         return parts;
     }
+    m_batch.NoteRead(type, dbid);
     if (const KnownRow* const row = m_batch.Answers().FindRow(type, dbid)) {
         for (const std::size_t field : type.key) {
             parts.push_back(ColumnText((*row)[field]));

@@ -43,6 +43,8 @@ class KeyTable {
 
     std::optional<std::string> KeyOf(const schema::RecordType& type, std::int64_t dbid, int depth);
     std::vector<std::string> KeyParts(const schema::RecordType& type, std::int64_t dbid);
+    std::int64_t FindStored(const schema::RecordType& type, const std::vector<FieldValue>& values,
+                            const std::vector<const FieldValue*>& wanted);
     sql::Statement& FindStatement(const schema::RecordType& type);
     sql::Statement& KeyStatement(const schema::RecordType& type);
     TypeStatements& Statements(const schema::RecordType& type) {

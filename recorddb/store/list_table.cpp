@@ -11,6 +11,7 @@ FieldValue ListTable::Load(std::int64_t record) {
     if (const FieldValue* const pending = m_batch.FindList(m_type, m_field.index, record)) {
         return *pending;
     }
+    m_batch.NoteRead(m_type, record);
     if (const FieldValue* const answer =
             m_batch.Answers().FindList(m_type, m_field.index, record)) {
         return *answer;

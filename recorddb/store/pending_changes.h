@@ -1,6 +1,7 @@
 #ifndef RECORDDB_STORE_PENDING_CHANGES_H
 #define RECORDDB_STORE_PENDING_CHANGES_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -54,6 +55,19 @@ class PendingRecords {
     std::int64_t HighestNew() const { return m_highestNew; }
 
     // New records by their keys: the texts that KeyText makes.
+    // Lets each be changed, its dbid too. Keys are forgotten.
+    template <typename Change>
+    void ChangeEach(Change change) {
+        m_positions.clear();
+        m_keys.clear();
+        m_highestNew = 0;
+        for (PendingRecord& record : m_records) {
+            change(record);
+            m_highestNew = record.IsNew() ? std::max(m_highestNew, record.dbid) : m_highestNew;
+            m_positions.emplace(record.dbid, m_positions.size());
+        }
+    }
+
     void AddKey(std::string key, std::int64_t dbid) { m_keys.emplace(std::move(key), dbid); }
     std::int64_t FindKey(const std::string& key) const;
 

@@ -123,6 +123,7 @@ std::optional<std::int64_t> RecordTable::Version(std::int64_t dbid) {
     if (const auto known = m_batch.KnownVersion(m_type, dbid)) {
         return known;
     }
+    m_batch.NoteRead(m_type, dbid);
     if (const auto answer = m_batch.Answers().FindVersion(m_type, dbid)) {
         return answer;
     }
@@ -135,6 +136,9 @@ std::optional<std::int64_t> RecordTable::Version(std::int64_t dbid) {
     const auto version = sql::QueryInt(*m_version);
     if (version) {
         m_batch.NoteVersion(m_type, dbid, *version);
+    } else {
+        // It may be the number of a record that is new.
+        m_batch.NoteUnclearRead();
     }
     return version;
 }
@@ -146,6 +150,7 @@ std::optional<std::int64_t> RecordTable::Load(std::int64_t dbid, RecordBuffer& r
         }
         return m_batch.KnownVersion(m_type, dbid);
     }
+    m_batch.NoteRead(m_type, dbid);
     if (const KnownRow* const row = m_batch.Answers().FindRow(m_type, dbid)) {
         for (const std::size_t field : m_columns) {
             record.SetSaved(field, (*row)[field]);
@@ -160,6 +165,7 @@ std::optional<std::int64_t> RecordTable::Load(std::int64_t dbid, RecordBuffer& r
     const sql::ResetGuard guard(*m_load);
     m_load->BindInt(1, dbid);
     if (!m_load->Step()) {
+        m_batch.NoteUnclearRead();
         return std::nullopt;
     }
     int column = 0;
@@ -176,6 +182,7 @@ std::optional<std::int64_t> RecordTable::Load(std::int64_t dbid, RecordBuffer& r
 
 std::optional<std::int64_t> RecordTable::NextAfter(std::int64_t dbid) {
     m_batch.Apply(WriteBatch::For::Reading);
+    m_batch.NoteUnclearRead();
     if (m_next == nullptr) {
         m_next = &m_connection.Prepare(fmt::format("SELECT min({0}) FROM {1} WHERE {0} > $1",
                                                    schema::kDbIdName, Quoted(m_type.name)));
@@ -210,6 +217,7 @@ std::optional<std::int64_t> RecordTable::FindTwin(std::size_t set, const RecordB
     if (pending != 0 && pending != dbid) {
         return pending;
     }
+    m_batch.NoteSearch(m_type, m_uniqueSets[set], values, false);
     const auto answer = m_batch.Answers().Find(m_type, m_uniqueSets[set], values);
     if (answer && *answer != dbid) {
         return *answer != 0 ? answer : std::nullopt;

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "recorddb/errors.h"
 #include "recorddb/sql.h"
 #include "recorddb/store/tables.h"
 
@@ -53,6 +54,9 @@ void SearchIndexes::Make(const RecordType& type, const Field& field, State& stat
     if (exists && !m_connection.InTransaction()) {
         state.permanent = true;
         return;
+    }
+    if (!exists && m_connection.InReading()) {
+        throw sql::Error(sql::ErrorKind::Other, "the index has to be made in its turn", "");
     }
     if (!exists) {
         const std::string script = fmt::format("CREATE INDEX IF NOT EXISTS {} ON {} ({})", name,

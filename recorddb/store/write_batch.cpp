@@ -49,16 +49,54 @@ void WriteBatch::Begin() {
     m_answers.Forget();
 }
 
+void WriteBatch::BeginAhead() {
+    Begin();
+    m_reads.Switch(true);
+}
+
 void WriteBatch::End() noexcept {
     DropLayer(1);
     m_layers.front().changes.Clear();
     m_isGathering = false;
+    m_reads.Switch(false);
     ForgetVersions();
     m_answers.Forget();
 }
 
+std::pair<PendingChanges, ReadNotes> WriteBatch::Take() {
+    PendingChanges changes(m_types.size());
+    std::swap(changes, m_layers.front().changes);
+    return {std::move(changes), std::exchange(m_reads, {})};
+}
+
+void WriteBatch::Adopt(PendingChanges changes) {
+    m_layers.front().changes = std::move(changes);
+    for (const RecordType& type : m_schema.Types()) {
+        for (const PendingRecord& record : m_layers.front().changes.Of(type.id).All()) {
+            if (record.IsNew()) {
+                AddKeys(type, record);
+            }
+            NoteVersion(type, record.dbid, record.version);
+        }
+    }
+    ++m_changes;
+}
+
+// Whoever only reads can do without when there is nothing to be written.
+void WriteBatch::RefuseAhead(For what) const {
+    const bool isEmpty = std::all_of(m_layers.begin(), m_layers.end(),
+                                     [](const Layer& layer) { return layer.changes.IsEmpty(); });
+    if (what == For::Writing || !isEmpty) {
+        throw sql::Error(sql::ErrorKind::Other, "this has to be written in its turn", "");
+    }
+}
+
 void WriteBatch::Apply(For what) {
     if (!m_isGathering) {
+        return;
+    }
+    if (IsAhead()) {
+        RefuseAhead(what);
         return;
     }
     if (m_hasFailed) {
@@ -77,6 +115,9 @@ void WriteBatch::Apply(For what) {
         }
         if (!current.changes.IsEmpty()) {
             m_answers.Forget(current.changes);
+            if (m_writes.IsOn()) {
+                m_writes.Note(m_schema, current.changes);
+            }
             m_writer.Write(current.changes);
             current.changes.Clear();
         }

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "recorddb/model/field_value.h"
@@ -22,6 +23,7 @@
 #include "recorddb/store/known_answers.h"
 #include "recorddb/store/pending_changes.h"
 #include "recorddb/store/record_buffer.h"
+#include "recorddb/store/touched.h"
 
 namespace recorddb {
 
@@ -48,11 +50,21 @@ class WriteBatch {
     sql::Connection& GetConnection() const { return m_connection; }
     const schema::Schema& GetSchema() const { return m_schema; }
 
-    // Gathers from here on, in the transaction that has just begun, until that ends.
+    // Gathers from here on, in the transaction that has just begun, until that ends. Ahead: nothing
+    // is written at all; what would have to be is refused with an sql::Error, and what is read is
+    // noted.
     void Begin();
+    void BeginAhead();
     // The transaction has ended, or is about to be rolled back: what was not written is forgotten.
     void End() noexcept;
     bool IsGathering() const { return m_isGathering; }
+    bool IsAhead() const { return m_reads.IsOn(); }
+
+    // What was gathered ahead, and what was read for it, which are not here any more. No layer is
+    // open.
+    std::pair<PendingChanges, ReadNotes> Take();
+    // Puts in what was gathered ahead, when nothing else has been gathered.
+    void Adopt(PendingChanges changes);
 
     // Who comes after Apply: one who only reads, or one who writes to the database at once, which
     // the layers that are open must be able to undo.
@@ -90,6 +102,34 @@ class WriteBatch {
                     const std::vector<HistoryTimes>& after);
 
     void PutLink(const RecordKey& duplicate, PendingLink link);
+
+    // --- who reads and writes what ---
+
+    // To be called by whoever takes an answer of the database, or one that is known ahead.
+    void NoteRead(const schema::RecordType& type, std::int64_t dbid) {
+        NoteRead(RecordKey(type.id, dbid));
+    }
+    void NoteRead(const RecordKey& record) {
+        if (m_reads.IsOn()) {
+            m_reads.Record(record);
+        }
+    }
+    void NoteSearch(const schema::RecordType& type, const FieldSet& fields,
+                    const std::vector<const FieldValue*>& values, bool found) {
+        if (m_reads.IsOn()) {
+            m_reads.Search(type, fields, values, found);
+        }
+    }
+    // For what is read otherwise.
+    void NoteUnclearRead() {
+        if (m_reads.IsOn()) {
+            m_reads.Unclear();
+        }
+    }
+
+    // The writes of this transaction and of those before it. Apply notes what it writes; whoever
+    // writes to the database at once while records are gathered does so, too.
+    RecentWrites& Writes() { return m_writes; }
 
     // --- what the database answers ---
 
@@ -170,6 +210,7 @@ class WriteBatch {
     bool RefersToNew(const schema::RecordType& type, const RecordBuffer& record) const;
     void AddKeys(const schema::RecordType& type, const PendingRecord& record);
     void NoteChange();
+    void RefuseAhead(For what) const;
     sql::Connection& m_connection;
     const schema::Schema& m_schema;
     std::vector<Type> m_types;
@@ -182,6 +223,8 @@ class WriteBatch {
     std::uint64_t m_changes = 0;
     std::vector<std::unordered_map<std::int64_t, std::int64_t>> m_versions;  // by type and dbid
     KnownAnswers m_answers;
+    ReadNotes m_reads;
+    RecentWrites m_writes;
     BatchWriter m_writer;
 };
 

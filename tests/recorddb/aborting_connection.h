@@ -43,6 +43,7 @@ class AbortingConnection final : public Connection {
         const auto run = [this](const char* sql) { m_base->PrepareOwn(sql)->Execute(); };
         switch (control) {
             case Control::Begin:
+            case Control::BeginReading:
                 run("BEGIN IMMEDIATE");
                 m_open = true;
                 break;

@@ -110,7 +110,39 @@ void PostgresConnection::Reconnect() {
         throw std::logic_error("a connection is made anew while a transaction is open");
     }
     m_handle.Close();
+    m_keepsTurn = false;
     m_handle.TakeOver(m_connector.Connect());
+}
+
+// The lock of the schema can be had by the transaction and by the connection at once.
+bool PostgresConnection::KeepTurn() {
+    if (!m_keepsTurn) {
+        m_handle.Run(m_connector.LockSql());
+        m_keepsTurn = true;
+        return false;
+    }
+    Statement& waits = Prepare(m_connector.WaitsSql());
+    if (QueryInt(waits).value_or(0) != 0) {
+        // The transaction under way still has it.
+        m_handle.Run(m_connector.UnlockSql());
+        m_keepsTurn = false;
+    }
+    return true;
+}
+
+void PostgresConnection::LetOthersWrite() {
+    if (!m_keepsTurn) {
+        return;
+    }
+    m_keepsTurn = false;
+    try {
+        m_handle.Run(m_connector.UnlockSql());
+    } catch (const Error& error) {
+        // A server gives the locks of a connection back that was lost.
+        if (error.Kind() != ErrorKind::ConnectionLost) {
+            throw;
+        }
+    }
 }
 
 const Dialect& PostgresConnection::GetDialect() const {
@@ -121,6 +153,9 @@ void PostgresConnection::Run(Control control) {
     switch (control) {
         case Control::Begin:
             Begin();
+            break;
+        case Control::BeginReading:
+            m_handle.Run(std::string(PostgresConnector::kBeginReading));
             break;
         case Control::Commit:
             Commit();

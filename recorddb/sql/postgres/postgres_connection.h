@@ -37,6 +37,8 @@ class PostgresConnection final : public Connection {
     bool ReadsManyForLess() const override { return true; }
     bool CanReconnect() const override { return true; }
     void Reconnect() override;
+    bool KeepTurn() override;
+    void LetOthersWrite() override;
     const Dialect& GetDialect() const override;
     bool IsReadOnly() const override { return m_connector.IsReadOnly(); }
     bool TransactionSurvivesErrors() const override { return false; }
@@ -51,6 +53,7 @@ class PostgresConnection final : public Connection {
 
     PostgresConnector m_connector;
     PostgresHandle m_handle;
+    bool m_keepsTurn = false;
     ArrayStatements m_arrayStatements;
     StatementCache m_statements;  // destroyed before the handle that the statements belong to
 };

@@ -136,18 +136,20 @@ std::int32_t LockNumber(std::string_view name) {
     return static_cast<std::int32_t>(number);
 }
 
+// The first of the two numbers of our locks.
+constexpr int kOurLocks = 0x5A545244;
+
 // What begins a transaction. Readers see one moment. Writers take turns, by a lock that ends with
 // the transaction; each then sees what the one before has committed, which a snapshot from before
 // the wait would not show.
 std::string BeginOf(const Schema& schema, bool readOnly) {
     if (readOnly) {
-        return "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY";
+        return std::string(PostgresConnector::kBeginReading);
     }
-    constexpr int ourLocks = 0x5A545244;
     std::string begin = fmt::format(
         "BEGIN ISOLATION LEVEL READ COMMITTED READ WRITE; "
         "SELECT pg_advisory_xact_lock({}, {})",
-        ourLocks, LockNumber(schema.name));
+        kOurLocks, LockNumber(schema.name));
     if (!schema.exists) {
         begin += "; CREATE SCHEMA IF NOT EXISTS " + Quoted(schema.name);
     }
@@ -234,8 +236,25 @@ PostgresHandle PostgresConnector::ConnectUnnamed() {
     handle.Run("SET search_path TO " + Quoted(schema.name));
     handle.Run(fmt::format("SET default_transaction_read_only = {}", IsReadOnly() ? "on" : "off"));
     m_begin = BeginOf(schema, IsReadOnly());
+    m_lock = LockNumber(schema.name);
     m_backend = BackendOf(handle);
     return handle;
+}
+
+std::string PostgresConnector::LockSql() const {
+    return fmt::format("SELECT pg_advisory_lock({}, {})", kOurLocks, m_lock);
+}
+
+std::string PostgresConnector::UnlockSql() const {
+    return fmt::format("SELECT pg_advisory_unlock({}, {})", kOurLocks, m_lock);
+}
+
+std::string PostgresConnector::WaitsSql() const {
+    return fmt::format(
+        "SELECT EXISTS (SELECT FROM pg_locks WHERE locktype = 'advisory' AND NOT granted "
+        "AND classid = {} AND objid = {} AND objsubid = 2 "
+        "AND database = (SELECT oid FROM pg_database WHERE datname = current_database()))",
+        kOurLocks, static_cast<std::uint32_t>(m_lock));
 }
 
 }  // namespace recorddb::sql

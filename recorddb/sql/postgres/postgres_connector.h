@@ -1,7 +1,9 @@
 #ifndef RECORDDB_SQL_POSTGRES_POSTGRES_CONNECTOR_H
 #define RECORDDB_SQL_POSTGRES_POSTGRES_CONNECTOR_H
 
+#include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "recorddb/sql.h"
 #include "recorddb/sql/postgres/postgres_handle.h"
@@ -23,8 +25,18 @@ class PostgresConnector {
     // Error as sql::Open does.
     PostgresHandle Connect();
 
+    // What begins a transaction that sees one moment and writes nothing.
+    static constexpr std::string_view kBeginReading =
+        "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY";
+
     // What begins a transaction, once Connect has found the schema.
     const std::string& BeginSql() const { return m_begin; }
+
+    // What takes the writers' lock for the connection, in addition to the transaction that has it;
+    // what gives it back; and what asks whether anybody waits for it.
+    std::string LockSql() const;
+    std::string UnlockSql() const;
+    std::string WaitsSql() const;
 
     bool IsReadOnly() const { return m_mode == OpenMode::ReadOnly; }
 
@@ -36,6 +48,7 @@ class PostgresConnector {
     ServerUrl m_url;
     OpenMode m_mode;
     std::string m_begin;
+    std::int32_t m_lock = 0;    // the number of the schema's lock
     ServerTimeline m_timeline;  // that of the latest connection that could write
     std::string m_backend;      // the server's process of the latest connection
 };

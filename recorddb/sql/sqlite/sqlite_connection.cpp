@@ -26,13 +26,14 @@ constexpr Dialect kSqliteDialect = {
 
 // In the order of Connection::Control. One name serves every savepoint: the engine always takes the
 // innermost one of that name, and so three statements are enough for any depth of nesting.
-constexpr std::array<std::string_view, 6> kControlSql = {
+constexpr std::array<std::string_view, 7> kControlSql = {
     "BEGIN IMMEDIATE",
     "COMMIT",
     "ROLLBACK",
     "SAVEPOINT zt_savepoint",
     "RELEASE SAVEPOINT zt_savepoint",
     "ROLLBACK TO SAVEPOINT zt_savepoint",
+    "BEGIN",
 };
 
 // How long the engine waits for other programs, for the life of the object. In milliseconds.
@@ -99,6 +100,12 @@ bool SqliteConnection::HasIndex(std::string_view name) {
     return QueryInt(find).has_value();
 }
 
+// Others are not kept from anything, but it shows when they have written.
+bool SqliteConnection::KeepTurn() {
+    const std::int64_t version = QueryInt(Prepare("PRAGMA data_version")).value_or(0);
+    return std::exchange(m_versionOfOthers, version) == version;
+}
+
 const Dialect& SqliteConnection::GetDialect() const {
     return kSqliteDialect;
 }
@@ -108,6 +115,10 @@ void SqliteConnection::Run(Control control) {
         case Control::Begin:
             m_writesBefore.clear();
             m_readOnly ? ExecuteControl(control) : BeginWriting();
+            break;
+        case Control::BeginReading:
+            m_writesBefore.clear();
+            ExecuteControl(control);
             break;
         case Control::BeginSavepoint:
             m_writesBefore.reserve(m_writesBefore.size() + 1);

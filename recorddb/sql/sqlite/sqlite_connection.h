@@ -36,6 +36,8 @@ class SqliteConnection final : public Connection {
     bool HasTable(std::string_view name) override;
     bool HasIndex(std::string_view name) override;
     const Dialect& GetDialect() const override;
+    bool KeepTurn() override;
+    void LetOthersWrite() override {}
     bool IsReadOnly() const override { return m_readOnly; }
     bool TransactionSurvivesErrors() const override { return true; }
 
@@ -65,7 +67,8 @@ class SqliteConnection final : public Connection {
     bool m_readOnly;
     std::uint64_t m_scriptCount = 0;
     StatementCache m_statements;  // destroyed before the handle that the statements belong to
-    std::array<Statement*, 6> m_controls{};
+    std::int64_t m_versionOfOthers = 0;  // grows with what other connections commit
+    std::array<Statement*, 7> m_controls{};
     std::vector<std::uint64_t> m_writesBefore;  // WriteCount at the beginning of each savepoint
 };
 

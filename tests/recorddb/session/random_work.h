@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <string>
@@ -24,33 +25,51 @@ class RandomWork : public SessionTest {
 
     RandomWork(std::uint64_t seed, Writing writing, Ahead ahead = Ahead::Nothing,
                Engine engine = Engine::Sqlite)
-        : SessionTest(engine), m_state(seed * 2 + 1), m_writing(writing), m_ahead(ahead) {
+        : SessionTest(engine), m_seed(seed), m_writing(writing), m_ahead(ahead) {
         std::filesystem::create_directories(Folder().Path() / "files");
         for (const char* const name : {"a", "b", "c"}) {
             Folder().Write(std::string("files/") + name, std::string(name) + "-content");
         }
-        OpenSession({.attachmentsFolder = Folder().File("files")});
+        OpenSession(Options());
+    }
+
+    // Groups of few records from now on.
+    void KeepGroupsSmall() {
+        m_fewest = 1;
+        m_spread = 3;
     }
 
     // Works through groups, each in a transaction, which is committed or dropped.
     void Run(int groups) {
         for (int group = 0; group < groups; ++group) {
-            const auto transaction = Core().BeginTransaction(m_writing);
-            m_open.clear();
-            if (m_ahead == Ahead::Much) {
-                LookAhead(*transaction, group);
-            }
-            const std::size_t records = 5 + Below(20);
-            for (std::size_t record = 0; record < records; ++record) {
-                WorkUnderSavepoint(*transaction, 0);
-            }
-            if (Below(10) != 0) {
-                transaction->Commit();
-            }
-            m_open.clear();
-            Note("done", Totals());
+            TakeTurn(group, nullptr);
         }
     }
+
+    // Does the same with another session, which is `lag` groups ahead.
+    void RunAhead(int groups, int lag) {
+        const auto other = Database::Open(Location(), Database::Mode::ReadWrite);
+        m_turn = AdPtr<Session>(&Core());
+        m_turn->RememberWrites(static_cast<std::size_t>(lag) + 1);
+        m_turn->BeginTransaction(Writing::Gathered)->Commit();
+        const AdPtr<Session> ahead = other->OpenSession(Options());
+        std::deque<Gathered> gathered;
+        for (int group = 0; group < groups + lag; ++group) {
+            if (group < groups) {
+                UseSession(ahead);
+                m_schema = &other->GetSchema();
+                gathered.push_back(WorkAhead(group));
+                m_schema = nullptr;
+                UseSession(m_turn);
+            }
+            if (group >= lag) {
+                TakeTurn(group - lag, &gathered.front());
+                gathered.pop_front();
+            }
+        }
+    }
+    // How many groups were adopted by RunAhead.
+    int Adopted() const { return m_adopted; }
 
     const std::vector<std::string>& Told() const { return m_told; }
 
@@ -75,6 +94,62 @@ class RandomWork : public SessionTest {
 
   private:
     using Strings = std::vector<std::string>;
+
+    struct Gathered {
+        std::unique_ptr<GatheredWork> work;  // null: it cannot be done ahead
+        std::uint64_t moment = 0;
+    };
+
+    SessionOptions Options() const {
+        SessionOptions options;
+        options.attachmentsFolder = Folder().File("files");
+        return options;
+    }
+
+    // What a group does depends on its number and on what it is told.
+    bool BeginGroup(int group) {
+        m_state = (m_seed * 2 + 1) * (2 * static_cast<std::uint64_t>(group) + 1);
+        return Below(10) != 0;
+    }
+
+    void Work(SessionTransaction& transaction, int group) {
+        m_open.clear();
+        if (m_ahead == Ahead::Much) {
+            LookAhead(transaction, group);
+        }
+        const std::size_t records = m_fewest + Below(m_spread);
+        for (std::size_t record = 0; record < records; ++record) {
+            WorkUnderSavepoint(transaction, 0);
+        }
+        m_open.clear();
+    }
+
+    void TakeTurn(int group, Gathered* gathered) {
+        const bool isKept = BeginGroup(group);
+        const auto transaction = Core().BeginTransaction(m_writing);
+        if (gathered != nullptr && gathered->work &&
+            transaction->Adopt(*gathered->work, gathered->moment)) {
+            ++m_adopted;
+        } else {
+            Work(*transaction, group);
+        }
+        if (isKept) {
+            transaction->Commit();
+        }
+        Note("done", Totals());
+    }
+
+    Gathered WorkAhead(int group) {
+        BeginGroup(group);
+        Gathered gathered{.work = {}, .moment = m_turn->Moment()};
+        {
+            const auto transaction = Core().BeginTransaction(Writing::Ahead);
+            Work(*transaction, group);
+            gathered.work = Core().Failure() ? nullptr : transaction->Take();
+        }
+        Core().ForgetFailure();
+        return gathered;
+    }
 
     std::size_t Below(std::size_t bound) {
         m_state ^= m_state << 13U;
@@ -112,7 +187,7 @@ class RandomWork : public SessionTest {
                                 const Strings& values) {
             const auto share = static_cast<std::size_t>(group) + searches.size();
             ExpectedSearch& search = searches.emplace_back();
-            search.type = Base().GetSchema().FindType(type);
+            search.type = (m_schema != nullptr ? *m_schema : Base().GetSchema()).FindType(type);
             for (std::size_t i = 0; i < fields.size(); ++i) {
                 search.values.emplace_back(search.type->FindField(fields[i]), values[i]);
             }
@@ -415,7 +490,13 @@ class RandomWork : public SessionTest {
         return told;
     }
 
-    std::uint64_t m_state;
+    std::uint64_t m_seed;
+    std::uint64_t m_state = 1;
+    std::size_t m_fewest = 5;
+    std::size_t m_spread = 20;
+    AdPtr<Session> m_turn;                     // that of RunAhead whose transactions count
+    const schema::Schema* m_schema = nullptr;  // of the session that works ahead, while it does
+    int m_adopted = 0;
     Writing m_writing;
     Ahead m_ahead;
     std::vector<AdEntityPtr> m_open;

@@ -1,0 +1,94 @@
+#ifndef RECORDDB_STORE_TOUCHED_H
+#define RECORDDB_STORE_TOUCHED_H
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <unordered_set>
+#include <vector>
+
+#include "recorddb/model/field_value.h"
+#include "recorddb/schema.h"
+#include "recorddb/store/key_sets.h"
+#include "recorddb/store/pending_changes.h"
+#include "recorddb/store/record_buffer.h"
+
+namespace recorddb {
+
+// What work has read of the database: records, and searches for values. It is kept as hashes; two
+// things with the same one are taken for the same, which costs work done again, and no more.
+class ReadNotes {
+  public:
+    // Notes only what comes after it was switched on.
+    void Switch(bool on);
+    bool IsOn() const { return m_isOn; }
+
+    void Record(const RecordKey& record);
+    // `found`: the search led to a record that the database holds.
+    void Search(const schema::RecordType& type, const FieldSet& fields,
+                const std::vector<const FieldValue*>& values, bool found);
+    // Something that cannot be noted.
+    void Unclear() { m_isUnclear = true; }
+
+  private:
+    friend class RecentWrites;
+
+    // One field and value of a search.
+    struct Condition {
+        std::uint64_t value;
+        std::uint64_t field;
+    };
+
+    bool m_isOn = false;
+    bool m_isUnclear = false;
+    std::unordered_set<std::uint64_t> m_records;
+    std::unordered_set<std::uint64_t> m_known;  // searches, each as one hash
+    std::vector<std::vector<Condition>> m_searches;
+};
+
+// What the latest transactions of a session have written, for telling whether work that was done on
+// an earlier state of the database would be the same now.
+class RecentWrites {
+  public:
+    // Remembers so many transactions; 0, as at first: none.
+    void Remember(std::size_t transactions);
+    bool IsOn() const { return m_most > 0; }
+
+    // What the transaction under way writes. All: whatever there is.
+    void Note(const schema::Schema& schema, const PendingChanges& changes);
+    void Note(const schema::RecordType& type, std::int64_t dbid, const RecordBuffer& record);
+    void NoteAll();
+    // Others may have written something before the transaction under way.
+    void NoteOthers();
+
+    // The transaction has ended: with its writes in the database, or not.
+    void Keep();
+    void Drop();
+
+    // A number for the state after the latest transaction. It rises with each that was kept.
+    std::uint64_t Moment() const { return m_moment; }
+
+    // Whether something that was read may have been written after that moment, and before the
+    // transaction under way.
+    bool HaveTouched(const ReadNotes& reads, std::uint64_t since) const;
+
+  private:
+    struct Writes {
+        bool all = false;
+        // Records; values of fields; fields that were changed in records that were there.
+        std::unordered_set<std::uint64_t> hashes;
+
+        bool Touch(const ReadNotes& reads) const;
+    };
+
+    void Add(Writes writes);
+
+    std::size_t m_most = 0;
+    std::uint64_t m_moment = 0;
+    Writes m_current;
+    std::deque<Writes> m_writes;  // the last one is that of the latest transaction
+};
+
+}  // namespace recorddb
+
+#endif

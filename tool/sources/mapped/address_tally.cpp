@@ -70,6 +70,18 @@ void AddressTally::Add(const RowTree& row) {
     Visit(row, RowTree::kRoot, *m_root);
 }
 
+bool AddressTally::IsIgnoredOutside(const std::string& address) {
+    const auto known = std::find_if(m_known.begin(), m_known.end(), [&](const Known& candidate) {
+        const std::string& text = candidate.address->text;
+        return candidate.isIgnored && (address == text || address.starts_with(text + '/'));
+    });
+    if (known == m_known.end()) {
+        return false;
+    }
+    known->isFound = true;
+    return true;
+}
+
 bool AddressTally::HasValue(const RowTree& row, RowTree::Index value) const {
     return row.KindOf(value) != RowTree::Kind::Null && !IsNoValue(row.Text(value), m_nullIf);
 }

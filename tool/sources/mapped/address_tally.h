@@ -40,6 +40,9 @@ class AddressTally {
 
     void Know(const MapAddress& address, std::vector<std::string> steps, bool isIgnored);
     void Add(const RowTree& row);
+    // Whether the map leaves out a value outside of the rows, with its address from the document
+    // on.
+    bool IsIgnoredOutside(const std::string& address);
 
     const std::vector<Known>& AllKnown() const { return m_known; }
     std::vector<Unread> AllUnread() const;

@@ -169,18 +169,16 @@ void MapRun::AddTallyFindings(std::size_t source, MapFindings& findings) const {
                      ""});
             }
         }
-        // With `rows`, a slash in front may mean the document.
-        const bool mayBeOutside =
-            known.isIgnored && m_map.sources[source].rows && known.address->text.starts_with('/');
-        if (!known.isFound && !known.address->isOptional && tally.Rows() > 0 && !mayBeOutside) {
+        if (!known.isFound && !known.address->isOptional && tally.Rows() > 0) {
             const MapAddress& address = *known.address;
             findings.all.push_back(
                 {known.isIgnored ? FindingWeight::Note : FindingWeight::Loss, "missing-address",
                  m_map.name, 0,
-                 fmt::format("{}:{}:{}: no row of {} has {}{}", m_map.name, address.place.line,
-                             address.place.column, name, address.text,
-                             known.isIgnored ? ", which is to be ignored"
-                                             : "; correct it, or say optional: true there"),
+                 fmt::format("no row of {} has {}, which {} in line {}, column {}; {}", name,
+                             address.text, known.isIgnored ? "is to be ignored" : "is read",
+                             address.place.line, address.place.column,
+                             known.isIgnored ? "correct it, or take it out"
+                                             : "correct it, or say optional: true there"),
                  ""});
         }
     }

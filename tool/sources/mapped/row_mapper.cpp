@@ -153,11 +153,7 @@ bool RowMapper::TakeRow(Row& row) {
 
 void RowMapper::TakeOutside(const std::string& address, std::uint64_t line) {
     m_place.line = line;
-    const auto& ignored = m_parts.source.ignore;
-    const bool isIgnored =
-        std::any_of(ignored.begin(), ignored.end(), [&](const MapAddress& known) {
-            return address == known.text || address.starts_with(known.text + '/');
-        });
+    const bool isIgnored = m_parts.tally.IsIgnoredOutside(address);
     m_parts.notes.Add(isIgnored ? MapNote::IgnoredValue : MapNote::OutsideValue, address);
 }
 

@@ -56,8 +56,10 @@ class MapRunTest : public testing::Test {
         MapRun run(m_map, m_schema, FindMapInputs(m_map, {m_argument}), std::move(options));
         EXPECT_TRUE(run.Run());
         m_findings.clear();
+        m_losses = 0;
         for (const MapFinding& finding : run.Findings().all) {
             m_findings.push_back(finding.kind + ": " + Shortened(finding.text));
+            m_losses += finding.weight == FindingWeight::Loss ? 1 : 0;
         }
         m_hashes.clear();
         m_rowsOf.clear();
@@ -121,6 +123,7 @@ class MapRunTest : public testing::Test {
     int m_standardInput = -1;
     std::string m_existing;  // a value that the database has
     std::vector<std::string> m_findings;
+    int m_losses = 0;  // among these
     std::vector<std::string> m_hashes;
     std::vector<std::size_t> m_rowsOf;  // the number of rows of each record
     std::vector<std::string> m_configurations;
@@ -386,8 +389,20 @@ TEST_F(MapRunTest, TellsOfAddressesThatNoRowHas) {
         "- {records: bug, source: a, key: source_id, fields: {source_id: k, title: titel, "
         "owner: {from: who, optional: true}}}\n");
     EXPECT_THAT(m_findings,
-                ElementsAre(HasSubstr("no row of a has titel; correct it, or say optional: true"),
-                            HasSubstr("no row of a has gone, which is to be ignored")));
+                ElementsAre("missing-address: no row of a has titel, which is read in line 4, "
+                            "column 75; correct it, or say optional: true there",
+                            "missing-address: no row of a has gone, which is to be ignored in line "
+                            "2, column 39; correct it, or take it out"));
+    EXPECT_EQ(m_losses, 1);
+}
+
+TEST_F(MapRunTest, TellsOfWhatIsToBeIgnoredAroundTheRowsAndIsNotThere) {
+    m_folder.Write("a.json", R"({"page":{"next":"x"},"issues":[{"key":"1"}]})");
+    Run("sources: {docs: {files: a.json, rows: issues, ignore: [/page, /pages]}}\nsteps:\n"
+        "- {records: bug, source: docs, key: source_id, fields: {source_id: key}}\n");
+    EXPECT_THAT(m_findings,
+                ElementsAre(HasSubstr("no row of docs has /pages, which is to be ignored"),
+                            HasSubstr("/page/next outside of the rows is left out by the map")));
 }
 
 TEST_F(MapRunTest, RefusesAHeaderWithoutAColumnThatIsRead) {

@@ -23,6 +23,7 @@ constexpr std::string_view kTables =
     "CREATE TABLE waiting (place INTEGER PRIMARY KEY, id TEXT NOT NULL, missing INTEGER NOT NULL, "
     "bars_creation INTEGER NOT NULL);"
     "CREATE INDEX waiting_id ON waiting (id, place) WHERE id <> '';"
+    "CREATE INDEX waiting_bars ON waiting (id) WHERE bars_creation = 1 AND id <> '';"
     "CREATE INDEX waiting_ready ON waiting (place) WHERE missing = 0;"
     "CREATE INDEX waiting_keys ON waiting (place) WHERE missing > 0;"
     "CREATE TABLE record (place INTEGER PRIMARY KEY, bytes BLOB NOT NULL);"

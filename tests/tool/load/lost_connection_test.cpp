@@ -42,10 +42,14 @@ class AfterTheFirstBegin {
     bool m_hasBegun = false;
 };
 
+// Where the users are read last, the bugs that they own have to wait for them.
+enum class Users { First, Last };
+
 // A load through a proxy, of records of which some are rejected.
 class ProxiedLoad : public LoadFixture {
   public:
-    ProxiedLoad() : LoadFixture(Engine::Postgres) {}
+    explicit ProxiedLoad(Users users = Users::First)
+        : LoadFixture(Engine::Postgres), m_users(users) {}
 
     // Loads; `watch` says what becomes of each message. Returns the exit code.
     int Run(const ServerProxy::Watch& watch) {
@@ -54,10 +58,14 @@ class ProxiedLoad : public LoadFixture {
         const std::string direct = m_database;
         const ServerProxy proxy(SocketFolderOf(direct), m_folder.Path(), watch);
         m_database = UrlWithSocketIn(direct, m_folder.Path());
-        const int code =
-            Load({Configuration("c1.xml", "record", "user", "login"),
-                  Records("users.xml", {{{"login", "ann"}}, {{"login", "bob"}}}),
-                  Configuration("c2.xml", "record", "bug", "source_id"), Records("2.xml", Bugs())});
+        const std::vector<std::string> users = {
+            Configuration("c1.xml", "record", "user", "login"),
+            Records("users.xml", {{{"login", "ann"}}, {{"login", "bob"}}})};
+        std::vector<std::string> sources = {Configuration("c2.xml", "record", "bug", "source_id"),
+                                            Records("2.xml", Bugs())};
+        sources.insert(m_users == Users::First ? sources.begin() : sources.end(), users.begin(),
+                       users.end());
+        const int code = Load(sources);
         m_database = direct;
         return code;
     }
@@ -100,6 +108,8 @@ class ProxiedLoad : public LoadFixture {
     void TestBody() override {}
 
   private:
+    const Users m_users;
+
     static std::vector<Fields> Bugs() {
         std::vector<Fields> bugs;
         for (int i = 0; i < kRecords; ++i) {
@@ -120,10 +130,11 @@ struct Undisturbed {
     int commits = 0;
 };
 
+template <Users users = Users::First>
 const Undisturbed& TheUndisturbedLoad() {
     static const Undisturbed kLoad = [] {
         Undisturbed load;
-        ProxiedLoad fixture;
+        ProxiedLoad fixture(users);
         AfterTheFirstBegin isAfter;
         EXPECT_EQ(fixture.Run([&](const Message& message) {
             load.said[static_cast<int>(message.from)] += isAfter(message) ? 1 : 0;
@@ -148,9 +159,9 @@ class LostConnection : public testing::Test {
     }
 
     // A load whose connection meets `fate` once, at the message that `isMeant` says.
-    template <typename IsMeant>
+    template <Users users = Users::First, typename IsMeant>
     static void ExpectToGoOn(Fate fate, IsMeant isMeant) {
-        ProxiedLoad load;
+        ProxiedLoad load(users);
         bool hasCut = false;
         EXPECT_EQ(load.Run([&](const Message& message) {
             const bool cuts = !hasCut && isMeant(message);
@@ -160,7 +171,7 @@ class LostConnection : public testing::Test {
                   1)
             << load.Said();
         ASSERT_TRUE(hasCut);
-        EXPECT_EQ(load.Result(), TheUndisturbedLoad().result);
+        EXPECT_EQ(load.Result(), TheUndisturbedLoad<users>().result);
         EXPECT_EQ(load.RejectsNaming("s37"), 1);
         EXPECT_EQ(load.RejectsNaming("s217"), 1);
         EXPECT_THAT(load.Said(), AllOf(HasSubstr("the connection to the database was lost"),
@@ -168,11 +179,11 @@ class LostConnection : public testing::Test {
     }
 
     // As above, at the N-th message of a kind, from 1.
-    template <typename IsOfKind>
+    template <Users users = Users::First, typename IsOfKind>
     static void ExpectToGoOnAfter(Fate fate, int place, IsOfKind isOfKind) {
         SCOPED_TRACE(place);
         int count = 0;
-        ExpectToGoOn(fate, [&](const Message& message) {
+        ExpectToGoOn<users>(fate, [&](const Message& message) {
             count += isOfKind(message) ? 1 : 0;
             return count == place;
         });
@@ -192,6 +203,18 @@ TEST_F(LostConnection, CommitWhoseAnswerIsLostIsNotDoneAgain) {
         ExpectToGoOnAfter(Fate::Cut, commit, [](const Message& message) {
             return message.from == Side::Server && IsCommit(message);
         });
+    }
+}
+
+TEST_F(LostConnection, WhatWaitedIsDoneOnceToo) {
+    const int commits = TheUndisturbedLoad<Users::Last>().commits;
+    ASSERT_GT(commits, 6);
+    for (const Side side : {Side::Client, Side::Server}) {
+        for (int commit = 1; commit <= commits; ++commit) {
+            ExpectToGoOnAfter<Users::Last>(Fate::Cut, commit, [side](const Message& message) {
+                return message.from == side && IsCommit(message);
+            });
+        }
     }
 }
 

@@ -11,6 +11,7 @@
 #include "tool/commands/check_command.h"
 #include "tool/commands/init_command.h"
 #include "tool/commands/load_command.h"
+#include "tool/commands/load_workers.h"
 #include "tool/commands/show_command.h"
 #include "tool/commands/survey_command.h"
 #include "tool/commands/verify_command.h"
@@ -163,6 +164,15 @@ void AddRetryFor(CLI::App& command, LoadOptions& options) {
         ->default_str(std::to_string(options.retryFor.count()));
 }
 
+void AddWorkers(CLI::App& command, LoadOptions& options) {
+    command
+        .add_option("--workers", options.workers,
+                    "threads that go through records ahead of their turn, on a server; 1: none "
+                    "does. What comes out does not depend on how many")
+        ->check(CLI::Range(std::size_t{1}, kMostWorkers))
+        ->capture_default_str();
+}
+
 void AddLoad(CLI::App& app, Commands& commands) {
     CLI::App* load = app.add_subcommand("load", "Import packets");
     AddImportOptions(*load, commands, commands.load);
@@ -170,6 +180,7 @@ void AddLoad(CLI::App& app, Commands& commands) {
     load->add_option("--rejected-rows", commands.load.rejectedRows,
                      "file to write the rows of rejected records to, as they stood (with --map)");
     AddRetryFor(*load, commands.load);
+    AddWorkers(*load, commands.load);
     load->callback([&commands] {
         commands.run = [&commands] { return RunLoad(commands.load, commands.out, commands.err); };
     });

@@ -1,12 +1,14 @@
 #include "tool/commands/load_command.h"
 
 #include "tool/commands/load_run.h"
+#include "tool/commands/load_workers.h"
 #include "tool/report/load_report.h"
 #include "tool/report/load_terminal.h"
 
 namespace tool {
 
 int RunLoad(const LoadOptions& options, std::ostream& out, std::ostream& err) {
+    CheckWorkers(options);
     const PermanentLoad policy;
     return RunLoadOfKind(
         {.command = "load",

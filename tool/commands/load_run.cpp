@@ -73,16 +73,6 @@ void FinishAfterFailure(LoadSinks& sinks) {
     }
 }
 
-recorddb::SessionOptions SessionFor(const LoadOptions& options, const LoadPolicy& policy) {
-    recorddb::SessionOptions session;
-    session.attachmentsFolder = options.attachments.string();
-    session.maxAttachmentSize = options.maxAttachmentSize;
-    session.references = {.maxTries = options.maxReferenceTries,
-                          .stopRequested = [] { return Interrupted() != 0; }};
-    policy.Adjust(session);
-    return session;
-}
-
 // The sinks of a load. The terminal is the last one, so a record that it shows as rejected has
 // already been set aside.
 std::vector<std::unique_ptr<LoadSink>> OpenSinks(const LoadKind& kind, const LoadOptions& options,

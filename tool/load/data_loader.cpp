@@ -8,13 +8,106 @@ namespace tool {
 DataLoader::DataLoader(SourceWalk& walk, const Parts& parts)
     : m_walk(walk),
       m_parts(parts),
-      m_records(walk, parts.looksAhead && parts.loader.IsGathered() ? RecordGroup::kRecords : 0,
-                RecordGroup::kBytes,
-                // Losses that are found after a record are reported after the news of it.
-                [this](const SourceRecord& record) {
-                    m_parts.sinks.Hold({.read = m_parts.journal.PlaceOf(record.ordinal)});
-                }),
+      m_records(
+          walk, LimitsOfReading(),
+          // Losses that are found after a record are reported after the news of it.
+          [this](const SourceRecord& record) {
+              m_lastRead = record.ordinal;
+              HoldNews(record.ordinal);
+          },
+          [this](const std::shared_ptr<Package>& package) { Give(package); }),
       m_expected(parts.schema) {}
+
+DataLoader::~DataLoader() {
+    if (m_parts.crew != nullptr) {
+        m_parts.crew->Drop();
+    }
+}
+
+RecordsAhead::Limits DataLoader::LimitsOfReading() const {
+    RecordsAhead::Limits limits{.records = 0, .bytes = RecordGroup::kBytes, .packages = 1};
+    if (m_parts.looksAhead && m_parts.loader.IsGathered()) {
+        limits.records = RecordGroup::kRecords;
+        limits.packages = m_parts.crew != nullptr ? m_parts.crew->Packages() : 1;
+    }
+    return limits;
+}
+
+void DataLoader::HoldNews(std::uint64_t ordinal) {
+    m_parts.sinks.Hold({.read = m_parts.journal.PlaceOf(ordinal)});
+}
+
+// What is found in reading on comes after the news of the records that have been read.
+WalkStep DataLoader::NextRecord() {
+    if (m_parts.crew != nullptr && m_lastRead) {
+        HoldNews(*m_lastRead);
+    }
+    return m_records.Next();
+}
+
+// Has a package that was read gone through ahead of its turn.
+void DataLoader::Give(const std::shared_ptr<Package>& package) {
+    if (m_parts.crew == nullptr) {
+        return;
+    }
+    if (!m_configuration) {
+        m_configuration = std::make_shared<const ImportConfiguration>(m_walk.Configuration());
+    }
+    // Attachments are written at once.
+    bool isPlain = m_configuration->Data() != ImportedData::Attachments;
+    for (std::size_t i = 0; i < package->records.Count(); ++i) {
+        const RecordTask task = m_parts.journal.Journal().TaskOf(package->records.At(i).ordinal);
+        isPlain = isPlain && task != RecordTask::TakeUp;
+        package->isDue.push_back(task != RecordTask::Pass);
+    }
+    package->configuration = m_configuration;
+    package->guarded = m_walk.IsGuarded();
+    if (isPlain) {
+        m_parts.crew->Give(package);
+    }
+}
+
+void DataLoader::TellCrew() {
+    if (m_parts.crew != nullptr) {
+        const LoadJournal& journal = m_parts.journal.Journal();
+        m_parts.crew->Tell({.moment = m_parts.group.Moment(),
+                            .key = journal.Key(),
+                            .run = journal.Run(),
+                            .handled = journal.HandledForGood()});
+    }
+}
+
+// Takes over what a worker has done with the package that begins with the current record, and goes
+// to its last one.
+bool DataLoader::TakeDoneAhead() {
+    if (m_parts.crew == nullptr || !m_records.IsFirst()) {
+        return false;
+    }
+    Package& package = m_records.Current();
+    if (!m_parts.crew->TakeBack(package) || !m_parts.loader.Adopt(package)) {
+        return false;
+    }
+    for (std::size_t i = 0;; ++i) {
+        const SourceRecord& record = package.records.At(i);
+        m_number = record.ordinal + 1;
+        HoldNews(record.ordinal);
+        m_parts.sinks.AddRead();
+        m_parts.losses.Examine(record);
+        if (package.isDue[i]) {
+            m_parts.loader.NoteAdopted(record, package.done[i]);
+        } else {
+            m_parts.sinks.PassOver(1);
+        }
+        m_parts.sinks.Advance(m_records.BytesRead());
+        if (m_records.IsLast()) {
+            break;
+        }
+        m_records.Step();
+    }
+    m_parts.loader.EndGroup(false);
+    TellCrew();
+    return true;
+}
 
 bool DataLoader::Load() {
     try {
@@ -34,12 +127,16 @@ bool DataLoader::PassOver(std::uint64_t records) {
 }
 
 bool DataLoader::LoadRecords() {
+    TellCrew();
     WalkStep step = WalkStep::Data;
-    while (!m_parts.loader.HasTooManyRejects() && (step = m_records.Next()) == WalkStep::Record) {
+    while (!m_parts.loader.HasTooManyRejects() && (step = NextRecord()) == WalkStep::Record) {
+        if (TakeDoneAhead()) {
+            continue;
+        }
         const SourceRecord& record = m_records.Record();
         m_number = record.ordinal + 1;
         if (m_parts.loader.IsGathered()) {
-            m_parts.sinks.Hold({.read = m_parts.journal.PlaceOf(record.ordinal)});
+            HoldNews(record.ordinal);
         }
         m_parts.sinks.AddRead();
         m_parts.losses.Examine(record);
@@ -50,6 +147,11 @@ bool DataLoader::LoadRecords() {
         }
         m_parts.sinks.Advance(m_records.BytesRead());
         ++m_number;
+        // What is done ahead is a group by itself.
+        if (m_parts.crew != nullptr && m_records.IsLast() && m_parts.group.IsOpen()) {
+            m_parts.loader.EndGroup(false);
+            TellCrew();
+        }
     }
     m_parts.loader.EndGroup(step == WalkStep::DataEnd);
     return step == WalkStep::DataEnd;

@@ -2,9 +2,12 @@
 #define TOOL_LOAD_DATA_LOADER_H
 
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "tool/load/crew.h"
 #include "tool/load/expected_searches.h"
 #include "tool/load/group_journal.h"
 #include "tool/load/group_loader.h"
@@ -33,11 +36,15 @@ class DataLoader {
         const recorddb::schema::Schema& schema;
         // Whether the database is asked ahead for what the records of a group will need.
         bool looksAhead;
+        Crew* crew;  // that works ahead; null for none
     };
 
     // `walk` stands at the beginning of the source: no record of it has been read yet; for the
     // journal it is the current one.
     DataLoader(SourceWalk& walk, const Parts& parts);
+    DataLoader(const DataLoader&) = delete;
+    DataLoader& operator=(const DataLoader&) = delete;
+    ~DataLoader();
 
     // Loads what is left to do. Returns false when the load is to end early, because of a signal or
     // of too many rejected records. Throws SourceError when the source changes or cannot be read
@@ -57,12 +64,20 @@ class DataLoader {
     void RejectWhole(const WholePacket& whole, const std::string& error);
     bool ExamineRecords();
     void LookAhead();
+    RecordsAhead::Limits LimitsOfReading() const;
+    WalkStep NextRecord();
+    void Give(const std::shared_ptr<Package>& package);
+    void TellCrew();
+    bool TakeDoneAhead();
+    void HoldNews(std::uint64_t ordinal);
 
     SourceWalk& m_walk;
     const Parts& m_parts;
     RecordsAhead m_records;
     ExpectedSearches m_expected;
     std::uint64_t m_number = 1;
+    std::optional<std::uint64_t> m_lastRead;                     // its ordinal
+    std::shared_ptr<const ImportConfiguration> m_configuration;  // for the crew
 };
 
 }  // namespace tool

@@ -60,7 +60,7 @@ void GroupJournal::NoteWaitingEnds(Place place) {
     --source.waiting;
 }
 
-void GroupJournal::Commit() {
+void GroupJournal::Commit(NewsTime last) {
     m_group.Open();
     if (m_walk != nullptr) {
         m_walk->RequireUnchanged();
@@ -72,7 +72,7 @@ void GroupJournal::Commit() {
             source.journal.Save();
         }
     }
-    m_sinks.TellHeld();
+    m_sinks.TellHeld(last);
     m_sinks.Secure();
     m_group.Commit();
     Keep();

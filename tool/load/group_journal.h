@@ -59,11 +59,11 @@ class GroupJournal {
     // Makes sure that a transaction is open for the group.
     void OpenGroup() { m_group.Open(); }
 
-    // Ends the group: writes what it has gathered, tells the sinks what was held back from them,
-    // and makes it permanent. Rejected records are on the disk before the journal says that they
-    // were rejected. Throws SourceError when the source has changed meanwhile, sql::Error, and what
-    // the sinks throw.
-    void Commit();
+    // Ends the group: writes what it has gathered, tells the sinks what was held back from them up
+    // to the time given, and makes it permanent. Rejected records are on the disk before the
+    // journal says that they were rejected. Throws SourceError when the source has changed
+    // meanwhile, sql::Error, and what the sinks throw.
+    void Commit(NewsTime last = NewsTime::End());
 
     // Ends the group and leaves the journal as it is: nothing was noted.
     void CommitUnnoted() {

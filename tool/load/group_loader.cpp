@@ -223,6 +223,23 @@ bool GroupLoader::TryWaiting(Place place, Try which) {
     return true;
 }
 
+bool GroupLoader::Adopt(Package& package) {
+    if (package.work == nullptr || m_parts.group.IsOpen() || !m_parts.room.IsEmpty()) {
+        return false;
+    }
+    bool isAdopted = false;
+    const bool isOpen =
+        DoUntilKept([&] { isAdopted = m_parts.group.Adopt(*package.work, package.moment); }, false);
+    return isOpen && isAdopted;
+}
+
+void GroupLoader::NoteAdopted(const SourceRecord& record, const LoadTotals& done) {
+    const Place place = m_parts.journal.PlaceOf(record.ordinal);
+    m_time = {.read = place};
+    m_kept.Add(record);
+    m_parts.journal.NoteImported(place, done);
+}
+
 void GroupLoader::EndGroup(bool atEnd) {
     DoUntilKept([&] { Commit(atEnd); }, atEnd);
 }
@@ -231,7 +248,8 @@ void GroupLoader::Commit(bool atEnd) {
     if (atEnd) {
         m_parts.journal.NoteEnd();
     }
-    m_parts.journal.Commit();
+    // What was found in reading ahead comes after the news of the records before it.
+    m_parts.journal.Commit(m_parts.readsFar && !atEnd ? m_time : NewsTime::End());
     FinishGroup();
 }
 

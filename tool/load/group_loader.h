@@ -15,6 +15,8 @@
 #include "tool/load/kept_records.h"
 #include "tool/load/load_options.h"
 #include "tool/load/load_sinks.h"
+#include "tool/load/load_totals.h"
+#include "tool/load/package.h"
 #include "tool/load/record_group.h"
 #include "tool/load/record_rejecter.h"
 #include "tool/load/recovery.h"
@@ -42,6 +44,7 @@ class GroupLoader {
         Recovery& recovery;
         WaitingRoom& room;
         GroupJournal& journal;
+        bool readsFar;  // more than the records of a group are read ahead
     };
 
     GroupLoader(const Parts& parts, const AdPtr<recorddb::Session>& session);
@@ -55,6 +58,13 @@ class GroupLoader {
     // std::runtime_error when the temporary file of waiting records fails, and what the sinks
     // throw.
     void Load(const SourceRecord& record, const std::function<void()>& prepare);
+
+    // Takes over what was done ahead with records of the current source, which have not been dealt
+    // with, as a group. False when they are to be loaded now: it could not be done ahead, or might
+    // come to something else after what has been written meanwhile. After true, NoteAdopted follows
+    // for each record that was to be imported, and EndGroup.
+    bool Adopt(Package& package);
+    void NoteAdopted(const SourceRecord& record, const LoadTotals& done);
 
     // Ends the group; `atEnd`: the source holds no more records.
     void EndGroup(bool atEnd);

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
+#include <limits>
 #include <string>
 #include <utility>
 #include <variant>
@@ -20,6 +22,8 @@ namespace tool {
 struct NewsTime {
     Place read = 0;
     std::uint64_t tries = 0;
+
+    static NewsTime End() { return {.read = std::numeric_limits<Place>::max()}; }
 
     bool operator<(const NewsTime& other) const {
         return read != other.read ? read < other.read : tries < other.tries;
@@ -59,12 +63,20 @@ class HeldNews {
         m_rejects = 0;
     }
 
-    // Hands all news to `tell`, in the order of the times. What comes later is not held back.
+    // Hands news to `tell`, in the order of the times: all that is not later than `last`. What
+    // comes now is not held back.
     template <typename Tell>
-    void Release(Tell tell) {
+    void Release(Tell tell, NewsTime last = NewsTime::End()) {
         m_isHolding = false;
-        m_rejects = 0;
-        for (const auto& [time, news] : std::exchange(m_news, {})) {
+        const auto isLater = [last](const Item& item) { return last < item.first; };
+        const auto later = std::find_if(m_news.begin(), m_news.end(), isLater);
+        std::vector<Item> told(std::make_move_iterator(m_news.begin()),
+                               std::make_move_iterator(later));
+        m_news.erase(m_news.begin(), later);
+        m_rejects = static_cast<std::uint64_t>(std::count_if(
+            m_news.begin(), m_news.end(),
+            [](const Item& item) { return std::holds_alternative<Reject>(item.second); }));
+        for (const auto& [time, news] : told) {
             if (const auto* const loss = std::get_if<Loss>(&news)) {
                 tell(*loss);
             } else {

@@ -25,6 +25,7 @@ void KeptRecords::Add(const SourceRecord& record) {
     kept.record = record;
     kept.raw = record.raw;
     kept.record.raw = kept.raw;
+    kept.record.values = nullptr;
     if (record.rows != nullptr) {
         kept.rows = *record.rows;
         kept.record.rows = &kept.rows;

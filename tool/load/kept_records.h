@@ -10,7 +10,7 @@
 
 namespace tool {
 
-// Copies of the records of a group, in case it has to be done again.
+// Copies of records, without their values.
 class KeptRecords {
   public:
     void Add(const SourceRecord& record);

@@ -54,6 +54,8 @@ class LoadJournal {
     Outcome BeginAgain();
 
     const recorddb::journal::JournalKey& Key() const { return m_key; }
+    // The number of this load's run of the source; 0 when it has not been taken up.
+    std::int64_t Run() const { return m_run; }
 
     // What earlier loads have done.
     bool WasComplete() const { return m_wasComplete; }

@@ -2,8 +2,10 @@
 #define TOOL_LOAD_LOAD_OPTIONS_H
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -36,7 +38,10 @@ struct LoadOptions {
     bool fresh = false;          // ignore the journal
     bool retryRejected = false;  // import what the journal knows as rejected once more
     bool quiet = false;
+    std::size_t workers = 1;  // that work ahead of the groups' turn; 1: none does
     bool looksAhead = false;  // also where it does not pay; for tests
+    // For tests, in which chance is to have a say: workers call it before each record.
+    std::function<void()> beforeWork;
 };
 
 }  // namespace tool

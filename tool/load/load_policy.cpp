@@ -1,8 +1,19 @@
 #include "tool/load/load_policy.h"
 
 #include "tool/load/unfinished_sources.h"
+#include "tool/process/interrupt.h"
 
 namespace tool {
+
+recorddb::SessionOptions SessionFor(const LoadOptions& options, const LoadPolicy& policy) {
+    recorddb::SessionOptions session;
+    session.attachmentsFolder = options.attachments.string();
+    session.maxAttachmentSize = options.maxAttachmentSize;
+    session.references = {.maxTries = options.maxReferenceTries,
+                          .stopRequested = [] { return Interrupted() != 0; }};
+    policy.Adjust(session);
+    return session;
+}
 
 recorddb::Writing PermanentLoad::WritingFor(const LoadOptions& options) const {
     const bool oneByOne = options.wholePackets || !options.trace.empty() || FindsLosses(options);

@@ -101,6 +101,9 @@ class Rehearsal final : public LoadPolicy {
     std::string_view WhatStays(const LoadOptions& options) const override;
 };
 
+// What a load asks of its sessions.
+recorddb::SessionOptions SessionFor(const LoadOptions& options, const LoadPolicy& policy);
+
 }  // namespace tool
 
 #endif

@@ -84,8 +84,8 @@ void LoadSinks::Lose(const Loss& loss) {
     }
 }
 
-void LoadSinks::TellHeld() {
-    m_held.Release([this](const auto& news) { Tell(news); });
+void LoadSinks::TellHeld(NewsTime last) {
+    m_held.Release([this](const auto& news) { Tell(news); }, last);
 }
 
 void LoadSinks::Tell(const Loss& loss) {

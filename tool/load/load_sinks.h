@@ -37,9 +37,9 @@ class LoadSinks {
     // Holds rejects and losses back from the sinks until TellHeld, since they may be taken back. To
     // be called before each record, with the time of its news; times need not ascend.
     void Hold(NewsTime time) { m_held.Hold(time); }
-    // Tells the sinks what was held back, in the order of the times. What comes later is told at
-    // once.
-    void TellHeld();
+    // Tells the sinks what was held back, in the order of the times, up to the last one given. What
+    // comes now is told at once.
+    void TellHeld(NewsTime last = NewsTime::End());
     // Forgets the rejects that are held back.
     void TakeBackRejects() { m_held.DropRejects(); }
     // To be called before the end of a transaction that notes which records were rejected.

@@ -19,6 +19,12 @@ recorddb::SessionTransaction& RecordGroup::Open() {
     return *m_transaction;
 }
 
+std::unique_ptr<recorddb::GatheredWork> RecordGroup::Take() {
+    auto work = Open().Take();
+    m_transaction.reset();
+    return work;
+}
+
 void RecordGroup::Commit() {
     m_count = 0;
     m_bytes = 0;

@@ -2,6 +2,8 @@
 #define TOOL_LOAD_RECORD_GROUP_H
 
 #include <cstddef>
+#include <cstdint>
+#include <memory>
 
 #include "recorddb/session.h"
 #include "tool/load/load_policy.h"
@@ -27,7 +29,7 @@ class RecordGroup {
 
     // Whether what the records of a group write is gathered. Then the group as a whole may be
     // refused, when it is written, because of one of them.
-    bool IsGathered() const { return m_writing == recorddb::Writing::Gathered; }
+    bool IsGathered() const { return m_writing != recorddb::Writing::AtOnce; }
     // From the next group on.
     void SetWriting(recorddb::Writing writing) { m_writing = writing; }
 
@@ -43,6 +45,18 @@ class RecordGroup {
 
     // Writes what was gathered. Throws sql::Error, after which only Undo is possible.
     void Apply() { Open().Apply(); }
+
+    // Ends a group of Writing::Ahead, and returns what it has gathered.
+    std::unique_ptr<recorddb::GatheredWork> Take();
+
+    // Puts what was gathered ahead into a group in which nothing has been done yet; see
+    // SessionTransaction::Adopt.
+    bool Adopt(recorddb::GatheredWork& work, std::uint64_t moment) {
+        return Open().Adopt(work, moment);
+    }
+
+    // See Session::Moment.
+    std::uint64_t Moment() const { return m_session->Moment(); }
 
     // Undoes what the group has done, for it to be done again.
     void Undo();

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/foundation/utf.h"
+#include "platform/messages/addiagnostic.h"
 #include "tool/guarded/guarded_session.h"
 #include "tool/guarded/guarded_text.h"
 #include "tool/guarded/restored_traces.h"
@@ -63,7 +64,7 @@ void RecordImporter::SetGuarded(bool guarded) {
 ImportOutcome RecordImporter::Import(std::string_view packet) {
     Utf8ToUtf16(packet, m_packet);
     std::optional<RestoredTraces> traces;
-    if (m_guarded) {
+    if (m_guarded && AdDiagnostic::FlagSet(AdDiagnostic::kImportFlag)) {
         traces.emplace();
     }
     const recorddb::Statistics before = m_session->GetStatistics();

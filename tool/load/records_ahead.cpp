@@ -6,9 +6,8 @@
 
 namespace tool {
 
-RecordsAhead::RecordsAhead(SourceWalk& walk, std::size_t records, std::size_t bytes,
-                           std::function<void(const SourceRecord&)> read)
-    : m_walk(walk), m_mostRecords(records), m_mostBytes(bytes), m_read(std::move(read)) {}
+RecordsAhead::RecordsAhead(SourceWalk& walk, const Limits& limits, Read read, Give give)
+    : m_walk(walk), m_limits(limits), m_read(std::move(read)), m_give(std::move(give)) {}
 
 WalkStep RecordsAhead::Next() {
     if (!ReadsAhead()) {
@@ -18,10 +17,11 @@ WalkStep RecordsAhead::Next() {
         return WalkStep::Stopped;
     }
     ++m_place;
-    if (m_place >= m_kept.Count() && m_end == WalkStep::Record && !m_failure) {
+    if (!IsInPackage()) {
+        LeavePackage();
         ReadOn();
     }
-    if (m_place < m_kept.Count()) {
+    if (IsInPackage()) {
         return WalkStep::Record;
     }
     if (m_failure) {
@@ -30,17 +30,50 @@ WalkStep RecordsAhead::Next() {
     return m_end;
 }
 
-void RecordsAhead::ReadOn() {
-    m_kept.Clear();
-    m_bytes.clear();
+void RecordsAhead::LeavePackage() {
     m_place = 0;
+    if (!m_packages.empty()) {
+        m_spare = std::move(m_packages.front());
+        m_packages.pop_front();
+    }
+}
+
+void RecordsAhead::ReadOn() {
+    while (m_packages.size() < m_limits.packages && m_end == WalkStep::Record && !m_failure) {
+        const std::shared_ptr<Package> package = NewPackage();
+        ReadInto(*package);
+        if (package->records.Count() == 0) {
+            return;
+        }
+        m_packages.push_back(package);
+        if (m_give) {
+            m_give(package);
+        }
+    }
+}
+
+std::shared_ptr<Package> RecordsAhead::NewPackage() {
+    std::shared_ptr<Package> package = std::exchange(m_spare, nullptr);
+    if (!package) {
+        return std::make_shared<Package>();
+    }
+    package->records.Clear();
+    package->bytes.clear();
+    package->isDue.clear();
+    package->work.reset();
+    package->done.clear();
+    package->state = Package::State::Read;
+    return package;
+}
+
+void RecordsAhead::ReadInto(Package& package) {
     std::size_t bytes = 0;
     try {
-        while (m_kept.Count() < m_mostRecords && bytes < m_mostBytes &&
+        while (package.records.Count() < m_limits.records && bytes < m_limits.bytes &&
                (m_end = m_walk.Next()) == WalkStep::Record) {
             const SourceRecord& record = m_walk.Record();
-            m_kept.Add(record);
-            m_bytes.push_back(m_walk.BytesRead());
+            package.records.Add(record);
+            package.bytes.push_back(m_walk.BytesRead());
             bytes += record.packet.size() + record.raw.size();
             m_read(record);
         }

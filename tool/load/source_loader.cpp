@@ -36,6 +36,12 @@ std::unique_ptr<LossSearch> SearchFor(bool losses, recorddb::Database& database,
     return std::make_unique<NothingImportedSearch>(std::move(take));
 }
 
+std::unique_ptr<Crew> CrewFor(const LoadOptions& options, const LoadPolicy& policy,
+                              const RecordGroup& group) {
+    const bool isOfUse = options.workers > 1 && policy.KeepsGroups() && group.IsGathered();
+    return isOfUse ? std::make_unique<Crew>(options, policy) : nullptr;
+}
+
 }  // namespace
 
 SourceLoader::SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session> session,
@@ -50,12 +56,13 @@ SourceLoader::SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session
       m_journals(database, options, sinks),
       m_importer(session),
       m_group(session, policy, policy.WritingFor(options)),
+      m_crew(CrewFor(options, policy, m_group)),
       m_recovery(database, options, policy, sinks),
       m_import(session, m_importer, m_group),
       m_rejecter(database, sinks),
       m_journal(m_group, sinks, m_room),
       m_loader({options, sinks, database.GetSchema(), m_import, m_rejecter, m_group, m_recovery,
-                m_room, m_journal},
+                m_room, m_journal, m_crew != nullptr},
                session) {}
 
 bool SourceLoader::Load(const SourceList& sources) {
@@ -146,7 +153,8 @@ bool SourceLoader::ImportData(SourceWalk& walk) {
         m_rejecter,
         m_group,
         m_database.GetSchema(),
-        m_options.looksAhead || m_database.GetConnection().ReadsManyForLess()};
+        m_options.looksAhead || m_database.GetConnection().ReadsManyForLess(),
+        m_crew.get()};
     if (const LoadJournal* const underWay = FindUnderWay(walk)) {
         const std::uint64_t records = underWay->HandledForGood();
         m_sinks.Say(fmt::format("{}: read before, and some of its records wait ({})",
@@ -160,6 +168,9 @@ bool SourceLoader::ImportData(SourceWalk& walk) {
     bool goesOn = false;
     try {
         const LoadJournal& journal = m_journal.Journal();
+        if (m_crew) {
+            m_session->RememberWrites(m_crew->Transactions());
+        }
         goesOn = journal.NothingToDo() ? loader.PassOver(journal.HandledBefore()) : loader.Load();
     } catch (const SourceChanged& error) {
         const std::string advice = m_policy.AdviseOnChange(m_journal.Journal().HandledForGood());
@@ -173,6 +184,7 @@ bool SourceLoader::ImportData(SourceWalk& walk) {
             "with a --max-record-size lower than {}, then start the same command again",
             walk.SourceName(), loader.Number(), m_options.limits.size));
     }
+    m_session->RememberWrites(0);
     m_journal.EndSource();
     return goesOn;
 }

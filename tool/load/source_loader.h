@@ -6,6 +6,7 @@
 #include "recorddb/database.h"
 #include "recorddb/session.h"
 #include "tool/load/atomic_import.h"
+#include "tool/load/crew.h"
 #include "tool/load/group_journal.h"
 #include "tool/load/group_loader.h"
 #include "tool/load/load_options.h"
@@ -60,6 +61,7 @@ class SourceLoader {
     SourceJournals m_journals;
     RecordImporter m_importer;
     RecordGroup m_group;
+    std::unique_ptr<Crew> m_crew;  // null: nobody works ahead
     Recovery m_recovery;
     AtomicImport m_import;
     RecordRejecter m_rejecter;

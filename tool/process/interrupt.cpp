@@ -1,12 +1,15 @@
 #include "tool/process/interrupt.h"
 
+#include <atomic>
 #include <csignal>
 
 namespace tool {
 
 namespace {
 
-volatile std::sig_atomic_t interruptedBy = 0;
+// Read by all threads.
+std::atomic<int> interruptedBy = 0;
+static_assert(std::atomic<int>::is_always_lock_free);
 
 void Remember(int signal) {
     interruptedBy = signal;

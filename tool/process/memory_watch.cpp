@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <atomic>
 #include <cstdlib>
 #include <exception>
 #include <new>
@@ -14,10 +13,10 @@ namespace tool {
 
 namespace {
 
-std::atomic<std::uint64_t> g_failures{0};
+thread_local std::uint64_t t_failures = 0;
 
 void CountAndThrow() {
-    ++g_failures;
+    ++t_failures;
     throw std::bad_alloc();
 }
 
@@ -50,7 +49,7 @@ void WatchMemory() {
 }
 
 std::uint64_t MemoryFailures() {
-    return g_failures;
+    return t_failures;
 }
 
 }  // namespace tool

@@ -17,7 +17,8 @@ class MemoryError : public std::runtime_error {
 // memory itself), the process ends with a message and ExitCode::DatabaseFailed. To be called once.
 void WatchMemory();
 
-// How often it has found none. Catchers of all exceptions hide the cause; this tells it.
+// How often it has found none in this thread. Catchers of all exceptions hide the cause; this tells
+// it.
 std::uint64_t MemoryFailures();
 
 }  // namespace tool

@@ -18,9 +18,9 @@ class HeldNewsTest : public testing::Test {
         return loss;
     }
 
-    std::string Told() {
+    std::string Told(NewsTime last = NewsTime::End()) {
         std::string told;
-        m_news.Release([&told](const auto& news) { told += Text(news) + ' '; });
+        m_news.Release([&told](const auto& news) { told += Text(news) + ' '; }, last);
         return told;
     }
 
@@ -46,6 +46,18 @@ TEST_F(HeldNewsTest, NewsAreToldInTheirOrder) {
     EXPECT_EQ(Told(), "a b c ");
     EXPECT_EQ(m_news.Rejects(), 0U);
     EXPECT_FALSE(m_news.Take(Lost("d")));
+}
+
+TEST_F(HeldNewsTest, NewsOfLaterRecordsStaysHeld) {
+    m_news.Hold({1});
+    EXPECT_TRUE(m_news.Take(Reject("a")));
+    m_news.Hold({3});
+    EXPECT_TRUE(m_news.Take(Reject("c")));
+    m_news.Hold({2});
+    EXPECT_TRUE(m_news.Take(Lost("b")));
+    EXPECT_EQ(Told({2}), "a b ");
+    EXPECT_EQ(m_news.Rejects(), 1U);
+    EXPECT_EQ(Told(), "c ");
 }
 
 TEST_F(HeldNewsTest, RejectsThatComeAgainStandWhereTheyStood) {

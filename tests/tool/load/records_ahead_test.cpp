@@ -34,7 +34,7 @@ class RecordsAheadTest : public testing::Test {
     }
 
     RecordsAhead Ahead(std::size_t records, std::size_t bytes = 1'000'000) {
-        return {*m_walk, records, bytes, [this](const SourceRecord& record) {
+        return {*m_walk, {records, bytes}, [this](const SourceRecord& record) {
                     m_read += fmt::format("{} ", record.ordinal);
                 }};
     }

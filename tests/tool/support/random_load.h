@@ -1,0 +1,220 @@
+#ifndef TESTS_TOOL_RANDOM_LOAD_H
+#define TESTS_TOOL_RANDOM_LOAD_H
+
+#include <fmt/format.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <set>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "load_fixture.h"
+
+namespace tool {
+
+// A text without its lines of records per second.
+inline std::string WithoutRates(const std::string& text) {
+    std::istringstream lines(text);
+    std::string kept;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.find("per second") == std::string::npos &&
+            line.find("records/s") == std::string::npos) {
+            kept += line + '\n';
+        }
+    }
+    return kept;
+}
+
+// A text without any occurrence of a piece, which may be empty.
+inline std::string Without(std::string text, const std::string& piece) {
+    for (std::size_t at = piece.empty() ? std::string::npos : text.find(piece);
+         at != std::string::npos; at = text.find(piece, at)) {
+        text.erase(at, piece.size());
+    }
+    return text;
+}
+
+// A load of records at random, into a database of its own.
+class RandomLoad : public LoadFixture {
+  public:
+    // `times` as many records as a few hundred.
+    RandomLoad(Engine engine, std::uint64_t seed, std::size_t times = 1)
+        : LoadFixture(engine), m_state(seed * 2 + 1), m_times(times) {
+        if (seed % 2 == 0) {
+            Execute("CREATE UNIQUE INDEX by_hand ON bug (title)");
+        }
+    }
+
+    // Returns all that was told, all that was set aside, and all that is in the database.
+    enum class Way { OneByOne, Gathered, LookingAhead };
+    std::string Run(Way way) {
+        if (way == Way::OneByOne) {
+            m_options.trace = m_folder.Path() / "trace";
+        }
+        m_options.looksAhead = way == Way::LookingAhead;
+        return Run();
+    }
+
+    // With so many workers, which call `pause` before each record.
+    std::string RunWith(std::size_t workers, std::function<void()> pause) {
+        m_options.workers = workers;
+        m_options.beforeWork = std::move(pause);
+        return Run();
+    }
+
+    void TestBody() override {}
+
+  private:
+    std::string Run() {
+        m_options.rejects = m_folder.Path() / "rejects";
+        m_options.report = m_folder.Path() / "report.json";
+        m_options.attachments = m_folder.Path();
+        for (const char* const name : {"file0", "file1", "file2"}) {
+            m_folder.Write(name, std::string("content of ") + name);
+        }
+        std::string told;
+        for (const std::vector<std::string>& sources : Sources()) {
+            const int code = Load(sources);
+            told += fmt::format("{}\n{}{}", code, Said(), WithoutSeconds(Text(m_options.report)));
+        }
+        told += SetAside();
+        // Two loads differ in how long they take and in where they stand.
+        const std::string all = WithoutRates(told) + Dump();
+        return Without(Without(all, m_folder.Path().string()), m_place.Schema());
+    }
+
+    // A report without the time that the load took.
+    static std::string WithoutSeconds(const std::string& report) {
+        const std::size_t begin = report.find("\"seconds\":");
+        const std::size_t end = report.find(',', begin);
+        return begin == std::string::npos ? report : report.substr(0, begin) + report.substr(end);
+    }
+
+    static std::string Text(const std::filesystem::path& file) {
+        std::ifstream in(file);
+        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    }
+
+    // What stands in the files of the rejects folder, in the order of their names.
+    std::string SetAside() const {
+        std::set<std::filesystem::path> files;
+        if (std::filesystem::exists(m_options.rejects)) {
+            for (const auto& file : std::filesystem::directory_iterator(m_options.rejects)) {
+                files.insert(file.path());
+            }
+        }
+        std::string all;
+        for (const auto& file : files) {
+            all += Text(file);
+        }
+        return all;
+    }
+
+    std::size_t Below(std::size_t bound) {
+        m_state ^= m_state << 13U;
+        m_state ^= m_state >> 7U;
+        m_state ^= m_state << 17U;
+        return static_cast<std::size_t>((m_state >> 11U) % bound);
+    }
+    std::string One(const char* name, std::size_t bound) {
+        return name + std::to_string(Below(bound));
+    }
+
+    std::vector<std::vector<std::string>> Sources() {
+        const auto upsert =
+            "<duplicate_id name=\"twin_of\"/><updaterecord name=\"TRUE\"/>"
+            "<updateinsert name=\"TRUE\"/>";
+        const auto replace =
+            "<updaterecord name=\"TRUE\"/><replacereflist name=\"TRUE\"/>"
+            "<importstate name=\"TRUE\"/>";
+        const auto data = [this](const char* file, std::size_t count, auto record) {
+            std::vector<Fields> records;
+            for (std::size_t i = 0; i < count * m_times; ++i) {
+                records.push_back(record());
+            }
+            return Records(file, records);
+        };
+        const auto bug = [this] { return Bug(false); };
+        const auto twin = [this] { return Bug(true); };
+        const auto user = [this]() -> Fields {
+            return {{"login", One("user", 30)}, {"email", One("mail", 40)}};
+        };
+        const auto lines = [this]() -> Fields {
+            return {{"source_id", One("id", 120 * m_times)}, {"history", Lines()}};
+        };
+        const auto files = [this]() -> Fields {
+            return {{"source_id", One("id", 60 * m_times)}, {"files", Files()}};
+        };
+        return {
+            {Configuration("c1.xml", "record", "user", "login"), data("1.xml", 40, user)},
+            {Configuration("c2.xml", "record", "keyword", "name"),
+             data("2.xml", 6,
+                  [this]() -> Fields {
+                      return {{"name", One("word", 8)}};
+                  })},
+            {Configuration("c3.xml", "record", "bug", "source_id"), data("3.xml", 130, bug)},
+            {Configuration("c4.xml", "record", "bug", "source_id", upsert),
+             data("4.xml", 220, twin), Configuration("c5.xml", "history", "bug", "source_id"),
+             data("5.xml", 120, lines)},
+            {Configuration("c6.xml", "attachments", "bug", "source_id"), data("6.xml", 110, files)},
+            {Configuration("c7.xml", "record", "user", "login", upsert), data("7.xml", 120, user),
+             Configuration("c8.xml", "record", "bug", "source_id", replace),
+             data("8.xml", 110, bug)}};
+    }
+
+    std::string Lines() {
+        std::string lines;
+        for (std::size_t count = 1 + Below(4); count > 0; --count) {
+            lines += fmt::format("{}x\t2020-01-0{} 00:00:00\tu\tmodify\tNEW\tOPEN",
+                                 lines.empty() ? "" : "\n", 1 + Below(9));
+        }
+        return lines + (Below(12) == 0 ? "\nx\tnever\tu\tv\tw\tx" : "");
+    }
+
+    std::string Files() {
+        std::string files;
+        for (std::size_t count = 1 + Below(3); count > 0; --count) {
+            files += fmt::format("{}1\n{}\n0\nof {}", files.empty() ? "" : "\n", One("file", 3),
+                                 Below(9));
+        }
+        return files + (Below(8) == 0 ? "\n1\nmissing\n0\n" : "");
+    }
+
+    Fields Bug(bool mayBeTwin) {
+        Fields fields = {{"source_id", One("id", 120 * m_times)},
+                         {"title", One("title", 400 * m_times)}};
+        const auto add = [&](const char* name, std::size_t in, const std::string& value) {
+            if (Below(in) == 0) {
+                fields.push_back({name, value});
+            }
+        };
+        add("votes", 3, Below(10) == 0 ? "many" : std::to_string(Below(50)));
+        add("owner", 2, One("user", 33));
+        add("keywords", 2, One("word", 9) + "," + One("word", 8));
+        add("state", 3, Below(12) == 0 ? "LOST" : "OPEN");
+        add("log", 2, Lines());
+        add("colour", 40, "red");                // refused when it is written,
+        add("title", 40, "&nosuch;");            // when it is read,
+        add("title", 40, std::string(31, 'x'));  // and when it is checked
+        if (Below(6) == 0) {
+            add("files", 1, Files());
+        }
+        if (mayBeTwin) {
+            add("twin_of", 5, One("id", 120 * m_times));
+        }
+        return fields;
+    }
+
+    std::uint64_t m_state;
+    std::size_t m_times;
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,36 @@
+#ifndef TOOL_LOAD_PACKAGE_H
+#define TOOL_LOAD_PACKAGE_H
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "recorddb/session.h"
+#include "tool/load/kept_records.h"
+#include "tool/load/load_totals.h"
+#include "tool/packet/import_configuration.h"
+
+namespace tool {
+
+// Records of a source that are read together, and what a worker has made of them.
+struct Package {
+    KeptRecords records;
+    std::vector<std::uint64_t> bytes;  // of the sources, read up to the end of each
+
+    // For the worker.
+    std::vector<bool> isDue;  // the records that are to be imported
+    std::shared_ptr<const ImportConfiguration> configuration;
+    bool guarded = false;
+
+    // By the worker: what it has gathered, all of them having gone through; null otherwise.
+    std::unique_ptr<recorddb::GatheredWork> work;
+    std::vector<LoadTotals> done;  // by record
+    std::uint64_t moment = 0;      // that the work is based on (Session::Moment)
+
+    enum class State { Read, Queued, InWork, Done };
+    State state = State::Read;  // of the crew
+};
+
+}  // namespace tool
+
+#endif

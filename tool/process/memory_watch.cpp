@@ -22,20 +22,30 @@ void CountAndThrow() {
 
 std::terminate_handler g_formerTerminate = nullptr;
 
+bool IsOutOfMemory() {
+    const auto current = std::current_exception();
+    if (!current) {
+        // Functions of the standard library that let no exception out, such as the step to a
+        // folder's next file, end the process without one.
+        return t_failures > 0;
+    }
+    try {
+        std::rethrow_exception(current);
+    } catch (const std::bad_alloc&) {
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
 // Must do without memory.
 [[noreturn]] void Terminate() {
-    try {
-        if (const auto current = std::current_exception()) {
-            std::rethrow_exception(current);
-        }
-    } catch (const std::bad_alloc&) {
+    if (IsOutOfMemory()) {
         constexpr std::string_view text =
             "ztimport: there is not enough memory; make some free, then start the same command "
             "again\n";
         [[maybe_unused]] const auto written = ::write(STDERR_FILENO, text.data(), text.size());
         std::_Exit(static_cast<int>(ExitCode::DatabaseFailed));
-    } catch (...) {
-        // The former handler reports it.
     }
     g_formerTerminate();
     std::abort();

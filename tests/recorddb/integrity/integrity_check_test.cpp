@@ -313,9 +313,9 @@ constexpr FaultCase kOwnTables[] = {
     {"TypeTooMany", "INSERT INTO zt_record_type VALUES (9, 'x', 1)",
      "zt_record_type|id 9|id|9|the schema has no such record type"},
     {"Readers", "UPDATE zt_schema SET oldest_readable = 0",
-     "zt_schema|row 1|oldest_readable|0|2 is expected"},
+     "zt_schema|row 1|oldest_readable|0|3 is expected"},
     {"Schemas", "INSERT INTO zt_schema SELECT * FROM zt_schema",
-     "zt_schema|row 2||2|a second row, where there is one only"},
+     "zt_schema|row 2||3|a second row, where there is one only"},
     {"JournalHash",
      "INSERT INTO zt_journal VALUES ('x', '" ZT_HASH "', 'a.xml', "
      "1, 1, 1, 0, 0, 0, 0, 0, 0, 1)",

@@ -45,7 +45,8 @@ TEST_P(AnyNumberOfWorkersTest, LoadAtRandomComesToTheSame) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, AnyNumberOfWorkersTest, testing::Range<std::uint64_t>(1, 3));
+INSTANTIATE_TEST_SUITE_P(Seeds, AnyNumberOfWorkersTest,
+                         testing::Range<std::uint64_t>(1, 1 + SeedsOr(1)));
 
 class WorkersTest : public LoadFixture {
   protected:

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -17,6 +18,12 @@
 #include "load_fixture.h"
 
 namespace tool {
+
+// How many seeds a test of loads at random takes: this many, or ZT_SEEDS.
+inline std::uint64_t SeedsOr(std::uint64_t few) {
+    const char* const given = std::getenv("ZT_SEEDS");
+    return given == nullptr ? few : std::strtoull(given, nullptr, 10);
+}
 
 // A text without its lines of records per second.
 inline std::string WithoutRates(const std::string& text) {

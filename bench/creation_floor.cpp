@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 #include <sqlite3.h>
 
-#include <chrono>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -146,13 +145,13 @@ class RecordWriter {
 
 }  // namespace
 
-double WriteFloor(const std::filesystem::path& database, std::int64_t records) {
+Run WriteFloor(const std::filesystem::path& database, std::int64_t records) {
     std::vector<GeneratedRecord> rows;
     rows.reserve(static_cast<std::size_t>(records));
     for (std::int64_t i = 0; i < records; ++i) {
         rows.emplace_back(i);
     }
-    const auto start = std::chrono::steady_clock::now();
+    const StopWatch watch;
     {
         Sqlite sqlite(database);
         sqlite.Run("BEGIN IMMEDIATE");
@@ -163,8 +162,7 @@ double WriteFloor(const std::filesystem::path& database, std::int64_t records) {
         }
         sqlite.Run("COMMIT");
     }
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-    return elapsed.count();
+    return watch.Taken();
 }
 
 }  // namespace bench

@@ -91,6 +91,15 @@ std::string HistoryXml(const GeneratedRecord& record) {
     return Field("source_id", record.fields[0]) + HistoryField("history", record);
 }
 
+// Writes the file as well. Its text is the record's, so that no two are the same.
+std::string AttachmentXml(const std::filesystem::path& folder, const GeneratedRecord& record) {
+    const std::string name = record.fields[0] + ".txt";
+    std::ofstream(folder / name, std::ios::binary) << record.fields[0] << '\n'
+                                                   << record.description << '\n';
+    return Field("source_id", record.fields[0]) +
+           Field("files", fmt::format("{}\n{}\n0\nA file", record.fields[0], name));
+}
+
 std::string Configuration(std::string_view data, std::string_view key, std::string_view type,
                           bool update) {
     return fmt::format(
@@ -114,6 +123,7 @@ PacketFiles WritePackets(const std::filesystem::path& folder, const std::string&
     }
     data << "</records>\n";
     data.close();
+    files.records = records;
     files.bytes = std::filesystem::file_size(files.sources[1]);
     return files;
 }
@@ -161,7 +171,8 @@ std::string SchemaText() {
            "      opened: {type: datetime}\n      votes: {type: integer}\n"
            "      description: {type: multiline}\n"
            "      keywords: {type: reference_list, to: keyword}\n"
-           "      log: {type: history}\n";
+           "      log: {type: history}\n"
+           "      files: {type: attachments}\n";
 }
 
 PacketFiles WriteKeywordPackets(const std::filesystem::path& folder) {
@@ -189,6 +200,14 @@ PacketFiles WriteUpdatePackets(const std::filesystem::path& folder, std::int64_t
 PacketFiles WriteHistoryPackets(const std::filesystem::path& folder, std::int64_t records) {
     return WritePackets(folder, "3-history", Configuration("history", "source_id", "bug", false),
                         records, [](std::int64_t i) { return HistoryXml(GeneratedRecord(i)); });
+}
+
+PacketFiles WriteAttachmentPackets(const std::filesystem::path& folder, std::int64_t records) {
+    PacketFiles files = WritePackets(
+        folder, "4-attachments", Configuration("attachments", "source_id", "bug", false), records,
+        [&](std::int64_t i) { return AttachmentXml(folder, GeneratedRecord(i)); });
+    files.attachments = folder;
+    return files;
 }
 
 }  // namespace bench

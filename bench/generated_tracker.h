@@ -42,6 +42,8 @@ std::string SchemaText();
 // The packet files of one load.
 struct PacketFiles {
     std::vector<std::filesystem::path> sources;
+    std::filesystem::path attachments;  // the folder of their files; empty when there are none
+    std::int64_t records = 0;
     std::uint64_t bytes = 0;  // of the data packet
 };
 
@@ -52,6 +54,7 @@ struct TrackerPackets {
     PacketFiles bare;
     PacketFiles update;
     PacketFiles history;
+    PacketFiles attachments;
 };
 
 // Write the packets of `records` records into `folder`.
@@ -63,6 +66,8 @@ PacketFiles WriteBarePackets(const std::filesystem::path& folder, std::int64_t r
 PacketFiles WriteUpdatePackets(const std::filesystem::path& folder, std::int64_t records);
 // The four history lines of each record.
 PacketFiles WriteHistoryPackets(const std::filesystem::path& folder, std::int64_t records);
+// A new file for each record, in `folder` as well.
+PacketFiles WriteAttachmentPackets(const std::filesystem::path& folder, std::int64_t records);
 
 }  // namespace bench
 

@@ -1,4 +1,4 @@
-#include "child_run.h"
+#include "run.h"
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -37,10 +37,30 @@ pid_t Start(const std::vector<std::string>& command) {
     return child;
 }
 
+double Now() {
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration<double>(now).count();
+}
+
+double ProcessorSeconds(const rusage& usage) {
+    return Seconds(usage.ru_utime) + Seconds(usage.ru_stime);
+}
+
+double OwnProcessorSeconds() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return ProcessorSeconds(usage);
+}
+
 }  // namespace
 
-ChildRun RunChild(const std::vector<std::string>& command) {
-    const auto start = std::chrono::steady_clock::now();
+Run Run::PerRecord(std::int64_t records) const {
+    const auto count = static_cast<double>(records);
+    return {seconds / count, processorSeconds / count, serverSeconds / count, peakKilobytes};
+}
+
+Run RunChild(const std::vector<std::string>& command) {
+    const double start = Now();
     const pid_t child = Start(command);
     int status = 0;
     rusage usage{};
@@ -48,8 +68,16 @@ ChildRun RunChild(const std::vector<std::string>& command) {
         WEXITSTATUS(status) != 0) {
         throw std::runtime_error(command[0] + " " + command[1] + " failed");
     }
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-    return {elapsed.count(), Seconds(usage.ru_utime) + Seconds(usage.ru_stime), usage.ru_maxrss};
+    return {.seconds = Now() - start,
+            .processorSeconds = ProcessorSeconds(usage),
+            .peakKilobytes = usage.ru_maxrss};
+}
+
+StopWatch::StopWatch() : m_start(Now()), m_processorStart(OwnProcessorSeconds()) {}
+
+Run StopWatch::Taken() const {
+    return {.seconds = Now() - m_start,
+            .processorSeconds = OwnProcessorSeconds() - m_processorStart};
 }
 
 }  // namespace bench

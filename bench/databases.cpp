@@ -1,0 +1,62 @@
+#include "databases.h"
+
+#include <unistd.h>
+
+#include <utility>
+
+#include "server_time.h"
+
+namespace bench {
+
+namespace {
+
+std::vector<std::string> Command(const std::string& tool, const std::vector<std::string>& rest) {
+    std::vector<std::string> command = {tool};
+    command.insert(command.end(), rest.begin(), rest.end());
+    return command;
+}
+
+}  // namespace
+
+DatabaseFiles::DatabaseFiles(std::string tool, std::filesystem::path folder)
+    : m_tool(std::move(tool)), m_folder(std::move(folder)) {}
+
+std::string DatabaseFiles::New(const std::string& use) {
+    const std::filesystem::path database = m_folder / (use + ".db");
+    for (const char* suffix : {"", "-wal", "-shm"}) {
+        std::filesystem::remove(database.string() + suffix);
+    }
+    RunTool({"init", database, m_folder / "schema.yaml"});
+    return database;
+}
+
+Run DatabaseFiles::RunTool(const std::vector<std::string>& command) {
+    return RunChild(Command(m_tool, command));
+}
+
+ServerDatabases::ServerDatabases(std::string tool, std::string url, std::filesystem::path folder,
+                                 pid_t server)
+    : m_tool(std::move(tool)),
+      m_url(std::move(url)),
+      m_folder(std::move(folder)),
+      m_server(server) {}
+
+std::string ServerDatabases::New(const std::string& use) {
+    static int count = 0;
+    const std::string database = m_url + "&schema=bench_" + std::to_string(getpid()) + "_" +
+                                 std::to_string(++count) + "_" + use;
+    RunTool({"init", database, m_folder / "schema.yaml"});
+    return database;
+}
+
+Run ServerDatabases::RunTool(const std::vector<std::string>& command) {
+    if (m_server == 0) {
+        return RunChild(Command(m_tool, command));
+    }
+    const double before = ServerSeconds(m_server);
+    Run run = RunChild(Command(m_tool, command));
+    run.serverSeconds = ServerSeconds(m_server) - before;
+    return run;
+}
+
+}  // namespace bench

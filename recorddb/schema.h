@@ -80,6 +80,10 @@ struct RECORDDB_API RecordType {
     // The unique key: positions in fields, never empty. With states it is `id`.
     std::vector<std::size_t> key;
 
+    // Where tables are spread over machines, records of this type are: it has states, refers to a
+    // type that is spread, or the schema says so. Other types stand on every machine.
+    bool spread = false;
+
     bool HasStates() const { return kind == RecordKind::WithStates; }
 
     // The field of that name, without regard to case; null when there is none.

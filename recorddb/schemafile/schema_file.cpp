@@ -12,6 +12,7 @@
 #include "recorddb/errors.h"
 #include "recorddb/model/names.h"
 #include "recorddb/schema.h"
+#include "recorddb/schemafile/spread_rule.h"
 #include "recorddb/schemafile/type_reader.h"
 
 namespace recorddb::schema {
@@ -188,6 +189,7 @@ Schema ReadSchema(const std::string& text, const std::string& file) {
     ResolveReferences(source, reads);
     CheckPrefixes(source, reads);
     CheckTableNames(source, reads);
+    DecideSpread(source, reads);
 
     std::vector<RecordType> types;
     types.reserve(reads.size());

@@ -13,8 +13,8 @@ namespace recorddb::schema {
 
 namespace {
 
-constexpr std::array<std::string_view, 5> kTypeKeys = {"key", "prefix", "states", "duplicate_state",
-                                                       "fields"};
+constexpr std::array<std::string_view, 6> kTypeKeys = {
+    "key", "prefix", "states", "duplicate_state", "spread", "fields"};
 constexpr std::size_t kMaxPrefixLength = 20;
 
 void CheckTypeName(const YamlSource& source, const YamlEntry& entry) {
@@ -193,6 +193,10 @@ ReadType ReadTypeEntry(const YamlSource& source, const YamlEntry& entry) {
     ReadType read;
     read.type.name = entry.key;
     AddOwnField(read.type, kDbIdName, FieldKind::DbId);
+    if (const YamlEntry* const spread = map.Find("spread")) {
+        read.spread = ReadBool(source, *spread);
+        read.spreadPlace = spread->value.Mark();
+    }
     if (const YamlEntry* const states = map.Find("states")) {
         ReadWithStates(map, *states, read);
     } else {

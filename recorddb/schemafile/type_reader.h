@@ -1,6 +1,7 @@
 #ifndef RECORDDB_SCHEMAFILE_TYPE_READER_H
 #define RECORDDB_SCHEMAFILE_TYPE_READER_H
 
+#include <optional>
 #include <vector>
 
 #include "recorddb/schema.h"
@@ -18,6 +19,8 @@ struct ReadType {
     RecordType type;
     std::vector<PendingReference> references;
     YAML::Mark prefixPlace;  // of types with states only
+    std::optional<bool> spread;
+    YAML::Mark spreadPlace;  // of types that say whether they are spread
 };
 
 // Reads one entry of `record_types`, all but what needs the other types. Throws SchemaError.

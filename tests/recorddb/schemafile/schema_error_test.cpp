@@ -82,7 +82,7 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{"Nothing", TypeA(""), 2, 3, "record type 'a' must be a map"},
         Mistake{"UnknownKey", TypeA("{keys: [n], " + kValidField + "}"), 2, 7,
                 "unknown key 'keys' in record type 'a'; known keys are key, prefix, states, "
-                "duplicate_state, fields"},
+                "duplicate_state, spread, fields"},
         Mistake{"KeyInOtherCase", TypeA("{Key: [n], " + kValidField + "}"), 2, 7,
                 "unknown key 'Key'"},
         Mistake{"NumberAsName", "record_types:\n  1a: {key: [n]}\n", 2, 3,

@@ -120,7 +120,7 @@ INSTANTIATE_TEST_SUITE_P(
     Cases, SchemaMistakes,
     testing::Values(
         SchemaMistake{"UnknownKey", "record_types:\n  user:\n    keys: [login]\n", "3:5",
-                      "known keys are key, prefix, states, duplicate_state, fields"},
+                      "known keys are key, prefix, states, duplicate_state, spread, fields"},
         SchemaMistake{"UnknownType",
                       "record_types:\n  user:\n    key: [a]\n    fields:\n      a: {type: txt}\n",
                       "5:17", "types are text, multiline, integer"},

@@ -50,11 +50,15 @@ std::string ServerDatabases::New(const std::string& use) {
 }
 
 Run ServerDatabases::RunTool(const std::vector<std::string>& command) {
+    std::vector<std::string> whole = Command(m_tool, command);
+    if (command.front() == "load") {
+        whole.insert(whole.end(), {"--workers", "1"});
+    }
     if (m_server == 0) {
-        return RunChild(Command(m_tool, command));
+        return RunChild(whole);
     }
     const double before = ServerSeconds(m_server);
-    Run run = RunChild(Command(m_tool, command));
+    Run run = RunChild(whole);
     run.serverSeconds = ServerSeconds(m_server) - before;
     return run;
 }

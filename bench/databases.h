@@ -43,7 +43,7 @@ class ServerDatabases : public Databases {
   public:
     ServerDatabases(std::string tool, std::string url, std::filesystem::path folder, pid_t server);
     std::string New(const std::string& use) override;
-    // Counts the time of the server's processes, too.
+    // With one worker. Counts the time of the server's processes, too.
     Run RunTool(const std::vector<std::string>& command) override;
 
   private:

@@ -204,4 +204,13 @@ void PrintRatios(const std::string& tool, std::int64_t records, const std::strin
     fmt::print("\n");
 }
 
+void PrintServerSeconds(const std::string& tool, std::int64_t records, const std::string& server) {
+    const BenchData data(records);
+    ServerDatabases databases(tool, server, data.Folder(), 0);
+    RunTrackerLoads(databases, data.Packets(),
+                    [](Kind, const std::string&, const std::function<Run()>& load) {
+                        fmt::print("{:.3f}\n", load().seconds);
+                    });
+}
+
 }  // namespace bench

@@ -12,6 +12,9 @@ namespace bench {
 // is compared with. Throws std::runtime_error.
 void PrintRatios(const std::string& tool, std::int64_t records, const std::string& server);
 
+// Prints the seconds of one load of each kind into a server, one number a line.
+void PrintServerSeconds(const std::string& tool, std::int64_t records, const std::string& server);
+
 }  // namespace bench
 
 #endif

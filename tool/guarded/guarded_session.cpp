@@ -36,6 +36,16 @@ Obx_String GuardedAttachment(const Obx_String& text) {
     return Obx_String(std::move(guarded));
 }
 
+// What `text` says: the text itself where nothing in it is guarded, as mostly, otherwise put into
+// `room`.
+const Obx_String& RestoredIn(Obx_String& room, const Obx_String& text) {
+    if (!IsGuarded(text.View())) {
+        return text;
+    }
+    room = Restored(text);
+    return room;
+}
+
 // A text of a fixed room. One that its room does not hold has no terminator, and stays so, since it
 // is refused for that.
 template <std::size_t Size>
@@ -106,11 +116,15 @@ class GuardedEntity final : public AdEntity {
     }
     Obx_String SetFieldValue(const Obx_String& fieldName, const Obx_String& value,
                              int import) override {
-        return Refusal([&] { return m_entity->SetFieldValue(fieldName, Restored(value), import); });
+        Obx_String room;
+        const Obx_String& restored = RestoredIn(room, value);
+        return Refusal([&] { return m_entity->SetFieldValue(fieldName, restored, import); });
     }
     Obx_String AddFieldValue(const Obx_String& fieldName, const Obx_String& value,
                              int import) override {
-        return Refusal([&] { return m_entity->AddFieldValue(fieldName, Restored(value), import); });
+        Obx_String room;
+        const Obx_String& restored = RestoredIn(room, value);
+        return Refusal([&] { return m_entity->AddFieldValue(fieldName, restored, import); });
     }
     Obx_String DeleteFieldValue(const Obx_String& fieldName, const Obx_String& value,
                                 int import) override {

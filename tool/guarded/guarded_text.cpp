@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <utility>
 
 #include "platform/foundation/utf.h"
 #include "platform/foundation/white_space.h"
+#include "tool/io/byte_set.h"
 
 namespace tool {
 
@@ -95,18 +97,12 @@ const Marked* FindMarked(std::string_view text) {
     return found != kMarked.end() ? found : nullptr;
 }
 
-// What may have to be guarded in a place begins with one of the bytes for which this is true.
-using Suspects = std::array<bool, 256>;
-
-constexpr Suspects SuspectsOf(PacketPlace place) {
-    Suspects suspects{};
-    for (std::size_t byte = 0; byte < suspects.size(); ++byte) {
-        const char c = static_cast<char>(static_cast<unsigned char>(byte));
-        suspects[byte] =
-            c == kLead.front() ||
-            (place != PacketPlace::None && (c == '&' || IsControl(c) || IsSeparator(c, place)));
-    }
-    return suspects;
+// What may have to be guarded in a place begins with one of these bytes.
+constexpr ByteSet SuspectsOf(PacketPlace place) {
+    return ByteSet([place](char c) {
+        return c == kLead.front() ||
+               (place != PacketPlace::None && (c == '&' || IsControl(c) || IsSeparator(c, place)));
+    });
 }
 
 constexpr std::array kSuspects = {
@@ -114,12 +110,8 @@ constexpr std::array kSuspects = {
     SuspectsOf(PacketPlace::ListItem),       SuspectsOf(PacketPlace::HistoryColumn),
     SuspectsOf(PacketPlace::AttachmentLine), SuspectsOf(PacketPlace::None)};
 
-// The place of the next suspect from `at` on, or the end.
-std::size_t NextSuspect(std::string_view text, std::size_t at, const Suspects& suspects) {
-    while (at < text.size() && !suspects[static_cast<unsigned char>(text[at])]) {
-        ++at;
-    }
-    return at;
+const ByteSet& SuspectsIn(PacketPlace place) {
+    return kSuspects[static_cast<std::size_t>(place)];
 }
 
 // Appends the character of `text` at `at`, or what stands for it, and moves behind it.
@@ -189,11 +181,20 @@ std::string_view TakeMarked(std::string_view text, std::size_t& at) {
 
 }  // namespace
 
+bool StandsAsItIs(std::string_view value, PacketPlace place) {
+    const bool isReference = place == PacketPlace::Reference;
+    const bool isTrimmed = isReference || place == PacketPlace::ListItem;
+    const bool mayEmpty = isReference || place == PacketPlace::Text;
+    return !SuspectsIn(place).IsIn(value) &&
+           !(isTrimmed && (BeginsWithWhiteSpace(value) || EndsWithWhiteSpace(value))) &&
+           !(mayEmpty && IsEmptyingWord(value));
+}
+
 std::string Guarded(std::string_view value, PacketPlace place) {
-    const Suspects& suspects = kSuspects[static_cast<std::size_t>(place)];
+    const ByteSet& suspects = SuspectsIn(place);
     std::string out;
     for (std::size_t at = 0; at < value.size();) {
-        const std::size_t next = NextSuspect(value, at, suspects);
+        const std::size_t next = suspects.Find(value, at);
         out += value.substr(at, next - at);
         at = next;
         if (at < value.size()) {
@@ -229,8 +230,22 @@ bool IsGuarded(std::string_view text) {
 }
 
 bool IsGuarded(std::u16string_view text) {
-    return std::any_of(text.begin(), text.end(),
-                       [](char16_t unit) { return unit >= kFirstUnit && unit <= kLastUnit; });
+    const auto isOne = [](char16_t unit) {
+        return static_cast<std::uint16_t>(unit - kFirstUnit) <= kLastUnit - kFirstUnit;
+    };
+    // Compilers can compare many units at a time where there is no way out in between.
+    constexpr std::size_t block = 16;
+    while (text.size() >= block) {
+        std::uint16_t found = 0;
+        for (std::size_t i = 0; i < block; ++i) {
+            found = static_cast<std::uint16_t>(found | (isOne(text[i]) ? 1U : 0U));
+        }
+        if (found != 0) {
+            return true;
+        }
+        text.remove_prefix(block);
+    }
+    return std::any_of(text.begin(), text.end(), isOne);
 }
 
 std::string Restored(std::string_view text) {

@@ -33,6 +33,8 @@ enum class PacketPlace {
 // UTF-16 units as before, but for marks and letters: so room that it just fits it mostly still
 // fits.
 std::string Guarded(std::string_view value, PacketPlace place);
+// Whether that is the value itself, as it mostly is.
+bool StandsAsItIs(std::string_view value, PacketPlace place);
 Obx_String Guarded(const Obx_String& value, PacketPlace place);
 
 // Whether Restored changes the text. Cheap.

@@ -1,31 +1,32 @@
 #include "tool/packet/record_writer.h"
 
-#include <array>
-
+#include "tool/io/byte_set.h"
 #include "tool/packet/xml_text.h"
 
 namespace tool {
 
 namespace {
 
-// How a byte is written where it is not written as it is.
-constexpr std::array<std::string_view, 256> kXmlEscapes = [] {
-    std::array<std::string_view, 256> escapes;
-    escapes['&'] = "&amp;";
-    escapes['<'] = "&lt;";
-    escapes['>'] = "&gt;";
-    escapes['\r'] = "&#xD;";
-    return escapes;
-}();
+constexpr ByteSet kEscaped([](char c) { return c == '&' || c == '<' || c == '>' || c == '\r'; });
+
+std::string_view EscapeOf(char c) {
+    switch (c) {
+        case '&':
+            return "&amp;";
+        case '<':
+            return "&lt;";
+        case '>':
+            return "&gt;";
+        default:
+            return "&#xD;";
+    }
+}
 
 void AppendEscaped(std::string_view text, std::string& out) {
     std::size_t done = 0;
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        const std::string_view escape = kXmlEscapes[static_cast<unsigned char>(text[at])];
-        if (!escape.empty()) {
-            out.append(text, done, at - done).append(escape);
-            done = at + 1;
-        }
+    for (std::size_t at = kEscaped.Find(text); at < text.size(); at = kEscaped.Find(text, done)) {
+        out.append(text, done, at - done).append(EscapeOf(text[at]));
+        done = at + 1;
     }
     out.append(text, done);
 }
@@ -43,7 +44,11 @@ void RecordWriter::OpenField(std::string_view field) {
 }
 
 void RecordWriter::Text(std::string_view value, PacketPlace place) {
-    AppendEscaped(Guarded(value, place), m_out);
+    if (StandsAsItIs(value, place)) {
+        AppendEscaped(value, m_out);
+    } else {
+        AppendEscaped(Guarded(value, place), m_out);
+    }
 }
 
 void RecordWriter::Value(std::string_view field, std::string_view value, PacketPlace place) {

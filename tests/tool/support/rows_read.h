@@ -41,6 +41,8 @@ class RowsRead final : public RowHandler {
         std::uint64_t nuls;
         std::uint64_t repeated;
         std::string repeatedName;
+
+        bool operator==(const Entry&) const = default;
     };
 
     explicit RowsRead(RowReader& reader) { reader.Read(*this); }

@@ -10,6 +10,7 @@
 #include "tool/io/decoding_marks.h"
 #include "tool/io/text_units.h"
 #include "tool/sources/json/json_events.h"
+#include "tool/sources/json/plain_json.h"
 #include "tool/sources/json/row_builder.h"
 
 namespace tool {
@@ -47,6 +48,17 @@ class JsonReader::Characters {
         if (++m_sinceEvent > m_limit) {
             throw TextTooLong();
         }
+    }
+
+    // What has been read from the file, and not handed out.
+    std::string_view Ahead() const {
+        return std::string_view(m_buffer).substr(m_at, m_filled - m_at);
+    }
+    // Leaves out that much of it, which ends with a value.
+    void Skip(std::size_t size) {
+        m_line += CountLineEnds(Ahead().substr(0, size));
+        m_at += size;
+        NoteEvent();
     }
 
     // An event has come: the parser holds no text now.
@@ -120,6 +132,7 @@ class JsonReader::Events final : public JsonEvents {
 
     bool Value(RowTree::Kind kind, std::string_view text) override {
         m_characters.NoteEvent();
+        NoteToken(kind);
         if (m_inRow) {
             m_builder.Value(kind, text);
             return true;
@@ -174,11 +187,12 @@ class JsonReader::Events final : public JsonEvents {
         m_inRow = false;
         m_characters.EndCopy();
         m_row.raw = m_characters.IsCopyWhole() ? m_characters.Copy() : std::string_view();
-        return HandOut();
+        return HandOut() && (!m_inRows || ReadPlainRows());
     }
 
     bool Member(std::string_view name) override {
         m_characters.NoteEvent();
+        NoteToken(RowTree::Kind::Text);
         if (m_inRow) {
             m_builder.Member(name);
         } else {
@@ -196,7 +210,7 @@ class JsonReader::Events final : public JsonEvents {
         m_builder.Fail(fmt::format(
             "the file stops being valid JSON in line {}, at byte {}, and nothing behind that has "
             "been read: {}",
-            m_characters.Line(), m_characters.Place(), why));
+            m_characters.Line(), m_characters.Place(), WithoutStaleQuote(why)));
         m_row.isLast = true;
         bool marked = false;
         m_scalar = m_inRow && m_characters.IsCopyWhole() ? m_characters.Copy() : std::string();
@@ -264,7 +278,55 @@ class JsonReader::Events final : public JsonEvents {
         m_row.raw = {};
     }
 
+    // What the parser quotes in its messages begins with the last string or number that it read.
+    void NoteToken(RowTree::Kind kind) {
+        m_quoteIsStale =
+            m_quoteIsStale && kind != RowTree::Kind::Text && kind != RowTree::Kind::Number;
+    }
+
+    std::string_view WithoutStaleQuote(std::string_view why) const {
+        return m_quoteIsStale ? why.substr(0, why.find("; last read: ")) : why;
+    }
+
     bool HandOut() { return m_handler.TakeRow(m_row); }
+
+    // Takes the rows that follow the one that has just ended, each with the comma before it, as
+    // long as they are plain and have been read from the file as a whole. The parser, which has
+    // read no further than to that end, knows nothing of them, and goes on with what comes behind.
+    bool ReadPlainRows() {
+        while (true) {
+            const std::string_view ahead = m_characters.Ahead();
+            const std::size_t begin = PlainRowBegin(ahead);
+            if (begin == ahead.npos) {
+                return true;
+            }
+            m_builder.Begin(m_row);
+            const std::size_t size = ReadPlainJsonAhead(ahead.substr(begin), m_builder);
+            if (size == 0) {
+                return true;
+            }
+            m_row.number = ++m_number;
+            m_row.line = m_characters.Line() + CountLineEnds(ahead.substr(0, begin));
+            m_row.raw = size < m_limits.size ? ahead.substr(begin, size) : std::string_view();
+            m_characters.Skip(begin + size);
+            m_quoteIsStale = true;
+            if (!HandOut()) {
+                return false;
+            }
+        }
+    }
+
+    // Where an object or a list begins behind a comma and blanks; npos when something else comes.
+    static std::size_t PlainRowBegin(std::string_view ahead) {
+        constexpr std::string_view blanks = " \t\r\n";
+        const std::size_t comma = ahead.find_first_not_of(blanks);
+        if (comma == ahead.npos || ahead[comma] != ',') {
+            return ahead.npos;
+        }
+        const std::size_t begin = ahead.find_first_not_of(blanks, comma + 1);
+        const bool isRow = begin != ahead.npos && (ahead[begin] == '{' || ahead[begin] == '[');
+        return isRow ? begin : ahead.npos;
+    }
 
     Characters& m_characters;
     const std::optional<Path>& m_path;
@@ -276,6 +338,7 @@ class JsonReader::Events final : public JsonEvents {
     std::vector<Outside> m_outside;  // the objects and arrays around the rows, the innermost last
     bool m_inRows = false;           // the innermost of them is the array of the rows
     bool m_inRow = false;
+    bool m_quoteIsStale = false;  // rows were read that the parser has not seen
     std::uint64_t m_number = 0;
 };
 

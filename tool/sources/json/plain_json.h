@@ -1,6 +1,7 @@
 #ifndef TOOL_SOURCES_JSON_PLAIN_JSON_H
 #define TOOL_SOURCES_JSON_PLAIN_JSON_H
 
+#include <cstddef>
 #include <string_view>
 
 #include "tool/sources/json/row_builder.h"
@@ -12,6 +13,10 @@ namespace tool {
 // has to read it from its beginning, into a row that is begun anew. It decides on all that is odd
 // or wrong; a plain text means the same to both.
 bool ReadPlainJson(std::string_view text, RowBuilder& builder);
+
+// The same of an object or a list with which `text` begins, whatever follows it. Returns the bytes
+// that it takes; 0 where it is not plain, or does not end in `text`.
+std::size_t ReadPlainJsonAhead(std::string_view text, RowBuilder& builder);
 
 }  // namespace tool
 

@@ -68,26 +68,25 @@ void RowBuilder::AddNode(RowTree::Kind kind, std::string_view text) {
     }
     const bool isMember =
         !m_open.empty() && m_row->tree.KindOf(m_open.back()) == RowTree::Kind::Object;
-    const std::string name = isMember ? std::string(WithoutNul(m_name)) : std::string();
+    const std::string_view name = isMember ? WithoutNul(m_name, m_mendedName) : std::string_view();
     m_last = m_row->tree.Add(m_open.empty() ? RowTree::kNone : m_open.back(), kind, name,
-                             WithoutNul(text));
+                             WithoutNul(text, m_mendedText));
 }
 
-std::string_view RowBuilder::WithoutNul(std::string_view text) {
-    const auto nuls = std::count(text.begin(), text.end(), '\0');
-    if (nuls == 0) {
+std::string_view RowBuilder::WithoutNul(std::string_view text, std::string& mended) {
+    if (text.find('\0') == text.npos) {
         return text;
     }
-    m_row->nuls += static_cast<std::uint64_t>(nuls);
-    m_mended.clear();
+    m_row->nuls += static_cast<std::uint64_t>(std::count(text.begin(), text.end(), '\0'));
+    mended.clear();
     for (const char c : text) {
         if (c == '\0') {
-            m_mended += "\xEF\xBF\xBD";
+            mended += "\xEF\xBF\xBD";
         } else {
-            m_mended += c;
+            mended += c;
         }
     }
-    return m_mended;
+    return mended;
 }
 
 void RowBuilder::DropRepeated(RowTree::Index object) {

@@ -31,7 +31,7 @@ class RowBuilder {
 
   private:
     void AddNode(RowTree::Kind kind, std::string_view text);
-    std::string_view WithoutNul(std::string_view text);
+    std::string_view WithoutNul(std::string_view text, std::string& mended);
     void DropRepeated(RowTree::Index object);
 
     RowLimits m_limits;
@@ -41,7 +41,8 @@ class RowBuilder {
     std::size_t m_tooDeep = 0;               // further ones, of which nothing is kept
     std::size_t m_size = 0;                  // of texts and names
     std::string m_name;                      // of the member that comes next
-    std::string m_mended;
+    std::string m_mendedName;
+    std::string m_mendedText;
     bool m_isComplete = false;
 };
 

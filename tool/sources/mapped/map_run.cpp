@@ -46,7 +46,7 @@ constexpr int kPacketsVersion = 1;
 // The key of the records of a step in the journal. Packets follow from values, the places of these,
 // and this program.
 std::string KeyOf(const RecordSpool& records, const StepPackets& packets) {
-    std::string parts = fmt::format("{} {}\n", kPacketsVersion, records.Sha256());
+    std::string parts = fmt::format("{} {}\n", kPacketsVersion, records.Hash());
     for (const auto& [field, place] : packets.places) {
         parts += fmt::format("{} {}\n", static_cast<int>(place), field);
     }

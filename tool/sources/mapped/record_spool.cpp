@@ -15,7 +15,7 @@ void RecordSpool::Add(const MadeRecord& record) {
 
 void RecordSpool::Finish() {
     m_spool.Finish();
-    m_sha256 = m_hash.HexDigest();
+    m_hexHash = m_hash.HexDigest();
 }
 
 bool RecordSpool::Reader::Next(MadeRecord& record) {

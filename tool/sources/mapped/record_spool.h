@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "recorddb/sha256.h"
+#include "tool/io/content_hash.h"
 #include "tool/io/frame_spool.h"
 #include "tool/sources/mapped/made_record.h"
 
@@ -21,9 +21,8 @@ class RecordSpool {
     // To be called once, after the last Add.
     void Finish();
 
-    // After Finish: the SHA-256 of what the records say, in their order, as 64 lower-case
-    // hexadecimal digits.
-    const std::string& Sha256() const { return m_sha256; }
+    // After Finish: the hash of what the records say, in their order, in hexadecimal digits.
+    const std::string& Hash() const { return m_hexHash; }
     std::uint64_t Size() const { return m_spool.Size(); }
 
     // A reading, which must not outlive the spool.
@@ -41,8 +40,8 @@ class RecordSpool {
 
   private:
     FrameSpool m_spool;
-    recorddb::Sha256 m_hash;
-    std::string m_sha256;
+    ContentHash m_hash;
+    std::string m_hexHash;
 };
 
 }  // namespace tool

@@ -21,7 +21,7 @@ void FindFrom(const RowTree& tree, Index node, std::span<const std::string> step
         // A CSV file may have several columns of one name.
         for (Index child = tree.FirstChild(node); child != RowTree::kNone;
              child = tree.Next(child)) {
-            if (tree.Name(child) == step) {
+            if (tree.HasName(child, step)) {
                 FindFrom(tree, child, steps.subspan(1), nodes);
             }
         }

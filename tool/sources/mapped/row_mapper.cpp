@@ -229,8 +229,11 @@ void RowMapper::MakeRecord(const Step& step, const RowItem& item) {
 // Also of a record that is rejected: it may be mended, and then it is there.
 void RowMapper::NoteKnown(const Step& step, const MadeRecord& record) {
     for (const StepField& field : step.plan->fields) {
+        if (!field.isKnown) {
+            continue;
+        }
         for (const SourceField& made : record.values.fields) {
-            if (field.isKnown && made.name == field.plan.field->name) {
+            if (made.name == field.plan.field->name) {
                 m_parts.keys.AddValue(*field.isKnown, made.values.front());
             }
         }
@@ -240,6 +243,7 @@ void RowMapper::NoteKnown(const Step& step, const MadeRecord& record) {
 // True unless a value could not be made. The others are made all the same: they help to mend the
 // record.
 bool RowMapper::MakeFields(const Step& step, const RowItem& item, MadeRecord& record) {
+    record.values.fields.reserve(step.plan->fields.size());
     for (const StepField& field : step.plan->fields) {
         MadeValue value = m_parts.values.Make(field.plan, item);
         if (!value.error.empty() && record.error.empty()) {

@@ -174,7 +174,18 @@ std::string ValueMaker::TooLarge(std::string_view what) const {
     return fmt::format("{} would make more than {} bytes of it", what, m_largest);
 }
 
+// Whether what TakeTexts finds is what the map makes of it, as for most fields.
+bool ValueMaker::LeavesAsItIs(const FieldPlan& plan) const {
+    const MapValue& field = plan.field->value;
+    return !field.from.empty() && !field.split && !field.trim && field.replace.empty() &&
+           field.letterCase == LetterCase::AsIs && field.table == nullptr && !plan.isTime &&
+           !field.cut && m_forbidden == ForbiddenCharacters::Keep;
+}
+
 void ValueMaker::ChangeTexts(const FieldPlan& plan, MadeValue& value) {
+    if (LeavesAsItIs(plan)) {
+        return;
+    }
     const MapValue& field = plan.field->value;
     if (field.split) {
         std::vector<std::string> parts;

@@ -54,6 +54,7 @@ class ValueMaker {
                     MadeValue& value);
     bool TakeTexts(const FieldPlan& plan, const RowItem& item, const MapAddress& address,
                    std::vector<std::string>& texts, std::string& error);
+    bool LeavesAsItIs(const FieldPlan& plan) const;
     void ChangeTexts(const FieldPlan& plan, MadeValue& value);
     void ChangeText(const FieldPlan& plan, std::string& text, std::string& error);
     void LookUp(const FieldPlan& plan, std::string& text, std::string& error);

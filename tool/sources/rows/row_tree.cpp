@@ -52,15 +52,9 @@ RowTree::Index RowTree::Append(Index parent, Node node, std::string_view text) {
     return index;
 }
 
-std::string_view RowTree::Name(Index node) const {
-    const Node& named = m_nodes[node];
-    const std::string& texts = named.lastingName ? m_lastingTexts : m_texts;
-    return {texts.data() + named.nameBegin, named.nameSize};
-}
-
 RowTree::Index RowTree::Child(Index object, std::string_view name) const {
     for (Index child = FirstChild(object); child != kNone; child = Next(child)) {
-        if (Name(child) == name) {
+        if (HasName(child, name)) {
             return child;
         }
     }
@@ -76,11 +70,29 @@ RowTree::Index RowTree::ChildAt(Index parent, std::size_t place) const {
     return child;
 }
 
-// Sorting keeps the work small for an object of any size.
+bool RowTree::AreDifferent(const std::vector<Index>& children) const {
+    for (std::size_t i = 1; i < children.size(); ++i) {
+        const std::string_view name = Name(children[i]);
+        for (std::size_t before = 0; before < i; ++before) {
+            if (HasName(children[before], name)) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+// Comparing each with each is the fastest way for few; sorting keeps the work small for an object
+// of any size.
 std::size_t RowTree::DropRepeated(Index object, std::string& name) {
-    std::vector<Index> children;
+    constexpr std::size_t few = 32;
+    std::vector<Index>& children = m_children;
+    children.clear();
     for (Index child = FirstChild(object); child != kNone; child = Next(child)) {
         children.push_back(child);
+    }
+    if (children.size() <= few && AreDifferent(children)) {
+        return 0;
     }
     std::sort(children.begin(), children.end(), [this](Index a, Index b) {
         const int order = Name(a).compare(Name(b));

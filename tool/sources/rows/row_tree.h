@@ -46,7 +46,14 @@ class RowTree {
     std::string_view Text(Index node) const {
         return {m_texts.data() + m_nodes[node].textBegin, m_nodes[node].textSize};
     }
-    std::string_view Name(Index node) const;
+    std::string_view Name(Index node) const {
+        const Node& named = m_nodes[node];
+        const std::string& texts = named.lastingName ? m_lastingTexts : m_texts;
+        return {texts.data() + named.nameBegin, named.nameSize};
+    }
+    bool HasName(Index node, std::string_view name) const {
+        return m_nodes[node].nameSize == name.size() && Name(node) == name;
+    }
     Index FirstChild(Index node) const { return m_nodes[node].first; }
     Index Next(Index node) const { return m_nodes[node].next; }
     // The child of an object called `name`; the first one where several are.
@@ -73,12 +80,14 @@ class RowTree {
     };
 
     Index Append(Index parent, Node node, std::string_view text);
+    bool AreDifferent(const std::vector<Index>& children) const;
     void DropAmong(Index object, const std::vector<Index>& dropped);
 
     std::vector<Node> m_nodes;
     std::string m_texts;
     std::string m_lastingTexts;
     std::vector<LastingName> m_lastingNames;
+    std::vector<Index> m_children;  // of one object, to be searched
 };
 
 }  // namespace tool

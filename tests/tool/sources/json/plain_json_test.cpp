@@ -7,6 +7,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "rows_read.h"
 #include "tool/sources/json/json_lines_reader.h"
@@ -117,6 +118,59 @@ TEST(PlainJson, MeansTheSameAsTheParserOrLeavesItToThat) {
         ASSERT_EQ(RowsRead(lines).Values(), RowsRead(reader).Values());
     }
     EXPECT_GT(plain, 1000);
+}
+
+// An array of which most elements are rows that can be read without the parser.
+std::string RandomArray(RandomJson& random) {
+    std::string text = "[";
+    for (std::size_t i = 1 + random.Below(5); i > 0; --i) {
+        text += random.Value(3) + (random.Below(4) == 0 ? " \n" : "") + (i > 1 ? "," : "");
+        text += random.Below(4) == 0 ? "\n\t" : "";
+    }
+    return text + "]";
+}
+
+// All that a reader handed out, but for what the parser quotes of the text where that is wrong: it
+// can quote only what it has read itself.
+std::vector<RowsRead::Entry> EntriesOf(const RowsRead& read) {
+    std::vector<RowsRead::Entry> entries = read.rows;
+    for (RowsRead::Entry& entry : entries) {
+        entry.error = entry.error.substr(0, entry.error.find("; last read: "));
+    }
+    return entries;
+}
+
+// With a chunk of one byte no element is there as a whole, so the parser reads everything.
+TEST(PlainJson, MakesTheSameRowsOfAnArrayAsTheParser) {
+    int rows = 0;
+    for (unsigned seed = 0; seed < 3000; ++seed) {
+        RandomJson random(seed);
+        std::string text = RandomArray(random);
+        if (seed % 2 == 0) {
+            random.Garble(text);
+        }
+        SCOPED_TRACE(text);
+        TextBytes bytes(text);
+        JsonReader reader(bytes);
+        const RowsRead read(reader);
+        TextBytes sameBytes(text);
+        JsonReader parser(sameBytes, std::nullopt, {}, 1);
+        ASSERT_EQ(EntriesOf(read), EntriesOf(RowsRead(parser)));
+        rows += static_cast<int>(read.rows.size());
+    }
+    EXPECT_GT(rows, 3000);
+}
+
+TEST(PlainJson, ReadsAheadToTheEndOfAValue) {
+    const auto sizeOf = [](std::string_view text) {
+        Row row;
+        RowBuilder builder({});
+        builder.Begin(row);
+        return ReadPlainJsonAhead(text, builder);
+    };
+    EXPECT_EQ(sizeOf(R"({"a":[1]}, {)"), 9U);
+    EXPECT_EQ(sizeOf(R"({"a":[1])"), 0U);
+    EXPECT_EQ(sizeOf(R"({"a":"\u0041"})"), 0U);
 }
 
 TEST(PlainJson, ReadsWhatRowsMostlyAre) {

@@ -19,13 +19,18 @@ CommandSources::CommandSources(const std::vector<std::string>& arguments, const 
     m_inputs = FindMapInputs(*m_map, arguments);
 }
 
-std::vector<Source> CommandSources::Files() const {
+std::vector<InputFile> CommandSources::Files() const {
+    std::vector<InputFile> files;
     if (!m_map) {
-        return m_list->Sources();
+        for (const Source& source : m_list->Sources()) {
+            files.push_back({source.path, "the packet file " + source.name});
+        }
+        return files;
     }
-    std::vector<Source> files = {{m_mapName, m_mapName, 0, nullptr}};
+    files.push_back({m_mapName, "the map " + m_mapName});
     for (const MapInput& input : m_inputs.inputs) {
-        files.push_back({input.path == "-" ? "/dev/stdin" : input.path, input.name, 0, nullptr});
+        files.push_back(
+            {input.path == "-" ? "/dev/stdin" : input.path, "the source " + input.name});
     }
     return files;
 }

@@ -1,6 +1,7 @@
 #ifndef TOOL_COMMANDS_COMMAND_SOURCES_H
 #define TOOL_COMMANDS_COMMAND_SOURCES_H
 
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,6 +17,12 @@
 
 namespace tool {
 
+// A file that a command reads.
+struct InputFile {
+    std::filesystem::path path;
+    std::string what;  // for messages: "the map bugs.yaml"
+};
+
 // The sources that a command line names: packets, or other files with a map.
 class CommandSources {
   public:
@@ -23,7 +30,7 @@ class CommandSources {
     CommandSources(const std::vector<std::string>& arguments, const std::string& map);
 
     // What is read, to be kept from being written over.
-    std::vector<Source> Files() const;
+    std::vector<InputFile> Files() const;
 
     // Makes records of the rows of mapped files; nothing is left to do for packets. False when the
     // process was interrupted. `findsFast`: an index may be made in the database where it has none;

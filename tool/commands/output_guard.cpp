@@ -43,10 +43,10 @@ bool IsBelow(const fs::path& file, const fs::path& folder) {
 
 // What every such command reads.
 void KeepInputs(OutputGuard& guard, const std::string& database,
-                const std::vector<std::string>& arguments, const std::vector<Source>& sources) {
+                const std::vector<std::string>& arguments, const std::vector<InputFile>& inputs) {
     guard.KeepDatabase(database);
-    for (const Source& source : sources) {
-        guard.Keep(source.path, "the packet file " + source.name);
+    for (const InputFile& input : inputs) {
+        guard.Keep(input.path, input.what);
     }
     // A pipe is copied before it is read, and the list of sources holds the copy.
     for (const std::string& argument : arguments) {
@@ -139,10 +139,10 @@ void OutputGuard::CheckFolders(const std::string& output, const fs::path& path) 
     }
 }
 
-void CheckOutputs(const LoadOptions& options, const std::vector<Source>& sources,
+void CheckOutputs(const LoadOptions& options, const std::vector<InputFile>& inputs,
                   const std::vector<fs::path>& rejectedRows) {
     OutputGuard guard;
-    KeepInputs(guard, options.database, options.sources, sources);
+    KeepInputs(guard, options.database, options.sources, inputs);
     guard.KeepFolder(options.attachments, "a file in the attachments folder");
     guard.KeepRejects(options.rejects);
     guard.CheckStandardOutputs();
@@ -154,9 +154,9 @@ void CheckOutputs(const LoadOptions& options, const std::vector<Source>& sources
     guard.Check("--trace", options.trace);
 }
 
-void CheckOutputs(const VerifyOptions& options, const std::vector<Source>& sources) {
+void CheckOutputs(const VerifyOptions& options, const std::vector<InputFile>& inputs) {
     OutputGuard guard;
-    KeepInputs(guard, options.database, options.sources, sources);
+    KeepInputs(guard, options.database, options.sources, inputs);
     guard.KeepFolder(options.attachments, "a file in the attachments folder");
     guard.CheckStandardOutputs();
     guard.Check("--report", options.report);

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "tool/commands/command_sources.h"
 #include "tool/commands/survey_command.h"
 #include "tool/io/file_identity.h"
 #include "tool/load/load_options.h"
-#include "tool/sources/source_list.h"
 #include "tool/survey/survey_files.h"
 #include "tool/verify/verify_options.h"
 
@@ -54,9 +54,9 @@ class OutputGuard {
 
 // Check that no output that was asked for is another file of the command. To be called before any
 // output is opened. Throw UsageError.
-void CheckOutputs(const LoadOptions& options, const std::vector<Source>& sources,
+void CheckOutputs(const LoadOptions& options, const std::vector<InputFile>& inputs,
                   const std::vector<std::filesystem::path>& rejectedRows = {});
-void CheckOutputs(const VerifyOptions& options, const std::vector<Source>& sources);
+void CheckOutputs(const VerifyOptions& options, const std::vector<InputFile>& inputs);
 void CheckOutputs(const SurveyRequest& request, const SurveyFiles& files);
 
 }  // namespace tool

@@ -10,7 +10,8 @@ namespace tool {
 
 namespace {
 
-// Data that are used as names would make any number of addresses.
+// Data that are used as names would make any number of addresses. Values at those past the limit
+// are looked at anew each time, and counted together.
 constexpr std::size_t kMostNodes = 20000;
 
 std::string Encoded(std::string_view step) {
@@ -100,11 +101,32 @@ void AddressTally::Visit(const RowTree& row, RowTree::Index value, Node& node) {
     const bool isList = row.KindOf(value) == RowTree::Kind::List;
     std::size_t place = 0;
     for (auto child = row.FirstChild(value); child != RowTree::kNone; child = row.Next(child)) {
-        Node* const below = ChildOf(node, isList ? "*" : row.Name(child), place, isList);
+        const std::string_view name = isList ? StepTo(place) : row.Name(child);
+        Node* const below = ChildOf(node, name, place, isList);
         if (below != nullptr) {
             Visit(row, child, *below);
+        } else {
+            VisitBeyond(row, child, node, name, place);
         }
         ++place;
+    }
+}
+
+// The step of addresses that leads to a place in a list.
+std::string_view AddressTally::StepTo(std::size_t place) const {
+    const auto digits = m_places.find(place);
+    return digits == m_places.end() ? std::string_view("*") : digits->second;
+}
+
+// What is found out about an address past the limit is forgotten again.
+void AddressTally::VisitBeyond(const RowTree& row, RowTree::Index value, const Node& node,
+                               std::string_view name, std::size_t place) {
+    Node passing = ChildNode(node, name, place);
+    Settle(passing);
+    Visit(row, value, passing);
+    if (passing.values > 0) {
+        m_beyond.place = m_beyond.values == 0 ? passing.place : m_beyond.place;
+        m_beyond.values += passing.values;
     }
 }
 
@@ -112,10 +134,6 @@ void AddressTally::Visit(const RowTree& row, RowTree::Index value, Node& node) {
 // the right one.
 AddressTally::Node* AddressTally::ChildOf(Node& node, std::string_view name, std::size_t place,
                                           bool isElement) {
-    const auto digits = isElement ? m_places.find(place) : m_places.end();
-    if (digits != m_places.end()) {
-        name = digits->second;
-    }
     if (!isElement && place < node.children.size() && node.children[place]->path.back() == name) {
         return node.children[place].get();
     }
@@ -125,18 +143,25 @@ AddressTally::Node* AddressTally::ChildOf(Node& node, std::string_view name, std
     if (found != node.byName.end() && !isOtherColumn) {
         return found->second;
     }
-    if (++m_nodes > kMostNodes) {
+    if (m_nodes == kMostNodes) {
         return nullptr;
     }
-    auto child = std::make_unique<Node>();
-    child->path = node.path;
-    child->path.emplace_back(name);
-    child->column = place;
+    ++m_nodes;
+    auto child = std::make_unique<Node>(ChildNode(node, name, place));
     Settle(*child);
     Node* const added = child.get();
     node.children.push_back(std::move(child));
     node.byName.emplace(std::string(name), added);
     return added;
+}
+
+AddressTally::Node AddressTally::ChildNode(const Node& node, std::string_view name,
+                                           std::size_t place) {
+    Node child;
+    child.path = node.path;
+    child.path.emplace_back(name);
+    child.column = place;
+    return child;
 }
 
 // Finds out what the map does with the values at a new address.

@@ -46,13 +46,19 @@ class AddressTally {
 
     const std::vector<Known>& AllKnown() const { return m_known; }
     std::vector<Unread> AllUnread() const;
+    // Values that no step reads at the addresses past the limit, all together, without an address.
+    const Unread& UnreadBeyond() const { return m_beyond; }
     std::uint64_t Rows() const { return m_rows; }
 
   private:
     struct Node;
 
     void Visit(const RowTree& row, RowTree::Index value, Node& node);
+    void VisitBeyond(const RowTree& row, RowTree::Index value, const Node& node,
+                     std::string_view name, std::size_t place);
+    std::string_view StepTo(std::size_t place) const;
     Node* ChildOf(Node& node, std::string_view name, std::size_t place, bool isElement);
+    static Node ChildNode(const Node& node, std::string_view name, std::size_t place);
     void Settle(Node& node);
     bool Matches(const Known& known, const std::vector<std::string>& path, bool isPrefix,
                  std::size_t column) const;
@@ -67,6 +73,7 @@ class AddressTally {
     std::unique_ptr<Node> m_root;
     std::uint64_t m_rows = 0;
     std::size_t m_nodes = 0;
+    Unread m_beyond;
 };
 
 }  // namespace tool

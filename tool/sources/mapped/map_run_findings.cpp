@@ -2,7 +2,9 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
+#include <array>
 #include <map>
+#include <string_view>
 
 #include "tool/sources/mapped/map_run.h"
 #include "tool/text/number_text.h"
@@ -43,83 +45,65 @@ MapFinding UnreadFiles(const std::vector<std::string>& files, std::string_view s
     return finding;
 }
 
-// What a note says, with the weight that it has; `subject` is the first line of what it is about.
-MapFinding FindingOf(MapNote note, const std::string& subject, const MapNotes::Entry& entry) {
+// How much there is to a note, and the word for it in reports that programs read.
+struct NoteKind {
+    MapNote note;
+    FindingWeight weight;
+    std::string_view word;
+};
+
+constexpr std::array kNoteKinds = {
+    NoteKind{MapNote::OutsideValue, FindingWeight::Loss, "unread-address"},
+    NoteKind{MapNote::IgnoredValue, FindingWeight::Count, "ignored-address"},
+    NoteKind{MapNote::PassedOver, FindingWeight::Count, "passed-over"},
+    NoteKind{MapNote::UnknownValue, FindingWeight::Note, "unknown-value"},
+    NoteKind{MapNote::RepeatedKey, FindingWeight::Count, "repeated-key"},
+    NoteKind{MapNote::DifferentRepeat, FindingWeight::Note, "different-repeat"},
+    NoteKind{MapNote::LeftOut, FindingWeight::Note, "left-out"},
+    NoteKind{MapNote::RepeatedMember, FindingWeight::Note, "repeated-member"},
+    NoteKind{MapNote::ReplacedCharacter, FindingWeight::Loss, "replaced-character"},
+    NoteKind{MapNote::CutText, FindingWeight::Loss, "cut-text"},
+    NoteKind{MapNote::DoubledTime, FindingWeight::Note, "doubled-time"}};
+
+MapFinding FindingOf(MapNote note, const MapNotes::Entry& entry, std::string text) {
+    const auto* const kind =
+        std::find_if(kNoteKinds.begin(), kNoteKinds.end(),
+                     [note](const NoteKind& candidate) { return candidate.note == note; });
+    return {kind->weight, std::string(kind->word), entry.place, entry.count, std::move(text), ""};
+}
+
+// What a note says that is all there is to its subject.
+std::string TextOf(MapNote note, const std::string& subject, const MapNotes::Entry& entry) {
     const std::uint64_t count = entry.count;
     const std::string first = First(entry.place);
     switch (note) {
         case MapNote::OutsideValue:
-            return {FindingWeight::Loss,
-                    "unread-address",
-                    entry.place,
-                    count,
-                    fmt::format("no step reads {}, which stands outside of the rows ({})", subject,
-                                CountOf(count, "value")),
-                    ""};
+            return fmt::format("no step reads {}, which stands outside of the rows ({})", subject,
+                               CountOf(count, "value"));
         case MapNote::IgnoredValue:
-            return {FindingWeight::Count,
-                    "ignored-address",
-                    entry.place,
-                    count,
-                    fmt::format("{} outside of the rows is left out by the map ({})", subject,
-                                CountOf(count, "value")),
-                    ""};
+            return fmt::format("{} outside of the rows is left out by the map ({})", subject,
+                               CountOf(count, "value"));
         case MapNote::PassedOver:
-            return {FindingWeight::Count,
-                    "passed-over",
-                    entry.place,
-                    count,
-                    fmt::format("{}: {} passed over by 'when'", subject, CountOf(count, "row")),
-                    ""};
+            return fmt::format("{}: {} passed over by 'when'", subject, CountOf(count, "row"));
         case MapNote::RepeatedKey:
-            return {FindingWeight::Count,
-                    "repeated-key",
-                    entry.place,
-                    count,
-                    fmt::format("{}: {} came again, and the first of each was taken", subject,
-                                CountOf(count, "key")),
-                    ""};
+            return fmt::format("{}: {} came again, and the first of each was taken", subject,
+                               CountOf(count, "key"));
         case MapNote::LeftOut:
-            return {FindingWeight::Note,
-                    "left-out",
-                    entry.place,
-                    count,
-                    fmt::format("{}: {} to what is neither in the sources nor in the database "
-                                "left out",
-                                subject, CountOf(count, "reference")),
-                    ""};
+            return fmt::format(
+                "{}: {} to what is neither in the sources nor in the database left out", subject,
+                CountOf(count, "reference"));
         case MapNote::RepeatedMember:
-            return {FindingWeight::Note,
-                    "repeated-member",
-                    entry.place,
-                    count,
-                    fmt::format("the member \"{}\" of an object is named again ({}{}); the last "
-                                "one counts",
-                                subject, CountOf(count, "time"), first),
-                    ""};
+            return fmt::format(
+                "the member \"{}\" of an object is named again ({}{}); the last one counts",
+                subject, CountOf(count, "time"), first);
         case MapNote::ReplacedCharacter:
-            return {FindingWeight::Loss,
-                    "replaced-character",
-                    entry.place,
-                    count,
-                    fmt::format("{}: {} replaced by U+FFFD{}", subject,
-                                CountOf(count, "control character"), first),
-                    ""};
+            return fmt::format("{}: {} replaced by U+FFFD{}", subject,
+                               CountOf(count, "control character"), first);
         case MapNote::CutText:
-            return {FindingWeight::Loss,
-                    "cut-text",
-                    entry.place,
-                    count,
-                    fmt::format("{}: {} cut{}", subject, CountOf(count, "text"), first),
-                    ""};
+            return fmt::format("{}: {} cut{}", subject, CountOf(count, "text"), first);
         default:
-            return {FindingWeight::Note,
-                    "doubled-time",
-                    entry.place,
-                    count,
-                    fmt::format("{}: {} that the clocks showed twice taken as the first{}", subject,
-                                CountOf(count, "local time"), first),
-                    ""};
+            return fmt::format("{}: {} that the clocks showed twice taken as the first{}", subject,
+                               CountOf(count, "local time"), first);
     }
 }
 
@@ -158,6 +142,14 @@ void MapRun::AddTallyFindings(std::size_t source, MapFindings& findings) const {
                          CountOf(unread.values, "value"), First(unread.place)),
              fmt::format("ignore: [{}]   # of source {}", AsYaml(unread.address), name)});
     }
+    if (const AddressTally::Unread& beyond = tally.UnreadBeyond(); beyond.values > 0) {
+        findings.all.push_back(
+            {FindingWeight::Loss, "unread-address", beyond.place, beyond.values,
+             fmt::format("no step reads {} at further addresses of {}, of which there are too many "
+                         "to name each{}",
+                         CountOf(beyond.values, "value"), name, First(beyond.place)),
+             ""});
+    }
     for (const AddressTally::Known& known : tally.AllKnown()) {
         if (known.isIgnored) {
             findings.ignored += known.values;
@@ -189,7 +181,8 @@ void MapRun::AddNoteFindings(MapFindings& findings) const {
     for (const auto& [key, entry] : m_notes.All()) {
         const auto& [note, subject] = key;
         if (note != MapNote::UnknownValue && note != MapNote::DifferentRepeat) {
-            findings.all.push_back(FindingOf(note, subject, entry));
+            findings.all.push_back(
+                FindingOf(note, entry, TextOf(note, subject.empty() ? "others" : subject, entry)));
             findings.ignored += note == MapNote::IgnoredValue ? entry.count : 0;
             continue;
         }
@@ -207,20 +200,21 @@ void MapRun::AddNoteFindings(MapFindings& findings) const {
     }
     for (const auto& [key, one] : gathered) {
         const auto& [note, subject] = key;
-        MapFinding finding{FindingWeight::Note, "", one.place, one.count, "", ""};
+        const MapNotes::Entry entry{one.count, one.place};
         if (note == MapNote::UnknownValue) {
-            finding.kind = "unknown-value";
-            finding.text = fmt::format("the table {} lacks {}, in {}{}", subject,
-                                       CountOf(one.details.size(), "value"),
-                                       CountOf(one.count, "place"), First(one.place));
-            finding.paste = fmt::format("{}", fmt::join(one.details, "\n"));
+            findings.all.push_back(
+                FindingOf(note, entry,
+                          fmt::format("the table {} lacks {}, in {}{}", subject,
+                                      CountOf(one.details.size(), "value"),
+                                      CountOf(one.count, "place"), First(one.place))));
+            findings.all.back().paste = fmt::format("{}", fmt::join(one.details, "\n"));
         } else {
-            finding.kind = "different-repeat";
-            finding.text = fmt::format("{}: {} came again and said something else: {}", subject,
-                                       CountOf(one.count, "key"),
-                                       one.details.empty() ? std::string() : one.details.front());
+            findings.all.push_back(
+                FindingOf(note, entry,
+                          fmt::format("{}: {} came again and said something else: {}", subject,
+                                      CountOf(one.count, "key"),
+                                      one.details.empty() ? std::string() : one.details.front())));
         }
-        findings.all.push_back(std::move(finding));
     }
 }
 

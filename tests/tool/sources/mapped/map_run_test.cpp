@@ -3,20 +3,15 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
-#include <filesystem>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "temporary_folder.h"
+#include "map_run_fixture.h"
 #include "tool/io/source_error.h"
-#include "tool/map/map_check.h"
-#include "tool/map/map_reader.h"
 
 namespace tool {
 namespace {
@@ -24,110 +19,6 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-
-constexpr const char* kTracker = R"(
-record_types:
-  user: {key: [login], fields: {login: {type: text}, name: {type: text}}}
-  bug:
-    prefix: BUG
-    states: [NEW, CLOSED]
-    fields:
-      source_id: {type: text, unique: true}
-      title: {type: text}
-      opened: {type: datetime}
-      owner: {type: reference, to: user}
-      cc: {type: reference_list, to: user}
-      files: {type: attachments}
-      log: {type: history}
-)";
-
-// Runs a map over files in a temporary folder.
-class MapRunTest : public testing::Test {
-  protected:
-    // What each step makes: the records as name=value, lists in brackets, "!" before an error.
-    std::vector<std::vector<std::string>> Run(const std::string& map) {
-        m_map = ReadMap("map: 1\n" + map, "map.yaml");
-        CheckMap(m_map, m_schema);
-        MapRun::Options options;
-        options.standardInput = m_standardInput;
-        options.keepsRows = true;
-        options.exists = [this](const auto& /*type*/, const auto& /*field*/,
-                                const std::string& value) { return value == m_existing; };
-        MapRun run(m_map, m_schema, FindMapInputs(m_map, {m_argument}), std::move(options));
-        EXPECT_TRUE(run.Run());
-        m_findings.clear();
-        m_losses = 0;
-        for (const MapFinding& finding : run.Findings().all) {
-            m_findings.push_back(finding.kind + ": " + Shortened(finding.text));
-            m_losses += finding.weight == FindingWeight::Loss ? 1 : 0;
-        }
-        m_hashes.clear();
-        m_rowsOf.clear();
-        std::vector<std::vector<std::string>> steps;
-        for (const auto& source : run.Sources()) {
-            const auto reading = source->Open();
-            m_hashes.push_back(source->Sha256());
-            if (reading->IsConfiguration()) {
-                m_configurations.push_back(reading->ReadConfiguration());
-                continue;
-            }
-            steps.emplace_back();
-            SourceRecord record;
-            while (reading->NextRecord(record)) {
-                steps.back().push_back(Shown(record));
-                m_rowsOf.push_back(record.rows->size());
-            }
-        }
-        return steps;
-    }
-
-    // One step that makes bugs of bugs.csv.
-    std::vector<std::string> Bugs(const std::string& fields, const std::string& more = "") {
-        return Run("sources: {bugs: {files: bugs.csv}}\n"
-                   "steps:\n- records: bug\n  source: bugs\n  key: source_id\n" +
-                   more + "  fields: {source_id: Nr" + fields + "}\n")
-            .front();
-    }
-
-    std::string Shortened(std::string text) const {
-        const std::string folder = m_folder.Path().string() + "/";
-        for (std::size_t at = text.find(folder); at != text.npos; at = text.find(folder)) {
-            text.erase(at, folder.size());
-        }
-        return text;
-    }
-
-    std::string Shown(const SourceRecord& record) const {
-        std::string text = record.error.empty() ? "" : "! " + Shortened(record.error) + ":";
-        for (const SourceField& field : record.values->fields) {
-            std::string value;
-            for (const std::string& item : field.values) {
-                value += (value.empty() ? "" : "|") + item;
-            }
-            text += (text.empty() ? "" : " ") + field.name + "=" +
-                    (field.isList ? "[" + value + "]" : value);
-        }
-        for (const SourceHistoryEntry& entry : record.values->history) {
-            text += " <" + entry.id + "," + entry.when + "," + entry.who + ">";
-        }
-        for (const SourceAttachment& file : record.values->attachments) {
-            text += " <" + file.id + "," + file.path + "," + file.description + ">";
-        }
-        return text;
-    }
-
-    const TemporaryFolder m_folder;
-    const recorddb::schema::Schema m_schema = recorddb::schema::ReadSchema(kTracker, "schema.yaml");
-    MapFile m_map;
-    std::string m_argument = m_folder.Path().string();  // the SOURCE
-    int m_standardInput = -1;
-    std::string m_existing;  // a value that the database has
-    std::vector<std::string> m_findings;
-    int m_losses = 0;  // among these
-    std::vector<std::string> m_hashes;
-    std::vector<std::size_t> m_rowsOf;  // the number of rows of each record
-    std::vector<std::string> m_configurations;
-};
 
 TEST_F(MapRunTest, GivesFieldsTheValuesOfColumns) {
     m_folder.Write("bugs.csv", "Nr,Title\n1,one\n2,\n");
@@ -162,26 +53,6 @@ TEST_F(MapRunTest, ChangesTheCaseOfAllLetters) {
     m_folder.Write("bugs.csv", "Nr,A\n1,ÄrgER\n");
     EXPECT_THAT(Bugs(", title: {from: A, case: lower}"), ElementsAre("source_id=1 title=ärger"));
     EXPECT_THAT(Bugs(", title: {from: A, case: upper}"), ElementsAre("source_id=1 title=ÄRGER"));
-}
-
-TEST_F(MapRunTest, SaysWhichValuesATableLacks) {
-    m_folder.Write("bugs.csv", "Nr,A\n1,x\n2,y\n3,y\n4,z\n");
-    EXPECT_THAT(Bugs(", title: {from: A, table: {x: X}}"),
-                ElementsAre("source_id=1 title=X",
-                            "! title: the table of records: bug, field title has no value for "
-                            "\"y\": source_id=2",
-                            "! title: the table of records: bug, field title has no value for "
-                            "\"y\": source_id=3",
-                            "! title: the table of records: bug, field title has no value for "
-                            "\"z\": source_id=4"));
-    EXPECT_THAT(m_findings,
-                ElementsAre("unknown-value: the table of records: bug, field title lacks 2 values, "
-                            "in 3 places, first in bugs.csv, row 2 (line 3)"));
-    EXPECT_THAT(Bugs(", title: {from: A, table: {x: X}, unknown: keep}").at(1),
-                "source_id=2 title=y");
-    EXPECT_THAT(Bugs(", title: {from: A, table: {x: X}, unknown: leave_out}").at(1), "source_id=2");
-    EXPECT_THAT(Bugs(", title: {from: A, table: {x: X}, unknown: other}").at(1),
-                "source_id=2 title=other");
 }
 
 TEST_F(MapRunTest, ReadsDatesOfAZone) {
@@ -221,25 +92,6 @@ TEST_F(MapRunTest, MakesOneRecordOfEachItem) {
                             "bugs.csv, row 1 (line 2))",
                             "repeated-key: records: user: 2 keys came again, and the first of each "
                             "was taken"));
-}
-
-TEST_F(MapRunTest, TellsWhatEachSameKeyDoes) {
-    m_folder.Write("bugs.csv", "Nr,A,B\n1,a,x\n2,b,y\n1,c,z\n1,a,x\n");
-    EXPECT_THAT(Bugs(", title: A, cc: B"),
-                ElementsAre("source_id=1 title=a cc=[x]", "source_id=2 title=b cc=[y]",
-                            "! its key \"1\" came before, in bugs.csv, row 1 (line 2): source_id=1 "
-                            "title=c cc=[z]",
-                            "! its key \"1\" came before, in bugs.csv, row 1 (line 2): source_id=1 "
-                            "title=a cc=[x]"));
-    EXPECT_THAT(Bugs(", title: A, cc: B", "  same_key: first\n"),
-                ElementsAre("source_id=1 title=a cc=[x]", "source_id=2 title=b cc=[y]"));
-    EXPECT_THAT(m_findings,
-                ElementsAre(HasSubstr("repeated-key: records: bug: 2 keys came again"),
-                            "different-repeat: records: bug: 1 key came again and said something "
-                            "else: \"1\" of bugs.csv, row 1 (line 2), and differs in bugs.csv, row "
-                            "3 (line 4)"));
-    EXPECT_THAT(Bugs(", title: A, cc: B", "  same_key: merge\n"),
-                ElementsAre("source_id=1 title=a cc=[x|z]", "source_id=2 title=b cc=[y]"));
 }
 
 TEST_F(MapRunTest, GathersTheHistoryOfARecordFromAllRows) {
@@ -310,53 +162,6 @@ TEST_F(MapRunTest, ReadsItemsOfJsonDocuments) {
                             "value)"));
 }
 
-TEST_F(MapRunTest, TellsOfValuesOutsideOfTheRowsUnlessTheyAreIgnored) {
-    m_folder.Write("a.json", R"({"total":1,"page":{"next":"x"},"issues":[{"key":"1"}]})");
-    EXPECT_THAT(Run("sources: {docs: {files: a.json, rows: issues, ignore: [/page]}}\nsteps:\n"
-                    "- {records: bug, source: docs, key: source_id, fields: {source_id: key}}\n")
-                    .front(),
-                ElementsAre("source_id=1"));
-    EXPECT_THAT(m_findings,
-                ElementsAre("ignored-address: /page/next outside of the rows is left out by the "
-                            "map (1 value)",
-                            "unread-address: no step reads /total, which stands outside of the "
-                            "rows (1 value)"));
-}
-
-TEST_F(MapRunTest, LeavesOutReferencesToWhatIsNowhere) {
-    m_folder.Write("bugs.csv", "Nr,A\n1,\"2, 3, 4\"\n2,1\n");
-    m_folder.Write("users.csv", "Login\n2\n");
-    m_existing = "4";
-    EXPECT_THAT(Run("sources: {bugs: {files: bugs.csv}, users: {files: users.csv}}\nsteps:\n"
-                    "- {records: bug, source: bugs, key: source_id, fields: {source_id: Nr, "
-                    "cc: {from: A, split: ',', known_only: true}}}\n"
-                    "- {records: user, source: users, key: login, fields: {login: Login}}\n"
-                    "- {duplicates: bug, source: bugs, key: source_id, fields: {source_id: Nr, "
-                    "duplicate_of: {from: A, known_only: true}}}\n"),
-                ElementsAre(ElementsAre("source_id=1 cc=[2|4]", "source_id=2"),
-                            ElementsAre("login=2"), ElementsAre("source_id=2 duplicate_of=1")));
-    EXPECT_THAT(m_findings, ElementsAre(HasSubstr("left-out: duplicates: bug, field duplicate_of: "
-                                                  "1 reference"),
-                                        HasSubstr("left-out: records: bug, field cc: 2 ")));
-}
-
-TEST_F(MapRunTest, PassesOverRowsForWhichATestFails) {
-    m_folder.Write("bugs.csv", "Nr,A\n1,x\n2,y\n3,\n");
-    EXPECT_THAT(Bugs("", "  when: [{from: A, has_value: true}, {from: A, is_not: y}]\n"),
-                ElementsAre("source_id=1"));
-    EXPECT_THAT(m_findings, ElementsAre("passed-over: records: bug: 2 rows passed over by 'when'"));
-    EXPECT_THAT(Bugs("", "  when: [{from: A, not_in: [x, y]}]\n"), ElementsAre("source_id=3"));
-}
-
-TEST_F(MapRunTest, RejectsARowThatCannotBeReadOnce) {
-    m_folder.Write("bugs.csv", "Nr\n1\n2,3\n");
-    EXPECT_THAT(Run("sources: {bugs: {files: bugs.csv}}\nsteps:\n"
-                    "- {records: user, source: bugs, key: login, fields: {login: Nr}}\n"
-                    "- {records: bug, source: bugs, key: source_id, fields: {source_id: Nr}}\n"),
-                ElementsAre(ElementsAre("login=1", "! it has 2 cells, and the header has 1:"),
-                            ElementsAre("source_id=1")));
-}
-
 TEST_F(MapRunTest, RejectsARecordWithoutAKeyAndAnObjectInThePlaceOfAValue) {
     m_folder.Write("a.jsonl", "{\"t\":\"x\",\"k\":null}\n{\"k\":1,\"t\":{}}\n");
     EXPECT_THAT(Run("sources: {a: {files: a.jsonl}}\nsteps:\n"
@@ -366,43 +171,6 @@ TEST_F(MapRunTest, RejectsARecordWithoutAKeyAndAnObjectInThePlaceOfAValue) {
                 ElementsAre("! source_id: it has no value, and records are known by it: title=x",
                             "! title: at t stands an object or a list, where one value is "
                             "expected: source_id=1"));
-}
-
-TEST_F(MapRunTest, ReplacesOrRejectsControlCharactersWhereTheMapSaysSo) {
-    m_folder.Write("bugs.csv", "Nr,A\n1,x\x0Cy\n");
-    EXPECT_THAT(Bugs(", title: A"), ElementsAre("source_id=1 title=x\x0Cy"));
-    const std::string rest =
-        "sources: {bugs: {files: bugs.csv}}\nsteps:\n- {records: bug, source: "
-        "bugs, key: source_id, fields: {source_id: Nr, title: A}}\n";
-    EXPECT_THAT(Run("forbidden_characters: replace\n" + rest).front(),
-                ElementsAre("source_id=1 title=x\xEF\xBF\xBDy"));
-    EXPECT_THAT(m_findings,
-                ElementsAre(HasSubstr("replaced-character: records: bug, field title")));
-    EXPECT_THAT(Run("forbidden_characters: reject\n" + rest).front(),
-                ElementsAre("! title: it holds the control character U+000C, and the map rejects "
-                            "such: source_id=1"));
-}
-
-TEST_F(MapRunTest, TellsOfAddressesThatNoRowHas) {
-    m_folder.Write("a.jsonl", "{\"k\":1}\n");
-    Run("sources: {a: {files: a.jsonl, ignore: gone}}\nsteps:\n"
-        "- {records: bug, source: a, key: source_id, fields: {source_id: k, title: titel, "
-        "owner: {from: who, optional: true}}}\n");
-    EXPECT_THAT(m_findings,
-                ElementsAre("missing-address: no row of a has titel, which is read in line 4, "
-                            "column 75; correct it, or say optional: true there",
-                            "missing-address: no row of a has gone, which is to be ignored in line "
-                            "2, column 39; correct it, or take it out"));
-    EXPECT_EQ(m_losses, 1);
-}
-
-TEST_F(MapRunTest, TellsOfWhatIsToBeIgnoredAroundTheRowsAndIsNotThere) {
-    m_folder.Write("a.json", R"({"page":{"next":"x"},"issues":[{"key":"1"}]})");
-    Run("sources: {docs: {files: a.json, rows: issues, ignore: [/page, /pages]}}\nsteps:\n"
-        "- {records: bug, source: docs, key: source_id, fields: {source_id: key}}\n");
-    EXPECT_THAT(m_findings,
-                ElementsAre(HasSubstr("no row of docs has /pages, which is to be ignored"),
-                            HasSubstr("/page/next outside of the rows is left out by the map")));
 }
 
 TEST_F(MapRunTest, RefusesAHeaderWithoutAColumnThatIsRead) {
@@ -489,21 +257,6 @@ TEST_F(MapRunTest, RefusesStandardInputForSeveralSources) {
     } catch (const SourceError& error) {
         EXPECT_THAT(error.what(), HasSubstr("for a map with a single source"));
     }
-}
-
-TEST_F(MapRunTest, ReadsNothingInFoldersThatIsNoFile) {
-    m_folder.Write("bugs.csv", "Nr\n1\n");
-    ASSERT_EQ(::mkfifo(m_folder.File("bugs2.csv").c_str(), 0600), 0);
-    std::filesystem::create_directory_symlink(m_folder.Path(), m_folder.File("again"));
-    std::filesystem::create_symlink("nowhere.csv", m_folder.File("bugs3.csv"));
-    EXPECT_THAT(Run("sources: {bugs: {files: 'bugs*.csv'}}\n"
-                    "steps: [{records: bug, source: bugs, key: source_id, "
-                    "fields: {source_id: Nr}}]\n")
-                    .front(),
-                ElementsAre("source_id=1"));
-    EXPECT_THAT(m_findings,
-                ElementsAre("unread-file: not read, being pipes, devices, or links that lead to no "
-                            "file: 3 files, again, bugs2.csv, bugs3.csv"));
 }
 
 TEST(FitsPattern, KnowsStars) {

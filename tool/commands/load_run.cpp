@@ -108,22 +108,9 @@ std::vector<LoadSink*> PointersTo(const std::vector<std::unique_ptr<LoadSink>>& 
 // Tells what the reading of the sources through a map has found.
 void TellFindings(const CommandSources& sources, LoadSinks& sinks) {
     for (const MapFinding& finding : sources.Findings().all) {
+        sinks.Find(finding);
         if (const auto loss = LossOf(finding, sources.MapName())) {
             sinks.Lose(*loss);
-        } else if (finding.weight == FindingWeight::Count) {
-            sinks.Say(finding.text);
-        } else {
-            sinks.Warn("note: " + finding.text);
-        }
-    }
-}
-
-// Lines that are to be pasted into the map stand at the end, where they are found again.
-void TellLinesToPaste(const CommandSources& sources, LoadSinks& sinks) {
-    for (const MapFinding& finding : sources.Findings().all) {
-        if (!finding.paste.empty()) {
-            sinks.Say(fmt::format("To be pasted into {} ({}):\n{}", sources.MapName(), finding.text,
-                                  finding.paste));
         }
     }
 }
@@ -167,7 +154,6 @@ int LoadInto(const LoadKind& kind, const LoadOptions& options, CommandSources& s
     if (!complete) {
         SayWhyStopped(options, kind.policy, sinks);
     }
-    TellLinesToPaste(sources, sinks);
     sinks.Finish();
     return ExitCodeOf(sinks, kind.policy);
 }

@@ -23,13 +23,12 @@ namespace {
 // What a map loses differs from the sources, whatever the database holds.
 void TellFindings(const CommandSources& sources, VerifySinks& sinks) {
     for (const MapFinding& finding : sources.Findings().all) {
+        sinks.Finds(finding);
         if (finding.weight == FindingWeight::Loss) {
             Difference difference;
             difference.source = sources.MapName();
             difference.problem = finding.text;
             sinks.Differs(difference);
-        } else if (finding.weight == FindingWeight::Note) {
-            sinks.Warns("note: " + finding.text);
         }
     }
 }

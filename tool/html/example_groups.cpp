@@ -28,7 +28,8 @@ void ExampleGroup::Add(const Example& example) {
         return;
     }
     examples.push_back({Clipped(example.source, kExampleNameLimit), example.record, example.line,
-                        Clipped(example.sourceId, kExampleNameLimit), example.details});
+                        Clipped(example.sourceId, kExampleNameLimit), example.details,
+                        example.unit});
     for (ExampleDetail& detail : examples.back().details) {
         detail.text = Clipped(detail.text, kTextLimit);
     }

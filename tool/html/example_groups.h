@@ -26,6 +26,7 @@ struct Example {
     std::uint64_t line = 0;    // from 1; 0: the source as a whole
     std::string sourceId;      // empty when there is none
     std::vector<ExampleDetail> details;
+    std::string unit = "record";  // what `record` counts: a "row", say
 };
 
 // Things of one kind: how many there are, and the first few of them.

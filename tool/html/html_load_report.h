@@ -21,6 +21,7 @@ class HtmlLoadReport final : public LoadSink {
     void Configures(const ImportConfiguration& configuration, const LoadTotals& soFar) override;
     void PassesOver(std::uint64_t records) override { m_summary.AddLoadedBefore(records); }
     void LeavesRejected(std::uint64_t records) override { m_summary.AddRejectedBefore(records); }
+    void Finds(const MapFinding& finding) override { m_summary.AddFinding(finding); }
     void Rejects(const RejectedRecord& record) override { m_summary.AddReject(record); }
     void Loses(const Loss& loss) override { m_summary.AddLoss(loss); }
     void Advances(const LoadTotals& soFar, std::uint64_t bytes) override;

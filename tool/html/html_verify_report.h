@@ -17,6 +17,7 @@ class HtmlVerifyReport final : public VerifySink {
     // `journal` is the database's, and stays the caller's.
     HtmlVerifyReport(const VerifyOptions& options, recorddb::journal::Journal& journal);
 
+    void Finds(const MapFinding& finding) override { m_findings.AddFinding(finding); }
     void IsFaulty(const recorddb::Fault& fault) override;
     void Reads(const DataSource& source) override;
     void Differs(const Difference& difference) override;

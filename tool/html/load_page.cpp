@@ -110,7 +110,7 @@ std::string LoadPage(const RunSummary& summary) {
     return PageDocument(facts, VerdictOf(summary),
                         TotalsSection(summary) + StepsSection(NextSteps(summary)) +
                             TypesSection(summary) + RejectsSection(summary) +
-                            LossesSection(summary) +
+                            LossesSection(summary) + summary.Findings().SectionHtml() +
                             PageSection("rate", "Records over time",
                                         RateChart(summary.Rate(), summary.AverageRate())) +
                             FactsSection(facts));

@@ -43,14 +43,17 @@ void RunSummary::CloseType(const LoadTotals& soFar) {
 }
 
 void RunSummary::AddReject(const RejectedRecord& record) {
-    m_causes.Add(
-        record.reason,
-        {record.source, record.number, record.line, record.sourceId, {{"", record.reason}}});
+    m_causes.Add(record.reason, {record.source,
+                                 record.number,
+                                 record.line,
+                                 record.sourceId,
+                                 {{"", record.reason}},
+                                 record.unit});
 }
 
 void RunSummary::AddLoss(const Loss& loss) {
     m_losses[loss.kind].Add(
-        {loss.source, loss.record, loss.line, loss.sourceId, {{loss.field, loss.text}}});
+        {loss.source, loss.record, loss.line, loss.sourceId, {{loss.field, loss.text}}, loss.unit});
 }
 
 void RunSummary::Advance(double seconds, std::uint64_t read) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tool/html/example_groups.h"
+#include "tool/html/finding_list.h"
 #include "tool/html/rate_samples.h"
 #include "tool/html/type_totals.h"
 #include "tool/load/load_options.h"
@@ -36,6 +37,7 @@ class RunSummary {
     // Says that what is counted from here on belongs to `type`; `soFar` are the totals up to here.
     void StartType(const std::string& type, ImportedData data, const LoadTotals& soFar);
 
+    void AddFinding(const MapFinding& finding) { m_findings.Add(finding); }
     void AddReject(const RejectedRecord& record);
     void AddLoss(const Loss& loss);
 
@@ -62,6 +64,7 @@ class RunSummary {
     std::vector<ExampleGroup> Causes() const { return m_causes.Groups(); }
     const std::map<LossKind, ExampleGroup>& Losses() const { return m_losses; }
     std::uint64_t LossCount() const;
+    const FindingList& Findings() const { return m_findings; }
     std::uint64_t LoadedBefore() const { return m_loadedBefore; }
     std::uint64_t RejectedBefore() const { return m_rejectedBefore; }
     const std::string& EarlyEnd() const { return m_earlyEnd; }
@@ -81,6 +84,7 @@ class RunSummary {
     LoadTotals m_typeStart;
     PatternGroups m_causes{"other causes"};
     std::map<LossKind, ExampleGroup> m_losses;
+    FindingList m_findings;
     std::uint64_t m_loadedBefore = 0;
     std::uint64_t m_rejectedBefore = 0;
     std::string m_earlyEnd;

@@ -38,6 +38,12 @@ std::string PlaceNumber(std::uint64_t number) {
     return number == 0 ? "" : Grouped(number);
 }
 
+// In the column of records, so that only something else is named.
+std::string RecordCell(const Example& example) {
+    const bool isOther = example.record != 0 && example.unit != "record";
+    return (isOther ? HtmlText(example.unit) + " " : "") + PlaceNumber(example.record);
+}
+
 std::string ExamplesCaption(const ExampleGroup& group) {
     if (group.count == 1) {
         return "The one case";
@@ -68,9 +74,8 @@ std::string ExamplesTable(const ExampleGroup& group, std::string_view detailTitl
                                              {"Source id"},
                                              {std::string(detailTitle), Kind::LongText}});
     for (const Example& example : group.examples) {
-        table.AddRow({HtmlText(example.source), PlaceNumber(example.record),
-                      PlaceNumber(example.line), HtmlText(example.sourceId),
-                      DetailsHtml(example.details)});
+        table.AddRow({HtmlText(example.source), RecordCell(example), PlaceNumber(example.line),
+                      HtmlText(example.sourceId), DetailsHtml(example.details)});
     }
     return table.Html();
 }

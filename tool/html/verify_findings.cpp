@@ -106,7 +106,7 @@ void VerifyFindings::AddFault(const recorddb::Fault& fault) {
 void VerifyFindings::AddDifference(const Difference& difference) {
     m_differences.Add(SortOf(difference.type, difference.field, ProblemOf(difference)),
                       {difference.source, difference.record, difference.line, difference.sourceId,
-                       DetailsOf(difference)});
+                       DetailsOf(difference), difference.unit});
     if (m_firstDifferent.id.empty() && !difference.id.empty()) {
         m_firstDifferent.type = difference.type;
         m_firstDifferent.id = difference.id;

@@ -10,6 +10,7 @@
 #include "recorddb/integrity.h"
 #include "recorddb/journal.h"
 #include "tool/html/example_groups.h"
+#include "tool/html/finding_list.h"
 #include "tool/html/run_summary.h"
 #include "tool/verify/data_source.h"
 #include "tool/verify/difference.h"
@@ -29,6 +30,7 @@ class VerifyFindings {
 
     // What the journal knows of `source`; `entry` is null when it was never loaded.
     void AddLoad(const DataSource& source, const recorddb::journal::JournalEntry* entry);
+    void AddFinding(const MapFinding& finding) { m_findings.Add(finding); }
     void AddFault(const recorddb::Fault& fault);
     void AddDifference(const Difference& difference);
     void Finish(VerifySummary summary) { m_summary = std::move(summary); }
@@ -40,6 +42,7 @@ class VerifyFindings {
 
     // By record type, field and what is wrong.
     std::vector<ExampleGroup> Differences() const { return m_differences.Groups(); }
+    const FindingList& Findings() const { return m_findings; }
     // Of the database itself, by record type, field and what is wrong.
     std::vector<ExampleGroup> Faults() const { return m_faults.Groups(); }
     // A record that differs, which the page suggests to look at; without id when there is none.
@@ -57,6 +60,7 @@ class VerifyFindings {
     VerifySummary m_summary;
     PatternGroups m_differences{"other differences"};
     PatternGroups m_faults{"other faults"};
+    FindingList m_findings;
     Difference m_firstDifferent;
     TypeTotalsList m_loads;
     std::uint64_t m_sources = 0;

@@ -135,8 +135,8 @@ std::string VerifyPage(const VerifyFindings& findings) {
     return PageDocument(facts, VerdictOf(findings),
                         TotalsSection(findings.Summary()) + StepsSection(NextSteps(findings)) +
                             TypesSection(findings.Summary()) + DifferencesSection(findings) +
-                            DatabaseSection(findings) + LoadsSection(findings) +
-                            FactsSection(facts));
+                            findings.Findings().SectionHtml() + DatabaseSection(findings) +
+                            LoadsSection(findings) + FactsSection(facts));
 }
 
 }  // namespace tool

@@ -9,6 +9,7 @@
 #include "tool/load/rejected_record.h"
 #include "tool/losses/loss.h"
 #include "tool/packet/import_configuration.h"
+#include "tool/sources/kind/map_findings.h"
 
 namespace tool {
 
@@ -25,6 +26,10 @@ class LoadSink {
     // A line for people. What a sink Says is left out of a quiet run, what it Warns of never is.
     virtual void Says(std::string_view /*line*/) {}
     virtual void Warns(std::string_view /*line*/) {}
+
+    // Before the first record: what the reading of the sources through a map has found. One that is
+    // a loss is told as such, too.
+    virtual void Finds(const MapFinding& /*finding*/) {}
 
     // From here on `configuration` is in force; `soFar` is what was done before.
     virtual void Configures(const ImportConfiguration& /*configuration*/,

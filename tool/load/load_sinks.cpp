@@ -21,6 +21,12 @@ void LoadSinks::Warn(std::string_view line) {
     }
 }
 
+void LoadSinks::Find(const MapFinding& finding) {
+    for (LoadSink* const sink : m_sinks) {
+        sink->Finds(finding);
+    }
+}
+
 void LoadSinks::Configure(const ImportConfiguration& configuration) {
     m_configuration = configuration;
     for (LoadSink* const sink : m_sinks) {

@@ -23,6 +23,7 @@ class LoadSinks {
 
     void Say(std::string_view line);
     void Warn(std::string_view line);
+    void Find(const MapFinding& finding);
     void Configure(const ImportConfiguration& configuration);
 
     void AddRead(std::uint64_t records = 1) { m_totals.read += records; }

@@ -50,12 +50,13 @@ inline constexpr std::array kLossKinds = {
 // One loss with its place. Texts in UTF-8.
 struct Loss {
     LossKind kind = LossKind::ChangedText;
-    std::string source;        // name of the source
-    std::uint64_t record = 0;  // number of the record in the source, from 1; 0: no record's
-    std::uint64_t line = 0;    // line in the source, from 1; 0: the source as a whole
-    std::string sourceId;      // the record's original id, empty when it has none
-    std::string field;         // empty when it is no field's
-    std::string text;          // what is lost and why, for people
+    std::string source;           // name of the source
+    std::uint64_t record = 0;     // number of the record in the source, from 1; 0: no record's
+    std::uint64_t line = 0;       // line in the source, from 1; 0: the source as a whole
+    std::string sourceId;         // the record's original id, empty when it has none
+    std::string field;            // empty when it is no field's
+    std::string text;             // what is lost and why, for people
+    std::string unit = "record";  // what `record` counts: a "row", say
 };
 
 // The word for a kind in reports that programs read, such as "long-history-line".

@@ -280,7 +280,8 @@ void RecordLosses::Add(LossKind kind, const RecordPart& part, const std::string&
     // A record that was made of a row is known by that.
     const bool isMade = m_record->number > 0;
     (*m_take)({kind, isMade ? std::string(m_record->source) : *m_source, m_record->Number(),
-               isMade ? m_record->line : LineAt(part), std::move(id), field, std::move(text)});
+               isMade ? m_record->line : LineAt(part), std::move(id), field, std::move(text),
+               std::string(m_record->unit)});
 }
 
 }  // namespace tool

@@ -30,4 +30,11 @@ std::string JsonText(const nlohmann::ordered_json& json) {
                    JsonEscapeOf);
 }
 
+nlohmann::ordered_json WithUnit(nlohmann::ordered_json object, std::string_view unit) {
+    if (unit != "record") {
+        object["unit"] = unit;
+    }
+    return object;
+}
+
 }  // namespace tool

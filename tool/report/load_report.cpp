@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
+#include "tool/report/finding_json.h"
 #include "tool/report/json_text.h"
 
 namespace tool {
@@ -14,6 +15,7 @@ namespace {
 
 constexpr std::size_t kRejectsList = 0;
 constexpr std::size_t kLossesList = 1;
+constexpr std::size_t kFindingsList = 2;
 
 // What most loads have none of is left out.
 std::string UnlessNone(std::string_view name, std::uint64_t number) {
@@ -32,11 +34,17 @@ std::string TotalsAsJson(const LoadTotals& totals) {
 
 }  // namespace
 
+void LoadReport::Finds(const MapFinding& finding) {
+    m_hasFindings = true;
+    m_lists.AddItem(FindingAsJson(finding), kFindingsList);
+}
+
 void LoadReport::Rejects(const RejectedRecord& record) {
-    m_lists.AddItem(JsonText({{"file", record.source},
-                              {"record", record.number},
-                              {"source_id", record.sourceId},
-                              {"error", record.reason}}),
+    m_lists.AddItem(JsonText(WithUnit({{"file", record.source},
+                                       {"record", record.number},
+                                       {"source_id", record.sourceId},
+                                       {"error", record.reason}},
+                                      record.unit)),
                     kRejectsList);
 }
 
@@ -47,19 +55,20 @@ void LoadReport::Loses(const Loss& loss) {
 }
 
 void LoadReport::List(const Loss& loss) {
-    m_lists.AddItem(JsonText({{"kind", LossKindName(loss.kind)},
-                              {"file", loss.source},
-                              {"record", loss.record},
-                              {"line", loss.line},
-                              {"source_id", loss.sourceId},
-                              {"field", loss.field},
-                              {"text", loss.text}}),
+    m_lists.AddItem(JsonText(WithUnit({{"kind", LossKindName(loss.kind)},
+                                       {"file", loss.source},
+                                       {"record", loss.record},
+                                       {"line", loss.line},
+                                       {"source_id", loss.sourceId},
+                                       {"field", loss.field},
+                                       {"text", loss.text}},
+                                      loss.unit)),
                     kLossesList);
 }
 
 void LoadReport::Finish(const LoadTotals& totals) {
     m_lists.Finish(fmt::format("{{{},\"rejects\":[", TotalsAsJson(totals)), "]}\n",
-                   {fmt::format("],\"{}\":[", m_lossesName)});
+                   {fmt::format("],\"{}\":[", m_lossesName), FindingsOpening(m_hasFindings)});
 }
 
 }  // namespace tool

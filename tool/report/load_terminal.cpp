@@ -30,6 +30,7 @@ LoadTerminal::LoadTerminal(const LoadOptions& options, std::uint64_t totalBytes,
 LoadTerminal::LoadTerminal(const LoadOptions& options, std::uint64_t totalBytes, std::ostream& out,
                            std::ostream& err, Words words)
     : m_quiet(options.quiet),
+      m_map(options.map),
       m_rejectsFolder(options.rejects),
       m_out(out),
       m_progress(err, ChooseProgressStyle(options.quiet, STDERR_FILENO), totalBytes),
@@ -43,6 +44,18 @@ void LoadTerminal::Says(std::string_view line) {
 
 void LoadTerminal::Warns(std::string_view line) {
     m_progress.Print(line);
+}
+
+void LoadTerminal::Finds(const MapFinding& finding) {
+    if (finding.weight == FindingWeight::Count) {
+        Says(finding.text);
+    } else if (finding.weight == FindingWeight::Note) {
+        Warns("note: " + finding.text);
+    }
+    if (!finding.paste.empty()) {
+        m_pastes.push_back(
+            fmt::format("To be pasted into {} ({}):\n{}", m_map, finding.text, finding.paste));
+    }
 }
 
 void LoadTerminal::Rejects(const RejectedRecord& record) {
@@ -74,6 +87,9 @@ void LoadTerminal::Advances(const LoadTotals& soFar, std::uint64_t bytes) {
 }
 
 void LoadTerminal::Ends() {
+    for (const std::string& paste : m_pastes) {
+        Says(paste);
+    }
     m_progress.Finish();
 }
 

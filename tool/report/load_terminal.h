@@ -7,6 +7,7 @@
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tool/load/load_options.h"
 #include "tool/load/load_sink.h"
@@ -24,6 +25,7 @@ class LoadTerminal : public LoadSink {
 
     void Says(std::string_view line) override;
     void Warns(std::string_view line) override;
+    void Finds(const MapFinding& finding) override;
     void Rejects(const RejectedRecord& record) override;
     void Loses(const Loss& loss) override;
     void Advances(const LoadTotals& soFar, std::uint64_t bytes) override;
@@ -44,12 +46,14 @@ class LoadTerminal : public LoadSink {
 
   private:
     bool m_quiet;
+    std::string m_map;
     std::filesystem::path m_rejectsFolder;
     std::ostream& m_out;
     Progress m_progress;
     Words m_words;
     std::uint64_t m_rejected = 0;
     std::map<LossKind, std::uint64_t> m_warned;
+    std::vector<std::string> m_pastes;  // what is to be told at the end, where it is found again
 };
 
 }  // namespace tool

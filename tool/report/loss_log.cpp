@@ -39,7 +39,7 @@ std::string LossLog::Summary() const {
 std::string PlaceOf(const Loss& loss) {
     std::string place = loss.source;
     if (loss.record > 0) {
-        place += fmt::format(", record {}", loss.record);
+        place += fmt::format(", {} {}", loss.unit, loss.record);
         place += loss.sourceId.empty() ? "" : fmt::format(" ({})", loss.sourceId);
     }
     if (loss.line > 0) {

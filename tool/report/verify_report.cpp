@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "tool/report/finding_json.h"
 #include "tool/report/json_text.h"
 
 namespace tool {
@@ -16,6 +17,7 @@ using nlohmann::ordered_json;
 // The lists of the report.
 constexpr std::size_t kDifferences = 0;
 constexpr std::size_t kFaults = 1;
+constexpr std::size_t kFindings = 2;
 
 ordered_json ToJson(const VerifiedType& type) {
     return {{"type", type.name},
@@ -33,17 +35,23 @@ ordered_json ToJson(const VerifiedType& type) {
 
 }  // namespace
 
+void VerifyReport::Finds(const MapFinding& finding) {
+    m_hasFindings = true;
+    m_lists.AddItem(FindingAsJson(finding), kFindings);
+}
+
 void VerifyReport::Differs(const Difference& difference) {
-    m_lists.AddItem(JsonText({{"file", difference.source},
-                              {"record", difference.record},
-                              {"line", difference.line},
-                              {"source_id", difference.sourceId},
-                              {"type", difference.type},
-                              {"id", difference.id},
-                              {"field", difference.field},
-                              {"source", difference.sourceValue},
-                              {"database", difference.databaseValue},
-                              {"problem", difference.problem}}),
+    m_lists.AddItem(JsonText(WithUnit({{"file", difference.source},
+                                       {"record", difference.record},
+                                       {"line", difference.line},
+                                       {"source_id", difference.sourceId},
+                                       {"type", difference.type},
+                                       {"id", difference.id},
+                                       {"field", difference.field},
+                                       {"source", difference.sourceValue},
+                                       {"database", difference.databaseValue},
+                                       {"problem", difference.problem}},
+                                      difference.unit)),
                     kDifferences);
 }
 
@@ -66,7 +74,7 @@ void VerifyReport::Finish(const VerifySummary& summary) {
                     R"("seconds":{:.3f},"types":{},"differences":[)",
                     summary.read, summary.compared, summary.differing, summary.missing,
                     summary.extra, summary.seconds, JsonText(types)),
-        "]}\n", {"],\"faults\":["});
+        "]}\n", {"],\"faults\":[", FindingsOpening(m_hasFindings)});
 }
 
 }  // namespace tool

@@ -138,6 +138,14 @@ void VerifyTerminal::Warns(std::string_view line) {
     m_progress->Print(line);
 }
 
+void VerifyTerminal::Finds(const MapFinding& finding) {
+    if (finding.weight == FindingWeight::Note) {
+        Warns("note: " + finding.text);
+    } else if (finding.weight == FindingWeight::Count && !m_quiet) {
+        Warns(finding.text);
+    }
+}
+
 void VerifyTerminal::IsFaulty(const recorddb::Fault& fault) {
     ++m_faults;
     if (m_faults <= kShownFaults) {

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "recorddb/integrity.h"
+#include "tool/sources/kind/map_findings.h"
 #include "tool/verify/data_source.h"
 #include "tool/verify/difference.h"
 #include "tool/verify/verify_summary.h"
@@ -31,6 +32,10 @@ class VerifySink {
 
     // A line for people, which is no difference.
     virtual void Warns(std::string_view /*line*/) {}
+
+    // Before the sources are compared: what the reading of them through a map has found. One that
+    // is a loss is told as a difference, too.
+    virtual void Finds(const MapFinding& /*finding*/) {}
 
     virtual void IsFaulty(const recorddb::Fault& fault) = 0;
 

@@ -22,6 +22,12 @@ void VerifySinks::Warns(std::string_view line) {
     }
 }
 
+void VerifySinks::Finds(const MapFinding& finding) {
+    for (VerifySink* const sink : m_sinks) {
+        sink->Finds(finding);
+    }
+}
+
 void VerifySinks::IsFaulty(const recorddb::Fault& fault) {
     for (VerifySink* const sink : m_sinks) {
         sink->IsFaulty(fault);

@@ -19,6 +19,7 @@ class VerifySinks final : public VerifySink {
     void Begins(std::uint64_t total) override;
     void Advances(std::uint64_t records, std::uint64_t done) override;
     void Warns(std::string_view line) override;
+    void Finds(const MapFinding& finding) override;
     void IsFaulty(const recorddb::Fault& fault) override;
     void Reads(const DataSource& source) override;
     void Differs(const Difference& difference) override;

@@ -171,8 +171,11 @@ TEST_F(LoadPageTest, EscapesAllTextFromData) {
     m_options.rejects = evil;
     RunSummary summary = Start();
     summary.StartType(evil, ImportedData::Records, {});
-    summary.AddReject(
-        {.source = evil, .number = 1, .line = 1, .sourceId = evil, .reason = evil, .raw = {}});
+    RejectedRecord rejected;
+    rejected.source = evil;
+    rejected.sourceId = evil;
+    rejected.reason = evil;
+    summary.AddReject(rejected);
     summary.AddLoss({LossKind::ChangedText, evil, 1, 1, evil, evil, evil});
     summary.NoteEarlyEnd(evil);
     summary.Finish(Totals(2, 1));

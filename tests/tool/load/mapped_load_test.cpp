@@ -14,6 +14,7 @@
 namespace tool {
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
 
 constexpr const char* kMap = R"(map: 1
@@ -32,11 +33,19 @@ class MappedLoad : public LoadFixture {
         options.database = m_database;
         options.map = m_options.map;
         options.sources = {source};
+        options.report = m_options.report;
+        options.html = m_options.html;
         std::ostringstream out;
         std::ostringstream err;
         const int code = RunVerify(options, out, err);
         m_verified = out.str() + err.str();
         return code;
+    }
+
+    static std::string Content(const std::filesystem::path& path) {
+        std::ostringstream content;
+        content << std::ifstream(path).rdbuf();
+        return content.str();
     }
 
     std::string m_verified;
@@ -110,6 +119,27 @@ TEST_F(MappedLoad, VerifiesButForWhatTheMapLeavesOut) {
     EXPECT_EQ(Load({source}), 0);
     EXPECT_EQ(Verify(source), 0) << m_verified;
     EXPECT_THAT(m_verified, HasSubstr("Verified but for 1 value left out by the map"));
+}
+
+TEST_F(MappedLoad, TellsWhatTheMapFoundInEveryReport) {
+    m_options.report = m_folder.File("report.json");
+    m_options.html = m_folder.File("page.html");
+    const std::string source =
+        m_folder.Write("bugs.csv", "Nr,Title,Who,Cost\n1,a,ann,7\n1,b,ann,8\n");
+    const auto isTold =
+        AllOf(HasSubstr(R"("findings":[)"),
+              HasSubstr(R"({"weight":"loss","kind":"unread-address","count":2,"place":")"),
+              HasSubstr(R"({"weight":"count","kind":"repeated-key","count":1,)"),
+              HasSubstr(R"("paste":"ignore: [\"Cost\"])"));
+    const auto isShown = AllOf(HasSubstr("What the map found"), HasSubstr("no step reads Cost"),
+                               HasSubstr("1 key came again, and the first of each was taken"));
+    EXPECT_EQ(Load({source}), 1);
+    EXPECT_THAT(Content(m_options.report), AllOf(isTold, HasSubstr(R"(,"unit":"row"}])")));
+    EXPECT_THAT(Content(m_options.html), AllOf(isShown, HasSubstr(">row 2<")));
+    EXPECT_EQ(Verify(source), 1);
+    EXPECT_THAT(Content(m_options.report), AllOf(isTold, HasSubstr(R"(,"unit":"row"})")));
+    EXPECT_THAT(Content(m_options.html), isShown);
+    EXPECT_THAT(m_verified, HasSubstr("1 key came again"));
 }
 
 TEST_F(MappedLoad, FindsWhatChangedInTheDatabase) {

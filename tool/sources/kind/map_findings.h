@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tool {
@@ -14,11 +15,23 @@ enum class FindingWeight {
     Loss    // values of the sources that the database does not get, though nobody said so
 };
 
+// The word for it in reports that programs read.
+constexpr std::string_view FindingWeightName(FindingWeight weight) {
+    switch (weight) {
+        case FindingWeight::Count:
+            return "count";
+        case FindingWeight::Note:
+            return "note";
+        default:
+            return "loss";
+    }
+}
+
 // What the reading of sources through a map has found, about one thing.
 struct MapFinding {
     FindingWeight weight = FindingWeight::Note;
     std::string kind;         // a word for programs: "unread-address"
-    std::string source;       // the file with the first place; empty when there is none
+    std::string place;        // the first one; empty when there is none
     std::uint64_t count = 0;  // of values, rows or files
     std::string text;         // for people, in one line
     std::string paste;        // lines that can be pasted into the map; mostly empty

@@ -42,17 +42,50 @@ void SourceJournals::Tell(const std::string& source, const LoadJournal& journal)
 
 void SourceJournals::RequireSameContent(const SourceWalk& walk, LoadJournal& journal,
                                         const recorddb::journal::JournalKey& key) const {
+    if (walk.IsMade()) {
+        RequireSameMap(walk.SourceName(), journal);
+        return;
+    }
     for (const auto& unfinished : m_unfinished.WithOtherContent(key, walk.SourceName())) {
         if (m_options.fresh) {
             journal.AlsoForget(unfinished.key);
         } else if (journal.HandledBefore() == 0 && !journal.WasComplete()) {
-            throw SourceChanged(walk.IsMade()
-                                    ? TextOnChangedMap(walk.SourceName(), unfinished.handled)
-                                    : fmt::format("{}: the file has changed since an earlier load "
-                                                  "stopped in it. {}",
-                                                  walk.SourceName(),
-                                                  AdviseOnChangedSource(unfinished.handled)));
+            throw SourceChanged(
+                fmt::format("{}: the file has changed since an earlier load stopped in it. {}",
+                            walk.SourceName(), AdviseOnChangedSource(unfinished.handled)));
         }
+    }
+}
+
+// A change of the map may show in other records of the step, in another configuration of it, and in
+// that the map does not have it any more.
+void SourceJournals::RequireSameMap(const std::string& step, LoadJournal& journal) const {
+    for (const auto& unfinished : m_unfinished.OfMapBeside(m_options.map, m_madeKeys)) {
+        const bool isGone = !m_madeNames.contains(unfinished.name);
+        if (!isGone && unfinished.name != step) {
+            continue;
+        }
+        if (m_options.fresh) {
+            journal.AlsoForget(unfinished.key);
+        } else if (isGone || (journal.HandledBefore() == 0 && !journal.WasComplete())) {
+            throw SourceChanged(TextOnChangedMap(unfinished.name, unfinished.handled));
+        }
+    }
+}
+
+void SourceJournals::ExpectMade(const SourceList& sources) {
+    if (sources.Sources().empty() || sources.Sources().front().made == nullptr) {
+        return;
+    }
+    SourceWalk walk(sources, {});
+    for (WalkStep next = walk.Next(); next != WalkStep::End && next != WalkStep::Stopped;
+         next = walk.Next()) {
+        const auto* const type = m_database.GetSchema().FindType(walk.Configuration().RecordType());
+        if (next == WalkStep::Data && type != nullptr) {
+            m_madeKeys.push_back(walk.Key(*type));
+            m_madeNames.insert(walk.SourceName());
+        }
+        walk.LeaveSource();
     }
 }
 

@@ -75,6 +75,7 @@ bool SourceLoader::Load(const SourceList& sources) {
     reading.frame = [this](const FrameDefect& defect, const std::string& source) {
         m_sinks.Lose(LossOf(defect, source));
     };
+    m_journals.ExpectMade(sources);
     SourceWalk walk(sources, std::move(reading));
     bool goesOn = true;
     WalkStep step = WalkStep::End;

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "tool/text/number_text.h"
@@ -13,9 +14,16 @@ namespace {
 using recorddb::journal::JournalEntry;
 using recorddb::journal::JournalKey;
 
+std::string Normal(const std::string& name) {
+    return std::filesystem::path(name).lexically_normal().string();
+}
+
 bool IsSameName(const std::string& a, const std::string& b) {
-    return std::filesystem::path(a).lexically_normal() ==
-           std::filesystem::path(b).lexically_normal();
+    return Normal(a) == Normal(b);
+}
+
+bool IsSameKey(const JournalKey& a, const JournalKey& b) {
+    return a.sourceSha256 == b.sourceSha256 && a.configurationSha256 == b.configurationSha256;
 }
 
 bool HasImported(const JournalEntry& entry) {
@@ -35,13 +43,36 @@ std::vector<UnfinishedSources::Entry> UnfinishedSources::WithOtherContent(
             known.sourceSha256 == key.sourceSha256) {
             continue;
         }
-        const auto entry = m_journal.Find(known);
-        if (entry && !entry->complete && HasImported(*entry) &&
-            IsSameName(entry->sourceName, name)) {
-            entries.push_back({known, static_cast<std::uint64_t>(entry->nextOrdinal)});
+        auto entry = FindImported(known);
+        if (entry && IsSameName(entry->name, name)) {
+            entries.push_back(std::move(*entry));
         }
     }
     return entries;
+}
+
+std::vector<UnfinishedSources::Entry> UnfinishedSources::OfMapBeside(
+    const std::string& map, const std::vector<JournalKey>& keys) const {
+    const std::string begin = Normal(map) + ", ";
+    std::vector<Entry> entries;
+    for (const JournalKey& known : m_keys) {
+        const bool isOne = std::any_of(
+            keys.begin(), keys.end(), [&](const JournalKey& key) { return IsSameKey(key, known); });
+        auto entry = isOne ? std::nullopt : FindImported(known);
+        if (entry && Normal(entry->name).starts_with(begin)) {
+            entries.push_back(std::move(*entry));
+        }
+    }
+    return entries;
+}
+
+std::optional<UnfinishedSources::Entry> UnfinishedSources::FindImported(
+    const JournalKey& key) const {
+    const auto entry = m_journal.Find(key);
+    if (!entry || entry->complete || !HasImported(*entry)) {
+        return std::nullopt;
+    }
+    return Entry{key, entry->sourceName, static_cast<std::uint64_t>(entry->nextOrdinal)};
 }
 
 std::string AdviseOnChangedSource(std::uint64_t handled) {

@@ -16,6 +16,7 @@ class UnfinishedSources {
   public:
     struct Entry {
         recorddb::journal::JournalKey key;
+        std::string name;           // of the source
         std::uint64_t handled = 0;  // records
     };
 
@@ -27,7 +28,14 @@ class UnfinishedSources {
     std::vector<Entry> WithOtherContent(const recorddb::journal::JournalKey& key,
                                         const std::string& name) const;
 
+    // The loads through the map called `map` that have imported a part of a step, and have not come
+    // to its end since; but for those of `keys`.
+    std::vector<Entry> OfMapBeside(const std::string& map,
+                                   const std::vector<recorddb::journal::JournalKey>& keys) const;
+
   private:
+    std::optional<Entry> FindImported(const recorddb::journal::JournalKey& key) const;
+
     recorddb::journal::Journal& m_journal;
     std::vector<recorddb::journal::JournalKey> m_keys;
 };

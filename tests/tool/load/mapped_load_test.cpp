@@ -42,6 +42,15 @@ class MappedLoad : public LoadFixture {
         return code;
     }
 
+    // `text` with `to` wherever `from` stands in it.
+    static std::string With(std::string text, const std::string& from, const std::string& to) {
+        for (std::size_t at = text.find(from); at != text.npos;
+             at = text.find(from, at + to.size())) {
+            text.replace(at, from.size(), to);
+        }
+        return text;
+    }
+
     static std::string Content(const std::filesystem::path& path) {
         std::ostringstream content;
         content << std::ifstream(path).rdbuf();
@@ -150,22 +159,32 @@ TEST_F(MappedLoad, FindsWhatChangedInTheDatabase) {
     EXPECT_THAT(m_verified, HasSubstr("source \"a\", database \"b\""));
 }
 
+// That a map has changed shows in the records of a step, in its configuration, or in its name.
 TEST_F(MappedLoad, RefusesToGoOnWithAnotherMap) {
     m_options.maxRejects = 0;
     const std::string source =
         m_folder.Write("bugs.csv", "Nr,Title,Who\n1,a,ann\n1,b,ann\n2,c,d\n");
     Load({source});
     EXPECT_THAT(Said(), HasSubstr("Stopped"));
-    std::string map = kMap;
-    map.replace(map.find("title: Title"), 12, "title: {from: Title, case: upper}");
-    m_folder.Write("map.yaml", map);
-    try {
-        Load({source});
-        FAIL() << Said();
-    } catch (const SourceChanged& error) {
-        EXPECT_THAT(error.what(), HasSubstr("the map, or a file that it reads, has changed since"));
-        EXPECT_THAT(error.what(), HasSubstr("make a new database"));
+    const std::string map = kMap;
+    const std::string upper = With(map, "title: Title", "title: {from: Title, case: upper}");
+    for (const std::string& other :
+         {upper, With(map, "{records: bug", "{records: bug, mode: update_or_create"),
+          With(With(upper, "{bugs:", "{others:"), "source: bugs", "source: others")}) {
+        SCOPED_TRACE(other);
+        m_folder.Write("map.yaml", other);
+        try {
+            Load({source});
+            ADD_FAILURE() << Said();
+        } catch (const SourceChanged& error) {
+            EXPECT_THAT(error.what(), HasSubstr("bug from bugs: the map, or a file that it reads, "
+                                                "has changed since"));
+            EXPECT_THAT(error.what(), HasSubstr("make a new database"));
+        }
     }
+    m_folder.Write("map.yaml", map);
+    Load({source});
+    EXPECT_THAT(Said(), HasSubstr("goes on behind record 2"));
 }
 
 }  // namespace

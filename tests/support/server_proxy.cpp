@@ -111,11 +111,38 @@ class ServerProxy::Stream {
 
     bool HadType() const { return m_hadType; }
 
+    // The message that was taken last is the next one again.
+    void PutBack(const std::string& message) {
+        m_bytes.insert(0, message);
+        m_isFirst = !m_hadType;
+    }
+
   private:
     int m_socket;
     bool m_isFirst;
     bool m_hadType = true;
     std::string m_bytes;
+};
+
+// A connection through the proxy.
+struct ServerProxy::Link {
+    Link(std::size_t order, int clientSocket, int serverSocket)
+        : number(order),
+          client(clientSocket),
+          server(serverSocket),
+          fromClient(clientSocket, true),
+          fromServer(serverSocket, false) {}
+
+    bool IsOpen() const { return client >= 0; }
+    int SocketOf(Side side) const { return side == Side::Client ? client : server; }
+
+    std::size_t number;
+    int client;
+    int server;
+    Stream fromClient;
+    Stream fromServer;
+    bool isClientHeld = false;
+    bool isServerHeld = false;
 };
 
 ServerProxy::ServerProxy(const std::filesystem::path& serverFolder,
@@ -132,50 +159,104 @@ ServerProxy::~ServerProxy() {
     m_thread.join();
     close(m_listener);
     unlink(m_socket.c_str());
+    for (const auto& link : m_links) {
+        End(*link, Fate::Cut);
+    }
     for (const int orphan : m_orphans) {
         close(orphan);
     }
 }
 
 void ServerProxy::Serve() {
-    for (int client = 0; (client = accept(m_listener, nullptr, nullptr)) >= 0;) {
-        const int server = SocketAt(m_serverSocket, connect);
-        if (server >= 0) {
-            HandOn(client, server);
+    constexpr short over = POLLERR | POLLHUP | POLLNVAL;
+    for (;;) {
+        std::vector<pollfd> sockets = {{m_listener, POLLIN, 0}};
+        for (const auto& link : m_links) {
+            sockets.push_back({link->isClientHeld ? -1 : link->client, POLLIN, 0});
+            sockets.push_back({link->isServerHeld ? -1 : link->server, POLLIN, 0});
         }
-        close(client);
+        if (poll(sockets.data(), sockets.size(), -1) < 0 || (sockets[0].revents & over) != 0) {
+            return;
+        }
+        bool hasPassed = false;
+        for (std::size_t i = 0; i < m_links.size(); ++i) {
+            Link& link = *m_links[i];
+            const auto move = [&](std::size_t place, Side side) {
+                if (link.IsOpen() && sockets[place].revents != 0) {
+                    hasPassed = HandOn(link, side, true) || hasPassed;
+                }
+            };
+            move(2 * i + 2, Side::Server);
+            move(2 * i + 1, Side::Client);
+        }
+        for (const auto& link : m_links) {
+            if (hasPassed && link->IsOpen() && link->isClientHeld) {
+                HandOn(*link, Side::Client, false);
+            }
+            if (hasPassed && link->IsOpen() && link->isServerHeld) {
+                HandOn(*link, Side::Server, false);
+            }
+        }
+        std::erase_if(m_links, [](const auto& link) { return !link->IsOpen(); });
+        if (sockets[0].revents != 0) {
+            Accept();
+        }
     }
 }
 
-void ServerProxy::HandOn(int client, int server) {
-    std::array<pollfd, 2> sides = {{{client, POLLIN, 0}, {server, POLLIN, 0}}};
-    Stream fromClient(client, true);
-    Stream fromServer(server, false);
-    Fate fate = Fate::Pass;
-    while (fate == Fate::Pass && poll(sides.data(), sides.size(), -1) > 0) {
-        fate = sides[1].revents != 0 ? Move(fromServer, client, Side::Server)
-                                     : Move(fromClient, server, Side::Client);
+void ServerProxy::Accept() {
+    const int client = accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC);
+    if (client < 0) {
+        return;
+    }
+    const int server = SocketAt(m_serverSocket, connect);
+    if (server < 0) {
+        close(client);
+        return;
+    }
+    m_links.push_back(std::make_unique<Link>(m_count++, client, server));
+}
+
+// Hands on what one side says, when it `hasMore` also what has just come. False when nothing of it
+// passes.
+bool ServerProxy::HandOn(Link& link, Side side, bool hasMore) {
+    Stream& from = side == Side::Client ? link.fromClient : link.fromServer;
+    const Fate fate = hasMore && !from.Read() ? Fate::Cut : Move(link, side);
+    (side == Side::Client ? link.isClientHeld : link.isServerHeld) = fate == Fate::Hold;
+    if (fate != Fate::Pass && fate != Fate::Hold) {
+        End(link, fate);
+    }
+    return fate != Fate::Hold;
+}
+
+void ServerProxy::End(Link& link, Fate fate) {
+    if (!link.IsOpen()) {
+        return;
     }
     if (fate == Fate::Orphan) {
-        m_orphans.push_back(server);
+        m_orphans.push_back(link.server);
     } else {
-        close(server);
+        close(link.server);
     }
+    close(link.client);
+    link.client = -1;
 }
 
 // Moves the messages that have come; the fate of the first one that does not pass.
-ServerProxy::Fate ServerProxy::Move(Stream& from, int to, Side side) {
-    if (!from.Read()) {
-        return Fate::Cut;
-    }
+ServerProxy::Fate ServerProxy::Move(Link& link, Side side) {
+    Stream& from = side == Side::Client ? link.fromClient : link.fromServer;
     Fate fate = Fate::Pass;
     std::string passed;
     for (std::string message; fate == Fate::Pass && from.Next(message);) {
         const std::size_t typeBytes = from.HadType() ? 1 : 0;
-        fate = m_watch({side, from.HadType() ? message.front() : '\0',
+        fate = m_watch({link.number, side, from.HadType() ? message.front() : '\0',
                         std::string_view(message).substr(typeBytes + kLengthBytes)});
+        if (fate == Fate::Hold) {
+            from.PutBack(message);
+        }
         passed += fate == Fate::Pass || fate == Fate::Last ? message : std::string();
     }
+    const int to = link.SocketOf(side == Side::Client ? Side::Server : Side::Client);
     return Send(to, passed) ? fate : Fate::Cut;
 }
 

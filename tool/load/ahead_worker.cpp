@@ -1,23 +1,18 @@
 #include "tool/load/ahead_worker.h"
 
+#include <exception>
 #include <utility>
 
 #include "recorddb/database.h"
 #include "recorddb/errors.h"
 #include "tool/load/atomic_import.h"
 #include "tool/load/expected_searches.h"
+#include "tool/load/missing_records.h"
 #include "tool/load/record_group.h"
 #include "tool/load/record_importer.h"
 #include "tool/process/interrupt.h"
 
 namespace tool {
-
-namespace {
-
-// A server that takes no further connection is not asked for ever.
-constexpr int kMostFailedConnections = 3;
-
-}  // namespace
 
 // They belong to one connection.
 struct AheadWorker::Tools {
@@ -25,7 +20,7 @@ struct AheadWorker::Tools {
         : database(recorddb::Database::Open(options.database, recorddb::Database::Mode::ReadWrite)),
           session(database->OpenSession(SessionFor(options, policy))),
           importer(session),
-          group(session, policy, recorddb::Writing::Ahead),
+          group(session, policy, recorddb::Writing::Ahead, options.groupRecords),
           import(session, importer, group),
           expected(database->GetSchema()),
           looksAhead(options.looksAhead || database->GetConnection().ReadsManyForLess()) {}
@@ -38,6 +33,7 @@ struct AheadWorker::Tools {
     ExpectedSearches expected;
     bool looksAhead;
     std::shared_ptr<const ImportConfiguration> configuration;  // in force
+    std::shared_ptr<const WatchedKeys> watched;
 };
 
 AheadWorker::AheadWorker(const LoadOptions& options, const LoadPolicy& policy)
@@ -45,16 +41,20 @@ AheadWorker::AheadWorker(const LoadOptions& options, const LoadPolicy& policy)
 
 AheadWorker::~AheadWorker() = default;
 
-void AheadWorker::Work(Package& package, const Standing& standing) noexcept {
-    if (m_failedConnections == kMostFailedConnections) {
-        return;
-    }
+std::string AheadWorker::Connect() {
     try {
-        if (!m_tools) {
-            ++m_failedConnections;
-            m_tools = std::make_unique<Tools>(m_options, m_policy);
-            m_failedConnections = 0;
-        }
+        m_tools = std::make_unique<Tools>(m_options, m_policy);
+        return "";
+    } catch (const recorddb::sql::Error& error) {
+        // A client library may add lines.
+        return error.DriverText().substr(0, error.DriverText().find('\n'));
+    } catch (const std::exception& error) {
+        return error.what();
+    }
+}
+
+void AheadWorker::Work(Package& package, const Standing& standing) noexcept {
+    try {
         Do(package, standing);
         m_tools->group.Undo();
         return;
@@ -94,6 +94,7 @@ void AheadWorker::Do(Package& package, const Standing& standing) {
     if (!IsUpToDate(standing)) {
         return;
     }
+    Watch(standing.watched);
     transaction.LookAhead(tools.expected.All());
     std::vector<LoadTotals> done(package.records.Count());
     for (std::size_t i = 0; i < package.records.Count(); ++i) {
@@ -110,9 +111,35 @@ void AheadWorker::Do(Package& package, const Standing& standing) {
         }
         done[i] = result.done;
     }
+    NoteWritten(package);
     package.moment = standing.moment;
     package.done = std::move(done);
     package.work = tools.group.Take();
+}
+
+// The schema is that of the worker's own database, but the same.
+void AheadWorker::Watch(const std::shared_ptr<const WatchedKeys>& watched) {
+    Tools& tools = *m_tools;
+    tools.session->TakeWritten();
+    if (tools.watched == watched) {
+        return;
+    }
+    tools.session->WatchNothing();
+    if (watched) {
+        for (const WatchedKey& key : *watched) {
+            const auto& type = tools.database->GetSchema().Type(key.type->id);
+            tools.session->Watch(type,
+                                 key.field == nullptr ? nullptr : &type.fields[key.field->index]);
+        }
+    }
+    tools.watched = watched;
+}
+
+void AheadWorker::NoteWritten(Package& package) {
+    for (const recorddb::WrittenValue& value : m_tools->session->TakeWritten()) {
+        package.written.push_back(KeyOfValue(*value.type, value.field, value.text));
+    }
+    package.watched = m_tools->watched;
 }
 
 // A connection may be one to a server that lags behind, or has been replaced.

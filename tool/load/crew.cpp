@@ -1,56 +1,47 @@
 #include "tool/load/crew.h"
 
-#include <csignal>
+#include <fmt/format.h>
+
+#include <chrono>
 #include <system_error>
 #include <utility>
+
+#include "tool/process/held_signals.h"
 
 namespace tool {
 
 namespace {
 
-// Signals are for the main thread, which is woken by them; the threads that are made meanwhile do
-// not take any.
-class SignalsHeld {
-  public:
-    SignalsHeld() {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &m_before);
-    }
-    SignalsHeld(const SignalsHeld&) = delete;
-    SignalsHeld& operator=(const SignalsHeld&) = delete;
-    ~SignalsHeld() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
+// A server that takes no further connection is asked so often, in half a minute.
+constexpr int kMostFailedConnections = 6;
 
-  private:
-    sigset_t m_before{};
-};
+std::chrono::seconds WaitAfter(int failures) {
+    return std::chrono::seconds(1U << static_cast<unsigned>(failures - 1));
+}
 
 }  // namespace
 
 Crew::Crew(const LoadOptions& options, const LoadPolicy& policy)
-    : m_options(options), m_policy(policy) {
-    const SignalsHeld held;
-    try {
-        while (m_threads.size() < options.workers) {
-            m_threads.emplace_back([this] { Run(); });
-        }
-    } catch (const std::system_error&) {
-        // Whatever is not done ahead is done in its turn.
-    }
-}
+    : m_options(options), m_policy(policy) {}
 
 Crew::~Crew() {
-    Stop();
+    m_queue.Stop();
+    m_threads.clear();
 }
 
-void Crew::Stop() {
-    {
-        const std::lock_guard lock(m_mutex);
-        m_isStopped = true;
-        m_queue.clear();
+// Whatever is not done ahead, for want of threads or connections, is done in its turn.
+void Crew::Start() {
+    const HeldSignals held;
+    while (m_threads.size() < Workers()) {
+        m_queue.Enter();
+        try {
+            m_threads.emplace_back([this] { Run(); });
+        } catch (const std::system_error& error) {
+            m_queue.Leave();
+            NoteTrouble(fmt::format("no thread for one ({})", error.code().message()));
+            return;
+        }
     }
-    m_given.notify_all();
-    m_threads.clear();
 }
 
 void Crew::Tell(const Standing& standing) {
@@ -58,54 +49,68 @@ void Crew::Tell(const Standing& standing) {
     m_standing = standing;
 }
 
+Standing Crew::CurrentStanding() {
+    const std::lock_guard lock(m_mutex);
+    return m_standing;
+}
+
 void Crew::Give(std::shared_ptr<Package> package) {
-    {
-        const std::lock_guard lock(m_mutex);
-        package->state = Package::State::Queued;
-        m_queue.push_back(std::move(package));
+    m_queue.Give(std::move(package));
+    if (std::exchange(m_hasGivenOne, true) && m_threads.empty()) {
+        Start();
     }
-    m_given.notify_one();
 }
 
 bool Crew::TakeBack(Package& package) {
-    std::unique_lock lock(m_mutex);
-    if (package.state == Package::State::Queued) {
-        std::erase_if(m_queue, [&package](const auto& queued) { return queued.get() == &package; });
-        package.state = Package::State::Done;
-    }
-    m_done.wait(lock, [&package] { return package.state != Package::State::InWork; });
+    using Unbegun = WorkQueue<Package>::Unbegun;
+    m_queue.TakeBack(package, m_options.waitsForWorkers ? Unbegun::Left : Unbegun::Taken);
     return package.work != nullptr;
 }
 
-void Crew::Drop() {
+void Crew::NoteTrouble(std::string why) {
     const std::lock_guard lock(m_mutex);
-    m_queue.clear();
+    m_trouble = std::move(why);
 }
 
-std::shared_ptr<Package> Crew::NextPackage(Standing& standing) {
-    std::unique_lock lock(m_mutex);
-    m_given.wait(lock, [this] { return m_isStopped || !m_queue.empty(); });
-    if (m_isStopped) {
-        return nullptr;
+std::string Crew::TakeTrouble() {
+    const std::lock_guard lock(m_mutex);
+    if (m_trouble.empty() || std::exchange(m_hasToldTrouble, true)) {
+        return "";
     }
-    std::shared_ptr<Package> package = std::move(m_queue.front());
-    m_queue.pop_front();
-    package->state = Package::State::InWork;
-    standing = m_standing;
-    return package;
+    return m_trouble;
+}
+
+// Makes sure that a worker has a connection, before it takes a package: nobody waits for a package
+// because a server does not answer. False when the worker is to end.
+bool Crew::Connect(AheadWorker& worker) {
+    for (int failures = 1; !worker.IsConnected(); ++failures) {
+        if (!m_queue.WaitForWork()) {
+            return false;
+        }
+        const std::string why = worker.Connect();
+        if (why.empty()) {
+            return true;
+        }
+        NoteTrouble(fmt::format("no connection for one ({})", why));
+        const bool isLast = failures == kMostFailedConnections;
+        if (isLast || (!m_options.waitsForWorkers && !m_queue.Pause(WaitAfter(failures)))) {
+            return false;
+        }
+    }
+    return true;
 }
 
 void Crew::Run() {
     AheadWorker worker(m_options, m_policy);
-    Standing standing;
-    while (const std::shared_ptr<Package> package = NextPackage(standing)) {
-        worker.Work(*package, standing);
-        {
-            const std::lock_guard lock(m_mutex);
-            package->state = Package::State::Done;
+    while (Connect(worker)) {
+        const std::shared_ptr<Package> package = m_queue.Take();
+        if (!package) {
+            break;
         }
-        m_done.notify_all();
+        worker.Work(*package, CurrentStanding());
+        m_queue.Finish(*package);
     }
+    m_queue.Leave();
 }
 
 }  // namespace tool

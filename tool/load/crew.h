@@ -1,11 +1,10 @@
 #ifndef TOOL_LOAD_CREW_H
 #define TOOL_LOAD_CREW_H
 
-#include <condition_variable>
 #include <cstddef>
-#include <deque>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -13,6 +12,7 @@
 #include "tool/load/load_options.h"
 #include "tool/load/load_policy.h"
 #include "tool/load/package.h"
+#include "tool/process/work_queue.h"
 
 namespace tool {
 
@@ -20,15 +20,17 @@ namespace tool {
 // are for one thread, which is none of theirs.
 class Crew {
   public:
-    // Both outlive the object. Where the system has no more threads, there are fewer workers.
+    // Both outlive the object. The workers come when a second package is given: one by itself is
+    // done sooner than they are there.
     Crew(const LoadOptions& options, const LoadPolicy& policy);
     Crew(const Crew&) = delete;
     Crew& operator=(const Crew&) = delete;
-    // Waits for the packages that are in work.
+    // Waits for the packages that are in work, and for connections that are being made.
     ~Crew();
 
+    std::size_t Workers() const { return m_options.workers; }
     // How many packages to read ahead, so that nobody has to wait for the reader.
-    std::size_t Packages() const { return 1 + 2 * m_threads.size(); }
+    std::size_t Packages() const { return 1 + 2 * Workers(); }
     // How many transactions may be made permanent while a package is in work or waits.
     std::size_t Transactions() const { return 2 * Packages(); }
 
@@ -43,23 +45,29 @@ class Crew {
     // been done ahead.
     bool TakeBack(Package& package);
 
+    // Why there are fewer workers than there should be, as a clause; empty when there is no reason,
+    // and when it was told before.
+    std::string TakeTrouble();
+
     // Takes all packages back; those that are in work are the workers' alone from now on.
-    void Drop();
+    void Drop() { m_queue.Drop(); }
 
   private:
+    void Start();
     void Run();
-    std::shared_ptr<Package> NextPackage(Standing& standing);
-    void Stop();
+    bool Connect(AheadWorker& worker);
+    void NoteTrouble(std::string why);
+    Standing CurrentStanding();
 
     const LoadOptions& m_options;
     const LoadPolicy& m_policy;
+    WorkQueue<Package> m_queue;
+    bool m_hasGivenOne = false;
     std::mutex m_mutex;
-    std::condition_variable m_given;  // or stopped
-    std::condition_variable m_done;
-    // All of these, and the states of packages, under the mutex.
-    std::deque<std::shared_ptr<Package>> m_queue;
+    // These under the mutex.
     Standing m_standing;
-    bool m_isStopped = false;
+    std::string m_trouble;
+    bool m_hasToldTrouble = false;
     std::vector<std::jthread> m_threads;
 };
 

@@ -27,7 +27,7 @@ DataLoader::~DataLoader() {
 RecordsAhead::Limits DataLoader::LimitsOfReading() const {
     RecordsAhead::Limits limits{.records = 0, .bytes = RecordGroup::kBytes, .packages = 1};
     if (m_parts.looksAhead && m_parts.loader.IsGathered()) {
-        limits.records = RecordGroup::kRecords;
+        limits.records = m_parts.options.groupRecords;
         limits.packages = m_parts.crew != nullptr ? m_parts.crew->Packages() : 1;
     }
     return limits;
@@ -73,7 +73,8 @@ void DataLoader::TellCrew() {
         m_parts.crew->Tell({.moment = m_parts.group.Moment(),
                             .key = journal.Key(),
                             .run = journal.Run(),
-                            .handled = journal.HandledForGood()});
+                            .handled = journal.HandledForGood(),
+                            .watched = m_parts.loader.Watched()});
     }
 }
 
@@ -84,9 +85,16 @@ bool DataLoader::TakeDoneAhead() {
         return false;
     }
     Package& package = m_records.Current();
-    if (!m_parts.crew->TakeBack(package) || !m_parts.loader.Adopt(package)) {
+    const bool isDone = m_parts.crew->TakeBack(package);
+    if (const std::string why = m_parts.crew->TakeTrouble(); !why.empty()) {
+        m_parts.sinks.Warn("warning: the load goes on with fewer workers for now, since there is " +
+                           why);
+    }
+    if (!isDone || !m_parts.loader.Adopt(package)) {
+        m_parts.sinks.AddInTurn();
         return false;
     }
+    m_parts.sinks.AddAhead();
     for (std::size_t i = 0;; ++i) {
         const SourceRecord& record = package.records.At(i);
         m_number = record.ordinal + 1;
@@ -147,9 +155,11 @@ bool DataLoader::LoadRecords() {
         }
         m_parts.sinks.Advance(m_records.BytesRead());
         ++m_number;
-        // What is done ahead is a group by itself.
-        if (m_parts.crew != nullptr && m_records.IsLast() && m_parts.group.IsOpen()) {
-            m_parts.loader.EndGroup(false);
+        if (m_parts.crew != nullptr && m_records.IsLast()) {
+            // What is done ahead is a group by itself.
+            if (m_parts.group.IsOpen()) {
+                m_parts.loader.EndGroup(false);
+            }
             TellCrew();
         }
     }

@@ -224,7 +224,8 @@ bool GroupLoader::TryWaiting(Place place, Try which) {
 }
 
 bool GroupLoader::Adopt(Package& package) {
-    if (package.work == nullptr || m_parts.group.IsOpen() || !m_parts.room.IsEmpty()) {
+    if (package.work == nullptr || m_parts.group.IsOpen() ||
+        !m_waitingRecords.AreUnconcernedBy(package)) {
         return false;
     }
     bool isAdopted = false;

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -65,6 +66,9 @@ class GroupLoader {
     // for each record that was to be imported, and EndGroup.
     bool Adopt(Package& package);
     void NoteAdopted(const SourceRecord& record, const LoadTotals& done);
+
+    // What records wait for, by kinds, for those who work ahead; null when none waits.
+    const std::shared_ptr<const WatchedKeys>& Watched() const { return m_waitingRecords.Watched(); }
 
     // Ends the group; `atEnd`: the source holds no more records.
     void EndGroup(bool atEnd);

@@ -16,6 +16,7 @@
 namespace tool {
 
 constexpr std::chrono::seconds kDefaultRetryFor(60);
+constexpr std::size_t kGroupRecords = 100;
 
 // What `ztimport load` or `ztimport check` was asked to do.
 struct LoadOptions {
@@ -38,10 +39,15 @@ struct LoadOptions {
     bool fresh = false;          // ignore the journal
     bool retryRejected = false;  // import what the journal knows as rejected once more
     bool quiet = false;
-    std::size_t workers = 1;  // that work ahead of the groups' turn; 1: none does
-    bool looksAhead = false;  // also where it does not pay; for tests
+    // That work ahead of the groups' turn. 1: none does; 0: as many as suit the machine.
+    std::size_t workers = 1;
+    std::size_t groupRecords = kGroupRecords;  // done in one transaction; fewer are for tests
+    bool looksAhead = false;                   // also where it does not pay; for tests
     // For tests, in which chance is to have a say: workers call it before each record.
     std::function<void()> beforeWork;
+    // Nothing that the workers were given is taken back before they have done it; for tests, which
+    // count on that.
+    bool waitsForWorkers = false;
 };
 
 }  // namespace tool

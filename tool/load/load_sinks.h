@@ -33,6 +33,10 @@ class LoadSinks {
     void AddImported(const LoadTotals& done, const ImportConfiguration* configuration);
     // Counts a group of records that is done again.
     void AddRetry() { ++m_totals.retried; }
+    // So many work ahead. And a group was taken over that they had done, or done in its turn.
+    void SetWorkers(std::uint64_t workers) { m_totals.workers = workers; }
+    void AddAhead() { ++m_totals.ahead; }
+    void AddInTurn() { ++m_totals.inTurn; }
     void Reject(const RejectedRecord& record);
 
     // Holds rejects and losses back from the sinks until TellHeld, since they may be taken back. To

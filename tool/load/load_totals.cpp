@@ -1,5 +1,7 @@
 #include "tool/load/load_totals.h"
 
+#include <algorithm>
+
 namespace tool {
 
 void Add(LoadTotals& totals, const LoadTotals& more) {
@@ -13,6 +15,9 @@ void Add(LoadTotals& totals, const LoadTotals& more) {
     totals.duplicates += more.duplicates;
     totals.waited += more.waited;
     totals.retried += more.retried;
+    totals.workers = std::max(totals.workers, more.workers);
+    totals.ahead += more.ahead;
+    totals.inTurn += more.inTurn;
 }
 
 }  // namespace tool

@@ -3,12 +3,15 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "recorddb/session.h"
 #include "tool/load/kept_records.h"
 #include "tool/load/load_totals.h"
+#include "tool/load/watched_keys.h"
 #include "tool/packet/import_configuration.h"
+#include "tool/process/work_queue.h"
 
 namespace tool {
 
@@ -26,9 +29,12 @@ struct Package {
     std::unique_ptr<recorddb::GatheredWork> work;
     std::vector<LoadTotals> done;  // by record
     std::uint64_t moment = 0;      // that the work is based on (Session::Moment)
+    // What was watched meanwhile, null for nothing, and the values of that kind which records got
+    // (KeyOfValue), those that they lost again included.
+    std::shared_ptr<const WatchedKeys> watched;
+    std::vector<std::string> written;
 
-    enum class State { Read, Queued, InWork, Done };
-    State state = State::Read;  // of the crew
+    WorkState state = WorkState::New;
 };
 
 }  // namespace tool

@@ -5,8 +5,8 @@
 namespace tool {
 
 RecordGroup::RecordGroup(AdPtr<recorddb::Session> session, const LoadPolicy& policy,
-                         recorddb::Writing writing)
-    : m_session(std::move(session)), m_policy(policy), m_writing(writing) {
+                         recorddb::Writing writing, std::size_t records)
+    : m_session(std::move(session)), m_policy(policy), m_writing(writing), m_records(records) {
     m_policy.Begin(*m_session.GetPtr(), m_transaction);
 }
 

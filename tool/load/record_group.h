@@ -12,20 +12,19 @@ namespace tool {
 
 // Groups the records of a load into transactions. A transaction of its own for every record costs
 // four times as much as the records themselves; one that never ends makes each savepoint in it cost
-// more. About a hundred records to a transaction is near the best.
+// more. About a hundred records to a transaction is near the best (kGroupRecords).
 //
 // The groups of a rehearsal are undone together, when the object goes.
 class RecordGroup {
   public:
-    static constexpr std::size_t kRecords = 100;
     // The records of a group are in memory until it is permanent, so large ones make it end
     // earlier.
     static constexpr std::size_t kBytes = std::size_t{1} << 20;
 
     // `policy`, which says what becomes of a group, outlives the object. `writing` is for the
-    // groups that are to come. Throws sql::Error.
+    // groups that are to come, of so many `records` each. Throws sql::Error.
     RecordGroup(AdPtr<recorddb::Session> session, const LoadPolicy& policy,
-                recorddb::Writing writing);
+                recorddb::Writing writing, std::size_t records);
 
     // Whether what the records of a group write is gathered. Then the group as a whole may be
     // refused, when it is written, because of one of them.
@@ -40,7 +39,7 @@ class RecordGroup {
     // Counts a record of so many bytes; true when the group has as many as it should have.
     bool AddRecord(std::size_t bytes) {
         m_bytes += bytes;
-        return ++m_count >= kRecords || m_bytes >= kBytes;
+        return ++m_count >= m_records || m_bytes >= kBytes;
     }
 
     // Writes what was gathered. Throws sql::Error, after which only Undo is possible.
@@ -70,6 +69,7 @@ class RecordGroup {
     const LoadPolicy& m_policy;
     LoadPolicy::Transaction m_transaction;
     recorddb::Writing m_writing;
+    std::size_t m_records;
     std::size_t m_count = 0;
     std::size_t m_bytes = 0;
 };

@@ -62,7 +62,9 @@ std::shared_ptr<Package> RecordsAhead::NewPackage() {
     package->isDue.clear();
     package->work.reset();
     package->done.clear();
-    package->state = Package::State::Read;
+    package->watched.reset();
+    package->written.clear();
+    package->state = WorkState::New;
     return package;
 }
 

@@ -55,7 +55,7 @@ SourceLoader::SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session
                          [&sinks](const Loss& loss) { sinks.Lose(loss); })),
       m_journals(database, options, sinks),
       m_importer(session),
-      m_group(session, policy, policy.WritingFor(options)),
+      m_group(session, policy, policy.WritingFor(options), options.groupRecords),
       m_crew(CrewFor(options, policy, m_group)),
       m_recovery(database, options, policy, sinks),
       m_import(session, m_importer, m_group),
@@ -63,7 +63,11 @@ SourceLoader::SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session
       m_journal(m_group, sinks, m_room),
       m_loader({options, sinks, database.GetSchema(), m_import, m_rejecter, m_group, m_recovery,
                 m_room, m_journal, m_crew != nullptr},
-               session) {}
+               session) {
+    if (m_crew) {
+        m_sinks.SetWorkers(m_crew->Workers());
+    }
+}
 
 bool SourceLoader::Load(const SourceList& sources) {
     WalkOptions reading;
@@ -162,6 +166,10 @@ bool SourceLoader::ImportData(SourceWalk& walk) {
                                 walk.SourceName(), CountOf(records, "record")));
         return DataLoader(walk, parts).PassOver(records);
     }
+    if (m_crew) {
+        // Before the source is taken up, which is the first turn that is kept.
+        m_session->RememberWrites(m_crew->Transactions());
+    }
     LoadJournal opened = OpenJournal(walk);
     m_journals.Tell(walk.SourceName(), opened);
     m_journal.BeginSource(std::move(opened), walk);
@@ -169,9 +177,6 @@ bool SourceLoader::ImportData(SourceWalk& walk) {
     bool goesOn = false;
     try {
         const LoadJournal& journal = m_journal.Journal();
-        if (m_crew) {
-            m_session->RememberWrites(m_crew->Transactions());
-        }
         goesOn = journal.NothingToDo() ? loader.PassOver(journal.HandledBefore()) : loader.Load();
     } catch (const SourceChanged& error) {
         const std::string advice = m_policy.AdviseOnChange(m_journal.Journal().HandledForGood());

@@ -1,6 +1,7 @@
 #ifndef TOOL_LOAD_WAITING_RECORDS_H
 #define TOOL_LOAD_WAITING_RECORDS_H
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -8,8 +9,10 @@
 #include "recorddb/schema.h"
 #include "recorddb/session.h"
 #include "tool/load/missing_records.h"
+#include "tool/load/package.h"
 #include "tool/load/place.h"
 #include "tool/load/waiting_room.h"
+#include "tool/load/watched_keys.h"
 #include "tool/packet/import_configuration.h"
 #include "tool/sources/kind/source_record.h"
 
@@ -26,6 +29,13 @@ class WaitingRecords {
 
     // Whether a record has to wait because an earlier one of its id does.
     bool IsHeldBack(const SourceRecord& record, const ImportConfiguration& configuration);
+
+    // Whether nothing that waits has to do with records that were done ahead: none of these has to
+    // wait behind it, and none brings what it waits for.
+    bool AreUnconcernedBy(const Package& package);
+
+    // What records wait for, by kinds; null when none waits.
+    const std::shared_ptr<const WatchedKeys>& Watched() const { return m_watched; }
 
     // Puts a record off, which lacks `missing`, or with none waits for earlier ones of its id. It
     // is ready when there are none either.
@@ -46,11 +56,12 @@ class WaitingRecords {
     std::string IdKeyOf(const SourceRecord& record, const ImportConfiguration& configuration) const;
     WaitingRoom::Wait WaitOf(const SourceRecord& record, const ImportConfiguration& configuration,
                              const std::vector<WantedRecord>& missing);
+    void Watch(const WatchedKey& key);
 
     WaitingRoom& m_room;
     const recorddb::schema::Schema& m_schema;
     AdPtr<recorddb::Session> m_session;
-    bool m_isWatching = false;
+    std::shared_ptr<const WatchedKeys> m_watched;
 };
 
 }  // namespace tool

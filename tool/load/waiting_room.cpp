@@ -134,6 +134,18 @@ void WaitingRoom::AddKeys(Place place, const Wait& wait) {
     }
 }
 
+bool WaitingRoom::Wants(const std::string& key) {
+    if (IsEmpty() || !m_keys.MayHold(key)) {
+        return false;
+    }
+    return OnRoom([&] {
+        Statement& find = Prepare("SELECT 1 FROM wanted WHERE key = $1");
+        const ResetGuard guard(find);
+        find.BindAll(key);
+        return find.Step();
+    });
+}
+
 void WaitingRoom::Arrive(const std::string& key) {
     if (IsEmpty() || !m_keys.MayHold(key)) {
         return;

@@ -59,6 +59,9 @@ class WaitingRoom {
     // earlier ones of its id; where there are none, it is ready.
     void Take(Place place, const SourceRecord& record, const Wait& wait);
 
+    // Whether something waits for the key.
+    bool Wants(const std::string& key);
+
     // The key is in the database now: what has waited for nothing else is ready.
     void Arrive(const std::string& key);
 

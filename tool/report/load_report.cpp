@@ -22,14 +22,22 @@ std::string UnlessNone(std::string_view name, std::uint64_t number) {
     return number == 0 ? std::string() : fmt::format(",\"{}\":{}", name, number);
 }
 
+// What differs from run to run stands by itself, as the time does.
+std::string WorkersAsJson(const LoadTotals& totals) {
+    return totals.workers == 0 ? std::string()
+                               : fmt::format(R"(,"workers":{{"count":{},"ahead":{},"in_turn":{}}})",
+                                             totals.workers, totals.ahead, totals.inTurn);
+}
+
 // As the members of a JSON object, without its braces: "\"read\":1,...".
 std::string TotalsAsJson(const LoadTotals& totals) {
     return fmt::format(
         R"("read":{},"created":{},"updated":{},"rejected":{},"skipped":{},"history":{},)"
-        R"("attachments":{},"duplicates":{},"seconds":{:.3f}{}{})",
+        R"("attachments":{},"duplicates":{},"seconds":{:.3f}{}{}{})",
         totals.read, totals.created, totals.updated, totals.rejected, totals.skipped,
         totals.history, totals.attachments, totals.duplicates, totals.seconds,
-        UnlessNone("waited", totals.waited), UnlessNone("retried", totals.retried));
+        UnlessNone("waited", totals.waited), UnlessNone("retried", totals.retried),
+        WorkersAsJson(totals));
 }
 
 }  // namespace

@@ -2,12 +2,11 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
-#include <atomic>
+#include <array>
 #include <string>
-#include <thread>
-#include <tuple>
 
 #include "load_fixture.h"
+#include "pauses.h"
 #include "random_load.h"
 #include "tool/process/usage_error.h"
 
@@ -16,33 +15,21 @@ namespace {
 
 using testing::HasSubstr;
 
-// Lets other threads go first, some times more often than at others.
-std::function<void()> Pauses(std::uint64_t seed) {
-    return [count = std::make_shared<std::atomic<std::uint64_t>>(seed)] {
-        constexpr std::uint64_t factor = 0x9E3779B97F4A7C15U;
-        const std::uint64_t chance = (count->fetch_add(1) * factor) >> 58U;
-        for (std::uint64_t i = 0; i < chance * chance / 8; ++i) {
-            std::this_thread::yield();
-        }
-    };
-}
-
 class AnyNumberOfWorkersTest : public testing::TestWithParam<std::uint64_t> {};
 
 TEST_P(AnyNumberOfWorkersTest, LoadAtRandomComesToTheSame) {
     if (TestServer() == nullptr) {
         GTEST_SKIP() << "there is no PostgreSQL server";
     }
-    constexpr std::size_t times = 2;
-    const auto with = [](std::size_t workers) {
-        return RandomLoad(Engine::Postgres, GetParam(), times)
-            .RunWith(workers, Pauses(GetParam() + workers));
-    };
-    const std::string one = with(1);
+    constexpr std::size_t few = 3;  // records in a group
+    constexpr std::array<std::size_t, 3> numbers = {2, 4, 7};
+    const std::size_t workers = numbers.at(GetParam() % numbers.size());
+    const std::string one = RandomLoad(Engine::Postgres, GetParam()).Run();
     EXPECT_THAT(one, HasSubstr("rejected"));
-    for (const std::size_t workers : {2U, 4U, 7U}) {
-        EXPECT_EQ(with(workers), one) << workers << " workers";
-    }
+    RandomLoad load(Engine::Postgres, GetParam());
+    load.SetWorkers(workers, few, Pauses(GetParam()));
+    EXPECT_EQ(load.Run(), one) << workers << " workers";
+    EXPECT_GT(load.Ahead(), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, AnyNumberOfWorkersTest,
@@ -50,7 +37,11 @@ INSTANTIATE_TEST_SUITE_P(Seeds, AnyNumberOfWorkersTest,
 
 class WorkersTest : public LoadFixture {
   protected:
-    WorkersTest() : LoadFixture(Engine::Postgres) { m_options.workers = 3; }
+    WorkersTest() : LoadFixture(Engine::Postgres) {
+        m_options.workers = 3;
+        m_options.waitsForWorkers = true;
+        m_options.report = m_folder.Path() / "report.json";
+    }
 
     std::string Bugs(std::string_view more = "") {
         return Configuration("bugs.xml", "record", "bug", "source_id", more);
@@ -76,6 +67,7 @@ TEST_F(WorkersTest, RecordsAreNumberedInTheOrderOfTheSource) {
                     "AND id = 'BUG' || lpad(CAST(dbid AS text), 8, '0')"),
               "1050");
     EXPECT_THAT(Said(), HasSubstr("1,050 records read: 1,050 created"));
+    EXPECT_THAT(Report(), HasSubstr(R"("workers":{"count":3,"ahead":11,"in_turn":0})"));
 }
 
 TEST_F(WorkersTest, LaterRecordsChangeEarlierOnes) {
@@ -100,6 +92,44 @@ TEST_F(WorkersTest, LoadGoesOnWhereItStopped) {
     m_options.maxRejects.reset();
     EXPECT_EQ(Load({Bugs(), data}), 1);
     EXPECT_EQ(Query("SELECT count(*) || ' ' || max(dbid) FROM bug"), "949 949");
+}
+
+// The last groups are given to the workers when the first record of all waits already.
+class WorkersAndWaitingTest : public WorkersTest {
+  protected:
+    static constexpr std::uint64_t kLate = 2;  // groups, at least
+    static constexpr int kCount = 900;
+};
+
+TEST_F(WorkersAndWaitingTest, RecordsThatNothingWaitsForAreDoneAhead) {
+    std::vector<Fields> records = Distinct(kCount);
+    records[0].push_back({"owner", "late"});
+    EXPECT_EQ(Load({Bugs(), Records("data.xml", records),
+                    Configuration("users.xml", "record", "user", "login"),
+                    Records("late.xml", {{{"login", "late"}, {"email", "l"}}})}),
+              0);
+    EXPECT_EQ(Query("SELECT dbid FROM bug WHERE source_id = '0'"), "900");
+    EXPECT_GE(GroupsAhead(Report()), kLate);
+}
+
+TEST_F(WorkersAndWaitingTest, NothingOvertakesARecordOfItsIdThatWaits) {
+    std::vector<Fields> records = Distinct(kCount);
+    records[0].push_back({"owner", "late"});
+    records[850] = {{"source_id", "0"}, {"title", "later"}};
+    EXPECT_EQ(Load({Bugs(kUpdate), Records("data.xml", records),
+                    Configuration("users.xml", "record", "user", "login"),
+                    Records("late.xml", {{{"login", "late"}, {"email", "l"}}})}),
+              0);
+    EXPECT_EQ(Query("SELECT dbid || title || zt_version FROM bug WHERE source_id = '0'"),
+              "899later2");
+}
+
+TEST_F(WorkersAndWaitingTest, RecordIsTriedAsSoonAsWhatItWaitsForHasCome) {
+    std::vector<Fields> records = Distinct(kCount);
+    records[0].push_back({"twin_of", "850"});
+    EXPECT_EQ(Load({Bugs("<duplicate_id name=\"twin_of\"/>"), Records("data.xml", records)}), 0);
+    EXPECT_EQ(Query("SELECT source_id FROM bug WHERE dbid BETWEEN 850 AND 852 ORDER BY dbid"),
+              "850\n0\n851");
 }
 
 TEST_F(WorkersTest, AnotherLoadOfTheSourceIsPassedOver) {

@@ -48,9 +48,22 @@ class KilledLoadOnServer : public LoadFixture {
                                     return fate;
                                 });
         ChildProcess child({ZTIMPORT, "load", UrlWithSocketIn(m_database, m_folder.Path()),
-                            "--rejects", RejectsFolder(), m_sources[0], m_sources[1]});
+                            "--rejects", RejectsFolder(), "--workers", m_workers, m_sources[0],
+                            m_sources[1]});
         started.set_value(&child);
         ASSERT_EQ(child.Wait(), 128 + SIGKILL) << child.Output();
+    }
+
+    // Kills it at the N-th message of the tool, from 1, after the first transaction has begun.
+    void KillAt(int place) {
+        int afterBegin = 0;
+        Kill(
+            [&](const Message& message) {
+                const bool begins = message.type == 'Q' && message.text.starts_with("BEGIN");
+                afterBegin += message.from == Side::Client && (afterBegin > 0 || begins) ? 1 : 0;
+                return afterBegin == place;
+            },
+            Fate::Cut);
     }
 
     // What the same command comes to afterwards.
@@ -100,23 +113,25 @@ class KilledLoadOnServer : public LoadFixture {
     }
 
     std::vector<std::string> m_sources;
+    std::string m_workers = "1";
     pid_t m_stopped = 0;
 };
 
 TEST_F(KilledLoadOnServer, GoesOnWhereverItWas) {
-    int afterBegin = 0;
     for (const int place : {1, 40, 90, 40}) {
-        afterBegin = 0;
-        Kill(
-            [&](const Message& message) {
-                const bool begins = message.type == 'Q' && message.text.starts_with("BEGIN");
-                afterBegin += message.from == Side::Client && (afterBegin > 0 || begins) ? 1 : 0;
-                return afterBegin == place;
-            },
-            Fate::Cut);
+        KillAt(place);
     }
     ExpectCompletion();
     EXPECT_THAT(Said(), HasSubstr("goes on behind record"));
+}
+
+TEST_F(KilledLoadOnServer, WithWorkersGoesOnWhereverItWas) {
+    m_workers = "4";
+    for (const int place : {1, 30, 50, 30}) {
+        KillAt(place);
+    }
+    m_options.workers = 4;
+    ExpectCompletion();
 }
 
 // The server has taken the commit of the first group, but not looked at it, when the load is killed

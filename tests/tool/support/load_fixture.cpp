@@ -3,6 +3,9 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <fstream>
+#include <iterator>
+
 #include "recorddb/database.h"
 #include "recorddb/schema.h"
 #include "tool/commands/load_command.h"
@@ -157,6 +160,11 @@ std::string LoadFixture::Dump() {
         }
     }
     return dump;
+}
+
+std::string LoadFixture::ContentOf(const std::filesystem::path& file) {
+    std::ifstream in(file);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 }  // namespace tool

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -34,6 +35,9 @@ class LoadFixture : public testing::Test {
     // is in Said().
     int Load(std::vector<std::string> sources);
     std::string Said() const { return m_said; }
+    // The report of the latest load, which m_options ask for.
+    std::string Report() const { return ContentOf(m_options.report); }
+    static std::string ContentOf(const std::filesystem::path& file);
 
     // The first column of the rows that `sql` selects, one row a line.
     std::string Query(const std::string& sql);

@@ -5,17 +5,11 @@
 
 #include <cstdint>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <iterator>
-#include <set>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "load_fixture.h"
+#include "compared_load.h"
 
 namespace tool {
 
@@ -25,40 +19,18 @@ inline std::uint64_t SeedsOr(std::uint64_t few) {
     return given == nullptr ? few : std::strtoull(given, nullptr, 10);
 }
 
-// A text without its lines of records per second.
-inline std::string WithoutRates(const std::string& text) {
-    std::istringstream lines(text);
-    std::string kept;
-    for (std::string line; std::getline(lines, line);) {
-        if (line.find("per second") == std::string::npos &&
-            line.find("records/s") == std::string::npos) {
-            kept += line + '\n';
-        }
-    }
-    return kept;
-}
-
-// A text without any occurrence of a piece, which may be empty.
-inline std::string Without(std::string text, const std::string& piece) {
-    for (std::size_t at = piece.empty() ? std::string::npos : text.find(piece);
-         at != std::string::npos; at = text.find(piece, at)) {
-        text.erase(at, piece.size());
-    }
-    return text;
-}
-
 // A load of records at random, into a database of its own.
-class RandomLoad : public LoadFixture {
+class RandomLoad : public ComparedLoad {
   public:
     // `times` as many records as a few hundred.
     RandomLoad(Engine engine, std::uint64_t seed, std::size_t times = 1)
-        : LoadFixture(engine), m_state(seed * 2 + 1), m_times(times) {
+        : ComparedLoad(engine), m_state(seed * 2 + 1), m_times(times) {
         if (seed % 2 == 0) {
             Execute("CREATE UNIQUE INDEX by_hand ON bug (title)");
         }
     }
 
-    // Returns all that was told, all that was set aside, and all that is in the database.
+    // Return all that was told, all that was set aside, and all that is in the database.
     enum class Way { OneByOne, Gathered, LookingAhead };
     std::string Run(Way way) {
         if (way == Way::OneByOne) {
@@ -67,62 +39,15 @@ class RandomLoad : public LoadFixture {
         m_options.looksAhead = way == Way::LookingAhead;
         return Run();
     }
-
-    // With so many workers, which call `pause` before each record.
-    std::string RunWith(std::size_t workers, std::function<void()> pause) {
-        m_options.workers = workers;
-        m_options.beforeWork = std::move(pause);
-        return Run();
-    }
-
-    void TestBody() override {}
-
-  private:
     std::string Run() {
-        m_options.rejects = m_folder.Path() / "rejects";
-        m_options.report = m_folder.Path() / "report.json";
-        m_options.attachments = m_folder.Path();
         for (const char* const name : {"file0", "file1", "file2"}) {
             m_folder.Write(name, std::string("content of ") + name);
         }
-        std::string told;
-        for (const std::vector<std::string>& sources : Sources()) {
-            const int code = Load(sources);
-            told += fmt::format("{}\n{}{}", code, Said(), WithoutSeconds(Text(m_options.report)));
-        }
-        told += SetAside();
-        // Two loads differ in how long they take and in where they stand.
-        const std::string all = WithoutRates(told) + Dump();
-        return Without(Without(all, m_folder.Path().string()), m_place.Schema());
+        const std::string told = LoadAll(Sources());
+        return told + Tables();
     }
 
-    // A report without the time that the load took.
-    static std::string WithoutSeconds(const std::string& report) {
-        const std::size_t begin = report.find("\"seconds\":");
-        const std::size_t end = report.find(',', begin);
-        return begin == std::string::npos ? report : report.substr(0, begin) + report.substr(end);
-    }
-
-    static std::string Text(const std::filesystem::path& file) {
-        std::ifstream in(file);
-        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    }
-
-    // What stands in the files of the rejects folder, in the order of their names.
-    std::string SetAside() const {
-        std::set<std::filesystem::path> files;
-        if (std::filesystem::exists(m_options.rejects)) {
-            for (const auto& file : std::filesystem::directory_iterator(m_options.rejects)) {
-                files.insert(file.path());
-            }
-        }
-        std::string all;
-        for (const auto& file : files) {
-            all += Text(file);
-        }
-        return all;
-    }
-
+  private:
     std::size_t Below(std::size_t bound) {
         m_state ^= m_state << 13U;
         m_state ^= m_state >> 7U;

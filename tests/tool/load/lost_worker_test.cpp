@@ -1,0 +1,203 @@
+// A load with workers comes to what it comes to without them and undisturbed, whichever of its
+// connections are lost, and whoever else locks its records.
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <csignal>
+#include <map>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "compared_load.h"
+#include "proxied_load.h"
+#include "recorddb/sql.h"
+
+namespace tool {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+using Fate = ServerProxy::Fate;
+using Message = ServerProxy::Message;
+using Side = ServerProxy::Side;
+
+bool IsOfMain(const Message& message) {
+    return message.connection == 0;
+}
+
+class LostWorker : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (TestServer() == nullptr) {
+            GTEST_SKIP() << "there is no PostgreSQL server";
+        }
+    }
+
+    // What a load by itself comes to.
+    static const std::string& Undisturbed() {
+        static const std::string kResult = [] {
+            ProxiedLoad load;
+            EXPECT_EQ(load.Run([](const Message& /*message*/) { return Fate::Pass; }), 1);
+            return load.Result();
+        }();
+        return kResult;
+    }
+
+    // A load with workers, in small groups; returns what it has said.
+    static std::string ExpectTheSame(const ServerProxy::Watch& watch, bool leavesToWorkers = true) {
+        constexpr std::size_t few = 10;
+        ProxiedLoad load;
+        load.m_options.workers = 4;
+        load.m_options.groupRecords = few;
+        load.m_options.waitsForWorkers = leavesToWorkers;
+        EXPECT_EQ(load.Run(watch), 1) << load.Said();
+        EXPECT_EQ(load.Result(), Undisturbed());
+        EXPECT_EQ(load.RejectsNaming("s37"), 1);
+        return load.Said();
+    }
+};
+
+TEST_F(LostWorker, CommitOfWhatWasDoneAheadIsKnownOrDoneAgain) {
+    for (const Side side : {Side::Client, Side::Server}) {
+        for (const int place : {6, 15}) {
+            int commits = 0;
+            const std::string said = ExpectTheSame([&](const Message& message) {
+                commits += message.from == side && IsCommit(message) ? 1 : 0;
+                return commits == place && IsOfMain(message) && IsCommit(message) ? Fate::Cut
+                                                                                  : Fate::Pass;
+            });
+            EXPECT_THAT(said, HasSubstr("connected again"));
+        }
+    }
+}
+
+TEST_F(LostWorker, ConnectionsOfWorkersMayBeLostAtAnyMessage) {
+    for (const int place : {2, 20, 60}) {
+        std::map<std::size_t, int> counts;
+        const std::string said = ExpectTheSame([&](const Message& message) {
+            const bool isCut = !IsOfMain(message) && ++counts[message.connection] == place &&
+                               message.connection <= 4;
+            return isCut ? Fate::Cut : Fate::Pass;
+        });
+        EXPECT_THAT(said, Not(HasSubstr("connected again")));
+    }
+}
+
+// As when the server is started again.
+TEST_F(LostWorker, AllConnectionsMayBeLostAtOnce) {
+    int commits = 0;
+    std::map<std::size_t, pid_t> backends;
+    ExpectTheSame([&](const Message& message) {
+        if (BackendIn(message) != 0) {
+            backends[message.connection] = BackendIn(message);
+        }
+        commits += message.from == Side::Client && IsCommit(message) ? 1 : 0;
+        if (commits == 10) {
+            ++commits;
+            for (const auto& [connection, backend] : backends) {
+                kill(backend, SIGTERM);
+            }
+        }
+        return Fate::Pass;
+    });
+}
+
+TEST_F(LostWorker, ServerThatTakesOneConnectionOnlyIsEnoughAndToldOnce) {
+    const std::string said = ExpectTheSame(
+        [](const Message& message) { return IsOfMain(message) ? Fate::Pass : Fate::Cut; });
+    const std::size_t told = said.find("the load goes on with fewer workers");
+    EXPECT_NE(told, std::string::npos) << said;
+    EXPECT_EQ(said.find("fewer workers", told + 40), std::string::npos) << said;
+}
+
+// Workers get their answers when most of the load has been done.
+TEST_F(LostWorker, NobodyWaitsForAServerThatDoesNotAnswerWorkers) {
+    int commits = 0;
+    constexpr int late = 20;
+    ExpectTheSame(
+        [&](const Message& message) {
+            commits += message.from == Side::Client && IsCommit(message) ? 1 : 0;
+            return IsOfMain(message) || commits >= late ? Fate::Pass : Fate::Hold;
+        },
+        false);
+}
+
+// Records that another program locks, in an order of its own.
+class ContestedLoad : public ComparedLoad {
+  public:
+    ContestedLoad() : ComparedLoad(Engine::Postgres) {
+        LoadAll({{Configuration("1.xml", "record", "bug", "source_id"),
+                  Records("1-data.xml", Bugs("first"))}});
+    }
+
+    // Updates all of them; returns what is in the database then.
+    std::string Update() {
+        // The server finds out about a deadlock in the load first.
+        const std::string direct = m_database;
+        m_database += "&options=-cdeadlock_timeout%3D1ms";
+        LoadAll(
+            {{Configuration("2.xml", "record", "bug", "source_id", "<updaterecord name=\"TRUE\"/>"),
+              Records("2-data.xml", Bugs("second"))}});
+        m_database = direct;
+        return Tables();
+    }
+
+    // Two programs lock records. The load has to wait for the one of them while the other comes to
+    // wait for the load; then the load runs into the lock of the other.
+    void Contest() {
+        const auto one = recorddb::sql::Open(m_database, recorddb::sql::OpenMode::ReadWrite);
+        const auto other = recorddb::sql::Open(m_database, recorddb::sql::OpenMode::ReadWrite);
+        one->ExecuteScript("BEGIN; UPDATE bug SET votes = 7 WHERE source_id = 's20'");
+        other->ExecuteScript(
+            "SET deadlock_timeout = '1h'; BEGIN; UPDATE bug SET votes = 7 WHERE source_id = 's39'");
+        m_isReady = true;
+        WaitForWaiting(1);
+        const std::jthread waiting([&other] {
+            other->ExecuteScript("UPDATE bug SET votes = 7 WHERE source_id = 's0'; ROLLBACK");
+        });
+        WaitForWaiting(2);
+        one->ExecuteScript("ROLLBACK");
+    }
+    bool IsReady() const { return m_isReady; }
+
+    using LoadFixture::Report;
+
+  private:
+    // So many wait for locks of records.
+    void WaitForWaiting(std::int64_t count) const {
+        const auto looks = recorddb::sql::Open(m_database, recorddb::sql::OpenMode::ReadOnly);
+        while (recorddb::sql::QueryInt(
+                   looks->Prepare("SELECT count(DISTINCT pid) FROM pg_locks "
+                                  "WHERE NOT granted AND locktype <> 'advisory'")) != count) {
+            std::this_thread::yield();
+        }
+    }
+
+    static std::vector<Fields> Bugs(const std::string& title) {
+        std::vector<Fields> bugs;
+        for (int i = 0; i < 40; ++i) {
+            bugs.push_back({{"source_id", fmt::format("s{}", i)}, {"title", title}});
+        }
+        return bugs;
+    }
+
+    std::atomic<bool> m_isReady = false;
+};
+
+TEST_F(LostWorker, DeadlockWithAnotherProgramIsGotOver) {
+    ContestedLoad alone;
+    const std::string result = alone.Update();
+    ContestedLoad contested;
+    contested.SetWorkers(4, 40, {});
+    std::jthread other([&contested] { contested.Contest(); });
+    while (!contested.IsReady()) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(contested.Update(), result);
+    EXPECT_THAT(contested.Report(), HasSubstr("\"retried\":1"));
+}
+
+}  // namespace
+}  // namespace tool

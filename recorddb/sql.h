@@ -181,6 +181,14 @@ class RECORDDB_API Connection {
     // Lets others write again, when no transaction is open.
     virtual void LetOthersWrite() {}
 
+    // For BeginTogether. Before a transaction begins: from here on it shows when others write.
+    virtual void WatchOthers() {}
+    // In a transaction for reading: its moment, for others to join.
+    virtual std::string ShareMoment();
+    // At the beginning of one on another connection: has it see that moment; false when it sees a
+    // later one.
+    virtual bool JoinMoment(const std::string& moment);
+
     virtual const Dialect& GetDialect() const = 0;
     virtual bool IsReadOnly() const = 0;
 
@@ -267,6 +275,11 @@ class RECORDDB_API Transaction {
   private:
     Connection* m_connection;
 };
+
+// Begins a transaction on each of several connections to one database, which are open for reading;
+// all of them see the same moment. Throws Error (Unsupported, when the engine has no means for it,
+// or the connections lead to different servers).
+RECORDDB_API std::vector<Transaction> BeginTogether(std::span<Connection* const> connections);
 
 enum class OpenMode {
     ReadOnly,

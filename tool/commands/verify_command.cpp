@@ -13,6 +13,7 @@
 #include "tool/report/verify_report.h"
 #include "tool/report/verify_terminal.h"
 #include "tool/sources/source_checks.h"
+#include "tool/verify/lookup_tools.h"
 #include "tool/verify/verifier.h"
 #include "tool/verify/verify_sinks.h"
 
@@ -39,9 +40,7 @@ int RunVerify(const VerifyOptions& options, std::ostream& out, std::ostream& err
     RequireFolder(options.attachments);
     CommandSources sources(options.sources, options.map);
     CheckOutputs(options, sources.Files());
-    const auto database = recorddb::Database::Open(
-        options.database, options.immutable ? recorddb::Database::Mode::Immutable
-                                            : recorddb::Database::Mode::ReadOnly);
+    const auto database = OpenForVerify(options);
     VerifyTerminal terminal(options.quiet, out, err);
     std::vector<VerifySink*> sinks = {&terminal};
     std::optional<VerifyReport> report;

@@ -164,6 +164,7 @@ bool RecordShelf::Next(KeptRecord& record) {
     record.place = {.source = number(2), .record = number(3), .line = number(4)};
     record.configuration = number(5);
     record.differs = m_select->Int(6) != 0;
+    m_size = m_select->Blob(7).size();
     BlobReader reader(m_select->Blob(7));
     reader.Take(record.originalId);
     reader.Take(record.fields);

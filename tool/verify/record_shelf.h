@@ -1,6 +1,7 @@
 #ifndef TOOL_VERIFY_RECORD_SHELF_H
 #define TOOL_VERIFY_RECORD_SHELF_H
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -26,11 +27,15 @@ class RecordShelf {
     // The next record; false after the last. Nothing can be added after the first call.
     bool Next(KeptRecord& record);
 
+    // The bytes that the latest one took.
+    std::size_t Size() const { return m_size; }
+
   private:
     recorddb::sql::Connection& m_scratch;
     recorddb::sql::Statement* m_insert = nullptr;
     recorddb::sql::Statement* m_select = nullptr;
     std::uint64_t m_count = 0;
+    std::size_t m_size = 0;
     std::string m_buffer;
 };
 

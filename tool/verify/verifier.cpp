@@ -2,52 +2,51 @@
 
 #include <chrono>
 #include <optional>
+#include <string>
 
-#include "recorddb/sql.h"
 #include "tool/process/interrupt.h"
-#include "tool/verify/attachment_comparison.h"
 #include "tool/verify/extra_records.h"
-#include "tool/verify/history_comparison.h"
-#include "tool/verify/value_comparison.h"
+#include "tool/verify/kept_comparison.h"
 
 namespace tool {
 
 namespace {
 
-void CompareDuplicate(const ExpectedRecord& expected,
-                      const std::optional<recorddb::LinkedRecord>& stored,
-                      DifferenceReporter& reporter, VerifiedType& tally) {
-    const std::string database = stored ? stored->key : "";
-    if (const auto& original = expected.Original()) {
-        ++tally.duplicates;
-        if (!stored || stored->dbid != original->dbid) {
-            reporter.Report(expected.OriginalPlace(), "duplicate of", original->text, database,
-                            original->problem);
-        }
-    } else if (expected.IsWhole() && stored) {
-        reporter.Report(expected.FirstPlace(), "duplicate of", "", database);
+// The first line says why; a client library may add more.
+void WarnOfWorkers(VerifySinks& sinks, const std::string& why) {
+    if (!why.empty()) {
+        sinks.Warns("warning: fewer workers compare than were asked for: " +
+                    why.substr(0, why.find('\n')));
     }
 }
+
+// What the workers are given outlives their work.
+class AtWork {
+  public:
+    explicit AtWork(ComparisonCrew& crew) : m_crew(crew) {}
+    AtWork(const AtWork&) = delete;
+    AtWork& operator=(const AtWork&) = delete;
+    ~AtWork() { m_crew.Stop(); }
+
+  private:
+    ComparisonCrew& m_crew;
+};
 
 }  // namespace
 
 Verifier::Verifier(recorddb::Database& database, const VerifyOptions& options, VerifySinks& sinks)
-    : m_moment(database.Begin()),
-      m_scratch(recorddb::sql::OpenScratch()),
-      m_scratchWork(*m_scratch),
-      m_database(database),
-      m_reader(database),
-      m_lookup(database, m_reader, *m_scratch,
-               {.maxTries = options.maxReferenceTries,
-                .stopRequested = [] { return Interrupted() != 0; }}),
-      m_shelf(*m_scratch),
-      m_resolver(m_lookup),
-      m_contents(m_reader),
-      m_files(options.attachments, options.maxAttachmentSize),
-      m_tally(database.GetSchema()),
+    : m_options(options),
       m_sinks(sinks),
-      m_scan(m_lookup, m_shelf, options.attachments, m_tally, sinks, options.limits),
-      m_exact(options.exact) {}
+      m_database(database),
+      m_crew(options, [&sinks](const std::string& why) { WarnOfWorkers(sinks, why); }),
+      m_moment(m_crew.Begin(database)),
+      m_tools(database, options),
+      m_shelf(*m_tools.scratch),
+      m_tally(database.GetSchema()),
+      m_scan(m_tools.lookup, m_shelf, options.attachments, m_tally, sinks, options.limits),
+      m_comparer(database, m_tools.reader, m_tools.lookup, options,
+                 [this](std::size_t place) -> const RecordsPlace& { return m_scan.Place(place); }) {
+}
 
 VerifySummary Verifier::Run(const SourceList& sources) {
     const auto start = std::chrono::steady_clock::now();
@@ -58,7 +57,7 @@ VerifySummary Verifier::Run(const SourceList& sources) {
     CompareKept();
     VerifySummary summary = m_tally.Summary();
     summary.differences = m_sinks.Differences();
-    summary.exact = m_exact;
+    summary.exact = m_options.exact;
     summary.faults = m_integrity.faults;
     summary.unusedContents = m_integrity.unusedContents;
     summary.unusedBytes = m_integrity.unusedBytes;
@@ -76,57 +75,29 @@ void Verifier::CheckDatabase() {
             return Interrupted() == 0;
         });
     if (m_integrity.allContentsSound) {
-        m_contents.AreSound();
+        m_comparer.ContentsAreSound();
     }
 }
 
 void Verifier::CompareKept() {
-    KeptRecord record;
-    std::uint64_t done = 0;
-    ExtraRecords extra(m_database.GetSchema(), m_reader, m_tally, m_sinks);
-    bool more = m_shelf.Next(record);
-    while (more && Interrupted() == 0) {
-        const std::int64_t type = record.type;
-        const std::int64_t dbid = record.dbid;
-        if (m_exact) {
-            extra.Pass(type, dbid);
-        }
-        ExpectedRecord expected(m_database.GetSchema().Type(type), m_resolver, m_exact);
-        bool differs = false;
-        for (; more && record.type == type && record.dbid == dbid; more = m_shelf.Next(record)) {
-            expected.Add(record, m_scan.Configuration(record.configuration));
-            differs = differs || record.differs;
-            ++done;
-        }
-        CompareRecord(expected, dbid, differs);
-        m_sinks.Advances(done, done);
+    const ConfigurationOf configuration = [this](std::size_t number) -> const ImportConfiguration& {
+        return m_scan.Configuration(number);
+    };
+    const DifferenceReporter::PlaceOf placeOf = [this](std::size_t number) -> const RecordsPlace& {
+        return m_scan.Place(number);
+    };
+    std::optional<ExtraRecords> extra;
+    if (m_options.exact) {
+        extra.emplace(m_database.GetSchema(), m_tools.reader, m_tally, m_sinks);
     }
-    if (m_exact) {
-        extra.PassRest();
+    const AtWork atWork(m_crew);
+    m_crew.Start(configuration, placeOf, m_integrity.allContentsSound);
+    KeptComparison(
+        {m_shelf, configuration, m_comparer, m_crew, extra ? &*extra : nullptr, m_tally, m_sinks})
+        .Run();
+    if (extra) {
+        extra->PassRest();
     }
-}
-
-void Verifier::CompareRecord(const ExpectedRecord& expected, std::int64_t dbid, bool differs) {
-    const auto record = m_reader.Get(expected.Type(), dbid);
-    if (!record) {
-        throw std::logic_error("a record is gone within one transaction");
-    }
-    Difference subject;
-    subject.type = expected.Type().name;
-    subject.id = m_reader.Key(expected.Type(), dbid);
-    subject.sourceId = expected.SourceId();
-    DifferenceReporter reporter(
-        std::move(subject), [this](const Difference& difference) { m_sinks.Differs(difference); },
-        [this](std::size_t place) -> const RecordsPlace& { return m_scan.Place(place); });
-    VerifiedType& tally = m_tally.Of(&expected.Type());
-    CompareValues(expected, *record, reporter, tally);
-    CompareHistory(expected, m_reader.History(*record), reporter, tally);
-    CompareAttachments(expected, m_reader.Attachments(*record), m_contents, m_files, reporter,
-                       tally);
-    CompareDuplicate(expected, m_reader.Original(*record), reporter, tally);
-    const bool isDifferent = differs || reporter.Count() > 0;
-    ++tally.compared;
-    ++(isDifferent ? tally.different : tally.equal);
 }
 
 }  // namespace tool

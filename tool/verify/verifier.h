@@ -1,20 +1,15 @@
 #ifndef TOOL_VERIFY_VERIFIER_H
 #define TOOL_VERIFY_VERIFIER_H
 
-#include <memory>
-
 #include "recorddb/database.h"
 #include "recorddb/integrity.h"
-#include "recorddb/reader.h"
 #include "recorddb/sql.h"
 #include "tool/sources/source_list.h"
-#include "tool/verify/attachment_files.h"
-#include "tool/verify/expected_record.h"
-#include "tool/verify/record_lookup.h"
+#include "tool/verify/comparison_crew.h"
+#include "tool/verify/lookup_tools.h"
+#include "tool/verify/record_comparer.h"
 #include "tool/verify/record_shelf.h"
-#include "tool/verify/reference_resolver.h"
 #include "tool/verify/source_scan.h"
-#include "tool/verify/stored_contents.h"
 #include "tool/verify/verify_options.h"
 #include "tool/verify/verify_sinks.h"
 #include "tool/verify/verify_tally.h"
@@ -41,22 +36,17 @@ class Verifier {
   private:
     void CheckDatabase();
     void CompareKept();
-    void CompareRecord(const ExpectedRecord& expected, std::int64_t dbid, bool differs);
 
-    recorddb::sql::Transaction m_moment;
-    std::unique_ptr<recorddb::sql::Connection> m_scratch;
-    recorddb::sql::Transaction m_scratchWork;
-    recorddb::Database& m_database;
-    recorddb::RecordReader m_reader;
-    RecordLookup m_lookup;
-    RecordShelf m_shelf;
-    ReferenceResolver m_resolver;
-    StoredContents m_contents;
-    AttachmentFiles m_files;
-    VerifyTally m_tally;
+    const VerifyOptions& m_options;
     VerifySinks& m_sinks;
+    recorddb::Database& m_database;
+    ComparisonCrew m_crew;
+    recorddb::sql::Transaction m_moment;
+    LookupTools m_tools;
+    RecordShelf m_shelf;
+    VerifyTally m_tally;
     SourceScan m_scan;
-    bool m_exact;
+    RecordComparer m_comparer;
     recorddb::IntegrityTotals m_integrity;
 };
 

@@ -1,6 +1,7 @@
 #ifndef TOOL_VERIFY_VERIFY_OPTIONS_H
 #define TOOL_VERIFY_VERIFY_OPTIONS_H
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -24,6 +25,9 @@ struct VerifyOptions {
     RecordLimits limits;
     bool exact = false;  // what no source speaks of is a difference, too
     bool quiet = false;
+    // That compare records. 1: the main thread alone does; 0: as many as suit machine and sources.
+    std::size_t workers = 1;
+    bool waitsForWorkers = false;  // the main thread leaves all to them; for tests
     bool immutable = false;  // nobody writes to the database, and nothing is written beside it
 };
 

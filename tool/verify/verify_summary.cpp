@@ -9,6 +9,19 @@
 
 namespace tool {
 
+void Add(VerifiedType& type, const VerifiedType& more) {
+    type.compared += more.compared;
+    type.equal += more.equal;
+    type.different += more.different;
+    type.missing += more.missing;
+    type.extra += more.extra;
+    type.fields += more.fields;
+    type.references += more.references;
+    type.history += more.history;
+    type.attachments += more.attachments;
+    type.duplicates += more.duplicates;
+}
+
 std::string VerifySummary::Verdict() const {
     if (Verified() && leftOut > 0) {
         return fmt::format(

@@ -23,6 +23,9 @@ struct VerifiedType {
     std::uint64_t duplicates = 0;   // duplicate marks of the sources compared
 };
 
+// Adds the numbers of other records of the type.
+void Add(VerifiedType& type, const VerifiedType& more);
+
 // How a comparison came out as a whole.
 struct VerifySummary {
     std::uint64_t read = 0;      // records found in the sources

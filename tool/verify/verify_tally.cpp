@@ -13,6 +13,13 @@ VerifiedType& VerifyTally::Of(const recorddb::schema::RecordType* type) {
     return m_types[type == nullptr ? 0 : static_cast<std::size_t>(type->id)];
 }
 
+void VerifyTally::Add(const VerifyTally& more) {
+    m_read += more.m_read;
+    for (std::size_t i = 0; i < m_types.size(); ++i) {
+        tool::Add(m_types[i], more.m_types[i]);
+    }
+}
+
 VerifySummary VerifyTally::Summary() const {
     VerifySummary summary;
     summary.read = m_read;

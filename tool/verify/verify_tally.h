@@ -18,6 +18,9 @@ class VerifyTally {
     // A record was read from a source.
     void AddRead() { ++m_read; }
 
+    // Adds the numbers of another comparison of the same record types.
+    void Add(const VerifyTally& more);
+
     // The numbers of a type; of no type where it is null.
     VerifiedType& Of(const recorddb::schema::RecordType* type);
 

@@ -145,6 +145,16 @@ void PostgresConnection::LetOthersWrite() {
     }
 }
 
+std::string PostgresConnection::ShareMoment() {
+    return std::string(m_handle.Run("SELECT pg_export_snapshot()").Text(0, 0));
+}
+
+// The name of a moment is what the server has made.
+bool PostgresConnection::JoinMoment(const std::string& moment) {
+    m_handle.Run("SET TRANSACTION SNAPSHOT '" + moment + "'");
+    return true;
+}
+
 const Dialect& PostgresConnection::GetDialect() const {
     return kPostgresDialect;
 }

@@ -39,6 +39,8 @@ class PostgresConnection final : public Connection {
     void Reconnect() override;
     bool KeepTurn() override;
     void LetOthersWrite() override;
+    std::string ShareMoment() override;
+    bool JoinMoment(const std::string& moment) override;
     const Dialect& GetDialect() const override;
     bool IsReadOnly() const override { return m_connector.IsReadOnly(); }
     bool TransactionSurvivesErrors() const override { return false; }

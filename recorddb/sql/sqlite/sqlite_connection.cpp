@@ -106,6 +106,21 @@ bool SqliteConnection::KeepTurn() {
     return std::exchange(m_versionOfOthers, version) == version;
 }
 
+void SqliteConnection::WatchOthers() {
+    KeepTurn();
+}
+
+// A transaction sees the moment of its first query.
+std::string SqliteConnection::ShareMoment() {
+    KeepTurn();
+    return "";
+}
+
+// Nobody has written since WatchOthers, so not since ShareMoment.
+bool SqliteConnection::JoinMoment(const std::string& /*moment*/) {
+    return KeepTurn();
+}
+
 const Dialect& SqliteConnection::GetDialect() const {
     return kSqliteDialect;
 }

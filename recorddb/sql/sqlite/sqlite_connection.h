@@ -37,6 +37,9 @@ class SqliteConnection final : public Connection {
     bool HasIndex(std::string_view name) override;
     const Dialect& GetDialect() const override;
     bool KeepTurn() override;
+    void WatchOthers() override;
+    std::string ShareMoment() override;
+    bool JoinMoment(const std::string& moment) override;
     void LetOthersWrite() override {}
     bool IsReadOnly() const override { return m_readOnly; }
     bool TransactionSurvivesErrors() const override { return true; }

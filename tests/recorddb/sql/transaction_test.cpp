@@ -126,6 +126,31 @@ TEST_P(TransactionTest, BeginningsAndRollbacksAreCounted) {
     EXPECT_EQ(m_connection->RollbackCount(), rollbacks + 2);
 }
 
+TEST_P(TransactionTest, ThoseThatBeginTogetherSeeOneMoment) {
+    Insert("a");
+    const auto first = Open(Path(), OpenMode::ReadOnly);
+    const auto second = Open(Path(), OpenMode::ReadOnly);
+    const std::vector<Connection*> readers = {first.get(), second.get()};
+    const std::vector<Transaction> together = BeginTogether(readers);
+    Insert("b");
+    EXPECT_EQ(QueryInt(first->Prepare("SELECT count(*) FROM thing")), 1);
+    EXPECT_EQ(QueryInt(second->Prepare("SELECT count(*) FROM thing")), 1);
+}
+
+// A server hands the moment itself on; a file only shows that it has passed.
+TEST_P(TransactionTest, WriterBetweenTheirBeginningsIsNoticed) {
+    const auto first = Open(Path(), OpenMode::ReadOnly);
+    const auto second = Open(Path(), OpenMode::ReadOnly);
+    second->WatchOthers();
+    const Transaction transaction(*first);
+    const std::string moment = first->ShareMoment();
+    Insert("a");
+    const Transaction later(*second);
+    const bool hasJoined = second->JoinMoment(moment);
+    EXPECT_EQ(hasJoined, !IsFile());
+    EXPECT_EQ(QueryInt(second->Prepare("SELECT count(*) FROM thing")), IsFile() ? 1 : 0);
+}
+
 ON_EACH_ENGINE(TransactionTest);
 
 }  // namespace

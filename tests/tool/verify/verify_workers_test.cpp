@@ -1,0 +1,66 @@
+// What a comparison says does not depend on how many workers compare.
+#include <gmock/gmock.h>
+
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "compared_load.h"
+#include "verify/verify_fixture.h"
+
+namespace tool {
+namespace {
+
+using testing::HasSubstr;
+
+class VerifyWorkersTest : public OnEachEngine<VerifyFixture> {
+  protected:
+    // More than one package of records, of which each third is not as the sources say.
+    std::vector<std::string> DamagedTracker() {
+        constexpr int count = 130;
+        std::vector<Fields> bugs;
+        std::vector<Fields> changes;
+        for (int i = 0; i < count; ++i) {
+            const std::string id = std::to_string(i);
+            bugs.push_back({{"source_id", id},
+                            {"title", "title " + id},
+                            {"owner", "ann@x"},
+                            {"keywords", "red,green"},
+                            {"votes", id}});
+            changes.push_back({{"source_id", id}, {"title", "changed " + id}});
+        }
+        const std::vector<std::string> sources =
+            Together(Together(Tracker(), Bugs("more", bugs)), Bugs("changes", changes, kUpdate));
+        EXPECT_EQ(Load(sources), 0) << Said();
+        Damage("UPDATE bug SET votes = votes + 1 WHERE dbid % 3 = 0");
+        Damage("DELETE FROM bug__keywords WHERE position = 2 AND record % 5 = 0");
+        return sources;
+    }
+
+    std::string With(std::size_t workers, const std::vector<std::string>& sources) {
+        m_verifyOptions.workers = workers;
+        m_verifyOptions.waitsForWorkers = true;
+        const int code = Verify(sources);
+        static const std::regex time("[0-9.]+ seconds");
+        return std::to_string(code) + std::regex_replace(Shown(), time, "") +
+               WithoutChance(Report());
+    }
+};
+
+ON_EACH_ENGINE(VerifyWorkersTest);
+
+TEST_P(VerifyWorkersTest, AnyNumberSaysTheSame) {
+    std::vector<std::string> sources = DamagedTracker();
+    m_verifyOptions.exact = true;
+    const std::vector<std::string> some(sources.begin(), sources.end() - 2);
+    const std::string all = With(1, sources);
+    const std::string part = With(1, some);
+    EXPECT_THAT(all, HasSubstr("NOT verified"));
+    for (const std::size_t workers : {2U, 5U}) {
+        EXPECT_EQ(With(workers, sources), all) << workers << " workers";
+        EXPECT_EQ(With(workers, some), part) << workers << " workers";
+    }
+}
+
+}  // namespace
+}  // namespace tool

@@ -17,6 +17,7 @@
 #include "tool/commands/verify_command.h"
 #include "tool/commands/version_text.h"
 #include "tool/process/exit_code.h"
+#include "tool/process/processors.h"
 #include "tool/process/usage_error.h"
 #include "tool/text/masked_password.h"
 #include "tool/text/visible_text.h"
@@ -164,13 +165,13 @@ void AddRetryFor(CLI::App& command, LoadOptions& options) {
         ->default_str(std::to_string(options.retryFor.count()));
 }
 
-void AddWorkers(CLI::App& command, LoadOptions& options) {
-    command
-        .add_option("--workers", options.workers,
-                    "threads that go through records ahead of their turn, on a server; 1: none "
-                    "does. What comes out does not depend on how many")
+void AddWorkers(CLI::App& command, std::size_t& workers, const std::string& what,
+                const std::string& otherwise) {
+    workers = 0;
+    command.add_option("--workers", workers, what)
         ->check(CLI::Range(std::size_t{1}, kMostWorkers))
-        ->capture_default_str();
+        ->default_str(
+            fmt::format("a processor each, up to {}; {}", kMostWorkersByDefault, otherwise));
 }
 
 void AddLoad(CLI::App& app, Commands& commands) {
@@ -180,7 +181,10 @@ void AddLoad(CLI::App& app, Commands& commands) {
     load->add_option("--rejected-rows", commands.load.rejectedRows,
                      "file to write the rows of rejected records to, as they stood (with --map)");
     AddRetryFor(*load, commands.load);
-    AddWorkers(*load, commands.load);
+    AddWorkers(*load, commands.load.workers,
+               "threads that go through records ahead of their turn, on a server; 1: none does. "
+               "What comes out does not depend on how many",
+               "1 where only one can be");
     load->callback([&commands] {
         commands.run = [&commands] { return RunLoad(commands.load, commands.out, commands.err); };
     });
@@ -197,6 +201,11 @@ void AddVerify(CLI::App& app, Commands& commands) {
     verify->add_option("--html", options.html, "file to write a report for people to (HTML)");
     verify->add_flag("--exact", options.exact,
                      "report what the database holds and no source speaks of as a difference, too");
+    AddWorkers(
+        *verify, options.workers,
+        "threads that compare records, a connection each; 1: none besides the main one. What "
+        "comes out does not depend on how many",
+        "1 for sources of less than a mebibyte");
     AddImmutable(*verify, options);
     verify->add_flag("--quiet", options.quiet, "show differences only");
     AddLimits(*verify, options.limits);

@@ -7,15 +7,16 @@
 
 namespace tool {
 
-int RunLoad(const LoadOptions& options, std::ostream& out, std::ostream& err) {
-    CheckWorkers(options);
+int RunLoad(const LoadOptions& asked, std::ostream& out, std::ostream& err) {
+    LoadOptions options = asked;
+    options.workers = WorkersFor(asked);
     const PermanentLoad policy;
     return RunLoadOfKind(
         {.command = "load",
          .policy = policy,
-         .openTerminal = [](const LoadOptions& asked, std::uint64_t totalBytes,
-                            std::ostream& result, std::ostream& rest) -> std::unique_ptr<LoadSink> {
-             return std::make_unique<LoadTerminal>(asked, totalBytes, result, rest);
+         .openTerminal = [](const LoadOptions& load, std::uint64_t totalBytes, std::ostream& result,
+                            std::ostream& rest) -> std::unique_ptr<LoadSink> {
+             return std::make_unique<LoadTerminal>(load, totalBytes, result, rest);
          },
          .openReport = [](const std::filesystem::path& path) -> std::unique_ptr<LoadSink> {
              return std::make_unique<LoadReport>(path);

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "recorddb/sql.h"
+#include "tool/process/processors.h"
 #include "tool/process/usage_error.h"
 
 namespace tool {
@@ -27,11 +28,15 @@ std::string WhyOne(const LoadOptions& options) {
 
 }  // namespace
 
-void CheckWorkers(const LoadOptions& options) {
-    const std::string whyOne = options.workers > 1 ? WhyOne(options) : "";
-    if (!whyOne.empty()) {
+std::size_t WorkersFor(const LoadOptions& options) {
+    const std::string whyOne = WhyOne(options);
+    if (options.workers > 1 && !whyOne.empty()) {
         throw UsageError(fmt::format("--workers {}: {}", options.workers, whyOne));
     }
+    if (options.workers > 0) {
+        return options.workers;
+    }
+    return whyOne.empty() ? WorkersByDefault() : 1;
 }
 
 }  // namespace tool

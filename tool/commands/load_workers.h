@@ -10,8 +10,9 @@ namespace tool {
 // As many as can be asked for.
 constexpr std::size_t kMostWorkers = 64;
 
-// Throws UsageError when more than one worker was asked for, and that cannot be.
-void CheckWorkers(const LoadOptions& options);
+// As many as were asked for, or as suit the machine and the load. Throws UsageError when more than
+// one was asked for, and that cannot be.
+std::size_t WorkersFor(const LoadOptions& options);
 
 }  // namespace tool
 

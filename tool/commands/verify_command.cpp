@@ -10,6 +10,7 @@
 #include "tool/html/html_verify_report.h"
 #include "tool/process/exit_code.h"
 #include "tool/process/interrupt.h"
+#include "tool/process/processors.h"
 #include "tool/report/verify_report.h"
 #include "tool/report/verify_terminal.h"
 #include "tool/sources/source_checks.h"
@@ -34,6 +35,15 @@ void TellFindings(const CommandSources& sources, VerifySinks& sinks) {
     }
 }
 
+// Connections take longer than small sources do.
+VerifyOptions WithWorkers(VerifyOptions options, const SourceList& sources) {
+    constexpr std::uint64_t small = std::uint64_t{1} << 20U;
+    if (options.workers == 0) {
+        options.workers = sources.TotalSize() < small ? 1 : WorkersByDefault();
+    }
+    return options;
+}
+
 }  // namespace
 
 int RunVerify(const VerifyOptions& options, std::ostream& out, std::ostream& err) {
@@ -56,7 +66,8 @@ int RunVerify(const VerifyOptions& options, std::ostream& out, std::ostream& err
     VerifySummary summary;
     output.Begins(0);
     if (sources.Open(*database, options.limits, false)) {
-        Verifier verifier(*database, options, output);
+        const VerifyOptions adjusted = WithWorkers(options, sources.List());
+        Verifier verifier(*database, adjusted, output);
         TellFindings(sources, output);
         summary = verifier.Run(sources.List());
         summary.leftOut = sources.Findings().ignored;

@@ -128,7 +128,8 @@ class TwoLoadsOnServer : public TwoLoads {
     }
 };
 
-// The later load comes as a whole between the first two groups of the earlier one.
+// The later load comes as a whole between the first two groups of the earlier one, which gives its
+// turn up there since it has no workers.
 TEST_F(TwoLoadsOnServer, LaterLoadOfASourceTakesItOver) {
     const std::string configuration = Creation();
     const std::string data = Bugs("data.xml", 0);
@@ -146,6 +147,7 @@ TEST_F(TwoLoadsOnServer, LaterLoadOfASourceTakesItOver) {
         });
     std::vector<std::string> command = Command("earlier", configuration, data);
     command[2] = UrlWithSocketIn(direct, m_folder.Path());
+    command.insert(command.end(), {"--workers", "1"});
     ChildProcess load(command);
     const Outcome earlier = Wait(load, "earlier");
     EXPECT_EQ(later.code, 0) << later.said;

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -23,23 +24,45 @@ std::string Equations(std::span<const RowColumn> columns, std::size_t first,
     return fmt::format("{}", fmt::join(equations, separator));
 }
 
-std::string InsertSql(const RowChange& change) {
-    std::vector<std::string> parameters;
-    for (std::size_t i = 0; i < change.columns.size(); ++i) {
-        parameters.push_back(fmt::format("${}", i + 1));
+// "($1, $2), ($3, $4)"
+std::string ValuesOfRows(std::size_t rows, std::size_t width) {
+    std::string values;
+    std::size_t parameter = 0;
+    for (std::size_t row = 0; row < rows; ++row) {
+        values += row == 0 ? "(" : ", (";
+        for (std::size_t column = 0; column < width; ++column) {
+            values += column == 0 ? "$" : ", $";
+            values += std::to_string(++parameter);
+        }
+        values += ')';
     }
-    return fmt::format("INSERT INTO {} ({}) VALUES ({}){}", Quoted(change.table),
-                       ColumnList(change.columns), fmt::join(parameters, ", "),
+    return values;
+}
+
+std::string InsertSql(const RowChange& change, std::size_t rows) {
+    return fmt::format("INSERT INTO {} ({}) VALUES {}{}", Quoted(change.table),
+                       ColumnList(change.columns), ValuesOfRows(rows, change.columns.size()),
                        ConflictClause(change));
 }
 
-std::string SqlOf(const RowChange& change) {
+// Rows that one statement writes, where it can write several. Between them the engine stays in its
+// place in the table and in its indexes, which saves half of what a row costs.
+std::size_t RowsOfStatement(const RowChange& change) {
+    constexpr std::size_t mostRows = 16;
+    constexpr std::size_t mostParameters = 512;
+    return change.kind == Kind::Insert
+               ? std::clamp<std::size_t>(mostParameters / change.columns.size(), 1, mostRows)
+               : 1;
+}
+
+// `rows` is 1 but for an Insert.
+std::string SqlOf(const RowChange& change, std::size_t rows) {
     const std::string table = Quoted(change.table);
     const std::string rowMeant = Equations(change.columns.first(change.keys), 1, " AND ");
     switch (change.kind) {
         case Kind::Insert:
         case Kind::InsertOrUpdate:
-            return InsertSql(change);
+            return InsertSql(change, rows);
         case Kind::Update:
             return fmt::format(
                 "UPDATE {} SET {} WHERE {}", table,
@@ -55,23 +78,34 @@ class StatementRowWriter final : public RowWriter {
     explicit StatementRowWriter(Connection& connection) : m_connection(connection) {}
 
     void Write(const RowChange& change) override {
-        const std::string sql = SqlOf(change);
-        Statement& statement = m_connection.Prepare(sql);
-        const std::size_t width = change.columns.size();
-        for (std::size_t first = 0; first < change.cells.size(); first += width) {
-            int parameter = 0;
-            for (const Cell& cell : change.cells.subspan(first, width)) {
-                BindCell(statement, ++parameter, cell);
-            }
-            if (statement.Execute() != 1) {
-                throw RowsChanged(change.table, sql);
-            }
-        }
+        const std::size_t rows = RowsOfStatement(change);
+        const std::size_t rest = change.cells.size() % (rows * change.columns.size());
+        WriteRows(change, rows, change.cells.first(change.cells.size() - rest));
+        WriteRows(change, 1, change.cells.last(rest));
     }
 
     void Finish() override {}
 
   private:
+    // Writes `cells` with so many rows a statement.
+    void WriteRows(const RowChange& change, std::size_t rows, std::span<const Cell> cells) {
+        if (cells.empty()) {
+            return;
+        }
+        const std::string sql = SqlOf(change, rows);
+        Statement& statement = m_connection.Prepare(sql);
+        const std::size_t size = rows * change.columns.size();
+        for (std::size_t first = 0; first < cells.size(); first += size) {
+            int parameter = 0;
+            for (const Cell& cell : cells.subspan(first, size)) {
+                BindCell(statement, ++parameter, cell);
+            }
+            if (statement.Execute() != static_cast<std::int64_t>(rows)) {
+                throw RowsChanged(change.table, sql);
+            }
+        }
+    }
+
     Connection& m_connection;
 };
 

@@ -45,6 +45,26 @@ TEST_P(RowWriterTest, InsertsRows) {
     EXPECT_EQ(Rows(), "a=1 b=NULL ");
 }
 
+// Statements take several rows; some numbers of rows leave a rest.
+TEST_P(RowWriterTest, InsertsEachRowOnceWhateverTheirNumber) {
+    for (const std::int64_t count : {1, 15, 16, 17, 32, 37}) {
+        std::vector<std::string> names;
+        for (std::int64_t i = 0; i < count; ++i) {
+            names.push_back("row " + std::to_string(100 + i));
+        }
+        std::vector<Cell> cells;
+        std::string expected;
+        for (std::int64_t i = 0; i < count; ++i) {
+            const std::string& name = names.at(static_cast<std::size_t>(i));
+            cells.insert(cells.end(), {std::string_view(name), i});
+            expected += name + "=" + std::to_string(i) + " ";
+        }
+        Write(Kind::Insert, 0, cells);
+        EXPECT_EQ(Rows(), expected);
+        m_connection->ExecuteScript("DELETE FROM thing");
+    }
+}
+
 TEST_P(RowWriterTest, UpdatesTheRowsThatAreMeant) {
     Write(Kind::Insert, 0, {"a", 1, "b", 2, "c", 3});
     Write(Kind::Update, 1, {"a", {}, "c", 4});

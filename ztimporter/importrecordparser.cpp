@@ -20,12 +20,6 @@ constexpr const char16_t* kRecordParserTag = u"AdImportRecordParser";
 
 const Obx_String record_label = u"record";
 
-// One less than there are keys: a line with a comment is dropped whole, and no entry ever gets
-// "comments". Callers rely on the format as it is; do not mend it.
-constexpr int kMostHistoryColumns = 6;
-
-const Obx_String kColumnSeparator = u"\t";
-
 struct Escape {
     std::u16string_view sequence;
     char16_t character;
@@ -139,6 +133,10 @@ void SetFields(AdImportRecordParser& parser, const std::vector<PlainField>& fiel
     }
 }
 
+void TraceHistory(std::size_t entries) {
+    Trace(kRecordParserTag, u"ExtractHistoryData, result size = %d", entries);
+}
+
 }  // namespace
 
 AdImportRecordParser::AdImportRecordParser() {
@@ -217,22 +215,21 @@ int AdImportRecordParser::SplitReferenceListValue(const Obx_String& value, CStri
 
 std::list<CMapStringToString*> AdImportRecordParser::ExtractHistoryData(const Obx_String& value) {
     EntryListBuilder entries;
-    CStringArray lines;
-    AdSplitTextIntoLines(value, lines);
-    CStringArray columns;
-    for (const Obx_String& line : lines) {
-        AdSplitString(line, kColumnSeparator, columns);
-        if (columns.GetSize() > kMostHistoryColumns) {
-            continue;
-        }
+    for (const HistoryColumns& line : SplitHistory(value.View())) {
         auto entry = EntryListBuilder::NewEntry();
-        for (int k = 0; k < columns.GetSize(); ++k) {
-            entry->SetAt(history_label[static_cast<std::size_t>(k)], std::move(columns[k]));
+        for (std::size_t k = 0; k < line.count; ++k) {
+            entry->SetAt(history_label[k], Obx_String(line.texts[k]));
         }
         entries.Add(std::move(entry));
     }
-    Trace(kRecordParserTag, u"ExtractHistoryData, result size = %d", entries.Size());
+    TraceHistory(entries.Size());
     return entries.Release();
+}
+
+std::vector<HistoryColumns> AdImportRecordParser::SplitHistoryData(const Obx_String& value) {
+    std::vector<HistoryColumns> lines = SplitHistory(value.View());
+    TraceHistory(lines.size());
+    return lines;
 }
 
 std::list<CMapStringToString*> AdImportRecordParser::ExtractAttachmentData(

@@ -2,10 +2,12 @@
 #define ZTIMPORTER_IMPORTRECORDPARSER_H
 
 #include <list>
+#include <vector>
 
 #include "platform/foundation/cmapstringtostring.h"
 #include "platform/foundation/cstringarray.h"
 #include "platform/foundation/obx_string.h"
+#include "ztimporter/historycolumns.h"
 #include "ztimporter/packettext.h"
 
 // Reads a record data packet: walks the packet's UTF-8 text record by record, turns the current
@@ -41,6 +43,10 @@ class AdImportRecordParser {
     // maps become the caller's, who deletes each of them.
     std::list<CMapStringToString*> ExtractHistoryData(const Obx_String& value);
     std::list<CMapStringToString*> ExtractAttachmentData(const Obx_String& value);
+
+    // What ExtractHistoryData makes maps of, and tells the same of it; parts of the value. Maps and
+    // their texts cost more than all else that is done for a line.
+    std::vector<HistoryColumns> SplitHistoryData(const Obx_String& value);
 
   private:
     PacketText m_strXML;

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "platform/foundation/decimal_digit.h"
+#include "platform/foundation/white_space.h"
 
 namespace {
 
@@ -120,6 +121,16 @@ std::optional<Seconds> ReadDateTime(std::u16string_view text) {
     return reader.Failed() || !reader.AtEnd() ? std::nullopt : std::optional(time);
 }
 
+std::u16string_view Trimmed(std::u16string_view text) {
+    while (!text.empty() && IsWhiteSpace(text.front())) {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && IsWhiteSpace(text.back())) {
+        text.remove_suffix(1);
+    }
+    return text;
+}
+
 struct Field {
     char16_t name;
     int value;
@@ -148,18 +159,19 @@ char16_t* PutField(char16_t* to, std::span<const Field> fields, char16_t name) {
 }  // namespace
 
 int AdDateTime::ParseDateTime(const Obx_String& text, int /*reserved*/) {
-    Obx_String trimmed = text;
-    trimmed.TrimLeft();
-    trimmed.TrimRight();
-    const std::optional<Seconds> time = ReadDateTime(trimmed.View());
+    return Parse(text.View()) ? 1 : 0;
+}
+
+bool AdDateTime::Parse(std::u16string_view text) {
+    const std::optional<Seconds> time = ReadDateTime(Trimmed(text));
     if (!time) {
-        return 0;
+        return false;
     }
     const auto days = std::chrono::floor<std::chrono::days>(*time);
     const std::chrono::year_month_day date(days);
     // An offset can carry a time of the first or last day out of the calendar's years.
     if (int(date.year()) < 1 || int(date.year()) > 9999) {
-        return 0;
+        return false;
     }
     const std::chrono::hh_mm_ss clock(*time - days);
     m_year = int(date.year());
@@ -168,7 +180,7 @@ int AdDateTime::ParseDateTime(const Obx_String& text, int /*reserved*/) {
     m_hour = static_cast<int>(clock.hours().count());
     m_minute = static_cast<int>(clock.minutes().count());
     m_second = static_cast<int>(clock.seconds().count());
-    return 1;
+    return true;
 }
 
 Obx_String AdDateTime::Format(const char16_t* pattern) const {

@@ -1,6 +1,8 @@
 #ifndef PLATFORM_CORE_ADDATETIME_H
 #define PLATFORM_CORE_ADDATETIME_H
 
+#include <string_view>
+
 #include "platform/foundation/obx_string.h"
 
 // A date and time of the Gregorian calendar, UTC, in whole seconds, years 1 to 9999.
@@ -15,6 +17,8 @@ class AdDateTime {
     // leap seconds), and a time whose UTC form lies outside the years 1 to 9999. The flag is
     // reserved and must be 0.
     int ParseDateTime(const Obx_String& text, int reserved);
+    // The same; true for 1.
+    bool Parse(std::u16string_view text);
 
     // The value by a pattern of %Y, %m, %d, %H, %M, %S and %%; other characters stand for
     // themselves.

@@ -78,13 +78,19 @@ void AdSplitTextIntoLines(const Obx_String& text, CStringArray& lines) {
     lines.RemoveAll();
     std::u16string_view rest = text.View();
     while (!rest.empty()) {
-        const std::size_t end = LineLength(rest);
-        lines.Add(Obx_String(rest.substr(0, end)));
-        if (end == kNone) {
-            return;
-        }
-        rest.remove_prefix(end + (rest.substr(end, 2) == u"\r\n" ? 2 : 1));
+        lines.Add(Obx_String(AdTakeLine(rest)));
     }
+}
+
+std::u16string_view AdTakeLine(std::u16string_view& text) {
+    const std::size_t end = LineLength(text);
+    const std::u16string_view line = text.substr(0, end);
+    if (end == kNone) {
+        text = {};
+    } else {
+        text.remove_prefix(end + (text.substr(end, 2) == u"\r\n" ? 2 : 1));
+    }
+    return line;
 }
 
 Obx_String AdBasename(const Obx_String& path) {

@@ -1,6 +1,8 @@
 #ifndef PLATFORM_CORE_ADTEXT_H
 #define PLATFORM_CORE_ADTEXT_H
 
+#include <string_view>
+
 #include "platform/foundation/cstringarray.h"
 #include "platform/foundation/obx_string.h"
 
@@ -25,6 +27,9 @@ void AdSplitString(const Obx_String& text, const Obx_String& separator, CStringA
 // Replaces `lines` by the text's lines. LF, CR LF and CR end a line; empty lines are kept; a line
 // end at the end of the text adds no further line.
 void AdSplitTextIntoLines(const Obx_String& text, CStringArray& lines);
+
+// Takes the first line off the front of such a text, which is not empty, and returns it.
+std::u16string_view AdTakeLine(std::u16string_view& text);
 
 // The part of the path after its last slash or backslash.
 Obx_String AdBasename(const Obx_String& path);

@@ -17,10 +17,11 @@ void LetGoOfHugeText(Obx_String& text) {
     }
 }
 
-// The library compares units one by one.
+// The library compares units one by one. Names of the same length mostly end in different ways.
 bool IsSame(std::u16string_view a, std::u16string_view b) {
     return a.size() == b.size() &&
-           std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
+           (a.empty() || (a.back() == b.back() &&
+                          std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0));
 }
 
 }  // namespace
@@ -75,10 +76,15 @@ void CMapStringToString::RemoveAll() {
 
 void CMapStringToString::GetNextAssoc(Position& position, Obx_String& key,
                                       Obx_String& value) const {
+    const Entry entry = Next(position);
+    key = entry.key;
+    value = entry.value;
+}
+
+CMapStringToString::Entry CMapStringToString::Next(Position& position) const {
     const auto* slot = static_cast<const Slot*>(position);
-    key = slot->key;
-    value = slot->value;
     position = NextUsed(IndexOf(slot) + 1);
+    return {slot->key, slot->value};
 }
 
 const CMapStringToString::Slot* CMapStringToString::NextUsed(std::size_t first) const {

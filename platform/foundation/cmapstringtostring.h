@@ -44,6 +44,13 @@ class CMapStringToString {
     // Copies out the entry at `position`, which must not be null, and moves on to the next.
     void GetNextAssoc(Position& position, Obx_String& key, Obx_String& value) const;
 
+    // The same without copies: key and value are valid until the map is changed.
+    struct Entry {
+        const Obx_String& key;
+        const Obx_String& value;
+    };
+    Entry Next(Position& position) const;
+
   private:
     struct Slot {
         Obx_String key;

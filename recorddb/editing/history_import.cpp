@@ -4,6 +4,7 @@
 #include <span>
 #include <string>
 #include <tuple>
+#include <utility>
 
 #include "platform/foundation/utf.h"
 #include "platform/messages/message_ids.h"
@@ -108,7 +109,9 @@ void HistoryImport::WriteRecord(std::size_t first, std::size_t end) {
     for (const HistoryTimes& times : before) {
         last = std::max(last, times.entry);
     }
-    std::vector<HistoryTimes> all = before;
+    std::vector<HistoryTimes> all;
+    all.reserve(before.size() + (end - first));
+    all = before;
     for (std::size_t i = first; i < end; ++i) {
         const auto number = last + 1 + static_cast<std::int64_t>(i - first);
         m_pending[i].entry = number;
@@ -125,7 +128,7 @@ void HistoryImport::WriteRecord(std::size_t first, std::size_t end) {
     }
     const std::string& field = m_schema.Type(type).HistoryField()->name;
     m_table.Save({type, record}, field, std::span(m_pending).subspan(first, end - first), before,
-                 all);
+                 std::move(all));
     m_upToDate = Now(type, record);
 }
 
@@ -145,7 +148,7 @@ void HistoryImport::UpdateExpiry(const schema::RecordType& type, std::int64_t re
     const std::vector<HistoryTimes> before = m_table.Times(type.id, record);
     std::vector<HistoryTimes> after = before;
     WorkOutExpiry(after);
-    m_table.Save({type.id, record}, {}, {}, before, after);
+    m_table.Save({type.id, record}, {}, {}, before, std::move(after));
     write.Keep();
 }
 

@@ -1,6 +1,7 @@
 #include "recorddb/store/history_table.h"
 
 #include <optional>
+#include <utility>
 
 namespace recorddb {
 
@@ -27,10 +28,9 @@ void HistoryTable::Insert(const HistoryEntry& entry, std::string_view field) {
 
 void HistoryTable::Save(const RecordKey& record, std::string_view field,
                         std::span<const HistoryEntry> added,
-                        const std::vector<HistoryTimes>& before,
-                        const std::vector<HistoryTimes>& after) {
+                        const std::vector<HistoryTimes>& before, std::vector<HistoryTimes> after) {
     if (m_batch.IsGathering()) {
-        m_batch.PutHistory(record, field, added, before, after);
+        m_batch.PutHistory(record, field, added, before, std::move(after));
         return;
     }
     for (const HistoryEntry& entry : added) {

@@ -24,7 +24,7 @@ class HistoryTable {
     // Adds entries of one record, which are numbered, to its history field, and changes the expiry
     // times of those that it had: the times of all its entries were `before` and become `after`.
     void Save(const RecordKey& record, std::string_view field, std::span<const HistoryEntry> added,
-              const std::vector<HistoryTimes>& before, const std::vector<HistoryTimes>& after);
+              const std::vector<HistoryTimes>& before, std::vector<HistoryTimes> after);
 
     // The times of a record's entries, in no particular order.
     std::vector<HistoryTimes> Times(std::int64_t recordType, std::int64_t record);

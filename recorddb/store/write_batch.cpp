@@ -260,7 +260,7 @@ void WriteBatch::AddKeys(const RecordType& type, const PendingRecord& record) {
 void WriteBatch::PutHistory(const RecordKey& record, std::string_view field,
                             std::span<const HistoryEntry> added,
                             const std::vector<HistoryTimes>& before,
-                            const std::vector<HistoryTimes>& after) {
+                            std::vector<HistoryTimes> after) {
     const std::vector<HistoryTimes> changes = ChangedTimes(before, after);
     if (added.empty() && changes.empty()) {
         return;
@@ -275,7 +275,7 @@ void WriteBatch::PutHistory(const RecordKey& record, std::string_view field,
         (here != history.added.end() ? here->expiryTime : history.expiry[changed.entry]) =
             changed.expiryTime;
     }
-    history.times = after;
+    history.times = std::move(after);
     NoteChange();
 }
 

@@ -99,7 +99,7 @@ class WriteBatch {
     // record, before and after.
     void PutHistory(const RecordKey& record, std::string_view field,
                     std::span<const HistoryEntry> added, const std::vector<HistoryTimes>& before,
-                    const std::vector<HistoryTimes>& after);
+                    std::vector<HistoryTimes> after);
 
     void PutLink(const RecordKey& duplicate, PendingLink link);
 

@@ -44,6 +44,16 @@ TEST_F(HistoryBatchTest, ExpiryAndCommentsMayBeMissing) {
     EXPECT_EQ(Text(m_importer->m_historyBuffer[0].comments), "");
 }
 
+TEST_F(HistoryBatchTest, TimesOfAllFormsComeToOne) {
+    for (const char* const time :
+         {"2024-01-31 08:20:00", "2024-01-31T08:20:00", "2024-01-31 08:20", "2024-01-31T08:20:00Z",
+          "2024-01-31 08:20Z  ", " 2024-01-31 08:20 ", "2024-01-31 10:20+02"}) {
+        Add({With(ValidEntry("7"), "action_timestamp", time)});
+        const AdHistory& last = m_importer->m_historyBuffer[m_importer->m_historyCount - 1];
+        EXPECT_EQ(Text(last.actionTime), "2024-01-31 08:20:00") << time;
+    }
+}
+
 TEST_F(HistoryBatchTest, TracesItsBeginningAndEnd) {
     Add({ValidEntry("7")});
     ExpectStory({"trace: AddHistory begins", "trace: AddHistory ends"});

@@ -16,11 +16,11 @@ int AdImporter::SetupFieldValues(AdEntityPtr entity, Obx_String& error) {
         TraceImporter(u"SetupFieldValues begins");
         Steps::FieldWriter writer(*this, entity, error);
         CMapStringToString::Position position = m_recordMap.GetStartPosition();
-        Obx_String fieldName;
         Obx_String value;
         while (position != nullptr) {
-            m_recordMap.GetNextAssoc(position, fieldName, value);
-            if (!writer.Write(fieldName, value)) {
+            const auto entry = m_recordMap.Next(position);
+            value = entry.value;
+            if (!writer.Write(entry.key, value)) {
                 return EndWithError(kSetupFieldValuesEndsWithError, error);
             }
         }

@@ -88,8 +88,8 @@ bool AdImporter::Steps::FieldWriter::WriteReferenceList(const Obx_String& fieldN
 }
 
 bool AdImporter::Steps::FieldWriter::WriteHistory(const Obx_String& value) {
-    adimporter::OwnedEntries entries(m_importer.m_recordParser->ExtractHistoryData(value));
-    m_importer.AddHistory(adimporter::DbIdOf(*m_entity), entries.GetList(), m_error);
+    const auto lines = m_importer.m_recordParser->SplitHistoryData(value);
+    AddHistory(m_importer, adimporter::DbIdOf(*m_entity), lines, m_error);
     return m_error.IsEmpty();
 }
 

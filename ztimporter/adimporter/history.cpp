@@ -1,7 +1,6 @@
 #include "ztimporter/adimporter/caught_exceptions.h"
 #include "ztimporter/adimporter/importer_trace.h"
 #include "ztimporter/adimporter/open_record.h"
-#include "ztimporter/adimporter/owned_entries.h"
 #include "ztimporter/adimporter/record_addition.h"
 #include "ztimporter/importrecordparser.h"
 
@@ -25,23 +24,21 @@ class AdImporter::Steps::HistoryAddition : public RecordAddition {
         const CMapStringToString& map = m_importer.m_recordMap;
         CMapStringToString::Position position = map.GetStartPosition();
         Obx_String name;
-        Obx_String value;
         while (position != nullptr) {
-            map.GetNextAssoc(position, name, value);
+            map.GetNextAssoc(position, name, m_value);
             if (name.CompareNoCase(u"history") == 0) {
-                m_entries =
-                    adimporter::OwnedEntries(m_importer.m_recordParser->ExtractHistoryData(value));
+                m_lines = m_importer.m_recordParser->SplitHistoryData(m_value);
                 break;
             }
         }
-        return !m_entries.IsEmpty();
+        return !m_lines.empty();
     }
 
     // The valid entries are imported and stay, even when others were refused and the record is
     // reverted because of these.
     void AddTo(const AdEntityPtr& entity) override {
         m_recordDbid = adimporter::DbIdOf(*entity);
-        m_importer.AddHistory(m_recordDbid, m_entries.GetList(), m_error);
+        AddHistory(m_importer, m_recordDbid, m_lines, m_error);
         m_importer.ReallyImportHistory(m_error);
     }
 
@@ -51,7 +48,8 @@ class AdImporter::Steps::HistoryAddition : public RecordAddition {
     }
 
   private:
-    adimporter::OwnedEntries m_entries;
+    Obx_String m_value;
+    std::vector<HistoryColumns> m_lines;  // parts of the value
     long m_recordDbid = 0;
 };
 

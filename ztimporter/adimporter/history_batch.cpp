@@ -21,29 +21,40 @@ constexpr const char16_t* kFlushEndsWithError = u"ReallyImportHistory ends with 
 
 }  // namespace
 
-void AdImporter::AddHistory(long recordDbid, EntryList& entries, Obx_String& error) {
+// Adds so many lines; `next` gives them, in their order, by their number.
+template <typename Next>
+void AdImporter::Steps::FillBatch(AdImporter& importer, long recordDbid, std::size_t lines,
+                                  Next next, Obx_String& error) {
     try {
         TraceImporter(u"AddHistory begins");
-        if (m_historyBuffer == nullptr) {
+        if (importer.m_historyBuffer == nullptr) {
             // Left uninitialised: an entry is zeroed when it is claimed, and none beyond the count
             // is ever read. Zeroing all of them for a few lines of history would cost as much as
             // the rest of the record.
-            m_historyBuffer = new AdHistory[kBatchRoom];
-            m_historyCount = 0;
+            importer.m_historyBuffer = new AdHistory[kBatchRoom];
+            importer.m_historyCount = 0;
         }
-        long lineNumber = 0;
-        for (const CMapStringToString* entry : entries) {
-            if (m_historyCount > kBatchLimit) {
-                break;
-            }
-            ++lineNumber;
-            Steps::HistoryLine(*this, *entry, lineNumber).AddToBatch(recordDbid, error);
+        for (std::size_t i = 0; i < lines && importer.m_historyCount <= kBatchLimit; ++i) {
+            next(static_cast<long>(i) + 1).AddToBatch(recordDbid, error);
         }
         TraceImporter(u"AddHistory ends");
     } catch (...) {
         adimporter::AppendCaughtException(error);
         EndWithError(u"AddHistory ends with error: %s", error);
     }
+}
+
+void AdImporter::AddHistory(long recordDbid, EntryList& entries, Obx_String& error) {
+    auto entry = entries.begin();
+    const auto next = [&](long number) { return Steps::HistoryLine(*this, **entry++, number); };
+    Steps::FillBatch(*this, recordDbid, entries.size(), next, error);
+}
+
+void AdImporter::Steps::AddHistory(AdImporter& importer, long recordDbid,
+                                   const std::vector<HistoryColumns>& lines, Obx_String& error) {
+    auto line = lines.begin();
+    const auto next = [&](long number) { return HistoryLine(importer, *line++, number); };
+    FillBatch(importer, recordDbid, lines.size(), next, error);
 }
 
 int AdImporter::ReallyImportHistory(Obx_String& error) {

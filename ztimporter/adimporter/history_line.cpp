@@ -4,7 +4,6 @@
 #include <cstddef>
 
 #include "platform/core/addatetime.h"
-#include "platform/core/adtext.h"
 #include "platform/messages/message_ids.h"
 #include "ztimporter/adimporter/bad_value.h"
 #include "ztimporter/adimporter/importer_trace.h"
@@ -19,21 +18,40 @@ constexpr const char16_t* kAddError = u"AddHistory error: %s";
 
 const Obx_String kExpiredTimestampLabel = u"expired_timestamp";
 
-// Rewrites the time in the form that history entries carry; false when it is not a time.
-bool Reformat(Obx_String& time) {
-    AdDateTime parsed;
-    if (parsed.ParseDateTime(time, 0) == 0) {
-        return false;
+// A time in the form that history entries carry.
+class EntryTime {
+  public:
+    // False when the text is not a time. It must outlive the object.
+    bool Take(std::u16string_view text) {
+        AdDateTime parsed;
+        if (!parsed.Parse(text)) {
+            return false;
+        }
+        m_text = text;
+        if (!HasTheForm(text)) {
+            m_rewritten = parsed.Format(u"%Y-%m-%d %H:%M:%S");
+            m_text = m_rewritten.View();
+        }
+        return true;
     }
-    time = parsed.Format(u"%Y-%m-%d %H:%M:%S");
-    return true;
-}
+
+    std::u16string_view Text() const { return m_text; }
+
+  private:
+    // Of what is a time: whether it has the form already.
+    static bool HasTheForm(std::u16string_view time) {
+        return time.size() == 19 && time[4] == u'-' && time[10] == u' ' && time[16] == u':';
+    }
+
+    std::u16string_view m_text;
+    Obx_String m_rewritten;
+};
 
 // Copies into a zeroed field. A text that does not fit leaves no terminator, by which the core
 // sees that it is too long; nothing is cut silently.
 template <std::size_t room>
-void CopyText(const Obx_String& text, char16_t (&field)[room]) {
-    const std::u16string_view fitting = text.View().substr(0, room);
+void CopyText(std::u16string_view text, char16_t (&field)[room]) {
+    const std::u16string_view fitting = text.substr(0, room);
     std::copy(fitting.begin(), fitting.end(), field);
 }
 
@@ -54,25 +72,31 @@ AdImporter::Steps::HistoryLine::HistoryLine(AdImporter& importer, const CMapStri
                                             long number)
     : m_importer(importer), m_number(number) {
     const auto valueOf = [&entry](const Obx_String& label) {
-        static const Obx_String kNone;
         const Obx_String* const value = entry.Find(label);
-        return value != nullptr ? value : &kNone;
+        return value != nullptr ? value->View() : std::u16string_view();
     };
     std::transform(history_label.begin(), history_label.end(), m_columns.begin(), valueOf);
     m_expiryTime = valueOf(kExpiredTimestampLabel);
 }
 
+AdImporter::Steps::HistoryLine::HistoryLine(AdImporter& importer, const HistoryColumns& columns,
+                                            long number)
+    : m_importer(importer), m_number(number), m_columns{} {
+    std::copy_n(columns.texts.begin(), columns.count, m_columns.begin());
+}
+
 void AdImporter::Steps::HistoryLine::AddToBatch(long recordDbid, Obx_String& error) {
-    Obx_String actionTime = Column(kActionTimestamp);
-    if (!Reformat(actionTime)) {
-        error += InvalidTimeText(message_id::kInvalidActionTimestamp, actionTime) + u"\n";
+    EntryTime actionTime;
+    if (!actionTime.Take(Column(kActionTimestamp))) {
+        error +=
+            InvalidTimeText(message_id::kInvalidActionTimestamp, Column(kActionTimestamp)) + u"\n";
         TraceImporter(kAddError, error);
         return;
     }
-    Obx_String expiryTime = *m_expiryTime;
-    if (AdIsEmpty(expiryTime) == 0 && !Reformat(expiryTime)) {
+    EntryTime expiryTime;
+    if (!m_expiryTime.empty() && !expiryTime.Take(m_expiryTime)) {
         // Replaces what earlier lines reported, while an invalid action time adds to it.
-        error = InvalidTimeText(message_id::kInvalidExpiredTimestamp, expiryTime);
+        error = InvalidTimeText(message_id::kInvalidExpiredTimestamp, m_expiryTime);
         TraceImporter(kAddError, error);
         return;
     }
@@ -81,8 +105,8 @@ void AdImporter::Steps::HistoryLine::AddToBatch(long recordDbid, Obx_String& err
         TraceImporter(kAddError, error);
         return;
     }
-    CopyText(actionTime, entry.actionTime);
-    CopyText(expiryTime, entry.expiryTime);
+    CopyText(actionTime.Text(), entry.actionTime);
+    CopyText(expiryTime.Text(), entry.expiryTime);
     CopyText(Column(kUserName), entry.userName);
     CopyText(Column(kActionName), entry.actionName);
     CopyText(Column(kOldState), entry.oldState);
@@ -94,17 +118,17 @@ void AdImporter::Steps::HistoryLine::AddToBatch(long recordDbid, Obx_String& err
 bool AdImporter::Steps::HistoryLine::LacksColumn(Obx_String& error) const {
     constexpr std::array kNeeded = {kUserName, kActionName, kOldState, kNewState};
     return std::any_of(kNeeded.begin(), kNeeded.end(), [&](HistoryColumn column) {
-        return Column(column).IsEmpty() &&
-               m_importer.IsHistoryFieldEmpty(Column(kHistoryDbId),
-                                              history_label[column].View().data(), Column(column),
-                                              m_number, error) != 0;
+        return Column(column).empty() &&
+               m_importer.IsHistoryFieldEmpty(Obx_String(Column(kHistoryDbId)),
+                                              history_label[column].View().data(), {}, m_number,
+                                              error) != 0;
     });
 }
 
 Obx_String AdImporter::Steps::HistoryLine::InvalidTimeText(int messageId,
-                                                           const Obx_String& time) const {
-    return EntryText(Column(kHistoryDbId),
-                     MessageText(messageId, {{u"_value_", time},
+                                                           std::u16string_view time) const {
+    return EntryText(Obx_String(Column(kHistoryDbId)),
+                     MessageText(messageId, {{u"_value_", Obx_String(time)},
                                              {u"_linenum_", Digits(m_number)},
                                              {u"_id_", m_importer.m_originalID},
                                              {u"_idvalue_", m_importer.m_originalID_value}}));
@@ -117,9 +141,9 @@ AdHistory& AdImporter::Steps::HistoryLine::ClaimEntry(long recordDbid) const {
     AdHistory& entry = m_importer.m_historyBuffer[m_importer.m_historyCount];
     entry = AdHistory{};
     entry.recordId = recordDbid;
-    CopyText(m_importer.m_originalID, entry.sourceIdField);
+    CopyText(m_importer.m_originalID.View(), entry.sourceIdField);
     entry.recordTypeId = type.GetDbId();
-    CopyText(type.GetName(), entry.recordTypeName);
+    CopyText(type.GetName().View(), entry.recordTypeName);
     return entry;
 }
 

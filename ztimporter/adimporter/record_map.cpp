@@ -21,19 +21,17 @@ void AdImporter::SetupRecordMap(Obx_String& error) {
             stateField = Require(type.GetStateFieldDef(), u"stateFieldDef != __null").GetName();
         }
         CMapStringToString::Position position = m_recordMap.GetStartPosition();
-        Obx_String name;
-        Obx_String value;
         while (position != nullptr) {
-            m_recordMap.GetNextAssoc(position, name, value);
+            const auto& [name, value] = m_recordMap.Next(position);
             if (value.IsEmpty()) {
                 m_recordMap.RemoveKey(name);
             } else if (hasStates && name.CompareNoCase(stateField) == 0) {
-                m_recordMap.RemoveKey(name);
                 if (m_importState != 0) {
                     m_recordState = value;
                 } else {
                     m_recordState.Empty();
                 }
+                m_recordMap.RemoveKey(name);
             } else if (name.CompareNoCase(m_originalID) == 0) {
                 m_originalID_value = value;
             } else if (name.CompareNoCase(m_duplicateID) == 0) {

@@ -1,7 +1,11 @@
 #ifndef ZTIMPORTER_ADIMPORTER_STEPS_H
 #define ZTIMPORTER_ADIMPORTER_STEPS_H
 
+#include <cstddef>
+#include <vector>
+
 #include "ztimporter/adimporter.h"
+#include "ztimporter/historycolumns.h"
 
 class AdImportConfigurationDataParser;
 
@@ -38,6 +42,13 @@ class AdImporter::Steps {
     // What follows the commit of a record. A failure here leaves the record in the database and is
     // only reported.
     static void FollowCommit(AdImporter& importer, const AdEntityPtr& entity, Obx_String& error);
+
+    // The importer's AddHistory, of lines as the record parser splits them.
+    static void AddHistory(AdImporter& importer, long recordDbid,
+                           const std::vector<HistoryColumns>& lines, Obx_String& error);
+    template <typename Next>
+    static void FillBatch(AdImporter& importer, long recordDbid, std::size_t lines, Next next,
+                          Obx_String& error);
 
     // Ends the creation or update of a record by the exception that is being handled; `format` is
     // the trace of its failures. Returns 0.

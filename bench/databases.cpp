@@ -35,11 +35,12 @@ Run DatabaseFiles::RunTool(const std::vector<std::string>& command) {
 }
 
 ServerDatabases::ServerDatabases(std::string tool, std::string url, std::filesystem::path folder,
-                                 pid_t server)
+                                 pid_t server, std::size_t workers)
     : m_tool(std::move(tool)),
       m_url(std::move(url)),
       m_folder(std::move(folder)),
-      m_server(server) {}
+      m_server(server),
+      m_workers(workers) {}
 
 std::string ServerDatabases::New(const std::string& use) {
     static int count = 0;
@@ -52,7 +53,7 @@ std::string ServerDatabases::New(const std::string& use) {
 Run ServerDatabases::RunTool(const std::vector<std::string>& command) {
     std::vector<std::string> whole = Command(m_tool, command);
     if (command.front() == "load") {
-        whole.insert(whole.end(), {"--workers", "1"});
+        whole.insert(whole.end(), {"--workers", std::to_string(m_workers)});
     }
     if (m_server == 0) {
         return RunChild(whole);

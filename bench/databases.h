@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <filesystem>
 #include <string>
 
@@ -41,9 +42,11 @@ class DatabaseFiles : public Databases {
 // the server, which has nothing else to do; 0 when its time does not matter.
 class ServerDatabases : public Databases {
   public:
-    ServerDatabases(std::string tool, std::string url, std::filesystem::path folder, pid_t server);
+    // Loads have so many workers.
+    ServerDatabases(std::string tool, std::string url, std::filesystem::path folder, pid_t server,
+                    std::size_t workers = 1);
     std::string New(const std::string& use) override;
-    // With one worker. Counts the time of the server's processes, too.
+    // Counts the time of the server's processes, too.
     Run RunTool(const std::vector<std::string>& command) override;
 
   private:
@@ -51,6 +54,7 @@ class ServerDatabases : public Databases {
     std::string m_url;
     std::filesystem::path m_folder;
     pid_t m_server;
+    std::size_t m_workers;
 };
 
 }  // namespace bench

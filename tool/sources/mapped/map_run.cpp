@@ -168,14 +168,58 @@ void MapRun::AddSources() {
         const KnownField& field = m_plan.known[known];
         return m_keys.HasValue(known, value) || m_options.exists(*field.type, *field.field, value);
     };
+    std::vector<std::unique_ptr<RecordSpool>> records;
+    for (const auto& output : m_outputs) {
+        records.push_back(output->Finish(exists));
+    }
+    GatherAttachments(records);
     for (std::size_t step = 0; step < m_plan.steps.size(); ++step) {
+        if (records[step] == nullptr) {
+            continue;
+        }
         auto packets =
             std::make_shared<const StepPackets>(PacketsOf(m_plan.steps[step], m_schema, m_files));
-        std::unique_ptr<RecordSpool> records = m_outputs[step]->Finish(exists);
-        std::string sha256 = KeyOf(*records, *packets);
+        std::string sha256 = KeyOf(*records[step], *packets);
         m_sources.push_back(std::make_shared<StepConfiguration>(packets));
         m_sources.push_back(
-            std::make_shared<StepRecords>(packets, std::move(records), std::move(sha256)));
+            std::make_shared<StepRecords>(packets, std::move(records[step]), std::move(sha256)));
+    }
+}
+
+// The last step that makes attachments of the same field as `step`; itself when there is no other.
+std::size_t MapRun::LastOfAttachments(std::size_t step) const {
+    const MapStep& one = m_map.steps[step];
+    std::size_t last = step;
+    for (std::size_t other = step + 1; other < m_map.steps.size(); ++other) {
+        const MapStep& later = m_map.steps[other];
+        if (one.kind == StepKind::Attachments && later.kind == one.kind && later.type == one.type &&
+            later.attachmentsField == one.attachmentsField && later.key == one.key) {
+            last = other;
+        }
+    }
+    return last;
+}
+
+// A later packet replaces attachments that have the same file names, so those that several steps
+// make of one record go into one packet, that of the last of these steps.
+void MapRun::GatherAttachments(std::vector<std::unique_ptr<RecordSpool>>& records) {
+    std::vector<std::unique_ptr<StepOutput>> gathered(records.size());
+    for (std::size_t step = 0; step < records.size(); ++step) {
+        const std::size_t last = LastOfAttachments(step);
+        if (last == step && gathered[last] == nullptr) {
+            continue;
+        }
+        if (gathered[last] == nullptr) {
+            gathered[last] = std::make_unique<StepOutput>(
+                m_plan.steps[last], records.size() + last, m_keys, m_notes,
+                [this](const RowPlace& place) { return ShowPlace(place); });
+        }
+        RecordSpool::Reader reader(*records[step]);
+        MadeRecord record;
+        while (reader.Next(record)) {
+            gathered[last]->Take(std::move(record));
+        }
+        records[step] = last == step ? gathered[last]->FinishSettled() : nullptr;
     }
 }
 

@@ -61,6 +61,8 @@ class MapRun {
     void ReadInput(const MapInput& input, RowMapper& mapper);
     void KnowAddresses(std::size_t source);
     void AddSources();
+    std::size_t LastOfAttachments(std::size_t step) const;
+    void GatherAttachments(std::vector<std::unique_ptr<RecordSpool>>& records);
     std::string ShowPlace(const RowPlace& place) const;
     std::string CurrentPlace() const;
     void AddTallyFindings(std::size_t source, MapFindings& findings) const;

@@ -138,11 +138,16 @@ void StepOutput::TakeSingle(MadeRecord record) {
 }
 
 std::unique_ptr<RecordSpool> StepOutput::Finish(const Exists& exists) {
+    std::unique_ptr<RecordSpool> records = FinishSettled();
+    return m_plan.HasKnownOnly() ? Settled(*records, exists) : std::move(records);
+}
+
+std::unique_ptr<RecordSpool> StepOutput::FinishSettled() {
     FlushGroup();
     m_spool->Finish();
     std::unique_ptr<RecordSpool> records = m_hasParts ? Arranged() : std::move(m_spool);
     m_spool.reset();
-    return m_plan.HasKnownOnly() ? Settled(*records, exists) : std::move(records);
+    return records;
 }
 
 // Puts together what belongs to one record, at the place of its first part.

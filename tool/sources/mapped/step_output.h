@@ -34,6 +34,8 @@ class StepOutput {
 
     // After the last record of all sources: gives the records in the order of loading, once.
     std::unique_ptr<RecordSpool> Finish(const Exists& exists);
+    // The same of records of which nothing has to be looked up any more.
+    std::unique_ptr<RecordSpool> FinishSettled();
 
   private:
     // A record that is put together, and what its lists hold, where others are added to them.

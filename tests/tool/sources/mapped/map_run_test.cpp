@@ -123,6 +123,22 @@ TEST_F(MapRunTest, CutsALongHistoryIntoPortions) {
     EXPECT_EQ(entries(2), 1);
 }
 
+// A later packet would replace a file of the same name.
+TEST_F(MapRunTest, GathersTheAttachmentsThatSeveralStepsMakeOfARecord) {
+    m_folder.Write("a.csv", "Bug,Path\n1,a/x.txt\n2,a/y.txt\n,z\n");
+    m_folder.Write("b.csv", "Bug,Path\n2,b/y.txt\n1,b/x.txt\n3,b/w.txt\n");
+    const std::string step =
+        "- {attachments: bug, field: files, key: source_id, "
+        "fields: {source_id: Bug, path: Path}, source: ";
+    const auto steps = Run("sources: {a: {files: a.csv}, b: {files: b.csv}}\nsteps:\n" + step +
+                           "a}\n" + step + "b}\n");
+    ASSERT_EQ(steps.size(), 1U);
+    EXPECT_THAT(
+        steps[0],
+        ElementsAre(HasSubstr("source_id: it has no value"), "source_id=1 <,a/x.txt,> <,b/x.txt,>",
+                    "source_id=2 <,a/y.txt,> <,b/y.txt,>", "source_id=3 <,b/w.txt,>"));
+}
+
 TEST_F(MapRunTest, GathersEntriesThatStandFarApartInPortions) {
     std::string rows = "Id,Bug,When\n";
     for (int id = 0; id < 3008; ++id) {

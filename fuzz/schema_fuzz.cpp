@@ -36,8 +36,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     recorddb::sql::Transaction transaction(*connection);
     recorddb::schema::StoreSchema(*connection, *schema);
     const auto stored = recorddb::schema::ReadSchema(
-        recorddb::schema::LoadSchemaText(*connection, "scratch"), "scratch");
-    recorddb::schema::CheckTables(*connection, stored, "scratch");
+        recorddb::schema::LoadStoredSchema(*connection, "scratch").text, "scratch");
+    recorddb::schema::CheckTables(*connection, stored, recorddb::Layout::Plain, "scratch");
     Expect(stored.Text() == text && stored.Types().size() == schema->Types().size(),
            "the stored schema is the one of the file");
     for (const recorddb::schema::RecordType& type : schema->Types()) {

@@ -8,6 +8,7 @@
 #include "recorddb/errors.h"
 #include "recorddb/export.h"
 #include "recorddb/journal.h"
+#include "recorddb/layout.h"
 #include "recorddb/schema.h"
 #include "recorddb/session_options.h"
 #include "recorddb/sql.h"
@@ -33,8 +34,10 @@ class RECORDDB_API Database {
 
     // Makes a new database for a schema. It appears at its place only once it is complete: a
     // failure leaves nothing behind. Throws DatabaseError (FileExists) when there is a file
-    // already, or tables of those names in the schema of a server; sql::Error otherwise.
-    static void Create(const std::string& location, const schema::Schema& schema);
+    // already, or tables of those names in the schema of a server; sql::Error otherwise:
+    // Unsupported for a file of the sharded layout.
+    static void Create(const std::string& location, const schema::Schema& schema,
+                       Layout layout = Layout::Plain);
 
     // Opens a database. Throws DatabaseError when it is not a record database or has a format that
     // this program cannot use, schema::SchemaError when the schema stored in it is damaged,
@@ -48,6 +51,7 @@ class RECORDDB_API Database {
     ~Database();
 
     const schema::Schema& GetSchema() const { return m_schema; }
+    Layout GetLayout() const { return m_layout; }
     sql::Connection& GetConnection() { return *m_connection; }
     journal::Journal& GetJournal() { return m_journal; }
 
@@ -77,11 +81,12 @@ class RECORDDB_API Database {
     WriteBatch& GetBatch() { return *m_batch; }
 
   private:
-    Database(std::unique_ptr<sql::Connection> connection, schema::Schema schema,
+    Database(std::unique_ptr<sql::Connection> connection, schema::Schema schema, Layout layout,
              std::string location);
 
     std::unique_ptr<sql::Connection> m_connection;
     schema::Schema m_schema;
+    Layout m_layout;
     std::string m_location;  // as messages may show it
     journal::Journal m_journal;
     std::unique_ptr<schema::SearchIndexes> m_searchIndexes;

@@ -189,6 +189,15 @@ class RECORDDB_API Connection {
     // later one.
     virtual bool JoinMoment(const std::string& moment);
 
+    // True where the server can spread tables over machines.
+    virtual bool CanSpreadTables() { return false; }
+
+    // From here on, tables may stand spread over machines, where advisory locks and correlated
+    // queries are not to be had. `takeTurn` changes a row and returns a number that counts up: a
+    // transaction for writing begins with it, so that the next one waits for its end. To be called
+    // outside of transactions. Throws Error; Unsupported where there are no machines.
+    virtual void ExpectSpreadTables(std::string_view takeTurn);
+
     virtual const Dialect& GetDialect() const = 0;
     virtual bool IsReadOnly() const = 0;
 

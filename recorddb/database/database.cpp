@@ -17,6 +17,7 @@
 #include "recorddb/sql.h"
 #include "recorddb/store/search_indexes.h"
 #include "recorddb/store/stored_schema.h"
+#include "recorddb/store/table_layout.h"
 #include "recorddb/store/write_batch.h"
 
 namespace recorddb {
@@ -137,19 +138,25 @@ void CreateFile(const std::string& path, const schema::Schema& schema) {
 
 // On a server there is nothing to be moved into its place: a transaction makes all of it or
 // nothing.
-void CreateOnServer(const std::string& url, const schema::Schema& schema) {
+void CreateOnServer(const std::string& url, const schema::Schema& schema, Layout layout) {
     const auto connection = sql::Open(url, sql::OpenMode::CreateNew);
     sql::Transaction transaction(*connection);
-    schema::CheckRoom(*connection, schema, sql::ShownLocation(url));
-    schema::StoreSchema(*connection, schema);
+    schema::CheckRoom(*connection, schema, layout, sql::ShownLocation(url));
+    schema::StoreSchema(*connection, schema, layout);
     transaction.Commit();
 }
 
 }  // namespace
 
-void Database::Create(const std::string& location, const schema::Schema& schema) {
+void Database::Create(const std::string& location, const schema::Schema& schema, Layout layout) {
     if (sql::IsServerUrl(location)) {
-        CreateOnServer(location, schema);
+        CreateOnServer(location, schema, layout);
+    } else if (layout == Layout::Sharded) {
+        throw sql::Error(sql::ErrorKind::Unsupported,
+                         location +
+                             ": the sharded layout is for databases on servers; a file "
+                             "stands on one machine and has the plain one",
+                         "");
     } else {
         CreateFile(location, schema);
     }
@@ -158,31 +165,37 @@ void Database::Create(const std::string& location, const schema::Schema& schema)
 std::unique_ptr<Database> Database::Open(const std::string& location, Mode mode) {
     auto connection = sql::Open(location, OpenModeOf(mode));
     const std::string shown = sql::ShownLocation(location);
-    schema::Schema schema =
-        schema::ReadSchema(schema::LoadSchemaText(*connection, shown), shown + " (stored schema)");
-    schema::CheckTables(*connection, schema, shown);
-    return std::unique_ptr<Database>(new Database(std::move(connection), std::move(schema), shown));
+    const schema::StoredSchema stored = schema::LoadStoredSchema(*connection, shown);
+    schema::Schema schema = schema::ReadSchema(stored.text, shown + " (stored schema)");
+    if (stored.layout == Layout::Sharded) {
+        connection->ExpectSpreadTables(kTakeTurnSql);
+    }
+    schema::CheckTables(*connection, schema, stored.layout, shown);
+    return std::unique_ptr<Database>(
+        new Database(std::move(connection), std::move(schema), stored.layout, shown));
 }
 
 Database::Database(std::unique_ptr<sql::Connection> connection, schema::Schema schema,
-                   std::string location)
+                   Layout layout, std::string location)
     : m_connection(std::move(connection)),
       m_schema(std::move(schema)),
+      m_layout(layout),
       m_location(std::move(location)),
       m_journal(*m_connection),
       m_searchIndexes(std::make_unique<schema::SearchIndexes>(*m_connection, m_schema)),
-      m_batch(std::make_unique<WriteBatch>(*m_connection, m_schema)) {}
+      m_batch(std::make_unique<WriteBatch>(*m_connection, m_schema, layout)) {}
 
 Database::~Database() = default;
 
 void Database::Reconnect() {
     m_connection->Reconnect();
-    if (schema::LoadSchemaText(*m_connection, m_location) != m_schema.Text()) {
+    if (schema::LoadStoredSchema(*m_connection, m_location) !=
+        schema::StoredSchema{m_schema.Text(), m_layout}) {
         throw DatabaseError(
             DatabaseError::Problem::TablesChanged,
             m_location + ": the server that answers now has a record database of another schema");
     }
-    schema::CheckTables(*m_connection, m_schema, m_location);
+    schema::CheckTables(*m_connection, m_schema, m_layout, m_location);
 }
 
 AdPtr<Session> Database::OpenSession(const SessionOptions& options) {

@@ -17,8 +17,11 @@ class QueryStatements {
     // The connection outlives the object.
     explicit QueryStatements(sql::Connection& connection) : m_connection(connection) {}
 
+    // Who says which record alone can be meant, adds its dbid as the last but one parameter.
+    enum class Place { Unknown, Known };
+
     // Throws sql::Error.
-    sql::Statement& For(const QueryDef& query);
+    sql::Statement& For(const QueryDef& query, Place place = Place::Unknown);
 
   private:
     sql::Connection& m_connection;

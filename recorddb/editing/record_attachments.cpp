@@ -5,7 +5,7 @@ namespace recorddb {
 PaMessage RecordAttachments::Write(std::int64_t recordType, std::int64_t record,
                                    const AttachmentChanges& changes) {
     for (const Attachment& attachment : changes.removed) {
-        m_table.Remove(attachment.dbid);
+        m_table.Remove(record, attachment.dbid);
     }
     for (const NewAttachment& addition : changes.added) {
         Attachment attachment = addition.attachment;

@@ -23,7 +23,7 @@ class RecordAttachments {
     // The batch outlives the object.
     RecordAttachments(WriteBatch& batch, AttachmentFolder folder, ContentStore::Keeping keeping)
         : m_batch(batch),
-          m_table(batch.GetConnection()),
+          m_table(batch),
           m_folder(std::move(folder)),
           m_contents(batch.GetConnection(), keeping) {}
 

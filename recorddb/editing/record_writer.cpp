@@ -5,6 +5,7 @@
 
 #include "platform/messages/message_ids.h"
 #include "recorddb/messages/error_message.h"
+#include "recorddb/store/table_layout.h"
 
 namespace recorddb {
 
@@ -122,6 +123,11 @@ PaMessage RecordWriter::WriteAll(EditedRecord& record, Reach reach) {
         } else {
             SaveLists(record);
         }
+    }
+    // What the record refers to may have been undone since it was set; where no foreign key stands,
+    // nobody else would notice.
+    if (problem.ID() == 0 && IsSpread(m_parts.batch.GetLayout(), record.Type())) {
+        problem = m_parts.checks.CheckReferences(record);
     }
     if (problem.ID() == 0 && reach.links) {
         problem = WriteLinks(record);

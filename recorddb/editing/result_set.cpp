@@ -19,7 +19,6 @@ void ResultSet::Prepare() {
         for (const FilterNode& filter : m_query->Filters()) {
             m_parts->searchIndexes.Ensure(m_query->Type(), filter.Field());
         }
-        m_parts->statements.For(*m_query);
     });
 }
 
@@ -133,14 +132,35 @@ bool ResultSet::TakeKnownAnswer() {
     return true;
 }
 
+// Where the only record stands that can match, if that is known.
+std::optional<KeyRows::Location> ResultSet::Place() const {
+    FieldSet fields;
+    std::vector<const FieldValue*> values;
+    for (std::size_t i = 0; i < m_operands.size(); ++i) {
+        if (HasValue(m_operands[i])) {
+            fields.push_back(m_query->Filters()[i].Field().index);
+            values.push_back(&m_operands[i]);
+        }
+    }
+    return m_parts->batch.Keys().Find(m_query->Type(), fields, values);
+}
+
 void ResultSet::ReadRows() {
-    sql::Statement& statement = m_parts->statements.For(*m_query);
+    const auto place = Place();
+    if (place && place->dbid == 0) {
+        return;
+    }
+    sql::Statement& statement = m_parts->statements.For(
+        *m_query, place ? QueryStatements::Place::Known : QueryStatements::Place::Unknown);
     const sql::ResetGuard guard(statement);
     int parameter = 0;
     for (const FieldValue& operand : m_operands) {
         if (HasValue(operand)) {
             BindValue(statement, ++parameter, operand);
         }
+    }
+    if (place) {
+        statement.BindInt(++parameter, place->dbid);
     }
     statement.BindInt(++parameter,
                       m_limit > 0 ? m_limit : std::numeric_limits<std::int64_t>::max());

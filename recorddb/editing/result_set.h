@@ -51,6 +51,7 @@ class ResultSet final : public AdResultSet {
     void ApplyChangesOfColumns();
     std::optional<FieldValue> Operand(const FilterNode& filter);
     bool TakeKnownAnswer();
+    std::optional<KeyRows::Location> Place() const;
     void ReadRows();
     void NoteReads();
     void AddNewRecords();

@@ -25,6 +25,7 @@ class CheckContext {
     // Batch and schema outlive the object.
     CheckContext(WriteBatch& batch, const schema::Schema& schema, TakeFault take, KeepOn keepOn)
         : m_connection(batch.GetConnection()),
+          m_layout(batch.GetLayout()),
           m_schema(schema),
           m_tables(batch, schema),
           m_keys(batch, schema),
@@ -32,6 +33,7 @@ class CheckContext {
           m_keepOn(std::move(keepOn)) {}
 
     const schema::Schema& Schema() const { return m_schema; }
+    Layout GetLayout() const { return m_layout; }
 
     // A statement of the caller's own, since a scan looks up other rows while it reads.
     std::unique_ptr<sql::Statement> Query(std::string_view sql) {
@@ -74,6 +76,7 @@ class CheckContext {
 
   private:
     sql::Connection& m_connection;
+    Layout m_layout;
     const schema::Schema& m_schema;
     RecordTables m_tables;
     KeyTable m_keys;

@@ -4,6 +4,7 @@
 #include "recorddb/integrity/content_scan.h"
 #include "recorddb/integrity/duplicate_scan.h"
 #include "recorddb/integrity/history_scan.h"
+#include "recorddb/integrity/key_scan.h"
 #include "recorddb/integrity/list_scan.h"
 #include "recorddb/integrity/own_table_scan.h"
 #include "recorddb/integrity/record_scan.h"
@@ -27,6 +28,7 @@ IntegrityTotals CheckIntegrity(Database& database, const TakeFault& take,
             }
         }
     }
+    ScanShardedTables(context);
     ScanHistory(context);
     ScanDuplicates(context);
     const std::uint64_t contentsMissing = ScanAttachments(context);

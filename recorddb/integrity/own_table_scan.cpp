@@ -51,7 +51,10 @@ void ScanFormat(CheckContext& context) {
         row.Tell("schema_text", 3, FilledTextProblem(*rows, 3));
         row.Tell("format_version", 0, IntegerProblem(*rows, 0, schema::kOldestFormat));
         const std::int64_t format = rows->Int(0);
-        if (format == schema::kFormatVersion) {
+        if (context.GetLayout() == Layout::Sharded) {
+            row.TellUnless("oldest_readable", 1, schema::kShardedFormat);
+            row.TellUnless("newest_readable", 2, schema::kShardedFormat);
+        } else if (format == schema::kFormatVersion) {
             row.TellUnless("oldest_readable", 1, schema::kOldestReadable);
             row.TellUnless("newest_readable", 2, schema::kNewestReadable);
         } else if (format < rows->Int(1) || format > rows->Int(2)) {

@@ -7,6 +7,7 @@
 #include "recorddb/sha256.h"
 #include "recorddb/sql.h"
 #include "recorddb/store/attachment_table.h"
+#include "recorddb/store/bind_value.h"
 #include "recorddb/store/content_store.h"
 #include "recorddb/store/duplicate_table.h"
 #include "recorddb/store/history_table.h"
@@ -37,7 +38,7 @@ struct RecordReader::Tables {
           keyTable(batch, database.GetSchema()),
           keys(batch, database.GetSchema(), keyTable),
           history(batch),
-          attachments(connection),
+          attachments(batch),
           contents(connection),
           duplicates(batch) {}
 
@@ -111,17 +112,29 @@ std::optional<RecordView> RecordReader::Find(const schema::RecordType& type,
 std::vector<std::int64_t> RecordReader::FindByValue(const schema::RecordType& type,
                                                     const schema::Field& field,
                                                     std::string_view value, std::size_t limit) {
-    sql::Statement& find = m_tables->UpToDate().Prepare(
-        fmt::format("SELECT {0} FROM {1} WHERE {2} = $1 ORDER BY {0} LIMIT $2", schema::kDbIdName,
-                    sql::Quoted(type.name), sql::Quoted(field.name)));
-    const sql::ResetGuard guard(find);
     const bool isNumber = field.kind == schema::FieldKind::Integer ||
                           field.kind == schema::FieldKind::Reference ||
                           field.kind == schema::FieldKind::DbId;
-    if (isNumber) {
-        find.BindAll(IntegerOf(value), limit);
-    } else {
-        find.BindAll(value, limit);
+    FieldValue wanted;
+    if (!isNumber) {
+        wanted = std::string(value);
+    } else if (const auto number = IntegerOf(value)) {
+        wanted = *number;
+    }
+    sql::Connection& connection = m_tables->UpToDate();
+    const auto place = m_tables->batch.Keys().Find(type, {field.index}, {&wanted});
+    if (place && (place->dbid == 0 || place->isCertain)) {
+        return place->dbid == 0 ? std::vector<std::int64_t>() : std::vector{place->dbid};
+    }
+    sql::Statement& find = connection.Prepare(
+        fmt::format("SELECT {0} FROM {1} WHERE {2} = $1{3} ORDER BY {0} LIMIT $2",
+                    schema::kDbIdName, sql::Quoted(type.name), sql::Quoted(field.name),
+                    place ? fmt::format(" AND {} = $3", schema::kDbIdName) : ""));
+    const sql::ResetGuard guard(find);
+    BindValue(find, 1, wanted);
+    find.Bind(2, limit);
+    if (place) {
+        find.Bind(3, place->dbid);
     }
     std::vector<std::int64_t> dbids;
     while (find.Step()) {

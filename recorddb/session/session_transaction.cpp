@@ -118,7 +118,8 @@ void SessionTransaction::LookAhead(std::span<const ExpectedSearch> searches) {
         return;
     }
     m_state->parts->failures.Watch([&] {
-        recorddb::LookAhead(batch.GetConnection(), batch.GetSchema(), batch.Answers())
+        recorddb::LookAhead(batch.GetConnection(), batch.GetSchema(), batch.GetLayout(),
+                            batch.Answers())
             .Read(searches);
     });
 }

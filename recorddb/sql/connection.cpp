@@ -19,6 +19,11 @@ void Connection::Reconnect() {
     throw std::logic_error("a connection that cannot be lost is made anew");
 }
 
+void Connection::ExpectSpreadTables(std::string_view /*takeTurn*/) {
+    throw Error(ErrorKind::Unsupported,
+                "the sharded layout is for databases on servers; a file has the plain one", "");
+}
+
 void Connection::BeginTransaction(Access access) {
     if (m_inTransaction) {
         throw std::logic_error("a transaction is open already; nest with a Savepoint");

@@ -19,7 +19,9 @@ struct RowQuestion {
     std::span<const RowColumn> keys;     // that find the rows, by equality
     std::span<const Cell> cells;         // of the keys, key by key, none of them NULL; not empty
     std::string_view order;              // the column in whose order the rows of one key come
-    std::size_t most = 0;                // of the rows of one key, the first ones; 0: all
+    // Of the rows of one key, the first ones; 0: all. Not to be asked of a table that is spread
+    // over machines.
+    std::size_t most = 0;
 };
 
 // Reads many rows in the transaction under way, in as few round trips as the engine can.

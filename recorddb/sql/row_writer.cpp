@@ -45,6 +45,16 @@ std::string InsertSql(const RowChange& change, std::size_t rows) {
                        ConflictClause(change));
 }
 
+// "a = CASE WHEN a < $FIRST THEN $FIRST ELSE a END"
+std::string Raises(std::span<const RowColumn> columns, std::size_t first) {
+    std::vector<std::string> raises;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        raises.push_back(fmt::format("{0} = CASE WHEN {0} < ${1} THEN ${1} ELSE {0} END",
+                                     Quoted(columns[i].name), first + i));
+    }
+    return fmt::format("{}", fmt::join(raises, ", "));
+}
+
 // Rows that one statement writes, where it can write several. Between them the engine stays in its
 // place in the table and in its indexes, which saves half of what a row costs.
 std::size_t RowsOfStatement(const RowChange& change) {
@@ -67,6 +77,10 @@ std::string SqlOf(const RowChange& change, std::size_t rows) {
             return fmt::format(
                 "UPDATE {} SET {} WHERE {}", table,
                 Equations(change.columns.subspan(change.keys), change.keys + 1, ", "), rowMeant);
+        case Kind::Raise:
+            return fmt::format("UPDATE {} SET {} WHERE {}", table,
+                               Raises(change.columns.subspan(change.keys), change.keys + 1),
+                               rowMeant);
         case Kind::Delete:
             break;
     }

@@ -33,6 +33,7 @@ struct RowChange {
         Insert,          // rows that are not there yet
         InsertOrUpdate,  // rows that may be there with these keys; then they get the other values
         Update,          // rows that are there with these keys get the other values
+        Raise,           // the same, but integers only, and those that are greater than before
         Delete           // rows that are there with these keys; there are no other columns
     };
 

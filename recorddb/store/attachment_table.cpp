@@ -22,18 +22,23 @@ std::vector<Attachment> AttachmentTable::Load(std::int64_t recordType, std::int6
 
 void AttachmentTable::Insert(std::int64_t recordType, std::int64_t record,
                              const Attachment& attachment) {
+    const auto dbid = m_batch.Numbers().NextAttachment();
     sql::Statement& insert = m_connection.Prepare(
-        "INSERT INTO zt_attachment (dbid, record_type, record, field, filename, filesize, "
-        "description, sha256) VALUES ((SELECT coalesce(max(dbid), 0) + 1 FROM zt_attachment), "
-        "$1, $2, $3, $4, $5, $6, $7)");
+        std::string("INSERT INTO zt_attachment (record_type, record, field, filename, filesize, "
+                    "description, sha256, dbid) VALUES ($1, $2, $3, $4, $5, $6, $7, ") +
+        (dbid ? "$8)" : "(SELECT coalesce(max(dbid), 0) + 1 FROM zt_attachment))"));
     insert.BindAll(recordType, record, attachment.field, attachment.fileName, attachment.fileSize,
                    attachment.description, attachment.sha256);
+    if (dbid) {
+        insert.Bind(8, *dbid);
+    }
     insert.Execute();
 }
 
-void AttachmentTable::Remove(std::int64_t dbid) {
-    sql::Statement& remove = m_connection.Prepare("DELETE FROM zt_attachment WHERE dbid = $1");
-    remove.BindAll(dbid);
+void AttachmentTable::Remove(std::int64_t record, std::int64_t dbid) {
+    sql::Statement& remove =
+        m_connection.Prepare("DELETE FROM zt_attachment WHERE record = $1 AND dbid = $2");
+    remove.BindAll(record, dbid);
     remove.Execute();
 }
 

@@ -8,22 +8,25 @@
 
 #include "recorddb/record.h"
 #include "recorddb/sql.h"
+#include "recorddb/store/write_batch.h"
 
 namespace recorddb {
 
 // The table of attachments. Every operation throws sql::Error.
 class AttachmentTable {
   public:
-    // The connection outlives the object.
-    explicit AttachmentTable(sql::Connection& connection) : m_connection(connection) {}
+    // The batch outlives the object.
+    explicit AttachmentTable(WriteBatch& batch)
+        : m_batch(batch), m_connection(batch.GetConnection()) {}
 
     // The attachments of a record in the order in which they were added.
     std::vector<Attachment> Load(std::int64_t recordType, std::int64_t record);
 
     void Insert(std::int64_t recordType, std::int64_t record, const Attachment& attachment);
-    void Remove(std::int64_t dbid);
+    void Remove(std::int64_t record, std::int64_t dbid);
 
   private:
+    WriteBatch& m_batch;
     sql::Connection& m_connection;
 };
 

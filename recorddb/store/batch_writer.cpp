@@ -10,7 +10,10 @@
 #include "recorddb/model/names.h"
 #include "recorddb/sql/row_writer.h"
 #include "recorddb/store/cells.h"
+#include "recorddb/store/key_row.h"
+#include "recorddb/store/key_sets.h"
 #include "recorddb/store/reference_list.h"
+#include "recorddb/store/table_layout.h"
 #include "recorddb/store/tables.h"
 
 namespace recorddb {
@@ -49,11 +52,14 @@ class BatchWriter::Pass {
   public:
     explicit Pass(BatchWriter& writer)
         : m_schema(writer.m_schema),
+          m_layout(writer.m_layout),
           m_shapes(writer.m_shapes),
           m_rows(writer.m_connection.MakeRowWriter()) {}
 
     void Write(const PendingChanges& changes) {
         WriteNewRecords(changes);
+        WriteKeys(changes);
+        RaiseLastDbIds(changes);
         for (const RecordType& type : m_schema.Types()) {
             const auto& records = changes.Of(type.id).All();
             if (!records.empty()) {
@@ -127,6 +133,58 @@ class BatchWriter::Pass {
             }
         }
         Send(Kind::Insert, change, 0);
+    }
+
+    // Only new records: a change of a key is not gathered.
+    void WriteKeys(const PendingChanges& changes) {
+        Change& change = NewChange("zt_key");
+        change.columns = {{"hash", CellType::Text},
+                          {"record_type", CellType::Integer},
+                          {"field", CellType::Text},
+                          {"value", CellType::Text},
+                          {"record", CellType::Integer}};
+        for (const RecordType& type : m_schema.Types()) {
+            if (!IsSpread(m_layout, type) || !changes.Of(type.id).HasNew()) {
+                continue;
+            }
+            for (const FieldSet& set : UniqueSetsOf(type)) {
+                AddKeys(type, set, changes.Of(type.id).All(), change);
+            }
+        }
+        Send(Kind::Insert, change, 0);
+    }
+
+    void AddKeys(const RecordType& type, const FieldSet& set,
+                 const std::vector<PendingRecord>& records, Change& change) {
+        for (const PendingRecord& record : records) {
+            if (!record.IsNew()) {
+                continue;
+            }
+            std::vector<const FieldValue*> values;
+            for (const std::size_t field : set) {
+                values.push_back(&record.values[field]);
+            }
+            if (auto row = KeyRowOf(type, set, values)) {
+                const KeyRow& kept = m_keyRows.emplace_back(*std::move(row));
+                change.cells.insert(
+                    change.cells.end(),
+                    {std::string_view(kept.hash), type.id, std::string_view(kept.field),
+                     std::string_view(kept.value), record.dbid});
+            }
+        }
+    }
+
+    void RaiseLastDbIds(const PendingChanges& changes) {
+        Change& change = NewChange("zt_last_dbid");
+        change.columns = {{"record_type", CellType::Integer},
+                          {schema::kDbIdName, CellType::Integer}};
+        for (const RecordType& type : m_schema.Types()) {
+            if (m_layout == Layout::Sharded && changes.Of(type.id).HasNew()) {
+                change.cells.insert(change.cells.end(),
+                                    {type.id, changes.Of(type.id).HighestNew()});
+            }
+        }
+        Send(Kind::Raise, change, 1);
     }
 
     // By the columns that are written.
@@ -272,7 +330,9 @@ class BatchWriter::Pass {
     }
 
     const schema::Schema& m_schema;
+    Layout m_layout;
     std::vector<std::set<std::vector<bool>>>& m_shapes;
+    std::list<KeyRow> m_keyRows;  // of which the changes borrow
     std::list<Change> m_changes;
     std::unique_ptr<sql::RowWriter> m_rows;  // borrows of the changes
 };

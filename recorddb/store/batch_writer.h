@@ -5,6 +5,7 @@
 #include <set>
 #include <vector>
 
+#include "recorddb/layout.h"
 #include "recorddb/schema.h"
 #include "recorddb/sql.h"
 #include "recorddb/store/pending_changes.h"
@@ -15,8 +16,11 @@ namespace recorddb {
 class BatchWriter {
   public:
     // Connection and schema outlive the object.
-    BatchWriter(sql::Connection& connection, const schema::Schema& schema)
-        : m_connection(connection), m_schema(schema), m_shapes(schema.Types().size()) {}
+    BatchWriter(sql::Connection& connection, const schema::Schema& schema, Layout layout)
+        : m_connection(connection),
+          m_schema(schema),
+          m_layout(layout),
+          m_shapes(schema.Types().size()) {}
 
     // Writes changes of what is in the database, in the transaction under way. Throws sql::Error
     // when the engine refuses one or another writer has changed a record; then a part of them may
@@ -28,6 +32,7 @@ class BatchWriter {
 
     sql::Connection& m_connection;
     const schema::Schema& m_schema;
+    Layout m_layout;
     // By type: the sets of columns for which there are statements.
     std::vector<std::set<std::vector<bool>>> m_shapes;
 };

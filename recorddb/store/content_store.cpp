@@ -53,9 +53,13 @@ void ContentStore::AddChunk(const std::string& sha256, std::int64_t chunk,
 }
 
 void ContentStore::RemoveUnused(const std::string& sha256) {
-    sql::Statement& remove = m_connection.Prepare(
-        "DELETE FROM zt_content WHERE sha256 = $1 "
-        "AND NOT EXISTS (SELECT 1 FROM zt_attachment WHERE sha256 = $1)");
+    sql::Statement& find =
+        m_connection.Prepare("SELECT 1 FROM zt_attachment WHERE sha256 = $1 LIMIT 1");
+    find.BindAll(sha256);
+    if (sql::QueryInt(find)) {
+        return;
+    }
+    sql::Statement& remove = m_connection.Prepare("DELETE FROM zt_content WHERE sha256 = $1");
     remove.BindAll(sha256);
     remove.Execute();
 }

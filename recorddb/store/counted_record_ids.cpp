@@ -1,7 +1,5 @@
 #include "recorddb/store/counted_record_ids.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <limits>
 #include <stdexcept>
@@ -10,7 +8,6 @@
 #include "platform/messages/message_ids.h"
 #include "recorddb/messages/error_message.h"
 #include "recorddb/store/provisional_ids.h"
-#include "recorddb/store/tables.h"
 
 namespace recorddb::schema {
 
@@ -43,15 +40,9 @@ void CountedRecordIds::Forget() {
 }
 
 std::int64_t CountedRecordIds::Highest(const RecordType& type) {
-    Counter& counter = m_counters[static_cast<std::size_t>(type.id - 1)];
-    if (counter.highest == nullptr) {
-        counter.highest = &m_connection.Prepare(
-            fmt::format("SELECT max({}) FROM {}", kDbIdName, sql::Quoted(type.name)));
-    }
     // Other programs may have stored dbids below 1; here, such a number means that a record has
     // none yet.
-    return std::max(
-        {sql::QueryInt(*counter.highest).value_or(0), m_batch.HighestNew(type), std::int64_t{0}});
+    return std::max({m_batch.Numbers().Of(type), m_batch.HighestNew(type), std::int64_t{0}});
 }
 
 void CountedRecordIds::Read(const RecordType& type, Counter& counter) {

@@ -36,7 +36,6 @@ class CountedRecordIds final : public RecordIds {
         // The state of connection and batch in which `last` was right.
         std::uint64_t transactionCount = 0;
         std::uint64_t undoCount = 0;
-        sql::Statement* highest = nullptr;
     };
 
     void Read(const RecordType& type, Counter& counter);

@@ -15,6 +15,16 @@ namespace {
 constexpr int kDeepestKey = 16;
 constexpr int kMostKeyReads = 1000;
 
+std::string FindSql(const schema::RecordType& type) {
+    std::vector<std::string> conditions;
+    for (const std::size_t part : type.key) {
+        conditions.push_back(
+            fmt::format("{} = ${}", sql::Quoted(type.fields[part].name), conditions.size() + 1));
+    }
+    return fmt::format("SELECT {} FROM {} WHERE {}", schema::kDbIdName, sql::Quoted(type.name),
+                       fmt::join(conditions, " AND "));
+}
+
 }  // namespace
 
 std::int64_t KeyTable::Find(const schema::RecordType& type, const std::vector<FieldValue>& values) {
@@ -37,10 +47,17 @@ std::int64_t KeyTable::FindStored(const schema::RecordType& type,
     if (const auto answer = m_batch.Answers().Find(type, type.key, wanted)) {
         return *answer;
     }
-    sql::Statement& find = FindStatement(type);
+    const auto location = m_batch.Keys().Find(type, type.key, wanted);
+    if (location && (location->isCertain || location->dbid == 0)) {
+        return location->dbid;
+    }
+    sql::Statement& find = location ? FindAtStatement(type) : FindStatement(type);
     int parameter = 0;
     for (const FieldValue& value : values) {
         BindValue(find, ++parameter, value);
+    }
+    if (location) {
+        find.Bind(++parameter, location->dbid);
     }
     return sql::QueryInt(find).value_or(0);
 }
@@ -121,14 +138,16 @@ std::vector<std::string> KeyTable::TextsOf(const schema::Field& field, const Fie
 sql::Statement& KeyTable::FindStatement(const schema::RecordType& type) {
     sql::Statement*& statement = Statements(type).find;
     if (statement == nullptr) {
-        std::vector<std::string> conditions;
-        for (const std::size_t part : type.key) {
-            conditions.push_back(fmt::format("{} = ${}", sql::Quoted(type.fields[part].name),
-                                             conditions.size() + 1));
-        }
-        statement = &m_connection.Prepare(fmt::format("SELECT {} FROM {} WHERE {}",
-                                                      schema::kDbIdName, sql::Quoted(type.name),
-                                                      fmt::join(conditions, " AND ")));
+        statement = &m_connection.Prepare(FindSql(type));
+    }
+    return *statement;
+}
+
+sql::Statement& KeyTable::FindAtStatement(const schema::RecordType& type) {
+    sql::Statement*& statement = Statements(type).findAt;
+    if (statement == nullptr) {
+        statement = &m_connection.Prepare(
+            fmt::format("{} AND {} = ${}", FindSql(type), schema::kDbIdName, type.key.size() + 1));
     }
     return *statement;
 }

@@ -38,6 +38,7 @@ class KeyTable {
   private:
     struct TypeStatements {
         sql::Statement* find = nullptr;
+        sql::Statement* findAt = nullptr;  // where one record only can be meant
         sql::Statement* key = nullptr;
     };
 
@@ -46,6 +47,7 @@ class KeyTable {
     std::int64_t FindStored(const schema::RecordType& type, const std::vector<FieldValue>& values,
                             const std::vector<const FieldValue*>& wanted);
     sql::Statement& FindStatement(const schema::RecordType& type);
+    sql::Statement& FindAtStatement(const schema::RecordType& type);
     sql::Statement& KeyStatement(const schema::RecordType& type);
     TypeStatements& Statements(const schema::RecordType& type) {
         return m_types[static_cast<std::size_t>(type.id - 1)];

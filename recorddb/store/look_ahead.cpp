@@ -11,6 +11,9 @@
 #include "recorddb/model/value_text.h"
 #include "recorddb/sql/row_reader.h"
 #include "recorddb/store/cells.h"
+#include "recorddb/store/key_rows.h"
+#include "recorddb/store/key_sets.h"
+#include "recorddb/store/table_layout.h"
 #include "recorddb/store/tables.h"
 
 namespace recorddb {
@@ -89,6 +92,7 @@ class LookAhead::Round {
         std::string_view order;
         std::size_t most = 0;
         std::vector<Cell> cells;
+        std::deque<KeyRow> keyRows{};  // of which the cells borrow
     };
 
     void Ask(Question question, sql::RowReader::Take take) {
@@ -116,6 +120,9 @@ void LookAhead::Add(const ExpectedSearch& search) {
             return;
         }
     }
+    if (!FindsOnOneMachine(*search.type, fields)) {
+        return;
+    }
     Searches& searches = m_searches[{search.type->id, fields}];
     std::vector<const FieldValue*> borrowed;
     borrowed.reserve(values.size());
@@ -134,42 +141,105 @@ void LookAhead::Add(const ExpectedSearch& search) {
     what.original = what.original || search.original;
 }
 
+// Many questions that each go to all machines cost more than asking for the few that turn out to be
+// needed, with a limit.
+bool LookAhead::FindsOnOneMachine(const RecordType& type, const FieldSet& fields) const {
+    if (!IsSpread(m_layout, type)) {
+        return true;
+    }
+    const std::vector<FieldSet> sets = KeySetsOf(type);
+    return std::find(sets.begin(), sets.end(), fields) != sets.end() ||
+           std::any_of(fields.begin(), fields.end(), [&type](std::size_t field) {
+               return type.fields[field].kind == FieldKind::DbId;
+           });
+}
+
 void LookAhead::Search() {
     Round round(m_connection);
-    for (auto& [by, searches] : m_searches) {
+    for (const auto& [by, searches] : m_searches) {
         const RecordType& type = m_schema.Type(by.first);
-        Round::Question question = {.table = type.name,
-                                    .columns = {{schema::kDbIdName, CellType::Integer},
-                                                {schema::kVersionColumn, CellType::Integer}},
-                                    .keys = {},
-                                    .order = schema::kDbIdName,
-                                    .most = kMostMatches,
-                                    .cells = {}};
-        for (const std::size_t field : by.second) {
-            question.keys.push_back(ColumnOf(type.fields[field]));
-        }
-        KnownAnswers::OfType& known = m_answers.Of(type);
-        std::vector<KnownAnswers::Matches*> matches;
-        for (const auto& [key, wanted] : searches) {
-            for (const FieldValue& value : wanted.values) {
-                question.cells.push_back(CellOf(value));
-            }
-            matches.push_back(&(known.searches[by.second][key] = {}));
-        }
-        round.Ask(std::move(question), [&known, matches = std::move(matches)](
-                                           std::size_t key, std::span<const Cell> row) {
-            KnownAnswers::Matches& found = *matches[key];
-            found.dbid = found.count++ == 0 ? IntIn(row[0]) : found.dbid;
-            known.versions[IntIn(row[0])] = IntIn(row[1]);
-        });
+        const std::vector<FieldSet> unique = UniqueSetsOf(type);
+        const bool standsInKeys =
+            IsSpread(m_layout, type) &&
+            std::find(unique.begin(), unique.end(), by.second) != unique.end();
+        standsInKeys ? SearchKeys(round, type, by.second, searches)
+                     : SearchTable(round, type, by.second, searches);
     }
     round.Finish();
+}
+
+// In the table itself. Display ids of spread types come with the dbid that is in them, which says
+// where a record stands.
+void LookAhead::SearchTable(Round& round, const RecordType& type, const FieldSet& fields,
+                            const Searches& searches) {
+    const bool isSpread = IsSpread(m_layout, type);
+    const bool hasDisplayId = isSpread && type.HasStates() && fields == type.key;
+    Round::Question question = {.table = type.name,
+                                .columns = {{schema::kDbIdName, CellType::Integer},
+                                            {schema::kVersionColumn, CellType::Integer}},
+                                .keys = {},
+                                .order = schema::kDbIdName,
+                                .most = isSpread ? 0 : kMostMatches,
+                                .cells = {}};
+    for (const std::size_t field : fields) {
+        question.keys.push_back(ColumnOf(type.fields[field]));
+    }
+    if (hasDisplayId) {
+        question.keys.push_back({schema::kDbIdName, CellType::Integer});
+    }
+    KnownAnswers::OfType& known = m_answers.Of(type);
+    std::vector<KnownAnswers::Matches*> matches;
+    for (const auto& [key, wanted] : searches) {
+        for (const FieldValue& value : wanted.values) {
+            question.cells.push_back(CellOf(value));
+        }
+        if (hasDisplayId) {
+            question.cells.emplace_back(DbIdIn(type, wanted.values.front()));
+        }
+        matches.push_back(&(known.searches[fields][key] = {}));
+    }
+    round.Ask(std::move(question),
+              [&known, matches = std::move(matches)](std::size_t key, std::span<const Cell> row) {
+                  KnownAnswers::Matches& found = *matches[key];
+                  found.dbid = found.count++ == 0 ? IntIn(row[0]) : found.dbid;
+                  known.versions[IntIn(row[0])] = IntIn(row[1]);
+              });
+}
+
+void LookAhead::SearchKeys(Round& round, const RecordType& type, const FieldSet& fields,
+                           const Searches& searches) {
+    Round::Question question = {.table = "zt_key",
+                                .columns = {{"record", CellType::Integer}},
+                                .keys = {{"hash", CellType::Text},
+                                         {"record_type", CellType::Integer},
+                                         {"field", CellType::Text}},
+                                .order = "record",
+                                .most = 0,
+                                .cells = {}};
+    KnownAnswers::OfType& known = m_answers.Of(type);
+    std::vector<KnownAnswers::Matches*> matches;
+    for (const auto& [key, wanted] : searches) {
+        std::vector<const FieldValue*> values;
+        for (const FieldValue& value : wanted.values) {
+            values.push_back(&value);
+        }
+        // All of them have a value; searches without one are not asked ahead.
+        const KeyRow& row = question.keyRows.emplace_back(KeyRowOf(type, fields, values).value());
+        question.cells.insert(question.cells.end(),
+                              {std::string_view(row.hash), type.id, std::string_view(row.field)});
+        matches.push_back(&(known.searches[fields][key] = {}));
+    }
+    round.Ask(std::move(question),
+              [matches = std::move(matches)](std::size_t key, std::span<const Cell> row) {
+                  *matches[key] = {.dbid = IntIn(row[0]), .count = 1};
+              });
 }
 
 // Reads what is wanted of the records that were found.
 void LookAhead::ReadFound() {
     Round round(m_connection);
-    std::map<std::int64_t, std::set<std::int64_t>> rows;  // by type
+    std::map<std::int64_t, std::set<std::int64_t>> rows;      // by type
+    std::map<std::int64_t, std::set<std::int64_t>> versions;  // by type
     std::set<RecordKey> histories;
     std::set<RecordKey> attachments;
     for (const auto& [by, searches] : m_searches) {
@@ -183,6 +253,8 @@ void LookAhead::ReadFound() {
             const RecordKey record(by.first, matches.dbid);
             if (wanted.fields) {
                 rows[by.first].insert(matches.dbid);
+            } else if (!m_answers.FindVersion(m_schema.Type(by.first), matches.dbid)) {
+                versions[by.first].insert(matches.dbid);
             }
             if (wanted.fields && wanted.listKeys) {
                 m_lists.insert(record);
@@ -200,6 +272,9 @@ void LookAhead::ReadFound() {
     }
     for (const auto& [type, dbids] : rows) {
         ReadRows(round, m_schema.Type(type), dbids);
+    }
+    for (const auto& [type, dbids] : versions) {
+        ReadVersions(round, m_schema.Type(type), dbids);
     }
     ReadTimes(round, histories);
     ReadAttachments(round, attachments);
@@ -250,6 +325,21 @@ void LookAhead::FollowChains() {
         ReadOriginals(round);
         round.Finish();
     }
+}
+
+void LookAhead::ReadVersions(Round& round, const RecordType& type,
+                             const std::set<std::int64_t>& dbids) {
+    KnownAnswers::OfType& known = m_answers.Of(type);
+    round.Ask({.table = type.name,
+               .columns = {{schema::kDbIdName, CellType::Integer},
+                           {schema::kVersionColumn, CellType::Integer}},
+               .keys = {{schema::kDbIdName, CellType::Integer}},
+               .order = schema::kDbIdName,
+               .most = 0,
+               .cells = CellsOf(dbids)},
+              [&known](std::size_t /*key*/, std::span<const Cell> row) {
+                  known.versions[IntIn(row[0])] = IntIn(row[1]);
+              });
 }
 
 void LookAhead::ReadRows(Round& round, const RecordType& type,
@@ -373,7 +463,7 @@ void LookAhead::ReadOriginals(Round& round) {
                .columns = {{"original", CellType::Integer}},
                .keys = {{"record_type", CellType::Integer}, {"duplicate", CellType::Integer}},
                .order = "original",
-               .most = 1,
+               .most = 0,
                .cells = CellsOf(m_links)},
               [originals = std::move(originals)](std::size_t key, std::span<const Cell> row) {
                   *originals[key] = IntIn(row[0]);

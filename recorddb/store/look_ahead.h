@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "recorddb/expected_search.h"
+#include "recorddb/layout.h"
 #include "recorddb/model/field_value.h"
 #include "recorddb/schema.h"
 #include "recorddb/sql.h"
@@ -22,8 +23,9 @@ namespace recorddb {
 class LookAhead {
   public:
     // Connection, schema and answers outlive the object.
-    LookAhead(sql::Connection& connection, const schema::Schema& schema, KnownAnswers& answers)
-        : m_connection(connection), m_schema(schema), m_answers(answers) {}
+    LookAhead(sql::Connection& connection, const schema::Schema& schema, Layout layout,
+              KnownAnswers& answers)
+        : m_connection(connection), m_schema(schema), m_layout(layout), m_answers(answers) {}
 
     // Asks for all that the searches need, and adds it to the answers. What cannot be asked ahead
     // is left out, for instance a search by a reference. Throws sql::Error, after which there are
@@ -45,10 +47,17 @@ class LookAhead {
     using Searches = std::map<std::string, Wanted>;
 
     void Add(const ExpectedSearch& search);
+    bool FindsOnOneMachine(const schema::RecordType& type, const FieldSet& fields) const;
     void Search();
+    void SearchTable(Round& round, const schema::RecordType& type, const FieldSet& fields,
+                     const Searches& searches);
+    void SearchKeys(Round& round, const schema::RecordType& type, const FieldSet& fields,
+                    const Searches& searches);
     void ReadFound();
     void ReadListed();
     void FollowChains();
+    void ReadVersions(Round& round, const schema::RecordType& type,
+                      const std::set<std::int64_t>& dbids);
     void ReadRows(Round& round, const schema::RecordType& type,
                   const std::set<std::int64_t>& dbids);
     void ReadList(Round& round, const schema::RecordType& type, const schema::Field& field,
@@ -59,6 +68,7 @@ class LookAhead {
 
     sql::Connection& m_connection;
     const schema::Schema& m_schema;
+    Layout m_layout;
     KnownAnswers& m_answers;
     std::map<std::pair<std::int64_t, FieldSet>, Searches> m_searches;  // by type and fields
     std::set<RecordKey> m_lists;  // the records whose lists' records are asked for

@@ -1,10 +1,11 @@
 #ifndef RECORDDB_STORE_OWN_TABLES_H
 #define RECORDDB_STORE_OWN_TABLES_H
 
-#include <array>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "recorddb/layout.h"
 #include "recorddb/sql/dialect.h"
 
 namespace recorddb::schema {
@@ -25,12 +26,17 @@ namespace recorddb::schema {
 // zt_journal_reject    the ordinals of a source's records that were rejected
 // zt_journal_waiting   the ordinals of a source's records that a load has read and put off, since
 //                      they wait for others
-inline constexpr std::array<std::string_view, 9> kOwnTables = {
-    "zt_schema",    "zt_record_type", "zt_history",        "zt_attachment",     "zt_content",
-    "zt_duplicate", "zt_journal",     "zt_journal_reject", "zt_journal_waiting"};
+//
+// The sharded layout alone has
+//
+// zt_key               the unique values of the records of spread types, by their hash; `field`
+//                      names the field, or the fields of a key, separated by commas
+// zt_last_dbid         the highest dbid that was given out; record_type 0 stands for attachments
+// zt_turn              one row, which the transaction that writes has locked; it counts them
+std::vector<std::string_view> OwnTables(Layout layout);
 
 // The script that makes them.
-std::string OwnTablesScript(const sql::Dialect& dialect);
+std::string OwnTablesScript(const sql::Dialect& dialect, Layout layout);
 
 }  // namespace recorddb::schema
 

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "recorddb/store/bind_value.h"
+#include "recorddb/store/table_layout.h"
 #include "recorddb/store/tables.h"
 
 namespace recorddb {
@@ -16,6 +17,9 @@ using sql::Quoted;
 
 // Statements kept for different sets of changed columns. Past that many, all columns are written.
 constexpr std::size_t kMostUpdates = 64;
+
+// The dbids that are read at once where all machines have to be asked for them.
+constexpr std::size_t kPageSize = 1000;
 
 FieldValue ReadColumn(const sql::Statement& row, int column, schema::FieldKind kind) {
     if (row.IsNull(column)) {
@@ -69,6 +73,9 @@ void RecordTable::Insert(std::int64_t dbid, const RecordBuffer& record) {
         }
     }
     m_insert->Execute();
+    m_batch.Keys().Add(m_type, dbid, record);
+    m_batch.Numbers().Note(m_type, dbid);
+    m_page = {};
 }
 
 void RecordTable::Remove(std::int64_t dbid) {
@@ -116,7 +123,11 @@ bool RecordTable::Update(std::int64_t dbid, std::int64_t version, const RecordBu
             BindValue(update, ++parameter, record.Get(m_columns[i]));
         }
     }
-    return update.Execute() == 1;
+    if (update.Execute() != 1) {
+        return false;
+    }
+    m_batch.Keys().Change(m_type, dbid, record);
+    return true;
 }
 
 std::optional<std::int64_t> RecordTable::Version(std::int64_t dbid) {
@@ -183,12 +194,44 @@ std::optional<std::int64_t> RecordTable::Load(std::int64_t dbid, RecordBuffer& r
 std::optional<std::int64_t> RecordTable::NextAfter(std::int64_t dbid) {
     m_batch.Apply(WriteBatch::For::Reading);
     m_batch.NoteUnclearRead();
+    if (IsSpread(m_batch.GetLayout(), m_type)) {
+        return NextOfPage(dbid);
+    }
     if (m_next == nullptr) {
         m_next = &m_connection.Prepare(fmt::format("SELECT min({0}) FROM {1} WHERE {0} > $1",
                                                    schema::kDbIdName, Quoted(m_type.name)));
     }
     m_next->BindInt(1, dbid);
     return sql::QueryInt(*m_next);
+}
+
+std::optional<std::int64_t> RecordTable::NextOfPage(std::int64_t dbid) {
+    const bool isGood = m_connection.InTransaction() &&
+                        m_page.transactionCount == m_connection.TransactionCount() &&
+                        m_page.undoCount == m_batch.UndoCount() &&
+                        m_page.changeCount == m_batch.ChangeCount() && dbid >= m_page.after;
+    auto next = std::upper_bound(m_page.dbids.begin(), m_page.dbids.end(), dbid);
+    if (!isGood || (next == m_page.dbids.end() && !m_page.isLast)) {
+        if (m_next == nullptr) {
+            m_next = &m_connection.Prepare(
+                fmt::format("SELECT {0} FROM {1} WHERE {0} > $1 ORDER BY {0} LIMIT {2}",
+                            schema::kDbIdName, Quoted(m_type.name), kPageSize));
+        }
+        m_page = {.transactionCount = m_connection.TransactionCount(),
+                  .undoCount = m_batch.UndoCount(),
+                  .changeCount = m_batch.ChangeCount(),
+                  .after = dbid,
+                  .dbids = {},
+                  .isLast = false};
+        const sql::ResetGuard guard(*m_next);
+        m_next->BindInt(1, dbid);
+        while (m_next->Step()) {
+            m_page.dbids.push_back(m_next->Int(0));
+        }
+        m_page.isLast = m_page.dbids.size() < kPageSize;
+        next = m_page.dbids.begin();
+    }
+    return next == m_page.dbids.end() ? std::nullopt : std::optional(*next);
 }
 
 sql::Statement& RecordTable::TwinStatement(std::size_t set) {
@@ -224,6 +267,9 @@ std::optional<std::int64_t> RecordTable::FindTwin(std::size_t set, const RecordB
     }
     if (answer) {
         return std::nullopt;
+    }
+    if (const auto found = m_batch.Keys().Find(m_type, m_uniqueSets[set], values)) {
+        return found->dbid != 0 && found->dbid != dbid ? std::optional(found->dbid) : std::nullopt;
     }
     sql::Statement& find = TwinStatement(set);
     find.BindInt(1, dbid);

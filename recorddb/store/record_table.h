@@ -25,7 +25,8 @@ class RecordTable {
     // Inserts a record, which then has version 1.
     void Insert(std::int64_t dbid, const RecordBuffer& record);
 
-    // Removes a record, and with it its reference lists.
+    // Removes a record that was just inserted, and with it its reference lists, where the engine
+    // keeps all that is known of its keys in the table itself.
     void Remove(std::int64_t dbid);
 
     // Writes the changed columns of a record and adds one to its version, provided that it still
@@ -50,6 +51,7 @@ class RecordTable {
                                          std::int64_t dbid);
 
   private:
+    std::optional<std::int64_t> NextOfPage(std::int64_t dbid);
     sql::Statement& TwinStatement(std::size_t set);
     sql::Statement& UpdateStatement(const std::vector<bool>& changed);
     std::string ColumnList() const;
@@ -64,6 +66,17 @@ class RecordTable {
     sql::Statement* m_version = nullptr;
     sql::Statement* m_load = nullptr;
     sql::Statement* m_next = nullptr;
+    // The dbids that come next, of a type of which all machines have to be asked; good as long as
+    // nothing has changed.
+    struct Page {
+        std::uint64_t transactionCount = 0;
+        std::uint64_t undoCount = 0;
+        std::uint64_t changeCount = 0;
+        std::int64_t after = 0;
+        std::vector<std::int64_t> dbids;  // ascending
+        bool isLast = false;
+    };
+    Page m_page;
     // By the set of columns that they write.
     std::unordered_map<std::vector<bool>, sql::Statement*> m_updates;
 };

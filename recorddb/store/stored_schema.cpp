@@ -8,7 +8,9 @@
 
 #include "recorddb/errors.h"
 #include "recorddb/model/names.h"
+#include "recorddb/store/last_dbids.h"
 #include "recorddb/store/own_tables.h"
+#include "recorddb/store/table_layout.h"
 #include "recorddb/store/tables.h"
 
 namespace recorddb::schema {
@@ -17,11 +19,20 @@ namespace {
 
 using Problem = DatabaseError::Problem;
 
+// What zt_schema calls the sharded layout.
+constexpr std::string_view kShardedName = "sharded";
+
+// Of a later plain format, programs that only know the plain one of today may be welcome.
+bool IsShardedFormat(std::int64_t format, std::int64_t oldest) {
+    return format == kShardedFormat && oldest == kShardedFormat;
+}
+
 // Either of the two may know that they fit: this program knows the older formats that it can use,
 // the database names the older programs that can use it.
 void CheckFormat(std::int64_t format, std::int64_t oldest, std::int64_t newest,
                  const std::string& location) {
-    const bool known = format >= kOldestFormat && format <= kFormatVersion;
+    const bool known =
+        (format >= kOldestFormat && format <= kFormatVersion) || IsShardedFormat(format, oldest);
     const bool welcome = kFormatVersion >= oldest && kFormatVersion <= newest;
     if (known || welcome) {
         return;
@@ -50,8 +61,9 @@ void CheckFormat(std::int64_t format, std::int64_t oldest, std::int64_t newest,
                           "of record types); make a new one in another file"));
 }
 
-std::vector<std::string> TableNames(const Schema& schema) {
-    std::vector<std::string> names(kOwnTables.begin(), kOwnTables.end());
+std::vector<std::string> TableNames(const Schema& schema, Layout layout) {
+    const auto own = OwnTables(layout);
+    std::vector<std::string> names(own.begin(), own.end());
     for (const RecordType& type : schema.Types()) {
         names.push_back(type.name);
         for (const Field& field : type.fields) {
@@ -78,14 +90,15 @@ void CheckColumns(const RecordType& type, const sql::Dialect& dialect) {
 
 }  // namespace
 
-void CheckRoom(sql::Connection& connection, const Schema& schema, const std::string& location) {
+void CheckRoom(sql::Connection& connection, const Schema& schema, Layout layout,
+               const std::string& location) {
     if (connection.HasTable("zt_schema")) {
         throw DatabaseError(Problem::FileExists,
                             location +
                                 ": there is a record database in this schema already; name "
                                 "another schema for a new one");
     }
-    for (const std::string& name : TableNames(schema)) {
+    for (const std::string& name : TableNames(schema, layout)) {
         if (connection.HasTable(name)) {
             throw DatabaseError(
                 Problem::FileExists,
@@ -99,14 +112,62 @@ void CheckRoom(sql::Connection& connection, const Schema& schema, const std::str
     }
 }
 
-void StoreSchema(sql::Connection& connection, const Schema& schema) {
-    connection.ExecuteScript(OwnTablesScript(connection.GetDialect()));
-    connection.ExecuteScript(RecordTablesScript(schema, connection.GetDialect()));
+namespace {
+
+void StorePlain(sql::Connection& connection, const Schema& schema) {
     sql::Statement& store = connection.Prepare(
         "INSERT INTO zt_schema (format_version, oldest_readable, newest_readable, schema_text) "
         "VALUES ($1, $2, $3, $4)");
     store.BindAll(kFormatVersion, kOldestReadable, kNewestReadable, schema.Text());
     store.Execute();
+}
+
+void StoreSharded(sql::Connection& connection, const Schema& schema) {
+    sql::Statement& store = connection.Prepare(
+        "INSERT INTO zt_schema (format_version, oldest_readable, newest_readable, schema_text, "
+        "layout) VALUES ($1, $1, $1, $2, $3)");
+    store.BindAll(kShardedFormat, schema.Text(), kShardedName);
+    store.Execute();
+    connection.Prepare("INSERT INTO zt_turn (number) VALUES (0)").Execute();
+    sql::Statement& last =
+        connection.Prepare("INSERT INTO zt_last_dbid (record_type, dbid) VALUES ($1, 0)");
+    last.BindAll(kAttachmentNumbers);
+    last.Execute();
+    for (const RecordType& type : schema.Types()) {
+        last.BindAll(type.id);
+        last.Execute();
+    }
+}
+
+Layout LoadLayout(sql::Connection& connection, const std::string& location) {
+    sql::Statement& load = connection.Prepare("SELECT layout FROM zt_schema");
+    const sql::ResetGuard guard(load);
+    if (!load.Step() || load.Text(0) != kShardedName) {
+        throw DatabaseError(
+            Problem::FormatTooNew,
+            fmt::format("{}: the database has a layout that this version of the program does not "
+                        "know; use the version that made it",
+                        location));
+    }
+    return Layout::Sharded;
+}
+
+}  // namespace
+
+void StoreSchema(sql::Connection& connection, const Schema& schema, Layout layout) {
+    connection.ExecuteScript(OwnTablesScript(connection.GetDialect(), layout));
+    const RecordTablesScripts scripts =
+        ScriptsOfRecordTables(schema, connection.GetDialect(), layout);
+    connection.ExecuteScript(scripts.tables);
+    if (layout == Layout::Sharded && connection.CanSpreadTables()) {
+        for (const std::string& statement : SpreadingStatements(schema)) {
+            connection.ExecuteScript(statement);
+        }
+    }
+    for (const std::string& statement : scripts.rest) {
+        connection.ExecuteScript(statement);
+    }
+    layout == Layout::Sharded ? StoreSharded(connection, schema) : StorePlain(connection, schema);
     sql::Statement& name =
         connection.Prepare("INSERT INTO zt_record_type (id, name, kind) VALUES ($1, $2, $3)");
     for (const RecordType& type : schema.Types()) {
@@ -115,7 +176,7 @@ void StoreSchema(sql::Connection& connection, const Schema& schema) {
     }
 }
 
-std::string LoadSchemaText(sql::Connection& connection, const std::string& location) {
+StoredSchema LoadStoredSchema(sql::Connection& connection, const std::string& location) {
     if (!connection.HasTable("zt_schema")) {
         NotOurs(location);
     }
@@ -126,12 +187,15 @@ std::string LoadSchemaText(sql::Connection& connection, const std::string& locat
         NotOurs(location);
     }
     CheckFormat(load.Int(0), load.Int(1), load.Int(2), location);
-    return std::string(load.Text(3));
+    const bool isSharded = IsShardedFormat(load.Int(0), load.Int(1));
+    std::string text(load.Text(3));
+    return {std::move(text), isSharded ? LoadLayout(connection, location) : Layout::Plain};
 }
 
 // A view in the place of a table would answer with what it likes, and need not come to an end.
-void CheckTables(sql::Connection& connection, const Schema& schema, const std::string& location) {
-    for (const std::string& name : TableNames(schema)) {
+void CheckTables(sql::Connection& connection, const Schema& schema, Layout layout,
+                 const std::string& location) {
+    for (const std::string& name : TableNames(schema, layout)) {
         if (!connection.HasTable(name)) {
             throw DatabaseError(
                 Problem::TablesChanged,

@@ -7,6 +7,7 @@
 
 #include "recorddb/model/names.h"
 #include "recorddb/sql.h"
+#include "recorddb/store/table_layout.h"
 
 namespace recorddb::schema {
 
@@ -23,7 +24,10 @@ std::string_view ColumnType(FieldKind kind, const sql::Dialect& dialect) {
 // name tables that do not exist yet, otherwise after all tables.
 class ScriptWriter {
   public:
-    explicit ScriptWriter(const sql::Dialect& dialect) : m_dialect(dialect) {}
+    ScriptWriter(const sql::Dialect& dialect, Layout layout)
+        : m_dialect(dialect), m_layout(layout) {}
+
+    bool Spreads(const RecordType& type) const { return IsSpread(m_layout, type); }
 
     void BeginTable(const std::string& name) {
         m_table = Quoted(name);
@@ -38,7 +42,7 @@ class ScriptWriter {
         if (m_dialect.foreignKeysAhead) {
             m_parts.push_back(std::move(constraint));
         } else {
-            m_late += fmt::format("ALTER TABLE {} ADD {};\n", m_table, constraint);
+            m_late.push_back(fmt::format("ALTER TABLE {} ADD {};\n", m_table, constraint));
         }
     }
 
@@ -48,25 +52,29 @@ class ScriptWriter {
     }
 
     void Index(bool unique, const std::string& name, const std::string& columns) {
-        m_late += fmt::format("CREATE {}INDEX {} ON {} ({});\n", unique ? "UNIQUE " : "", name,
-                              m_table, columns);
+        m_late.push_back(fmt::format("CREATE {}INDEX {} ON {} ({});\n", unique ? "UNIQUE " : "",
+                                     name, m_table, columns));
     }
 
-    std::string Script() const { return m_tables + m_late; }
+    RecordTablesScripts Scripts() const { return {m_tables, m_late}; }
 
   private:
     const sql::Dialect& m_dialect;
+    Layout m_layout;
     std::string m_table;
     std::vector<std::string> m_parts;
     std::string m_tables;
-    std::string m_late;
+    std::vector<std::string> m_late;
 };
 
 bool IsSingleKey(const RecordType& type, const Field& field) {
     return type.key.size() == 1 && type.key.front() == field.index;
 }
 
+// Of a type that is spread, no index sees all records: what is unique stands in zt_key, and these
+// serve people's queries.
 void WriteIndexes(ScriptWriter& writer, const RecordType& type) {
+    const bool unique = !writer.Spreads(type);
     const bool keyHasDbId = std::find(type.key.begin(), type.key.end(), 0) != type.key.end();
     // A key that contains the dbid is unique without an index.
     if (!keyHasDbId) {
@@ -74,7 +82,7 @@ void WriteIndexes(ScriptWriter& writer, const RecordType& type) {
         for (const std::size_t part : type.key) {
             columns.push_back(Quoted(type.fields[part].name));
         }
-        writer.Index(true, fmt::format("zt_key_{}", type.id),
+        writer.Index(unique, fmt::format("zt_key_{}", type.id),
                      fmt::format("{}", fmt::join(columns, ", ")));
     }
     for (const Field& field : type.fields) {
@@ -82,7 +90,7 @@ void WriteIndexes(ScriptWriter& writer, const RecordType& type) {
             continue;
         }
         if (field.unique) {
-            writer.Index(true, fmt::format("zt_unique_{}_{}", type.id, field.index),
+            writer.Index(unique, fmt::format("zt_unique_{}_{}", type.id, field.index),
                          Quoted(field.name));
         } else if (field.kind == FieldKind::Reference) {
             writer.Index(false, fmt::format("zt_reference_{}_{}", type.id, field.index),
@@ -104,7 +112,7 @@ void WriteTypeTable(ScriptWriter& writer, const Schema& schema, const RecordType
                                 field.required ? " NOT NULL" : ""));
     }
     for (const Field& field : type.fields) {
-        if (field.kind == FieldKind::Reference) {
+        if (field.kind == FieldKind::Reference && !writer.Spreads(schema.Type(field.target))) {
             writer.ForeignKey(Quoted(field.name), schema.Type(field.target), "");
         }
     }
@@ -120,15 +128,18 @@ void WriteListTable(ScriptWriter& writer, const Schema& schema, const RecordType
     writer.Part("target BIGINT NOT NULL");
     writer.Part("PRIMARY KEY (record, position)");
     writer.ForeignKey("record", type, " ON DELETE CASCADE");
-    writer.ForeignKey("target", schema.Type(field.target), "");
+    if (!writer.Spreads(schema.Type(field.target))) {
+        writer.ForeignKey("target", schema.Type(field.target), "");
+    }
     writer.EndTable(dialect.clusteredTable);
     writer.Index(false, fmt::format("zt_list_{}_{}", type.id, field.index), "target");
 }
 
 }  // namespace
 
-std::string RecordTablesScript(const Schema& schema, const sql::Dialect& dialect) {
-    ScriptWriter writer(dialect);
+RecordTablesScripts ScriptsOfRecordTables(const Schema& schema, const sql::Dialect& dialect,
+                                          Layout layout) {
+    ScriptWriter writer(dialect, layout);
     for (const RecordType& type : schema.Types()) {
         WriteTypeTable(writer, schema, type, dialect);
         for (const Field& field : type.fields) {
@@ -137,7 +148,12 @@ std::string RecordTablesScript(const Schema& schema, const sql::Dialect& dialect
             }
         }
     }
-    return writer.Script();
+    return writer.Scripts();
+}
+
+std::string RecordTablesScript(const Schema& schema, const sql::Dialect& dialect) {
+    const RecordTablesScripts scripts = ScriptsOfRecordTables(schema, dialect);
+    return fmt::format("{}{}", scripts.tables, fmt::join(scripts.rest, ""));
 }
 
 }  // namespace recorddb::schema

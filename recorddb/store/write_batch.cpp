@@ -22,12 +22,15 @@ constexpr std::size_t kMostVersions = 20'000;
 
 }  // namespace
 
-WriteBatch::WriteBatch(sql::Connection& connection, const schema::Schema& schema)
+WriteBatch::WriteBatch(sql::Connection& connection, const schema::Schema& schema, Layout layout)
     : m_connection(connection),
       m_schema(schema),
+      m_layout(layout),
+      m_keyRows(connection, schema, layout),
+      m_lastDbIds(connection, schema, layout),
       m_versions(schema.Types().size()),
       m_answers(schema),
-      m_writer(connection, schema) {
+      m_writer(connection, schema, layout) {
     for (const RecordType& type : schema.Types()) {
         Type& known =
             m_types.emplace_back(Type{KeySetsOf(type), std::vector<bool>(type.fields.size())});

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "recorddb/layout.h"
 #include "recorddb/model/field_value.h"
 #include "recorddb/record.h"
 #include "recorddb/schema.h"
@@ -19,8 +20,10 @@
 #include "recorddb/sql/savepoint.h"
 #include "recorddb/store/batch_writer.h"
 #include "recorddb/store/history_expiry.h"
+#include "recorddb/store/key_rows.h"
 #include "recorddb/store/key_sets.h"
 #include "recorddb/store/known_answers.h"
+#include "recorddb/store/last_dbids.h"
 #include "recorddb/store/pending_changes.h"
 #include "recorddb/store/record_buffer.h"
 #include "recorddb/store/touched.h"
@@ -42,13 +45,18 @@ namespace recorddb {
 class WriteBatch {
   public:
     // Connection and schema outlive the object.
-    WriteBatch(sql::Connection& connection, const schema::Schema& schema);
+    WriteBatch(sql::Connection& connection, const schema::Schema& schema, Layout layout);
     WriteBatch(const WriteBatch&) = delete;
     WriteBatch& operator=(const WriteBatch&) = delete;
     ~WriteBatch();
 
     sql::Connection& GetConnection() const { return m_connection; }
     const schema::Schema& GetSchema() const { return m_schema; }
+    Layout GetLayout() const { return m_layout; }
+
+    // What the layout keeps beside the tables, as it is in the database.
+    KeyRows& Keys() { return m_keyRows; }
+    LastDbIds& Numbers() { return m_lastDbIds; }
 
     // Gathers from here on, in the transaction that has just begun, until that ends. Ahead: nothing
     // is written at all; what would have to be is refused with an sql::Error, and what is read is
@@ -213,6 +221,9 @@ class WriteBatch {
     void RefuseAhead(For what) const;
     sql::Connection& m_connection;
     const schema::Schema& m_schema;
+    Layout m_layout;
+    KeyRows m_keyRows;
+    LastDbIds m_lastDbIds;
     std::vector<Type> m_types;
     // The first is that of the transaction; those past m_depth are kept for their memory.
     std::vector<Layer> m_layers;

@@ -22,6 +22,7 @@ namespace recorddb {
 inline constexpr const char* kTrackerSchema = R"(record_types:
   user:
     key: [login]
+    spread: true
     fields:
       login: {type: text, max_length: 10, required: true}
       email: {type: text, unique: true}
@@ -79,7 +80,8 @@ class SessionTest : public testing::Test {
         if (m_place.IsFile()) {
             std::filesystem::copy_file(EmptyTracker(), Location());
         } else {
-            Database::Create(Location(), schema::ReadSchema(kTrackerSchema, "schema.yaml"));
+            Database::Create(Location(), schema::ReadSchema(kTrackerSchema, "schema.yaml"),
+                             LayoutOn(engine));
         }
         Reopen();
     }

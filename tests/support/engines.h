@@ -9,6 +9,7 @@
 #include <ostream>
 #include <string>
 
+#include "recorddb/layout.h"
 #include "recorddb/sql.h"
 
 // The engines that a database can stand on. A test that holds on all of them is written once:
@@ -19,10 +20,20 @@
 //
 // The server is the one that ZT_TEST_SERVER names (scripts/private-server). Without one, the tests
 // on it are skipped.
-enum class Engine { Sqlite, Postgres };
+//
+// PostgresSharded is the same server with databases of the sharded layout, as ordinary tables.
+enum class Engine { Sqlite, Postgres, PostgresSharded };
 
 inline void PrintTo(Engine engine, std::ostream* out) {
-    *out << (engine == Engine::Sqlite ? "Sqlite" : "Postgres");
+    *out << (engine == Engine::Sqlite     ? "Sqlite"
+             : engine == Engine::Postgres ? "Postgres"
+                                          : "PostgresSharded");
+}
+
+inline recorddb::Layout LayoutOn(Engine engine) {
+    return engine == Engine::PostgresSharded && std::getenv("ZT_TEST_SERVER") != nullptr
+               ? recorddb::Layout::Sharded
+               : recorddb::Layout::Plain;
 }
 
 inline const char* TestServer() {
@@ -35,7 +46,7 @@ class DatabasePlace {
   public:
     // `file` is where it stands when it is a file.
     DatabasePlace(Engine engine, std::string file) : m_location(std::move(file)) {
-        if (engine == Engine::Postgres) {
+        if (engine != Engine::Sqlite) {
             TestServer() == nullptr ? Skip() : MoveToServer();
         }
     }
@@ -92,5 +103,13 @@ class OnEachEngine : public Fixture, public testing::WithParamInterface<Engine> 
                              [](const testing::TestParamInfo<Engine>& info) {              \
                                  return testing::PrintToString(info.param);                \
                              })
+
+// As ON_EACH_ENGINE, for suites whose statements differ where the layout is sharded.
+#define ON_EACH_LAYOUT(suite)                                                                  \
+    INSTANTIATE_TEST_SUITE_P(                                                                  \
+        On, suite, testing::Values(Engine::Sqlite, Engine::Postgres, Engine::PostgresSharded), \
+        [](const testing::TestParamInfo<Engine>& info) {                                       \
+            return testing::PrintToString(info.param);                                         \
+        })
 
 #endif

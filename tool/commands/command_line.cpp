@@ -34,6 +34,7 @@ struct Commands {
 
     std::string database;
     std::string schema;
+    std::string layout;
     std::string serverSchema;
     LoadOptions load;
     LoadOptions check;
@@ -72,9 +73,17 @@ void AddInit(CLI::App& app, Commands& commands) {
     CLI::App* init = app.add_subcommand("init", "Create a record database");
     AddDatabase(*init, commands, commands.database);
     init->add_option("SCHEMA", commands.schema, "the schema file (YAML)")->required();
+    init->add_option("--layout", commands.layout,
+                     "how a database on a server keeps its tables: plain, or sharded, which is for "
+                     "servers that spread tables over machines")
+        ->check(CLI::IsMember({"plain", "sharded"}))
+        ->capture_default_str();
     init->callback([&commands] {
         commands.run = [&commands] {
-            RunInit(commands.database, commands.schema, commands.out);
+            RunInit(
+                commands.database, commands.schema,
+                commands.layout == "sharded" ? recorddb::Layout::Sharded : recorddb::Layout::Plain,
+                commands.out);
             return static_cast<int>(ExitCode::Success);
         };
     });
@@ -278,7 +287,7 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
     CLI::App app("Moves tracker data from XML packets into a record database.", "ztimport");
     app.require_subcommand(1);
     app.set_version_flag("--version", VersionText());
-    Commands commands{out, err, {}, {}, {}, {}, {}, {}, {}, {}, {}};
+    Commands commands{out, err, {}, {}, {}, "plain", {}, {}, {}, {}, {}, {}};
     AddInit(app, commands);
     AddLoad(app, commands);
     AddCheck(app, commands);

@@ -38,18 +38,38 @@ void CheckSideFiles(const std::string& database) {
     }
 }
 
+// Whether the tables of a new sharded database do stand on several machines.
+std::string SpreadingOf(const std::string& database) {
+    const auto connection = recorddb::sql::Open(database, recorddb::sql::OpenMode::ReadOnly);
+    return connection->CanSpreadTables()
+               ? "layout sharded: its tables are spread over the machines of the server\n"
+               : "layout sharded: this server has no machines to spread tables over (the extension "
+                 "citus is not in the database), so they are ordinary tables\n";
+}
+
 }  // namespace
 
-void RunInit(const std::string& database, const std::string& schemaFile, std::ostream& out) {
+void RunInit(const std::string& database, const std::string& schemaFile, recorddb::Layout layout,
+             std::ostream& out) {
+    const bool isSharded = layout == recorddb::Layout::Sharded;
+    if (isSharded && !recorddb::sql::IsServerUrl(database)) {
+        throw UsageError(
+            fmt::format("--layout sharded is for a database on a server, and {} is a "
+                        "file, which stands on one machine",
+                        database));
+    }
     const auto schema = recorddb::schema::ReadSchemaFile(schemaFile);
     CheckSideFiles(database);
-    recorddb::Database::Create(database, schema);
+    recorddb::Database::Create(database, schema, layout);
     std::string names;
     for (const auto& type : schema.Types()) {
         names += (names.empty() ? "" : ", ") + type.name;
     }
     out << fmt::format("{}: created with {}: {}\n", VisibleText(WithoutPasswords(database)),
                        CountOf(schema.Types().size(), "record type"), names);
+    if (isSharded) {
+        out << SpreadingOf(database);
+    }
 }
 
 }  // namespace tool

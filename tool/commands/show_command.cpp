@@ -39,6 +39,9 @@ void ShowTypes(const Database& database, RecordReader& reader, std::ostream& out
     for (const RecordType& type : database.GetSchema().Types()) {
         out << fmt::format("{:<{}}  {:>9}\n", type.name, width, reader.Count(type));
     }
+    if (database.GetLayout() == recorddb::Layout::Sharded) {
+        out << "layout: sharded\n";
+    }
 }
 
 void ShowRecords(const RecordType& type, RecordReader& reader, std::ostream& out) {

@@ -6,18 +6,41 @@
 
 namespace recorddb::sql {
 
+namespace {
+
+std::string ArrayOf(const RowColumn& column, std::size_t parameter) {
+    return fmt::format("${}::{}[]", parameter,
+                       column.type == CellType::Integer ? "bigint" : "text");
+}
+
+}  // namespace
+
 std::string UnnestedSql(std::span<const RowColumn> columns, Numbered numbered) {
     std::vector<std::string> arrays;
     std::vector<std::string> names;
     for (const RowColumn& column : columns) {
-        arrays.push_back(fmt::format("${}::{}[]", arrays.size() + 1,
-                                     column.type == CellType::Integer ? "bigint" : "text"));
+        arrays.push_back(ArrayOf(column, arrays.size() + 1));
         names.push_back(fmt::format("v{}", names.size() + 1));
     }
     const bool hasNumbers = numbered == Numbered::Yes;
     return fmt::format("unnest({}){} AS zt_new({}{})", fmt::join(arrays, ", "),
                        hasNumbers ? " WITH ORDINALITY" : "", fmt::join(names, ", "),
                        hasNumbers ? ", n" : "");
+}
+
+std::string JoinedBy(std::span<const RowColumn> keys, Standing standing) {
+    std::vector<std::string> conditions;
+    for (const RowColumn& key : keys) {
+        conditions.push_back(
+            fmt::format("zt_row.{} = zt_new.v{}", Quoted(key.name), conditions.size() + 1));
+    }
+    if (standing == Standing::SpreadOverMachines) {
+        for (std::size_t i = 0; i < keys.size(); ++i) {
+            conditions.push_back(
+                fmt::format("zt_row.{} = ANY ({})", Quoted(keys[i].name), ArrayOf(keys[i], i + 1)));
+        }
+    }
+    return fmt::format("{}", fmt::join(conditions, " AND "));
 }
 
 ArrayParameters::ArrayParameters(std::span<const RowColumn> columns)

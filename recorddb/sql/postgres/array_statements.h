@@ -20,6 +20,14 @@ enum class Numbered { No, Yes };
 // The rows that the parameters hold as a table zt_new, whose columns are v1, v2 ...
 std::string UnnestedSql(std::span<const RowColumn> columns, Numbered numbered);
 
+// How the tables stand that statements are about.
+enum class Standing { OnOneServer, SpreadOverMachines };
+
+// What joins rows of the table zt_row with those of zt_new by its first columns, as a condition.
+// Where tables are spread, the parameters stand in it as well, since machines without a row that is
+// meant are found by values, and not by what a row is joined with.
+std::string JoinedBy(std::span<const RowColumn> keys, Standing standing);
+
 // The parameters of such a statement.
 class ArrayParameters {
   public:
@@ -46,6 +54,9 @@ class ArrayStatements {
     explicit ArrayStatements(PostgresHandle& handle)
         : m_handle(handle), m_generation(handle.Generation()) {}
 
+    void SetStanding(Standing standing) { m_standing = standing; }
+    Standing GetStanding() const { return m_standing; }
+
     bool Has(const std::string& sql) const {
         return m_generation == m_handle.Generation() && m_names.contains(sql);
     }
@@ -55,6 +66,7 @@ class ArrayStatements {
 
   private:
     PostgresHandle& m_handle;
+    Standing m_standing = Standing::OnOneServer;
     int m_generation;  // of the handle, when they were prepared
     std::unordered_map<std::string, std::string> m_names;
 };

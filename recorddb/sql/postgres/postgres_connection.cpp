@@ -111,11 +111,45 @@ void PostgresConnection::Reconnect() {
     }
     m_handle.Close();
     m_keepsTurn = false;
+    m_allTurnsOwn = false;
     m_handle.TakeOver(m_connector.Connect());
 }
 
-// The lock of the schema can be had by the transaction and by the connection at once.
+bool PostgresConnection::CanSpreadTables() {
+    return QueryInt(Prepare("SELECT 1 FROM pg_extension WHERE extname = 'citus'")).has_value();
+}
+
+void PostgresConnection::ExpectSpreadTables(std::string_view takeTurn) {
+    if (InTransaction()) {
+        throw std::logic_error("a connection is set up for spread tables in a transaction");
+    }
+    m_connector.ExpectSpreadTables(takeTurn);
+    m_arrayStatements.SetStanding(Standing::SpreadOverMachines);
+    m_handle.Run(PostgresConnector::kSpreadTablesSettings);
+}
+
+// The number of a turn is undone with the transaction that took it.
+void PostgresConnection::NoteTurn(const PostgresResult& begun) {
+    if (!m_connector.ExpectsSpreadTables() || IsReadOnly()) {
+        return;
+    }
+    if (begun.RowCount() != 1) {
+        throw Error(ErrorKind::Corrupt,
+                    "the row is missing by which writers take turns: zt_turn must have one",
+                    m_connector.BeginSql());
+    }
+    const std::int64_t turn = begun.Int(0, 0);
+    m_allTurnsOwn = m_allTurnsOwn && turn == m_turn + (m_turnCommitted ? 1 : 0);
+    m_turn = turn;
+    m_turnCommitted = false;
+}
+
+// The lock of the schema can be had by the transaction and by the connection at once. Where turns
+// are counted, nobody is kept from writing; it shows when somebody has.
 bool PostgresConnection::KeepTurn() {
+    if (m_connector.ExpectsSpreadTables()) {
+        return std::exchange(m_allTurnsOwn, true);
+    }
     if (!m_keepsTurn) {
         m_handle.Run(m_connector.LockSql());
         m_keepsTurn = true;
@@ -188,7 +222,7 @@ void PostgresConnection::Run(Control control) {
 
 void PostgresConnection::Begin() {
     try {
-        m_handle.Run(m_connector.BeginSql());
+        NoteTurn(m_handle.Run(m_connector.BeginSql()));
     } catch (...) {
         if (EngineInTransaction()) {
             m_handle.Run("ROLLBACK");
@@ -205,6 +239,7 @@ void PostgresConnection::Commit() {
                     "the transaction was rolled back, since a statement in it had failed",
                     "COMMIT");
     }
+    m_turnCommitted = m_turnCommitted || !InReading();
 }
 
 bool PostgresConnection::EngineInTransaction() const {

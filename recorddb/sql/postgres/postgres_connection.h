@@ -1,6 +1,7 @@
 #ifndef RECORDDB_SQL_POSTGRES_POSTGRES_CONNECTION_H
 #define RECORDDB_SQL_POSTGRES_POSTGRES_CONNECTION_H
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -41,6 +42,8 @@ class PostgresConnection final : public Connection {
     void LetOthersWrite() override;
     std::string ShareMoment() override;
     bool JoinMoment(const std::string& moment) override;
+    bool CanSpreadTables() override;
+    void ExpectSpreadTables(std::string_view takeTurn) override;
     const Dialect& GetDialect() const override;
     bool IsReadOnly() const override { return m_connector.IsReadOnly(); }
     bool TransactionSurvivesErrors() const override { return false; }
@@ -52,10 +55,16 @@ class PostgresConnection final : public Connection {
   private:
     void Begin();
     void Commit();
+    void NoteTurn(const PostgresResult& begun);
 
     PostgresConnector m_connector;
     PostgresHandle m_handle;
     bool m_keepsTurn = false;
+    // Where turns are counted: the number of the latest transaction for writing, whether it was
+    // committed, and whether all since the last KeepTurn were this connection's.
+    std::int64_t m_turn = 0;
+    bool m_turnCommitted = false;
+    bool m_allTurnsOwn = false;
     ArrayStatements m_arrayStatements;
     StatementCache m_statements;  // destroyed before the handle that the statements belong to
 };

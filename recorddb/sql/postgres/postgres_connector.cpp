@@ -28,6 +28,11 @@ constexpr int kOldestServer = 130000;
 // is off.
 //
 // bytea_output: what PostgresResult reads.
+//
+// Where tables are spread (kSpreadTablesSettings), plans are made with the values, which say on
+// which machine a row stands; and statements about several machines take one connection to each,
+// since changes of tables that stand everywhere must be seen by those that rely on them. The second
+// setting is Citus'; other servers take it and do nothing with it.
 constexpr const char* kConnectionSettings =
     "SELECT set_config('lock_timeout', '10s', false) WHERE current_setting('lock_timeout') = '0';"
     "SET enable_seqscan = off;"
@@ -142,9 +147,12 @@ constexpr int kOurLocks = 0x5A545244;
 // What begins a transaction. Readers see one moment. Writers take turns, by a lock that ends with
 // the transaction; each then sees what the one before has committed, which a snapshot from before
 // the wait would not show.
-std::string BeginOf(const Schema& schema, bool readOnly) {
+std::string BeginOf(const Schema& schema, bool readOnly, const std::string& takeTurn) {
     if (readOnly) {
         return std::string(PostgresConnector::kBeginReading);
+    }
+    if (!takeTurn.empty()) {
+        return "BEGIN ISOLATION LEVEL READ COMMITTED READ WRITE; " + takeTurn;
     }
     std::string begin = fmt::format(
         "BEGIN ISOLATION LEVEL READ COMMITTED READ WRITE; "
@@ -235,10 +243,18 @@ PostgresHandle PostgresConnector::ConnectUnnamed() {
     handle.Run(kConnectionSettings);
     handle.Run("SET search_path TO " + Quoted(schema.name));
     handle.Run(fmt::format("SET default_transaction_read_only = {}", IsReadOnly() ? "on" : "off"));
-    m_begin = BeginOf(schema, IsReadOnly());
+    if (ExpectsSpreadTables()) {
+        handle.Run(kSpreadTablesSettings);
+    }
+    m_begin = BeginOf(schema, IsReadOnly(), m_takeTurn);
     m_lock = LockNumber(schema.name);
     m_backend = BackendOf(handle);
     return handle;
+}
+
+void PostgresConnector::ExpectSpreadTables(std::string_view takeTurn) {
+    m_takeTurn = takeTurn;
+    m_begin = BeginOf({}, IsReadOnly(), m_takeTurn);
 }
 
 std::string PostgresConnector::LockSql() const {

@@ -29,7 +29,8 @@ class PostgresConnector {
     static constexpr std::string_view kBeginReading =
         "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY";
 
-    // What begins a transaction, once Connect has found the schema.
+    // What begins a transaction, once Connect has found the schema. Where spread tables are
+    // expected, its last statement returns the number of the turn, if it is one for writing.
     const std::string& BeginSql() const { return m_begin; }
 
     // What takes the writers' lock for the connection, in addition to the transaction that has it;
@@ -37,6 +38,16 @@ class PostgresConnector {
     std::string LockSql() const;
     std::string UnlockSql() const;
     std::string WaitsSql() const;
+
+    // From the next Connect on, connections are set up for tables that may stand spread over
+    // machines; see Connection::ExpectSpreadTables.
+    void ExpectSpreadTables(std::string_view takeTurn);
+    bool ExpectsSpreadTables() const { return !m_takeTurn.empty(); }
+
+    // What sets an open connection up in that way.
+    static constexpr const char* kSpreadTablesSettings =
+        "SET plan_cache_mode = force_custom_plan;"
+        "SET citus.multi_shard_modify_mode = 'sequential'";
 
     bool IsReadOnly() const { return m_mode == OpenMode::ReadOnly; }
 
@@ -48,6 +59,7 @@ class PostgresConnector {
     ServerUrl m_url;
     OpenMode m_mode;
     std::string m_begin;
+    std::string m_takeTurn;     // empty where writers take turns by the lock of the schema
     std::int32_t m_lock = 0;    // the number of the schema's lock
     ServerTimeline m_timeline;  // that of the latest connection that could write
     std::string m_backend;      // the server's process of the latest connection

@@ -9,23 +9,33 @@ namespace recorddb::sql {
 
 namespace {
 
-// The number of a key, from 1, and the columns of a row that it finds.
+// The number of a key, from 1, and the columns of a row that it finds. Without a query of its own
+// for each key, which is not to be had over machines, a plan that is kept could read all of a
+// table; so this is for statements whose plans are made anew.
+std::string JoinSql(const RowQuestion& question) {
+    std::string columns;
+    for (const RowColumn& column : question.columns) {
+        columns += fmt::format(", zt_row.{}", Quoted(column.name));
+    }
+    return fmt::format(
+        "SELECT zt_new.n{} FROM {} JOIN {} AS zt_row ON {} "
+        "ORDER BY zt_new.n, zt_row.{}",
+        columns, UnnestedSql(question.keys, Numbered::Yes), Quoted(question.table),
+        JoinedBy(question.keys, Standing::SpreadOverMachines), Quoted(question.order));
+}
+
+// The same, with a query for each key.
 std::string KeysSql(const RowQuestion& question) {
     std::vector<std::string> columns;
     for (const RowColumn& column : question.columns) {
         columns.push_back(fmt::format("zt_row.{} AS c{}", Quoted(column.name), columns.size() + 1));
-    }
-    std::vector<std::string> conditions;
-    for (const RowColumn& key : question.keys) {
-        conditions.push_back(
-            fmt::format("zt_row.{} = zt_new.v{}", Quoted(key.name), conditions.size() + 1));
     }
     return fmt::format(
         "SELECT zt_new.n, zt_found.* FROM {} CROSS JOIN LATERAL (SELECT {}, zt_row.{} AS zt_order "
         "FROM {} AS zt_row WHERE {} ORDER BY zt_order{}) AS zt_found "
         "ORDER BY zt_new.n, zt_found.zt_order",
         UnnestedSql(question.keys, Numbered::Yes), fmt::join(columns, ", "), Quoted(question.order),
-        Quoted(question.table), fmt::join(conditions, " AND "),
+        Quoted(question.table), JoinedBy(question.keys, Standing::OnOneServer),
         question.most != 0 ? fmt::format(" LIMIT {}", question.most) : "");
 }
 
@@ -41,7 +51,11 @@ Cell FoundCell(const PostgresResult& rows, int row, int column, CellType type) {
 void PostgresRowReader::Ask(const RowQuestion& question, Take take) {
     ArrayParameters arrays(question.keys);
     arrays.AddRows(question.cells);
-    const std::string sql = KeysSql(question);
+    // A limit for each key takes a query for each; such questions are about tables that stand on
+    // every machine.
+    const bool joins =
+        m_statements.GetStanding() == Standing::SpreadOverMachines && question.most == 0;
+    const std::string sql = joins ? JoinSql(question) : KeysSql(question);
     // Preparing is a question of its own, which comes before those of the pipeline.
     if (!m_statements.Has(sql)) {
         Finish();

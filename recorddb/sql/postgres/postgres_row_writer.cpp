@@ -16,32 +16,33 @@ using Kind = RowChange::Kind;
 // A message to the server has a limit. Rows that come to more than this are sent in several.
 constexpr std::size_t kLargestMessage = std::size_t{8} << 20U;
 
-// "a SEPARATOR b", of "column = value" for some columns, of which `first` is the first.
-std::string NewValueEquations(std::span<const RowColumn> columns, std::size_t first,
-                              std::string_view prefix, std::string_view separator) {
-    std::vector<std::string> equations;
+// "column = value, ...", of which the first value is that of zt_new's column `first`.
+std::string Assignments(std::span<const RowColumn> columns, std::size_t first, bool raise) {
+    std::vector<std::string> assignments;
     for (std::size_t i = 0; i < columns.size(); ++i) {
-        equations.push_back(
-            fmt::format("{}{} = zt_new.v{}", prefix, Quoted(columns[i].name), first + i));
+        const std::string column = Quoted(columns[i].name);
+        assignments.push_back(
+            raise ? fmt::format("{0} = greatest(zt_row.{0}, zt_new.v{1})", column, first + i)
+                  : fmt::format("{} = zt_new.v{}", column, first + i));
     }
-    return fmt::format("{}", fmt::join(equations, separator));
+    return fmt::format("{}", fmt::join(assignments, ", "));
 }
 
-std::string ArraySqlOf(const RowChange& change) {
+std::string ArraySqlOf(const RowChange& change, Standing standing) {
     const std::string table = Quoted(change.table);
     const std::string rows = UnnestedSql(change.columns, Numbered::No);
-    const std::string rowMeant =
-        NewValueEquations(change.columns.first(change.keys), 1, "zt_row.", " AND ");
+    const std::string rowMeant = JoinedBy(change.columns.first(change.keys), standing);
     switch (change.kind) {
         case Kind::Insert:
         case Kind::InsertOrUpdate:
             return fmt::format("INSERT INTO {} ({}) SELECT * FROM {}{}", table,
                                ColumnList(change.columns), rows, ConflictClause(change));
         case Kind::Update:
-            return fmt::format(
-                "UPDATE {} AS zt_row SET {} FROM {} WHERE {}", table,
-                NewValueEquations(change.columns.subspan(change.keys), change.keys + 1, "", ", "),
-                rows, rowMeant);
+        case Kind::Raise:
+            return fmt::format("UPDATE {} AS zt_row SET {} FROM {} WHERE {}", table,
+                               Assignments(change.columns.subspan(change.keys), change.keys + 1,
+                                           change.kind == Kind::Raise),
+                               rows, rowMeant);
         case Kind::Delete:
             break;
     }
@@ -51,7 +52,7 @@ std::string ArraySqlOf(const RowChange& change) {
 }  // namespace
 
 void PostgresRowWriter::Write(const RowChange& change) {
-    const std::string sql = ArraySqlOf(change);
+    const std::string sql = ArraySqlOf(change, m_statements.GetStanding());
     const std::size_t width = change.columns.size();
     ArrayParameters arrays(change.columns);
     std::size_t size = 0;

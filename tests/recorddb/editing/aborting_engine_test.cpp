@@ -27,7 +27,7 @@ class AbortingEngineTest : public SessionTest {
     ~AbortingEngineTest() override { UseSession({}); }
 
     sql::AbortingConnection m_connection{sql::Open(Location(), sql::OpenMode::ReadWrite)};
-    WriteBatch m_batch{m_connection, Base().GetSchema()};
+    WriteBatch m_batch{m_connection, Base().GetSchema(), Layout::Plain};
     schema::SearchIndexes m_indexes{m_connection, Base().GetSchema()};
 };
 

@@ -112,7 +112,7 @@ TEST_P(RecordChecksTest, RuleOfTheTablesAloneIsReportedByCommit) {
     EXPECT_FALSE(Core().Failure().has_value());
 }
 
-ON_EACH_ENGINE(RecordChecksTest);
+ON_EACH_LAYOUT(RecordChecksTest);
 
 }  // namespace
 

@@ -377,7 +377,7 @@ std::string NameOf(const testing::TestParamInfo<FaultOnEngine>& info) {
     return info.param.second.name + ("_" + testing::PrintToString(info.param.first));
 }
 
-ON_EACH_ENGINE(IntegrityCheckTest);
+ON_EACH_LAYOUT(IntegrityCheckTest);
 INSTANTIATE_TEST_SUITE_P(OfRecords, IntegrityFaultTest, testing::ValuesIn(OnEngines(kRecords)),
                          NameOf);
 INSTANTIATE_TEST_SUITE_P(OfLists, IntegrityFaultTest, testing::ValuesIn(OnEngines(kLists)), NameOf);

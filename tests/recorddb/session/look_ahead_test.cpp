@@ -153,7 +153,7 @@ TEST_P(LookAheadTest, NothingIsAskedAheadWhereNothingIsGathered) {
     EXPECT_EQ(Found("x"), "");
 }
 
-ON_EACH_ENGINE(LookAheadTest);
+ON_EACH_LAYOUT(LookAheadTest);
 
 }  // namespace
 

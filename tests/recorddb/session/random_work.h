@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "recorddb/integrity.h"
 #include "session_fixture.h"
 
 namespace recorddb {
@@ -88,6 +89,21 @@ class RandomWork : public SessionTest {
             tables.push_back(Row(sql));
         }
         return tables;
+    }
+
+    using SessionTest::Base;
+
+    // What the database finds wrong with itself.
+    std::vector<std::string> Faults() {
+        std::vector<std::string> faults;
+        CheckIntegrity(
+            Base(),
+            [&faults](const recorddb::Fault& fault) {
+                faults.push_back(fmt::format("{} {} {} {}: {}", fault.type, fault.id, fault.field,
+                                             fault.value, fault.problem));
+            },
+            [](std::uint64_t) { return true; });
+        return faults;
     }
 
     void TestBody() override {}

@@ -292,7 +292,7 @@ TEST_P(WorkAheadTest, NobodyIsKeptFromWriting) {
     EXPECT_EQ(Row("SELECT title FROM bug"), "b");
 }
 
-ON_EACH_ENGINE(WorkAheadTest);
+ON_EACH_LAYOUT(WorkAheadTest);
 
 // The database is the same in the end as when every group is done in its turn.
 class RandomWorkAheadTest : public testing::TestWithParam<Engine> {

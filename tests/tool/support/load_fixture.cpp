@@ -101,7 +101,8 @@ LoadFixture::LoadFixture(Engine engine) : LoadFixture(engine, kSchema) {}
 
 LoadFixture::LoadFixture(Engine engine, const char* schema)
     : m_place(engine, m_folder.File("tracker.db")), m_database(m_place.Location()) {
-    recorddb::Database::Create(m_database, recorddb::schema::ReadSchema(schema, "schema.yaml"));
+    recorddb::Database::Create(m_database, recorddb::schema::ReadSchema(schema, "schema.yaml"),
+                               LayoutOn(engine));
 }
 
 std::string LoadFixture::Configuration(const std::string& file, std::string_view data,

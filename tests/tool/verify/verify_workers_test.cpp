@@ -42,7 +42,7 @@ class VerifyWorkersTest : public OnEachEngine<VerifyFixture> {
         m_verifyOptions.waitsForWorkers = true;
         const int code = Verify(sources);
         static const std::regex time("[0-9.]+ seconds");
-        return std::to_string(code) + std::regex_replace(Shown(), time, "") +
+        return std::to_string(code) + std::regex_replace(WithoutRates(Shown()), time, "") +
                WithoutChance(Report());
     }
 };

@@ -57,6 +57,11 @@ class RECORDDB_API Statement {
     // deleted. Throws Error.
     virtual std::int64_t Execute() = 0;
 
+    // Runs a statement that returns no rows to its end, but need not wait for that: what it cannot
+    // do is thrown here or by a later call on the connection, at the latest when the innermost
+    // savepoint is released or the transaction committed. Parameters are not borrowed any longer.
+    virtual void ExecuteLater() { Execute(); }
+
     // Ends the execution under way, if any, and sets the parameters to NULL.
     virtual void Reset() noexcept = 0;
 

@@ -32,7 +32,7 @@ void AttachmentTable::Insert(std::int64_t recordType, std::int64_t record,
     if (dbid) {
         insert.Bind(8, *dbid);
     }
-    insert.Execute();
+    insert.ExecuteLater();
 }
 
 void AttachmentTable::Remove(std::int64_t record, std::int64_t dbid) {

@@ -1,24 +1,36 @@
 #include "recorddb/store/content_store.h"
 
+#include <vector>
+
 #include "recorddb/sha256.h"
 
 namespace recorddb {
 
 PaMessage ContentStore::Store(const AttachmentFile& file, Content& content) {
-    // Read once to know the hash and, if the content is new, again to store it: chunks stand under
-    // the hash of the whole.
+    // Chunks stand under the hash of the whole, so a content of several is read once to know the
+    // hash and, if it is new, again to store it.
     Sha256 hash;
-    PaMessage problem =
-        file.Read([&hash](std::span<const std::byte> piece) { hash.Update(piece); });
+    std::vector<std::byte> first;
+    std::int64_t pieces = 0;
+    PaMessage problem = file.Read([&](std::span<const std::byte> piece) {
+        hash.Update(piece);
+        if (pieces++ == 0) {
+            first.assign(piece.begin(), piece.end());
+        }
+    });
     if (problem.ID() != 0) {
         return problem;
     }
     content.size = file.Size();
     content.sha256 = hash.HexDigest();
-    if (m_keeping == Keeping::Examine || Has(content.sha256)) {
+    if (m_keeping == Keeping::Examine) {
         return {};
     }
-    return AddChunks(file, content.sha256);
+    if (pieces <= 1) {
+        AddOnlyChunk(content.sha256, first);
+        return {};
+    }
+    return Has(content.sha256) ? PaMessage() : AddChunks(file, content.sha256);
 }
 
 PaMessage ContentStore::AddChunks(const AttachmentFile& file, const std::string& sha256) {
@@ -30,9 +42,6 @@ PaMessage ContentStore::AddChunks(const AttachmentFile& file, const std::string&
     });
     if (problem.ID() != 0) {
         return problem;
-    }
-    if (chunks == 0) {
-        AddChunk(sha256, 0, {});
     }
     return hash.HexDigest() == sha256 ? PaMessage() : file.Changed();
 }
@@ -49,7 +58,15 @@ void ContentStore::AddChunk(const std::string& sha256, std::int64_t chunk,
     sql::Statement& insert =
         m_connection.Prepare("INSERT INTO zt_content (sha256, chunk, data) VALUES ($1, $2, $3)");
     insert.BindAll(sha256, chunk, data);
-    insert.Execute();
+    insert.ExecuteLater();
+}
+
+// To ask first whether it is there would cost as much as writing it.
+void ContentStore::AddOnlyChunk(const std::string& sha256, std::span<const std::byte> data) {
+    sql::Statement& insert = m_connection.Prepare(
+        "INSERT INTO zt_content (sha256, chunk, data) VALUES ($1, 0, $2) ON CONFLICT DO NOTHING");
+    insert.BindAll(sha256, data);
+    insert.ExecuteLater();
 }
 
 void ContentStore::RemoveUnused(const std::string& sha256) {

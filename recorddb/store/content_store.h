@@ -47,6 +47,8 @@ class ContentStore {
     bool Has(const std::string& sha256);
     PaMessage AddChunks(const AttachmentFile& file, const std::string& sha256);
     void AddChunk(const std::string& sha256, std::int64_t chunk, std::span<const std::byte> data);
+    // Unless it is there already.
+    void AddOnlyChunk(const std::string& sha256, std::span<const std::byte> data);
 
     sql::Connection& m_connection;
     Keeping m_keeping;

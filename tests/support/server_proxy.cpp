@@ -269,7 +269,9 @@ pid_t BackendIn(const ServerProxy::Message& message) {
 
 bool IsCommit(const ServerProxy::Message& message) {
     const char type = message.from == ServerProxy::Side::Client ? 'Q' : 'C';
-    return message.type == type && message.text.starts_with("COMMIT");
+    // The end of savepoints may go before it; a zero byte ends the text.
+    return message.type == type &&
+           message.text.substr(0, message.text.find('\0')).ends_with("COMMIT");
 }
 
 std::string UrlWithSocketIn(const std::string& url, const std::filesystem::path& folder) {

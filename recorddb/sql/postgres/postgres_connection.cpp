@@ -26,6 +26,10 @@ constexpr Dialect kPostgresDialect = {
     .mostColumns = 1600,
 };
 
+// One name serves every savepoint: the server always takes the innermost one of that name.
+constexpr const char* kBeginSavepoint = "SAVEPOINT zt_savepoint";
+constexpr const char* kReleaseSavepoint = "RELEASE SAVEPOINT zt_savepoint";
+
 }  // namespace
 
 std::unique_ptr<Connection> PostgresConnection::Open(const std::string& url, OpenMode mode) {
@@ -205,22 +209,23 @@ void PostgresConnection::Run(Control control) {
             Commit();
             break;
         case Control::Rollback:
+            m_handle.GiveUpLeft();
             m_handle.Run("ROLLBACK");
             break;
-        // One name serves every savepoint: the server always takes the innermost one of that name.
         case Control::BeginSavepoint:
-            m_handle.Run("SAVEPOINT zt_savepoint");
+            BeginServerSavepoint();
             break;
         case Control::ReleaseSavepoint:
-            m_handle.Run("RELEASE SAVEPOINT zt_savepoint");
+            ReleaseServerSavepoint();
             break;
         case Control::RollbackToSavepoint:
-            m_handle.Run("ROLLBACK TO SAVEPOINT zt_savepoint");
+            RollbackToServerSavepoint();
             break;
     }
 }
 
 void PostgresConnection::Begin() {
+    m_handle.GiveUpLeft();
     try {
         NoteTurn(m_handle.Run(m_connector.BeginSql()));
     } catch (...) {
@@ -229,6 +234,43 @@ void PostgresConnection::Begin() {
         }
         throw;
     }
+}
+
+// Savepoints go to the server with the next statement: so they cost no round trip, and nothing at
+// all when there is no statement. In a transaction that has failed they are refused, which is to
+// show at once.
+void PostgresConnection::BeginServerSavepoint() {
+    // What was sent before does not belong to it.
+    if (m_handle.AwaitsAnswers()) {
+        m_handle.Settle();
+    }
+    m_handle.Defer(kBeginSavepoint);
+    if (m_handle.GetState() == PostgresHandle::State::InFailedTransaction) {
+        m_handle.Settle();
+    }
+}
+
+void PostgresConnection::ReleaseServerSavepoint() {
+    if (m_handle.LastDeferred() == kBeginSavepoint) {
+        m_handle.DropLastDeferred();
+        return;
+    }
+    m_handle.Defer(kReleaseSavepoint);
+    // What was done in the savepoint has to have gone well before it is given up.
+    if (m_handle.AwaitsAnswers() ||
+        m_handle.GetState() == PostgresHandle::State::InFailedTransaction) {
+        m_handle.Settle();
+    }
+}
+
+void PostgresConnection::RollbackToServerSavepoint() {
+    if (m_handle.LastDeferred() == kBeginSavepoint) {
+        return;
+    }
+    if (m_handle.AwaitsAnswers()) {
+        m_handle.GiveUpLeft();
+    }
+    m_handle.Run("ROLLBACK TO SAVEPOINT zt_savepoint");
 }
 
 // A server takes the commit of a failed transaction for its roll-back, and says so in the answer

@@ -56,6 +56,9 @@ class PostgresConnection final : public Connection {
     void Begin();
     void Commit();
     void NoteTurn(const PostgresResult& begun);
+    void BeginServerSavepoint();
+    void ReleaseServerSavepoint();
+    void RollbackToServerSavepoint();
 
     PostgresConnector m_connector;
     PostgresHandle m_handle;

@@ -30,18 +30,28 @@ PostgresResult PostgresHandle::Checked(pg_result* raw, std::string_view sql) {
     return result;
 }
 
+// What is left goes in front of it, in one question.
 PostgresResult PostgresHandle::Run(const std::string& sql) {
-    return Checked(PQexec(m_connection.get(), sql.c_str()), sql);
+    if (m_sent != nullptr) {
+        Settle();
+    }
+    std::string all;
+    for (const std::string& deferred : std::exchange(m_deferred, {})) {
+        all += deferred + ";";
+    }
+    return Checked(PQexec(m_connection.get(), (all + sql).c_str()), sql);
 }
 
 PostgresResult PostgresHandle::RunOnce(const std::string& sql,
                                        const PostgresParameters& parameters) {
+    Settle();
     return Checked(PQexecParams(m_connection.get(), sql.c_str(), parameters.Count(), nullptr,
                                 parameters.Values(), parameters.Lengths(), parameters.Formats(), 0),
                    sql);
 }
 
 PostgresResult PostgresHandle::Prepare(const std::string& name, const std::string& sql) {
+    Settle();
     Checked(PQprepare(m_connection.get(), name.c_str(), sql.c_str(), 0, nullptr), sql);
     return Checked(PQdescribePrepared(m_connection.get(), name.c_str()), sql);
 }
@@ -49,10 +59,62 @@ PostgresResult PostgresHandle::Prepare(const std::string& name, const std::strin
 PostgresResult PostgresHandle::RunPrepared(const std::string& name,
                                            const PostgresParameters& parameters,
                                            const std::string& sql) {
+    if (m_sent != nullptr || !m_deferred.empty()) {
+        Sending().Send(name, parameters, sql);
+        return std::move(FinishSent().back());
+    }
     return Checked(
         PQexecPrepared(m_connection.get(), name.c_str(), parameters.Count(), parameters.Values(),
                        parameters.Lengths(), parameters.Formats(), 0),
         sql);
+}
+
+void PostgresHandle::SendPrepared(const std::string& name, const PostgresParameters& parameters,
+                                  const std::string& sql) {
+    Sending().Send(name, parameters, sql);
+}
+
+// With what was deferred.
+PostgresPipeline& PostgresHandle::Sending() {
+    if (m_sent == nullptr) {
+        m_sent = std::make_unique<PostgresPipeline>(m_connection.get());
+    }
+    for (const std::string& sql : std::exchange(m_deferred, {})) {
+        m_sent->SendOnce(sql);
+    }
+    return *m_sent;
+}
+
+std::vector<PostgresResult> PostgresHandle::FinishSent() {
+    const std::unique_ptr<PostgresPipeline> sent = std::move(m_sent);
+    return sent->Finish();
+}
+
+std::string_view PostgresHandle::LastDeferred() const {
+    return m_deferred.empty() ? std::string_view() : m_deferred.back();
+}
+
+void PostgresHandle::Settle() {
+    if (m_sent != nullptr || !m_deferred.empty()) {
+        Sending();
+        FinishSent();
+    }
+}
+
+void PostgresHandle::GiveUpLeft() noexcept {
+    m_deferred.clear();
+    m_sent.reset();
+}
+
+void PostgresHandle::Close() noexcept {
+    GiveUpLeft();
+    m_connection.reset();
+}
+
+void PostgresHandle::TakeOver(PostgresHandle fresh) {
+    GiveUpLeft();
+    m_connection = std::move(fresh.m_connection);
+    ++m_generation;
 }
 
 void PostgresHandle::Forget(const std::string& name) noexcept {

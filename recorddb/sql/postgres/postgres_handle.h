@@ -5,8 +5,10 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "recorddb/sql/postgres/postgres_parameters.h"
+#include "recorddb/sql/postgres/postgres_pipeline.h"
 #include "recorddb/sql/postgres/postgres_result.h"
 
 struct pg_conn;
@@ -14,7 +16,8 @@ struct pg_conn;
 namespace recorddb::sql {
 
 // A connection of libpq and the calls on it, with their answers checked: each throws Error for what
-// the server refuses, and when the connection is lost.
+// the server refuses, and when the connection is lost. Statements may be left to be sent, or their
+// answers to be waited for, with the next call; that one throws what becomes of them, too.
 class PostgresHandle {
   public:
     // Where the server stands. In a failed transaction it takes nothing but a roll-back.
@@ -36,6 +39,23 @@ class PostgresHandle {
     PostgresResult RunPrepared(const std::string& name, const PostgresParameters& parameters,
                                const std::string& sql);
 
+    // Sends such a statement and leaves its answer to the next call.
+    void SendPrepared(const std::string& name, const PostgresParameters& parameters,
+                      const std::string& sql);
+
+    // Leaves it to the next call to run a statement that has no parameters and returns nothing.
+    void Defer(std::string sql) { m_deferred.push_back(std::move(sql)); }
+    // The last one of those that are left, empty when there is none or statements were sent since.
+    std::string_view LastDeferred() const;
+    void DropLastDeferred() { m_deferred.pop_back(); }
+    // True while answers to statements that were sent are left.
+    bool AwaitsAnswers() const { return m_sent != nullptr; }
+
+    // Runs what is left and waits for all answers.
+    void Settle();
+    // The same without running what is left, whatever the answers are.
+    void GiveUpLeft() noexcept;
+
     // Drops a prepared statement, where that can be done now; a server forgets all of them with the
     // connection.
     void Forget(const std::string& name) noexcept;
@@ -49,17 +69,19 @@ class PostgresHandle {
     std::string_view Setting(const char* name) const;
     int ServerVersion() const;
 
-    // For what libpq does beyond these calls. It stays the handle's.
+    // For what libpq tells of the connection, and for what it does beyond these calls, with nothing
+    // left. It stays the handle's.
     pg_conn* Raw() const { return m_connection.get(); }
+    pg_conn* Settled() {
+        Settle();
+        return m_connection.get();
+    }
 
     // Ends the connection. What follows fails as on one that was lost.
-    void Close() noexcept { m_connection.reset(); }
+    void Close() noexcept;
 
     // Takes over another handle's connection in the place of its own.
-    void TakeOver(PostgresHandle fresh) {
-        m_connection = std::move(fresh.m_connection);
-        ++m_generation;
-    }
+    void TakeOver(PostgresHandle fresh);
 
     // How often another connection was taken over. What was prepared before is not there any more.
     int Generation() const { return m_generation; }
@@ -70,8 +92,12 @@ class PostgresHandle {
     };
 
     PostgresResult Checked(pg_result* raw, std::string_view sql);
+    PostgresPipeline& Sending();
+    std::vector<PostgresResult> FinishSent();
 
     std::unique_ptr<pg_conn, Closer> m_connection;
+    std::vector<std::string> m_deferred;       // come after what was sent
+    std::unique_ptr<PostgresPipeline> m_sent;  // statements whose answers are left
     long m_names = 0;
     int m_generation = 0;
 };

@@ -10,8 +10,8 @@
 namespace recorddb::sql {
 
 void PostgresPipeline::Enter() {
-    if (!m_isOpen && PQenterPipelineMode(m_handle.Raw()) == 0) {
-        throw PostgresError(m_handle.Raw(), nullptr, "");
+    if (!m_isOpen && PQenterPipelineMode(m_connection) == 0) {
+        throw PostgresError(m_connection, nullptr, "");
     }
     m_isOpen = true;
 }
@@ -21,10 +21,22 @@ void PostgresPipeline::Enter() {
 void PostgresPipeline::Send(const std::string& name, const PostgresParameters& parameters,
                             const std::string& sql) {
     Enter();
+    NoteSent(
+        PQsendQueryPrepared(m_connection, name.c_str(), parameters.Count(), parameters.Values(),
+                            parameters.Lengths(), parameters.Formats(), 0),
+        sql);
+}
+
+void PostgresPipeline::SendOnce(const std::string& sql) {
+    Enter();
+    NoteSent(PQsendQueryParams(m_connection, sql.c_str(), 0, nullptr, nullptr, nullptr, nullptr, 0),
+             sql);
+}
+
+void PostgresPipeline::NoteSent(int sent, const std::string& sql) {
     m_sent.push_back(sql);
-    if (PQsendQueryPrepared(m_handle.Raw(), name.c_str(), parameters.Count(), parameters.Values(),
-                            parameters.Lengths(), parameters.Formats(), 0) == 0) {
-        const Error error = PostgresError(m_handle.Raw(), nullptr, sql);
+    if (sent == 0) {
+        const Error error = PostgresError(m_connection, nullptr, sql);
         Leave();
         throw error;
     }
@@ -35,7 +47,7 @@ std::vector<PostgresResult> PostgresPipeline::Finish() {
         return {};
     }
     try {
-        m_isSynced = PQpipelineSync(m_handle.Raw()) != 0;
+        m_isSynced = PQpipelineSync(m_connection) != 0;
         std::vector<PostgresResult> answers = TakeAnswers();
         Leave();
         return answers;
@@ -49,15 +61,15 @@ std::vector<PostgresResult> PostgresPipeline::Finish() {
 std::vector<PostgresResult> PostgresPipeline::TakeAnswers() {
     std::vector<PostgresResult> answers;
     for (const std::string& sql : m_sent) {
-        while (pg_result* const raw = PQgetResult(m_handle.Raw())) {
+        while (pg_result* const raw = PQgetResult(m_connection)) {
             answers.emplace_back(raw);
             if (PQresultStatus(raw) != PGRES_COMMAND_OK && PQresultStatus(raw) != PGRES_TUPLES_OK) {
-                throw PostgresError(m_handle.Raw(), raw, sql);
+                throw PostgresError(m_connection, raw, sql);
             }
         }
     }
     if (answers.size() != m_sent.size()) {
-        throw PostgresError(m_handle.Raw(), nullptr, m_sent.back());
+        throw PostgresError(m_connection, nullptr, m_sent.back());
     }
     return answers;
 }
@@ -68,10 +80,10 @@ void PostgresPipeline::Leave() noexcept {
     }
     m_sent.clear();
     if (!std::exchange(m_isSynced, false)) {
-        PQpipelineSync(m_handle.Raw());
+        PQpipelineSync(m_connection);
     }
-    while (PQstatus(m_handle.Raw()) == CONNECTION_OK && PQexitPipelineMode(m_handle.Raw()) == 0) {
-        PQclear(PQgetResult(m_handle.Raw()));
+    while (PQstatus(m_connection) == CONNECTION_OK && PQexitPipelineMode(m_connection) == 0) {
+        PQclear(PQgetResult(m_connection));
     }
 }
 

@@ -15,7 +15,7 @@ class PostgresRowReader final : public RowReader {
   public:
     // The handle outlives it, and so do the statements prepared on it.
     PostgresRowReader(PostgresHandle& handle, ArrayStatements& statements)
-        : m_statements(statements), m_pipeline(handle) {}
+        : m_statements(statements), m_pipeline(handle.Settled()) {}
 
     void Ask(const RowQuestion& question, Take take) override;
     void Finish() override;

@@ -16,7 +16,7 @@ class PostgresRowWriter final : public RowWriter {
   public:
     // The handle outlives it, and so do the statements prepared on it.
     PostgresRowWriter(PostgresHandle& handle, ArrayStatements& statements)
-        : m_statements(statements), m_pipeline(handle) {}
+        : m_statements(statements), m_pipeline(handle.Settled()) {}
 
     void Write(const RowChange& change) override;
     void Finish() override;

@@ -32,4 +32,15 @@ std::int64_t PostgresStatement::Execute() {
     return affected;
 }
 
+void PostgresStatement::ExecuteLater() {
+    try {
+        EnsurePrepared();
+        Handle().SendPrepared(Name(), Parameters(), Sql());
+    } catch (...) {
+        Reset();
+        throw;
+    }
+    Reset();
+}
+
 }  // namespace recorddb::sql

@@ -15,6 +15,7 @@ class PostgresStatement final : public PostgresRows {
 
     bool Step() override;
     std::int64_t Execute() override;
+    void ExecuteLater() override;
     void Reset() noexcept override { Clear(); }
 
   private:

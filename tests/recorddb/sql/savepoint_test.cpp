@@ -73,6 +73,73 @@ TEST_P(SavepointTest, OuterOneTakesTheInnerOneWithIt) {
     EXPECT_EQ(Count(), 1);
 }
 
+TEST_P(SavepointTest, StatementForLaterFailsBeforeTheSavepointIsReleased) {
+    Transaction transaction(*m_connection);
+    Insert("taken");
+    {
+        Savepoint savepoint(*m_connection);
+        const Error error = ErrorOf([&] {
+            InsertLater("new");
+            InsertLater("taken");
+            savepoint.Release();
+        });
+        EXPECT_EQ(error.Kind(), ErrorKind::UniqueViolation);
+    }
+    Insert("after");
+    transaction.Commit();
+    EXPECT_EQ(Count(), 2);
+}
+
+TEST_P(SavepointTest, StatementForLaterFailsBeforeAnInnerSavepointBegins) {
+    Transaction transaction(*m_connection);
+    Insert("taken");
+    {
+        const Savepoint outer(*m_connection);
+        const Error error = ErrorOf([&] {
+            InsertLater("taken");
+            const Savepoint inner(*m_connection);
+        });
+        EXPECT_EQ(error.Kind(), ErrorKind::UniqueViolation);
+    }
+    transaction.Commit();
+    EXPECT_EQ(Count(), 1);
+}
+
+TEST_P(SavepointTest, StatementForLaterIsUndoneWithItsSavepointAlone) {
+    Transaction transaction(*m_connection);
+    Savepoint outer(*m_connection);
+    InsertLater("outer");
+    {
+        const Savepoint inner(*m_connection);
+        InsertLater("inner");
+    }
+    { const Savepoint empty(*m_connection); }
+    outer.Release();
+    transaction.Commit();
+    EXPECT_EQ(Count(), 1);
+}
+
+TEST_P(SavepointTest, StatementForLaterIsUndoneWithItsTransaction) {
+    {
+        const Transaction transaction(*m_connection);
+        InsertLater("one");
+    }
+    EXPECT_EQ(Count(), 0);
+}
+
+TEST_P(SavepointTest, StatementForLaterFailsTheCommit) {
+    Insert("taken");
+    {
+        Transaction transaction(*m_connection);
+        const Error error = ErrorOf([&] {
+            InsertLater("taken");
+            transaction.Commit();
+        });
+        EXPECT_EQ(error.Kind(), ErrorKind::UniqueViolation);
+    }
+    EXPECT_EQ(Count(), 1);
+}
+
 TEST_P(SavepointTest, OneWithoutWritesEndsWithoutTouchingOthers) {
     Transaction transaction(*m_connection);
     Savepoint outer(*m_connection);

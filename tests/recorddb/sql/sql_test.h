@@ -31,11 +31,9 @@ class SqlTest : public testing::Test {
 
     bool IsFile() const { return m_place.IsFile(); }
 
-    void Insert(std::string_view name) {
-        Statement& insert = m_connection->Prepare("INSERT INTO thing (name) VALUES ($1)");
-        insert.BindAll(name);
-        insert.Execute();
-    }
+    void Insert(std::string_view name) { BoundInsert(name).Execute(); }
+
+    void InsertLater(std::string_view name) { BoundInsert(name).ExecuteLater(); }
 
     std::int64_t Count() {
         return QueryInt(m_connection->Prepare("SELECT count(*) FROM thing")).value();
@@ -51,6 +49,12 @@ class SqlTest : public testing::Test {
         }
         ADD_FAILURE() << "no error";
         return {ErrorKind::Other, "", ""};
+    }
+
+    Statement& BoundInsert(std::string_view name) {
+        Statement& insert = m_connection->Prepare("INSERT INTO thing (name) VALUES ($1)");
+        insert.BindAll(name);
+        return insert;
     }
 
     TemporaryFolder m_folder;

@@ -44,6 +44,7 @@ std::optional<KeyRow> KeyIn(const sql::Statement& row, const RecordType& type,
         }
     }
     std::vector<const FieldValue*> borrowed;
+    borrowed.reserve(values.size());
     for (const FieldValue& value : values) {
         borrowed.push_back(&value);
     }

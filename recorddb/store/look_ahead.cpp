@@ -220,6 +220,7 @@ void LookAhead::SearchKeys(Round& round, const RecordType& type, const FieldSet&
     std::vector<KnownAnswers::Matches*> matches;
     for (const auto& [key, wanted] : searches) {
         std::vector<const FieldValue*> values;
+        values.reserve(wanted.values.size());
         for (const FieldValue& value : wanted.values) {
             values.push_back(&value);
         }

@@ -97,7 +97,9 @@ bool IsKnownEncoding(std::string_view name) {
 }  // namespace
 
 TextDecoder::TextDecoder(ByteSource& source, std::size_t chunk)
-    : m_source(source), m_chunk(chunk), m_buffer(chunk + kCarryRoom, '\0') {
+    : m_source(source),
+      m_chunk(chunk),
+      m_buffer(std::make_unique_for_overwrite<char[]>(chunk + kCarryRoom)) {
     ReadHead();
     if (IsUtf32(m_head)) {
         RefuseEncoding(source.Name(), "UTF-32");
@@ -152,22 +154,22 @@ bool TextDecoder::Read(std::string& out) {
     if (m_ended) {
         return false;
     }
-    std::size_t got = NextBytes(m_buffer.data() + m_carry, m_chunk);
+    std::size_t got = NextBytes(m_buffer.get() + m_carry, m_chunk);
     m_ended = got == 0;
     std::size_t size = m_carry + got;
     std::size_t used = Decode(size, m_ended, out);
     m_carry = size - used;
-    std::memmove(m_buffer.data(), m_buffer.data() + used, m_carry);
+    std::memmove(m_buffer.get(), m_buffer.get() + used, m_carry);
     return size > 0;
 }
 
 std::size_t TextDecoder::Decode(std::size_t size, bool last, std::string& out) {
     if (m_encoding == Encoding::Utf8) {
-        std::size_t used = MarkInvalidUtf8(m_buffer.data(), size, last, m_marked);
-        out.append(m_buffer, 0, used);
+        std::size_t used = MarkInvalidUtf8(m_buffer.get(), size, last, m_marked);
+        out.append(m_buffer.get(), used);
         return used;
     }
-    return AppendUtf16(std::string_view(m_buffer).substr(0, size),
+    return AppendUtf16(std::string_view(m_buffer.get(), size),
                        m_encoding == Encoding::Utf16BigEndian, last, out, m_marked);
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -59,10 +60,10 @@ class TextDecoder {
     std::uint64_t m_bytesRead = 0;
     bool m_ended = false;
     bool m_marked = false;
-    std::string m_head;        // bytes read to recognise the encoding
-    std::size_t m_headAt = 0;  // how many of them are decoded
-    std::string m_buffer;      // one chunk, after what the last one left
-    std::size_t m_carry = 0;   // bytes at its front: a character that was cut by the chunk's end
+    std::string m_head;                // bytes read to recognise the encoding
+    std::size_t m_headAt = 0;          // how many of them are decoded
+    std::unique_ptr<char[]> m_buffer;  // one chunk, after what the last one left
+    std::size_t m_carry = 0;  // bytes at its front: a character that was cut by the chunk's end
 };
 
 }  // namespace tool

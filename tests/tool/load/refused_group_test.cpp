@@ -76,7 +76,7 @@ TEST_P(GroupOrOneByOneTest, LoadAtRandomComesToTheSame) {
 
 INSTANTIATE_TEST_SUITE_P(On, GroupOrOneByOneTest,
                          testing::Combine(testing::Values(Engine::Sqlite, Engine::Postgres),
-                                          testing::Range<std::uint64_t>(1, 1 + SeedsOr(3))),
+                                          testing::Range<std::uint64_t>(1, 1 + SeedsOr(2))),
                          [](const auto& test) {
                              return fmt::format("{}_seed_{}",
                                                 testing::PrintToString(std::get<0>(test.param)),

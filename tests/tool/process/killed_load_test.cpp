@@ -16,8 +16,9 @@ namespace {
 
 using testing::HasSubstr;
 
-// More than three of the groups that a load commits, and a few of the attachments that are missing.
-constexpr int kRecords = 330;
+// More than two of the groups that a load commits, and a few of the attachments that are missing.
+constexpr int kRecords = 230;
+constexpr int kFiles = 200;
 
 // A load of some hundred records of one data type that is killed over and over again.
 class KilledLoad : public LoadFixture, public testing::WithParamInterface<std::string> {
@@ -54,8 +55,8 @@ std::vector<Fields> KilledLoad::Bugs() const {
     for (int i = 0; i < kRecords; ++i) {
         Fields bug = {{"source_id", fmt::format("s{}", i)},
                       {"title", fmt::format("Bug {}", i)},
-                      // The 38th of every forty-one is rejected for this.
-                      {"votes", i % 41 == 37 ? "many" : std::to_string(i)},
+                      // The third of every twenty-nine is rejected for this.
+                      {"votes", i % 29 == 2 ? "many" : std::to_string(i)},
                       {"owner", fmt::format("u{}", i % 7)},
                       {"keywords", fmt::format("k{},k{}", i % 5, 5 + i % 3)},
                       {"log", "1\t2020-01-01 00:00:00\tu1\tsubmit\tnone\tNEW"}};
@@ -85,8 +86,8 @@ std::vector<Fields> KilledLoad::Attachments() const {
     for (int i = 0; i < kRecords; ++i) {
         attachments.push_back(
             {{"source_id", fmt::format("s{}", i)},
-             // 300 to 302 are missing.
-             {"files", fmt::format("a{0}\n{1}.txt\n4\nthe file {0}", i, i % 303)}});
+             // The three behind the last file are missing.
+             {"files", fmt::format("a{0}\n{1}.txt\n4\nthe file {0}", i, i % (kFiles + 3))}});
     }
     return attachments;
 }
@@ -101,7 +102,7 @@ void KilledLoad::MakeBase() {
         keywords.push_back({{"name", fmt::format("k{}", i)}});
     }
     std::filesystem::create_directory(m_folder.File("files"));
-    for (int i = 0; i < 300; ++i) {
+    for (int i = 0; i < kFiles; ++i) {
         m_folder.Write(fmt::format("files/{}.txt", i), fmt::format("content of {}", i));
     }
     const std::vector<std::string> userSources = {
@@ -134,7 +135,7 @@ std::string KilledLoad::MappedRows() {
     std::string rows = "Nr,Title,Votes,Owner,Keywords,When\n";
     for (int i = 0; i < kRecords; ++i) {
         rows += fmt::format("s{},\"Bug &lt; {}\",{},u{},\"k{},k{}\",2020-02-{:02}\n",
-                            i % 50 == 49 ? i - 1 : i, i, i % 41 == 37 ? "many" : std::to_string(i),
+                            i % 50 == 49 ? i - 1 : i, i, i % 29 == 2 ? "many" : std::to_string(i),
                             i % 7, i % 5, 5 + i % 3, 1 + i % 28);
     }
     return m_folder.Write("data.csv", rows);

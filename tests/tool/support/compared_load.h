@@ -29,12 +29,15 @@ inline std::string WithoutRates(const std::string& text) {
 }
 
 // A text without any occurrence of a piece, which may be empty.
-inline std::string Without(std::string text, const std::string& piece) {
+inline std::string Without(const std::string& text, const std::string& piece) {
+    std::string kept;
+    std::size_t from = 0;
     for (std::size_t at = piece.empty() ? std::string::npos : text.find(piece);
-         at != std::string::npos; at = text.find(piece, at)) {
-        text.erase(at, piece.size());
+         at != std::string::npos; at = text.find(piece, from)) {
+        kept.append(text, from, at - from);
+        from = at + piece.size();
     }
-    return text;
+    return kept.append(text, from);
 }
 
 // A report without what chance has a say in: the time, and what workers had done ahead.

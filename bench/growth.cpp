@@ -17,7 +17,7 @@ namespace bench {
 
 namespace {
 
-constexpr int kRounds = 3;
+constexpr int kGrowthRounds = 3;
 
 // What each record costs in a small load before a large one, in that one, and in a small one after
 // it. The mean of the small ones is what one at the time of the large one would have cost.
@@ -73,8 +73,8 @@ class GrowthBench {
         fmt::print(
             "a record among {} and among {}: microseconds on the clock; growth on the clock "
             "and of all processor time, median of {} (lowest to highest); largest memory\n",
-            m_few.Records(), m_many.Records(), kRounds);
-        for (int round = 0; round < kRounds; ++round) {
+            m_few.Records(), m_many.Records(), kGrowthRounds);
+        for (int round = 0; round < kGrowthRounds; ++round) {
             AddRound(m_floor, FloorPerRecord, tool, "");
             AddRound(m_files, LoadsPerRecord, tool, "");
             if (!server.empty()) {

@@ -57,9 +57,10 @@ class RECORDDB_API Statement {
     // deleted. Throws Error.
     virtual std::int64_t Execute() = 0;
 
-    // Runs a statement that returns no rows to its end, but need not wait for that: what it cannot
-    // do is thrown here or by a later call on the connection, at the latest when the innermost
-    // savepoint is released or the transaction committed. Parameters are not borrowed any longer.
+    // In a transaction, runs a statement that returns no rows to its end, but need not wait for
+    // that: what it cannot do is thrown here or by a later call on the connection, at the latest
+    // when the innermost savepoint is released or the transaction committed. Parameters are not
+    // borrowed any longer.
     virtual void ExecuteLater() { Execute(); }
 
     // Ends the execution under way, if any, and sets the parameters to NULL.
@@ -181,7 +182,8 @@ class RECORDDB_API Connection {
 
     // Keeps other writers from their turn beyond the transaction under way, which is one for
     // writing, until one of them waits for it: each call lets those who wait by. False when
-    // somebody else may have written since the last call.
+    // somebody else may have written since the last call. Where tables are spread, nobody is kept
+    // from writing, but it shows all the same.
     virtual bool KeepTurn() { return false; }
     // Lets others write again, when no transaction is open.
     virtual void LetOthersWrite() {}
@@ -291,7 +293,8 @@ class RECORDDB_API Transaction {
 };
 
 // Begins a transaction on each of several connections to one database, which are open for reading;
-// all of them see the same moment. Throws Error (Unsupported, when the engine has no means for it,
+// all of them see the same moment; where tables are spread over machines, that of the first
+// machine only. Throws Error (Unsupported, when the engine has no means for it,
 // or the connections lead to different servers).
 RECORDDB_API std::vector<Transaction> BeginTogether(std::span<Connection* const> connections);
 

@@ -19,6 +19,10 @@ void ResultSet::Prepare() {
         for (const FilterNode& filter : m_query->Filters()) {
             m_parts->searchIndexes.Ensure(m_query->Type(), filter.Field());
         }
+        // Where a type is spread, which statement it is depends on the values.
+        if (!IsSpread(m_parts->batch.GetLayout(), m_query->Type())) {
+            m_parts->statements.For(*m_query, QueryStatements::Place::Unknown);
+        }
     });
 }
 

@@ -69,7 +69,7 @@ class RowWriter {
     virtual void Finish() = 0;
 };
 
-// Writes row by row with prepared statements, on any engine. The connection outlives it.
+// Writes with prepared statements of one row or a few, on any engine. The connection outlives it.
 std::unique_ptr<RowWriter> MakeStatementRowWriter(Connection& connection);
 
 }  // namespace recorddb::sql

@@ -2,7 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <chrono>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -12,11 +14,14 @@ namespace tool {
 
 namespace {
 
-// A server that takes no further connection is asked so often, in half a minute.
+// So often a server is asked for a connection by a worker that somebody waits for.
 constexpr int kMostFailedConnections = 6;
 
+// A server may be away for long, or have no room for a while: it is asked again as long as the load
+// takes, but not all the time.
 std::chrono::seconds WaitAfter(int failures) {
-    return std::chrono::seconds(1U << static_cast<unsigned>(failures - 1));
+    constexpr int most = 4;
+    return std::chrono::seconds(1U << static_cast<unsigned>(std::min(failures - 1, most)));
 }
 
 }  // namespace
@@ -92,25 +97,38 @@ bool Crew::Connect(AheadWorker& worker) {
             return true;
         }
         NoteTrouble(fmt::format("no connection for one ({})", why));
-        const bool isLast = failures == kMostFailedConnections;
-        if (isLast || (!m_options.waitsForWorkers && !m_queue.Pause(WaitAfter(failures)))) {
+        const bool goesOn = m_options.waitsForWorkers ? failures < kMostFailedConnections
+                                                      : m_queue.Pause(WaitAfter(failures));
+        if (!goesOn) {
             return false;
         }
     }
     return true;
 }
 
+// A worker whose memory runs out does without that package, or ends: what is not done ahead is done
+// in its turn.
 void Crew::Run() {
-    AheadWorker worker(m_options, m_policy);
-    while (Connect(worker)) {
-        const std::shared_ptr<Package> package = m_queue.Take();
-        if (!package) {
-            break;
+    try {
+        AheadWorker worker(m_options, m_policy);
+        while (Connect(worker)) {
+            const std::shared_ptr<Package> package = m_queue.Take();
+            if (!package) {
+                break;
+            }
+            Do(worker, *package);
+            m_queue.Finish(*package);
         }
-        worker.Work(*package, CurrentStanding());
-        m_queue.Finish(*package);
+    } catch (const std::bad_alloc&) {
     }
     m_queue.Leave();
+}
+
+void Crew::Do(AheadWorker& worker, Package& package) {
+    try {
+        worker.Work(package, CurrentStanding());
+    } catch (const std::bad_alloc&) {
+    }
 }
 
 }  // namespace tool

@@ -55,6 +55,7 @@ class Crew {
   private:
     void Start();
     void Run();
+    void Do(AheadWorker& worker, Package& package);
     bool Connect(AheadWorker& worker);
     void NoteTrouble(std::string why);
     Standing CurrentStanding();

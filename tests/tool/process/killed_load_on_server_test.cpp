@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
+#include <optional>
 #include <sstream>
 #include <utility>
 
@@ -39,19 +40,24 @@ class KilledLoadOnServer : public LoadFixture {
     void Kill(const std::function<bool(const Message&)>& kills, Fate fate) {
         std::promise<const ChildProcess*> started;
         const std::shared_future<const ChildProcess*> load = started.get_future().share();
+        // The proxy goes first, since it may still hand on what the server sent to the load.
+        std::optional<ChildProcess> child;
+        bool isKilled = false;
         const ServerProxy proxy(SocketFolderOf(m_database), m_folder.Path(),
                                 [&](const Message& message) {
-                                    if (!kills(message)) {
+                                    if (!isKilled && !kills(message)) {
                                         return Fate::Pass;
                                     }
-                                    load.get()->Signal(SIGKILL);
+                                    if (!std::exchange(isKilled, true)) {
+                                        load.get()->Signal(SIGKILL);
+                                    }
                                     return fate;
                                 });
-        ChildProcess child({ZTIMPORT, "load", UrlWithSocketIn(m_database, m_folder.Path()),
-                            "--rejects", RejectsFolder(), "--workers", m_workers, m_sources[0],
-                            m_sources[1]});
-        started.set_value(&child);
-        ASSERT_EQ(child.Wait(), 128 + SIGKILL) << child.Output();
+        child.emplace(std::vector<std::string>{
+            ZTIMPORT, "load", UrlWithSocketIn(m_database, m_folder.Path()), "--rejects",
+            RejectsFolder(), "--workers", m_workers, m_sources[0], m_sources[1]});
+        started.set_value(&*child);
+        ASSERT_EQ(child->Wait(), 128 + SIGKILL) << child->Output();
     }
 
     // Kills it at the N-th message of the tool, from 1, after the first transaction has begun.

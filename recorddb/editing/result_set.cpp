@@ -11,6 +11,7 @@
 #include "recorddb/model/value_text.h"
 #include "recorddb/store/bind_value.h"
 #include "recorddb/store/column_text.h"
+#include "recorddb/store/table_layout.h"
 
 namespace recorddb {
 

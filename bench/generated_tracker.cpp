@@ -100,13 +100,14 @@ std::string AttachmentXml(const std::filesystem::path& folder, const GeneratedRe
            Field("files", fmt::format("{}\n{}\n0\nA file", record.fields[0], name));
 }
 
+// `more` are elements besides those that each configuration has.
 std::string Configuration(std::string_view data, std::string_view key, std::string_view type,
-                          bool update) {
+                          bool update, std::string_view more = "") {
     return fmt::format(
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<configuration>\n"
         "  <import_data name=\"{}\"/>\n  <original_id name=\"{}\"/>\n  <record_type name=\"{}\"/>\n"
-        "  <updaterecord name=\"{}\"/>\n</configuration>\n",
-        data, key, type, update ? "TRUE" : "FALSE");
+        "  <updaterecord name=\"{}\"/>\n{}</configuration>\n",
+        data, key, type, update ? "TRUE" : "FALSE", more);
 }
 
 template <typename RecordXml>
@@ -190,6 +191,16 @@ PacketFiles WriteCreatePackets(const std::filesystem::path& folder, std::int64_t
 PacketFiles WriteBarePackets(const std::filesystem::path& folder, std::int64_t records) {
     return WritePackets(folder, "1-bare", Configuration("record", "source_id", "bug", false),
                         records, [](std::int64_t i) { return FieldsXml(GeneratedRecord(i)); });
+}
+
+PacketFiles MapReferences(const std::filesystem::path& folder, PacketFiles bare) {
+    bare.sources[0] = folder / "1-mapping-configuration.xml";
+    std::ofstream(bare.sources[0], std::ios::binary)
+        << Configuration("record", "source_id", "bug", false,
+                         "  <record_reference_mapping_list>\n"
+                         "    <mapping target_field=\"keywords\" reference_field=\"name\"/>\n"
+                         "  </record_reference_mapping_list>\n");
+    return bare;
 }
 
 PacketFiles WriteUpdatePackets(const std::filesystem::path& folder, std::int64_t records) {

@@ -62,6 +62,9 @@ PacketFiles WriteKeywordPackets(const std::filesystem::path& folder);
 PacketFiles WriteCreatePackets(const std::filesystem::path& folder, std::int64_t records);
 // The same records without their history, for which the history packets are then loaded.
 PacketFiles WriteBarePackets(const std::filesystem::path& folder, std::int64_t records);
+// Those packets behind a configuration that maps the keywords, as that of a map file does: so they
+// ask the database for each of them.
+PacketFiles MapReferences(const std::filesystem::path& folder, PacketFiles bare);
 // Each record's title, milestone and description differ from those before.
 PacketFiles WriteUpdatePackets(const std::filesystem::path& folder, std::int64_t records);
 // The four history lines of each record.

@@ -13,6 +13,7 @@ struct MappedSource {
     std::string name;
     std::filesystem::path file;
     std::filesystem::path map;
+    const char* limit;  // what its load has to keep; empty when nothing
 };
 
 // Writes them into `folder`: as JSON Lines, as CSV, and as one JSON array.

@@ -55,6 +55,11 @@ std::string LastName(const AddressSurvey& address) {
     return "value";
 }
 
+bool CanBeNamed(const SourceSurvey& source, const AddressSurvey& address) {
+    return source.IsCsv() ||
+           std::find(address.steps.begin(), address.steps.end(), "") == address.steps.end();
+}
+
 bool IsBelow(const AddressSurvey& address, const AddressSurvey& above) {
     return address.steps.size() > above.steps.size() &&
            std::equal(above.steps.begin(), above.steps.end(), address.steps.begin()) &&

@@ -6,6 +6,7 @@
 
 #include "tool/survey/address_survey.h"
 #include "tool/survey/draft.h"
+#include "tool/survey/source_survey.h"
 
 namespace tool {
 
@@ -16,6 +17,9 @@ inline constexpr std::size_t kLongestKeyText = 200;  // in characters
 
 // The last name in an address; a list gives its own to its elements.
 std::string LastName(const AddressSurvey& address);
+
+// Whether a map can write the address: none of its names is empty.
+bool CanBeNamed(const SourceSurvey& source, const AddressSurvey& address);
 
 // Whether an address is a part of another one.
 bool IsBelow(const AddressSurvey& address, const AddressSurvey& above);

@@ -1,0 +1,285 @@
+#include "tool/survey/draft_records.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <set>
+#include <string_view>
+#include <utility>
+
+#include "tool/survey/draft_keys.h"
+#include "tool/survey/draft_names.h"
+#include "tool/survey/draft_rules.h"
+#include "tool/survey/survey_words.h"
+#include "tool/text/number_text.h"
+
+namespace tool {
+
+namespace {
+
+constexpr std::size_t kLongestPrefix = 20;
+
+class RecordDrafter {
+  public:
+    explicit RecordDrafter(DraftWork& work) : m_work(work), m_draft(work.draft) {}
+
+    void AddRows(std::size_t place) {
+        const SourceSurvey& source = SourceAt(place);
+        DraftSource& draft = m_draft.sources[place];
+        if (source.badRows > 0) {
+            draft.notes.push_back({fmt::format("{} cannot be used and will be rejected; the survey "
+                                               "names them",
+                                               CountOf(source.badRows, "row")),
+                                   true});
+        }
+        for (const SourceSurvey::Outside& outside : source.outside) {
+            draft.notes.push_back(
+                {fmt::format("{} stands beside the rows and is read by nothing ({})",
+                             outside.address, CountOf(outside.values, "value")),
+                 true});
+        }
+        if (source.valuesBeyond > 0) {
+            draft.notes.push_back(
+                {"there are more addresses than a survey tells apart: the rest is missing here",
+                 true});
+        }
+        const std::optional<std::size_t> key = FindRowKey(source);
+        if (!key) {
+            draft.notes.push_back({"no row has a value that a record could be known by", true});
+            return;
+        }
+        Scope scope{AddType(m_work, place, source.group.name), place, 0, key};
+        DraftType& type = TypeOf(scope);
+        if (!IsKey(source, source.addresses[*key])) {
+            type.notes.push_back(
+                {fmt::format("no {0} tells all rows apart; rows without a value of {1}, or with "
+                             "one that came before, are rejected. Name another key, put one "
+                             "together (text: \"{{a}}-{{b}}\"), or say what becomes of rows that "
+                             "repeat it (same_key: first, or merge)",
+                             source.IsCsv() ? "column" : "address",
+                             AddressText(source, source.addresses[*key])),
+                 true});
+        }
+        FindStates(scope);
+        AddField(scope, *key);
+        AddFields(scope, 0, source.addresses.size());
+    }
+
+  private:
+    // Where fields of a record stand: in a row, or in an item of a list in it.
+    struct Scope {
+        std::size_t type;
+        std::size_t source;
+        std::size_t depth;  // steps from the row to the item
+        std::optional<std::size_t> key;
+        DraftNames names{DraftNames::kFieldLimit};
+    };
+
+    const SourceSurvey& SourceAt(std::size_t source) const { return m_work.survey.sources[source]; }
+
+    DraftType& TypeOf(const Scope& scope) { return m_draft.types[scope.type]; }
+
+    void FindStates(Scope& scope) {
+        const SourceSurvey& source = SourceAt(scope.source);
+        for (std::size_t i = 0; i < source.addresses.size(); ++i) {
+            if (i == scope.key || !CanBeState(source.addresses[i])) {
+                continue;
+            }
+            DraftType& type = TypeOf(scope);
+            for (const auto& entry : source.addresses[i].values.Frequent(kMostStates)) {
+                type.states.push_back(entry.text);
+            }
+            type.prefix = PrefixFor(type.name);
+            scope.names.Reserve("id");
+            scope.names.Reserve("state");
+            m_state = AddressRef{scope.source, i};
+            return;
+        }
+    }
+
+    std::string PrefixFor(const std::string& name) {
+        std::string prefix = name.substr(0, kLongestPrefix - 2);
+        std::transform(prefix.begin(), prefix.end(), prefix.begin(), [](char c) {
+            return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+        });
+        while (!prefix.empty() &&
+               ((prefix.back() >= '0' && prefix.back() <= '9') || prefix.back() == '_')) {
+            prefix.pop_back();
+        }
+        prefix = prefix.empty() ? "R" : prefix;
+        std::string ending;
+        for (char letter = 'A'; !m_prefixes.insert(prefix + ending).second; ++letter) {
+            ending = letter;
+        }
+        return prefix + ending;
+    }
+
+    // Adds fields for the addresses from `begin` up to `end`.
+    void AddFields(Scope& scope, std::size_t begin, std::size_t end) {
+        const SourceSurvey& source = SourceAt(scope.source);
+        for (std::size_t i = begin; i < end;) {
+            const AddressSurvey& address = source.addresses[i];
+            const bool isPlain = address.Values() > 0;
+            const bool isObject = address.objects > 0;
+            const bool isList = address.lists > 0;
+            if (!CanBeNamed(source, address)) {
+                m_draft.sources[scope.source].notes.push_back(
+                    {fmt::format("{} cannot be named in a map, since a name in it is empty",
+                                 AddressText(source, address)),
+                     true});
+                i = EndBelow(source, i);
+            } else if (static_cast<int>(isPlain) + static_cast<int>(isObject) +
+                           static_cast<int>(isList) >
+                       1) {
+                Ignore(scope, i, "different kinds of values stand here: " + KindText(address));
+                i = EndBelow(source, i);
+            } else if (isList) {
+                AddList(scope, i);
+                i = EndBelow(source, i);
+            } else {
+                if (i != scope.key && (isPlain || source.IsCsv())) {
+                    AddField(scope, i);
+                } else if (!isPlain && !isObject) {
+                    m_draft.sources[scope.source].notes.push_back(
+                        {fmt::format("{} never has a value", AddressText(source, address))});
+                }
+                ++i;
+            }
+        }
+    }
+
+    static std::size_t EndBelow(const SourceSurvey& source, std::size_t place) {
+        std::size_t end = place + 1;
+        while (end < source.addresses.size() &&
+               IsBelow(source.addresses[end], source.addresses[place])) {
+            ++end;
+        }
+        return end;
+    }
+
+    void Ignore(const Scope& scope, std::size_t place, const std::string& why) {
+        const SourceSurvey& source = SourceAt(scope.source);
+        m_draft.sources[scope.source].ignored.push_back(
+            {AddressYaml(source, source.addresses[place], 0),
+             {why + "; it is left out until a step reads it", true}});
+    }
+
+    // An address from the row on, or from the item that is `depth` steps below it.
+    static std::string AddressYaml(const SourceSurvey& source, const AddressSurvey& address,
+                                   std::size_t depth) {
+        if (address.column) {
+            return fmt::format("{{column: {}}}", *address.column + 1);
+        }
+        AddressSurvey rest;
+        rest.steps.assign(address.steps.begin() + static_cast<std::ptrdiff_t>(depth),
+                          address.steps.end());
+        return YamlText(AddressText(source, rest));
+    }
+
+    DraftField& AddField(Scope& scope, std::size_t place) {
+        const SourceSurvey& source = SourceAt(scope.source);
+        const AddressSurvey& address = source.addresses[place];
+        const AddressRef ref{scope.source, place};
+        DraftField field;
+        field.isState = m_state == ref;
+        field.isKey = scope.key == place;
+        field.name = field.isState ? "state" : NameOf(scope, address, field.isKey);
+        field.address = AddressYaml(source, address, scope.depth);
+        if (!field.isState && !field.isKey) {
+            SetKind(field, address);
+        }
+        m_work.addresses[{scope.type, TypeOf(scope).fields.size()}] = ref;
+        if (scope.depth == 0) {
+            m_work.fields[{ref.source, ref.address}] = {scope.type, TypeOf(scope).fields.size()};
+        }
+        TypeOf(scope).fields.push_back(std::move(field));
+        return TypeOf(scope).fields.back();
+    }
+
+    std::string NameOf(Scope& scope, const AddressSurvey& address, bool isKey) {
+        const std::string last = LastName(address);
+        const bool isOwn =
+            TypeOf(scope).HasStates() && NameFor(last, DraftNames::kFieldLimit) == "id";
+        return scope.names.Take(isOwn ? (isKey ? "source_id" : "source_" + last) : last);
+    }
+
+    void AddList(Scope& scope, std::size_t place) {
+        const SourceSurvey& source = SourceAt(scope.source);
+        const std::size_t end = EndBelow(source, place);
+        if (end == place + 1) {
+            m_draft.sources[scope.source].notes.push_back({fmt::format(
+                "the lists at {} are all empty", AddressText(source, source.addresses[place]))});
+            return;
+        }
+        const AddressSurvey& element = source.addresses[place + 1];
+        if (element.Values() > 0 && element.IsScalarOnly()) {
+            AddField(scope, place + 1).isList = true;
+        } else if (element.objects > 0 && element.lists == 0 && element.Values() == 0) {
+            AddItems(scope, place, end);
+        } else if (element.Values() + element.objects + element.lists > 0) {
+            Ignore(scope, place, "the lists hold " + KindText(element));
+        }
+    }
+
+    // Items of a list become records of their own, if there is a value that they can be known by.
+    void AddItems(const Scope& parent, std::size_t list, std::size_t end) {
+        const SourceSurvey& source = SourceAt(parent.source);
+        const std::size_t element = list + 1;
+        const std::optional<std::size_t> key = FindItemKey(source, element, end);
+        if (!key) {
+            Ignore(parent, list, "a list of objects without a value that each could be known by");
+            return;
+        }
+        const std::string name =
+            m_draft.types[parent.type].name + '_' + LastName(source.addresses[list]);
+        const std::size_t row = RowTypeOf(parent.source);
+        Scope scope{AddType(m_work, parent.source, name), parent.source,
+                    source.addresses[element].steps.size(), key};
+        TypeOf(scope).each = AddressRef{parent.source, element};
+        TypeOf(scope).notes.push_back(
+            {fmt::format("records of their own. Where they are the history, or the attachments, of "
+                         "{}, a step history: {}, or attachments:, makes that of them",
+                         m_draft.types[row].name, m_draft.types[row].name),
+             true});
+        AddField(scope, *key);
+        AddParent(scope, row);
+        AddFields(scope, element + 1, end);
+    }
+
+    std::size_t RowTypeOf(std::size_t source) const {
+        const auto found = std::find_if(
+            m_draft.types.begin(), m_draft.types.end(),
+            [&](const DraftType& type) { return type.source == source && !type.each; });
+        return static_cast<std::size_t>(found - m_draft.types.begin());
+    }
+
+    void AddParent(Scope& scope, std::size_t row) {
+        const DraftField* const key = m_draft.types[row].Key();
+        DraftField field;
+        field.name = scope.names.Take(m_draft.types[row].name);
+        field.kind = "reference";
+        field.reference = DraftReference{row, key->name, false, false};
+        const SourceSurvey& source = SourceAt(scope.source);
+        const AddressRef ref = m_work.addresses.at({row, 0});
+        AddressSurvey fromRow;
+        fromRow.steps = source.addresses[ref.address].steps;
+        field.address = YamlText("/" + AddressText(source, fromRow));
+        TypeOf(scope).fields.push_back(std::move(field));
+    }
+
+    DraftWork& m_work;
+    Draft& m_draft;
+    std::set<std::string> m_prefixes;
+    std::optional<AddressRef> m_state;
+};
+
+}  // namespace
+
+void DraftRecords(DraftWork& work) {
+    RecordDrafter drafter(work);
+    for (std::size_t source = 0; source < work.survey.sources.size(); ++source) {
+        drafter.AddRows(source);
+    }
+}
+
+}  // namespace tool

@@ -4,8 +4,12 @@
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
+#include <array>
 #include <chrono>
+#include <filesystem>
+#include <sstream>
 #include <stdexcept>
 
 extern char** environ;
@@ -18,7 +22,14 @@ double Seconds(const timeval& time) {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
 }
 
-pid_t Start(const std::vector<std::string>& command) {
+// Stands beside the benchmark.
+std::string MeasuredRun() {
+    return (std::filesystem::read_symlink("/proc/self/exe").parent_path() / "measured_run")
+        .string();
+}
+
+// Starts a program whose standard output is `output`.
+pid_t Start(const std::vector<std::string>& command, int output) {
     std::vector<char*> arguments;
     for (const std::string& argument : command) {
         arguments.push_back(const_cast<char*>(argument.c_str()));
@@ -26,7 +37,7 @@ pid_t Start(const std::vector<std::string>& command) {
     arguments.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
     pid_t child = 0;
     const int failure =
         posix_spawn(&child, arguments[0], &actions, nullptr, arguments.data(), environ);
@@ -35,6 +46,16 @@ pid_t Start(const std::vector<std::string>& command) {
         throw std::runtime_error("cannot start " + command[0]);
     }
     return child;
+}
+
+// What is read from a pipe until nobody writes there any more.
+std::string ReadAll(int pipe) {
+    std::string text;
+    std::array<char, 256> part{};
+    for (ssize_t size = 0; (size = read(pipe, part.data(), part.size())) > 0;) {
+        text.append(part.data(), static_cast<std::size_t>(size));
+    }
+    return text;
 }
 
 double Now() {
@@ -60,17 +81,23 @@ Run Run::PerRecord(std::int64_t records) const {
 }
 
 Run RunChild(const std::vector<std::string>& command) {
-    const double start = Now();
-    const pid_t child = Start(command);
+    std::vector<std::string> whole = {MeasuredRun()};
+    whole.insert(whole.end(), command.begin(), command.end());
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+        throw std::runtime_error("cannot make a pipe");
+    }
+    const pid_t child = Start(whole, ends[1]);
+    close(ends[1]);
+    std::istringstream told(ReadAll(ends[0]));
+    close(ends[0]);
     int status = 0;
-    rusage usage{};
-    if (wait4(child, &status, 0, &usage) != child || !WIFEXITED(status) ||
-        WEXITSTATUS(status) != 0) {
+    Run run;
+    if (waitpid(child, &status, 0) != child || !WIFEXITED(status) || WEXITSTATUS(status) != 0 ||
+        !(told >> run.seconds >> run.processorSeconds >> run.peakKilobytes)) {
         throw std::runtime_error(command[0] + " " + command[1] + " failed");
     }
-    return {.seconds = Now() - start,
-            .processorSeconds = ProcessorSeconds(usage),
-            .peakKilobytes = usage.ru_maxrss};
+    return run;
 }
 
 StopWatch::StopWatch() : m_start(Now()), m_processorStart(OwnProcessorSeconds()) {}

@@ -4,6 +4,7 @@
 #include <openssl/evp.h>
 
 #include <array>
+#include <new>
 #include <span>
 #include <stdexcept>
 
@@ -28,7 +29,9 @@ struct ContentHash::Context {
 };
 
 ContentHash::ContentHash() : m_context(std::make_unique<Context>()) {
-    RequireHashed(m_context->handle != nullptr ? 1 : 0);
+    if (m_context->handle == nullptr) {
+        throw std::bad_alloc();
+    }
     RequireHashed(EVP_DigestInit_ex(m_context->handle.get(), EVP_blake2b512(), nullptr));
 }
 

@@ -205,6 +205,7 @@ void PostgresConnection::Run(Control control) {
             Begin();
             break;
         case Control::BeginReading:
+            m_handle.GiveUpLeft();
             m_handle.Run(std::string(PostgresConnector::kBeginReading));
             break;
         case Control::Commit:

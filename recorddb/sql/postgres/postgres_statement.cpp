@@ -33,6 +33,10 @@ std::int64_t PostgresStatement::Execute() {
 }
 
 void PostgresStatement::ExecuteLater() {
+    if (Handle().GetState() == PostgresHandle::State::Idle) {
+        Execute();
+        return;
+    }
     try {
         EnsurePrepared();
         Handle().SendPrepared(Name(), Parameters(), Sql());

@@ -127,6 +127,12 @@ TEST_P(SavepointTest, StatementForLaterIsUndoneWithItsTransaction) {
     EXPECT_EQ(Count(), 0);
 }
 
+TEST_P(SavepointTest, StatementForLaterIsDoneAtOnceOutsideOfATransaction) {
+    InsertLater("taken");
+    EXPECT_EQ(ErrorOf([&] { InsertLater("taken"); }).Kind(), ErrorKind::UniqueViolation);
+    EXPECT_EQ(Count(), 1);
+}
+
 TEST_P(SavepointTest, StatementForLaterFailsTheCommit) {
     Insert("taken");
     {

@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <exception>
 #include <iostream>
 #include <new>

@@ -11,6 +11,12 @@ _ztimport_takes_value() {
     sed -n 's/^  \(-[^ ]*\) [A-Z].*/\1/p' <<<"$2" | grep -qxFe "$1"
 }
 
+# What kind of value the option takes, as its help names it: TEXT, a unit, or the words to choose from,
+# TEXT:{csv,jsonl,json}.
+_ztimport_kind() {
+    sed -n "s/^  $1 \([A-Z][^ =]*\).*/\1/p" <<<"$2"
+}
+
 # The record types of a database, given as `show` takes it; nothing where it cannot be read.
 _ztimport_types() {
     "$1" show "${@:2}" 2>/dev/null </dev/null | sed -n 's/^\([^ ]\{1,\}\)  *[0-9][0-9,]*$/\1/p'
@@ -48,11 +54,16 @@ _ztimport() {
         return 0
     fi
     if [[ -n $previous ]]; then
-        compopt -o filenames
-        case $previous in
-            --attachments | --rejects) mapfile -t COMPREPLY < <(compgen -d -- "$current") ;;
-            --schema | --max-*) compopt +o filenames ;;
-            *) mapfile -t COMPREPLY < <(compgen -f -- "$current") ;;
+        word=$(_ztimport_kind "$previous" "$help")
+        case $previous:$word in
+            *:TEXT:{*) mapfile -t COMPREPLY < <(compgen -W "$(tr '{},' '   ' <<<"${word#TEXT:}")" -- "$current") ;;
+            --schema:* | --separator:* | --encoding:*) ;;
+            --attachments:* | --rejects:*)
+                compopt -o filenames
+                mapfile -t COMPREPLY < <(compgen -d -- "$current") ;;
+            *:TEXT)
+                compopt -o filenames
+                mapfile -t COMPREPLY < <(compgen -f -- "$current") ;;
         esac
         return 0
     fi

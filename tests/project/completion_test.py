@@ -44,7 +44,7 @@ class Completion(unittest.TestCase):
 
     def test_commands(self):
         self.assertEqual(self.offered("ch"), ["check"])
-        self.assertLessEqual({"init", "load", "check", "verify", "show"}, set(self.offered("")))
+        self.assertLessEqual({"init", "load", "check", "verify", "show", "survey"}, set(self.offered("")))
 
     def test_options_of_a_command(self):
         self.assertEqual(self.offered("load", "--max-re"), ["--max-record-size", "--max-reference-tries",
@@ -62,6 +62,12 @@ class Completion(unittest.TestCase):
 
     def test_nothing_where_a_number_is_meant(self):
         self.assertEqual(self.offered("load", "--max-rejects", ""), [])
+        self.assertEqual(self.offered("load", "--workers", ""), [])
+        self.assertEqual(self.offered("load", "--retry-for", ""), [])
+
+    def test_words_where_there_is_a_choice(self):
+        self.assertEqual(self.offered("survey", "--format", ""), ["csv", "json", "jsonl"])
+        self.assertEqual(self.offered("init", "tracker.db", "--layout", "s"), ["sharded"])
 
     def test_record_types_of_the_database(self):
         self.assertEqual(self.offered("show", "tracker.db", ""), ["bug", "component", "keyword", "user"])

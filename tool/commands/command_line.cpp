@@ -258,6 +258,7 @@ void AddSurvey(CLI::App& app, Commands& commands) {
                        "what stands between the cells of CSV files, instead of a guess");
     survey->add_option("--encoding", request.encoding,
                        "in what CSV files are written, instead of a guess");
+    survey->add_option("--report", request.report, "file to write a report to (JSON)");
     survey->add_option("--html", request.html, "file to write a page for people to (HTML)");
     survey->add_option("--write-schema", request.writeSchema,
                        "new file to write a draft of a schema file to (YAML)");

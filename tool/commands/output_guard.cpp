@@ -175,6 +175,7 @@ void CheckOutputs(const SurveyRequest& request, const SurveyFiles& files) {
         guard.Keep(argument == "-" ? "/dev/stdin" : argument, "the source " + argument);
     }
     guard.CheckStandardOutputs();
+    guard.Check("--report", request.report);
     guard.Check("--html", request.html);
     guard.Check("--write-schema", request.writeSchema);
     guard.Check("--write-map", request.writeMap);

@@ -11,6 +11,7 @@
 #include "tool/io/charset_decoder.h"
 #include "tool/io/replacing_file.h"
 #include "tool/process/usage_error.h"
+#include "tool/report/survey_report.h"
 #include "tool/survey/draft.h"
 #include "tool/survey/draft_text.h"
 #include "tool/survey/survey.h"
@@ -86,11 +87,18 @@ void RunSurvey(const SurveyRequest& request, std::ostream& out) {
     CheckOutputs(request, files);
     std::optional<ReplacingFile> schema = OpenDraft("--write-schema", request.writeSchema);
     std::optional<ReplacingFile> map = OpenDraft("--write-map", request.writeMap);
+    std::optional<SurveyReport> report;
+    if (!request.report.empty()) {
+        report.emplace(request.report);
+    }
     std::optional<HtmlSurveyReport> page;
     if (!request.html.empty()) {
         page.emplace(request.html, request.sources);
     }
     const Survey survey = SurveyAll(files, options);
+    if (report) {
+        report->Write(survey);
+    }
     if (page) {
         page->Write(survey);
     }

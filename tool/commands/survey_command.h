@@ -13,6 +13,7 @@ struct SurveyRequest {
     std::string format;
     std::string separator;
     std::string encoding;
+    std::string report;
     std::string html;
     std::string writeSchema;
     std::string writeMap;

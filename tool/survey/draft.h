@@ -37,6 +37,7 @@ struct DraftField {
     std::vector<std::string> choices;
     std::optional<DraftReference> reference;
     std::string address;              // YAML: where the value stands
+    std::string pattern;              // YAML: a template of several addresses, instead of one
     std::optional<std::string> date;  // its format
     std::optional<std::string> join;
     bool isList = false;     // takes all values at its address

@@ -2,8 +2,7 @@
 
 #include <algorithm>
 
-#include "tool/survey/draft_rules.h"
-#include "tool/survey/survey.h"
+#include "tool/survey/key_rules.h"
 #include "tool/survey/value_counts.h"
 
 namespace tool {

@@ -10,6 +10,8 @@
 #include "tool/survey/draft_keys.h"
 #include "tool/survey/draft_names.h"
 #include "tool/survey/draft_rules.h"
+#include "tool/survey/key_pairs.h"
+#include "tool/survey/key_rules.h"
 #include "tool/survey/survey_words.h"
 #include "tool/text/number_text.h"
 
@@ -49,19 +51,19 @@ class RecordDrafter {
             return;
         }
         Scope scope{AddType(m_work, place, source.group.name), place, 0, key};
-        DraftType& type = TypeOf(scope);
-        if (!IsKey(source, source.addresses[*key])) {
-            type.notes.push_back(
-                {fmt::format("no {0} tells all rows apart; rows without a value of {1}, or with "
-                             "one that came before, are rejected. Name another key, put one "
-                             "together (text: \"{{a}}-{{b}}\"), or say what becomes of rows that "
-                             "repeat it (same_key: first, or merge)",
-                             source.IsCsv() ? "column" : "address",
-                             AddressText(source, source.addresses[*key])),
-                 true});
+        const bool isPair = !source.keyPairs.empty();
+        if (isPair) {
+            scope.key.reset();
         }
         FindStates(scope);
-        AddField(scope, *key);
+        if (isPair) {
+            AddPairedKey(scope, source.keyPairs.front());
+        } else {
+            AddField(scope, *key);
+            if (!IsKey(source, source.addresses[*key])) {
+                NoteRepeats(scope);
+            }
+        }
         AddFields(scope, 0, source.addresses.size());
     }
 
@@ -76,6 +78,43 @@ class RecordDrafter {
     };
 
     const SourceSurvey& SourceAt(std::size_t source) const { return m_work.survey.sources[source]; }
+
+    void NoteRepeats(const Scope& scope) {
+        const SourceSurvey& source = SourceAt(scope.source);
+        TypeOf(scope).notes.push_back(
+            {fmt::format("no {0} tells all rows apart; rows without a value of {1}, or with "
+                         "one that came before, are rejected. Name another key, put one "
+                         "together (text: \"{{a}}-{{b}}\"), or say what becomes of rows that "
+                         "repeat it (same_key: first, or merge)",
+                         source.IsCsv() ? "column" : "address",
+                         AddressText(source, source.addresses[*scope.key])),
+             true});
+    }
+
+    // The template that makes one key of two addresses, of which `root` leads to the row.
+    static std::string PairPattern(const SourceSurvey& source, KeyPair pair,
+                                   std::string_view root) {
+        const auto part = [&](std::size_t address) {
+            return fmt::format("{{{}{}}}", root, AddressText(source, source.addresses[address]));
+        };
+        return YamlText(PairedKey(part(pair.first), part(pair.second)));
+    }
+
+    void AddPairedKey(Scope& scope, KeyPair pair) {
+        const SourceSurvey& source = SourceAt(scope.source);
+        DraftField field;
+        field.name = scope.names.Take("key");
+        field.isKey = true;
+        field.pattern = PairPattern(source, pair, "");
+        TypeOf(scope).notes.push_back(
+            {fmt::format("no {} tells all rows apart, but {} and {} together do, so the key is put "
+                         "together of these. Is that how records are known?",
+                         source.IsCsv() ? "column" : "address",
+                         AddressText(source, source.addresses[pair.first]),
+                         AddressText(source, source.addresses[pair.second])),
+             true});
+        TypeOf(scope).fields.push_back(std::move(field));
+    }
 
     DraftType& TypeOf(const Scope& scope) { return m_draft.types[scope.type]; }
 
@@ -253,17 +292,26 @@ class RecordDrafter {
         return static_cast<std::size_t>(found - m_draft.types.begin());
     }
 
+    // Sets where an item finds the key of its row.
+    void ReferToRow(std::size_t place, std::size_t row, DraftField& field) const {
+        const SourceSurvey& source = SourceAt(place);
+        const auto key = m_work.addresses.find({row, 0});
+        if (key == m_work.addresses.end()) {
+            field.pattern = PairPattern(source, source.keyPairs.front(), "/");
+            return;
+        }
+        AddressSurvey fromRow;
+        fromRow.steps = source.addresses[key->second.address].steps;
+        field.address = YamlText("/" + AddressText(source, fromRow));
+    }
+
     void AddParent(Scope& scope, std::size_t row) {
         const DraftField* const key = m_draft.types[row].Key();
         DraftField field;
         field.name = scope.names.Take(m_draft.types[row].name);
         field.kind = "reference";
         field.reference = DraftReference{row, key->name, false, false};
-        const SourceSurvey& source = SourceAt(scope.source);
-        const AddressRef ref = m_work.addresses.at({row, 0});
-        AddressSurvey fromRow;
-        fromRow.steps = source.addresses[ref.address].steps;
-        field.address = YamlText("/" + AddressText(source, fromRow));
+        ReferToRow(scope.source, row, field);
         TypeOf(scope).fields.push_back(std::move(field));
     }
 

@@ -6,6 +6,7 @@
 
 #include "tool/survey/draft_names.h"
 #include "tool/survey/draft_rules.h"
+#include "tool/survey/key_rules.h"
 
 namespace tool {
 

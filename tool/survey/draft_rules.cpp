@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tool/survey/draft_names.h"
+#include "tool/survey/key_rules.h"
 #include "tool/survey/survey_words.h"
 
 namespace tool {
@@ -18,14 +19,6 @@ namespace {
 constexpr std::size_t kLongestState = 30;  // as a schema file has it
 constexpr std::size_t kMostChoices = 12;
 constexpr std::uint64_t kOftenEnough = 3;
-
-std::string Lower(std::string_view text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) {
-        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    });
-    return lower;
-}
 
 void SuggestChoices(DraftField& field, const AddressSurvey& address) {
     const std::size_t distinct = address.values.Distinct();
@@ -46,45 +39,14 @@ void SuggestChoices(DraftField& field, const AddressSurvey& address) {
 
 }  // namespace
 
-std::string LastName(const AddressSurvey& address) {
-    for (std::size_t i = address.steps.size(); i > 0; --i) {
-        if (!address.isElement[i - 1]) {
-            return address.steps[i - 1];
-        }
-    }
-    return "value";
-}
-
-bool CanBeNamed(const SourceSurvey& source, const AddressSurvey& address) {
-    return source.IsCsv() ||
-           std::find(address.steps.begin(), address.steps.end(), "") == address.steps.end();
-}
-
 bool IsBelow(const AddressSurvey& address, const AddressSurvey& above) {
     return address.steps.size() > above.steps.size() &&
            std::equal(above.steps.begin(), above.steps.end(), address.steps.begin()) &&
            std::equal(above.isElement.begin(), above.isElement.end(), address.isElement.begin());
 }
 
-std::size_t KeyRank(const AddressSurvey& address) {
-    static constexpr std::array<std::string_view, 10> kNames = {
-        "id", "key", "number", "nr", "no", "code", "login", "uuid", "guid", "name"};
-    const std::string name = Lower(LastName(address));
-    const auto* const known = std::find(kNames.begin(), kNames.end(), name);
-    const std::size_t rank = known != kNames.end()
-                                 ? static_cast<std::size_t>(known - kNames.begin())
-                             : name.ends_with("id") ? kNames.size()
-                                                    : kNames.size() + 1;
-    return rank + address.steps.size() * (kNames.size() + 2);
-}
-
-bool CanBeKey(const AddressSurvey& address) {
-    return address.IsUnique() && address.IsScalarOnly() && address.severalLines == 0 &&
-           address.longest <= kLongestKeyText && address.dates.Dates() == 0 && address.words == 0;
-}
-
 bool CanBeState(const AddressSurvey& address) {
-    const std::string name = Lower(LastName(address));
+    const std::string name = LowerLastName(address);
     const auto& entries = address.values.Entries();
     return (name == "status" || name == "state") && address.texts > 0 && address.integers == 0 &&
            address.texts == address.Values() && address.IsScalarOnly() && !address.IsInList() &&

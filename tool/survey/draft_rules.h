@@ -6,29 +6,15 @@
 
 #include "tool/survey/address_survey.h"
 #include "tool/survey/draft.h"
-#include "tool/survey/source_survey.h"
 
 namespace tool {
 
 // What a draft makes of what stands at one address.
 
 inline constexpr std::size_t kMostStates = 30;
-inline constexpr std::size_t kLongestKeyText = 200;  // in characters
-
-// The last name in an address; a list gives its own to its elements.
-std::string LastName(const AddressSurvey& address);
-
-// Whether a map can write the address: none of its names is empty.
-bool CanBeNamed(const SourceSurvey& source, const AddressSurvey& address);
 
 // Whether an address is a part of another one.
 bool IsBelow(const AddressSurvey& address, const AddressSurvey& above);
-
-// How good the name of an address is for a key; smaller is better.
-std::size_t KeyRank(const AddressSurvey& address);
-
-// Whether records could be known by the values, as far as each has one.
-bool CanBeKey(const AddressSurvey& address);
 
 // Whether the values are the states of the records.
 bool CanBeState(const AddressSurvey& address);

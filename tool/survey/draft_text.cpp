@@ -91,6 +91,10 @@ std::string ByField(const Draft& draft, const DraftReference& reference) {
 }
 
 std::string FieldValue(const Draft& draft, const DraftField& field) {
+    if (!field.pattern.empty()) {
+        const std::string by = field.reference ? ByField(draft, *field.reference) : "";
+        return fmt::format("{{text: {}{}}}", field.pattern, by);
+    }
     std::string more;
     if (field.date) {
         more += ", date: " + YamlText(*field.date);

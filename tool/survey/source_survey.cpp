@@ -186,7 +186,9 @@ class RowGatherer final : public RowHandler {
     std::size_t m_count = 0;
 };
 
-std::unique_ptr<RowReader> OpenReader(ByteSource& bytes, const SourceSurvey& survey) {
+}  // namespace
+
+std::unique_ptr<RowReader> OpenRows(ByteSource& bytes, const SourceSurvey& survey) {
     switch (survey.group.format) {
         case MapFormat::Csv:
             return std::make_unique<CsvReader>(bytes, survey.guess.csv);
@@ -197,8 +199,6 @@ std::unique_ptr<RowReader> OpenReader(ByteSource& bytes, const SourceSurvey& sur
     }
 }
 
-}  // namespace
-
 SourceSurvey SurveySource(const SurveyGroup& group, const SurveyOptions& options,
                           ValueSpool& spool) {
     SourceSurvey survey;
@@ -208,7 +208,7 @@ SourceSurvey SurveySource(const SurveyGroup& group, const SurveyOptions& options
     for (const SurveyFile& file : group.files) {
         WatchedFile bytes(file.path, file.name);
         gatherer.BeginFile(file.name);
-        OpenReader(bytes, survey)->Read(gatherer);
+        OpenRows(bytes, survey)->Read(gatherer);
     }
     gatherer.Finish();
     return survey;

@@ -3,15 +3,24 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "tool/io/byte_source.h"
+#include "tool/sources/rows/row_reader.h"
 #include "tool/survey/address_survey.h"
 #include "tool/survey/source_guess.h"
 #include "tool/survey/survey_files.h"
 
 namespace tool {
+
+// Two addresses of a source, by position, whose values together are others in each row.
+struct KeyPair {
+    std::size_t first = 0;
+    std::size_t second = 0;
+};
 
 // What has been found out about the files of one kind.
 struct SourceSurvey {
@@ -44,9 +53,14 @@ struct SourceSurvey {
     std::vector<AddressSurvey> addresses;
     std::uint64_t valuesBeyond = 0;  // at addresses that were too many
     std::vector<Outside> outside;
+    // Looked for where no address tells the rows apart by itself; the best ones first.
+    std::vector<KeyPair> keyPairs;
 
     bool IsCsv() const { return group.format == MapFormat::Csv; }
 };
+
+// The reader of one of the files.
+std::unique_ptr<RowReader> OpenRows(ByteSource& bytes, const SourceSurvey& survey);
 
 // Reads all files of a group, in constant memory. Throws SourceError when one of them cannot be
 // read, std::system_error when a temporary file cannot be written.

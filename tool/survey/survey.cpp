@@ -1,8 +1,12 @@
 #include "tool/survey/survey.h"
 
+#include <algorithm>
 #include <map>
 #include <set>
 #include <utility>
+
+#include "tool/survey/key_pairs.h"
+#include "tool/survey/key_rules.h"
 
 namespace tool {
 
@@ -93,6 +97,13 @@ class ValueComparison {
     std::map<ValueSpool::Column, std::set<ValueHash>> m_found;
 };
 
+bool HasKey(const SourceSurvey& source) {
+    return source.rows < 2 || std::any_of(source.addresses.begin(), source.addresses.end(),
+                                          [&](const AddressSurvey& address) {
+                                              return IsKey(source, address) && CanBeKey(address);
+                                          });
+}
+
 }  // namespace
 
 Survey SurveyAll(const SurveyFiles& files, const SurveyOptions& options) {
@@ -103,12 +114,12 @@ Survey SurveyAll(const SurveyFiles& files, const SurveyOptions& options) {
         survey.sources.push_back(SurveySource(group, options, spool));
     }
     ValueComparison(survey, spool).Run();
+    for (SourceSurvey& source : survey.sources) {
+        if (!HasKey(source)) {
+            FindKeyPairs(source);
+        }
+    }
     return survey;
-}
-
-bool IsKey(const SourceSurvey& source, const AddressSurvey& address) {
-    return address.IsUnique() && address.IsScalarOnly() && !address.IsInList() &&
-           address.Values() == source.rows && address.severalLines == 0;
 }
 
 }  // namespace tool

@@ -43,10 +43,6 @@ struct Survey {
 // temporary file cannot be written.
 Survey SurveyAll(const SurveyFiles& files, const SurveyOptions& options);
 
-// Whether the rows of a source can be known by what stands at an address: each has a value there,
-// and no two the same.
-bool IsKey(const SourceSurvey& source, const AddressSurvey& address);
-
 }  // namespace tool
 
 #endif

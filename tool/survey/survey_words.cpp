@@ -7,6 +7,7 @@
 #include <array>
 #include <string_view>
 
+#include "tool/survey/key_rules.h"
 #include "tool/text/number_text.h"
 
 namespace tool {
@@ -18,6 +19,8 @@ constexpr std::size_t kShownSize = 40;
 
 // Longer texts with commas are sentences and no lists, in characters.
 constexpr std::size_t kLongestList = 100;
+// Of pairs that could be the key.
+constexpr std::size_t kShownPairs = 3;
 // One in so many values must have commas for them to be worth a word.
 constexpr std::uint64_t kCommaShare = 3;
 
@@ -236,6 +239,13 @@ std::vector<std::string> Remarks(const SourceSurvey& source) {
     if (source.badRows > source.shownBadRows.size()) {
         remarks.push_back(fmt::format("and {} more that cannot be used",
                                       CountOf(source.badRows - source.shownBadRows.size(), "row")));
+    }
+    for (std::size_t i = 0; i < source.keyPairs.size() && i < kShownPairs; ++i) {
+        const KeyPair& pair = source.keyPairs[i];
+        remarks.push_back(
+            fmt::format("{} and {} together could be the key: no two rows have the same",
+                        AddressText(source, source.addresses[pair.first]),
+                        AddressText(source, source.addresses[pair.second])));
     }
     if (source.endsEarly) {
         remarks.emplace_back("what is behind the last of these rows could not be read");

@@ -150,6 +150,19 @@ TEST_F(DraftTest, SaysWhereNoColumnTellsRowsApart) {
     EXPECT_THAT(Make().mapText, HasSubstr("# decide: no column tells all rows apart"));
 }
 
+TEST_F(DraftTest, PutsAKeyTogetherOfTwoColumns) {
+    Write("a.jsonl", R"({"project":"pier","number":1,"parts":[{"id":"p1"}]}
+{"project":"pier","number":2,"parts":[{"id":"p2"}]}
+{"project":"deck","number":1,"parts":[{"id":"p3"}]}
+)");
+    const Drafts drafts = Make();
+    EXPECT_EQ(drafts.map.steps.at(0).key, "key");
+    EXPECT_THAT(drafts.mapText, HasSubstr("key: {text: \"{project}-{number}\"}"));
+    EXPECT_THAT(drafts.mapText, HasSubstr("a: {text: \"{/project}-{/number}\"}"));
+    EXPECT_THAT(drafts.mapText, HasSubstr("# decide: no address tells all rows apart, but project "
+                                          "and number together do"));
+}
+
 TEST_F(DraftTest, SaysWhatElseIsToBeDecided) {
     Write("bugs.csv", "id,when,day,kind\n1,2020-01-02,01/02/2020,n/a\n2,2020-01-03,03/02/2020,x\n");
     const Drafts drafts = Make();

@@ -2,6 +2,7 @@
 
 #include <fstream>
 #include <iterator>
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "survey_fixture.h"
@@ -45,6 +46,20 @@ TEST_F(SurveyCommandTest, WritesTheDrafts) {
     EXPECT_THAT(Run(), HasSubstr("2 rows"));
     EXPECT_THAT(Content("schema.yaml"), HasSubstr("\nrecord_types:\n  a:\n"));
     EXPECT_THAT(Content("map.yaml"), HasSubstr("\nmap: 1\n"));
+}
+
+TEST_F(SurveyCommandTest, WritesAReport) {
+    Write("in/a.csv", "id,day,note\n1,02.05.1998,x\x01\n2,03.06.1999,x\n3,04.06.1999,x\n4\n");
+    m_request.report = m_folder.File("report.json");
+    Run();
+    const auto report = nlohmann::json::parse(Content("report.json"));
+    const auto& source = report.at("sources").at(0);
+    EXPECT_EQ(source.at("rows"), 3);
+    EXPECT_EQ(source.at("bad_rows").at(0).at("line"), 5);
+    EXPECT_EQ(source.at("keys"), nlohmann::json::parse(R"([["id"]])"));
+    EXPECT_EQ(source.at("addresses").at(1).at("dates").at("formats").at(0), "%d.%m.%Y");
+    EXPECT_EQ(source.at("addresses").at(2).at("forbidden_characters"), 1);
+    EXPECT_EQ(source.at("addresses").at(2).at("frequent").at(0).at("value"), "x");
 }
 
 TEST_F(SurveyCommandTest, NeverWritesOverAnEarlierDraft) {

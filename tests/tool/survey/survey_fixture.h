@@ -62,6 +62,15 @@ inline std::vector<std::string> AddressesOf(const SourceSurvey& source) {
     return texts;
 }
 
+inline std::vector<std::string> PairsOf(const SourceSurvey& source) {
+    std::vector<std::string> texts;
+    for (const KeyPair& pair : source.keyPairs) {
+        texts.push_back(AddressText(source, source.addresses.at(pair.first)) + ' ' +
+                        AddressText(source, source.addresses.at(pair.second)));
+    }
+    return texts;
+}
+
 }  // namespace tool
 
 #endif

@@ -1,6 +1,7 @@
 #include "tool/survey/survey.h"
 
 #include "survey_fixture.h"
+#include "tool/survey/key_rules.h"
 
 namespace tool {
 namespace {
@@ -87,6 +88,33 @@ TEST_F(SurveyTest, KnowsKeysOfManyRowsExactly) {
     EXPECT_EQ(At(source, "near").distinct, 2999U);
     EXPECT_FALSE(At(source, "often").distinct);
     EXPECT_EQ(At(source, "often").values.Distinct(), ValueCounts::kLimit);
+}
+
+TEST_F(SurveyTest, FindsPairsThatTellRowsApartWhereNoColumnDoes) {
+    const SourceSurvey source = LookAt("a.csv",
+                                       "project,number,by\npier,1,ann\npier,2,ann\n"
+                                       "deck,1,ann\ndeck,2,bob\n");
+    EXPECT_THAT(PairsOf(source), ElementsAre("project number"));
+    EXPECT_THAT(Remarks(source),
+                ElementsAre("project and number together could be the key: no two rows have the "
+                            "same"));
+}
+
+TEST_F(SurveyTest, LooksForNoPairsWhereAColumnIsTheKey) {
+    EXPECT_THAT(PairsOf(LookAt("a.csv", "id,a,b\n1,x,1\n2,x,2\n3,y,1\n")), IsEmpty());
+}
+
+TEST_F(SurveyTest, TakesNoPairWhoseValuesRunTogether) {
+    EXPECT_THAT(PairsOf(LookAt("a.csv", "a,b\n1,2-3\n1-2,3\n1,9\n7,3\n7,9\n")), IsEmpty());
+}
+
+TEST_F(SurveyTest, KnowsPairsOfManyRowsExactly) {
+    std::string rows = "a,b\n";
+    for (int i = 0; i < 5000; ++i) {
+        rows += std::to_string(i / 100) + ',' + std::to_string(i % 100) + '\n';
+    }
+    EXPECT_THAT(PairsOf(LookAt("a.csv", rows)), ElementsAre("a b"));
+    EXPECT_THAT(PairsOf(LookAt("b.csv", rows + "49,99\n")), IsEmpty());
 }
 
 TEST_F(SurveyTest, FindsValuesAgainInOtherFiles) {

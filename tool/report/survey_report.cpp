@@ -16,7 +16,7 @@ namespace {
 using nlohmann::ordered_json;
 
 // Of the values of an address.
-constexpr std::size_t kShownValues = 50;
+constexpr std::size_t kReportedValues = 50;
 
 std::string_view FormatName(MapFormat format) {
     return format == MapFormat::Csv ? "csv" : format == MapFormat::Json ? "json" : "jsonl";
@@ -28,7 +28,7 @@ ordered_json PlaceAsJson(const SurveyPlace& place) {
 
 ordered_json ValuesAsJson(const AddressSurvey& address) {
     ordered_json values = ordered_json::array();
-    for (const ValueCounts::Entry& entry : address.values.Frequent(kShownValues)) {
+    for (const ValueCounts::Entry& entry : address.values.Frequent(kReportedValues)) {
         ordered_json value = {{"value", entry.text}, {"count", entry.count}};
         if (!entry.isWhole) {
             value["cut"] = true;

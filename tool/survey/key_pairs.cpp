@@ -18,11 +18,11 @@ namespace tool {
 
 namespace {
 
-constexpr std::size_t kMostAddresses = 8;
+constexpr std::size_t kMostPaired = 8;
 // Most pairs repeat soon, and are dropped before anything of them goes to a file.
-constexpr std::size_t kInMemory = 4096;
+constexpr std::size_t kPairsInMemory = 4096;
 
-bool MayBePart(const SourceSurvey& source, const AddressSurvey& address) {
+bool CanBePaired(const SourceSurvey& source, const AddressSurvey& address) {
     return address.Values() == source.rows && address.IsScalarOnly() && !address.IsInList() &&
            address.severalLines == 0 && address.longest <= kLongestKeyText / 2 &&
            address.words == 0 && address.distinct != 1 && !address.column &&
@@ -30,30 +30,30 @@ bool MayBePart(const SourceSurvey& source, const AddressSurvey& address) {
            AddressText(source, address).find_first_of("{}") == std::string::npos;
 }
 
-std::vector<std::size_t> PartsOf(const SourceSurvey& source) {
+std::vector<std::size_t> AddressesToPair(const SourceSurvey& source) {
     std::vector<std::size_t> parts;
     for (std::size_t i = 0; i < source.addresses.size(); ++i) {
-        if (MayBePart(source, source.addresses[i])) {
+        if (CanBePaired(source, source.addresses[i])) {
             parts.push_back(i);
         }
     }
     std::stable_sort(parts.begin(), parts.end(), [&](std::size_t a, std::size_t b) {
         return KeyRank(source.addresses[a]) < KeyRank(source.addresses[b]);
     });
-    parts.resize(std::min(parts.size(), kMostAddresses));
+    parts.resize(std::min(parts.size(), kMostPaired));
     std::sort(parts.begin(), parts.end());
     return parts;
 }
 
 // Two values with so many different ones make no more different pairs than that.
-bool AreEnough(const SourceSurvey& source, std::size_t a, std::size_t b) {
+bool MakeEnough(const SourceSurvey& source, std::size_t a, std::size_t b) {
     const auto& first = source.addresses[a].distinct;
     const auto& second = source.addresses[b].distinct;
     return !first || !second || *first * *second >= source.rows;
 }
 
 // A pair, and the keys that came so far.
-struct Candidate {
+struct CandidatePair {
     KeyPair pair;
     std::set<ValueHash> seen;
     std::optional<ValueSpool::Column> spooled;
@@ -63,7 +63,7 @@ struct Candidate {
         if (!seen.insert(hash).second) {
             return false;
         }
-        if (!spooled && seen.size() > kInMemory) {
+        if (!spooled && seen.size() > kPairsInMemory) {
             spooled = spool.AddColumn();
             for (const ValueHash known : seen) {
                 spool.Add(*spooled, known);
@@ -71,7 +71,7 @@ struct Candidate {
         } else if (spooled) {
             spool.Add(*spooled, hash);
         }
-        if (seen.size() > kInMemory) {
+        if (seen.size() > kPairsInMemory) {
             seen.erase(hash);
         }
         return true;
@@ -82,10 +82,10 @@ struct Candidate {
 class PairReader final : public RowHandler {
   public:
     explicit PairReader(const SourceSurvey& source) : m_source(source) {
-        const std::vector<std::size_t> parts = PartsOf(source);
+        const std::vector<std::size_t> parts = AddressesToPair(source);
         for (auto a = parts.begin(); a != parts.end(); ++a) {
             for (auto b = a + 1; b != parts.end(); ++b) {
-                if (AreEnough(source, *a, *b)) {
+                if (MakeEnough(source, *a, *b)) {
                     m_candidates.push_back({{*a, *b}, {}, {}});
                 }
             }
@@ -99,7 +99,7 @@ class PairReader final : public RowHandler {
             return true;
         }
         ++m_rows;
-        std::erase_if(m_candidates, [&](Candidate& candidate) {
+        std::erase_if(m_candidates, [&](CandidatePair& candidate) {
             const std::string key = PairedKey(TextAt(row.tree, candidate.pair.first),
                                               TextAt(row.tree, candidate.pair.second));
             return !candidate.Add(HashOf(key), m_spool);
@@ -114,12 +114,12 @@ class PairReader final : public RowHandler {
                                           m_source.group.files.front().name));
         }
         const std::vector<std::uint64_t> distinct = m_spool.CountDistinct({}, {});
-        std::erase_if(m_candidates, [&](const Candidate& candidate) {
+        std::erase_if(m_candidates, [&](const CandidatePair& candidate) {
             return candidate.spooled && distinct[*candidate.spooled] != m_rows;
         });
         std::vector<KeyPair> pairs;
         pairs.reserve(m_candidates.size());
-        for (const Candidate& candidate : m_candidates) {
+        for (const CandidatePair& candidate : m_candidates) {
             pairs.push_back(candidate.pair);
         }
         std::stable_sort(pairs.begin(), pairs.end(),
@@ -140,7 +140,7 @@ class PairReader final : public RowHandler {
     }
 
     const SourceSurvey& m_source;
-    std::vector<Candidate> m_candidates;
+    std::vector<CandidatePair> m_candidates;
     std::vector<RowTree::Index> m_nodes;
     ValueSpool m_spool;
     std::uint64_t m_rows = 0;

@@ -11,6 +11,7 @@
 #include "recorddb/editing/history_reading.h"
 #include "recorddb/messages/error_message.h"
 #include "recorddb/store/atomic_write.h"
+#include "recorddb/store/next_number.h"
 
 namespace recorddb {
 
@@ -109,11 +110,13 @@ void HistoryImport::WriteRecord(std::size_t first, std::size_t end) {
     for (const HistoryTimes& times : before) {
         last = std::max(last, times.entry);
     }
+    const std::int64_t next =
+        NextNumber(last, "zt_history.entry", static_cast<std::int64_t>(end - first));
     std::vector<HistoryTimes> all;
     all.reserve(before.size() + (end - first));
     all = before;
     for (std::size_t i = first; i < end; ++i) {
-        const auto number = last + 1 + static_cast<std::int64_t>(i - first);
+        const auto number = next + static_cast<std::int64_t>(i - first);
         m_pending[i].entry = number;
         all.push_back({.entry = number,
                        .actionTime = m_pending[i].actionTime,
@@ -122,7 +125,7 @@ void HistoryImport::WriteRecord(std::size_t first, std::size_t end) {
     WorkOutExpiry(all);
     for (const HistoryTimes& times : all) {
         if (times.entry > last) {
-            m_pending[first + static_cast<std::size_t>(times.entry - last - 1)].expiryTime =
+            m_pending[first + static_cast<std::size_t>(times.entry - next)].expiryTime =
                 times.expiryTime;
         }
     }

@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 #include <yaml-cpp/eventhandler.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <fstream>
@@ -82,7 +83,21 @@ void RefuseFurtherDocuments(const YamlSource& source, const std::string& text) {
     }
 }
 
+// The library reads on behind such a byte as if it were not there.
+void RefuseNul(const YamlSource& source, std::string_view text) {
+    const std::size_t at = text.find('\0');
+    if (at == std::string_view::npos) {
+        return;
+    }
+    const std::string_view before = text.substr(0, at);
+    YAML::Mark place;
+    place.line = static_cast<int>(std::count(before.begin(), before.end(), '\n'));
+    place.column = static_cast<int>(at - (before.rfind('\n') + 1));
+    source.Fail(place, "not valid YAML: a NUL byte");
+}
+
 YAML::Node LoadDocument(const YamlSource& source, const std::string& text) {
+    RefuseNul(source, text);
     try {
         RefuseFurtherDocuments(source, text);
         YAML::Node document = YAML::Load(text);

@@ -24,6 +24,9 @@ std::string TextOf(const YamlSource& source, const YAML::Node& node, const std::
     if (node.Scalar().empty()) {
         source.Fail(node, what + " is empty");
     }
+    if (node.Scalar().find('\0') != std::string::npos) {
+        source.Fail(node, what + " holds a NUL character, which not every database can store");
+    }
     return node.Scalar();
 }
 

@@ -66,12 +66,14 @@ JournalEntry Journal::BeginRun(const JournalKey& key, const std::string& sourceN
         "complete, created, updated, history, attachments, duplicates, rejected, skipped, run) "
         "VALUES ($1, $2, $3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1) "
         "ON CONFLICT (source_sha256, configuration_sha256) DO UPDATE SET run = zt_journal.run + 1 "
+        "WHERE zt_journal.run < 9223372036854775807 "
         "RETURNING source_name, next_ordinal, complete, created, updated, history, attachments, "
         "duplicates, rejected, skipped, run");
     const sql::ResetGuard guard(begin);
     begin.BindAll(key.sourceSha256, key.configurationSha256, sourceName);
     if (!begin.Step()) {
-        throw sql::Error(sql::ErrorKind::Other, "the journal takes no entry", "");
+        throw sql::Error(sql::ErrorKind::Corrupt,
+                         "zt_journal.run holds the highest number that there is", "");
     }
     JournalEntry entry = EntryIn(begin);
     // To the end, as every statement that changes something.

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "recorddb/store/bind_value.h"
+#include "recorddb/store/next_number.h"
 #include "recorddb/store/table_layout.h"
 #include "recorddb/store/tables.h"
 
@@ -114,6 +115,7 @@ bool RecordTable::Update(std::int64_t dbid, std::int64_t version, const RecordBu
     if (anyChanged && m_updates.size() >= kMostUpdates && !m_updates.contains(changed)) {
         changed.assign(m_columns.size(), true);
     }
+    NextNumber(version, schema::kVersionColumn);
     sql::Statement& update = UpdateStatement(changed);
     update.BindInt(1, dbid);
     update.BindInt(2, version);

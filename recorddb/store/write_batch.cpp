@@ -5,6 +5,8 @@
 #include <utility>
 
 #include "recorddb/errors.h"
+#include "recorddb/store/next_number.h"
+#include "recorddb/store/tables.h"
 
 namespace recorddb {
 
@@ -194,7 +196,7 @@ PendingRecord WriteBatch::ChangeOf(const RecordType& type, std::int64_t dbid, st
     PendingRecord change;
     change.dbid = dbid;
     change.baseVersion = version;
-    change.version = version + 1;
+    change.version = NextNumber(version, schema::kVersionColumn);
     change.changed.resize(type.fields.size());
     bool hasChanged = false;
     for (const Field& field : type.fields) {

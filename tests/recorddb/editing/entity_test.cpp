@@ -166,6 +166,17 @@ TEST_P(EntityTest, ManyDifferentSetsOfChangedColumnsAreWritten) {
     EXPECT_EQ(Row("SELECT count(*), sum(votes), count(owner) FROM bug"), "127|192|64");
 }
 
+TEST_P(EntityTest, HighestVersionThatThereIsEndsTheCount) {
+    Given("bug", {{"title", "t"}});
+    Base().GetConnection().ExecuteScript("UPDATE bug SET zt_version = 9223372036854775807");
+    const AdEntityPtr bug = Open("bug", "1");
+    Set(bug, "title", "other");
+    const std::string text = Thrown([&] { CommitFault(bug); });
+    EXPECT_NE(text.find("zt_version holds the number 9223372036854775807"), std::string::npos)
+        << text;
+    EXPECT_EQ(Row("SELECT zt_version, title FROM bug"), "9223372036854775807|t");
+}
+
 TEST_P(EntityTest, TwoWritersNeverOverwriteEachOther) {
     Given("bug", {{"title", "t"}});
     const AdEntityPtr mine = Open("bug", "1");

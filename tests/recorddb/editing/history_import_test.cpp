@@ -226,6 +226,17 @@ TEST_P(HistoryImportTest, FieldTellsTheEntriesAsLines) {
     EXPECT_EQ(New("bug")->GetFieldValue(Text("log"))->GetValueStatus(), 1);
 }
 
+TEST_P(HistoryImportTest, HighestEntryThatThereIsEndsTheCount) {
+    Import({Entry("01")});
+    Base().GetConnection().ExecuteScript("UPDATE zt_history SET entry = 9223372036854775806");
+    EXPECT_EQ(Hand({Entry("02"), Entry("03")}), "");
+    EXPECT_NE(Thrown([&] {
+                  Core().CommitImportHistory();
+              }).find("zt_history.entry holds the number 9223372036854775806"),
+              std::string::npos);
+    EXPECT_EQ(Row("SELECT count(*) FROM zt_history"), "1");
+}
+
 ON_EACH_ENGINE(HistoryImportTest);
 
 }  // namespace

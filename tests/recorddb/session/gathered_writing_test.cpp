@@ -94,6 +94,15 @@ TEST_P(GatheredWritingTest, KeyThatOneRecordFreesIsTakenByTheNext) {
     EXPECT_EQ(Row("SELECT login, email FROM \"user\" ORDER BY dbid"), "eve|e@x;ann|a@x");
 }
 
+TEST_P(GatheredWritingTest, HighestVersionThatThereIsEndsTheCount) {
+    Given("bug", {{"title", "a"}});
+    Base().GetConnection().ExecuteScript("UPDATE bug SET zt_version = 9223372036854775807");
+    const auto transaction = Gather();
+    const AdEntityPtr bug = Open("bug", "BUG00000001");
+    Set(bug, "title", "b");
+    EXPECT_THAT(Thrown([&] { CommitFault(bug); }), testing::HasSubstr("zt_version holds"));
+}
+
 TEST_P(GatheredWritingTest, RecordThatAnotherWriterChangedFailsTheTransaction) {
     Given("bug", {{"title", "a"}});
     const auto transaction = Gather();

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "open_database.h"
+#include "recorddb/errors.h"
 
 namespace recorddb::journal {
 
@@ -135,6 +136,13 @@ TEST_P(JournalTest, EarlierRunCannotSave) {
     further.nextOrdinal += 100;
     EXPECT_FALSE(TheJournal().Save(m_key, further));
     EXPECT_EQ(TheJournal().Find(m_key), later);
+}
+
+TEST_P(JournalTest, HighestRunThatThereIsEndsTheCount) {
+    SaveInNewRun(m_key, SampleEntry());
+    Run("UPDATE zt_journal SET run = 9223372036854775807");
+    EXPECT_THROW(TheJournal().BeginRun(m_key, "bugs.xml"), sql::Error);
+    EXPECT_EQ(TheJournal().Find(m_key)->run, 9223372036854775807);
 }
 
 TEST_P(JournalTest, EntryWithoutARunIsNotSaved) {

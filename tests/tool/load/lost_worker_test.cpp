@@ -136,7 +136,7 @@ class ContestedLoad : public ComparedLoad {
     std::string Update() {
         // The server finds out about a deadlock in the load first.
         const std::string direct = m_database;
-        m_database += "&options=-cdeadlock_timeout%3D1ms";
+        m_database += "&options=-cdeadlock_timeout%3D1ms%20-clock_timeout%3D1h";
         LoadAll(
             {{Configuration("2.xml", "record", "bug", "source_id", "<updaterecord name=\"TRUE\"/>"),
               Records("2-data.xml", Bugs("second"))}});
@@ -147,17 +147,19 @@ class ContestedLoad : public ComparedLoad {
     // Two programs lock records. The load has to wait for the one of them while the other comes to
     // wait for the load; then the load runs into the lock of the other.
     void Contest() {
-        const auto one = recorddb::sql::Open(m_database, recorddb::sql::OpenMode::ReadWrite);
-        const auto other = recorddb::sql::Open(m_database, recorddb::sql::OpenMode::ReadWrite);
+        const std::string patient = m_database + "&options=-clock_timeout%3D1h";
+        const auto one = recorddb::sql::Open(patient, recorddb::sql::OpenMode::ReadWrite);
+        const auto other = recorddb::sql::Open(patient, recorddb::sql::OpenMode::ReadWrite);
+        const auto looks = recorddb::sql::Open(patient, recorddb::sql::OpenMode::ReadOnly);
         one->ExecuteScript("BEGIN; UPDATE bug SET votes = 7 WHERE source_id = 's20'");
         other->ExecuteScript(
             "SET deadlock_timeout = '1h'; BEGIN; UPDATE bug SET votes = 7 WHERE source_id = 's39'");
         m_isReady = true;
-        WaitForWaiting(1);
+        WaitForWaiting(*looks, 1);
         const std::jthread waiting([&other] {
             other->ExecuteScript("UPDATE bug SET votes = 7 WHERE source_id = 's0'; ROLLBACK");
         });
-        WaitForWaiting(2);
+        WaitForWaiting(*looks, 2);
         one->ExecuteScript("ROLLBACK");
     }
     bool IsReady() const { return m_isReady; }
@@ -166,11 +168,10 @@ class ContestedLoad : public ComparedLoad {
 
   private:
     // So many wait for locks of records.
-    void WaitForWaiting(std::int64_t count) const {
-        const auto looks = recorddb::sql::Open(m_database, recorddb::sql::OpenMode::ReadOnly);
+    static void WaitForWaiting(recorddb::sql::Connection& looks, std::int64_t count) {
         while (recorddb::sql::QueryInt(
-                   looks->Prepare("SELECT count(DISTINCT pid) FROM pg_locks "
-                                  "WHERE NOT granted AND locktype <> 'advisory'")) != count) {
+                   looks.Prepare("SELECT count(DISTINCT pid) FROM pg_locks "
+                                 "WHERE NOT granted AND locktype <> 'advisory'")) != count) {
             std::this_thread::yield();
         }
     }

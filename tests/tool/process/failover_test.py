@@ -122,8 +122,10 @@ class HeldLoad:
     def __init__(self, faulty, url, folder, sources):
         self.output = sources[-1].with_suffix(".said")
         with open(self.output, "w") as output:
-            # One connection, which the server's processes are counted by.
-            self.process = subprocess.Popen([faulty, "load", url, "--rejects", folder / "rejects", "--workers", "1", *sources],
+            # One connection, which the server's processes are counted by. However long the server
+            # is away, the load waits for it.
+            self.process = subprocess.Popen([faulty, "load", url, "--rejects", folder / "rejects", "--workers", "1",
+                                             "--retry-for", "86400", *sources],
                                             stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT,
                                             env={**os.environ, "ZT_FAULT": "sync:1:STOP"})
         _, status = os.waitpid(self.process.pid, os.WUNTRACED)

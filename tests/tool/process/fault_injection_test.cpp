@@ -53,9 +53,9 @@ class FaultInjection : public LoadFixture, public testing::WithParamInterface<Fa
     }
 
     std::vector<std::string> Command(const std::string& source) const {
-        return {"load",      m_database,      "--attachments", Example("attachments"),
-                "--rejects", RejectsFolder(), "--report",      ReportFile(),
-                source};
+        // Without its lines of progress, whose number depends on the time that the load takes.
+        return {"load",      m_database,      "--quiet",  "--attachments", Example("attachments"),
+                "--rejects", RejectsFolder(), "--report", ReportFile(),    source};
     }
 
     void MeetFault(const std::string& plan);

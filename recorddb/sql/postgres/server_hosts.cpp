@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <memory>
 #include <string_view>
 #include <utility>
 
@@ -15,8 +14,6 @@ namespace recorddb::sql {
 
 namespace {
 
-using Options = std::unique_ptr<PQconninfoOption, void (*)(PQconninfoOption*)>;
-
 [[noreturn]] void CannotConnect(const std::string& why) {
     throw Error(ErrorKind::CannotOpen, why, "");
 }
@@ -26,33 +23,6 @@ std::string TrimmedLines(std::string text) {
         text.pop_back();
     }
     return text;
-}
-
-// libpq quotes what it cannot read, which may be a piece of a password.
-std::string WithoutQuotes(const std::string& complaint) {
-    return TrimmedLines(complaint.substr(0, complaint.find(": \"")));
-}
-
-Options OptionsOf(const std::string& url) {
-    char* complaint = nullptr;
-    Options options(PQconninfoParse(url.c_str(), &complaint), PQconninfoFree);
-    const std::unique_ptr<char, void (*)(void*)> owned(complaint, PQfreemem);
-    if (options == nullptr && complaint != nullptr) {
-        CannotConnect("the URL of the database cannot be read: " + WithoutQuotes(complaint));
-    }
-    if (options == nullptr) {
-        ThrowOutOfMemory();
-    }
-    return options;
-}
-
-std::string ValueOf(const PQconninfoOption* option, std::string_view keyword) {
-    for (; option->keyword != nullptr; ++option) {
-        if (option->keyword == keyword) {
-            return option->val == nullptr ? "" : option->val;
-        }
-    }
-    return {};
 }
 
 std::vector<std::string> Items(std::string_view list) {
@@ -91,12 +61,6 @@ class Settings {
         m_keywords.push_back(keyword);
         m_values.push_back(value);
     }
-    // What the environment may say as well, and then does.
-    void AddUnlessSet(const char* variable, const char* keyword, const char* value) {
-        if (std::getenv(variable) == nullptr) {
-            Add(keyword, value);
-        }
-    }
     pg_conn* Connect() {
         Add(nullptr, nullptr);
         return PQconnectdbParams(m_keywords.data(), m_values.data(), 1);
@@ -107,31 +71,38 @@ class Settings {
     std::vector<const char*> m_values;
 };
 
+// What is not said otherwise. A server that has vanished is noticed within a minute, also while an
+// answer is waited for.
+constexpr std::pair<const char*, const char*> kDefaults[] = {
+    {"fallback_application_name", "ztimport"},
+    {"connect_timeout", "30"},
+    {"keepalives_idle", "30"},
+    {"keepalives_interval", "10"},
+    {"keepalives_count", "3"},
+    {"tcp_user_timeout", "60000"}};
+
+bool AreSeveral(const ConnectionOptions& options) {
+    return options.Value("host").find(',') != std::string::npos ||
+           options.Value("hostaddr").find(',') != std::string::npos;
+}
+
 }  // namespace
 
-ServerHosts::ServerHosts(std::string url) : m_url(std::move(url)) {
-    const Options options = OptionsOf(m_url);
-    const auto isList = [&](const char* keyword, const char* variable) {
-        const std::string value = ValueOf(options.get(), keyword);
-        return (value.empty() ? Text(std::getenv(variable)) : value).find(',') !=
-               std::string_view::npos;
-    };
-    m_areSeveral = isList("host", "PGHOST") || isList("hostaddr", "PGHOSTADDR");
-}
+ServerHosts::ServerHosts(std::string url)
+    : m_url(std::move(url)), m_options(ConnectionOptions::InUrl(m_url)) {}
 
 PostgresHandle ServerHosts::Connect(bool writes) const {
     // The URL is expanded in the place of `dbname`; what comes after it takes precedence over the
-    // URL, what comes before it does not. A server that has vanished is noticed within a minute,
-    // also while an answer is waited for.
+    // URL, what comes before it does not, but over all that the URL does not say itself.
+    const ConnectionOptions said = ConnectionOptions::ForUrl(m_url);
     Settings settings;
-    settings.Add("fallback_application_name", "ztimport");
-    settings.AddUnlessSet("PGCONNECT_TIMEOUT", "connect_timeout", "30");
-    settings.Add("keepalives_idle", "30");
-    settings.Add("keepalives_interval", "10");
-    settings.Add("keepalives_count", "3");
-    settings.Add("tcp_user_timeout", "60000");
-    if (writes && m_areSeveral) {
-        settings.AddUnlessSet("PGTARGETSESSIONATTRS", "target_session_attrs", "read-write");
+    for (const auto& [keyword, value] : kDefaults) {
+        if (!said.Says(keyword)) {
+            settings.Add(keyword, value);
+        }
+    }
+    if (writes && AreSeveral(said) && !SaysWhichServers(said)) {
+        settings.Add("target_session_attrs", "read-write");
     }
     settings.Add("dbname", m_url.c_str());
     settings.Add("client_encoding", "UTF8");
@@ -151,14 +122,18 @@ PostgresHandle ServerHosts::Connect(bool writes) const {
     return handle;
 }
 
+// "any" is what libpq itself takes; whether a service says it as well, it does not tell.
+bool ServerHosts::SaysWhichServers(const ConnectionOptions& said) const {
+    constexpr const char* keyword = "target_session_attrs";
+    return said.Value(keyword) != "any" || m_options.Says(keyword) ||
+           std::getenv("PGTARGETSESSIONATTRS") != nullptr;
+}
+
 bool ServerHosts::LeaveOut(const PostgresHandle& handle) {
-    const Options options(PQconninfo(handle.Raw()), PQconninfoFree);
-    if (options == nullptr) {
-        ThrowOutOfMemory();
-    }
-    const std::string hosts = ValueOf(options.get(), "host");
-    const std::string addresses = ValueOf(options.get(), "hostaddr");
-    const std::string ports = ValueOf(options.get(), "port");
+    const ConnectionOptions options = ConnectionOptions::Of(handle.Raw());
+    const std::string hosts = options.Value("host");
+    const std::string addresses = options.Value("hostaddr");
+    const std::string ports = options.Value("port");
     const std::vector<std::string> hostItems = Items(hosts);
     const std::vector<std::string> addressItems = Items(addresses);
     const std::vector<std::string> portItems = Items(ports);

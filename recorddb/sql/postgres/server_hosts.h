@@ -4,19 +4,21 @@
 #include <string>
 #include <vector>
 
+#include "recorddb/sql/postgres/connection_options.h"
 #include "recorddb/sql/postgres/postgres_handle.h"
 
 namespace recorddb::sql {
 
-// The servers that a URL, or the environment, names for one database, as in a cluster of which any
-// may be the one that takes changes. Each has a place in libpq's lists of hosts and ports.
+// The servers that a URL, its service or the environment names for one database, as in a cluster of
+// which any may be the one that takes changes. Each has a place in libpq's lists of hosts and
+// ports.
 class ServerHosts {
   public:
     // Throws Error (CannotOpen) when the URL cannot be read.
     explicit ServerHosts(std::string url);
 
     // Connects to the first server that answers. When it is one of several and `writes`, those that
-    // take no changes are passed over, unless the URL says otherwise (target_session_attrs). Throws
+    // take no changes are passed over, unless something else is said (target_session_attrs). Throws
     // Error (CannotOpen).
     PostgresHandle Connect(bool writes) const;
 
@@ -25,8 +27,10 @@ class ServerHosts {
     bool LeaveOut(const PostgresHandle& handle);
 
   private:
+    bool SaysWhichServers(const ConnectionOptions& said) const;
+
     std::string m_url;
-    bool m_areSeveral = false;
+    ConnectionOptions m_options;  // what the URL itself says
     // Once one was left out: the others, as libpq takes them.
     bool m_hasLeftOut = false;
     std::string m_hosts;

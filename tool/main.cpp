@@ -15,8 +15,10 @@
 #include "tool/io/write_error.h"
 #include "tool/packet/exception_text.h"
 #include "tool/process/exit_code.h"
+#include "tool/process/interrupt.h"
 #include "tool/process/memory_watch.h"
 #include "tool/process/usage_error.h"
+#include "tool/process/wait_to_read.h"
 #include "tool/text/masked_password.h"
 #include "tool/text/visible_text.h"
 
@@ -43,6 +45,9 @@ int FailWithCurrentException() {
         return Fail(error.what(), tool::ExitCode::BadInput);
     } catch (const tool::SourceError& error) {
         return Fail(error.what(), tool::ExitCode::BadInput);
+    } catch (const tool::InterruptedWait& error) {
+        Fail(error.what(), tool::ExitCode::BadInput);
+        return 128 + tool::Interrupted();
     } catch (const recorddb::schema::SchemaError& error) {
         return Fail(error.what(), tool::ExitCode::BadInput);
     } catch (const recorddb::DatabaseError& error) {

@@ -10,6 +10,7 @@
 #include <system_error>
 
 #include "tool/io/source_error.h"
+#include "tool/process/wait_to_read.h"
 
 namespace tool {
 
@@ -22,8 +23,12 @@ std::string Reason(int error) {
 }  // namespace
 
 int OpenForReading(const std::filesystem::path& path, const std::string& name, int flags) {
-    int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | flags);
+    // A pipe would make the opening wait for somebody who writes to it, whatever the signals.
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | flags);
     if (descriptor >= 0) {
+        if ((static_cast<unsigned>(flags) & static_cast<unsigned>(O_NONBLOCK)) == 0) {
+            ::fcntl(descriptor, F_SETFL, O_RDONLY);
+        }
         return descriptor;
     }
     int error = errno;
@@ -55,6 +60,7 @@ FileBytes::~FileBytes() {
 }
 
 std::size_t FileBytes::Read(char* buffer, std::size_t size) {
+    WaitToRead(m_descriptor, m_name);
     while (true) {
         ssize_t got = ::read(m_descriptor, buffer, size);
         if (got >= 0) {

@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -61,6 +62,24 @@ TEST_F(SpooledInput, IsLoadedAndGone) {
     EXPECT_EQ(m_load->Wait(), 0) << m_load->Output();
     EXPECT_EQ(Query("SELECT login FROM user"), "ann");
     EXPECT_TRUE(fs::is_empty(Temporary()));
+}
+
+using WaitForAPipe = ProcessFixture;
+
+TEST_F(WaitForAPipe, EndsWithTheFirstInterrupt) {
+    const std::string map = m_folder.Write("map.yaml",
+                                           "map: 1\nsources: {users: {files: users.csv}}\nsteps:\n"
+                                           "- {records: user, source: users, key: login, fields: "
+                                           "{login: login}}\n");
+    const std::string pipe = m_folder.File("users.csv");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    ChildProcess load({ZTIMPORT, "load", m_database, "--map", map, pipe});
+    // Is opened when the load has opened it, too. Nothing is ever written.
+    const int writer = open(pipe.c_str(), O_WRONLY | O_CLOEXEC);
+    load.Signal(SIGINT);
+    EXPECT_EQ(load.Wait(), 128 + SIGINT);
+    EXPECT_THAT(load.Output(), testing::HasSubstr("users.csv: interrupted while waiting"));
+    close(writer);
 }
 
 }  // namespace

@@ -51,7 +51,7 @@ int RunVerify(const VerifyOptions& options, std::ostream& out, std::ostream& err
     CommandSources sources(options.sources, options.map);
     CheckOutputs(options, sources.Files());
     const auto database = OpenForVerify(options);
-    VerifyTerminal terminal(options.quiet, out, err);
+    VerifyTerminal terminal(options.quiet, options.map, out, err);
     std::vector<VerifySink*> sinks = {&terminal};
     std::optional<VerifyReport> report;
     if (!options.report.empty()) {

@@ -53,8 +53,7 @@ void LoadTerminal::Finds(const MapFinding& finding) {
         Warns("note: " + finding.text);
     }
     if (!finding.paste.empty()) {
-        m_pastes.push_back(
-            fmt::format("To be pasted into {} ({}):\n{}", m_map, finding.text, finding.paste));
+        m_pastes.push_back(PasteText(finding, m_map));
     }
 }
 

@@ -92,6 +92,10 @@ std::string TotalsText(const LoadTotals& totals, std::string_view would) {
         totals.seconds, static_cast<double>(totals.read) / std::max(totals.seconds, 0.001));
 }
 
+std::string PasteText(const MapFinding& finding, std::string_view map) {
+    return fmt::format("To be pasted into {} ({}):\n{}", map, finding.text, finding.paste);
+}
+
 std::string Verdict(const Rehearsed& rehearsed, const LossLog& losses) {
     std::vector<Part> parts = {
         {rehearsed.rejected, "record", "records", "rejected"},

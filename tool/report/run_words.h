@@ -7,6 +7,7 @@
 
 #include "tool/load/load_totals.h"
 #include "tool/report/loss_log.h"
+#include "tool/sources/kind/map_findings.h"
 
 namespace tool {
 
@@ -14,6 +15,9 @@ namespace tool {
 
 // `would` stands before what was done: "would be " in a rehearsal, else nothing.
 std::string TotalsText(const LoadTotals& totals, std::string_view would);
+
+// The lines of a finding that are ready for the map called `map`, below a line that says so.
+std::string PasteText(const MapFinding& finding, std::string_view map);
 
 // What came out of a rehearsal.
 struct Rehearsed {

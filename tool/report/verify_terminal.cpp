@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
+#include "tool/report/run_words.h"
 #include "tool/text/number_text.h"
 #include "tool/verify/value_pair.h"
 
@@ -120,8 +122,8 @@ std::string DescribeFault(const recorddb::Fault& fault) {
            fmt::format("{} ({})", ShownValue(ShowPair("", fault.value).database), fault.problem);
 }
 
-VerifyTerminal::VerifyTerminal(bool quiet, std::ostream& out, std::ostream& err)
-    : m_quiet(quiet), m_out(out), m_err(err) {}
+VerifyTerminal::VerifyTerminal(bool quiet, std::string map, std::ostream& out, std::ostream& err)
+    : m_quiet(quiet), m_map(std::move(map)), m_out(out), m_err(err) {}
 
 void VerifyTerminal::Begins(std::uint64_t total) {
     if (m_progress) {
@@ -144,6 +146,9 @@ void VerifyTerminal::Finds(const MapFinding& finding) {
     } else if (finding.weight == FindingWeight::Count && !m_quiet) {
         Warns(finding.text);
     }
+    if (!finding.paste.empty() && !m_quiet) {
+        m_pastes.push_back(PasteText(finding, m_map));
+    }
 }
 
 void VerifyTerminal::IsFaulty(const recorddb::Fault& fault) {
@@ -165,6 +170,9 @@ void VerifyTerminal::Differs(const Difference& difference) {
 }
 
 void VerifyTerminal::Finish(const VerifySummary& summary) {
+    for (const std::string& paste : m_pastes) {
+        Warns(paste);
+    }
     m_progress->Finish();
     if (m_quiet) {
         return;

@@ -6,6 +6,7 @@
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tool/report/progress.h"
 #include "tool/verify/verify_sink.h"
@@ -17,8 +18,8 @@ namespace tool {
 class VerifyTerminal final : public VerifySink {
   public:
     // `out` gets the result, `err` the progress and the differences; both stay the caller's.
-    // `quiet` leaves the differences only.
-    VerifyTerminal(bool quiet, std::ostream& out, std::ostream& err);
+    // `quiet` leaves the differences only; `map` is the name of the map, for what it lacks.
+    VerifyTerminal(bool quiet, std::string map, std::ostream& out, std::ostream& err);
 
     void Begins(std::uint64_t total) override;
     void Advances(std::uint64_t records, std::uint64_t done) override;
@@ -31,11 +32,13 @@ class VerifyTerminal final : public VerifySink {
 
   private:
     bool m_quiet;
+    std::string m_map;
     std::ostream& m_out;
     std::ostream& m_err;
     std::optional<Progress> m_progress;
     std::uint64_t m_differences = 0;
     std::uint64_t m_faults = 0;
+    std::vector<std::string> m_pastes;  // what is to be told at the end, where it is found again
 };
 
 // A difference in one line, such as

@@ -209,6 +209,26 @@ TEST_F(Outputs, OfAnInitDoNotGoBesideAFileThatTheEngineWouldTake) {
     EXPECT_FALSE(fs::exists(m_folder.File("new.db")));
 }
 
+TEST_F(Outputs, AreNeverAMapOrAFileThatItReads) {
+    const std::string map = m_folder.Write("map.yaml",
+                                           "map: 1\nsources: {users: {files: users.csv}}\nsteps:\n"
+                                           "- {records: user, source: users, key: login, fields: "
+                                           "{login: login}}\n");
+    const std::string rows = m_folder.Write("users.csv", "login\nbob\n");
+    fs::create_symlink("users.csv", m_folder.File("rows"));
+    for (const std::string command : {"load", "check", "verify"}) {
+        const auto answer = [&](const std::string& output) {
+            return Run({command, m_database, "--map", map, "--report", output, rows});
+        };
+        EXPECT_THAT(answer(map).text,
+                    HasSubstr("--report " + map + " would be written over the map " + map));
+        EXPECT_THAT(answer(m_folder.File("rows")).text,
+                    HasSubstr("/rows would be written over the source " + rows));
+        EXPECT_EQ(answer(rows).code, 2);
+    }
+    EXPECT_EQ(Content("users.csv"), "login\nbob\n");
+}
+
 class OutputKinds : public Outputs, public testing::WithParamInterface<const char*> {
   protected:
     Answer WriteTo(const std::string& path) const { return RunWith("load", GetParam(), path); }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 namespace tool {
 namespace {
 
@@ -48,6 +50,20 @@ TEST(VerifyTerminalTest, AFaultIsPlacedInTheDatabase) {
     EXPECT_EQ(DescribeFault({"bug", "BUG00000017", "title", "a\tb", "too long"}),
               "bug BUG00000017, title: \"a\\tb\" (too long)");
     EXPECT_EQ(DescribeFault({"zt_content", "abc", "", "", "damaged"}), "zt_content abc: damaged");
+}
+
+TEST(VerifyTerminalTest, WhatAMapLacksStandsAtTheEndReadyToBePasted) {
+    std::ostringstream out;
+    std::ostringstream err;
+    VerifyTerminal terminal(false, "map.yaml", out, err);
+    terminal.Begins(0);
+    terminal.Finds({FindingWeight::Note, "unknown-value", "", 2, "the table lacks 1 value",
+                    "\"odd\": ?   # 2 times"});
+    terminal.Finish({});
+    EXPECT_TRUE(
+        err.str().ends_with("To be pasted into map.yaml (the table lacks 1 value):\n"
+                            "    \"odd\": ?   # 2 times\n"))
+        << err.str();
 }
 
 struct VerdictCase {

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tool/survey/survey.h"
@@ -43,6 +44,9 @@ struct DraftField {
     bool isList = false;     // takes all values at its address
     std::string suggestion;  // YAML: another type that would do
     std::vector<DraftNote> notes;
+
+    // Whether the step that makes the records has a value for it: history has steps of its own.
+    bool IsMapped() const { return !address.empty() || !pattern.empty(); }
 };
 
 struct DraftType {
@@ -57,6 +61,14 @@ struct DraftType {
 
     bool HasStates() const { return !states.empty(); }
     const DraftField* Key() const;
+};
+
+// A step that adds history to the records of a type, one entry for each item of a list.
+struct DraftStep {
+    std::size_t type = 0;  // whose records, by position in Draft::types
+    AddressRef each;
+    std::vector<std::pair<std::string, std::string>> values;  // YAML, by the names of their fields
+    std::vector<DraftNote> notes;
 };
 
 // What is left out of a source.
@@ -74,6 +86,7 @@ struct DraftSource {
 struct Draft {
     std::vector<DraftSource> sources;  // one for each of the survey
     std::vector<DraftType> types;
+    std::vector<DraftStep> history;
     std::vector<std::size_t> order;  // of types, so that what is referred to comes first
     bool needsZone = false;
 };

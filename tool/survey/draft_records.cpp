@@ -6,7 +6,9 @@
 #include <set>
 #include <string_view>
 #include <utility>
+#include <vector>
 
+#include "tool/survey/draft_history.h"
 #include "tool/survey/draft_keys.h"
 #include "tool/survey/draft_names.h"
 #include "tool/survey/draft_rules.h"
@@ -261,10 +263,23 @@ class RecordDrafter {
     }
 
     // Items of a list become records of their own, if there is a value that they can be known by.
-    void AddItems(const Scope& parent, std::size_t list, std::size_t end) {
+    void AddItems(Scope& parent, std::size_t list, std::size_t end) {
         const SourceSurvey& source = SourceAt(parent.source);
         const std::size_t element = list + 1;
         const std::optional<std::size_t> key = FindItemKey(source, element, end);
+        const std::optional<HistoryParts> history =
+            CanHaveHistory(parent) ? FindHistory(source, element, end) : std::nullopt;
+        const std::vector<std::size_t> rest =
+            history ? UnreadByHistory(source, element, end, *history) : std::vector<std::size_t>();
+        if (history) {
+            AddHistory(parent, element, *history);
+        }
+        if (history && (!key || rest.empty())) {
+            for (const std::size_t unread : rest) {
+                Ignore(parent, unread, "entries of history hold no such values");
+            }
+            return;
+        }
         if (!key) {
             Ignore(parent, list, "a list of objects without a value that each could be known by");
             return;
@@ -276,13 +291,56 @@ class RecordDrafter {
                     source.addresses[element].steps.size(), key};
         TypeOf(scope).each = AddressRef{parent.source, element};
         TypeOf(scope).notes.push_back(
-            {fmt::format("records of their own. Where they are the history, or the attachments, of "
-                         "{}, a step history: {}, or attachments:, makes that of them",
-                         m_draft.types[row].name, m_draft.types[row].name),
+            {history
+                 ? fmt::format("records of their own for what the history of {} cannot hold, such "
+                               "as {}. Where that is not needed, take this step out, and name "
+                               "what it reads under ignore",
+                               m_draft.types[row].name,
+                               AddressText(source, source.addresses[rest.front()]))
+                 : fmt::format("records of their own. Where they are the history, or the "
+                               "attachments, of {0}, a step history: {0}, or attachments:, "
+                               "makes that of them",
+                               m_draft.types[row].name),
              true});
         AddField(scope, *key);
         AddParent(scope, row);
         AddFields(scope, element + 1, end);
+    }
+
+    bool CanHaveHistory(const Scope& row) const {
+        const SourceSurvey& source = SourceAt(row.source);
+        const bool isKnown = !row.key || IsKey(source, source.addresses[*row.key]);
+        return row.depth == 0 && isKnown && CanFindHistory(m_draft.types[row.type].Key()->name);
+    }
+
+    void AddHistory(Scope& row, std::size_t element, const HistoryParts& parts) {
+        const SourceSurvey& source = SourceAt(row.source);
+        DraftType& type = TypeOf(row);
+        const bool hasField =
+            std::any_of(type.fields.begin(), type.fields.end(),
+                        [](const DraftField& field) { return field.kind == "history"; });
+        if (!hasField) {
+            DraftField field;
+            field.name = row.names.Take(LastName(source.addresses[element]));
+            field.kind = "history";
+            type.fields.push_back(std::move(field));
+        }
+        DraftStep step;
+        step.type = row.type;
+        step.each = {row.source, element};
+        step.notes.push_back(
+            {fmt::format("the items of {} name a time and somebody, so each is an entry of the "
+                         "history. Are they?",
+                         AddressText(source, source.addresses[element])),
+             true});
+        DraftField key;
+        ReferToRow(row.source, row.type, key);
+        step.values.emplace_back(type.Key()->name, key.pattern.empty()
+                                                       ? key.address
+                                                       : fmt::format("{{text: {}}}", key.pattern));
+        AddHistoryValues(source, element, parts, step);
+        m_draft.needsZone |= source.addresses[parts.when].dates.LacksZone();
+        m_draft.history.push_back(std::move(step));
     }
 
     std::size_t RowTypeOf(std::size_t source) const {

@@ -169,7 +169,7 @@ std::string TypeStep(const Survey& survey, const Draft& draft, const DraftType& 
     }
     text += "    fields:\n";
     for (const DraftField& field : type.fields) {
-        if (!field.reference || !field.reference->isLate) {
+        if (field.IsMapped() && (!field.reference || !field.reference->isLate)) {
             text += Comments(field.notes, "      ");
             text += fmt::format("      {}: {}\n", field.name, FieldValue(draft, field));
         }
@@ -198,6 +198,20 @@ std::string LateStep(const Survey& survey, const Draft& draft, const DraftType& 
                    "  ") +
            StepHead(survey, draft, type) + "    mode: update\n" + (late == 1 ? tests : "") +
            fmt::format("    fields:\n      {}: {}\n", key.name, FieldValue(draft, key)) + fields;
+}
+
+std::string HistoryStep(const Survey& survey, const Draft& draft, const DraftStep& step) {
+    const DraftType& type = draft.types[step.type];
+    std::string text = Comments(step.notes, "  ");
+    text +=
+        fmt::format("  - history: {}\n    source: {}\n    each: {}\n    key: {}\n    fields:\n",
+                    type.name, draft.sources[step.each.source].name,
+                    YamlText(AddressText(survey.sources[step.each.source], survey.At(step.each))),
+                    type.Key()->name);
+    for (const auto& [field, value] : step.values) {
+        text += fmt::format("      {}: {}\n", field, value);
+    }
+    return text;
 }
 
 constexpr std::string_view kHead =
@@ -238,6 +252,9 @@ std::string MapDraft(const Survey& survey, const Draft& draft) {
     for (const std::size_t type : draft.order) {
         const std::string step = LateStep(survey, draft, draft.types[type]);
         text += step.empty() ? "" : step + '\n';
+    }
+    for (const DraftStep& step : draft.history) {
+        text += HistoryStep(survey, draft, step) + '\n';
     }
     text.pop_back();
     return text;

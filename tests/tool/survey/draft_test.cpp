@@ -131,6 +131,40 @@ TEST_F(DraftTest, MakesRecordsOfListsAndOfTheirItems) {
     EXPECT_EQ(drafts.map.steps.at(2).FindField("what")->value.from.at(0).text, "what");
 }
 
+TEST_F(DraftTest, MakesHistoryOfItemsThatNameATimeAndSomebody) {
+    Write("bugs.jsonl",
+          R"({"nr":"b1","log":[{"at":"2020-01-02","who":"ann","from":null,"to":"new"}]}
+{"nr":"b2","log":[{"at":"2020-01-03","who":"bob","from":"new","to":"old"}]}
+)");
+    const Drafts drafts = Make();
+    EXPECT_EQ(drafts.FieldOf("bugs", "log").kind, FieldKind::History);
+    EXPECT_THAT(drafts.Steps(), ElementsAre("bugs", "bugs"));
+    EXPECT_THAT(drafts.mapText,
+                HasSubstr("  - history: bugs\n    source: bugs\n    each: log/*\n    key: nr\n"
+                          "    fields:\n      nr: \"/nr\"\n      when: at\n      who: who\n"
+                          "      action: {value: log}\n"
+                          "      before: {from: from, default: none}\n      after: to\n"));
+}
+
+TEST_F(DraftTest, KeepsRecordsOfWhatHistoryCannotHold) {
+    Write("bugs.jsonl", R"({"nr":"b1","log":[{"id":"l1","at":"2020-01-02","who":"ann","text":"x"}]}
+{"nr":"b2","log":[{"id":"l2","at":"2020-01-03","who":"bob","text":"y"}]}
+)");
+    const Drafts drafts = Make();
+    EXPECT_THAT(drafts.Steps(), ElementsAre("bugs", "bugs_log", "bugs"));
+    EXPECT_EQ(drafts.map.steps.at(2).kind, StepKind::History);
+    EXPECT_THAT(drafts.mapText, HasSubstr("cannot hold, such as log/*/text. Where"));
+}
+
+TEST_F(DraftTest, LeavesOutWhatHistoryCannotHoldWhereItHasNoKey) {
+    Write("bugs.jsonl", R"({"nr":"b1","log":[{"at":"2020-01-02","who":"ann","text":"x"}]}
+{"nr":"b2","log":[{"at":"2020-01-03","who":"ann","text":"x"}]}
+)");
+    const Drafts drafts = Make();
+    EXPECT_THAT(drafts.Steps(), ElementsAre("bugs", "bugs"));
+    EXPECT_EQ(drafts.map.sources.at(0).ignore.at(0).text, "log/*/text");
+}
+
 TEST_F(DraftTest, LeavesOutWithANoteWhatNobodyCouldKnowAgain) {
     Write("bugs.jsonl",
           "{\"id\":\"b1\",\"log\":[{\"what\":\"new\"},{\"what\":\"new\"}],\"odd\":1}\n"

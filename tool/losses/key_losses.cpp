@@ -101,10 +101,14 @@ std::string KeyLosses::OfReference(const std::string& name, const std::string& v
     if (isOther(value)) {
         return describe(value, Quoted(Trimmed(value)));
     }
+    const std::string whole(Trimmed(value));
+    if (IsBlankWord(whole) && m_exists(target, *compared, whole)) {
+        return describe(whole, "no value");
+    }
     if (field->kind != FieldKind::ReferenceList || value.find(',') == std::string::npos) {
         return {};
     }
-    if (const std::string whole(Trimmed(value)); m_exists(target, *compared, whole)) {
+    if (m_exists(target, *compared, whole)) {
         return describe(whole, "several items");
     }
     for (std::size_t begin = 0; begin <= value.size();) {

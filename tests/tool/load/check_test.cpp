@@ -383,6 +383,18 @@ TEST_P(CheckTest, TellsOfReferencesThatMeanAnotherRecord) {
     EXPECT_THAT(Said(), HasSubstr("field keywords: \" b\" is taken for \"b\""));
 }
 
+TEST_P(CheckTest, TellsOfAnUpdateThatWouldClearAReferenceToARecordCalledBlank) {
+    Execute("INSERT INTO \"user\" (dbid, login, email) VALUES (1, 'ann', 'a')");
+    Load(Bugs({{{"source_id", "a"}, {"title", "A"}, {"owner", "ann"}}}));
+    const auto update =
+        Bugs({{{"source_id", "a"}, {"owner", "BLANK"}}}, "<updaterecord name=\"TRUE\"/>");
+    EXPECT_EQ(Check(update), 0) << Said();
+    Execute("INSERT INTO \"user\" (dbid, login, email) VALUES (2, 'BLANK', 'b')");
+    EXPECT_EQ(Check(update), 1);
+    EXPECT_THAT(Said(), HasSubstr("field owner: \"BLANK\" is taken for no value, and there is a "
+                                  "user whose login is \"BLANK\", which no reference can name"));
+}
+
 TEST_P(CheckTest, TellsOfReferencesThatAMappingTakesForOthers) {
     Execute("INSERT INTO \"user\" (dbid, login, email) VALUES (1, 'ann', 'a')");
     Execute("INSERT INTO \"user\" (dbid, login, email) VALUES (2, 'bob', ' a')");

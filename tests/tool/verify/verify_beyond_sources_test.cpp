@@ -18,9 +18,12 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 
-class DatabaseFaultTest : public VerifyFixture {};
+class DatabaseFaultTest : public OnEachEngine<VerifyFixture> {};
 
-TEST_F(DatabaseFaultTest, IsFoundInRecordsThatTheSourcesDoNotSpeakOf) {
+// Values that only a file's columns can hold.
+class ForeignStorageTest : public VerifyFixture {};
+
+TEST_P(DatabaseFaultTest, IsFoundInRecordsThatTheSourcesDoNotSpeakOf) {
     ASSERT_EQ(Load(Tracker()), 0) << Said();
     Damage("UPDATE bug SET id = 'BvG00000002' WHERE dbid = 2");
     EXPECT_EQ(Verify(Basics()), 1);
@@ -31,7 +34,7 @@ TEST_F(DatabaseFaultTest, IsFoundInRecordsThatTheSourcesDoNotSpeakOf) {
     EXPECT_THAT(Shown(), EndsWith("NOT verified: 1 fault in the database itself.\n"));
 }
 
-TEST_F(DatabaseFaultTest, IsReportedBesideDifferences) {
+TEST_F(ForeignStorageTest, IsReportedBesideDifferences) {
     const auto sources = Tracker();
     ASSERT_EQ(Load(sources), 0) << Said();
     Damage("UPDATE bug SET votes = '7 or so' WHERE dbid = 2");
@@ -43,7 +46,7 @@ TEST_F(DatabaseFaultTest, IsReportedBesideDifferences) {
                                   "itself.\n"));
 }
 
-TEST_F(DatabaseFaultTest, IsAHistoryEntryInAnotherField) {
+TEST_P(DatabaseFaultTest, IsAHistoryEntryInAnotherField) {
     const auto sources = Tracker();
     ASSERT_EQ(Load(sources), 0) << Said();
     Damage("UPDATE zt_history SET field = 'title' WHERE entry = 1");
@@ -52,7 +55,7 @@ TEST_F(DatabaseFaultTest, IsAHistoryEntryInAnotherField) {
               "bug|BUG00000001|log, entry 1, field|title|the history of bug stands in log");
 }
 
-TEST_F(DatabaseFaultTest, IsTextThatEqualsANumber) {
+TEST_F(ForeignStorageTest, IsTextThatEqualsANumber) {
     const auto sources = Tracker();
     ASSERT_EQ(Load(sources), 0) << Said();
     Damage("UPDATE bug SET votes = '7 or so' WHERE dbid = 1");
@@ -60,7 +63,7 @@ TEST_F(DatabaseFaultTest, IsTextThatEqualsANumber) {
     EXPECT_THAT(Faults(), HasSubstr("bug|BUG00000001|votes|7 or so|"));
 }
 
-TEST_F(DatabaseFaultTest, IsNotWhatNoAttachmentNeedsAnyMore) {
+TEST_P(DatabaseFaultTest, IsNotWhatNoAttachmentNeedsAnyMore) {
     ASSERT_EQ(Load(Tracker()), 0) << Said();
     Damage("DELETE FROM zt_attachment WHERE filename = 'b.txt'");
     EXPECT_EQ(Verify(Basics()), 0);
@@ -68,7 +71,7 @@ TEST_F(DatabaseFaultTest, IsNotWhatNoAttachmentNeedsAnyMore) {
                 HasSubstr("1 content of 5 bytes in all belongs to no attachment any more\n"));
 }
 
-TEST_F(DatabaseFaultTest, AtMostFiftyAreShown) {
+TEST_P(DatabaseFaultTest, AtMostFiftyAreShown) {
     std::vector<Fields> bugs;
     for (int i = 0; i < 60; ++i) {
         bugs.push_back({{"source_id", std::to_string(i)}, {"title", "T"}});
@@ -83,7 +86,7 @@ TEST_F(DatabaseFaultTest, AtMostFiftyAreShown) {
     EXPECT_EQ(std::count(faults.begin(), faults.end(), '\n'), 59);
 }
 
-TEST_F(DatabaseFaultTest, StandsOnThePage) {
+TEST_P(DatabaseFaultTest, StandsOnThePage) {
     ASSERT_EQ(Load(Tracker()), 0) << Said();
     Damage("UPDATE bug SET id = 'BvG00000002' WHERE dbid = 2");
     m_verifyOptions.html = m_folder.File("page.html");
@@ -94,21 +97,23 @@ TEST_F(DatabaseFaultTest, StandsOnThePage) {
     EXPECT_THAT(page, HasSubstr("the display id of its dbid is BUG00000002"));
 }
 
-class ExactVerifyTest : public VerifyFixture {
+ON_EACH_ENGINE(DatabaseFaultTest);
+
+class ExactVerifyTest : public OnEachEngine<VerifyFixture> {
   protected:
     ExactVerifyTest() { m_verifyOptions.exact = true; }
 };
 
-TEST_F(ExactVerifyTest, FindsNothingBeyondTheSourcesInACleanLoad) {
+TEST_P(ExactVerifyTest, FindsNothingBeyondTheSourcesInACleanLoad) {
     EXPECT_EQ(LoadAndVerify(Tracker()), 0) << Shown();
     EXPECT_THAT(Shown(),
                 EndsWith("Verified: everything in the sources is in the database, and nothing else."
                          "\n"));
 }
 
-TEST_F(ExactVerifyTest, FindsRecordsThatNoSourceSpeaksOf) {
+TEST_P(ExactVerifyTest, FindsRecordsThatNoSourceSpeaksOf) {
     ASSERT_EQ(Load(Tracker()), 0) << Said();
-    Damage("INSERT INTO user (dbid, login) VALUES (9, 'eve')");
+    Damage("INSERT INTO \"user\" (dbid, login) VALUES (9, 'eve')");
     EXPECT_EQ(Verify(Basics()), 1);
     EXPECT_EQ(Differences(),
               "eve||||in the database only: no source speaks of it\n"
@@ -124,7 +129,7 @@ TEST_F(ExactVerifyTest, FindsRecordsThatNoSourceSpeaksOf) {
     EXPECT_EQ(report.at("differences").at(0).at("record"), 0);
 }
 
-TEST_F(ExactVerifyTest, FindsWhatNoSourceGivesInRecordsThatTheyUpdate) {
+TEST_P(ExactVerifyTest, FindsWhatNoSourceGivesInRecordsThatTheyUpdate) {
     ASSERT_EQ(Load(Tracker()), 0) << Said();
     const auto updates =
         Together(Basics(), Bugs("updates",
@@ -148,7 +153,7 @@ TEST_F(ExactVerifyTest, FindsWhatNoSourceGivesInRecordsThatTheyUpdate) {
     EXPECT_EQ(Verify(updates), 0) << Shown();
 }
 
-TEST_F(ExactVerifyTest, IsContentWithMendedRejects) {
+TEST_P(ExactVerifyTest, IsContentWithMendedRejects) {
     m_options.rejects = m_folder.File("rejects");
     const auto bad = Together(Basics(), Bugs("bugs", {{{"source_id", "C-1"}, {"title", "One"}},
                                                       {{"source_id", "C-2"}, {"title", ""}}}));
@@ -159,7 +164,7 @@ TEST_F(ExactVerifyTest, IsContentWithMendedRejects) {
     EXPECT_EQ(Verify(mended), 0) << Shown();
 }
 
-TEST_F(ExactVerifyTest, StandsOnThePage) {
+TEST_P(ExactVerifyTest, StandsOnThePage) {
     ASSERT_EQ(Load(Tracker()), 0) << Said();
     m_verifyOptions.html = m_folder.File("page.html");
     Verify(Basics());
@@ -168,6 +173,8 @@ TEST_F(ExactVerifyTest, StandsOnThePage) {
     EXPECT_THAT(page, HasSubstr("2 records of the database are in no source."));
     EXPECT_THAT(page, HasSubstr("bug: in the database only: no source speaks of it"));
 }
+
+ON_EACH_ENGINE(ExactVerifyTest);
 
 }  // namespace
 

@@ -190,6 +190,10 @@ void AddLoad(CLI::App& app, Commands& commands) {
     load->add_option("--rejected-rows", commands.load.rejectedRows,
                      "file to write the rows of rejected records to, as they stood (with --map)");
     AddRetryFor(*load, commands.load);
+    // For tests, so that few records are many groups; an empty group keeps it out of the help.
+    load->add_option("--group-records", commands.load.groupRecords)
+        ->check(CLI::Range(std::size_t{1}, kGroupRecords))
+        ->group("");
     AddWorkers(*load, commands.load.workers,
                "threads that go through records ahead of their turn, on a server; 1: none does. "
                "What comes out does not depend on how many",

@@ -16,11 +16,12 @@ namespace {
 
 using testing::HasSubstr;
 
-// More than two of the groups that a load commits, and a few of the attachments that are missing.
-constexpr int kRecords = 230;
-constexpr int kFiles = 200;
+// Several of the groups that a load commits, and a few of the attachments that are missing.
+constexpr const char* kRecordsOfAGroup = "10";
+constexpr int kRecords = 52;
+constexpr int kFiles = 40;
 
-// A load of some hundred records of one data type that is killed over and over again.
+// A load of some ten records of one data type that is killed over and over again.
 class KilledLoad : public LoadFixture, public testing::WithParamInterface<std::string> {
   protected:
     // What the load under test builds on. Made once; every attempt begins with a copy.
@@ -55,13 +56,13 @@ std::vector<Fields> KilledLoad::Bugs() const {
     for (int i = 0; i < kRecords; ++i) {
         Fields bug = {{"source_id", fmt::format("s{}", i)},
                       {"title", fmt::format("Bug {}", i)},
-                      // The third of every twenty-nine is rejected for this.
-                      {"votes", i % 29 == 2 ? "many" : std::to_string(i)},
+                      // The third of every nine is rejected for this.
+                      {"votes", i % 9 == 2 ? "many" : std::to_string(i)},
                       {"owner", fmt::format("u{}", i % 7)},
                       {"keywords", fmt::format("k{},k{}", i % 5, 5 + i % 3)},
                       {"log", "1\t2020-01-01 00:00:00\tu1\tsubmit\tnone\tNEW"}};
         // A duplicate of the bug before; some of these were rejected, and so are their duplicates.
-        if (i % 14 == 3) {
+        if (i % 7 == 3) {
             bug.emplace_back("duplicate_of", fmt::format("s{}", i - 1));
         }
         bugs.push_back(std::move(bug));
@@ -135,7 +136,7 @@ std::string KilledLoad::MappedRows() {
     std::string rows = "Nr,Title,Votes,Owner,Keywords,When\n";
     for (int i = 0; i < kRecords; ++i) {
         rows += fmt::format("s{},\"Bug &lt; {}\",{},u{},\"k{},k{}\",2020-02-{:02}\n",
-                            i % 50 == 49 ? i - 1 : i, i, i % 29 == 2 ? "many" : std::to_string(i),
+                            i % 50 == 49 ? i - 1 : i, i, i % 9 == 2 ? "many" : std::to_string(i),
                             i % 7, i % 5, 5 + i % 3, 1 + i % 28);
     }
     return m_folder.Write("data.csv", rows);
@@ -171,7 +172,8 @@ void KilledLoad::BeginAnew() const {
 
 std::vector<std::string> KilledLoad::Command(const std::vector<std::string>& sources) const {
     std::vector<std::string> command = {
-        "load", m_database, "--attachments", m_folder.File("files"), "--rejects", RejectsFolder()};
+        "load",      m_database,      "--attachments",   m_folder.File("files"),
+        "--rejects", RejectsFolder(), "--group-records", kRecordsOfAGroup};
     if (IsMapped()) {
         command.insert(command.end(), {"--map", m_folder.File("map.yaml")});
     }

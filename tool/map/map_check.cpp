@@ -4,6 +4,7 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
+#include <map>
 #include <span>
 #include <vector>
 
@@ -215,12 +216,40 @@ class StepCheck {
     const schema::RecordType* m_type = nullptr;
 };
 
+// What several steps attach to one field of a record is gathered by its key, since a later packet
+// replaces attachments of the same file name. Two keys of one record do not tell that it is one.
+void CheckAttachmentKeys(const MapFile& map, const schema::Schema& schema) {
+    struct First {
+        const MapStep* step;
+        const schema::Field* key;
+    };
+    std::map<const schema::Field*, First> firsts;  // by the field that they attach to
+    for (const MapStep& step : map.steps) {
+        if (step.kind != StepKind::Attachments) {
+            continue;
+        }
+        const schema::RecordType& type = *schema.FindType(step.type);
+        const schema::Field* const key = type.FindField(step.key);
+        const auto [first, isNew] =
+            firsts.try_emplace(type.FindField(step.attachmentsField), First{&step, key});
+        if (!isNew && first->second.key != key) {
+            throw MapError(
+                map.name, step.keyPlace,
+                fmt::format("a step in line {} knows the records whose '{}' it fills by '{}'; "
+                            "know them by that in this step, too, or fill another field",
+                            first->second.step->place.line, step.attachmentsField,
+                            first->second.key->name));
+        }
+    }
+}
+
 }  // namespace
 
 void CheckMap(const MapFile& map, const schema::Schema& schema) {
     for (const MapStep& step : map.steps) {
         StepCheck(map, step, schema).Run();
     }
+    CheckAttachmentKeys(map, schema);
 }
 
 const schema::Field* LookUpField(const MapValue& value, const schema::Field& field,

@@ -136,6 +136,14 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"LongNameOfSource",
                 "map: 1\nsources: {" + std::string(101, 'a') + ": {files: s.csv}}\n",
                 "map.yaml:2:11: the name of a source becomes a part of names of files"},
+        Refusal{"TwoKeysForAttachmentsOfOneField",
+                "map: 1\nsources: {s: {files: s.csv}}\nsteps:\n"
+                "- {attachments: bug, field: files, source: s, key: source_id, "
+                "fields: {source_id: A, path: B}}\n"
+                "- {attachments: bug, field: Files, source: s, key: title, "
+                "fields: {title: A, path: C}}\n",
+                "map.yaml:5:52: a step in line 4 knows the records whose 'Files' it fills by "
+                "'source_id'; know them by that in this step"},
         Refusal{"UnusedTable",
                 "map: 1\ntables: {t: {a: b}}\nsources: {s: {files: s.csv}}\n"
                 "steps: [{records: user, source: s, key: login, "

@@ -174,7 +174,8 @@ void MapRun::AddSources() {
     }
     GatherAttachments(records);
     for (std::size_t step = 0; step < m_plan.steps.size(); ++step) {
-        if (records[step] == nullptr) {
+        // A packet without a record would only be told as one without an effect.
+        if (records[step] == nullptr || records[step]->Size() == 0) {
             continue;
         }
         auto packets =
@@ -187,13 +188,17 @@ void MapRun::AddSources() {
 }
 
 // The last step that makes attachments of the same field as `step`; itself when there is no other.
+// All of them know the record by the same key: CheckMap sees to that.
 std::size_t MapRun::LastOfAttachments(std::size_t step) const {
-    const MapStep& one = m_map.steps[step];
+    const auto fieldOf = [&](std::size_t at) {
+        const StepPlan& plan = m_plan.steps[at];
+        return plan.step->kind == StepKind::Attachments
+                   ? plan.type->FindField(plan.step->attachmentsField)
+                   : nullptr;
+    };
     std::size_t last = step;
-    for (std::size_t other = step + 1; other < m_map.steps.size(); ++other) {
-        const MapStep& later = m_map.steps[other];
-        if (one.kind == StepKind::Attachments && later.kind == one.kind && later.type == one.type &&
-            later.attachmentsField == one.attachmentsField && later.key == one.key) {
+    for (std::size_t other = step + 1; other < m_plan.steps.size(); ++other) {
+        if (fieldOf(step) != nullptr && fieldOf(other) == fieldOf(step)) {
             last = other;
         }
     }

@@ -139,6 +139,18 @@ TEST_F(MapRunTest, GathersTheAttachmentsThatSeveralStepsMakeOfARecord) {
                     "source_id=2 <,a/y.txt,> <,b/y.txt,>", "source_id=3 <,b/w.txt,>"));
 }
 
+TEST_F(MapRunTest, MakesNothingOfAStepThatPassesOverEveryRow) {
+    m_folder.Write("a.csv", "Nr,Kind\n1,x\n2,x\n");
+    const auto steps =
+        Run("sources: {a: {files: a.csv}}\nsteps:\n"
+            "- {records: bug, source: a, key: source_id, fields: {source_id: Nr}}\n"
+            "- {records: bug, source: a, key: source_id, mode: update, when: "
+            "[{from: Kind, is: y}], fields: {source_id: Nr}}\n");
+    EXPECT_THAT(steps, ElementsAre(ElementsAre("source_id=1", "source_id=2")));
+    EXPECT_THAT(m_findings, ElementsAre("passed-over: records: bug: 2 rows passed over by 'when'"));
+    EXPECT_EQ(m_losses, 0);
+}
+
 TEST_F(MapRunTest, GathersEntriesThatStandFarApartInPortions) {
     std::string rows = "Id,Bug,When\n";
     for (int id = 0; id < 3008; ++id) {

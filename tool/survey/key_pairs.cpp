@@ -102,7 +102,7 @@ class PairReader final : public RowHandler {
         std::erase_if(m_candidates, [&](CandidatePair& candidate) {
             const std::string key = PairedKey(TextAt(row.tree, candidate.pair.first),
                                               TextAt(row.tree, candidate.pair.second));
-            return !candidate.Add(HashOf(key), m_spool);
+            return !candidate.Add(tool::HashOf(key), m_spool);
         });
         return HasAny();
     }

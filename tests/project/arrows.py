@@ -83,6 +83,8 @@ def faults_of(root):
             faults.append(f"{path} stands in a room that the table does not name")
             continue
         seen.add(room)
+        faults += [f"{path} includes {name}: an include names its room, not the way there"
+                   for name in INCLUDE.findall((root / path).read_text(encoding="utf-8")) if ".." in name.split("/")]
         for name, folder in includes_of(root, path):
             target = rooms.room_of(folder)
             used.add((room, target))

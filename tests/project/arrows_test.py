@@ -52,6 +52,10 @@ class Arrows(unittest.TestCase):
     def test_an_include_in_angle_brackets_counts_as_well(self):
         self.assertEqual(len(self.faults({"platform/core/bad.cpp": "#include <tool/io/file.h>\n"})), 1)
 
+    def test_an_include_by_a_relative_path_is_told(self):
+        self.assertEqual(self.faults({"tool/io/bad.cpp": '#include "../main.h"\n'}),
+                         ["tool/io/bad.cpp includes ../main.h: an include names its room, not the way there"])
+
     def test_everything_below_is_what_stands_further_down(self):
         self.assertEqual(self.faults({"tests/tool/file_test.cpp": '#include "tool/io/file.h"\n'}), [])
         table = TABLE.replace("| `tests/...` | everything below |", "").replace(

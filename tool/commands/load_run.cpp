@@ -36,7 +36,7 @@ int ExitCodeOf(const LoadSinks& sinks, const LoadPolicy& policy) {
     }
     const bool incomplete = sinks.Totals().rejected > 0 || sinks.LeftRejected() > 0 ||
                             (policy.MindsLosses() && sinks.Losses() > 0);
-    return static_cast<int>(incomplete ? ExitCode::RecordsRejected : ExitCode::Success);
+    return static_cast<int>(incomplete ? ExitCode::Incomplete : ExitCode::Success);
 }
 
 void SayWhyStopped(const LoadOptions& options, const LoadPolicy& policy, LoadSinks& sinks) {

@@ -77,7 +77,7 @@ int RunVerify(const VerifyOptions& options, std::ostream& out, std::ostream& err
         return 128 + signal;
     }
     output.Finish(summary);
-    return static_cast<int>(summary.Verified() ? ExitCode::Success : ExitCode::RecordsDiffer);
+    return static_cast<int>(summary.Verified() ? ExitCode::Success : ExitCode::Incomplete);
 }
 
 }  // namespace tool

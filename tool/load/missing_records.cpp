@@ -8,7 +8,6 @@
 
 #include "recorddb/value_text.h"
 #include "tool/guarded/guarded_text.h"
-#include "tool/packet/field_search.h"
 #include "tool/packet/field_use.h"
 #include "tool/packet/importer_text.h"
 #include "tool/packet/source_formats.h"
@@ -31,14 +30,6 @@ std::vector<std::string> Items(FieldUse use, const std::string& value) {
     const std::string_view item = Trimmed(value);
     return item.empty() || IsBlankWord(item) ? std::vector<std::string>()
                                              : std::vector{std::string(item)};
-}
-
-std::string MappedField(const ImportConfiguration& configuration, const Field& field) {
-    const auto& mapping = configuration.Mapping();
-    const auto found = std::find_if(mapping.begin(), mapping.end(), [&](const auto& entry) {
-        return EqualNoCase(entry.first, field.name);
-    });
-    return found == mapping.end() ? std::string() : found->second;
 }
 
 // Values of other kinds are stored in another form than people write.
@@ -106,26 +97,30 @@ std::string MissingRecords::Describe(const std::vector<WantedRecord>& missing) c
 }
 
 std::vector<MissingRecords::Wanted> MissingRecords::WantedBy(
-    const SourceRecord& record, const ImportConfiguration& configuration,
-    const RecordType& type) const {
+    const SourceRecord& record, const ImportConfiguration& configuration, const RecordType& type) {
+    std::vector<Wanted> wanted;
+    if (!m_fieldReader.Read(record.packet, m_fields).empty()) {
+        return wanted;
+    }
     const std::string& identity = configuration.OriginalId();
     const Field* const id = type.FindField(identity);
-    const bool isRecord = configuration.Data() == ImportedData::Records;
-    std::vector<Wanted> wanted;
-    if (isRecord) {
-        wanted = References(record, configuration, type);
-    }
-    const auto wantById = [&](const std::string& field, const std::string& role) {
+    const auto wantById = [&](const std::string& value, const std::string& role) {
         if (id != nullptr) {
-            wanted.push_back(
-                {&type, id, identity, FindFieldValue(record.raw, field).value_or(""), role});
+            wanted.push_back({&type, id, identity, value, role});
         }
     };
-    if (isRecord) {
-        wantById(configuration.DuplicateId(), configuration.DuplicateId());
+    if (configuration.Data() == ImportedData::Records) {
+        for (const ImporterField& field : m_fields) {
+            AddReferences(field, configuration, type, wanted);
+        }
+        for (const ImporterField& field : m_fields) {
+            if (UseOf(field.name, configuration, type) == FieldUse::DuplicateMark) {
+                wantById(field.value, field.name);
+            }
+        }
     }
     if (!MayCreate(configuration)) {
-        wantById(identity, "");
+        wantById(OriginalIdOf(m_fields, configuration, type), "");
     }
     std::erase_if(wanted, [](const Wanted& one) { return one.value.empty(); });
     for (Wanted& one : wanted) {
@@ -134,28 +129,26 @@ std::vector<MissingRecords::Wanted> MissingRecords::WantedBy(
     return wanted;
 }
 
-std::vector<MissingRecords::Wanted> MissingRecords::References(
-    const SourceRecord& record, const ImportConfiguration& configuration,
-    const RecordType& type) const {
-    std::vector<Wanted> wanted;
-    for (const Field& field : type.fields) {
-        const FieldUse use = UseOf(field.name, configuration, type);
-        if (use != FieldUse::Reference && use != FieldUse::ReferenceList) {
-            continue;
-        }
-        const std::string value = FindFieldValue(record.raw, field.name).value_or("");
-        const RecordType& target = m_database.GetSchema().Type(field.target);
-        // A key of several fields is not searched through the mapping.
-        const std::string mapped = target.key.size() > 1 ? "" : MappedField(configuration, field);
-        const Field* const searched = target.FindField(mapped);
-        if (searched == nullptr && !mapped.empty()) {
-            continue;
-        }
-        for (const std::string& item : Items(use, value)) {
-            wanted.push_back({&target, searched, mapped, item, field.name});
-        }
+void MissingRecords::AddReferences(const ImporterField& given,
+                                   const ImportConfiguration& configuration, const RecordType& type,
+                                   std::vector<Wanted>& wanted) const {
+    const FieldUse use = UseOf(given.name, configuration, type);
+    if (use != FieldUse::Reference && use != FieldUse::ReferenceList) {
+        return;
     }
-    return wanted;
+    const Field& field = *type.FindField(given.name);
+    const RecordType& target = m_database.GetSchema().Type(field.target);
+    const auto mapping = configuration.Mapping().find(given.name);
+    // A key of several fields is not searched through the mapping.
+    const bool isMapped = mapping != configuration.Mapping().end() && target.key.size() == 1;
+    const std::string mapped = isMapped ? mapping->second : "";
+    const Field* const searched = target.FindField(mapped);
+    if (searched == nullptr && !mapped.empty()) {
+        return;
+    }
+    for (const std::string& item : Items(use, given.value)) {
+        wanted.push_back({&target, searched, mapped, item, field.name});
+    }
 }
 
 bool MissingRecords::IsThere(const Wanted& wanted) {

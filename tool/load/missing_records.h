@@ -10,6 +10,7 @@
 #include "recorddb/database.h"
 #include "recorddb/reader.h"
 #include "tool/packet/import_configuration.h"
+#include "tool/packet/importer_fields.h"
 #include "tool/sources/kind/source_record.h"
 
 namespace tool {
@@ -63,14 +64,15 @@ class MissingRecords {
 
     std::vector<Wanted> WantedBy(const SourceRecord& record,
                                  const ImportConfiguration& configuration,
-                                 const recorddb::schema::RecordType& type) const;
-    std::vector<Wanted> References(const SourceRecord& record,
-                                   const ImportConfiguration& configuration,
-                                   const recorddb::schema::RecordType& type) const;
+                                 const recorddb::schema::RecordType& type);
+    void AddReferences(const ImporterField& given, const ImportConfiguration& configuration,
+                       const recorddb::schema::RecordType& type, std::vector<Wanted>& wanted) const;
     bool IsThere(const Wanted& wanted);
 
     recorddb::Database& m_database;
     recorddb::RecordReader m_reader;
+    ImporterFieldReader m_fieldReader;
+    ImporterFields m_fields;  // of the record that is looked at
     // By record type and original id.
     using RecordId = std::pair<std::int64_t, std::string>;
     std::map<RecordId, std::string> m_rejected;

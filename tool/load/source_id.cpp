@@ -6,7 +6,9 @@
 namespace tool {
 
 std::string SourceIdOf(const SourceRecord& record, const ImportConfiguration& configuration) {
-    std::string id = FindFieldValue(record.raw, configuration.OriginalId()).value_or("");
+    // One that cannot be imported has no packet; what it is called may still be made out.
+    const std::string_view text = record.packet.empty() ? record.raw : record.packet;
+    std::string id = FindFieldValue(text, configuration.OriginalId()).value_or("");
     return record.guarded ? Restored(id) : id;
 }
 

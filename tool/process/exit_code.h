@@ -5,11 +5,14 @@ namespace tool {
 
 // What the process tells its caller. Scripts rely on the numbers.
 enum class ExitCode {
-    Success = 0,          // everything was imported, or would be
-    RecordsRejected = 1,  // some records were rejected, or would be; something would be lost
-    RecordsDiffer = 1,    // what is in the sources is not in the database
-    BadInput = 2,         // bad usage, schema or source
-    DatabaseFailed = 3,   // the record database failed, not enough memory, an output not written
+    // Everything was imported, or would be; all of it is there.
+    Success = 0,
+    // Some records were rejected, or would be; something would be lost, or differs.
+    Incomplete = 1,
+    // Bad usage, schema or source.
+    BadInput = 2,
+    // The record database failed, there was not enough memory, an output could not be written.
+    DatabaseFailed = 3,
 };
 
 }  // namespace tool

@@ -39,6 +39,19 @@ TEST_P(MissingRecordsTest, AMappedReferenceNamesTheFieldThatIsSearched) {
     EXPECT_THAT(Said(), HasSubstr("It waits for the user whose email is \"ann@x\" (field owner)."));
 }
 
+// The importer finds a field's mapping by the very name that the record writes.
+TEST_P(MissingRecordsTest, AFieldWrittenInAnotherCaseThanItsMappingIsSearchedByTheKey) {
+    EXPECT_EQ(LoadBugs({{{"source_id", "a"}, {"title", "A"}, {"Owner", "ann"}}}, kOwnerByLogin), 1);
+    EXPECT_THAT(Said(), HasSubstr("It waits for the user \"ann\" (field owner)."));
+    EXPECT_EQ(
+        Load({Configuration("bugs-configuration.xml", "record", "bug", "source_id", kOwnerByLogin),
+              Records("late.xml", {{{"source_id", "b"}, {"title", "B"}, {"Owner", "bob"}}}),
+              Configuration("users-configuration.xml", "record", "user", "login"),
+              Records("users.xml", {{{"login", "bob"}}})}),
+        0)
+        << Said();
+}
+
 TEST_P(MissingRecordsTest, OnlyTheMissingMembersOfAListAreNamed) {
     Load({Configuration("keywords-configuration.xml", "record", "keyword", "name"),
           Records("keywords.xml", {{{"name", "k1"}}})});

@@ -1,5 +1,6 @@
 #include "tool/verify/comparison_crew.h"
 
+#include <exception>
 #include <optional>
 #include <system_error>
 #include <utility>
@@ -90,9 +91,22 @@ void ComparisonCrew::Give(std::shared_ptr<KeptPackage> package) {
 void ComparisonCrew::TakeBack(KeptPackage& package) {
     using Unbegun = WorkQueue<KeptPackage>::Unbegun;
     m_queue.TakeBack(package, m_options.waitsForWorkers ? Unbegun::Left : Unbegun::Taken);
+    WarnOfEnd();
 }
 
-// Whatever goes wrong shows when the main thread compares the package.
+void ComparisonCrew::NoteEnd(const std::string& why) {
+    const std::lock_guard lock(m_mutex);
+    m_end = why;
+}
+
+void ComparisonCrew::WarnOfEnd() {
+    const std::lock_guard lock(m_mutex);
+    if (!m_end.empty() && !std::exchange(m_hasWarned, true)) {
+        m_warn(m_end);
+    }
+}
+
+// What goes wrong of a package shows when the main thread compares it.
 void ComparisonCrew::Run(Worker& worker, const ConfigurationOf& configuration) {
     bool goesOn = true;
     while (goesOn) {
@@ -102,6 +116,12 @@ void ComparisonCrew::Run(Worker& worker, const ConfigurationOf& configuration) {
         }
         try {
             Compare(*package, *worker.comparer, configuration, {});
+        } catch (const recorddb::sql::Error& error) {
+            NoteEnd(error.DriverText());
+            goesOn = false;
+        } catch (const std::exception& error) {
+            NoteEnd(error.what());
+            goesOn = false;
         } catch (...) {
             goesOn = false;
         }

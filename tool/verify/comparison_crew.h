@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -21,7 +22,8 @@ namespace tool {
 // which is none of theirs.
 class ComparisonCrew {
   public:
-    // Told why there are fewer workers than were asked for.
+    // Told why there are fewer workers than were asked for: of those that come to an end early, for
+    // the first one only.
     using Warn = std::function<void(const std::string& why)>;
 
     // Connects as often as the options ask for workers, if for more than one. The options outlive
@@ -54,11 +56,16 @@ class ComparisonCrew {
     struct Worker;
 
     void Run(Worker& worker, const ConfigurationOf& configuration);
+    void NoteEnd(const std::string& why);
+    void WarnOfEnd();
 
     const VerifyOptions& m_options;
     Warn m_warn;
     std::vector<std::unique_ptr<Worker>> m_workers;
     WorkQueue<KeptPackage> m_queue;
+    std::mutex m_mutex;
+    std::string m_end;  // under the mutex: why a worker has come to its end early
+    bool m_hasWarned = false;
     std::vector<std::jthread> m_threads;
 };
 

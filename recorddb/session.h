@@ -72,11 +72,13 @@ class RECORDDB_API SessionSavepoint {
     std::unique_ptr<State> m_state;
 };
 
-// A transaction around many commits of a session, from construction to Commit or Rollback; the
-// destructor rolls back one that is still open. Made by Session::BeginTransaction.
+// A transaction around many commits of a session, or a part of one, from construction to Commit or
+// Rollback; the destructor rolls back one that is still open. Made by Session::BeginTransaction.
 class RECORDDB_API SessionTransaction {
   public:
-    SessionTransaction(std::shared_ptr<SessionParts> parts, Writing writing);
+    enum class Extent { Whole, Part };
+
+    SessionTransaction(std::shared_ptr<SessionParts> parts, Writing writing, Extent extent);
     SessionTransaction(const SessionTransaction&) = delete;
     SessionTransaction& operator=(const SessionTransaction&) = delete;
     ~SessionTransaction();
@@ -91,9 +93,10 @@ class RECORDDB_API SessionTransaction {
 
     // Puts in what was gathered ahead, as if the work had been done here: new records get their
     // dbids now. The work was done on a state of the database that had all that was permanent at
-    // `moment` (Session::Moment). To be called first in a transaction that gathers. Returns false,
-    // and nothing has happened, when the same work might now have another outcome; then it has to
-    // be done anew. Either way the object is used up. Throws sql::Error.
+    // `moment` (Session::Moment). For a transaction that gathers; what it has gathered so far is
+    // written first. Returns false, and nothing else has happened, when the same work might now
+    // have another outcome; then it has to be done anew. Either way it is used up. Throws
+    // sql::Error.
     bool Adopt(GatheredWork& work, std::uint64_t moment);
 
     // Writes what was gathered so far. Throws sql::Error, after which nothing but a roll-back is
@@ -110,6 +113,11 @@ class RECORDDB_API SessionTransaction {
 
     // Begins a savepoint. Throws sql::Error.
     std::unique_ptr<SessionSavepoint> Savepoint();
+
+    // Begins a part of this transaction, which was begun with Writing::AtOnce. It is a transaction
+    // in all, but that its work becomes permanent with this one. Meanwhile, everything goes to the
+    // part; one at a time, which ends before this one. Throws sql::Error.
+    std::unique_ptr<SessionTransaction> BeginPart(Writing writing);
 
   private:
     struct State;
@@ -164,6 +172,11 @@ class RECORDDB_API Session final : public AdSession {
     // writers get their turn only where they wait when a transaction of Writing::Gathered begins;
     // 0 ends that, and is for when no transaction is open. Throws sql::Error.
     void RememberWrites(std::size_t transactions);
+
+    // From now on remembers what the parts of the transaction under way write, for Adopt in one of
+    // them. The work ahead may have been done on the state before any of them, whatever `moment`
+    // says. That takes memory of a fixed size: after millions of records less and less is adopted.
+    void RememberAllWrites();
 
     // A number for what this session has made permanent so far.
     std::uint64_t Moment() const;

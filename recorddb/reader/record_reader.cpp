@@ -1,5 +1,7 @@
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "recorddb/database.h"
 #include "recorddb/editing/reference_keys.h"
 #include "recorddb/model/value_text.h"
@@ -11,6 +13,7 @@
 #include "recorddb/store/content_store.h"
 #include "recorddb/store/duplicate_table.h"
 #include "recorddb/store/history_table.h"
+#include "recorddb/store/key_sets.h"
 #include "recorddb/store/key_table.h"
 #include "recorddb/store/record_tables.h"
 #include "recorddb/store/write_batch.h"
@@ -47,6 +50,12 @@ struct RecordReader::Tables {
         batch.Apply(WriteBatch::For::Reading);
         return connection;
     }
+
+    std::vector<std::int64_t> FindByValue(const schema::RecordType& type,
+                                          const schema::Field& field, const FieldValue& wanted,
+                                          std::size_t limit);
+    std::vector<std::int64_t> FindStored(const schema::RecordType& type, const schema::Field& field,
+                                         const FieldValue& wanted, std::size_t limit);
 
     WriteBatch& batch;
     sql::Connection& connection;
@@ -121,8 +130,31 @@ std::vector<std::int64_t> RecordReader::FindByValue(const schema::RecordType& ty
     } else if (const auto number = IntegerOf(value)) {
         wanted = *number;
     }
-    sql::Connection& connection = m_tables->UpToDate();
-    const auto place = m_tables->batch.Keys().Find(type, {field.index}, {&wanted});
+    return m_tables->FindByValue(type, field, wanted, limit);
+}
+
+// What is gathered has no changes of fields that are unique, besides new records.
+std::vector<std::int64_t> RecordReader::Tables::FindByValue(const schema::RecordType& type,
+                                                            const schema::Field& field,
+                                                            const FieldValue& wanted,
+                                                            std::size_t limit) {
+    const FieldSet fields = {field.index};
+    const std::vector<FieldSet> unique = UniqueSetsOf(type);
+    if (std::find(unique.begin(), unique.end(), fields) == unique.end()) {
+        batch.Apply(WriteBatch::For::Reading);
+    } else if (const std::int64_t pending = batch.FindKey(type, fields, {&wanted})) {
+        return {pending};
+    }
+    std::vector<std::int64_t> stored = FindStored(type, field, wanted, limit);
+    batch.NoteSearch(type, fields, {&wanted}, !stored.empty());
+    return stored;
+}
+
+std::vector<std::int64_t> RecordReader::Tables::FindStored(const schema::RecordType& type,
+                                                           const schema::Field& field,
+                                                           const FieldValue& wanted,
+                                                           std::size_t limit) {
+    const auto place = batch.Keys().Find(type, {field.index}, {&wanted});
     if (place && (place->dbid == 0 || place->isCertain)) {
         return place->dbid == 0 ? std::vector<std::int64_t>() : std::vector{place->dbid};
     }

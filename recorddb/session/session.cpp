@@ -181,12 +181,17 @@ void Session::RememberWrites(std::size_t transactions) {
     }
 }
 
+void Session::RememberAllWrites() {
+    m_parts->batch.Writes().RememberAll();
+}
+
 std::uint64_t Session::Moment() const {
     return m_parts->batch.Writes().Moment();
 }
 
 std::unique_ptr<SessionTransaction> Session::BeginTransaction(Writing writing) {
-    return std::make_unique<SessionTransaction>(m_parts, writing);
+    return std::make_unique<SessionTransaction>(m_parts, writing,
+                                                SessionTransaction::Extent::Whole);
 }
 
 }  // namespace recorddb

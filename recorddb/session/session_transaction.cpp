@@ -1,10 +1,12 @@
 #include <optional>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
 #include "recorddb/session.h"
 #include "recorddb/session/session_parts.h"
 #include "recorddb/sql.h"
+#include "recorddb/sql/savepoint.h"
 #include "recorddb/store/look_ahead.h"
 #include "recorddb/store/pending_changes.h"
 #include "recorddb/store/provisional_ids.h"
@@ -73,22 +75,48 @@ void SessionSavepoint::Rollback() noexcept {
 }
 
 struct SessionTransaction::State {
-    State(std::shared_ptr<SessionParts> session, Writing writing)
-        : parts(std::move(session)),
-          before(StateOf(*parts)),
-          transaction(parts->failures.Watch([this, writing] {
-              return sql::Transaction(parts->connection, writing == Writing::Ahead
-                                                             ? sql::Access::Reading
-                                                             : sql::Access::Writing);
-          })) {
+    State(std::shared_ptr<SessionParts> session, Writing writing, Extent extent)
+        : parts(std::move(session)), before(StateOf(*parts)) {
+        parts->failures.Watch([&] { Begin(writing, extent); });
         if (writing == Writing::Ahead) {
             parts->batch.BeginAhead();
         } else if (writing == Writing::Gathered) {
             parts->batch.Begin();
-            KeepTurn();
+            if (extent == Extent::Whole) {
+                KeepTurn();
+            }
         } else {
             parts->batch.Writes().NoteAll();
         }
+    }
+
+    void Begin(Writing writing, Extent extent) {
+        if (extent == Extent::Part) {
+            savepoint.emplace(parts->connection);
+        } else {
+            transaction.emplace(parts->connection, writing == Writing::Ahead
+                                                       ? sql::Access::Reading
+                                                       : sql::Access::Writing);
+        }
+    }
+
+    bool IsOpen() const { return savepoint || transaction; }
+
+    void Commit() {
+        if (savepoint) {
+            savepoint->Release();
+        } else if (transaction) {
+            transaction->Commit();
+        } else {
+            throw std::logic_error("commit of a transaction that has ended");
+        }
+        savepoint.reset();
+        transaction.reset();
+    }
+
+    void Rollback() noexcept {
+        savepoint.reset();
+        transaction.reset();
     }
 
     // Where it is remembered who has written what, only others than this session can have written
@@ -102,11 +130,14 @@ struct SessionTransaction::State {
 
     std::shared_ptr<SessionParts> parts;
     SessionState before;
-    sql::Transaction transaction;
+    // The one or the other.
+    std::optional<sql::Transaction> transaction;
+    std::optional<sql::Savepoint> savepoint;
 };
 
-SessionTransaction::SessionTransaction(std::shared_ptr<SessionParts> parts, Writing writing)
-    : m_state(std::make_unique<State>(std::move(parts), writing)) {}
+SessionTransaction::SessionTransaction(std::shared_ptr<SessionParts> parts, Writing writing,
+                                       Extent extent)
+    : m_state(std::make_unique<State>(std::move(parts), writing, extent)) {}
 
 SessionTransaction::~SessionTransaction() {
     Rollback();
@@ -136,6 +167,7 @@ std::unique_ptr<GatheredWork> SessionTransaction::Take() {
 bool SessionTransaction::Adopt(GatheredWork& work, std::uint64_t moment) {
     SessionParts& parts = *m_state->parts;
     GatheredWork::State& state = *work.m_state;
+    Apply();
     if (parts.batch.Writes().HaveTouched(state.reads, moment)) {
         return false;
     }
@@ -143,14 +175,18 @@ bool SessionTransaction::Adopt(GatheredWork& work, std::uint64_t moment) {
     for (const schema::RecordType& type : parts.batch.GetSchema().Types()) {
         highest.emplace_back();
         if (state.changes.Of(type.id).HasNew()) {
-            highest.back() = parts.failures.Watch([&] { return parts.ids.Highest(type); });
+            highest.back() = parts.failures.Watch([&] { return parts.ids.Last(type); });
         }
     }
     if (!GiveDbIds(state.changes, parts.batch.GetSchema(), highest)) {
         return false;
     }
+    for (const schema::RecordType& type : parts.batch.GetSchema().Types()) {
+        if (state.changes.Of(type.id).HasNew()) {
+            parts.ids.SetLast(type, state.changes.Of(type.id).HighestNew());
+        }
+    }
     parts.batch.Adopt(std::move(state.changes));
-    parts.ids.Forget();
     parts.statistics = parts.statistics + state.done;
     return true;
 }
@@ -163,7 +199,7 @@ void SessionTransaction::Apply() {
 void SessionTransaction::Commit() {
     try {
         Apply();
-        m_state->parts->failures.Watch([this] { m_state->transaction.Commit(); });
+        m_state->parts->failures.Watch([this] { m_state->Commit(); });
         m_state->parts->batch.End();
         m_state->parts->batch.Writes().Keep();
     } catch (const sql::Error& error) {
@@ -179,18 +215,22 @@ void SessionTransaction::Commit() {
 }
 
 void SessionTransaction::Rollback() noexcept {
-    if (!m_state->transaction.IsOpen()) {
+    if (!m_state->IsOpen()) {
         return;
     }
     m_state->parts->batch.End();
     m_state->parts->batch.Writes().Drop();
-    m_state->transaction.Rollback();
+    m_state->Rollback();
     GoBackTo(m_state->before, *m_state->parts);
 }
 
 std::unique_ptr<SessionSavepoint> SessionTransaction::Savepoint() {
     return m_state->parts->failures.Watch(
         [this] { return std::make_unique<SessionSavepoint>(m_state->parts); });
+}
+
+std::unique_ptr<SessionTransaction> SessionTransaction::BeginPart(Writing writing) {
+    return std::make_unique<SessionTransaction>(m_state->parts, writing, Extent::Part);
 }
 
 }  // namespace recorddb

@@ -14,7 +14,7 @@ namespace recorddb::schema {
 CountedRecordIds::CountedRecordIds(WriteBatch& batch, const Schema& schema)
     : m_batch(batch), m_connection(batch.GetConnection()), m_counters(schema.Types().size()) {}
 
-std::int64_t CountedRecordIds::Next(const RecordType& type) {
+CountedRecordIds::Counter& CountedRecordIds::CounterOf(const RecordType& type) {
     if (!m_connection.InTransaction()) {
         throw std::logic_error("a record's dbid is given out in a transaction only");
     }
@@ -25,6 +25,15 @@ std::int64_t CountedRecordIds::Next(const RecordType& type) {
         counter.undoCount != m_batch.UndoCount()) {
         Read(type, counter);
     }
+    return counter;
+}
+
+std::int64_t CountedRecordIds::Last(const RecordType& type) {
+    return CounterOf(type).last;
+}
+
+std::int64_t CountedRecordIds::Next(const RecordType& type) {
+    Counter& counter = CounterOf(type);
     if (counter.last == std::numeric_limits<std::int64_t>::max()) {
         ThrowMessage(
             ErrorMessage(message_id::kDbIdsUsedUp,
@@ -33,12 +42,7 @@ std::int64_t CountedRecordIds::Next(const RecordType& type) {
     return ++counter.last;
 }
 
-void CountedRecordIds::Forget() {
-    for (Counter& counter : m_counters) {
-        counter.transactionCount = 0;
-    }
-}
-
+// The highest dbid in use.
 std::int64_t CountedRecordIds::Highest(const RecordType& type) {
     // Other programs may have stored dbids below 1; here, such a number means that a record has
     // none yet.

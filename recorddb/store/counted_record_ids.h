@@ -24,11 +24,11 @@ class CountedRecordIds final : public RecordIds {
     // writer could take the same number.
     std::int64_t Next(const RecordType& type) override;
 
-    // The highest dbid in use; 0 when there is none. Throws sql::Error.
-    std::int64_t Highest(const RecordType& type);
+    // The last dbid that was given out, or is in use; 0 when there is none. Otherwise as Next.
+    std::int64_t Last(const RecordType& type);
 
-    // Counts anew: dbids were given to records in another way.
-    void Forget();
+    // Dbids up to this one were given to records in another way, in the transaction under way.
+    void SetLast(const RecordType& type, std::int64_t last) { CounterOf(type).last = last; }
 
   private:
     struct Counter {
@@ -38,6 +38,8 @@ class CountedRecordIds final : public RecordIds {
         std::uint64_t undoCount = 0;
     };
 
+    Counter& CounterOf(const RecordType& type);
+    std::int64_t Highest(const RecordType& type);
     void Read(const RecordType& type, Counter& counter);
 
     WriteBatch& m_batch;

@@ -78,6 +78,12 @@ void RecentWrites::Remember(std::size_t transactions) {
     m_most = transactions;
     m_writes.clear();
     m_current = {};
+    m_sum.reset();
+}
+
+void RecentWrites::RememberAll() {
+    Remember(0);
+    m_sum = std::make_unique<Sum>();
 }
 
 void RecentWrites::Note(const schema::Schema& schema, const PendingChanges& changes) {
@@ -129,6 +135,13 @@ void RecentWrites::Keep() {
 
 void RecentWrites::Add(Writes writes) {
     ++m_moment;
+    if (m_sum) {
+        m_sum->all = m_sum->all || writes.all;
+        for (const std::uint64_t hash : writes.hashes) {
+            m_sum->hashes.Add(hash);
+        }
+        return;
+    }
     m_writes.push_back(std::move(writes));
     if (m_writes.size() > m_most) {
         m_writes.pop_front();
@@ -139,8 +152,9 @@ void RecentWrites::Drop() {
     m_current = {};
 }
 
-bool RecentWrites::Writes::Touch(const ReadNotes& reads) const {
-    const auto has = [this](std::uint64_t hash) { return hashes.contains(hash); };
+// Whether something was read of which `has` knows the hash.
+template <typename Has>
+bool RecentWrites::Touches(const ReadNotes& reads, Has has) {
     const auto& searches = reads.m_searches;
     // All conditions of a search hold for the records that it finds.
     const auto touches = [&has](const std::vector<ReadNotes::Condition>& search) {
@@ -148,17 +162,27 @@ bool RecentWrites::Writes::Touch(const ReadNotes& reads) const {
             return has(condition.value) || has(condition.field);
         });
     };
-    return all || std::any_of(reads.m_records.begin(), reads.m_records.end(), has) ||
+    return std::any_of(reads.m_records.begin(), reads.m_records.end(), has) ||
            std::any_of(searches.begin(), searches.end(), touches);
 }
 
 bool RecentWrites::HaveTouched(const ReadNotes& reads, std::uint64_t since) const {
-    const std::uint64_t later = m_moment - since;
-    if (reads.m_isUnclear || since > m_moment || later > m_writes.size()) {
+    const auto isTouchedBy = [&reads](const Writes& writes) {
+        return writes.all || Touches(reads, [&writes](std::uint64_t hash) {
+                   return writes.hashes.contains(hash);
+               });
+    };
+    if (reads.m_isUnclear || isTouchedBy(m_current)) {
         return true;
     }
-    return std::any_of(m_writes.end() - static_cast<std::ptrdiff_t>(later), m_writes.end(),
-                       [&reads](const Writes& writes) { return writes.Touch(reads); });
+    if (m_sum) {
+        return m_sum->all ||
+               Touches(reads, [this](std::uint64_t hash) { return m_sum->hashes.MayHave(hash); });
+    }
+    const std::uint64_t later = m_moment - since;
+    return since > m_moment || later > m_writes.size() ||
+           std::any_of(m_writes.end() - static_cast<std::ptrdiff_t>(later), m_writes.end(),
+                       isTouchedBy);
 }
 
 }  // namespace recorddb

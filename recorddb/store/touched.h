@@ -4,11 +4,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <unordered_set>
 #include <vector>
 
 #include "recorddb/model/field_value.h"
 #include "recorddb/schema.h"
+#include "recorddb/store/hash_filter.h"
 #include "recorddb/store/key_sets.h"
 #include "recorddb/store/pending_changes.h"
 #include "recorddb/store/record_buffer.h"
@@ -52,7 +54,9 @@ class RecentWrites {
   public:
     // Remembers so many transactions; 0, as at first: none.
     void Remember(std::size_t transactions);
-    bool IsOn() const { return m_most > 0; }
+    // From here on remembers all transactions, in memory that has a bound.
+    void RememberAll();
+    bool IsOn() const { return m_most > 0 || m_sum != nullptr; }
 
     // What the transaction under way writes. All: whatever there is.
     void Note(const schema::Schema& schema, const PendingChanges& changes);
@@ -68,8 +72,8 @@ class RecentWrites {
     // A number for the state after the latest transaction. It rises with each that was kept.
     std::uint64_t Moment() const { return m_moment; }
 
-    // Whether something that was read may have been written after that moment, and before the
-    // transaction under way.
+    // Whether something that was read may have been written after that moment; where all is
+    // remembered, whether it may have been written at all.
     bool HaveTouched(const ReadNotes& reads, std::uint64_t since) const;
 
   private:
@@ -77,16 +81,22 @@ class RecentWrites {
         bool all = false;
         // Records; values of fields; fields that were changed in records that were there.
         std::unordered_set<std::uint64_t> hashes;
-
-        bool Touch(const ReadNotes& reads) const;
+    };
+    // The writes of all transactions.
+    struct Sum {
+        bool all = false;
+        HashFilter hashes;
     };
 
+    template <typename Has>
+    static bool Touches(const ReadNotes& reads, Has has);
     void Add(Writes writes);
 
     std::size_t m_most = 0;
     std::uint64_t m_moment = 0;
     Writes m_current;
     std::deque<Writes> m_writes;  // the last one is that of the latest transaction
+    std::unique_ptr<Sum> m_sum;   // instead of them, where all is remembered
 };
 
 }  // namespace recorddb

@@ -154,15 +154,6 @@ void AddImportOptions(CLI::App& command, Commands& commands, LoadOptions& option
     AddLimits(command, options.limits);
 }
 
-void AddCheck(CLI::App& app, Commands& commands) {
-    CLI::App* check = app.add_subcommand(
-        "check", "Rehearse a load, keep nothing, and tell what it would reject or lose");
-    AddImportOptions(*check, commands, commands.check);
-    check->callback([&commands] {
-        commands.run = [&commands] { return RunCheck(commands.check, commands.out, commands.err); };
-    });
-}
-
 void AddRetryFor(CLI::App& command, LoadOptions& options) {
     command
         .add_option_function<int>(
@@ -183,6 +174,23 @@ void AddWorkers(CLI::App& command, std::size_t& workers, const std::string& what
             fmt::format("a processor each, up to {}; {}", kMostWorkersByDefault, otherwise));
 }
 
+void AddLoadWorkers(CLI::App& command, LoadOptions& options) {
+    AddWorkers(command, options.workers,
+               "threads that go through records ahead of their turn, on a server; 1: none does. "
+               "What comes out does not depend on how many",
+               "1 where only one can be");
+}
+
+void AddCheck(CLI::App& app, Commands& commands) {
+    CLI::App* check = app.add_subcommand(
+        "check", "Rehearse a load, keep nothing, and tell what it would reject or lose");
+    AddImportOptions(*check, commands, commands.check);
+    AddLoadWorkers(*check, commands.check);
+    check->callback([&commands] {
+        commands.run = [&commands] { return RunCheck(commands.check, commands.out, commands.err); };
+    });
+}
+
 void AddLoad(CLI::App& app, Commands& commands) {
     CLI::App* load = app.add_subcommand("load", "Import packets");
     AddImportOptions(*load, commands, commands.load);
@@ -194,10 +202,7 @@ void AddLoad(CLI::App& app, Commands& commands) {
     load->add_option("--group-records", commands.load.groupRecords)
         ->check(CLI::Range(std::size_t{1}, kGroupRecords))
         ->group("");
-    AddWorkers(*load, commands.load.workers,
-               "threads that go through records ahead of their turn, on a server; 1: none does. "
-               "What comes out does not depend on how many",
-               "1 where only one can be");
+    AddLoadWorkers(*load, commands.load);
     load->callback([&commands] {
         commands.run = [&commands] { return RunLoad(commands.load, commands.out, commands.err); };
     });

@@ -9,8 +9,8 @@ namespace tool {
 
 int RunLoad(const LoadOptions& asked, std::ostream& out, std::ostream& err) {
     LoadOptions options = asked;
-    options.workers = WorkersFor(asked);
     const PermanentLoad policy;
+    options.workers = WorkersFor(asked, policy);
     return RunLoadOfKind(
         {.command = "load",
          .policy = policy,

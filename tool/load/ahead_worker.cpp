@@ -6,10 +6,12 @@
 #include "recorddb/database.h"
 #include "recorddb/errors.h"
 #include "tool/load/atomic_import.h"
+#include "tool/load/existing_values.h"
 #include "tool/load/expected_searches.h"
 #include "tool/load/missing_records.h"
 #include "tool/load/record_group.h"
 #include "tool/load/record_importer.h"
+#include "tool/losses/record_examiner.h"
 #include "tool/process/interrupt.h"
 
 namespace tool {
@@ -23,6 +25,8 @@ struct AheadWorker::Tools {
           group(session, policy, recorddb::Writing::Ahead, options.groupRecords),
           import(session, importer, group),
           expected(database->GetSchema()),
+          examiner(database->GetSchema(), ExistsIn(*database)),
+          examines(policy.FindsLosses(options)),
           looksAhead(options.looksAhead || database->GetConnection().ReadsManyForLess()) {}
 
     std::unique_ptr<recorddb::Database> database;
@@ -31,6 +35,8 @@ struct AheadWorker::Tools {
     RecordGroup group;
     AtomicImport import;
     ExpectedSearches expected;
+    RecordExaminer examiner;
+    bool examines;
     bool looksAhead;
     std::shared_ptr<const ImportConfiguration> configuration;  // in force
     std::shared_ptr<const WatchedKeys> watched;
@@ -78,6 +84,7 @@ void AheadWorker::Do(Package& package, const Standing& standing) {
         if (!tools.importer.Configure(*package.configuration).empty()) {
             return;
         }
+        tools.examiner.Configure(*package.configuration);
         tools.configuration = package.configuration;
     }
     tools.expected.Clear();
@@ -97,9 +104,16 @@ void AheadWorker::Do(Package& package, const Standing& standing) {
     Watch(standing.watched);
     transaction.LookAhead(tools.expected.All());
     std::vector<LoadTotals> done(package.records.Count());
+    std::vector<std::vector<Loss>> losses;
     for (std::size_t i = 0; i < package.records.Count(); ++i) {
         if (m_options.beforeWork) {
             m_options.beforeWork();
+        }
+        losses.emplace_back();
+        if (tools.examines) {
+            tools.examiner.Examine(package.records.At(i), package.source, [&losses](Loss loss) {
+                losses.back().push_back(std::move(loss));
+            });
         }
         if (!package.isDue[i]) {
             continue;
@@ -114,6 +128,7 @@ void AheadWorker::Do(Package& package, const Standing& standing) {
     NoteWritten(package);
     package.moment = standing.moment;
     package.done = std::move(done);
+    package.losses = std::move(losses);
     package.work = tools.group.Take();
 }
 
@@ -145,8 +160,8 @@ void AheadWorker::NoteWritten(Package& package) {
 // A connection may be one to a server that lags behind, or has been replaced.
 bool AheadWorker::IsUpToDate(const Standing& standing) {
     const auto entry = m_tools->database->GetJournal().Find(standing.key);
-    return entry && entry->run >= standing.run &&
-           entry->nextOrdinal >= static_cast<std::int64_t>(standing.handled);
+    return standing.run == 0 || (entry && entry->run >= standing.run &&
+                                 entry->nextOrdinal >= static_cast<std::int64_t>(standing.handled));
 }
 
 }  // namespace tool

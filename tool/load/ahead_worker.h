@@ -18,7 +18,7 @@ namespace tool {
 struct Standing {
     std::uint64_t moment = 0;  // Session::Moment
     recorddb::journal::JournalKey key;
-    std::int64_t run = 0;
+    std::int64_t run = 0;       // 0: there may be no entry
     std::uint64_t handled = 0;  // records
     // What records wait for, by kinds; null when none waits.
     std::shared_ptr<const WatchedKeys> watched;

@@ -45,6 +45,11 @@ class Crew {
     // been done ahead.
     bool TakeBack(Package& package);
 
+    // Whether a package that was given has been done ahead already.
+    bool HasDone(const Package& package) {
+        return m_queue.IsDone(package) && package.work != nullptr;
+    }
+
     // Why there are fewer workers than there should be, as a clause; empty when there is no reason,
     // and when it was told before.
     std::string TakeTrouble();

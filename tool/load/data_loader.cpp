@@ -62,6 +62,7 @@ void DataLoader::Give(const std::shared_ptr<Package>& package) {
     }
     package->configuration = m_configuration;
     package->guarded = m_walk.IsGuarded();
+    package->source = m_walk.SourceName();
     if (isPlain) {
         m_parts.crew->Give(package);
     }
@@ -70,11 +71,13 @@ void DataLoader::Give(const std::shared_ptr<Package>& package) {
 void DataLoader::TellCrew() {
     if (m_parts.crew != nullptr) {
         const LoadJournal& journal = m_parts.journal.Journal();
-        m_parts.crew->Tell({.moment = m_parts.group.Moment(),
-                            .key = journal.Key(),
-                            .run = journal.Run(),
-                            .handled = journal.HandledForGood(),
-                            .watched = m_parts.loader.Watched()});
+        const bool isKept = m_parts.group.IsPermanent();
+        m_parts.crew->Tell(
+            {.moment = m_parts.group.Moment(),
+             .key = journal.Key(),
+             .run = journal.Run() - (isKept ? 0 : 1),  // with this one it was taken up
+             .handled = isKept ? journal.HandledForGood() : journal.HandledBefore(),
+             .watched = m_parts.loader.Watched()});
     }
 }
 
@@ -92,6 +95,7 @@ bool DataLoader::TakeDoneAhead() {
     }
     if (!isDone || !m_parts.loader.Adopt(package)) {
         m_parts.sinks.AddInTurn();
+        EndAdopted();
         return false;
     }
     m_parts.sinks.AddAhead();
@@ -100,7 +104,7 @@ bool DataLoader::TakeDoneAhead() {
         m_number = record.ordinal + 1;
         HoldNews(record.ordinal);
         m_parts.sinks.AddRead();
-        m_parts.losses.Examine(record);
+        m_parts.losses.TakeOver(package.losses[i]);
         if (package.isDue[i]) {
             m_parts.loader.NoteAdopted(record, package.done[i]);
         } else {
@@ -112,9 +116,19 @@ bool DataLoader::TakeDoneAhead() {
         }
         m_records.Step();
     }
-    m_parts.loader.EndGroup(false);
-    TellCrew();
+    // Where the next ones are ready, one commit does for all of them.
+    const Package* const next = m_records.Following();
+    if (next == nullptr || !m_parts.crew->HasDone(*next) || !m_parts.loader.MayAdoptMore()) {
+        EndAdopted();
+    }
     return true;
+}
+
+void DataLoader::EndAdopted() {
+    if (m_parts.group.IsOpen()) {
+        m_parts.loader.EndGroup(false);
+        TellCrew();
+    }
 }
 
 bool DataLoader::Load() {
@@ -156,7 +170,7 @@ bool DataLoader::LoadRecords() {
         m_parts.sinks.Advance(m_records.BytesRead());
         ++m_number;
         if (m_parts.crew != nullptr && m_records.IsLast()) {
-            // What is done ahead is a group by itself.
+            // What is done ahead is in a group of its own.
             if (m_parts.group.IsOpen()) {
                 m_parts.loader.EndGroup(false);
             }

@@ -69,6 +69,7 @@ class DataLoader {
     void Give(const std::shared_ptr<Package>& package);
     void TellCrew();
     bool TakeDoneAhead();
+    void EndAdopted();
     void HoldNews(std::uint64_t ordinal);
 
     SourceWalk& m_walk;

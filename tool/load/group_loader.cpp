@@ -224,13 +224,14 @@ bool GroupLoader::TryWaiting(Place place, Try which) {
 }
 
 bool GroupLoader::Adopt(Package& package) {
-    if (package.work == nullptr || m_parts.group.IsOpen() ||
+    if (package.work == nullptr || (m_parts.group.IsOpen() && m_adopted == 0) ||
         !m_waitingRecords.AreUnconcernedBy(package)) {
         return false;
     }
     bool isAdopted = false;
     const bool isOpen =
         DoUntilKept([&] { isAdopted = m_parts.group.Adopt(*package.work, package.moment); }, false);
+    m_adopted += isOpen && isAdopted ? 1 : 0;
     return isOpen && isAdopted;
 }
 
@@ -238,6 +239,7 @@ void GroupLoader::NoteAdopted(const SourceRecord& record, const LoadTotals& done
     const Place place = m_parts.journal.PlaceOf(record.ordinal);
     m_time = {.read = place};
     m_kept.Add(record);
+    m_adoptedBytes += record.packet.size() + record.raw.size();
     m_parts.journal.NoteImported(place, done);
 }
 
@@ -258,6 +260,8 @@ void GroupLoader::FinishGroup() {
     m_parts.rejecter.Keep();
     m_kept.Clear();
     m_tries = 0;
+    m_adopted = 0;
+    m_adoptedBytes = 0;
     m_timeAtGroup = m_time;
 }
 

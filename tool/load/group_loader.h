@@ -61,11 +61,15 @@ class GroupLoader {
     void Load(const SourceRecord& record, const std::function<void()>& prepare);
 
     // Takes over what was done ahead with records of the current source, which have not been dealt
-    // with, as a group. False when they are to be loaded now: it could not be done ahead, or might
-    // come to something else after what has been written meanwhile. After true, NoteAdopted follows
-    // for each record that was to be imported, and EndGroup.
+    // with, as a group or a further part of one. False when they are to be loaded now, after
+    // EndGroup: it could not be done ahead, or might come to something else after what has been
+    // written meanwhile. After true, NoteAdopted follows for each record that was to be imported,
+    // and then this again, while MayAdoptMore, or EndGroup.
     bool Adopt(Package& package);
     void NoteAdopted(const SourceRecord& record, const LoadTotals& done);
+    bool MayAdoptMore() const {
+        return m_adopted < m_parts.options.groupsTogether && m_adoptedBytes < RecordGroup::kBytes;
+    }
 
     // What records wait for, by kinds, for those who work ahead; null when none waits.
     const std::shared_ptr<const WatchedKeys>& Watched() const { return m_waitingRecords.Watched(); }
@@ -119,7 +123,9 @@ class GroupLoader {
     KeptRecords m_kept;         // of the current group, if they may have to be done again
     WaitingRecord m_waiting;    // that is being tried
     std::uint64_t m_tries = 0;  // of waiting records in the current group
-    bool m_isEnding = false;    // no more records are read
+    std::size_t m_adopted = 0;  // packages of which the current group consists
+    std::size_t m_adoptedBytes = 0;
+    bool m_isEnding = false;  // no more records are read
     NewsTime m_time;
     NewsTime m_timeAtGroup;  // before the current group
 };

@@ -17,6 +17,7 @@ namespace tool {
 
 constexpr std::chrono::seconds kDefaultRetryFor(60);
 constexpr std::size_t kGroupRecords = 100;
+constexpr std::size_t kGroupsTogether = 8;
 
 // What `ztimport load` or `ztimport check` was asked to do.
 struct LoadOptions {
@@ -42,7 +43,10 @@ struct LoadOptions {
     // That work ahead of the groups' turn. 1: none does; 0: as many as suit the machine.
     std::size_t workers = 1;
     std::size_t groupRecords = kGroupRecords;  // done in one transaction; fewer are for tests
-    bool looksAhead = false;                   // also where it does not pay; for tests
+    // So many groups at most that workers have done are written in one transaction; fewer are for
+    // tests.
+    std::size_t groupsTogether = kGroupsTogether;
+    bool looksAhead = false;  // also where it does not pay; for tests
     // For tests, in which chance is to have a say: workers call it before each record.
     std::function<void()> beforeWork;
     // Nothing that the workers were given is taken back before they have done it; for tests, which

@@ -1,5 +1,6 @@
 #include "tool/load/load_policy.h"
 
+#include "recorddb/sql.h"
 #include "tool/load/unfinished_sources.h"
 #include "tool/process/interrupt.h"
 
@@ -20,11 +21,6 @@ recorddb::Writing PermanentLoad::WritingFor(const LoadOptions& options) const {
     return oneByOne ? recorddb::Writing::AtOnce : recorddb::Writing::Gathered;
 }
 
-void PermanentLoad::EndGroup(Transaction& transaction) const {
-    transaction->Commit();
-    transaction.reset();
-}
-
 std::string PermanentLoad::AdviseOnChange(std::uint64_t handled) const {
     return handled > 0 ? AdviseOnChangedSource(handled) : "";
 }
@@ -38,8 +34,14 @@ void Rehearsal::Adjust(recorddb::SessionOptions& options) const {
     options.examineAttachments = true;
 }
 
-void Rehearsal::Begin(recorddb::Session& session, Transaction& transaction) const {
-    transaction = session.BeginTransaction();
+LoadPolicy::Transaction Rehearsal::Begin(recorddb::Session& session) const {
+    return session.BeginTransaction();
+}
+
+recorddb::Writing Rehearsal::WritingFor(const LoadOptions& options) const {
+    const bool oneByOne = options.wholePackets || !options.trace.empty() ||
+                          !recorddb::sql::IsServerUrl(options.database);
+    return oneByOne ? recorddb::Writing::AtOnce : recorddb::Writing::Gathered;
 }
 
 std::string_view Rehearsal::WhatStays(const LoadOptions& /*options*/) const {

@@ -26,15 +26,12 @@ class LoadPolicy {
     // Changes what the session is asked for.
     virtual void Adjust(recorddb::SessionOptions& options) const = 0;
 
-    // Begins the work: may open the first transaction.
-    virtual void Begin(recorddb::Session& session, Transaction& transaction) const = 0;
+    // Begins the work: opens the transaction of which all groups are parts, or returns null. Throws
+    // sql::Error.
+    virtual Transaction Begin(recorddb::Session& session) const = 0;
 
     // How the records of a group are written.
     virtual recorddb::Writing WritingFor(const LoadOptions& options) const = 0;
-
-    // Ends a group of records, for which `transaction` is open; leaves it open where the next group
-    // is to join it. Throws sql::Error.
-    virtual void EndGroup(Transaction& transaction) const = 0;
 
     // Whether a group stays when a later one is undone.
     virtual bool KeepsGroups() const = 0;
@@ -63,12 +60,11 @@ class LoadPolicy {
 class PermanentLoad final : public LoadPolicy {
   public:
     void Adjust(recorddb::SessionOptions& /*options*/) const override {}
-    void Begin(recorddb::Session& /*session*/, Transaction& /*transaction*/) const override {}
+    Transaction Begin(recorddb::Session& /*session*/) const override { return nullptr; }
     // Gathered, except where records have to be written one by one: for traces, which tell of each
     // at once, for the search for losses, and for whole packets, whose records cannot be done again
     // by themselves.
     recorddb::Writing WritingFor(const LoadOptions& options) const override;
-    void EndGroup(Transaction& transaction) const override;
     bool KeepsGroups() const override { return true; }
     // Only for the page for people: the search would add a tenth to the time of every load.
     bool FindsLosses(const LoadOptions& options) const override { return !options.html.empty(); }
@@ -86,12 +82,9 @@ class Rehearsal final : public LoadPolicy {
     void Adjust(recorddb::SessionOptions& options) const override;
     // Opens the transaction at once: what the rehearsal reads must not be changed by others
     // meanwhile.
-    void Begin(recorddb::Session& session, Transaction& transaction) const override;
-    // All groups are in one transaction, in which a group cannot be done again by itself.
-    recorddb::Writing WritingFor(const LoadOptions& /*options*/) const override {
-        return recorddb::Writing::AtOnce;
-    }
-    void EndGroup(Transaction& /*transaction*/) const override {}
+    Transaction Begin(recorddb::Session& session) const override;
+    // On a server as in a load, since each of its answers takes time.
+    recorddb::Writing WritingFor(const LoadOptions& options) const override;
     bool KeepsGroups() const override { return false; }
     bool FindsLosses(const LoadOptions& /*options*/) const override { return true; }
     bool MindsLosses() const override { return true; }

@@ -10,6 +10,7 @@
 #include "tool/load/kept_records.h"
 #include "tool/load/load_totals.h"
 #include "tool/load/watched_keys.h"
+#include "tool/losses/loss.h"
 #include "tool/packet/import_configuration.h"
 #include "tool/process/work_queue.h"
 
@@ -24,11 +25,13 @@ struct Package {
     std::vector<bool> isDue;  // the records that are to be imported
     std::shared_ptr<const ImportConfiguration> configuration;
     bool guarded = false;
+    std::string source;  // its name, for losses
 
     // By the worker: what it has gathered, all of them having gone through; null otherwise.
     std::unique_ptr<recorddb::GatheredWork> work;
-    std::vector<LoadTotals> done;  // by record
-    std::uint64_t moment = 0;      // that the work is based on (Session::Moment)
+    std::vector<LoadTotals> done;           // by record
+    std::vector<std::vector<Loss>> losses;  // the same, where they are looked for
+    std::uint64_t moment = 0;               // that the work is based on (Session::Moment)
     // What was watched meanwhile, null for nothing, and the values of that kind which records got
     // (KeyOfValue), those that they lost again included.
     std::shared_ptr<const WatchedKeys> watched;

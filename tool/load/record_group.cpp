@@ -6,13 +6,16 @@ namespace tool {
 
 RecordGroup::RecordGroup(AdPtr<recorddb::Session> session, const LoadPolicy& policy,
                          recorddb::Writing writing, std::size_t records)
-    : m_session(std::move(session)), m_policy(policy), m_writing(writing), m_records(records) {
-    m_policy.Begin(*m_session.GetPtr(), m_transaction);
+    : m_session(std::move(session)), m_writing(writing), m_records(records) {
+    if (writing != recorddb::Writing::Ahead) {
+        m_whole = policy.Begin(*m_session.GetPtr());
+    }
 }
 
 recorddb::SessionTransaction& RecordGroup::Open() {
     if (!m_transaction) {
-        m_transaction = m_session->BeginTransaction(m_writing);
+        m_transaction =
+            m_whole ? m_whole->BeginPart(m_writing) : m_session->BeginTransaction(m_writing);
         m_count = 0;
         m_bytes = 0;
     }
@@ -29,7 +32,8 @@ void RecordGroup::Commit() {
     m_count = 0;
     m_bytes = 0;
     if (m_transaction) {
-        m_policy.EndGroup(m_transaction);
+        m_transaction->Commit();
+        m_transaction.reset();
     }
 }
 

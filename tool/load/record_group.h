@@ -14,14 +14,14 @@ namespace tool {
 // four times as much as the records themselves; one that never ends makes each savepoint in it cost
 // more. About a hundred records to a transaction is near the best (kGroupRecords).
 //
-// The groups of a rehearsal are undone together, when the object goes.
+// The groups of a rehearsal are parts of one transaction, which is undone when the object goes.
 class RecordGroup {
   public:
     // The records of a group are in memory until it is permanent, so large ones make it end
     // earlier.
     static constexpr std::size_t kBytes = std::size_t{1} << 20;
 
-    // `policy`, which says what becomes of a group, outlives the object. `writing` is for the
+    // `policy` says what becomes of a group that is not of Writing::Ahead. `writing` is for the
     // groups that are to come, of so many `records` each. Throws sql::Error.
     RecordGroup(AdPtr<recorddb::Session> session, const LoadPolicy& policy,
                 recorddb::Writing writing, std::size_t records);
@@ -32,8 +32,11 @@ class RecordGroup {
     // From the next group on.
     void SetWriting(recorddb::Writing writing) { m_writing = writing; }
 
+    // Whether what Commit ends is permanent.
+    bool IsPermanent() const { return m_whole == nullptr; }
+
     bool IsOpen() const { return m_transaction != nullptr; }
-    // Makes sure that a transaction is open.
+    // Makes sure that the group has begun.
     recorddb::SessionTransaction& Open();
 
     // Counts a record of so many bytes; true when the group has as many as it should have.
@@ -48,7 +51,7 @@ class RecordGroup {
     // Ends a group of Writing::Ahead, and returns what it has gathered.
     std::unique_ptr<recorddb::GatheredWork> Take();
 
-    // Puts what was gathered ahead into a group in which nothing has been done yet; see
+    // Puts what was gathered ahead into a group in which nothing has been done but that; see
     // SessionTransaction::Adopt.
     bool Adopt(recorddb::GatheredWork& work, std::uint64_t moment) {
         return Open().Adopt(work, moment);
@@ -60,14 +63,14 @@ class RecordGroup {
     // Undoes what the group has done, for it to be done again.
     void Undo();
 
-    // Ends the group, whose work is permanent then, except in a rehearsal. Nothing happens when no
-    // transaction is open.
+    // Ends the group, whose work is permanent then, except in a rehearsal. Nothing happens when
+    // none has begun.
     void Commit();
 
   private:
     AdPtr<recorddb::Session> m_session;
-    const LoadPolicy& m_policy;
-    LoadPolicy::Transaction m_transaction;
+    LoadPolicy::Transaction m_whole;        // around all groups; null: each is one by itself
+    LoadPolicy::Transaction m_transaction;  // of the group
     recorddb::Writing m_writing;
     std::size_t m_records;
     std::size_t m_count = 0;

@@ -62,6 +62,7 @@ std::shared_ptr<Package> RecordsAhead::NewPackage() {
     package->isDue.clear();
     package->work.reset();
     package->done.clear();
+    package->losses.clear();
     package->watched.reset();
     package->written.clear();
     package->state = WorkState::New;

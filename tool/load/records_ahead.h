@@ -44,6 +44,10 @@ class RecordsAhead {
 
     // The package that the current record is in.
     Package& Current() { return *m_packages.front(); }
+    // The package after it, as far as that has been read; null when there is none.
+    const Package* Following() const {
+        return m_packages.size() > 1 ? m_packages[1].get() : nullptr;
+    }
     // Whether the current record is the first of its package, or the last one.
     bool IsFirst() const { return m_place == 0; }
     bool IsLast() const { return m_place + 1 == Current().records.Count(); }

@@ -6,9 +6,9 @@
 #include <new>
 #include <utility>
 
-#include "recorddb/reader.h"
 #include "tool/io/source_error.h"
 #include "tool/load/data_loader.h"
+#include "tool/load/existing_values.h"
 #include "tool/losses/loss_finder.h"
 #include "tool/losses/nothing_imported.h"
 #include "tool/process/memory_watch.h"
@@ -19,18 +19,9 @@ namespace tool {
 
 namespace {
 
-KeyLosses::Exists HasValue(recorddb::Database& database) {
-    const auto reader = std::make_shared<recorddb::RecordReader>(database);
-    return [&database, reader](const recorddb::schema::RecordType& type,
-                               const recorddb::schema::Field& field, const std::string& value) {
-        database.EnsureSearchIndex(type, field);
-        return !reader->FindByValue(type, field, value, 1).empty();
-    };
-}
-
 std::unique_ptr<LossSearch> SearchFor(bool losses, recorddb::Database& database, LossTaker take) {
     if (losses) {
-        return std::make_unique<LossFinder>(database.GetSchema(), HasValue(database),
+        return std::make_unique<LossFinder>(database.GetSchema(), ExistsIn(database),
                                             std::move(take));
     }
     return std::make_unique<NothingImportedSearch>(std::move(take));
@@ -38,7 +29,7 @@ std::unique_ptr<LossSearch> SearchFor(bool losses, recorddb::Database& database,
 
 std::unique_ptr<Crew> CrewFor(const LoadOptions& options, const LoadPolicy& policy,
                               const RecordGroup& group) {
-    const bool isOfUse = options.workers > 1 && policy.KeepsGroups() && group.IsGathered();
+    const bool isOfUse = options.workers > 1 && group.IsGathered();
     return isOfUse ? std::make_unique<Crew>(options, policy) : nullptr;
 }
 
@@ -66,6 +57,9 @@ SourceLoader::SourceLoader(recorddb::Database& database, AdPtr<recorddb::Session
                session) {
     if (m_crew) {
         m_sinks.SetWorkers(m_crew->Workers());
+        if (!m_group.IsPermanent()) {
+            m_session->RememberAllWrites();
+        }
     }
 }
 
@@ -166,7 +160,8 @@ bool SourceLoader::ImportData(SourceWalk& walk) {
                                 walk.SourceName(), CountOf(records, "record")));
         return DataLoader(walk, parts).PassOver(records);
     }
-    if (m_crew) {
+    const bool keepsTurn = m_crew != nullptr && m_group.IsPermanent();
+    if (keepsTurn) {
         // Before the source is taken up, which is the first turn that is kept.
         m_session->RememberWrites(m_crew->Transactions());
     }
@@ -190,7 +185,9 @@ bool SourceLoader::ImportData(SourceWalk& walk) {
             "with a --max-record-size lower than {}, then start the same command again",
             walk.SourceName(), loader.Number(), m_options.limits.size));
     }
-    m_session->RememberWrites(0);
+    if (keepsTurn) {
+        m_session->RememberWrites(0);
+    }
     m_journal.EndSource();
     return goesOn;
 }

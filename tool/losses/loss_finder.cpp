@@ -10,11 +10,7 @@ void LossFinder::Configure(const std::string& packet, const std::string& source,
                            const ImportConfiguration& configuration) {
     m_configuration = configuration;
     FindConfigurationLosses(packet, source, m_configuration, m_schema, m_take);
-    const auto* const type = m_schema.FindType(m_configuration.RecordType());
-    m_recordLosses.reset();
-    if (type != nullptr) {
-        m_recordLosses.emplace(m_configuration, *type).LookAtKeys(&m_keys);
-    }
+    m_examiner.Configure(configuration);
 }
 
 void LossFinder::BeginData(const std::string& source) {
@@ -29,8 +25,13 @@ void LossFinder::BeginData(const std::string& source) {
 
 void LossFinder::Examine(const SourceRecord& record) {
     ++m_examined;
-    if (m_recordLosses && m_readings.Read(record).empty()) {
-        m_recordLosses->Find(record, m_readings, m_source, m_take);
+    m_examiner.Examine(record, m_source, m_take);
+}
+
+void LossFinder::TakeOver(const std::vector<Loss>& losses) {
+    ++m_examined;
+    for (const Loss& loss : losses) {
+        m_take(loss);
     }
 }
 

@@ -4,11 +4,13 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "recorddb/schema.h"
 #include "tool/losses/key_losses.h"
 #include "tool/losses/loss.h"
 #include "tool/losses/loss_search.h"
+#include "tool/losses/record_examiner.h"
 #include "tool/losses/record_losses.h"
 #include "tool/packet/import_configuration.h"
 #include "tool/packet/packet_frame.h"
@@ -23,7 +25,7 @@ class LossFinder final : public LossSearch {
   public:
     // `schema` stays the caller's. `exists` looks into the database.
     LossFinder(const recorddb::schema::Schema& schema, KeyLosses::Exists exists, LossTaker take)
-        : m_schema(schema), m_keys(schema, std::move(exists)), m_take(std::move(take)) {}
+        : m_schema(schema), m_examiner(schema, std::move(exists)), m_take(std::move(take)) {}
 
     void Configure(const std::string& packet, const std::string& source,
                    const ImportConfiguration& configuration) override;
@@ -31,15 +33,14 @@ class LossFinder final : public LossSearch {
     // Without a configuration the source is a loss itself.
     void BeginData(const std::string& source) override;
     void Examine(const SourceRecord& record) override;
+    void TakeOver(const std::vector<Loss>& losses) override;
     void EndData() override;
 
   private:
     const recorddb::schema::Schema& m_schema;
-    KeyLosses m_keys;
+    RecordExaminer m_examiner;
     LossTaker m_take;
     ImportConfiguration m_configuration;
-    std::optional<RecordLosses> m_recordLosses;
-    RecordReadings m_readings;
     std::string m_source;
     std::uint64_t m_examined = 0;
 };

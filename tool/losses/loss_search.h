@@ -2,7 +2,9 @@
 #define TOOL_LOSSES_LOSS_SEARCH_H
 
 #include <string>
+#include <vector>
 
+#include "tool/losses/loss.h"
 #include "tool/packet/import_configuration.h"
 #include "tool/sources/kind/source_record.h"
 
@@ -28,6 +30,8 @@ class LossSearch {
     virtual void BeginData(const std::string& source) = 0;
     // Examines the next of its records.
     virtual void Examine(const SourceRecord& record) = 0;
+    // Takes note of the losses of the next record, which was examined elsewhere (RecordExaminer).
+    virtual void TakeOver(const std::vector<Loss>& losses) = 0;
     // Says that it holds no more records.
     virtual void EndData() = 0;
 };

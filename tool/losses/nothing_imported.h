@@ -3,6 +3,7 @@
 
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "tool/losses/configuration_losses.h"
 #include "tool/losses/loss_search.h"
@@ -23,6 +24,7 @@ class NothingImportedSearch final : public LossSearch {
     bool ExaminesRecords() const override { return false; }
     void BeginData(const std::string& /*source*/) override {}
     void Examine(const SourceRecord& /*record*/) override {}
+    void TakeOver(const std::vector<Loss>& /*losses*/) override {}
     void EndData() override {}
 
   private:

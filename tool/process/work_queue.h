@@ -49,6 +49,12 @@ class WorkQueue {
         }
     }
 
+    // Whether TakeBack would find it done, without waiting.
+    bool IsDone(const Package& package) {
+        const std::lock_guard lock(m_mutex);
+        return package.state == WorkState::Done;
+    }
+
     // Takes all back; those that a worker has begun are the workers' alone from now on.
     void Drop() {
         const std::lock_guard lock(m_mutex);

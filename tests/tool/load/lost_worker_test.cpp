@@ -6,12 +6,14 @@
 #include <atomic>
 #include <csignal>
 #include <map>
+#include <regex>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "compared_load.h"
 #include "proxied_load.h"
+#include "recorddb/errors.h"
 #include "recorddb/sql.h"
 
 namespace tool {
@@ -29,6 +31,10 @@ bool IsOfMain(const Message& message) {
 
 class LostWorker : public testing::Test {
   protected:
+    // Those of the users and of taking the sources up.
+    static constexpr int kFirstCommits = 4;
+    int m_commits = 0;
+
     void SetUp() override {
         if (TestServer() == nullptr) {
             GTEST_SKIP() << "there is no PostgreSQL server";
@@ -46,12 +52,14 @@ class LostWorker : public testing::Test {
     }
 
     // A load with workers, in small groups; returns what it has said.
-    static std::string ExpectTheSame(const ServerProxy::Watch& watch, bool leavesToWorkers = true) {
+    static std::string ExpectTheSame(const ServerProxy::Watch& watch, bool leavesToWorkers = true,
+                                     std::size_t groupsTogether = 1) {
         constexpr std::size_t few = 10;
         ProxiedLoad load;
         load.m_options.workers = 4;
         load.m_options.groupRecords = few;
         load.m_options.waitsForWorkers = leavesToWorkers;
+        load.m_options.groupsTogether = groupsTogether;
         EXPECT_EQ(load.Run(watch), 1) << load.Said();
         EXPECT_EQ(load.Result(), Undisturbed());
         EXPECT_EQ(load.RejectsNaming("s37"), 1);
@@ -70,6 +78,22 @@ TEST_F(LostWorker, CommitOfWhatWasDoneAheadIsKnownOrDoneAgain) {
             });
             EXPECT_THAT(said, HasSubstr("connected again"));
         }
+    }
+}
+
+TEST_F(LostWorker, CommitOfSeveralGroupsIsKnownOrDoneAgain) {
+    for (const Side side : {Side::Client, Side::Server}) {
+        bool isCut = false;
+        const std::string said = ExpectTheSame(
+            [&](const Message& message) {
+                const bool cuts = !isCut && message.from == side && IsOfMain(message) &&
+                                  IsCommit(message) && ++m_commits > kFirstCommits;
+                isCut = isCut || cuts;
+                return cuts ? Fate::Cut : Fate::Pass;
+            },
+            true, kGroupsTogether);
+        EXPECT_THAT(said, HasSubstr("connected again"));
+        m_commits = 0;
     }
 }
 
@@ -136,7 +160,7 @@ class ContestedLoad : public ComparedLoad {
     std::string Update() {
         // The server finds out about a deadlock in the load first.
         const std::string direct = m_database;
-        m_database += "&options=-cdeadlock_timeout%3D1ms%20-clock_timeout%3D1h";
+        m_database += "&options=-cdeadlock_timeout%3D1ms%20-clock_timeout%3D1h" + m_isolation;
         LoadAll(
             {{Configuration("2.xml", "record", "bug", "source_id", "<updaterecord name=\"TRUE\"/>"),
               Records("2-data.xml", Bugs("second"))}});
@@ -164,6 +188,9 @@ class ContestedLoad : public ComparedLoad {
     }
     bool IsReady() const { return m_isReady; }
 
+    // From here on, transactions that do not say otherwise are serializable.
+    void Isolate() { m_isolation = "%20-cdefault_transaction_isolation%3Dserializable"; }
+
     using LoadFixture::Report;
 
   private:
@@ -184,6 +211,7 @@ class ContestedLoad : public ComparedLoad {
         return bugs;
     }
 
+    std::string m_isolation;
     std::atomic<bool> m_isReady = false;
 };
 
@@ -191,6 +219,81 @@ TEST_F(LostWorker, DeadlockWithAnotherProgramIsGotOver) {
     ContestedLoad alone;
     const std::string result = alone.Update();
     ContestedLoad contested;
+    contested.SetWorkers(4, 40, {});
+    std::jthread other([&contested] { contested.Contest(); });
+    while (!contested.IsReady()) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(contested.Update(), result);
+    EXPECT_THAT(contested.Report(), HasSubstr("\"retried\":1"));
+}
+
+// The server itself refuses the writing of records, whenever the count of such tries is one of
+// those given: as where transactions are serializable, or a cluster's machines disagree.
+class RefusedLoad : public ComparedLoad {
+  public:
+    explicit RefusedLoad(const std::string& refused) : ComparedLoad(Engine::Postgres) {
+        Execute("CREATE SEQUENCE tries");
+        Execute(fmt::format(
+            "CREATE FUNCTION refuse(title text) RETURNS boolean LANGUAGE plpgsql AS $$BEGIN "
+            "IF nextval('tries') = ANY ('{{{}}}') THEN "
+            "RAISE EXCEPTION 'could not serialize access' USING ERRCODE = '40001'; END IF; "
+            "RETURN true; END$$",
+            refused));
+        Execute("ALTER TABLE bug ADD CHECK (refuse(title))");
+    }
+
+    std::string Run() {
+        std::vector<Fields> bugs;
+        for (int i = 0; i < 300; ++i) {
+            bugs.push_back({{"source_id", std::to_string(i % 200)},
+                            {"title", fmt::format("title {}", i)},
+                            {"votes", i == 150 ? "many" : "1"}});
+        }
+        const std::string told =
+            LoadAll({{Configuration("1.xml", "record", "bug", "source_id",
+                                    "<updaterecord name=\"TRUE\"/><updateinsert name=\"TRUE\"/>"),
+                      Records("1-data.xml", bugs)}});
+        return told + Query(
+                          "SELECT string_agg(id || source_id || title || zt_version, ',' "
+                          "ORDER BY dbid) FROM bug");
+    }
+
+    using LoadFixture::Query;
+    using LoadFixture::Report;
+};
+
+TEST_F(LostWorker, SerializationFailuresAreGotOver) {
+    static const std::regex kRetries(R"(,"retried":[0-9]+|[^\n]*were done again[^\n]*\n)");
+    RefusedLoad alone("");
+    const std::string result = alone.Run();
+    for (const std::size_t workers : {1U, 4U}) {
+        RefusedLoad refused("5,60,61,250,251,252");
+        refused.SetWorkers(workers, 10, {});
+        const std::string told = refused.Run();
+        EXPECT_THAT(refused.Report(), HasSubstr("\"retried\":6"));
+        EXPECT_EQ(std::regex_replace(told, kRetries, ""), result) << workers << " workers";
+    }
+}
+
+TEST_F(LostWorker, FailuresThatDoNotPassEndTheLoad) {
+    std::string all = "1";
+    for (int i = 2; i < 2000; ++i) {
+        all += fmt::format(",{}", i);
+    }
+    RefusedLoad refused(all);
+    refused.SetWorkers(2, 10, {});
+    EXPECT_THROW(refused.Run(), recorddb::sql::Error);
+    EXPECT_EQ(refused.Query("SELECT count(*) FROM bug"), "0");
+}
+
+// A load says for itself how its transactions are isolated, so a default of the server's changes
+// nothing: it waits for another program's lock and goes on with what that has written.
+TEST_F(LostWorker, DefaultIsolationOfTheServerChangesNothing) {
+    ContestedLoad alone;
+    const std::string result = alone.Update();
+    ContestedLoad contested;
+    contested.Isolate();
     contested.SetWorkers(4, 40, {});
     std::jthread other([&contested] { contested.Contest(); });
     while (!contested.IsReady()) {

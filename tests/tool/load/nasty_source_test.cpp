@@ -73,19 +73,25 @@ class NastySource : public ComparedLoad {
                 Records("5-data.xml", Changes())};
     }
 
-    // What check foretells: numbers and rejected records.
-    std::string Foretold() {
+    // All that check tells.
+    std::string Check() {
         m_options.database = m_database;
         m_options.sources = Sources();
         m_options.report = m_folder.Path() / "foretold.json";
         m_options.attachments = m_folder.Path();
         std::ostringstream out;
-        RunCheck(m_options, out, out);
-        return WithoutPlaces(Outcome(ContentOf(m_options.report)));
+        const int code = RunCheck(m_options, out, out);
+        const std::string told = WithoutRates(out.str() + WithoutChance(Foretelling()));
+        return fmt::format("{}\n{}", code, WithoutPlaces(told));
     }
+    // Of that, numbers and rejected records; and how many groups workers had done.
+    std::string Foretold() { return WithoutPlaces(Outcome(Foretelling())); }
+    std::uint64_t ForetoldAhead() { return GroupsAhead(Foretelling()); }
     std::string Came() const { return WithoutPlaces(Outcome(Report())); }
 
   private:
+    std::string Foretelling() { return ContentOf(m_folder.Path() / "foretold.json"); }
+
     // A report without losses, of which check finds more.
     static std::string Outcome(const std::string& report) {
         const std::string outcome = WithoutChance(report);
@@ -265,6 +271,7 @@ TEST_F(NastySourceTest, ComesToTheSameWithAnyNumberOfWorkers) {
         GTEST_SKIP() << "there is no PostgreSQL server";
     }
     NastySource one(Engine::Postgres);
+    const std::string checked = one.Check();
     const std::string foretold = one.Foretold();
     const std::string told = one.LoadAll({one.Sources()});
     const std::string tables = one.Tables();
@@ -274,6 +281,9 @@ TEST_F(NastySourceTest, ComesToTheSameWithAnyNumberOfWorkers) {
     EXPECT_EQ(file.LoadAll({file.Sources()}), told) << "SQLite";
     for (const std::size_t workers : {2U, 4U, 7U}) {
         NastySource many(Engine::Postgres);
+        many.SetWorkers(workers, kFewRecords, {});
+        EXPECT_EQ(many.Check(), checked) << workers << " workers";
+        EXPECT_GT(many.ForetoldAhead(), 0) << workers << " workers";
         many.SetWorkers(workers, kFewRecords, Pauses(workers));
         EXPECT_EQ(many.LoadAll({many.Sources()}), told) << workers << " workers";
         EXPECT_EQ(many.Tables(), tables) << workers << " workers";

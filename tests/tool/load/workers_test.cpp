@@ -3,11 +3,15 @@
 #include <gmock/gmock.h>
 
 #include <array>
+#include <sstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "load_fixture.h"
 #include "pauses.h"
 #include "random_load.h"
+#include "tool/commands/check_command.h"
 #include "tool/process/usage_error.h"
 
 namespace tool {
@@ -141,6 +145,40 @@ TEST_F(WorkersTest, AnotherLoadOfTheSourceIsPassedOver) {
     Load({Bugs(), data});
     EXPECT_EQ(Load({Bugs(), data}), 0);
     EXPECT_THAT(Said(), HasSubstr("already loaded"));
+}
+
+class RehearsalWithWorkersTest : public WorkersTest {
+  protected:
+    // Returns what was said.
+    std::string Check(std::vector<std::string> sources) {
+        m_options.database = m_database;
+        m_options.sources = std::move(sources);
+        std::ostringstream out;
+        RunCheck(m_options, out, out);
+        return out.str();
+    }
+};
+
+TEST_F(RehearsalWithWorkersTest, GroupsAreDoneAheadAndNothingStays) {
+    EXPECT_THAT(Check({Bugs(), Records("data.xml", Distinct(1050))}),
+                HasSubstr("1,050 records read: 1,050 would be created"));
+    EXPECT_THAT(Report(), HasSubstr(R"("workers":{"count":3,"ahead":11,"in_turn":0})"));
+    EXPECT_EQ(Query("SELECT count(*) FROM bug"), "0");
+}
+
+TEST_F(RehearsalWithWorkersTest, WhatAnEarlierSourceWouldHaveWrittenIsSeen) {
+    const std::string data = Records("data.xml", Distinct(250));
+    const std::string more = Records("more.xml", Distinct(350));
+    EXPECT_THAT(Check({Bugs(kUpdate), data, more}), HasSubstr("350 would be created, 250 updated"));
+    EXPECT_THAT(Report(), HasSubstr(R"("ahead":4,"in_turn":3)"));
+}
+
+TEST_F(RehearsalWithWorkersTest, GroupThatTheDatabaseRefusesIsUndoneByItself) {
+    Execute("CREATE UNIQUE INDEX by_hand ON bug (title)");
+    std::vector<Fields> records = Distinct(350);
+    records[220][1].second = records[130][1].second;
+    EXPECT_THAT(Check({Bugs(), Records("data.xml", records)}),
+                HasSubstr("349 would be created, 0 updated, 1 rejected"));
 }
 
 class OneWorkerTest : public LoadFixture {

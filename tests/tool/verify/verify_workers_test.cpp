@@ -2,10 +2,13 @@
 #include <gmock/gmock.h>
 
 #include <regex>
+#include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "compared_load.h"
+#include "server_proxy.h"
 #include "verify/verify_fixture.h"
 
 namespace tool {
@@ -60,6 +63,35 @@ TEST_P(VerifyWorkersTest, AnyNumberSaysTheSame) {
         EXPECT_EQ(With(workers, sources), all) << workers << " workers";
         EXPECT_EQ(With(workers, some), part) << workers << " workers";
     }
+}
+
+TEST_P(VerifyWorkersTest, LossOfTheWorkersConnectionsIsToldAndChangesNothing) {
+    if (IsFile()) {
+        GTEST_SKIP() << "a file is not lost";
+    }
+    const std::vector<std::string> sources = DamagedTracker();
+    const std::string all = With(1, sources);
+    std::set<std::size_t> begun;
+    const std::string direct = m_database;
+    std::string told;
+    {
+        const ServerProxy proxy(
+            SocketFolderOf(direct), m_folder.Path(), [&](const ServerProxy::Message& message) {
+                const bool isWorkers = begun.contains(message.connection);
+                if (message.text.find("SET TRANSACTION SNAPSHOT") != std::string_view::npos) {
+                    begun.insert(message.connection);
+                }
+                return isWorkers && message.from == ServerProxy::Side::Client
+                           ? ServerProxy::Fate::Cut
+                           : ServerProxy::Fate::Pass;
+            });
+        m_database = UrlWithSocketIn(direct, m_folder.Path());
+        told = With(2, sources);
+        m_database = direct;
+    }
+    static const std::regex warning("warning: fewer workers compare[^\n]*\n");
+    EXPECT_TRUE(std::regex_search(told, warning)) << told;
+    EXPECT_EQ(std::regex_replace(told, warning, ""), all);
 }
 
 }  // namespace

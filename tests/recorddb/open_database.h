@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "engines.h"
+#include "made_database.h"
 #include "recorddb/database.h"
 #include "recorddb/schema.h"
 #include "sample_schema.h"
@@ -19,8 +19,7 @@ namespace recorddb {
 class OpenDatabaseTest : public testing::Test {
   protected:
     explicit OpenDatabaseTest(Engine engine = Engine::Sqlite)
-        : m_place(engine, m_folder.File("tracker.db")) {
-        Database::Create(Path(), schema::ReadSchema(kSampleSchema, "sample.yaml"));
+        : m_place(engine, m_folder.File("tracker.db"), kSampleSchema) {
         Reopen();
     }
 
@@ -97,7 +96,7 @@ class OpenDatabaseTest : public testing::Test {
         std::string values;
         for (int parameter = 1; query.find('$' + std::to_string(parameter)) != std::string::npos;
              ++parameter) {
-            values += parameter == 1 ? "(NULL" : ", NULL";
+            values += parameter == 1 ? "('7'" : ", '7'";
         }
         Run("PREPARE looked_at AS " + query);
         bool found = false;
@@ -109,7 +108,7 @@ class OpenDatabaseTest : public testing::Test {
     }
 
     TemporaryFolder m_folder;
-    DatabasePlace m_place;
+    MadeDatabase m_place;
     std::unique_ptr<Database> m_database;
 
   private:

@@ -3,14 +3,13 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include "engines.h"
+#include "made_database.h"
 #include "platform/messages/pamsgexception.h"
 #include "recorddb/database.h"
 #include "recorddb/schema.h"
@@ -76,13 +75,7 @@ inline Obx_String Text(std::string_view utf8) {
 class SessionTest : public testing::Test {
   protected:
     explicit SessionTest(Engine engine = Engine::Sqlite)
-        : m_place(engine, m_folder.File("tracker.db")) {
-        if (m_place.IsFile()) {
-            std::filesystem::copy_file(EmptyTracker(), Location());
-        } else {
-            Database::Create(Location(), schema::ReadSchema(kTrackerSchema, "schema.yaml"),
-                             LayoutOn(engine));
-        }
+        : m_place(engine, m_folder.File("tracker.db"), kTrackerSchema) {
         Reopen();
     }
 
@@ -212,19 +205,8 @@ class SessionTest : public testing::Test {
     }
 
   private:
-    // Made once and copied for each test, since making a database waits for the disk.
-    static std::string EmptyTracker() {
-        static const TemporaryFolder kFolder;
-        static const std::string kFile = [] {
-            std::string path = kFolder.File("empty.db");
-            Database::Create(path, schema::ReadSchema(kTrackerSchema, "schema.yaml"));
-            return path;
-        }();
-        return kFile;
-    }
-
     TemporaryFolder m_folder;
-    DatabasePlace m_place;
+    MadeDatabase m_place;
     std::unique_ptr<Database> m_database;
     AdPtr<Session> m_session;
 };

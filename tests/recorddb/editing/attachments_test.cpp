@@ -271,7 +271,7 @@ TEST_P(AttachmentsTest, ContentIsReadBackInOrder) {
     EXPECT_EQ(hash.HexDigest(), Row("SELECT sha256 FROM zt_attachment"));
 }
 
-ON_EACH_ENGINE(AttachmentsTest);
+ON_EACH_LAYOUT(AttachmentsTest);
 
 }  // namespace
 

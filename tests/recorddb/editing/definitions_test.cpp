@@ -65,7 +65,7 @@ TEST_P(DefinitionsTest, EveryTypeCanBeImportedOnlyThoseWithStatesHaveDuplicates)
               "The record type \"user\" has no action of the kind 4.");
 }
 
-ON_EACH_ENGINE(DefinitionsTest);
+ON_EACH_LAYOUT(DefinitionsTest);
 
 }  // namespace
 

@@ -156,7 +156,7 @@ TEST_P(DuplicatesTest, BothEndsOfALinkAreFound) {
     EXPECT_EQ(table.DuplicatesOf(5, 1), (std::vector<std::int64_t>{2, 3}));
 }
 
-ON_EACH_ENGINE(DuplicatesTest);
+ON_EACH_LAYOUT(DuplicatesTest);
 
 }  // namespace
 

@@ -237,7 +237,7 @@ TEST_P(HistoryImportTest, HighestEntryThatThereIsEndsTheCount) {
     EXPECT_EQ(Row("SELECT count(*) FROM zt_history"), "1");
 }
 
-ON_EACH_ENGINE(HistoryImportTest);
+ON_EACH_LAYOUT(HistoryImportTest);
 
 }  // namespace
 

@@ -118,7 +118,7 @@ TEST_P(ReferenceListsTest, ChangedByTwoWritersAreNotMixed) {
     EXPECT_EQ(Stored(), "1|0|1;1|1|3");
 }
 
-ON_EACH_ENGINE(ReferenceListsTest);
+ON_EACH_LAYOUT(ReferenceListsTest);
 
 }  // namespace
 

@@ -190,7 +190,7 @@ TEST_P(ResultSetTest, ColumnOutsideOfARowIsRefused) {
     EXPECT_NE(Thrown([&] { result->GetColumn(1, value, 0); }), "");
 }
 
-ON_EACH_ENGINE(ResultSetTest);
+ON_EACH_LAYOUT(ResultSetTest);
 
 }  // namespace
 

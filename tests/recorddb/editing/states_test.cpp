@@ -44,7 +44,7 @@ TEST_P(StatesTest, StateCannotBeEmptied) {
               "value.");
 }
 
-ON_EACH_ENGINE(StatesTest);
+ON_EACH_LAYOUT(StatesTest);
 
 }  // namespace
 

@@ -109,7 +109,7 @@ TEST_P(ValueRulesTest, FieldsOfManyValuesCannotBeSet) {
     }
 }
 
-ON_EACH_ENGINE(ValueRulesTest);
+ON_EACH_LAYOUT(ValueRulesTest);
 
 }  // namespace
 

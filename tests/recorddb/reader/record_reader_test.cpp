@@ -164,7 +164,7 @@ TEST_P(RecordReaderTest, WorksOnAReadOnlyDatabase) {
     EXPECT_EQ(reader.Find(TypeOf("user"), "ann")->dbid, 1);
 }
 
-ON_EACH_ENGINE(RecordReaderTest);
+ON_EACH_LAYOUT(RecordReaderTest);
 
 }  // namespace
 

@@ -89,7 +89,7 @@ TEST_P(SessionOperationsTest, FailureOutsideATransactionLetsTheNextOperationTryA
     Save(user);
 }
 
-ON_EACH_ENGINE(SessionOperationsTest);
+ON_EACH_LAYOUT(SessionOperationsTest);
 
 }  // namespace
 

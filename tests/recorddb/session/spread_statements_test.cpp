@@ -1,9 +1,9 @@
+#include "spread_statements.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <map>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "random_work.h"
@@ -15,21 +15,9 @@ namespace {
 
 using testing::IsEmpty;
 
-// By what the tables of the tracker's spread types, and of what belongs to records, are spread.
-const std::map<std::string, std::string> kSpreadBy = {{"user", "dbid"},
-                                                      {"desk", "dbid"},
-                                                      {"bug", "dbid"},
-                                                      {"task", "dbid"},
-                                                      {"bug__watchers", "record"},
-                                                      {"zt_history", "record"},
-                                                      {"zt_attachment", "record"},
-                                                      {"zt_duplicate", "duplicate"},
-                                                      {"zt_content", "sha256"},
-                                                      {"zt_key", "hash"}};
-
 // The statements that go to all machines, by a part that tells them: none is asked for every record
 // of a load or of a comparison.
-const std::vector<std::string_view> kAskAll = {
+const std::vector<std::string> kAskAll = {
     // How many records there are.
     "SELECT count(*) FROM",
     // The next thousand records.
@@ -42,35 +30,6 @@ const std::vector<std::string_view> kAskAll = {
     " IS NULL ORDER BY dbid LIMIT $", "WHERE \"votes\" = $1", "WHERE \"title\" = $1",
     "WHERE \"opened\" = $1", "WHERE \"owner\" = $1", "WHERE \"severity\" = $1",
     "WHERE \"state\" = $1"};
-
-bool Has(const std::string& text, std::string_view part) {
-    return text.find(part) != std::string::npos;
-}
-
-bool IsAbout(const std::string& statement, const std::string& table) {
-    for (const char* const verb : {" FROM ", "INTO ", "UPDATE ", " JOIN "}) {
-        for (const std::string& name : {table + " ", '"' + table + "\" "}) {
-            if (Has(" " + statement + " ", verb + name)) {
-                return true;
-            }
-        }
-    }
-    return false;
-}
-
-// Whether a statement says on which machine the rows of a table are that it is about.
-bool Names(const std::string& statement, const std::string& column) {
-    if (statement.starts_with("INSERT INTO")) {
-        return Has(statement.substr(0, statement.find(')')), column);
-    }
-    return Has(statement, " " + column + " = $") || Has(statement, '"' + column + "\" = $") ||
-           Has(statement, "zt_row.\"" + column + "\" = ANY (");
-}
-
-bool AsksAll(const std::string& statement) {
-    return std::any_of(kAskAll.begin(), kAskAll.end(),
-                       [&](std::string_view part) { return Has(statement, part); });
-}
 
 class SpreadStatementsTest : public testing::Test {
   protected:
@@ -115,22 +74,12 @@ TEST_F(SpreadStatementsTest, SayOnWhichMachineTheirRowsAre) {
     }
     m_work.Run(12);
     ReadAll(m_work.Base());
-    std::vector<std::string> unclear;
-    std::size_t clear = 0;
+    SpreadStatements statements({"user", "desk", "bug", "task"}, {"bug__watchers"}, kAskAll);
     for (const std::string& statement : Prepared(m_work.Base())) {
-        for (const auto& [table, column] : kSpreadBy) {
-            if (!IsAbout(statement, table)) {
-                continue;
-            }
-            if (Names(statement, column)) {
-                ++clear;
-            } else if (!AsksAll(statement)) {
-                unclear.push_back(statement);
-            }
-        }
+        statements.Take(statement);
     }
-    EXPECT_THAT(unclear, IsEmpty());
-    EXPECT_GT(clear, 30U);
+    EXPECT_THAT(statements.Unclear(), IsEmpty());
+    EXPECT_GT(statements.Clear(), 30U);
 }
 
 }  // namespace

@@ -108,7 +108,7 @@ TEST_P(ConnectionTest, ForeignKeysAreEnforced) {
     EXPECT_EQ(error.Kind(), ErrorKind::ForeignKeyViolation);
 }
 
-ON_EACH_ENGINE(ConnectionTest);
+ON_EACH_LAYOUT(ConnectionTest);
 
 }  // namespace
 

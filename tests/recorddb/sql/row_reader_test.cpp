@@ -87,7 +87,7 @@ TEST_P(RowReaderTest, ManyKeysAreAnswered) {
     EXPECT_EQ(Read({m_name}, cells), "999:b/1 ");
 }
 
-ON_EACH_ENGINE(RowReaderTest);
+ON_EACH_LAYOUT(RowReaderTest);
 
 }  // namespace
 

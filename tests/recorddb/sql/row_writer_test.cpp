@@ -87,6 +87,12 @@ TEST_P(RowWriterTest, InsertsOrUpdates) {
     EXPECT_EQ(Rows(), "a=2 b=3 ");
 }
 
+TEST_P(RowWriterTest, RaisesWhatIsLess) {
+    Write(Kind::Insert, 0, {"a", 5, "b", 1, "c", 2});
+    Write(Kind::Raise, 1, {"a", 3, "b", 7});
+    EXPECT_EQ(Rows(), "a=5 b=7 c=2 ");
+}
+
 TEST_P(RowWriterTest, DeletesTheRowsThatAreMeant) {
     Write(Kind::Insert, 0, {"a", 1, "b", 2, "c", 3});
     Write(Kind::Delete, 2, {"a", 1, "c", 3});
@@ -145,7 +151,7 @@ TEST_P(RowWriterTest, WritesRowsBeyondTheSizeOfOneMessage) {
     EXPECT_EQ(QueryInt(count), 400000000 + 4 * (static_cast<std::int64_t>(large.size()) + 1));
 }
 
-ON_EACH_ENGINE(RowWriterTest);
+ON_EACH_LAYOUT(RowWriterTest);
 
 }  // namespace
 

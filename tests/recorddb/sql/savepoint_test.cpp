@@ -251,7 +251,7 @@ TEST(FailedUndoing, KeepsTheTransactionFromBeingCommitted) {
     Transaction(connection).Commit();
 }
 
-ON_EACH_ENGINE(SavepointTest);
+ON_EACH_LAYOUT(SavepointTest);
 
 }  // namespace
 

@@ -10,11 +10,13 @@
 #include "recorddb/errors.h"
 #include "recorddb/sql.h"
 #include "recorddb/sql/dialect.h"
+#include "recorddb/store/table_layout.h"
 #include "temporary_folder.h"
 
 namespace recorddb::sql {
 
-// An open database with a table `thing(name, size, data)`, whose names are unique.
+// An open database with a table `thing(name, size, data)`, whose names are unique. In the sharded
+// layout, connections take the tables for spread.
 class SqlTest : public testing::Test {
   protected:
     explicit SqlTest(Engine engine = Engine::Sqlite)
@@ -24,7 +26,20 @@ class SqlTest : public testing::Test {
         m_connection->ExecuteScript(
             "CREATE TABLE thing (name TEXT NOT NULL UNIQUE, size BIGINT, data " +
             std::string(m_connection->GetDialect().blobType) + ")");
+        if (LayoutOn(engine) == Layout::Sharded) {
+            m_takesTurns = true;
+            m_connection->ExecuteScript(
+                "CREATE TABLE zt_turn (number BIGINT); INSERT INTO zt_turn VALUES (0)");
+        }
         transaction.Commit();
+        ExpectTurns(*m_connection);
+    }
+
+    // Another connection to the same database.
+    std::unique_ptr<Connection> OpenAnother(OpenMode mode) {
+        auto another = Open(Path(), mode);
+        ExpectTurns(*another);
+        return another;
     }
 
     const std::string& Path() const { return m_place.Location(); }
@@ -59,7 +74,15 @@ class SqlTest : public testing::Test {
 
     TemporaryFolder m_folder;
     DatabasePlace m_place;
+    bool m_takesTurns = false;
     std::unique_ptr<Connection> m_connection;
+
+  private:
+    void ExpectTurns(Connection& connection) const {
+        if (m_takesTurns) {
+            connection.ExpectSpreadTables(kTakeTurnSql);
+        }
+    }
 };
 
 }  // namespace recorddb::sql

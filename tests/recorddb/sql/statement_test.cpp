@@ -198,7 +198,7 @@ TEST_P(StatementTest, QueryIntIsNothingForNoRowAndForNull) {
     EXPECT_EQ(QueryInt(m_connection->Prepare("SELECT 42")), 42);
 }
 
-ON_EACH_ENGINE(StatementTest);
+ON_EACH_LAYOUT(StatementTest);
 
 }  // namespace
 

@@ -99,7 +99,7 @@ TEST_P(TransactionTest, TransactionThatTheEngineEndedItselfCanBeLeft) {
 }
 
 TEST_P(TransactionTest, HoldsTheWriteLockFromItsStart) {
-    const auto other = Open(Path(), OpenMode::ReadWrite);
+    const auto other = OpenAnother(OpenMode::ReadWrite);
     other->ExecuteScript(IsFile() ? "PRAGMA busy_timeout = 0" : "SET lock_timeout = 1");
     const Transaction transaction(*m_connection);
     const Error error = ErrorOf([&other] { const Transaction second(*other); });
@@ -108,7 +108,7 @@ TEST_P(TransactionTest, HoldsTheWriteLockFromItsStart) {
 }
 
 TEST_P(TransactionTest, ReadersGoOnBesideAWriter) {
-    const auto reader = Open(Path(), OpenMode::ReadOnly);
+    const auto reader = OpenAnother(OpenMode::ReadOnly);
     const Transaction writing(*m_connection);
     Insert("a");
     const Transaction reading(*reader);
@@ -128,8 +128,8 @@ TEST_P(TransactionTest, BeginningsAndRollbacksAreCounted) {
 
 TEST_P(TransactionTest, ThoseThatBeginTogetherSeeOneMoment) {
     Insert("a");
-    const auto first = Open(Path(), OpenMode::ReadOnly);
-    const auto second = Open(Path(), OpenMode::ReadOnly);
+    const auto first = OpenAnother(OpenMode::ReadOnly);
+    const auto second = OpenAnother(OpenMode::ReadOnly);
     const std::vector<Connection*> readers = {first.get(), second.get()};
     const std::vector<Transaction> together = BeginTogether(readers);
     Insert("b");
@@ -139,8 +139,8 @@ TEST_P(TransactionTest, ThoseThatBeginTogetherSeeOneMoment) {
 
 // A server hands the moment itself on; a file only shows that it has passed.
 TEST_P(TransactionTest, WriterBetweenTheirBeginningsIsNoticed) {
-    const auto first = Open(Path(), OpenMode::ReadOnly);
-    const auto second = Open(Path(), OpenMode::ReadOnly);
+    const auto first = OpenAnother(OpenMode::ReadOnly);
+    const auto second = OpenAnother(OpenMode::ReadOnly);
     second->WatchOthers();
     const Transaction transaction(*first);
     const std::string moment = first->ShareMoment();
@@ -151,7 +151,7 @@ TEST_P(TransactionTest, WriterBetweenTheirBeginningsIsNoticed) {
     EXPECT_EQ(QueryInt(second->Prepare("SELECT count(*) FROM thing")), IsFile() ? 1 : 0);
 }
 
-ON_EACH_ENGINE(TransactionTest);
+ON_EACH_LAYOUT(TransactionTest);
 
 }  // namespace
 

@@ -150,7 +150,7 @@ TEST_P(JournalTest, EntryWithoutARunIsNotSaved) {
     EXPECT_FALSE(TheJournal().Find(m_key).has_value());
 }
 
-ON_EACH_ENGINE(JournalTest);
+ON_EACH_LAYOUT(JournalTest);
 
 }  // namespace
 

@@ -99,7 +99,7 @@ TEST_P(SearchIndexesTest, ReadOnlyDatabaseIsSearchedAsItIs) {
     EXPECT_FALSE(IsIndexSearch(m_byTitle));
 }
 
-ON_EACH_ENGINE(SearchIndexesTest);
+ON_EACH_LAYOUT(SearchIndexesTest);
 
 }  // namespace
 

@@ -60,10 +60,19 @@ TEST_P(TablesTest, KeysAndUniqueFieldsAreUnique) {
     EXPECT_NO_THROW(add(order, "2, 1, 2"));
     EXPECT_THROW(add(order, "3, 1, 1"), sql::Error);
 
-    const std::string bug = "bug (dbid, id, state, title, source_id)";
-    add(bug, "1, 'BUG1', 'NEW', 't', 's'");
-    EXPECT_THROW(add(bug, "2, 'BUG2', 'NEW', 't', 's'"), sql::Error);
-    EXPECT_THROW(add(bug, "2, 'BUG1', 'NEW', 't', NULL"), sql::Error);
+    // Of a type that is spread, no index sees all records; zt_key keeps what is unique.
+    const bool byIndex = LayoutOn(GetParam()) == Layout::Plain;
+    const auto isRefused = [&add](const std::string& values) {
+        try {
+            add("bug (dbid, id, state, title, source_id)", values);
+            return false;
+        } catch (const sql::Error&) {
+            return true;
+        }
+    };
+    EXPECT_FALSE(isRefused("1, 'BUG1', 'NEW', 't', 's'"));
+    EXPECT_EQ(isRefused("2, 'BUG2', 'NEW', 't', 's'"), byIndex);
+    EXPECT_EQ(isRefused("3, 'BUG1', 'NEW', 't', NULL"), byIndex);
 }
 
 TEST_P(TablesTest, AnyNumberOfRecordsMayLackAUniqueValue) {
@@ -114,7 +123,7 @@ TEST_P(TablesTest, DialectDecidesWhereForeignKeysStand) {
                                   "\"user\" (dbid);"));
 }
 
-ON_EACH_ENGINE(TablesTest);
+ON_EACH_LAYOUT(TablesTest);
 
 }  // namespace
 

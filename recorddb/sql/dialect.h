@@ -6,7 +6,7 @@
 
 namespace recorddb::sql {
 
-// Where the engines' table definitions differ. Everything else is one SQL text for all of them.
+// Where the engines' tables differ. Everything else is one SQL text for all of them.
 struct Dialect {
     // Type and constraint of a column `dbid`, the number that a row is known by.
     std::string_view dbIdType;
@@ -22,6 +22,10 @@ struct Dialect {
     bool foreignKeysAhead;
     // The most columns that a table can have.
     std::size_t mostColumns;
+    // A query for the right to make an index of the table $1: whether the role has what the table's
+    // owner may do, and whether it may make things in the table's schema (1 or 0 each); then the
+    // names of role, owner and schema. Empty where nobody lacks such a right.
+    std::string_view rightToIndex;
 };
 
 }  // namespace recorddb::sql

@@ -128,4 +128,31 @@ void ExpectedSearches::ExpectTarget(const ImporterField& given, std::string_view
     }
 }
 
+std::vector<std::pair<const recorddb::schema::RecordType*, const recorddb::schema::Field*>>
+FieldsSearchedBy(const ImportConfiguration& configuration, const recorddb::schema::Schema& schema) {
+    std::vector<std::pair<const recorddb::schema::RecordType*, const recorddb::schema::Field*>>
+        fields;
+    const auto add = [&](const recorddb::schema::RecordType& type, const std::string& name) {
+        if (const auto* const field = type.FindField(name)) {
+            fields.emplace_back(&type, field);
+        }
+    };
+    const auto* const type = schema.FindType(configuration.RecordType());
+    if (type == nullptr) {
+        return fields;
+    }
+    if (!configuration.CreatesRecords() || !configuration.DuplicateId().empty()) {
+        add(*type, configuration.OriginalId());
+    }
+    if (configuration.Data() == ImportedData::Records) {
+        for (const auto& [name, mapped] : configuration.Mapping()) {
+            const auto* const reference = type->FindField(name);
+            if (reference != nullptr && reference->target != 0 && !mapped.empty()) {
+                add(schema.Type(reference->target), mapped);
+            }
+        }
+    }
+    return fields;
+}
+
 }  // namespace tool

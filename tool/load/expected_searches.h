@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "recorddb/expected_search.h"
@@ -46,6 +47,11 @@ class ExpectedSearches {
     bool m_guarded = false;   // its values are
     std::vector<recorddb::ExpectedSearch> m_searches;
 };
+
+// The fields by which the records of a configuration are searched, whatever stands in them: the id
+// of those that it adds to or marks as duplicates, and those that references are mapped to.
+std::vector<std::pair<const recorddb::schema::RecordType*, const recorddb::schema::Field*>>
+FieldsSearchedBy(const ImportConfiguration& configuration, const recorddb::schema::Schema& schema);
 
 }  // namespace tool
 

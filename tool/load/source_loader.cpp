@@ -119,11 +119,24 @@ bool SourceLoader::LoadData(SourceWalk& walk) {
     return goesOn;
 }
 
+// Makes the indexes that the import of the source's records searches by. In its first group they
+// would keep other writers waiting for longer, and be undone with it. A rehearsal is a single
+// group, in which they are made when they are needed.
+void SourceLoader::MakeIndexes(const ImportConfiguration& configuration) {
+    if (!m_policy.KeepsGroups()) {
+        return;
+    }
+    for (const auto& [type, field] : FieldsSearchedBy(configuration, m_database.GetSchema())) {
+        m_database.EnsureSearchIndex(*type, *field);
+    }
+}
+
 // The connection may have been lost since the last source, while this one was read for the first
 // time.
 LoadJournal SourceLoader::OpenJournal(const SourceWalk& walk) {
     for (int failures = 1;; ++failures) {
         try {
+            MakeIndexes(walk.Configuration());
             return m_journals.Open(walk, m_group);
         } catch (const recorddb::sql::Error& error) {
             if (!m_recovery.MayPass(error, failures)) {

@@ -49,6 +49,7 @@ class SourceLoader {
     void Configure(const SourceWalk& walk);
     bool LoadData(SourceWalk& walk);
     bool ImportData(SourceWalk& walk);
+    void MakeIndexes(const ImportConfiguration& configuration);
     LoadJournal OpenJournal(const SourceWalk& walk);
     const LoadJournal* FindUnderWay(const SourceWalk& walk) const;
 

@@ -24,6 +24,11 @@ constexpr Dialect kPostgresDialect = {
     .clusteredTable = "",
     .foreignKeysAhead = false,
     .mostColumns = 1600,
+    .rightToIndex =
+        "SELECT pg_has_role(t.relowner, 'USAGE'), has_schema_privilege(n.oid, 'CREATE'), "
+        "current_user, pg_get_userbyid(t.relowner), n.nspname "
+        "FROM pg_class AS t JOIN pg_namespace AS n ON n.oid = t.relnamespace "
+        "WHERE n.nspname = current_schema() AND t.relkind = 'r' AND t.relname = $1",
 };
 
 // One name serves every savepoint: the server always takes the innermost one of that name.

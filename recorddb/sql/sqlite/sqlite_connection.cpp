@@ -22,6 +22,7 @@ constexpr Dialect kSqliteDialect = {
     .clusteredTable = " WITHOUT ROWID",
     .foreignKeysAhead = true,
     .mostColumns = 2000,
+    .rightToIndex = "",
 };
 
 // In the order of Connection::Control. One name serves every savepoint: the engine always takes the

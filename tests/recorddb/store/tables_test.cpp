@@ -112,7 +112,8 @@ TEST_P(TablesTest, DialectDecidesWhereForeignKeysStand) {
                                 .blobType = "BYTES",
                                 .clusteredTable = "",
                                 .foreignKeysAhead = false,
-                                .mostColumns = 100};
+                                .mostColumns = 100,
+                                .rightToIndex = ""};
     const std::string script = RecordTablesScript(TheSchema(), other);
     EXPECT_THAT(script, AllOf(HasSubstr("dbid BIGINT KEY"), HasSubstr("\"title\" STRING"),
                               Not(HasSubstr("WITHOUT ROWID"))));

@@ -39,18 +39,22 @@ constexpr const char* kExpectedTypes = R"(record_types:
 
 class ExpectedSearchesTest : public testing::Test {
   protected:
-    // The searches that are expected of a record, "TYPE FIELD=VALUE +WHAT", in order.
-    std::vector<std::string> Of(const std::string& configuration, const Fields& fields,
-                                bool guarded = false) {
+    static ImportConfiguration InForce(const std::string& configuration) {
         ImportConfiguration inForce;
         inForce.Apply("<?xml version=\"1.0\" encoding=\"UTF-8\"?><configuration>" + configuration +
                           "</configuration>",
                       "configuration");
+        return inForce;
+    }
+
+    // The searches that are expected of a record, "TYPE FIELD=VALUE +WHAT", in order.
+    std::vector<std::string> Of(const std::string& configuration, const Fields& fields,
+                                bool guarded = false) {
         SourceRecord record;
         BuildRecordPacket(RecordXml(fields), {}, record.packet);
         record.guarded = guarded;
         ExpectedSearches expected(m_schema);
-        expected.Add(record, inForce);
+        expected.Add(record, InForce(configuration));
         std::vector<std::string> texts;
         for (const recorddb::ExpectedSearch& search : expected.All()) {
             std::string& text = texts.emplace_back(search.type->name);
@@ -67,6 +71,15 @@ class ExpectedSearchesTest : public testing::Test {
         return texts;
     }
 
+    // The fields that are searched whatever the records are, "TYPE.FIELD", in order.
+    std::vector<std::string> FieldsOf(const std::string& configuration) const {
+        std::vector<std::string> texts;
+        for (const auto& [type, field] : FieldsSearchedBy(InForce(configuration), m_schema)) {
+            texts.push_back(type->name + "." + field->name);
+        }
+        return texts;
+    }
+
     static std::string Configured(const char* data, const char* type, const char* key,
                                   const std::string& more = "") {
         return fmt::format(
@@ -80,7 +93,19 @@ class ExpectedSearchesTest : public testing::Test {
 
 using Texts = std::vector<std::string>;
 
+constexpr const char* kMapping =
+    "<record_reference_mapping_list><mapping target_field=\"owner\" reference_field=\"email\"/>"
+    "</record_reference_mapping_list>";
 constexpr const char* kUpdate = "<updaterecord name=\"TRUE\"/>";
+
+TEST_F(ExpectedSearchesTest, FieldsAreThoseOfTheConfiguration) {
+    const std::string bugs = Configured("record", "bug", "title");
+    EXPECT_EQ(FieldsOf(bugs), Texts{});
+    EXPECT_EQ(FieldsOf(Configured("record", "bug", "title", kUpdate)), Texts{"bug.title"});
+    EXPECT_EQ(FieldsOf(Configured("history", "bug", "title")), Texts{"bug.title"});
+    EXPECT_EQ(FieldsOf(bugs + "<duplicate_id name=\"same\"/>"), Texts{"bug.title"});
+    EXPECT_EQ(FieldsOf(bugs + kMapping), Texts{"user.email"});
+}
 
 TEST_F(ExpectedSearchesTest, NewRecordIsComparedByWhatMustBeUnique) {
     EXPECT_EQ(Of(Configured("record", "user", "login"), {{"login", "ann"}, {"email", "a@x"}}),
@@ -123,10 +148,7 @@ TEST_F(ExpectedSearchesTest, ReferencesAreFoundByTheirKeysAsTheyAreTrimmedAndSpl
 }
 
 TEST_F(ExpectedSearchesTest, MappedReferenceIsFoundByTheFieldWithTheKey) {
-    const std::string mapping =
-        "<record_reference_mapping_list><mapping target_field=\"owner\" reference_field=\"email\"/>"
-        "</record_reference_mapping_list>";
-    const Texts found = Of(Configured("record", "bug", "id", mapping), {{"owner", "a@x"}});
+    const Texts found = Of(Configured("record", "bug", "id", kMapping), {{"owner", "a@x"}});
     EXPECT_EQ(found, (Texts{"user email=a@x +fields"}));
 }
 

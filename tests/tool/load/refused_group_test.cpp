@@ -57,6 +57,19 @@ TEST_P(RefusedGroupTest, LaterGroupsAreGatheredAgain) {
     EXPECT_EQ(Query("SELECT max(dbid) FROM bug"), "348");
 }
 
+// It is no part of the group, which would undo it and keep others waiting while it is made.
+TEST_P(RefusedGroupTest, IndexThatItsSearchesTakeStays) {
+    m_options.wholePackets = true;
+    EXPECT_EQ(
+        Load({Configuration("bugs.xml", "record", "bug", "title", "<updaterecord name=\"TRUE\"/>"),
+              Records("data.xml", {{{"title", "nowhere"}}})}),
+        1);
+    EXPECT_EQ(Query(IsFile() ? "SELECT count(*) FROM sqlite_master WHERE name LIKE 'zt_search_%'"
+                             : "SELECT count(*) FROM pg_class WHERE relname LIKE 'zt_search_%' AND "
+                               "relnamespace = current_schema()::regnamespace"),
+              "1");
+}
+
 ON_EACH_ENGINE(RefusedGroupTest);
 
 class GroupOrOneByOneTest : public testing::TestWithParam<std::tuple<Engine, std::uint64_t>> {

@@ -50,20 +50,6 @@ constexpr const char* kConnectionSettings =
     throw Error(ErrorKind::CannotOpen, why, "");
 }
 
-void CheckServer(const PostgresHandle& handle) {
-    if (handle.ServerVersion() < kOldestServer) {
-        CannotOpen(fmt::format("the server is PostgreSQL {}; it takes version 13 or later",
-                               handle.Setting("server_version")));
-    }
-    if (const std::string_view encoding = handle.Setting("server_encoding"); encoding != "UTF8") {
-        CannotOpen(
-            fmt::format("the database has the encoding {}, which cannot hold all texts; "
-                        "make one with: CREATE DATABASE name ENCODING 'UTF8' TEMPLATE "
-                        "template0",
-                        encoding));
-    }
-}
-
 // The schema that a connection is to work in, as its role may use it.
 struct Schema {
     std::string name;
@@ -189,6 +175,19 @@ std::string BackendOf(PostgresHandle& handle) {
 
 }  // namespace
 
+void CheckServer(int version, std::string_view name, std::string_view encoding) {
+    if (version < kOldestServer) {
+        CannotOpen(fmt::format("the server is PostgreSQL {}; it takes version 13 or later", name));
+    }
+    if (encoding != "UTF8") {
+        CannotOpen(
+            fmt::format("the database has the encoding {}, which cannot hold all texts; "
+                        "make one with: CREATE DATABASE name ENCODING 'UTF8' TEMPLATE "
+                        "template0",
+                        encoding));
+    }
+}
+
 PostgresConnector::PostgresConnector(const std::string& url, OpenMode mode)
     : m_url(ReadServerUrl(url)), m_mode(mode) {}
 
@@ -207,7 +206,8 @@ PostgresHandle PostgresConnector::ConnectToCurrent() {
     std::string refusal;
     for (;;) {
         PostgresHandle handle = ConnectToOneOf(servers, refusal);
-        CheckServer(handle);
+        CheckServer(handle.ServerVersion(), handle.Setting("server_version"),
+                    handle.Setting("server_encoding"));
         const ServerTimeline timeline = IsReadOnly() ? ServerTimeline() : TimelineOf(handle);
         if (!timeline.IsOlderThan(m_timeline)) {
             m_timeline = timeline.number != 0 ? timeline : m_timeline;

@@ -13,6 +13,10 @@
 
 namespace recorddb::sql {
 
+// Throws Error (CannotOpen) for a server that is too old, by libpq's number of its version, and for
+// a database whose encoding cannot hold all texts. `name` is the version in words.
+void CheckServer(int version, std::string_view name, std::string_view encoding);
+
 // Makes connections to one schema of a database on a server: one, and another after that was lost.
 // When a standby has taken over meanwhile, it does not go back to the former primary.
 class PostgresConnector {

@@ -192,5 +192,21 @@ TEST_F(LostConnection, EndsTheLoadWhenItIsNotToBeSought) {
                  recorddb::sql::Error);
 }
 
+TEST_F(LostConnection, EndsTheLoadWhenNoOtherOneIsToBeHadInTime) {
+    ProxiedLoad load;
+    load.m_options.retryFor = std::chrono::seconds(1);
+    bool isGone = false;
+    try {
+        load.Run([&](const Message& message) {
+            isGone = isGone || (message.from == Side::Client && IsCommit(message));
+            return isGone ? Fate::Cut : Fate::Pass;
+        });
+        ADD_FAILURE() << "the load goes on";
+    } catch (const recorddb::sql::Error& error) {
+        EXPECT_EQ(error.Kind(), recorddb::sql::ErrorKind::ConnectionLost);
+        EXPECT_THAT(error.DriverText(), HasSubstr("and there is no other one: "));
+    }
+}
+
 }  // namespace
 }  // namespace tool

@@ -3,6 +3,7 @@
 
 #include "recorddb/database.h"
 #include "recorddb/schema.h"
+#include "recorddb/sql/postgres/postgres_connector.h"
 #include "sample_schema.h"
 #include "sql/sql_test.h"
 
@@ -123,6 +124,28 @@ TEST_F(PostgresOpenTest, RightThatARoleLacksIsNamed) {
     EXPECT_TRUE(m_connection->HasTable("thing"));
 }
 
+TEST_F(PostgresOpenTest, RightToMakeAnIndexIsNamed) {
+    m_connection.reset();
+    m_place.DropSchema();
+    Database::Create(Path(), schema::ReadSchema(kSampleSchema, "sample.yaml"));
+    const std::string schema = "\"" + m_place.Schema() + "\"";
+    Server("GRANT USAGE ON SCHEMA " + schema + " TO " + m_role +
+           "; GRANT ALL ON ALL TABLES IN SCHEMA " + schema + " TO " + m_role);
+    const auto database = Database::Open(PathOfRole(), Database::Mode::ReadWrite);
+    const schema::RecordType& bug = *database->GetSchema().FindType("bug");
+    const auto search = [&] { database->EnsureSearchIndex(bug, *bug.FindField("title")); };
+    EXPECT_THAT(ErrorOfKind(ErrorKind::PermissionDenied, search),
+                AllOf(HasSubstr("\"bug\" by \"title\""), HasSubstr(m_role),
+                      HasSubstr("let \"tester\" load first"),
+                      HasSubstr("ON " + schema + ".\"bug\" (\"title\")")));
+    Server("ALTER TABLE " + schema + ".bug OWNER TO " + m_role);
+    EXPECT_THAT(ErrorOfKind(ErrorKind::PermissionDenied, search),
+                HasSubstr("GRANT CREATE ON SCHEMA " + schema));
+    Server("GRANT CREATE ON SCHEMA " + schema + " TO " + m_role);
+    EXPECT_NO_THROW(search());
+    EXPECT_TRUE(database->HasSearchIndex(bug, *bug.FindField("title")));
+}
+
 TEST_F(PostgresOpenTest, RoleWithoutSuperuserMakesASchemaWhereItMayMakeSchemas) {
     m_connection.reset();
     m_place.DropSchema();
@@ -157,6 +180,12 @@ TEST_F(PostgresOpenTest, DatabaseOfAnotherEncodingIsRefused) {
                             [&] { Open(Path() + "&dbname=" + database, OpenMode::ReadWrite); }),
                 AllOf(HasSubstr("LATIN1"), HasSubstr("UTF8")));
     Server("DROP DATABASE " + database);
+}
+
+TEST_F(PostgresOpenTest, ServerThatIsTooOldIsRefused) {
+    EXPECT_THAT(ErrorOfKind(ErrorKind::CannotOpen, [] { CheckServer(120022, "12.22", "UTF8"); }),
+                AllOf(HasSubstr("12.22"), HasSubstr("13 or later")));
+    EXPECT_NO_THROW(CheckServer(130000, "13.0", "UTF8"));
 }
 
 TEST_F(PostgresOpenTest, ImmutableIsForFiles) {

@@ -27,7 +27,7 @@ std::string ColumnsOf(const RecordType& type, const FieldSet& set) {
     return columns;
 }
 
-// What zt_key must say of a row of a type's table whose columns after the dbid are the set's.
+// The row that zt_key must have for a record. `row` holds its dbid and then the columns of `set`.
 std::optional<KeyRow> KeyIn(const sql::Statement& row, const RecordType& type,
                             const FieldSet& set) {
     std::vector<FieldValue> values;
@@ -51,7 +51,7 @@ std::optional<KeyRow> KeyIn(const sql::Statement& row, const RecordType& type,
     return KeyRowOf(type, set, borrowed);
 }
 
-// Each unique value of the records has its row.
+// Checks that zt_key has a row for each unique value of the records.
 void ScanRecordsForKeys(CheckContext& context, const RecordType& type, const FieldSet& set) {
     const auto rows =
         context.Scan(fmt::format("SELECT {0}{1} FROM {2} ORDER BY {0}", schema::kDbIdName,
@@ -74,7 +74,7 @@ void ScanRecordsForKeys(CheckContext& context, const RecordType& type, const Fie
     }
 }
 
-// Each row of zt_key is that of a record.
+// Checks that each row of zt_key belongs to a record.
 class KeyRowScan {
   public:
     explicit KeyRowScan(CheckContext& context) : m_context(context) {

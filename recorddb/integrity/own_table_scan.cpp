@@ -38,7 +38,8 @@ struct OwnRow {
     }
 };
 
-// What a database of another format must say, only programs of that format know.
+// Which values are right for another format, only programs of that format know: then the range of
+// programs only has to include them.
 void ScanFormat(CheckContext& context) {
     const auto rows = context.Scan(
         "SELECT format_version, oldest_readable, newest_readable, schema_text FROM zt_schema");
@@ -149,7 +150,8 @@ void ScanEntries(CheckContext& context) {
     }
 }
 
-// The table marks records of sources, which the journal must know and have come to.
+// Checks a table that marks records of sources: the journal must have an entry for each source, and
+// have got as far as the record.
 void ScanMarks(CheckContext& context, std::string_view table) {
     const auto rows =
         context.Scan(fmt::format("SELECT source_sha256, configuration_sha256, ordinal FROM {} "

@@ -39,7 +39,7 @@ void DecideSpread(const YamlSource& source, std::vector<ReadType>& types) {
             read.type.spread = true;
         }
     }
-    // A type that becomes spread may be what others refer to.
+    // Others may refer to a type that becomes spread, so this goes on until no type changes.
     for (bool hasChanged = true; hasChanged;) {
         hasChanged = false;
         for (ReadType& read : types) {

@@ -8,9 +8,9 @@
 namespace tool {
 
 // Rehearses the load of the sources and undoes it, and finds what the load would drop silently.
-// Returns the process's exit code: RecordsRejected when something would be rejected or lost, or 128
-// and the signal's number when a signal ended it early. Throws what main turns into an error. The
-// database is as it was before in any case.
+// Returns the process's exit code: ExitCode::Incomplete when something would be rejected or lost,
+// or 128 and the signal's number when a signal ended it early. Throws what main turns into an
+// error. The database is as it was before in any case.
 int RunCheck(const LoadOptions& options, std::ostream& out, std::ostream& err);
 
 }  // namespace tool

@@ -89,7 +89,7 @@ void AddInit(CLI::App& app, Commands& commands) {
     });
 }
 
-// Whatever reads records can be asked for these.
+// For every command that reads records.
 void AddLimits(CLI::App& command, RecordLimits& limits) {
     command
         .add_option("--max-record-size", limits.size,

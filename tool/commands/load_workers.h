@@ -8,11 +8,11 @@
 
 namespace tool {
 
-// As many as can be asked for.
+// The most workers that can be asked for.
 constexpr std::size_t kMostWorkers = 64;
 
-// As many as were asked for, or as suit the machine and the load. Throws UsageError when more than
-// one was asked for, and that cannot be.
+// The number of workers that was asked for, or else one that suits the machine and the load. Throws
+// UsageError when more than one was asked for and this load can have one only.
 std::size_t WorkersFor(const LoadOptions& options, const LoadPolicy& policy);
 
 }  // namespace tool

@@ -41,7 +41,7 @@ bool IsBelow(const fs::path& file, const fs::path& folder) {
            folder.end();
 }
 
-// What every such command reads.
+// Keeps what load, check and verify all read.
 void KeepInputs(OutputGuard& guard, const std::string& database,
                 const std::vector<std::string>& arguments, const std::vector<InputFile>& inputs) {
     guard.KeepDatabase(database);
@@ -103,7 +103,7 @@ void OutputGuard::CheckStandardOutputs() {
         }
         streams.emplace_back(*identity, std::string("what goes to ") + name);
     }
-    // Kept only now, since both may go to one file.
+    // Kept only now: standard output and standard error may go to one and the same file.
     m_kept.insert(streams.begin(), streams.end());
 }
 

@@ -22,7 +22,7 @@ namespace tool {
 
 namespace {
 
-// What a map loses differs from the sources, whatever the database holds.
+// What the map loses counts as a difference: it cannot be in the database.
 void TellFindings(const CommandSources& sources, VerifySinks& sinks) {
     for (const MapFinding& finding : sources.Findings().all) {
         sinks.Finds(finding);
@@ -35,7 +35,7 @@ void TellFindings(const CommandSources& sources, VerifySinks& sinks) {
     }
 }
 
-// Connections take longer than small sources do.
+// With small sources, connecting the workers takes longer than comparing everything in one.
 VerifyOptions WithWorkers(VerifyOptions options, const SourceList& sources) {
     constexpr std::uint64_t small = std::uint64_t{1} << 20U;
     if (options.workers == 0) {

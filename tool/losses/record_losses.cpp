@@ -277,7 +277,7 @@ void RecordLosses::Add(LossKind kind, const RecordPart& part, const std::string&
         id = Restored(id);
         text = Restored(text);
     }
-    // A record that was made of a row is known by that.
+    // People find a record that was made of a row by the row, so its place is that of the row.
     const bool isMade = m_record->number > 0;
     (*m_take)({kind, isMade ? std::string(m_record->source) : *m_source, m_record->Number(),
                isMade ? m_record->line : LineAt(part), std::move(id), field, std::move(text),

@@ -11,7 +11,7 @@ namespace tool {
 
 namespace {
 
-// Names that differ in case only are neighbours.
+// An order in which names that differ in case only are next to each other.
 bool IsBefore(std::string_view a, std::string_view b) {
     const int order = CompareNoCase(a, b);
     return order < 0 || (order == 0 && a < b);
@@ -66,7 +66,7 @@ bool RecordReadings::TakePlainRecord(std::string_view record) {
     return !HasRepeatedName();
 }
 
-// A carriage return is one of the things that XML and the importer read differently.
+// A carriage return cannot be passed over either: XML and the importer read it differently.
 bool RecordReadings::HasOnlyPacketEscapes(std::string_view record) {
     if (record.find('\r') != std::string_view::npos) {
         return false;
@@ -80,7 +80,7 @@ bool RecordReadings::HasOnlyPacketEscapes(std::string_view record) {
     return true;
 }
 
-// Which escapes there are only the importer's parser knows. Each is asked for once.
+// Only the importer's parser knows which escapes there are. It is asked once for each that occurs.
 bool RecordReadings::StartsWithEscape(std::string_view text) {
     const std::string_view beginning = text.substr(0, kLongestEscape);
     const std::string_view reference = beginning.substr(0, beginning.find(';') + 1);

@@ -24,7 +24,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Enough for the name of any source; the rest of a line does not matter.
+// In bytes, of the beginning of a line, where the place of a record stands: enough for the name of
+// any source.
 constexpr std::size_t kLongestPlace = std::size_t{8} * 1024;
 
 [[noreturn]] void CannotRead(const fs::path& path) {

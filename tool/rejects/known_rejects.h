@@ -41,8 +41,7 @@ class KnownRejects {
 
     // Whether a records file, one of guarded records or not, holds `entry`, whole lines of which
     // the first is the comment, and its configuration file holds `configuration` (empty: there is
-    // none). When it does, the file has
-    // been synced to the disk. Throws std::system_error.
+    // none). When it does, the file has been synced to the disk. Throws std::system_error.
     bool Contain(std::string_view configuration, bool guarded, std::string_view entry);
 
   private:

@@ -50,7 +50,7 @@ RejectedRowsSink::RejectedRowsSink(const std::filesystem::path& path,
     }
 }
 
-// Another source may be called as this one is with a number behind.
+// Another source may have the name that this one gets with a number behind it.
 bool RejectedRowsSink::IsTaken(const std::filesystem::path& path) const {
     return std::any_of(m_outputs.begin(), m_outputs.end(),
                        [&](const Output& output) { return output.path == path; });

@@ -19,8 +19,8 @@ namespace {
 
 constexpr std::string_view kClosingTag = "</records>\n";
 
-// Closes whatever a broken record leaves open, so that the records after it can still be found. A
-// comment is the place where neither mark means anything if nothing is open.
+// Closes whatever a broken record leaves open, so that the records after it can still be found. The
+// two marks stand in a comment, where they mean nothing when no section is open.
 constexpr std::string_view kCloseOpenSection =
     "<!-- a section of the record above is not closed: ]]> ?> -->\n";
 

@@ -12,7 +12,8 @@ namespace tool {
 // "text" and "paste".
 std::string FindingAsJson(const MapFinding& finding);
 
-// What stands between the list before the findings and these. Without any there is no such list.
+// The text between the end of the list before the findings and the first of these; empty when there
+// are none.
 inline std::string_view FindingsOpening(bool hasAny) {
     return hasAny ? "],\"findings\":[" : "";
 }

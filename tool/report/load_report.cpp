@@ -17,12 +17,12 @@ constexpr std::size_t kRejectsList = 0;
 constexpr std::size_t kLossesList = 1;
 constexpr std::size_t kFindingsList = 2;
 
-// What most loads have none of is left out.
+// Left out when there is none, as in most loads.
 std::string UnlessNone(std::string_view name, std::uint64_t number) {
     return number == 0 ? std::string() : fmt::format(",\"{}\":{}", name, number);
 }
 
-// What differs from run to run stands by itself, as the time does.
+// In a member of their own, as the time is, since these numbers differ from run to run.
 std::string WorkersAsJson(const LoadTotals& totals) {
     return totals.workers == 0 ? std::string()
                                : fmt::format(R"(,"workers":{{"count":{},"ahead":{},"in_turn":{}}})",

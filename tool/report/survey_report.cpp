@@ -15,7 +15,7 @@ namespace {
 
 using nlohmann::ordered_json;
 
-// Of the values of an address.
+// The most frequent values of an address that are reported.
 constexpr std::size_t kReportedValues = 50;
 
 std::string_view FormatName(MapFormat format) {
@@ -104,7 +104,7 @@ ordered_json KeysAsJson(const SourceSurvey& source) {
     return keys;
 }
 
-// What stands before the addresses, of which there may be many.
+// All members of a source but its addresses: these may be many, and are written one by one.
 ordered_json SourceHead(const SourceSurvey& source) {
     ordered_json files = ordered_json::array();
     for (const SurveyFile& file : source.group.files) {

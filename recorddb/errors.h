@@ -80,8 +80,8 @@ enum class ErrorKind {
 // The name of a kind for messages, such as "unique violation".
 RECORDDB_API std::string_view KindName(ErrorKind kind);
 
-// A failure of the SQL engine. what() joins the kind, the driver's text and the
-// beginning of the statement.
+// A failure of the SQL engine. what() joins the kind, the driver's text and the beginning of the
+// statement.
 class RECORDDB_API Error : public std::runtime_error {
   public:
     // `sql` is the statement that failed, empty when none was running.

@@ -180,20 +180,23 @@ class RECORDDB_API Connection {
     // while a transaction is open, and where there is nothing to lose.
     virtual void Reconnect();
 
-    // Keeps other writers from their turn beyond the transaction under way, which is one for
-    // writing, until one of them waits for it: each call lets those who wait by. False when
-    // somebody else may have written since the last call. Where tables are spread, nobody is kept
-    // from writing, but it shows all the same.
+    // In a transaction for writing: keeps the lock of writers beyond its end, so that no other
+    // writer comes in between. When some wait, the call lets them go ahead after this transaction
+    // instead. False when somebody else may have written since the last call. Where there is no
+    // such lock (files, tables that are spread), nobody is kept from writing, and the answer is
+    // right all the same.
     virtual bool KeepTurn() { return false; }
     // Lets others write again, when no transaction is open.
     virtual void LetOthersWrite() {}
 
-    // For BeginTogether. Before a transaction begins: from here on it shows when others write.
+    // For BeginTogether, as are the next two. To be called before a transaction begins: an engine
+    // without shared snapshots notes here what others have written, for JoinMoment.
     virtual void WatchOthers() {}
-    // In a transaction for reading: its moment, for others to join.
+    // In a transaction for reading: returns a name for the moment that it sees, for JoinMoment of
+    // other connections. Throws Error (Unsupported).
     virtual std::string ShareMoment();
-    // At the beginning of one on another connection: has it see that moment; false when it sees a
-    // later one.
+    // At the beginning of a transaction for reading on another connection: has it see that moment.
+    // False when it may see a later one, since somebody has written. Throws Error (Unsupported).
     virtual bool JoinMoment(const std::string& moment);
 
     // True where the server can spread tables over machines.
@@ -293,9 +296,9 @@ class RECORDDB_API Transaction {
 };
 
 // Begins a transaction on each of several connections to one database, which are open for reading;
-// all of them see the same moment; where tables are spread over machines, that of the first
-// machine only. Throws Error (Unsupported, when the engine has no means for it,
-// or the connections lead to different servers).
+// all of them see the same moment; where tables are spread over machines, that of the first machine
+// only. Throws Error (Unsupported, when the engine has no means for it, or the connections lead to
+// different servers).
 RECORDDB_API std::vector<Transaction> BeginTogether(std::span<Connection* const> connections);
 
 enum class OpenMode {

@@ -17,7 +17,7 @@ class QueryStatements {
     // The connection outlives the object.
     explicit QueryStatements(sql::Connection& connection) : m_connection(connection) {}
 
-    // Who says which record alone can be meant, adds its dbid as the last but one parameter.
+    // Known: the dbid of the only record that can match is the last parameter but one.
     enum class Place { Unknown, Known };
 
     // Throws sql::Error.

@@ -119,8 +119,8 @@ struct SessionTransaction::State {
         transaction.reset();
     }
 
-    // Where it is remembered who has written what, only others than this session can have written
-    // what is not.
+    // The writes of this session are remembered one by one. Whether others may have written in
+    // between, only the connection can tell.
     void KeepTurn() {
         if (parts->batch.Writes().IsOn() &&
             !parts->failures.Watch([this] { return parts->connection.KeepTurn(); })) {
@@ -206,7 +206,7 @@ void SessionTransaction::Commit() {
         const bool isUncertain = error.Kind() == sql::ErrorKind::ConnectionLost;
         Rollback();
         if (isUncertain) {
-            // Perhaps it has been committed.
+            // Perhaps it has been committed, with whatever it had written.
             m_state->parts->batch.Writes().NoteAll();
             m_state->parts->batch.Writes().Keep();
         }

@@ -15,9 +15,10 @@ class AtomicWrite {
     // Which of the statements the engine may refuse, for a constraint that they break, while the
     // transaction around them goes on.
     enum class Refusable {
-        None,   // only the database itself can fail, and with it the transaction
-        First,  // or later ones, if the writer takes back by itself what came before (see
-                // UndoesAll)
+        None,  // only the database itself can fail, and with it the transaction
+        // The first one. Also a later one, if the writer itself undoes those before it (see
+        // UndoesAll).
+        First,
         Any
     };
 

@@ -28,9 +28,9 @@ using sql::CellType;
 using sql::RowColumn;
 using Kind = sql::RowChange::Kind;
 
-// Statements for different sets of changed columns: in one batch, where each costs a call of the
-// engine, and altogether, since they are kept. Past that many, more columns are written than have
-// changed.
+// The most statements for different sets of changed columns: in one batch, where each is a call of
+// the engine, and in all, since each is kept prepared. Past that, all columns are written, changed
+// or not.
 constexpr std::size_t kMostShapesInBatch = 8;
 constexpr std::size_t kMostShapes = 64;
 

@@ -28,7 +28,7 @@ class LastDbIds {
     void Note(const schema::RecordType& type, std::int64_t dbid);
 
     // The dbid for the next attachment, which the caller inserts in the transaction under way;
-    // nothing where it is the one above those in the table.
+    // nothing in the plain layout, where the INSERT takes max(dbid) + 1.
     std::optional<std::int64_t> NextAttachment();
 
   private:

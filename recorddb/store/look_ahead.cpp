@@ -372,7 +372,7 @@ void LookAhead::ReadRows(Round& round, const RecordType& type,
                   for (std::size_t i = 0; i < fields.size(); ++i) {
                       row[fields[i]] = ValueIn(cells[i + 2]);
                   }
-                  // No other record has its key.
+                  // The key is unique, so the row also answers a search by it.
                   std::vector<const FieldValue*> key;
                   for (const std::size_t field : type.key) {
                       key.push_back(&row[field]);

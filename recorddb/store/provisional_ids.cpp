@@ -14,7 +14,7 @@ using schema::Field;
 using schema::FieldKind;
 using schema::RecordType;
 
-// What the digits of all provisional numbers begin with that a group can have.
+// The digits that every provisional number of a group begins with.
 constexpr std::string_view kDigits = "46116860184273";
 
 class Renumbering {
@@ -28,7 +28,8 @@ class Renumbering {
         if (!IsProvisional(dbid)) {
             return dbid;
         }
-        // A database that has such dbids can have them for what is no new record.
+        // Where the database itself has dbids in this range, provisional ones cannot be told from
+        // them.
         const std::int64_t highest =
             m_highest[static_cast<std::size_t>(type - 1)].value_or(kFirstProvisionalId);
         if (IsProvisional(highest)) {
@@ -100,7 +101,8 @@ bool GiveDbIds(PendingChanges& changes, const schema::Schema& schema,
         for (HistoryEntry& entry : history.added) {
             entry.record = given.second;
         }
-        // It may have referred to another schema object, of the same content.
+        // The name may be one in the worker's schema object: refer to the one of this session,
+        // which lasts.
         if (!history.field.empty()) {
             history.field = schema.Type(key.first).HistoryField()->name;
         }

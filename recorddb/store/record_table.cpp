@@ -150,7 +150,7 @@ std::optional<std::int64_t> RecordTable::Version(std::int64_t dbid) {
     if (version) {
         m_batch.NoteVersion(m_type, dbid, *version);
     } else {
-        // It may be the number of a record that is new.
+        // By the time this work is taken over, a new record may have this dbid.
         m_batch.NoteUnclearRead();
     }
     return version;

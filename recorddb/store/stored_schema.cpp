@@ -22,7 +22,8 @@ using Problem = DatabaseError::Problem;
 // What zt_schema calls the sharded layout.
 constexpr std::string_view kShardedName = "sharded";
 
-// Of a later plain format, programs that only know the plain one of today may be welcome.
+// Both numbers are compared: a later plain format may have the same `format`, but would let older
+// programs read it, so its `oldest` is lower.
 bool IsShardedFormat(std::int64_t format, std::int64_t oldest) {
     return format == kShardedFormat && oldest == kShardedFormat;
 }

@@ -63,7 +63,8 @@ void ReadNotes::Search(const RecordType& type, const FieldSet& fields,
     std::uint64_t whole = static_cast<std::uint64_t>(type.id);
     for (std::size_t i = 0; i < fields.size(); ++i) {
         const FieldKind kind = type.fields[fields[i]].kind;
-        // Which numbers new records get shows in their turn only.
+        // A search by number that finds nothing now might find a record whose dbid is given out
+        // only when the work is taken over.
         m_isUnclear =
             m_isUnclear || (!found && (kind == FieldKind::DbId || kind == FieldKind::DisplayId));
         conditions.push_back({HashOf(type, fields[i], *values[i]), HashOf(type, fields[i])});

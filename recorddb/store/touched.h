@@ -58,7 +58,7 @@ class RecentWrites {
     void RememberAll();
     bool IsOn() const { return m_most > 0 || m_sum != nullptr; }
 
-    // What the transaction under way writes. All: whatever there is.
+    // Note what the transaction under way writes. NoteAll: it may write anything.
     void Note(const schema::Schema& schema, const PendingChanges& changes);
     void Note(const schema::RecordType& type, std::int64_t dbid, const RecordBuffer& record);
     void NoteAll();

@@ -87,7 +87,7 @@ void WriteBatch::Adopt(PendingChanges changes) {
     ++m_changes;
 }
 
-// Whoever only reads can do without when there is nothing to be written.
+// A reader needs no Apply while nothing has been gathered. Everything else is refused.
 void WriteBatch::RefuseAhead(For what) const {
     const bool isEmpty = std::all_of(m_layers.begin(), m_layers.end(),
                                      [](const Layer& layer) { return layer.changes.IsEmpty(); });
@@ -179,7 +179,8 @@ bool WriteBatch::ChangesKey(const RecordType& type, const RecordBuffer& record) 
 void WriteBatch::Put(const RecordType& type, std::int64_t dbid, std::int64_t version,
                      const RecordBuffer& record) {
     if (version != 0 && HasNew(type, dbid) && RefersToNew(type, record)) {
-        // Merged with the new record, it could come before the one that it refers to.
+        // Merged into the insertion of its record, the change could refer to a record that is
+        // inserted later.
         Apply(For::Reading);
     }
     PendingRecord change = ChangeOf(type, dbid, version, record);

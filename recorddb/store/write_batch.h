@@ -74,8 +74,8 @@ class WriteBatch {
     // Puts in what was gathered ahead, when nothing else has been gathered.
     void Adopt(PendingChanges changes);
 
-    // Who comes after Apply: one who only reads, or one who writes to the database at once, which
-    // the layers that are open must be able to undo.
+    // What follows Apply: only reading, or also writing to the database at once. The open layers
+    // must be able to undo the latter, so they become savepoints.
     enum class For { Reading, Writing };
 
     // Writes what was gathered. A failure may be that of any record since the last call; after it
@@ -128,7 +128,7 @@ class WriteBatch {
             m_reads.Search(type, fields, values, found);
         }
     }
-    // For what is read otherwise.
+    // For what is neither a record nor such a search: the gathered work cannot be taken over then.
     void NoteUnclearRead() {
         if (m_reads.IsOn()) {
             m_reads.Unclear();
@@ -177,8 +177,8 @@ class WriteBatch {
         std::size_t field;
         FieldValue value;  // none: the field has no value
     };
-    // The new records for which all conditions hold, by dbid. Columns of them that ChangesColumn
-    // are of no account.
+    // The new records for which all conditions hold, by dbid. They are compared as they were
+    // created: where ChangesColumn is true of a column, Apply comes first.
     std::vector<const PendingRecord*> NewWith(const schema::RecordType& type,
                                               const std::vector<Condition>& conditions) const;
 

@@ -7,8 +7,8 @@
 
 class ScriptedCore;
 
-// A field's value as a scripted record gives it. The reads are named "GetValue" and
-// "GetValues" when a test tells them what to do.
+// A field's value as a scripted record gives it. The reads are named "GetValue" and "GetValues"
+// when a test tells them what to do.
 class ScriptedFieldInfo : public AdFieldInfo {
   public:
     ScriptedFieldInfo(ScriptedCore& core, Obx_String field, std::vector<Obx_String> values);

@@ -65,13 +65,15 @@ void AheadWorker::Work(Package& package, const Standing& standing) noexcept {
         m_tools->group.Undo();
         return;
     } catch (const recorddb::sql::Error& error) {
-        // Most often something has to be written first.
+        // Most often the record needs a write at once, which only the main thread may do. The
+        // connection is still good.
         if (m_tools && error.Kind() != recorddb::sql::ErrorKind::ConnectionLost) {
             m_tools->group.Undo();
             return;
         }
     } catch (...) {
-        // Too little memory, say: what is left of it serves those whose turn it is.
+        // For instance too little memory. Giving up the connection and its caches leaves more of it
+        // for the main thread.
     }
     m_tools.reset();
 }
@@ -132,7 +134,8 @@ void AheadWorker::Do(Package& package, const Standing& standing) {
     package.work = tools.group.Take();
 }
 
-// The schema is that of the worker's own database, but the same.
+// The worker's database has a schema object of its own, with the same content, so types and fields
+// are looked up there.
 void AheadWorker::Watch(const std::shared_ptr<const WatchedKeys>& watched) {
     Tools& tools = *m_tools;
     tools.session->TakeWritten();

@@ -13,8 +13,8 @@
 
 namespace tool {
 
-// What is known to be permanent of a load: all that its session had done at a moment, its journal
-// entry with it.
+// What is committed of a load: a moment of its session, and how far the journal entry of its source
+// had come by then. A database that does not show this much lags behind.
 struct Standing {
     std::uint64_t moment = 0;  // Session::Moment
     recorddb::journal::JournalKey key;
@@ -39,9 +39,9 @@ class AheadWorker {
     // Whether it has a connection, as far as it knows.
     bool IsConnected() const { return m_tools != nullptr; }
 
-    // Sets what the package has for the worker to set; it has to be connected. Whatever goes wrong,
-    // nothing is thrown: then there is no work, and what is wrong shows when the package is gone
-    // through in its turn.
+    // Goes through the package and fills in what package.h marks as set by the worker. To be called
+    // only when connected. Never throws: on any failure `package.work` stays null, and the main
+    // thread meets the failure when it does the package in its turn.
     void Work(Package& package, const Standing& standing) noexcept;
 
   private:

@@ -14,7 +14,8 @@ namespace tool {
 
 namespace {
 
-// So often a server is asked for a connection by a worker that somebody waits for.
+// For tests, which wait for the workers: after so many failed attempts to connect a worker gives
+// up. Otherwise it tries again for as long as the load takes.
 constexpr int kMostFailedConnections = 6;
 
 // A server may be away for long, or have no room for a while: it is asked again as long as the load

@@ -31,7 +31,8 @@ class Crew {
     std::size_t Workers() const { return m_options.workers; }
     // How many packages to read ahead, so that nobody has to wait for the reader.
     std::size_t Packages() const { return 1 + 2 * Workers(); }
-    // How many transactions may be made permanent while a package is in work or waits.
+    // How many of the latest transactions the session has to remember, so that each package can be
+    // compared with all that was committed since its work began.
     std::size_t Transactions() const { return 2 * Packages(); }
 
     // Says what is permanent. To be called before the first package of a source is given, and when
@@ -41,8 +42,8 @@ class Crew {
     // Gives a package to the workers. It is left alone until TakeBack.
     void Give(std::shared_ptr<Package> package);
 
-    // Takes a package back that was given: when it is in work, once that is done. True when it has
-    // been done ahead.
+    // Takes back a package that was given; waits while a worker is at it. True when it has been
+    // done ahead.
     bool TakeBack(Package& package);
 
     // Whether a package that was given has been done ahead already.
@@ -54,7 +55,8 @@ class Crew {
     // and when it was told before.
     std::string TakeTrouble();
 
-    // Takes all packages back; those that are in work are the workers' alone from now on.
+    // Takes all packages back without waiting: those that workers are at are finished and thrown
+    // away.
     void Drop() { m_queue.Drop(); }
 
   private:

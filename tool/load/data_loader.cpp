@@ -37,7 +37,7 @@ void DataLoader::HoldNews(std::uint64_t ordinal) {
     m_parts.sinks.Hold({.read = m_parts.journal.PlaceOf(ordinal)});
 }
 
-// What is found in reading on comes after the news of the records that have been read.
+// Losses that are found while reading ahead are reported after the records that were read before.
 WalkStep DataLoader::NextRecord() {
     if (m_parts.crew != nullptr && m_lastRead) {
         HoldNews(*m_lastRead);
@@ -170,7 +170,7 @@ bool DataLoader::LoadRecords() {
         m_parts.sinks.Advance(m_records.BytesRead());
         ++m_number;
         if (m_parts.crew != nullptr && m_records.IsLast()) {
-            // What is done ahead is in a group of its own.
+            // Packages that were done ahead go into groups of their own: end the one that is open.
             if (m_parts.group.IsOpen()) {
                 m_parts.loader.EndGroup(false);
             }

@@ -46,7 +46,7 @@ void ExpectedSearches::ExpectOriginal(const ImportConfiguration& configuration, 
     const bool isRecord = configuration.Data() == ImportedData::Records;
     ExpectedSearch own;
     own.fields = isRecord;
-    // What is replaced is taken out by its keys.
+    // The members of a list that is replaced are removed by their keys.
     own.listKeys = isRecord && configuration.ReplaceRefList();
     for (const ImporterField& field : m_fields) {
         const FieldUse use =

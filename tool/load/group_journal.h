@@ -24,10 +24,9 @@ class GroupJournal {
     // All of them outlive the object.
     GroupJournal(RecordGroup& group, LoadSinks& sinks, WaitingRoom& room);
 
-    // From here on the records of the source that `walk` stands in are read. Sources are numbered
-    // in the order of this.
+    // Begins the source that `walk` is at. Sources are numbered in the order of these calls.
     void BeginSource(LoadJournal journal, const SourceWalk& walk);
-    // They have been read, as far as they will be. No group is open.
+    // Ends the current source, whether all of its records were read or not. No group may be open.
     void EndSource();
 
     // The source that is being read.
@@ -45,9 +44,10 @@ class GroupJournal {
     // Note what became of a record.
     void NoteImported(Place place, const LoadTotals& done);
     void NoteRejected(Place place);
-    // It was put off; `isTakenUp`: an earlier load has noted that. And it waits no longer, which
-    // is noted before what became of it.
+    // The record was put off; `isTakenUp`: an earlier load has noted so already.
     void NoteWaiting(Place place, bool isTakenUp);
+    // A record that was put off waits no longer. To be called together with NoteImported or
+    // NoteRejected.
     void NoteWaitingEnds(Place place);
     // Notes that the current source holds no more records.
     void NoteEnd() { Current().journal.NoteEnd(); }

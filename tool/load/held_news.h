@@ -34,7 +34,7 @@ struct NewsTime {
 // losses.
 class HeldNews {
   public:
-    // From here on news is held back. It is of that time.
+    // Holds back what Take is given from now on, as news of this time.
     void Hold(NewsTime time) {
         m_isHolding = true;
         m_time = time;

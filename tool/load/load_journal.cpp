@@ -14,7 +14,7 @@ namespace {
 using recorddb::journal::Journal;
 using recorddb::journal::JournalEntry;
 
-// Whichever runs wrote them.
+// Compares two entries but for the runs that wrote them.
 bool IsSameWork(JournalEntry a, const JournalEntry& b) {
     a.run = b.run;
     return a == b;

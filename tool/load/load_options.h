@@ -40,14 +40,14 @@ struct LoadOptions {
     bool fresh = false;          // ignore the journal
     bool retryRejected = false;  // import what the journal knows as rejected once more
     bool quiet = false;
-    // That work ahead of the groups' turn. 1: none does; 0: as many as suit the machine.
+    // Threads that go through records ahead of their turn. 1: none, the load's own thread does
+    // everything; 0, until the command has chosen: as many as suit the machine and the load.
     std::size_t workers = 1;
     std::size_t groupRecords = kGroupRecords;  // done in one transaction; fewer are for tests
-    // So many groups at most that workers have done are written in one transaction; fewer are for
-    // tests.
+    // The most groups done by workers that are written in one transaction; fewer are for tests.
     std::size_t groupsTogether = kGroupsTogether;
     bool looksAhead = false;  // also where it does not pay; for tests
-    // For tests, in which chance is to have a say: workers call it before each record.
+    // For tests that vary the timing: workers call it before each record.
     std::function<void()> beforeWork;
     // Nothing that the workers were given is taken back before they have done it; for tests, which
     // count on that.

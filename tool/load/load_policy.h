@@ -50,9 +50,9 @@ class LoadPolicy {
     // dealt with; empty: nothing, since none of them is kept.
     virtual std::string AdviseOnChange(std::uint64_t handled) const = 0;
 
-    // Words for people. "were", or "would be", before what becomes of records; and as a sentence,
-    // what is in the database after a load that stopped.
+    // For people, before what becomes of records: "were", or "would be".
     virtual std::string_view Were() const = 0;
+    // What is in the database after a load that stopped, as a sentence for people.
     virtual std::string_view WhatStays(const LoadOptions& options) const = 0;
 };
 

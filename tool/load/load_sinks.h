@@ -33,8 +33,10 @@ class LoadSinks {
     void AddImported(const LoadTotals& done, const ImportConfiguration* configuration);
     // Counts a group of records that is done again.
     void AddRetry() { ++m_totals.retried; }
-    // So many work ahead. And a group was taken over that they had done, or done in its turn.
+    // Sets the number of workers, for the totals.
     void SetWorkers(std::uint64_t workers) { m_totals.workers = workers; }
+    // Count a package of a load with workers: one that a worker had done, or one that the main
+    // thread does in its turn.
     void AddAhead() { ++m_totals.ahead; }
     void AddInTurn() { ++m_totals.inTurn; }
     void Reject(const RejectedRecord& record);

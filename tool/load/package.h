@@ -21,19 +21,19 @@ struct Package {
     KeptRecords records;
     std::vector<std::uint64_t> bytes;  // of the sources, read up to the end of each
 
-    // For the worker.
+    // Read by the worker.
     std::vector<bool> isDue;  // the records that are to be imported
     std::shared_ptr<const ImportConfiguration> configuration;
     bool guarded = false;
     std::string source;  // its name, for losses
 
-    // By the worker: what it has gathered, all of them having gone through; null otherwise.
+    // Set by the worker. `work` is what it has gathered; null unless every record went through.
     std::unique_ptr<recorddb::GatheredWork> work;
     std::vector<LoadTotals> done;           // by record
     std::vector<std::vector<Loss>> losses;  // the same, where they are looked for
     std::uint64_t moment = 0;               // that the work is based on (Session::Moment)
-    // What was watched meanwhile, null for nothing, and the values of that kind which records got
-    // (KeyOfValue), those that they lost again included.
+    // The kinds of values that were watched meanwhile, null for none; and the values of these kinds
+    // that records got (KeyOfValue), also those that were overwritten later.
     std::shared_ptr<const WatchedKeys> watched;
     std::vector<std::string> written;
 

@@ -15,7 +15,8 @@ bool RestsOnNumbers(FieldKind kind) {
     return kind == FieldKind::DbId || kind == FieldKind::DisplayId || kind == FieldKind::Reference;
 }
 
-// Whether values of that kind speak of dbids, which records that are made ahead get in their turn.
+// Whether values of that kind depend on dbids. A worker cannot know those of new records, which get
+// theirs when its work is taken over.
 bool RestsOnNumbers(const WatchedKey& key) {
     if (key.field != nullptr) {
         return RestsOnNumbers(key.field->kind);

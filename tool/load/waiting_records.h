@@ -46,10 +46,10 @@ class WaitingRecords {
                      const ImportConfiguration& configuration,
                      const std::vector<WantedRecord>& missing);
 
-    // What records wrote since the last call has become part of the group: others may have waited
-    // for it.
+    // Notes what records wrote since the last call, once that is a part of the group: whatever has
+    // waited for nothing else is ready now.
     void NoteWritten();
-    // It has not.
+    // Forgets what records wrote since the last call: it was undone.
     void DropWritten();
 
   private:

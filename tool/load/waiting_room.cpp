@@ -14,8 +14,8 @@ using recorddb::sql::Statement;
 
 constexpr std::size_t kMostHashes = 200'000;
 
-// What a record waits for, in `missing`: so many keys; nothing, it is ready; earlier ones of its
-// id.
+// The column `missing` says how many keys a record lacks; 0: it is ready; -1: it is behind an
+// earlier record of its id.
 constexpr int kReady = 0;
 constexpr int kBehind = -1;
 
@@ -87,8 +87,8 @@ bool WaitingRoom::Bars(const std::string& id, bool mayCreate) {
     });
 }
 
-// Records that lack themselves, and those behind them, do not stand in the way of the record that
-// would put an end to that.
+// An update whose own record does not exist yet waits for the record that creates it. So neither
+// this update nor those that are behind it alone may hold that creation back.
 bool WaitingRoom::BarsCreation(const Wait& wait, bool isBehind) {
     if (wait.mayCreate || wait.id.empty()) {
         return true;

@@ -47,8 +47,8 @@ class WaitingRoom {
     struct Wait {
         std::string id;                 // of the record; empty when it has none
         std::vector<std::string> keys;  // that are missing, each once
-        // Whether the import of the record may create it. A record that cannot, and lacks itself,
-        // does not stand in the way of one that can.
+        // Whether the import of the record may create it. An update whose own record does not exist
+        // yet does not hold back the one that creates it.
         bool mayCreate = true;
     };
 

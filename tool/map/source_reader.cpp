@@ -16,7 +16,7 @@ namespace tool {
 
 namespace {
 
-// What is composed of a name is still the name of a file.
+// In bytes. Leaves room, in a name of a file, for what is put before and after it.
 constexpr std::size_t kLongestName = 100;
 
 class SourceReader {

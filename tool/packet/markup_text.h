@@ -18,7 +18,7 @@ constexpr bool IsXmlBlank(char c) {
     return c == ' ' || c == '\t' || c == '\r' || c == '\n';
 }
 
-// True when a name may begin with the byte C of a UTF-8 text.
+// True when a name may begin with the byte `c` of a UTF-8 text.
 constexpr bool StartsName(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c == ':' ||
            static_cast<unsigned char>(c) >= 0x80;

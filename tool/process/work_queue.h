@@ -11,7 +11,7 @@
 
 namespace tool {
 
-// Where a package of work stands, which one thread gives and others do.
+// How far a package has come: from the thread that gives it to the worker that does it.
 enum class WorkState { New, Queued, InWork, Done };
 
 // Packages between a thread that gives them, in an order, and workers that do them. A package
@@ -30,7 +30,7 @@ class WorkQueue {
             package->state = WorkState::Queued;
             m_queue.push_back(std::move(package));
         }
-        // One who waits may have something else to do first.
+        // Wakes all: a single one might have to connect to a server before it takes the package.
         m_given.notify_all();
     }
 
@@ -55,13 +55,13 @@ class WorkQueue {
         return package.state == WorkState::Done;
     }
 
-    // Takes all back; those that a worker has begun are the workers' alone from now on.
+    // Takes all back without waiting. Workers finish those that they have begun, for nobody.
     void Drop() {
         const std::lock_guard lock(m_mutex);
         m_queue.clear();
     }
 
-    // Nothing more is done.
+    // From now on workers get no package, and those that wait for one go on.
     void Stop() {
         {
             const std::lock_guard lock(m_mutex);
@@ -72,11 +72,12 @@ class WorkQueue {
         m_stopped.notify_all();
     }
 
-    // A worker comes, before its thread begins, and goes.
+    // Counts a worker. To be called before its thread begins, so that nobody takes it for missing.
     void Enter() {
         const std::lock_guard lock(m_mutex);
         ++m_workers;
     }
+    // To be called when a worker is done with the queue, or its thread could not be made.
     void Leave() {
         {
             const std::lock_guard lock(m_mutex);
@@ -111,7 +112,7 @@ class WorkQueue {
         m_done.notify_all();
     }
 
-    // Waits for so long; false when nothing more is to be done.
+    // Waits for that time, or until Stop; false after Stop.
     bool Pause(std::chrono::milliseconds time) {
         std::unique_lock lock(m_mutex);
         m_stopped.wait_for(lock, time, [this] { return m_isStopped; });
@@ -125,10 +126,10 @@ class WorkQueue {
     }
 
     std::mutex m_mutex;
-    std::condition_variable m_given;  // or stopped
-    std::condition_variable m_done;   // or a worker has gone
+    std::condition_variable m_given;  // a package was given, or Stop was called
+    std::condition_variable m_done;   // a package was done, or a worker has left
     std::condition_variable m_stopped;
-    // All of these, and the states of packages, under the mutex.
+    // To be used under the mutex only, as are the states of packages.
     std::deque<std::shared_ptr<Package>> m_queue;
     std::size_t m_workers = 0;
     bool m_isStopped = false;

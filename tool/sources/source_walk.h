@@ -51,16 +51,16 @@ class SourceWalk {
     // of the next source.
     void LeaveSource();
 
-    // The current source, from its first step to that of the next one.
-    // Whether it was made of other files, through a map.
+    // Whether the current source was made of other files, through a map. A source is the current
+    // one from its first step to that of the next source.
     bool IsMade() const { return Listed().made != nullptr; }
     const std::string& SourceName() const { return Listed().name; }
     // Throws SourceChanged when the file is no longer what it was when it was opened.
     void RequireUnchanged() const;
 
-    // The configuration in force, made of all that came so far; and the latest configuration
-    // packet, valid until the next step.
+    // The configuration in force, made of all that came so far.
     const ImportConfiguration& Configuration() const { return m_configuration; }
+    // The latest configuration packet; valid until the next step.
     const std::string& ConfigurationPacket() const { return m_packet; }
 
     // Throws SourceError when the records of the current source cannot be used as they are: no

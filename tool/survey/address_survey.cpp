@@ -10,8 +10,9 @@ namespace {
 
 // The longest text that may be a key, in bytes.
 constexpr std::size_t kLongestKey = 500;
-// Of so many values, one in so many may have come before: then values are nearly different in all
-// rows, and it is worth knowing how nearly.
+// An address may be that of a key as long as at most one value in kAllowedRepeats has come before:
+// where values are nearly all different, it is worth telling how many are not. Among fewer than
+// kEnoughValues that says nothing yet.
 constexpr std::uint64_t kEnoughValues = 40;
 constexpr std::uint64_t kAllowedRepeats = 20;
 // Larger ones may not fit into a field of whole numbers.

@@ -31,8 +31,7 @@ const std::vector<std::string>& DateFormats() {
     return kFormats;
 }
 
-// A day by itself is a day everywhere. Formats that say how a date names its zone do so always; ISO
-// 8601 may.
+// A date without a time needs no zone. A format with %z always has one, and ISO 8601 may have one.
 bool LacksZoneOfTime(std::string_view text, const std::string& format) {
     if (!format.empty()) {
         return format.find("%H") != format.npos && !format.ends_with("%z");

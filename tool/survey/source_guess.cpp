@@ -189,7 +189,8 @@ std::optional<JsonReader::Path> GuessRows(const SurveyFile& file) {
     if (first == begin.npos || begin[first] != '{') {
         return std::nullopt;
     }
-    // No rows are found at an address that nothing can have, so that everything is outside of them.
+    // Rows are looked for at an address that cannot occur, so that all values are told as outside
+    // of the rows.
     WatchedFile again(file.path, file.name);
     TopLevel level;
     JsonReader(again, JsonReader::Path{std::string(1, '\0')}).Read(level);

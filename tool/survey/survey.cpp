@@ -15,7 +15,7 @@ namespace {
 // Numbers are looked for elsewhere when there are at least so many different ones: one or two stand
 // in many places by chance. One text does not.
 constexpr std::size_t kLeastNumbers = 2;
-// Of five different values, four found elsewhere are worth a word.
+// Told when at most one different value in so many is not found at the other address.
 constexpr std::size_t kWorthTelling = 5;
 
 // Finds out how many different values there are where memory had no room for them, and which

@@ -175,7 +175,7 @@ void SurveyFiles::AddGroup(const std::string& pattern, const std::vector<const F
     m_groups.push_back(std::move(group));
 }
 
-// Whether a pattern fits the beginning and the end of the name of a file that is not one of those.
+// Whether `pattern` would also take a file that is not among `files`.
 bool SurveyFiles::FitsOthers(const std::string& pattern,
                              const std::vector<const Found*>& files) const {
     const std::string begin = pattern.substr(0, pattern.find('*'));

@@ -10,7 +10,7 @@
 
 namespace tool {
 
-// By what values are told apart.
+// The hash by which values are told apart.
 using ValueHash = std::uint64_t;
 ValueHash HashOf(std::string_view value);
 

@@ -154,7 +154,7 @@ class HistoryComparison {
         }
     }
 
-    // Pairs what is left and equal in all columns but one, and reports that column.
+    // Pairs the entries left over that differ in `column` only, and reports that column.
     void PairButFor(std::size_t column) {
         const auto rest = [column](HistoryColumns columns) {
             columns[column].clear();

@@ -44,7 +44,7 @@ class KeptComparison {
     Parts m_parts;
     KeptRecord m_record;  // that comes next
     bool m_hasNext = false;
-    std::uint64_t m_rest = 0;  // records that were added by AddRest
+    std::uint64_t m_rest = 0;  // records that AddRest has added, not yet in m_done
     std::uint64_t m_done = 0;
 };
 

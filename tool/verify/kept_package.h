@@ -27,7 +27,7 @@ struct KeptPackage {
     WorkState state = WorkState::New;
 };
 
-// By the number that a kept record has.
+// Returns the configuration for a KeptRecord::configuration.
 using ConfigurationOf = std::function<const ImportConfiguration&(std::size_t)>;
 
 // The end of the records, from `begin` on, that speak of one record of the database.

@@ -29,7 +29,7 @@ struct LookupTools {
     RecordLookup lookup;
 };
 
-// The database, for reading.
+// Opens the database for reading.
 inline std::unique_ptr<recorddb::Database> OpenForVerify(const VerifyOptions& options) {
     return recorddb::Database::Open(options.database, options.immutable
                                                           ? recorddb::Database::Mode::Immutable

@@ -15,8 +15,8 @@ using recorddb::schema::FieldKind;
 
 namespace {
 
-// What the comparison of records finds missing from the database, and the word for an empty value,
-// which is what the database then holds.
+// Losses that need not be reported here: the comparison of records finds the first three missing
+// from the database, and compares "BLANK" as the empty value that it stands for.
 bool IsComparedAnyway(LossKind kind) {
     return kind == LossKind::LongHistoryLine || kind == LossKind::HistoryBeyondLimit ||
            kind == LossKind::IncompleteAttachment || kind == LossKind::ClearedValue;

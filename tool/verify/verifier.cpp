@@ -20,7 +20,7 @@ void WarnOfWorkers(VerifySinks& sinks, const std::string& why) {
     }
 }
 
-// What the workers are given outlives their work.
+// Stops the workers before what they were given is destroyed.
 class AtWork {
   public:
     explicit AtWork(ComparisonCrew& crew) : m_crew(crew) {}

@@ -194,7 +194,7 @@ std::string PostgresConnection::ShareMoment() {
     return std::string(m_handle.Run("SELECT pg_export_snapshot()").Text(0, 0));
 }
 
-// The name of a moment is what the server has made.
+// The name comes from the server (pg_export_snapshot), so it needs no quoting.
 bool PostgresConnection::JoinMoment(const std::string& moment) {
     m_handle.Run("SET TRANSACTION SNAPSHOT '" + moment + "'");
     return true;

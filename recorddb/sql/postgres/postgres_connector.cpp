@@ -165,7 +165,7 @@ void EndFormer(PostgresHandle& handle, const std::string& backend) {
         parameters);
 }
 
-// The process of the server that serves a connection, in a way that no other has ever been called.
+// Process id and start time of the backend that serves a connection: no other backend has both.
 std::string BackendOf(PostgresHandle& handle) {
     const PostgresResult own = handle.Run(
         "SELECT pid || ' ' || extract(epoch FROM backend_start) FROM pg_stat_activity "

@@ -30,7 +30,7 @@ PostgresResult PostgresHandle::Checked(pg_result* raw, std::string_view sql) {
     return result;
 }
 
-// What is left goes in front of it, in one question.
+// Deferred statements go in front of it, in the same message.
 PostgresResult PostgresHandle::Run(const std::string& sql) {
     if (m_sent != nullptr) {
         Settle();
@@ -119,7 +119,8 @@ void PostgresHandle::TakeOver(PostgresHandle fresh) {
 
 void PostgresHandle::Forget(const std::string& name) noexcept {
     const State state = GetState();
-    // What is sent tells what became of it to somebody who can do something about that.
+    // Answers that are awaited belong to callers who can handle their errors, so nothing is run
+    // now.
     if (AwaitsAnswers() || (state != State::Idle && state != State::InTransaction)) {
         return;
     }

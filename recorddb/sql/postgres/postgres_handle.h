@@ -51,9 +51,9 @@ class PostgresHandle {
     // True while answers to statements that were sent are left.
     bool AwaitsAnswers() const { return m_sent != nullptr; }
 
-    // Runs what is left and waits for all answers.
+    // Sends the deferred statements and waits for all answers. Throws Error.
     void Settle();
-    // The same without running what is left, whatever the answers are.
+    // Drops the deferred statements, and the answers to those that were sent.
     void GiveUpLeft() noexcept;
 
     // Drops a prepared statement, where that can be done now; a server forgets all of them with the

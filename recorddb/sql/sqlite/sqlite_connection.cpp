@@ -101,7 +101,7 @@ bool SqliteConnection::HasIndex(std::string_view name) {
     return QueryInt(find).has_value();
 }
 
-// Others are not kept from anything, but it shows when they have written.
+// Keeps nobody from writing; the data version tells whether another connection has committed.
 bool SqliteConnection::KeepTurn() {
     const std::int64_t version = QueryInt(Prepare("PRAGMA data_version")).value_or(0);
     return std::exchange(m_versionOfOthers, version) == version;

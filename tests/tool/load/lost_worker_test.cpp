@@ -168,8 +168,9 @@ class ContestedLoad : public ComparedLoad {
         return Tables();
     }
 
-    // Two programs lock records. The load has to wait for the one of them while the other comes to
-    // wait for the load; then the load runs into the lock of the other.
+    // Two programs lock records. The load comes to wait for the first one (s20), then the second
+    // one for a record that the load holds (s0). When the first lets go, the load runs into the
+    // lock of the second (s39): a deadlock.
     void Contest() {
         const std::string patient = m_database + "&options=-clock_timeout%3D1h";
         const auto one = recorddb::sql::Open(patient, recorddb::sql::OpenMode::ReadWrite);

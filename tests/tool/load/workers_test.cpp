@@ -28,8 +28,8 @@ TEST_P(AnyNumberOfWorkersTest, LoadAtRandomComesToTheSame) {
     constexpr std::size_t few = 3;  // records in a group
     constexpr std::array<std::size_t, 3> numbers = {2, 4, 7};
     const std::size_t workers = numbers.at(GetParam() % numbers.size());
-    // An index that the schema does not know of may see in larger groups what it does not in
-    // others.
+    // The index that RandomLoad makes may refuse two values that a larger group holds at the same
+    // time and smaller ones do not, so both loads have groups of one size.
     RandomLoad alone(Engine::Postgres, GetParam());
     alone.SetWorkers(1, few, {});
     const std::string one = alone.Run();
@@ -102,7 +102,7 @@ TEST_F(WorkersTest, LoadGoesOnWhereItStopped) {
     EXPECT_EQ(Query("SELECT count(*) || ' ' || max(dbid) FROM bug"), "949 949");
 }
 
-// The last groups are given to the workers when the first record of all waits already.
+// By the time the last groups are given to the workers, the first record waits.
 class WorkersAndWaitingTest : public WorkersTest {
   protected:
     static constexpr std::uint64_t kLate = 2;  // groups, at least

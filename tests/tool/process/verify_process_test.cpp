@@ -72,7 +72,7 @@ TEST_F(VerifyProcess, NamesTheTemporaryFolderWhenThatIsFull) {
 TEST_F(VerifyProcess, AnInterruptLeavesNothingBehind) {
     auto command = Command(Bugs(2'000));
     command.insert(command.end(), {"--report", m_folder.File("report.json")});
-    // In the middle of the records.
+    // The second read of that file is in the middle of its records.
     FaultyTool verify({command.begin() + 1, command.end()}, "read@bugs2000.xml:2:INT");
     EXPECT_EQ(verify.Wait(), 128 + SIGINT);
     EXPECT_THAT(verify.Output(), HasSubstr("Stopped before the end"));

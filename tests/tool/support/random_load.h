@@ -22,7 +22,7 @@ inline std::uint64_t SeedsOr(std::uint64_t few) {
 // A load of records at random, into a database of its own.
 class RandomLoad : public ComparedLoad {
   public:
-    // `times` as many records as a few hundred.
+    // A few hundred records, `times` as many.
     RandomLoad(Engine engine, std::uint64_t seed, std::size_t times = 1)
         : ComparedLoad(engine), m_state(seed * 2 + 1), m_times(times) {
         if (seed % 2 == 0) {

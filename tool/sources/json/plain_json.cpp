@@ -209,7 +209,7 @@ class PlainJson {
         return character >= 0;
     }
 
-    // The same for a string with escapes, the first of which stands where the reading has come to.
+    // Reads on in a string whose first escape has been reached. The string begins at `begin`.
     bool ReadEscaped(std::size_t begin) {
         m_unescaped.assign(m_text.substr(begin, m_at - begin));
         while (Current() != '"') {

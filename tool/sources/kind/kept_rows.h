@@ -14,8 +14,10 @@ struct KeptRows {
     struct File {
         std::size_t source = 0;  // by position among the sources of the map
         std::string header;      // the line that names its columns; empty without one
-        bool needsMark = false;  // is written in UTF-8 here, which the map says of it otherwise
-        bool isJson = false;     // so line breaks between its values mean nothing
+        // The map gives the file another encoding than UTF-8, in which its rows are kept: a file
+        // that is made of them needs a byte order mark.
+        bool needsMark = false;
+        bool isJson = false;  // so line breaks between its values mean nothing
     };
 
     TextStore texts;

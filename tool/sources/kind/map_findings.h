@@ -8,11 +8,11 @@
 
 namespace tool {
 
-// How much there is to a finding.
+// How serious a finding is.
 enum class FindingWeight {
     Count,  // a number that people want to know
     Note,   // something to look at, by which nothing is lost
-    Loss    // values of the sources that the database does not get, though nobody said so
+    Loss    // values of the sources that are lost although the map does not say so
 };
 
 // The word for it in reports that programs read.

@@ -36,10 +36,9 @@ class RecordSource {
     // All records as one packet. To be called once, before any NextRecord. Throws SourceError.
     virtual WholePacket ReadWhole() = 0;
 
-    // The value of the field called `name` in `raw`, a record as it stands in a source of this
-    // kind and as it stands there, as far as it can be made out, also where the record has a
-    // defect. Nothing when there is
-    // no such field, or `name` is empty.
+    // The value of the field called `name` in `raw`, a record as a source of this kind has it: the
+    // value as it is written there, as far as it can be made out, also where the record has a
+    // defect. Nothing when there is no such field, or `name` is empty.
     virtual std::optional<std::string> ValueIn(std::string_view raw,
                                                std::string_view name) const = 0;
 

@@ -25,8 +25,9 @@ struct RowSpan {
 struct SourceRecord {
     // The record as a packet of its own; empty when it has a defect.
     std::string packet;
-    // The record as it stands in the source, in whatever format, as UTF-8, with U+FFFD for what is
-    // no text; empty when it is TooLong. Valid until the next record is read.
+    // The record as it stands in the source or, where it was made of rows, as the record of a
+    // packet that was made of them; as UTF-8, with U+FFFD for what is no text; empty when it is
+    // TooLong. Valid until the next record is read.
     std::string_view raw;
     std::string_view source;    // name of the source; valid as long as that is open
     std::uint64_t ordinal = 0;  // its number in the source, from 0

@@ -20,8 +20,8 @@ class LocalZone {
 
     enum class Answer { Once, Twice, Skipped };
 
-    // Turns `seconds` since 1970 on the clocks of the zone into those of UTC: of a time that came
-    // twice into the first one. A skipped time stays as it is.
+    // Turns `seconds` since 1970 on the clocks of the zone into those of UTC. A time that the
+    // clocks showed twice means the first of the two; one that they skipped stays as it is.
     Answer ToUtc(std::int64_t& seconds) const;
 
   private:

@@ -72,7 +72,8 @@ MapFinding FindingOf(MapNote note, const MapNotes::Entry& entry, std::string tex
     return {kind->weight, std::string(kind->word), entry.place, entry.count, std::move(text), ""};
 }
 
-// What a note says that is all there is to its subject.
+// The text of a note that is a finding by itself. Those of other kinds are put together, several in
+// one finding.
 std::string TextOf(MapNote note, const std::string& subject, const MapNotes::Entry& entry) {
     const std::uint64_t count = entry.count;
     const std::string first = First(entry.place);

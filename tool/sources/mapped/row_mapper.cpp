@@ -136,7 +136,7 @@ bool RowMapper::TakeRow(Row& row) {
         m_parts.notes.Add(MapNote::RepeatedMember, row.repeatedName, row.repeated);
     }
     if (!row.error.empty()) {
-        // Once, though several steps would have read it.
+        // A broken row is rejected once, not by each of the steps that read it.
         MadeRecord record;
         record.place = m_place;
         record.rows = m_rows;

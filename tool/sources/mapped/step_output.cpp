@@ -59,7 +59,7 @@ void StepOutput::Take(MadeRecord record) {
         record.first = m_next;
         Add(record);
     } else if (record.key.empty()) {
-        // It belongs to a record that is known only if it is there, and none is named.
+        // The key is `known_only`, and the row names no record that this could belong to.
         m_notes.Add(MapNote::LeftOut, m_plan.FindField(m_plan.step->key)->plan.subject);
     } else if (Gathers()) {
         Gather(std::move(record));

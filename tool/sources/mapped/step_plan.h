@@ -23,8 +23,10 @@ struct KnownField {
 struct StepField {
     FieldPlan plan;
     recorddb::schema::FieldKind kind = recorddb::schema::FieldKind::Text;
-    std::optional<std::size_t> knownOnly;  // the known field that its values must be in
-    std::optional<std::size_t> isKnown;    // the known field that its values are in from here on
+    // Positions in MapPlan::known: of the field among whose values its own must be, and of the one
+    // to whose values its own are added.
+    std::optional<std::size_t> knownOnly;
+    std::optional<std::size_t> isKnown;
 };
 
 // A step of a map, put together with the record type that it makes records of.

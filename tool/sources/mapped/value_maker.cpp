@@ -174,7 +174,7 @@ std::string ValueMaker::TooLarge(std::string_view what) const {
     return fmt::format("{} would make more than {} bytes of it", what, m_largest);
 }
 
-// Whether what TakeTexts finds is what the map makes of it, as for most fields.
+// Whether the map changes nothing about the texts that TakeTexts finds, as for most fields.
 bool ValueMaker::LeavesAsItIs(const FieldPlan& plan) const {
     const MapValue& field = plan.field->value;
     return !field.from.empty() && !field.split && !field.trim && field.replace.empty() &&

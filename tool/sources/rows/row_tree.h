@@ -10,7 +10,7 @@
 namespace tool {
 
 // The values of one row: those of a JSON value, or the cells of a CSV row as the members of an
-// object, named by their columns. Used for row after row, so that its memory is.
+// object, named by their columns. One tree serves row after row, so that its memory is used again.
 class RowTree {
   public:
     using Index = std::uint32_t;

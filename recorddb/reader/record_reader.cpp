@@ -31,6 +31,46 @@ std::vector<std::int64_t> TargetsOf(const schema::Field& field, const FieldValue
     return isTarget ? std::vector<std::int64_t>{*number} : std::vector<std::int64_t>();
 }
 
+std::vector<std::int64_t> FindStored(WriteBatch& batch, const schema::RecordType& type,
+                                     const schema::Field& field, const FieldValue& wanted,
+                                     std::size_t limit) {
+    const auto place = batch.Keys().Find(type, {field.index}, {&wanted});
+    if (place && (place->dbid == 0 || place->isCertain)) {
+        return place->dbid == 0 ? std::vector<std::int64_t>() : std::vector{place->dbid};
+    }
+    sql::Statement& find = batch.GetConnection().Prepare(
+        fmt::format("SELECT {0} FROM {1} WHERE {2} = $1{3} ORDER BY {0} LIMIT $2",
+                    schema::kDbIdName, sql::Quoted(type.name), sql::Quoted(field.name),
+                    place ? fmt::format(" AND {} = $3", schema::kDbIdName) : ""));
+    const sql::ResetGuard guard(find);
+    BindValue(find, 1, wanted);
+    find.Bind(2, limit);
+    if (place) {
+        find.Bind(3, place->dbid);
+    }
+    std::vector<std::int64_t> dbids;
+    while (find.Step()) {
+        dbids.push_back(find.Int(0));
+    }
+    return dbids;
+}
+
+// What is gathered has no changes of fields that are unique, besides new records.
+std::vector<std::int64_t> FindWanted(WriteBatch& batch, const schema::RecordType& type,
+                                     const schema::Field& field, const FieldValue& wanted,
+                                     std::size_t limit) {
+    const FieldSet fields = {field.index};
+    const std::vector<FieldSet> unique = UniqueSetsOf(type);
+    if (std::find(unique.begin(), unique.end(), fields) == unique.end()) {
+        batch.Apply(WriteBatch::For::Reading);
+    } else if (const std::int64_t pending = batch.FindKey(type, fields, {&wanted})) {
+        return {pending};
+    }
+    std::vector<std::int64_t> stored = FindStored(batch, type, field, wanted, limit);
+    batch.NoteSearch(type, fields, {&wanted}, !stored.empty());
+    return stored;
+}
+
 }  // namespace
 
 struct RecordReader::Tables {
@@ -50,12 +90,6 @@ struct RecordReader::Tables {
         batch.Apply(WriteBatch::For::Reading);
         return connection;
     }
-
-    std::vector<std::int64_t> FindByValue(const schema::RecordType& type,
-                                          const schema::Field& field, const FieldValue& wanted,
-                                          std::size_t limit);
-    std::vector<std::int64_t> FindStored(const schema::RecordType& type, const schema::Field& field,
-                                         const FieldValue& wanted, std::size_t limit);
 
     WriteBatch& batch;
     sql::Connection& connection;
@@ -130,49 +164,7 @@ std::vector<std::int64_t> RecordReader::FindByValue(const schema::RecordType& ty
     } else if (const auto number = IntegerOf(value)) {
         wanted = *number;
     }
-    return m_tables->FindByValue(type, field, wanted, limit);
-}
-
-// What is gathered has no changes of fields that are unique, besides new records.
-std::vector<std::int64_t> RecordReader::Tables::FindByValue(const schema::RecordType& type,
-                                                            const schema::Field& field,
-                                                            const FieldValue& wanted,
-                                                            std::size_t limit) {
-    const FieldSet fields = {field.index};
-    const std::vector<FieldSet> unique = UniqueSetsOf(type);
-    if (std::find(unique.begin(), unique.end(), fields) == unique.end()) {
-        batch.Apply(WriteBatch::For::Reading);
-    } else if (const std::int64_t pending = batch.FindKey(type, fields, {&wanted})) {
-        return {pending};
-    }
-    std::vector<std::int64_t> stored = FindStored(type, field, wanted, limit);
-    batch.NoteSearch(type, fields, {&wanted}, !stored.empty());
-    return stored;
-}
-
-std::vector<std::int64_t> RecordReader::Tables::FindStored(const schema::RecordType& type,
-                                                           const schema::Field& field,
-                                                           const FieldValue& wanted,
-                                                           std::size_t limit) {
-    const auto place = batch.Keys().Find(type, {field.index}, {&wanted});
-    if (place && (place->dbid == 0 || place->isCertain)) {
-        return place->dbid == 0 ? std::vector<std::int64_t>() : std::vector{place->dbid};
-    }
-    sql::Statement& find = connection.Prepare(
-        fmt::format("SELECT {0} FROM {1} WHERE {2} = $1{3} ORDER BY {0} LIMIT $2",
-                    schema::kDbIdName, sql::Quoted(type.name), sql::Quoted(field.name),
-                    place ? fmt::format(" AND {} = $3", schema::kDbIdName) : ""));
-    const sql::ResetGuard guard(find);
-    BindValue(find, 1, wanted);
-    find.Bind(2, limit);
-    if (place) {
-        find.Bind(3, place->dbid);
-    }
-    std::vector<std::int64_t> dbids;
-    while (find.Step()) {
-        dbids.push_back(find.Int(0));
-    }
-    return dbids;
+    return FindWanted(m_tables->batch, type, field, wanted, limit);
 }
 
 KeyMatch RecordReader::FindKey(const schema::RecordType& type, std::string_view key,

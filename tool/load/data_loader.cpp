@@ -148,6 +148,19 @@ bool DataLoader::PassOver(std::uint64_t records) {
     return !m_parts.losses.ExaminesRecords() || ExamineRecords();
 }
 
+// A look-up in the database first writes what was gathered, which may be refused. False when the
+// load is to end.
+bool DataLoader::Examine(const SourceRecord& record) {
+    if (m_parts.loader.Do([&] { m_parts.losses.Examine(record); })) {
+        return true;
+    }
+    if (m_parts.loader.MustStop()) {
+        return false;
+    }
+    m_parts.losses.Examine(record);
+    return true;
+}
+
 bool DataLoader::LoadRecords() {
     TellCrew();
     WalkStep step = WalkStep::Data;
@@ -155,13 +168,18 @@ bool DataLoader::LoadRecords() {
         if (TakeDoneAhead()) {
             continue;
         }
+        if (m_parts.loader.MustStop()) {
+            break;
+        }
         const SourceRecord& record = m_records.Record();
         m_number = record.ordinal + 1;
         if (m_parts.loader.IsGathered()) {
             HoldNews(record.ordinal);
         }
         m_parts.sinks.AddRead();
-        m_parts.losses.Examine(record);
+        if (!Examine(record)) {
+            break;
+        }
         if (m_parts.journal.Journal().TaskOf(record.ordinal) == RecordTask::Pass) {
             m_parts.sinks.PassOver(1);
         } else {

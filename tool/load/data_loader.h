@@ -62,6 +62,7 @@ class DataLoader {
     bool LoadRecords();
     bool LoadWhole();
     void RejectWhole(const WholePacket& whole, const std::string& error);
+    bool Examine(const SourceRecord& record);
     bool ExamineRecords();
     void LookAhead();
     RecordsAhead::Limits LimitsOfReading() const;

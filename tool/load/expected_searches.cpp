@@ -128,6 +128,18 @@ void ExpectedSearches::ExpectTarget(const ImporterField& given, std::string_view
     }
 }
 
+namespace {
+
+// In a key of several fields, a mapping counts for a part that is a dbid only.
+bool IsSearchedByMapping(const recorddb::schema::RecordType& target) {
+    return target.HasStates() || target.key.size() == 1 ||
+           std::any_of(target.key.begin(), target.key.end(), [&](std::size_t part) {
+               return target.fields[part].kind == recorddb::schema::FieldKind::DbId;
+           });
+}
+
+}  // namespace
+
 std::vector<std::pair<const recorddb::schema::RecordType*, const recorddb::schema::Field*>>
 FieldsSearchedBy(const ImportConfiguration& configuration, const recorddb::schema::Schema& schema) {
     std::vector<std::pair<const recorddb::schema::RecordType*, const recorddb::schema::Field*>>
@@ -147,7 +159,8 @@ FieldsSearchedBy(const ImportConfiguration& configuration, const recorddb::schem
     if (configuration.Data() == ImportedData::Records) {
         for (const auto& [name, mapped] : configuration.Mapping()) {
             const auto* const reference = type->FindField(name);
-            if (reference != nullptr && reference->target != 0 && !mapped.empty()) {
+            if (reference != nullptr && reference->target != 0 && !mapped.empty() &&
+                IsSearchedByMapping(schema.Type(reference->target))) {
                 add(schema.Type(reference->target), mapped);
             }
         }

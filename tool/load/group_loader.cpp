@@ -277,12 +277,25 @@ bool GroupLoader::DoUntilKept(Step step, bool atEnd) {
                 step();
                 return true;
             }
-            DoAgain(*redo, atEnd);
-            return false;
+            if (*redo == Redo::IfUndone && m_parts.journal.TakeUpAgain()) {
+                FinishGroup();
+                return false;
+            }
+            if (m_adopted == 0) {
+                DoAgain(*redo, atEnd);
+                return false;
+            }
         } catch (const recorddb::sql::Error& error) {
             redo = UndoAfter(error, failures);
+            continue;
         }
+        LoadInTurn(*redo, atEnd);
+        return false;
     }
+}
+
+bool GroupLoader::Do(const std::function<void()>& step) {
+    return DoUntilKept(step, false);
 }
 
 // Undoes the group after a failure, and says how it is to be done again; throws the failure where
@@ -309,11 +322,7 @@ GroupLoader::Redo GroupLoader::UndoAfter(const recorddb::sql::Error& error, int 
     return mayPass ? Redo::AsGroup : Redo::OneByOne;
 }
 
-void GroupLoader::DoAgain(Redo redo, bool atEnd) {
-    if (redo == Redo::IfUndone && m_parts.journal.TakeUpAgain()) {
-        FinishGroup();
-        return;
-    }
+void GroupLoader::BeginAgain(Redo redo) {
     if (redo != Redo::OneByOne) {
         m_parts.sinks.AddRetry();
     }
@@ -322,6 +331,28 @@ void GroupLoader::DoAgain(Redo redo, bool atEnd) {
     } else {
         m_parts.rejecter.Undo();
     }
+    m_waitingRecords.DropWritten();
+    m_time = m_timeAtGroup;
+}
+
+// What was done ahead goes in turn after all, in the groups that one worker would have made of it:
+// together, what one of them writes could hide what is refused of another.
+void GroupLoader::LoadInTurn(Redo redo, bool atEnd) {
+    BeginAgain(redo);
+    KeptRecords records;
+    std::swap(records, m_kept);
+    FinishGroup();
+    std::size_t next = 0;
+    for (; next < records.Count() && !MustStop(); ++next) {
+        const SourceRecord& record = records.At(next);
+        m_parts.sinks.Hold({.read = m_parts.journal.PlaceOf(record.ordinal)});
+        Load(record, [] {});
+    }
+    EndGroup(atEnd && next == records.Count());
+}
+
+void GroupLoader::DoAgain(Redo redo, bool atEnd) {
+    BeginAgain(redo);
     const bool isGathered = m_isGathered && redo != Redo::OneByOne;
     m_parts.group.SetWriting(isGathered ? recorddb::Writing::Gathered : recorddb::Writing::AtOnce);
     const bool isWhole = DoRecordsAgain();
@@ -334,8 +365,6 @@ void GroupLoader::DoAgain(Redo redo, bool atEnd) {
 // ready, and in the end not more than have been tried before, since the group may have ended there.
 // False when some of it is left for the load that continues this one.
 bool GroupLoader::DoRecordsAgain() {
-    m_waitingRecords.DropWritten();
-    m_time = m_timeAtGroup;
     const std::uint64_t tries = std::exchange(m_tries, 0);
     for (std::size_t i = 0; i < m_kept.Count(); ++i) {
         while (m_parts.room.FirstReady()) {

@@ -87,6 +87,15 @@ class GroupLoader {
 
     bool HasTooManyRejects() const;
 
+    // Whether no further record is to be dealt with: after a signal, or too many rejects. When a
+    // group is done again, a part of it is then left for the load that continues this one, and what
+    // comes after it would hide that.
+    bool MustStop() const;
+
+    // Does something that may write what was gathered. False when the group was undone by that; it
+    // has been done again and ended then.
+    bool Do(const std::function<void()>& step);
+
   private:
     enum class Try { Again, Last };
 
@@ -96,7 +105,6 @@ class GroupLoader {
     void Reject(const SourceRecord& record, Place place, const std::string& reason,
                 std::vector<WantedRecord> missing);
 
-    bool MustStop() const;
     bool LoadReady();
     void LoadWaiting(Try which);
     void CountInGroup(const SourceRecord& record);
@@ -112,6 +120,8 @@ class GroupLoader {
     template <typename Step>
     bool DoUntilKept(Step step, bool atEnd);
     Redo UndoAfter(const recorddb::sql::Error& error, int failures);
+    void BeginAgain(Redo redo);
+    void LoadInTurn(Redo redo, bool atEnd);
     void DoAgain(Redo redo, bool atEnd);
     bool DoRecordsAgain();
 

@@ -102,7 +102,8 @@ std::string KeyLosses::OfReference(const std::string& name, const std::string& v
         return describe(value, Quoted(Trimmed(value)));
     }
     const std::string whole(Trimmed(value));
-    if (IsBlankWord(whole) && m_exists(target, *compared, whole)) {
+    if (field->kind == FieldKind::Reference && IsBlankWord(whole) &&
+        m_exists(target, *compared, whole)) {
         return describe(whole, "no value");
     }
     if (field->kind != FieldKind::ReferenceList || value.find(',') == std::string::npos) {

@@ -24,8 +24,10 @@ void LossFinder::BeginData(const std::string& source) {
 }
 
 void LossFinder::Examine(const SourceRecord& record) {
-    ++m_examined;
-    m_examiner.Examine(record, m_source, m_take);
+    // Handed over together, since a look-up that fails is done again.
+    std::vector<Loss> losses;
+    m_examiner.Examine(record, m_source, [&](const Loss& loss) { losses.push_back(loss); });
+    TakeOver(losses);
 }
 
 void LossFinder::TakeOver(const std::vector<Loss>& losses) {

@@ -164,10 +164,7 @@ class RecordDrafter {
             const bool isObject = address.objects > 0;
             const bool isList = address.lists > 0;
             if (!CanBeNamed(source, address)) {
-                m_draft.sources[scope.source].notes.push_back(
-                    {fmt::format("{} cannot be named in a map, since a name in it is empty",
-                                 AddressText(source, address)),
-                     true});
+                NoteUnnamed(scope, i);
                 i = EndBelow(source, i);
             } else if (static_cast<int>(isPlain) + static_cast<int>(isObject) +
                            static_cast<int>(isList) >
@@ -203,6 +200,14 @@ class RecordDrafter {
         m_draft.sources[scope.source].ignored.push_back(
             {AddressYaml(source, source.addresses[place], 0),
              {why + "; it is left out until a step reads it", true}});
+    }
+
+    void NoteUnnamed(const Scope& scope, std::size_t place) {
+        const SourceSurvey& source = SourceAt(scope.source);
+        m_draft.sources[scope.source].notes.push_back(
+            {fmt::format("{} cannot be named in a map, since a name in it is empty",
+                         AddressText(source, source.addresses[place])),
+             true});
     }
 
     // An address from the row on, or from the item that is `depth` steps below it.
@@ -276,7 +281,9 @@ class RecordDrafter {
         }
         if (history && (!key || rest.empty())) {
             for (const std::size_t unread : rest) {
-                Ignore(parent, unread, "entries of history hold no such values");
+                CanBeNamed(source, source.addresses[unread])
+                    ? Ignore(parent, unread, "entries of history hold no such values")
+                    : NoteUnnamed(parent, unread);
             }
             return;
         }

@@ -395,6 +395,11 @@ TEST_P(CheckTest, TellsOfAnUpdateThatWouldClearAReferenceToARecordCalledBlank) {
                                   "user whose login is \"BLANK\", which no reference can name"));
 }
 
+TEST_P(CheckTest, TakesBlankInAListForAnItem) {
+    Execute("INSERT INTO keyword (dbid, name) VALUES (1, 'BLANK')");
+    EXPECT_EQ(Check(Bugs({{{"title", "A"}, {"keywords", "BLANK"}}})), 0) << Said();
+}
+
 TEST_P(CheckTest, TellsOfReferencesThatAMappingTakesForOthers) {
     Execute("INSERT INTO \"user\" (dbid, login, email) VALUES (1, 'ann', 'a')");
     Execute("INSERT INTO \"user\" (dbid, login, email) VALUES (2, 'bob', ' a')");

@@ -105,6 +105,10 @@ TEST_F(ExpectedSearchesTest, FieldsAreThoseOfTheConfiguration) {
     EXPECT_EQ(FieldsOf(Configured("history", "bug", "title")), Texts{"bug.title"});
     EXPECT_EQ(FieldsOf(bugs + "<duplicate_id name=\"same\"/>"), Texts{"bug.title"});
     EXPECT_EQ(FieldsOf(bugs + kMapping), Texts{"user.email"});
+    // Keys of several fields are not searched through a mapping.
+    EXPECT_EQ(FieldsOf(bugs + "<record_reference_mapping_list><m target_field=\"place\" "
+                              "reference_field=\"town\"/></record_reference_mapping_list>"),
+              Texts{});
 }
 
 TEST_F(ExpectedSearchesTest, NewRecordIsComparedByWhatMustBeUnique) {

@@ -102,6 +102,24 @@ TEST_F(WorkersTest, LoadGoesOnWhereItStopped) {
     EXPECT_EQ(Query("SELECT count(*) || ' ' || max(dbid) FROM bug"), "949 949");
 }
 
+// What one group merges, the group after it does not undo.
+TEST_F(WorkersTest, RefusedGroupTakesNoneOfThoseBeforeItAlong) {
+    Execute("CREATE UNIQUE INDEX by_hand ON bug (title)");
+    Load({Bugs(kUpdate), Records("first.xml", {{{"source_id", "0"}, {"title", "taken"}}})});
+    m_options.groupRecords = 2;
+    EXPECT_EQ(Load({Bugs(kUpdate), Records("data.xml", {{{"source_id", "1"}, {"title", "taken"}},
+                                                        {{"source_id", "1"}, {"title", "free"}},
+                                                        {{"source_id", "2"}, {"title", "two"}},
+                                                        {{"source_id", "3"}, {"title", "three"}},
+                                                        {{"source_id", "4"}, {"title", "taken"}},
+                                                        {{"source_id", "5"}, {"title", "five"}}})}),
+              1);
+    EXPECT_EQ(Query("SELECT source_id || title FROM bug ORDER BY dbid"),
+              "0taken\n1free\n2two\n3three\n5five");
+    EXPECT_THAT(Said(), HasSubstr("record 5 (4)"));
+    EXPECT_THAT(Said(), HasSubstr("1 rejected"));
+}
+
 // By the time the last groups are given to the workers, the first record waits.
 class WorkersAndWaitingTest : public WorkersTest {
   protected:

@@ -5,6 +5,8 @@
 #include <libpq-fe.h>
 
 #include <cstdlib>
+#include <optional>
+#include <string>
 
 #include "engines.h"
 #include "recorddb/errors.h"
@@ -19,14 +21,20 @@ namespace {
 class Variable {
   public:
     Variable(const std::string& name, const std::string& value) : m_name(name) {
+        if (const char* const before = std::getenv(name.c_str())) {
+            m_before = before;
+        }
         setenv(name.c_str(), value.c_str(), 1);
     }
     Variable(const Variable&) = delete;
     Variable& operator=(const Variable&) = delete;
-    ~Variable() { unsetenv(m_name.c_str()); }
+    ~Variable() {
+        m_before ? setenv(m_name.c_str(), m_before->c_str(), 1) : unsetenv(m_name.c_str());
+    }
 
   private:
     std::string m_name;
+    std::optional<std::string> m_before;
 };
 
 // Services are those of the file "services" in the temporary folder.

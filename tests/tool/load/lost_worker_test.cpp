@@ -216,10 +216,10 @@ class ContestedLoad : public ComparedLoad {
     std::atomic<bool> m_isReady = false;
 };
 
-TEST_F(LostWorker, DeadlockWithAnotherProgramIsGotOver) {
+// The load comes to what it comes to alone, after one try more.
+void ExpectOneRetry(ContestedLoad& contested) {
     ContestedLoad alone;
     const std::string result = alone.Update();
-    ContestedLoad contested;
     contested.SetWorkers(4, 40, {});
     std::jthread other([&contested] { contested.Contest(); });
     while (!contested.IsReady()) {
@@ -227,6 +227,11 @@ TEST_F(LostWorker, DeadlockWithAnotherProgramIsGotOver) {
     }
     EXPECT_EQ(contested.Update(), result);
     EXPECT_THAT(contested.Report(), HasSubstr("\"retried\":1"));
+}
+
+TEST_F(LostWorker, DeadlockWithAnotherProgramIsGotOver) {
+    ContestedLoad contested;
+    ExpectOneRetry(contested);
 }
 
 // The server itself refuses the writing of records, whenever the count of such tries is one of
@@ -291,17 +296,9 @@ TEST_F(LostWorker, FailuresThatDoNotPassEndTheLoad) {
 // A load says for itself how its transactions are isolated, so a default of the server's changes
 // nothing: it waits for another program's lock and goes on with what that has written.
 TEST_F(LostWorker, DefaultIsolationOfTheServerChangesNothing) {
-    ContestedLoad alone;
-    const std::string result = alone.Update();
     ContestedLoad contested;
     contested.Isolate();
-    contested.SetWorkers(4, 40, {});
-    std::jthread other([&contested] { contested.Contest(); });
-    while (!contested.IsReady()) {
-        std::this_thread::yield();
-    }
-    EXPECT_EQ(contested.Update(), result);
-    EXPECT_THAT(contested.Report(), HasSubstr("\"retried\":1"));
+    ExpectOneRetry(contested);
 }
 
 }  // namespace

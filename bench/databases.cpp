@@ -35,7 +35,7 @@ Run DatabaseFiles::RunTool(const std::vector<std::string>& command) {
 }
 
 ServerDatabases::ServerDatabases(std::string tool, std::string url, std::filesystem::path folder,
-                                 pid_t server, std::size_t workers)
+                                 pid_t server, std::optional<std::size_t> workers)
     : m_tool(std::move(tool)),
       m_url(std::move(url)),
       m_folder(std::move(folder)),
@@ -52,8 +52,8 @@ std::string ServerDatabases::New(const std::string& use) {
 
 Run ServerDatabases::RunTool(const std::vector<std::string>& command) {
     std::vector<std::string> whole = Command(m_tool, command);
-    if (command.front() == "load") {
-        whole.insert(whole.end(), {"--workers", std::to_string(m_workers)});
+    if (command.front() == "load" && m_workers) {
+        whole.insert(whole.end(), {"--workers", std::to_string(*m_workers)});
     }
     if (m_server == 0) {
         return RunChild(whole);

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "run.h"
@@ -42,9 +43,9 @@ class DatabaseFiles : public Databases {
 // the server, which has nothing else to do; 0 when its time does not matter.
 class ServerDatabases : public Databases {
   public:
-    // Loads have so many workers.
+    // Loads have so many workers; without a number as many as the tool takes by itself.
     ServerDatabases(std::string tool, std::string url, std::filesystem::path folder, pid_t server,
-                    std::size_t workers = 1);
+                    std::optional<std::size_t> workers = 1);
     std::string New(const std::string& use) override;
     // Counts the time of the server's processes, too.
     Run RunTool(const std::vector<std::string>& command) override;
@@ -54,7 +55,7 @@ class ServerDatabases : public Databases {
     std::string m_url;
     std::filesystem::path m_folder;
     pid_t m_server;
-    std::size_t m_workers;
+    std::optional<std::size_t> m_workers;
 };
 
 }  // namespace bench

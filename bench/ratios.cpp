@@ -4,6 +4,7 @@
 
 #include <array>
 #include <functional>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -51,12 +52,10 @@ class RatioBench {
         RunMaps();
     }
 
-    void RunServerRound(Databases& databases) {
-        RunTrackerLoads(databases, m_data.Packets(),
-                        [this](Kind kind, const std::string&, const std::function<Run()>& load) {
-                            const Run floor = Floor();
-                            Of(m_serverLoads, kind).Add(floor, load());
-                        });
+    // As the tool loads by itself, and by one worker.
+    void RunServerRound(const std::string& server) {
+        RunServerLoads(server, std::nullopt, m_serverLoads);
+        RunServerLoads(server, 1, m_loadsOfOneWorker);
     }
 
     RoundTripsOfLoads CountRoundTrips(const std::string& server) const {
@@ -85,6 +84,7 @@ class RatioBench {
         for (std::size_t kind = 0; kind < kKindNames.size(); ++kind) {
             PrintPairs(std::string("server: ") + kKindNames.at(kind), m_serverLoads.at(kind),
                        "floors", kServerLimits.at(kind));
+            PrintPairs("  by one worker", m_loadsOfOneWorker.at(kind), "floors", "");
         }
     }
 
@@ -93,6 +93,17 @@ class RatioBench {
         const Run floor = WriteFloor(m_files.New("floor"), m_data.Records());
         m_floor.Add(floor, floor);
         return floor;
+    }
+
+    void RunServerLoads(const std::string& server, std::optional<std::size_t> workers,
+                        EachKind<Pairs>& loads) {
+        ServerDatabases databases(m_tool, server, m_data.Folder(),
+                                  ServerBehind(SocketFolderOf(server)), workers);
+        RunTrackerLoads(databases, m_data.Packets(),
+                        [&](Kind kind, const std::string&, const std::function<Run()>& load) {
+                            const Run floor = Floor();
+                            Of(loads, kind).Add(floor, load());
+                        });
     }
 
     // The same records by a short script.
@@ -168,6 +179,7 @@ class RatioBench {
     Pairs m_floor;
     EachKind<Pairs> m_loads;
     EachKind<Pairs> m_serverLoads;
+    EachKind<Pairs> m_loadsOfOneWorker;
     Pairs m_scriptCreate;
     Pairs m_scriptUpdate;
     Pairs m_check;
@@ -196,10 +208,8 @@ void PrintRatios(const std::string& tool, std::int64_t records, const std::strin
     if (server.empty()) {
         return;
     }
-    ServerDatabases databases(tool, server, bench.Data().Folder(),
-                              ServerBehind(SocketFolderOf(server)));
     for (int round = 0; round < kRounds; ++round) {
-        bench.RunServerRound(databases);
+        bench.RunServerRound(server);
     }
     bench.PrintServer();
     const RoundTripsOfLoads trips = bench.CountRoundTrips(server);

@@ -58,13 +58,6 @@ class DatabaseTest : public testing::Test {
     TemporaryFolder m_folder;
 };
 
-TEST_F(DatabaseTest, ReopenedDatabaseHasTheSchemaItWasMadeFrom) {
-    GivenDatabase();
-    const auto database = Database::Open(Path(), Database::Mode::ReadWrite);
-    EXPECT_EQ(database->GetSchema().Text(), kSampleSchema);
-    EXPECT_EQ(database->GetSchema().Types().size(), 3U);
-}
-
 TEST_F(DatabaseTest, CreationLeavesOneFile) {
     GivenDatabase();
     EXPECT_EQ(m_folder.FileCount(), 1U);
@@ -93,17 +86,6 @@ TEST_F(DatabaseTest, CreationKeepsFilesOfOthersWhateverTheirNames) {
         EXPECT_EQ(std::filesystem::file_size(m_folder.File(other + suffix)), 8U) << suffix;
     }
     EXPECT_EQ(m_folder.FileCount(), 4U);
-}
-
-TEST_F(DatabaseTest, FailedCreationLeavesNothingBehind) {
-    schema::RecordType twice;
-    twice.id = 1;
-    twice.name = "twice";
-    twice.fields.push_back({.name = "dbid", .kind = schema::FieldKind::DbId});
-    twice.key = {0};
-    const schema::Schema impossible({twice, twice}, "");
-    EXPECT_THROW(Database::Create(Path(), impossible), sql::Error);
-    EXPECT_EQ(m_folder.FileCount(), 0U);
 }
 
 TEST_F(DatabaseTest, MissingFileIsNotCreatedByOpening) {
@@ -136,42 +118,6 @@ TEST_F(DatabaseTest, EmptyFileIsNoRecordDatabase) {
     m_folder.Write("tracker.db", "");
     ExpectProblem(Database::Mode::ReadWrite, DatabaseError::Problem::NotARecordDatabase,
                   HasSubstr(Path()));
-}
-
-TEST_F(DatabaseTest, NewerFormatIsRefusedNamingExpectedAndFound) {
-    GivenDatabase();
-    GivenSql("UPDATE zt_schema SET format_version = 7, oldest_readable = 5, newest_readable = 7");
-    ExpectProblem(Database::Mode::ReadOnly, DatabaseError::Problem::FormatTooNew,
-                  AllOf(HasSubstr("newer version"), HasSubstr("its format is 7"),
-                        HasSubstr("knows formats up to 3")));
-}
-
-TEST_F(DatabaseTest, NewerFormatThatThisProgramCanUseIsOpened) {
-    GivenDatabase();
-    GivenSql("UPDATE zt_schema SET format_version = 4, oldest_readable = 3, newest_readable = 4");
-    EXPECT_NO_THROW(Database::Open(Path(), Database::Mode::ReadOnly));
-}
-
-TEST_F(DatabaseTest, OlderFormatIsRefusedNamingExpectedAndFound) {
-    GivenDatabase();
-    GivenSql("UPDATE zt_schema SET format_version = 0, oldest_readable = 0, newest_readable = 0");
-    ExpectProblem(Database::Mode::ReadOnly, DatabaseError::Problem::FormatTooOld,
-                  AllOf(HasSubstr("its format is 0"), HasSubstr("knows formats from 3")));
-}
-
-TEST_F(DatabaseTest, ViewInThePlaceOfATableIsRefused) {
-    for (const std::string table : {"bug", "bug__watchers", "zt_journal"}) {
-        std::filesystem::remove(Path());
-        GivenDatabase();
-        GivenSql("PRAGMA foreign_keys = OFF; DROP TABLE " + table + "; CREATE VIEW " + table +
-                 " AS WITH RECURSIVE n (dbid) AS (SELECT 1 UNION ALL SELECT dbid + 1 FROM n) "
-                 "SELECT dbid FROM n");
-        for (const Database::Mode mode : {Database::Mode::ReadOnly, Database::Mode::ReadWrite}) {
-            ExpectProblem(
-                mode, DatabaseError::Problem::TablesChanged,
-                AllOf(HasSubstr(Path()), HasSubstr("\"" + table + "\" is not there, or")));
-        }
-    }
 }
 
 TEST_F(DatabaseTest, DatabaseWithoutAnApplicationIdIsOpened) {
@@ -218,28 +164,6 @@ TEST_F(DatabaseTest, ServerThatIsNotThereIsToldWithoutThePassword) {
         }
         EXPECT_THROW(Database::Open(url, Database::Mode::ReadOnly), sql::Error);
     }
-}
-
-TEST_F(DatabaseTest, ReadOnlyDatabaseRefusesToWrite) {
-    GivenDatabase();
-    const auto database = Database::Open(Path(), Database::Mode::ReadOnly);
-    const auto transaction = database->Begin();
-    try {
-        database->GetConnection().Prepare("DELETE FROM zt_journal").Execute();
-        ADD_FAILURE() << "deleted";
-    } catch (const sql::Error& error) {
-        EXPECT_EQ(error.Kind(), sql::ErrorKind::ReadOnly);
-    }
-}
-
-TEST_F(DatabaseTest, UncommittedTransactionLeavesNothing) {
-    GivenDatabase();
-    const auto database = Database::Open(Path(), Database::Mode::ReadWrite);
-    {
-        const auto transaction = database->Begin();
-        database->GetJournal().BeginRun({"a", "b"}, "x");
-    }
-    EXPECT_FALSE(database->GetJournal().Find({"a", "b"}).has_value());
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 
-class HtmlLoadTest : public LoadFixture {
+class HtmlLoadTest : public OnEachEngine<LoadFixture> {
   protected:
     HtmlLoadTest() { m_options.html = m_folder.File("page.html"); }
 
@@ -32,7 +32,9 @@ class HtmlLoadTest : public LoadFixture {
     std::string Bugs() { return Configuration("bugs.xml", "record", "bug", "source_id"); }
 };
 
-TEST_F(HtmlLoadTest, WritesAPageAboutACleanLoad) {
+ON_EACH_ENGINE(HtmlLoadTest);
+
+TEST_P(HtmlLoadTest, WritesAPageAboutACleanLoad) {
     EXPECT_EQ(Load({Bugs(), Records("r.xml", {{{"source_id", "a"}, {"title", "A"}},
                                               {{"source_id", "b"}, {"title", "B"}}})}),
               0);
@@ -41,7 +43,7 @@ TEST_F(HtmlLoadTest, WritesAPageAboutACleanLoad) {
                               HasSubstr("bug <span class=\"kind\">records</span>")));
 }
 
-TEST_F(HtmlLoadTest, TellsWhereAndWhyRecordsWereRejected) {
+TEST_P(HtmlLoadTest, TellsWhereAndWhyRecordsWereRejected) {
     EXPECT_EQ(Load({Bugs(), Records("r.xml", {{{"source_id", "a"}, {"title", "A"}},
                                               {{"source_id", "b"}, {"votes", "many"}}})}),
               1);
@@ -52,7 +54,7 @@ TEST_F(HtmlLoadTest, TellsWhereAndWhyRecordsWereRejected) {
               HasSubstr(R"(data-label="Source id">b</td>)")));
 }
 
-TEST_F(HtmlLoadTest, TellsThatEverythingWasLoadedBefore) {
+TEST_P(HtmlLoadTest, TellsThatEverythingWasLoadedBefore) {
     const std::string bugs = Bugs();
     const std::string records = Records("r.xml", {{{"source_id", "a"}, {"title", "A"}}});
     Load({bugs, records});
@@ -60,20 +62,20 @@ TEST_F(HtmlLoadTest, TellsThatEverythingWasLoadedBefore) {
     EXPECT_THAT(Page(), HasSubstr("The one record has been loaded before"));
 }
 
-TEST_F(HtmlLoadTest, IsWrittenWhenALoadFails) {
+TEST_P(HtmlLoadTest, IsWrittenWhenALoadFails) {
     const std::string records = Records("r.xml", {{{"source_id", "a"}, {"title", "A"}}});
     EXPECT_ANY_THROW(Load({records}));
     EXPECT_THAT(Page(), AllOf(HasSubstr("Not finished"),
                               HasSubstr("no configuration packet comes before these records")));
 }
 
-TEST_F(HtmlLoadTest, IsWrittenWhenALoadStopsForTooManyRejects) {
+TEST_P(HtmlLoadTest, IsWrittenWhenALoadStopsForTooManyRejects) {
     m_options.maxRejects = 0;
     Load({Bugs(), Records("r.xml", {{{"source_id", "a"}}, {{"source_id", "b"}, {"title", "B"}}})});
     EXPECT_THAT(Page(), AllOf(HasSubstr("Not finished"), HasSubstr("Stopped, since more than 0")));
 }
 
-TEST_F(HtmlLoadTest, TellsWhatARehearsalFound) {
+TEST_P(HtmlLoadTest, TellsWhatARehearsalFound) {
     m_options.database = m_database;
     m_options.sources = {Bugs(),
                          Records("r.xml", {{{"source_id", "a"}, {"title", "A"}, {"title", "B"}},
@@ -87,7 +89,7 @@ TEST_F(HtmlLoadTest, TellsWhatARehearsalFound) {
     EXPECT_EQ(Query("SELECT count(*) FROM bug"), "0");
 }
 
-TEST_F(HtmlLoadTest, TellsWhatALoadLostSilently) {
+TEST_P(HtmlLoadTest, TellsWhatALoadLostSilently) {
     EXPECT_EQ(Load({Bugs(), Records("r.xml", {{{"source_id", "a"}, {"title", "A"}, {"title", "B"}},
                                               {{"source_id", "b"}, {"title", "B"}}})}),
               0);
@@ -96,20 +98,20 @@ TEST_F(HtmlLoadTest, TellsWhatALoadLostSilently) {
     EXPECT_THAT(Said(), Not(HasSubstr("named again")));
 }
 
-TEST_F(HtmlLoadTest, SaysBeforeTheLoadThatItCannotBeWritten) {
+TEST_P(HtmlLoadTest, SaysBeforeTheLoadThatItCannotBeWritten) {
     m_options.html = m_folder.File("missing/page.html");
     EXPECT_THROW(Load({Bugs(), Records("r.xml", {{{"source_id", "a"}, {"title", "A"}}})}),
                  std::system_error);
     EXPECT_EQ(Query("SELECT count(*) FROM bug"), "0");
 }
 
-TEST_F(HtmlLoadTest, DoesNotShareItsFileWithTheReport) {
+TEST_P(HtmlLoadTest, DoesNotShareItsFileWithTheReport) {
     m_options.report = m_folder.File("./page.html");
     EXPECT_THROW(Load({Bugs()}), UsageError);
     EXPECT_EQ(Page(), "");
 }
 
-TEST_F(HtmlLoadTest, ReplacesAnEarlierPageAndLeavesNothingElse) {
+TEST_P(HtmlLoadTest, ReplacesAnEarlierPageAndLeavesNothingElse) {
     m_folder.Write("page.html", "earlier");
     const std::string bugs = Bugs();
     const std::size_t files = m_folder.FileCount();

@@ -16,7 +16,7 @@ namespace {
 using testing::AllOf;
 using testing::HasSubstr;
 
-class VerifyHtmlTest : public VerifyFixture {
+class VerifyHtmlTest : public OnEachEngine<VerifyFixture> {
   protected:
     VerifyHtmlTest() { m_verifyOptions.html = m_folder.File("page.html"); }
 
@@ -27,7 +27,9 @@ class VerifyHtmlTest : public VerifyFixture {
     }
 };
 
-TEST_F(VerifyHtmlTest, SaysThatAllIsThereAndWhatTheLoadsDid) {
+ON_EACH_ENGINE(VerifyHtmlTest);
+
+TEST_P(VerifyHtmlTest, SaysThatAllIsThereAndWhatTheLoadsDid) {
     const auto sources = Tracker();
     EXPECT_EQ(LoadAndVerify(sources), 0);
     EXPECT_THAT(Page(),
@@ -36,7 +38,7 @@ TEST_F(VerifyHtmlTest, SaysThatAllIsThereAndWhatTheLoadsDid) {
                       HasSubstr("bug <span class=\"kind\">history</span>")));
 }
 
-TEST_F(VerifyHtmlTest, ShowsWhatDiffers) {
+TEST_P(VerifyHtmlTest, ShowsWhatDiffers) {
     const auto sources = Tracker();
     ASSERT_EQ(LoadAndVerify(sources), 0);
     Damage("UPDATE bug SET title = 'changed & more' WHERE source_id = 'C-1'");
@@ -46,22 +48,22 @@ TEST_F(VerifyHtmlTest, ShowsWhatDiffers) {
                       HasSubstr("bug, title: the values differ"), HasSubstr("changed &amp; more")));
 }
 
-TEST_F(VerifyHtmlTest, SaysThatSourcesWereNeverLoaded) {
+TEST_P(VerifyHtmlTest, SaysThatSourcesWereNeverLoaded) {
     EXPECT_NE(Verify(Basics()), 0);
     EXPECT_THAT(Page(), HasSubstr("2 of 2 sources of records were not loaded to the end"));
 }
 
-TEST_F(VerifyHtmlTest, SaysBeforeTheWorkThatItCannotBeWritten) {
+TEST_P(VerifyHtmlTest, SaysBeforeTheWorkThatItCannotBeWritten) {
     m_verifyOptions.html = m_folder.File("missing/page.html");
     EXPECT_THROW(Verify(Basics()), std::system_error);
 }
 
-TEST_F(VerifyHtmlTest, DoesNotShareItsFileWithTheReport) {
+TEST_P(VerifyHtmlTest, DoesNotShareItsFileWithTheReport) {
     m_verifyOptions.report = m_verifyOptions.html;
     EXPECT_THROW(Verify(Basics()), UsageError);
 }
 
-TEST_F(VerifyHtmlTest, LeavesNoPageWhenTheComparisonFails) {
+TEST_P(VerifyHtmlTest, LeavesNoPageWhenTheComparisonFails) {
     EXPECT_ANY_THROW(Verify({Records("r.xml", {{{"title", "without configuration"}}})}));
     EXPECT_EQ(Page(), "");
 }

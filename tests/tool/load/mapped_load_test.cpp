@@ -24,7 +24,7 @@ steps:
 - {records: bug, source: bugs, key: source_id, fields: {source_id: Nr, title: Title, owner: Who}}
 )";
 
-class MappedLoad : public LoadFixture {
+class MappedLoad : public OnEachEngine<LoadFixture> {
   protected:
     MappedLoad() { m_options.map = m_folder.Write("map.yaml", kMap); }
 
@@ -60,7 +60,9 @@ class MappedLoad : public LoadFixture {
     std::string m_verified;
 };
 
-TEST_F(MappedLoad, MakesRecordsOfRowsOnce) {
+ON_EACH_ENGINE(MappedLoad);
+
+TEST_P(MappedLoad, MakesRecordsOfRowsOnce) {
     const std::string source = m_folder.Write("bugs.csv", "Nr,Title,Who\n1,a&lt;b,ann\n2,c,ann\n");
     EXPECT_EQ(Load({source}), 0) << Said();
     EXPECT_EQ(Query("SELECT title FROM bug ORDER BY source_id"), "a&lt;b\nc");
@@ -72,7 +74,7 @@ TEST_F(MappedLoad, MakesRecordsOfRowsOnce) {
     EXPECT_THAT(m_verified, HasSubstr("Verified: everything in the sources is in the database."));
 }
 
-TEST_F(MappedLoad, SetsRejectedRowsAsideWithTheirPlaces) {
+TEST_P(MappedLoad, SetsRejectedRowsAsideWithTheirPlaces) {
     m_options.rejects = m_folder.File("rejects");
     const std::string source = m_folder.Write("bugs.csv", "Nr,Title,Who\n1,a,ann\n1,b,ann\n2\n");
     EXPECT_EQ(Load({source}), 1);
@@ -82,7 +84,7 @@ TEST_F(MappedLoad, SetsRejectedRowsAsideWithTheirPlaces) {
     EXPECT_TRUE(std::filesystem::exists(m_options.rejects / "0002-records.xml"));
 }
 
-TEST_F(MappedLoad, WritesTheRowsOfRejectedRecordsAsTheyStood) {
+TEST_P(MappedLoad, WritesTheRowsOfRejectedRecordsAsTheyStood) {
     m_options.rejectedRows = m_folder.File("rows.csv");
     const std::string source =
         m_folder.Write("bugs.csv", "Nr,Title,Who\n1,a,ann\n1,\"b \"\"x\"\",\ny\",ann\n2\n3,,\n");
@@ -92,7 +94,7 @@ TEST_F(MappedLoad, WritesTheRowsOfRejectedRecordsAsTheyStood) {
               "Nr,Title,Who\n2\n1,\"b \"\"x\"\",\ny\",ann\n3,,\n");
 }
 
-TEST_F(MappedLoad, WritesEachRejectedElementOnALineOfItsOwn) {
+TEST_P(MappedLoad, WritesEachRejectedElementOnALineOfItsOwn) {
     std::string map = kMap;
     m_options.map = m_folder.Write("map.yaml", map.replace(map.find("bugs.csv"), 8, "bugs.json"));
     m_options.rejectedRows = m_folder.File("rows.jsonl");
@@ -106,7 +108,7 @@ TEST_F(MappedLoad, WritesEachRejectedElementOnALineOfItsOwn) {
               "{ \"Nr\": 1, \"Title\": \"b\\nc  d\" }\n");
 }
 
-TEST_F(MappedLoad, WarnsOfColumnsThatNobodyReads) {
+TEST_P(MappedLoad, WarnsOfColumnsThatNobodyReads) {
     const std::string source = m_folder.Write("bugs.csv", "Nr,Title,Who,Cost\n1,a,ann,7\n");
     EXPECT_EQ(Load({source}), 0);
     EXPECT_THAT(Said(), HasSubstr("warning: "));
@@ -120,7 +122,7 @@ TEST_F(MappedLoad, WarnsOfColumnsThatNobodyReads) {
     EXPECT_EQ(RunCheck(m_options, out, err), 1);
 }
 
-TEST_F(MappedLoad, VerifiesButForWhatTheMapLeavesOut) {
+TEST_P(MappedLoad, VerifiesButForWhatTheMapLeavesOut) {
     std::string map = kMap;
     map.replace(map.find("files: bugs.csv"), 15, "files: bugs.csv, ignore: Cost");
     m_folder.Write("map.yaml", map);
@@ -130,7 +132,7 @@ TEST_F(MappedLoad, VerifiesButForWhatTheMapLeavesOut) {
     EXPECT_THAT(m_verified, HasSubstr("Verified but for 1 value left out by the map"));
 }
 
-TEST_F(MappedLoad, TellsWhatTheMapFoundInEveryReport) {
+TEST_P(MappedLoad, TellsWhatTheMapFoundInEveryReport) {
     m_options.report = m_folder.File("report.json");
     m_options.html = m_folder.File("page.html");
     const std::string source =
@@ -151,7 +153,7 @@ TEST_F(MappedLoad, TellsWhatTheMapFoundInEveryReport) {
     EXPECT_THAT(m_verified, HasSubstr("1 key came again"));
 }
 
-TEST_F(MappedLoad, FindsWhatChangedInTheDatabase) {
+TEST_P(MappedLoad, FindsWhatChangedInTheDatabase) {
     const std::string source = m_folder.Write("bugs.csv", "Nr,Title,Who\n1,a,ann\n");
     EXPECT_EQ(Load({source}), 0);
     Execute("UPDATE bug SET title = 'b'");
@@ -160,7 +162,7 @@ TEST_F(MappedLoad, FindsWhatChangedInTheDatabase) {
 }
 
 // That a map has changed shows in the records of a step, in its configuration, or in its name.
-TEST_F(MappedLoad, RefusesToGoOnWithAnotherMap) {
+TEST_P(MappedLoad, RefusesToGoOnWithAnotherMap) {
     m_options.maxRejects = 0;
     const std::string source =
         m_folder.Write("bugs.csv", "Nr,Title,Who\n1,a,ann\n1,b,ann\n2,c,d\n");

@@ -7,9 +7,7 @@
 #include "interrupting_sink.h"
 #include "load_fixture.h"
 #include "ordinary_user.h"
-#include "recorddb/database.h"
 #include "recorddb/errors.h"
-#include "recorddb/schema.h"
 #include "tool/commands/command_line.h"
 
 namespace tool {
@@ -32,8 +30,10 @@ constexpr const char* kPlaces = R"(record_types:
 )";
 
 // Options that bear on what single records may hold, as they are given on the command line.
-class RecordOptionsTest : public LoadFixture {
+class RecordOptions : public LoadFixture {
   protected:
+    using LoadFixture::LoadFixture;
+
     struct Answer {
         int code;
         std::string text;
@@ -66,12 +66,18 @@ class RecordOptionsTest : public LoadFixture {
         arguments.insert(arguments.end(), options.begin(), options.end());
         return Run(arguments);
     }
+};
 
-    // Visits to a place, in a database of places.
+class RecordOptionsTest : public OnEachEngine<RecordOptions> {};
+
+ON_EACH_ENGINE(RecordOptionsTest);
+
+// The same with visits to places.
+class VisitOptions : public RecordOptions {
+  protected:
+    explicit VisitOptions(Engine engine) : RecordOptions(engine, kPlaces) {}
+
     std::vector<std::string> Visits(const std::string& place) {
-        std::filesystem::remove(m_database);
-        recorddb::Database::Create(m_database,
-                                   recorddb::schema::ReadSchema(kPlaces, "places.yaml"));
         Load({Configuration("places-configuration.xml", "record", "place", "town"),
               Records("places.xml", {{{"town", "a b c"}, {"street", "d e"}}})});
         return {
@@ -81,7 +87,11 @@ class RecordOptionsTest : public LoadFixture {
     }
 };
 
-TEST_F(RecordOptionsTest, AttachmentsBeyondTheirLimitAreRejectedWithRecordFieldAndOption) {
+class VisitOptionsTest : public OnEachEngine<VisitOptions> {};
+
+ON_EACH_ENGINE(VisitOptionsTest);
+
+TEST_P(RecordOptionsTest, AttachmentsBeyondTheirLimitAreRejectedWithRecordFieldAndOption) {
     const auto sources = Attachment();
     for (const std::string command : {"check", "load"}) {
         const Answer answer = RunOn(command, sources, {"--max-attachment-size", "4"});
@@ -96,7 +106,7 @@ TEST_F(RecordOptionsTest, AttachmentsBeyondTheirLimitAreRejectedWithRecordFieldA
     EXPECT_EQ(RunOn("load", sources, {"--max-attachment-size", "5", "--retry-rejected"}).code, 0);
 }
 
-TEST_F(RecordOptionsTest, VerifyHasTheLimitOfAttachmentsToo) {
+TEST_P(RecordOptionsTest, VerifyHasTheLimitOfAttachmentsToo) {
     const auto sources = Attachment();
     EXPECT_EQ(RunOn("load", sources, {}).code, 0);
     EXPECT_EQ(RunOn("verify", sources, {}).code, 0);
@@ -105,7 +115,7 @@ TEST_F(RecordOptionsTest, VerifyHasTheLimitOfAttachmentsToo) {
     EXPECT_THAT(answer.text, HasSubstr("attachments may have 4 (--max-attachment-size)"));
 }
 
-TEST_F(RecordOptionsTest, ReferencesThatCanBeReadInTooManyWaysAreRejected) {
+TEST_P(VisitOptionsTest, ReferencesThatCanBeReadInTooManyWaysAreRejected) {
     const auto sources = Visits("a b c d e");
     const Answer answer = RunOn("load", sources, {"--max-reference-tries", "3"});
     EXPECT_EQ(answer.code, 1);
@@ -117,7 +127,7 @@ TEST_F(RecordOptionsTest, ReferencesThatCanBeReadInTooManyWaysAreRejected) {
                 HasSubstr("in more ways than are tried (--max-reference-tries)"));
 }
 
-TEST_F(RecordOptionsTest, ASearchThatAnInterruptEndsRejectsNothing) {
+TEST_P(VisitOptionsTest, ASearchThatAnInterruptEndsRejectsNothing) {
     const auto sources = Visits("a b c d e");
     {
         const InterruptingSink sink(u"SetupFieldValues begins", 2);
@@ -128,7 +138,7 @@ TEST_F(RecordOptionsTest, ASearchThatAnInterruptEndsRejectsNothing) {
     EXPECT_EQ(Query("SELECT number FROM visit ORDER BY number"), "1\n2\n3");
 }
 
-TEST_F(RecordOptionsTest, ADatabaseInAClosedFolderIsReadAsImmutableOnlyWhenTold) {
+TEST_F(RecordOptions, ADatabaseInAClosedFolderIsReadAsImmutableOnlyWhenTold) {
     const auto sources = Attachment();
     EXPECT_EQ(RunOn("load", sources, {}).code, 0);
     std::filesystem::permissions(m_folder.Path(), static_cast<std::filesystem::perms>(0555));

@@ -7,7 +7,9 @@
 #include <functional>
 #include <stdexcept>
 
+#include "engine_cases.h"
 #include "process_fixture.h"
+#include "recorddb/sql.h"
 
 namespace tool {
 namespace {
@@ -21,6 +23,8 @@ constexpr const char* kSchemaFile =
 
 class ErrorMessages : public ProcessFixture {
   protected:
+    using ProcessFixture::ProcessFixture;
+
     // A load of one file under a sound configuration.
     Answer LoadFile(const std::string& file) {
         return Run({"load", m_database,
@@ -32,7 +36,11 @@ class ErrorMessages : public ProcessFixture {
     }
 };
 
-TEST_F(ErrorMessages, AMissingSourceIsNamed) {
+class ErrorMessagesTest : public OnEachEngine<ErrorMessages> {};
+
+ON_EACH_ENGINE(ErrorMessagesTest);
+
+TEST_P(ErrorMessagesTest, AMissingSourceIsNamed) {
     const Answer answer = Run({"load", m_database, "nowhere.xml"});
     EXPECT_EQ(answer.code, 2);
     EXPECT_EQ(answer.text,
@@ -44,10 +52,10 @@ struct NoPacket {
     std::string content;
 };
 
-class FilesThatAreNoPackets : public ErrorMessages, public testing::WithParamInterface<NoPacket> {};
+using FilesThatAreNoPackets = CasesOnEachEngine<ErrorMessages, NoPacket>;
 
 TEST_P(FilesThatAreNoPackets, AreRefused) {
-    const std::string file = m_folder.Write("file.xml", GetParam().content);
+    const std::string file = m_folder.Write("file.xml", TheCase().content);
     const Answer answer = LoadFile(file);
     EXPECT_EQ(answer.code, 2);
     EXPECT_THAT(answer.text,
@@ -55,21 +63,22 @@ TEST_P(FilesThatAreNoPackets, AreRefused) {
                       HasSubstr("leave the file out")));
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, FilesThatAreNoPackets,
-                         testing::Values(NoPacket{"Empty", ""}, NoPacket{"Blank", " \n\t\n"},
-                                         NoPacket{"Text", "source_id,title\na,A\n"},
-                                         NoPacket{"Json", "{\"records\": [1, 2]}"},
-                                         NoPacket{"Archive", std::string("PK\x03\x04\0\0\x08", 7)}),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    Cases, FilesThatAreNoPackets,
+    OnEachEngineOf(testing::Values(NoPacket{"Empty", ""}, NoPacket{"Blank", " \n\t\n"},
+                                   NoPacket{"Text", "source_id,title\na,A\n"},
+                                   NoPacket{"Json", "{\"records\": [1, 2]}"},
+                                   NoPacket{"Archive", std::string("PK\x03\x04\0\0\x08", 7)})),
+    NamedWithEngine([](const NoPacket& file) { return file.name; }));
 
-TEST_F(ErrorMessages, AFragmentWithTextInFrontIsAPacketAllTheSame) {
+TEST_P(ErrorMessagesTest, AFragmentWithTextInFrontIsAPacketAllTheSame) {
     const Answer answer =
         LoadFile(m_folder.Write("file.xml", "one user: " + RecordXml({{"login", "ann"}})));
     EXPECT_EQ(answer.code, 0) << answer.text;
-    EXPECT_EQ(Query("SELECT login FROM user"), "ann");
+    EXPECT_EQ(Query("SELECT login FROM \"user\""), "ann");
 }
 
-TEST_F(ErrorMessages, AnotherEncodingIsNamedWithTheCommandThatConvertsIt) {
+TEST_P(ErrorMessagesTest, AnotherEncodingIsNamedWithTheCommandThatConvertsIt) {
     const std::string file = m_folder.Write(
         "file.xml", "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><records></records>");
     const Answer answer = LoadFile(file);
@@ -78,7 +87,7 @@ TEST_F(ErrorMessages, AnotherEncodingIsNamedWithTheCommandThatConvertsIt) {
                                    HasSubstr("iconv -f ISO-8859-1 -t UTF-8")));
 }
 
-TEST_F(ErrorMessages, BytesThatAreNoTextCostTheirRecordAndAreNamed) {
+TEST_P(ErrorMessagesTest, BytesThatAreNoTextCostTheirRecordAndAreNamed) {
     const std::string file =
         m_folder.Write("file.xml", "<records>\n" + RecordXml({{"login", "ann"}}) +
                                        RecordXml({{"login",
@@ -91,7 +100,7 @@ TEST_F(ErrorMessages, BytesThatAreNoTextCostTheirRecordAndAreNamed) {
                                    HasSubstr("(line 3)")));
 }
 
-TEST_F(ErrorMessages, AnUnknownRecordTypeIsAnsweredWithThoseThereAre) {
+TEST_P(ErrorMessagesTest, AnUnknownRecordTypeIsAnsweredWithThoseThereAre) {
     const std::string file = Configuration("configuration.xml", "record", "ticket", "source_id");
     const Answer answer = Run({"load", m_database, file});
     EXPECT_EQ(answer.code, 2);
@@ -138,11 +147,13 @@ TEST_F(ErrorMessages, AMissingSchemaFileIsNamed) {
                 HasSubstr("nowhere.yaml: the file cannot be read: No such file or directory"));
 }
 
-TEST_F(ErrorMessages, ADatabaseInTheWayIsNotReplaced) {
+TEST_P(ErrorMessagesTest, ADatabaseInTheWayIsNotReplaced) {
     const std::string before = Dump();
     const Answer answer = Run({"init", m_database, m_folder.Write("new.yaml", kSchemaFile)});
     EXPECT_EQ(answer.code, 2);
-    EXPECT_THAT(answer.text, HasSubstr(m_database + ": the file exists already"));
+    EXPECT_THAT(answer.text,
+                HasSubstr(IsFile() ? m_database + ": the file exists already"
+                                   : "there is a record database in this schema already"));
     EXPECT_EQ(Dump(), before);
 }
 
@@ -163,14 +174,14 @@ TEST_F(ErrorMessages, AFileThatIsNoDatabaseIsNamed) {
                                "\"ztimport init\" has made\n");
 }
 
-TEST_F(ErrorMessages, ADatabaseOfANewerVersionSaysWhichVersionIsNeeded) {
+TEST_P(ErrorMessagesTest, ADatabaseOfANewerVersionSaysWhichVersionIsNeeded) {
     Execute("UPDATE zt_schema SET format_version = 9, oldest_readable = 9, newest_readable = 9");
     const Answer answer =
         Run({"load", m_database, Configuration("c.xml", "record", "user", "login")});
     EXPECT_EQ(answer.code, 3);
-    EXPECT_THAT(answer.text,
-                AllOf(HasSubstr(m_database), HasSubstr("a newer version of this program"),
-                      HasSubstr("its format is 9"), HasSubstr("use that version")));
+    EXPECT_THAT(answer.text, AllOf(HasSubstr(recorddb::sql::ShownLocation(m_database)),
+                                   HasSubstr("a newer version of this program"),
+                                   HasSubstr("its format is 9"), HasSubstr("use that version")));
 }
 
 TEST_F(ErrorMessages, AMissingDirectoryForANewDatabaseIsNamed) {

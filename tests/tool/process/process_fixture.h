@@ -13,6 +13,8 @@ namespace tool {
 // The tool as a person meets it: exit code and what it says.
 class ProcessFixture : public LoadFixture {
   protected:
+    using LoadFixture::LoadFixture;
+
     struct Answer {
         int code;
         std::string text;

@@ -2,12 +2,14 @@
 #include <gmock/gmock.h>
 
 #include <csignal>
-#include <filesystem>
 #include <map>
 #include <string>
+#include <utility>
 
+#include "engine_cases.h"
 #include "faulty_tool.h"
 #include "load_fixture.h"
+#include "recorddb/database.h"
 #include "tool/sources/source_list.h"
 #include "tool/sources/xml/packet_reader.h"
 
@@ -24,6 +26,8 @@ constexpr int kRejects = 5;
 // Loads that set records aside in a folder and meet a fault.
 class RejectingLoad : public LoadFixture {
   protected:
+    using LoadFixture::LoadFixture;
+
     std::vector<std::string> Command(const std::string& records, const std::string& database = "") {
         return {"load",
                 database.empty() ? m_database : database,
@@ -59,7 +63,11 @@ class RejectingLoad : public LoadFixture {
     std::string RejectsInTheJournal() { return Query("SELECT count(*) FROM zt_journal_reject"); }
 };
 
-TEST_F(RejectingLoad, SaysRejectedOnlyWhenTheRecordsAreOnTheDisk) {
+class RejectingLoadTest : public OnEachEngine<RejectingLoad> {};
+
+ON_EACH_ENGINE(RejectingLoadTest);
+
+TEST_P(RejectingLoadTest, SaysRejectedOnlyWhenTheRecordsAreOnTheDisk) {
     const auto command = Command(Rejects("a"));
     // The first time, the file is made.
     FaultyTool load(command, "sync@0001-records.xml:2:EIO");
@@ -73,12 +81,14 @@ TEST_F(RejectingLoad, SaysRejectedOnlyWhenTheRecordsAreOnTheDisk) {
     EXPECT_THAT(SetAside(), testing::AllOf(SizeIs(kRejects), Each(Pair(testing::_, 1))));
 }
 
-class RejectingLoadThatIsKilled : public RejectingLoad,
-                                  public testing::WithParamInterface<std::string> {};
+// Where it is killed, with a name for that.
+using KillPoint = std::pair<const char*, const char*>;
+
+using RejectingLoadThatIsKilled = CasesOnEachEngine<RejectingLoad, KillPoint>;
 
 TEST_P(RejectingLoadThatIsKilled, HasSetEveryRecordAsideOnceWhenItHasGoneOn) {
     const auto command = Command(Rejects("a"));
-    FaultyTool load(command, GetParam());
+    FaultyTool load(command, TheCase().second);
     EXPECT_EQ(load.Wait(), 128 + SIGKILL) << load.Output();
     FaultyTool again(command);
     EXPECT_EQ(again.Wait(), 1) << again.Output();
@@ -86,19 +96,28 @@ TEST_P(RejectingLoadThatIsKilled, HasSetEveryRecordAsideOnceWhenItHasGoneOn) {
     EXPECT_EQ(RejectsInTheJournal(), std::to_string(kRejects));
 }
 
-// The making of the folder, of the configuration, of the records file; half an entry; the sync.
-INSTANTIATE_TEST_SUITE_P(Points, RejectingLoadThatIsKilled,
-                         testing::Values("folder@rejects:1:KILL", "write@rejects:1:TORN",
-                                         "rename@rejects:1:KILL", "write@rejects:2:TORN",
-                                         "rename@rejects:2:KILL", "write@rejects:3:TORN",
-                                         "write@rejects:4:KILL", "write@rejects:5:TORN",
-                                         "write@rejects:6:KILL", "sync@0001-records:2:KILL"));
+constexpr KillPoint kKillPoints[] = {{"Folder", "folder@rejects:1:KILL"},
+                                     {"Configuration", "write@rejects:1:TORN"},
+                                     {"NameOfTheConfiguration", "rename@rejects:1:KILL"},
+                                     {"RecordsFile", "write@rejects:2:TORN"},
+                                     {"NameOfTheRecordsFile", "rename@rejects:2:KILL"},
+                                     {"HalfAnEntry", "write@rejects:3:TORN"},
+                                     {"SecondEntry", "write@rejects:4:KILL"},
+                                     {"HalfTheThirdEntry", "write@rejects:5:TORN"},
+                                     {"FourthEntry", "write@rejects:6:KILL"},
+                                     {"Sync", "sync@0001-records:2:KILL"}};
 
-TEST_F(RejectingLoad, SharesItsFolderWithAnotherAtTheSameTime) {
-    const std::string other = m_folder.File("other.db");
-    std::filesystem::copy_file(m_database, other);
+INSTANTIATE_TEST_SUITE_P(Points, RejectingLoadThatIsKilled,
+                         OnEachEngineOf(testing::ValuesIn(kKillPoints)),
+                         NamedWithEngine([](const KillPoint& point) { return point.first; }));
+
+TEST_P(RejectingLoadTest, SharesItsFolderWithAnotherAtTheSameTime) {
+    const DatabasePlace other(GetParam(), m_folder.File("other.db"));
+    recorddb::Database::Create(
+        other.Location(),
+        recorddb::Database::Open(m_database, recorddb::Database::Mode::ReadOnly)->GetSchema());
     const auto first = Command(Rejects("a"));
-    const auto second = Command(Rejects("b"), other);
+    const auto second = Command(Rejects("b"), other.Location());
     // Held where it has chosen a number, and is about to give its file that name.
     FaultyTool held(first, "rename@rejects:1:STOP");
     ASSERT_TRUE(held.WaitUntilHeld());

@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 // A load from a pipe whose temporary files go to a folder of the test.
 class SpooledInput : public ProcessFixture {
   protected:
-    SpooledInput() {
+    explicit SpooledInput(Engine engine) : ProcessFixture(engine) {
         fs::create_directory(Temporary());
         EXPECT_EQ(pipe2(m_pipe, O_CLOEXEC), 0);
         m_load.emplace(
@@ -46,7 +46,11 @@ class SpooledInput : public ProcessFixture {
     std::optional<ChildProcess> m_load;
 };
 
-TEST_F(SpooledInput, IsGoneWhenTheProcessIsKilled) {
+class SpooledInputTest : public OnEachEngine<SpooledInput> {};
+
+ON_EACH_ENGINE(SpooledInputTest);
+
+TEST_P(SpooledInputTest, IsGoneWhenTheProcessIsKilled) {
     // More than the pipe holds: most of it has been copied when the last of it is sent.
     constexpr std::size_t size = std::size_t{1024} * 1024;
     Send("<records>" + std::string(size, ' '));
@@ -56,11 +60,11 @@ TEST_F(SpooledInput, IsGoneWhenTheProcessIsKilled) {
     EXPECT_TRUE(fs::is_empty(Temporary()));
 }
 
-TEST_F(SpooledInput, IsLoadedAndGone) {
+TEST_P(SpooledInputTest, IsLoadedAndGone) {
     Send("<records>" + RecordXml({{"login", "ann"}}) + "</records>");
     close(m_pipe[1]);
     EXPECT_EQ(m_load->Wait(), 0) << m_load->Output();
-    EXPECT_EQ(Query("SELECT login FROM user"), "ann");
+    EXPECT_EQ(Query("SELECT login FROM \"user\""), "ann");
     EXPECT_TRUE(fs::is_empty(Temporary()));
 }
 

@@ -26,6 +26,8 @@ bool IsClean(const std::string& text) {
 
 class TerminalText : public ProcessFixture {
   protected:
+    using ProcessFixture::ProcessFixture;
+
     // What the tool says, which is clean in any case.
     std::string Said(const std::vector<std::string>& arguments, int code) const {
         const Answer answer = Run(arguments);
@@ -37,7 +39,11 @@ class TerminalText : public ProcessFixture {
     std::string Bugs() { return Configuration("bugs.xml", "record", "bug", "source_id"); }
 };
 
-TEST_F(TerminalText, OfRejectedRecordsShowsControlCharacters) {
+class TerminalTextTest : public OnEachEngine<TerminalText> {};
+
+ON_EACH_ENGINE(TerminalTextTest);
+
+TEST_P(TerminalTextTest, OfRejectedRecordsShowsControlCharacters) {
     const std::string file = Records(
         "a" + kEscape + ".xml", {{{"source_id", kHostile}, {"title", "A"}, {"votes", kHostile}}});
     for (const auto& [command, would] : {std::pair{"check", "would be "}, {"load", ""}}) {
@@ -48,14 +54,14 @@ TEST_F(TerminalText, OfRejectedRecordsShowsControlCharacters) {
     }
 }
 
-TEST_F(TerminalText, OfMarkupThatIsNoRecordShowsControlCharacters) {
+TEST_P(TerminalTextTest, OfMarkupThatIsNoRecordShowsControlCharacters) {
     const std::string file = m_folder.Write(
         "f.xml", "<records><record id=\"" + kHostile + kEscape + "\"></record></records>");
     EXPECT_THAT(Said({"load", m_database, Bugs(), file}, 0), HasSubstr(kShown + "\\x1b[31m"));
     EXPECT_THAT(Said({"verify", m_database, Bugs(), file}, 1), HasSubstr(kShown + "\\x1b[31m"));
 }
 
-TEST_F(TerminalText, OfDifferencesShowsControlCharacters) {
+TEST_P(TerminalTextTest, OfDifferencesShowsControlCharacters) {
     const std::string file =
         Records("f.xml", {{{"source_id", kHostile}, {"title", "A" + kHostile}}});
     Said({"load", m_database, Bugs(), file}, 0);
@@ -64,7 +70,7 @@ TEST_F(TerminalText, OfDifferencesShowsControlCharacters) {
                 AllOf(HasSubstr("(" + kShown + ")"), HasSubstr("\"A" + kShown + "\"")));
 }
 
-TEST_F(TerminalText, OfShownRecordsShowsControlCharacters) {
+TEST_P(TerminalTextTest, OfShownRecordsShowsControlCharacters) {
     const std::string notes = "n" + kHostile + ".txt";
     m_folder.Write(notes, "x");
     Said(
@@ -83,7 +89,7 @@ TEST_F(TerminalText, OfShownRecordsShowsControlCharacters) {
                       HasSubstr("files: n" + kShown + ".txt, 1 bytes, " + kShown + "\n")));
 }
 
-TEST_F(TerminalText, OfErrorsShowsControlCharacters) {
+TEST_P(TerminalTextTest, OfErrorsShowsControlCharacters) {
     for (const std::vector<std::string>& arguments :
          {std::vector<std::string>{"load", m_database, kEscape + kHostile + ".xml"},
           {"show", kEscape + kHostile},

@@ -21,15 +21,17 @@ using testing::StartsWith;
 // The tool that verifies, as a process of its own.
 class VerifyProcess : public LoadFixture {
   protected:
+    using LoadFixture::LoadFixture;
+
     // Puts so many bugs into the database, and the same into a packet file after its
     // configuration.
     std::vector<std::string> Bugs(int count) {
         recorddb::sql::Open(m_database, recorddb::sql::OpenMode::ReadWrite)
             ->ExecuteScript(fmt::format(
-                "DELETE FROM bug; WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n "
-                "WHERE i < {}) INSERT INTO bug (dbid, id, state, source_id, title) SELECT i, "
-                "printf('BUG%08d', i), 'NEW', i, 'The title of ' || i FROM n",
-                count));
+                "DELETE FROM bug; INSERT INTO bug (dbid, id, state, source_id, title) "
+                "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < {}) "
+                "SELECT i, {}, 'NEW', CAST(i AS TEXT), 'The title of ' || i FROM n",
+                count, IsFile() ? "printf('BUG%08d', i)" : "'BUG' || lpad(i::text, 8, '0')"));
         const std::string file = m_folder.File(fmt::format("bugs{}.xml", count));
         std::ofstream out(file);
         out << "<records>\n";
@@ -48,7 +50,11 @@ class VerifyProcess : public LoadFixture {
     }
 };
 
-TEST_F(VerifyProcess, NamesTheTemporaryFolderWhenThatIsFull) {
+class VerifyProcessTest : public OnEachEngine<VerifyProcess> {};
+
+ON_EACH_ENGINE(VerifyProcessTest);
+
+TEST_P(VerifyProcessTest, NamesTheTemporaryFolderWhenThatIsFull) {
     auto sources = Bugs(1);
     const std::string longTitle(std::size_t{200} * 1024, 'x');
     sources.push_back(
@@ -69,7 +75,7 @@ TEST_F(VerifyProcess, NamesTheTemporaryFolderWhenThatIsFull) {
     EXPECT_THAT(verify.Output(), HasSubstr("name another one in TMPDIR"));
 }
 
-TEST_F(VerifyProcess, AnInterruptLeavesNothingBehind) {
+TEST_P(VerifyProcessTest, AnInterruptLeavesNothingBehind) {
     auto command = Command(Bugs(2'000));
     command.insert(command.end(), {"--report", m_folder.File("report.json")});
     // The second read of that file is in the middle of its records.

@@ -7,7 +7,6 @@
 #include <iterator>
 
 #include "recorddb/database.h"
-#include "recorddb/schema.h"
 #include "tool/commands/load_command.h"
 #include "tool/packet/xml_text.h"
 
@@ -100,10 +99,7 @@ std::string RecordXml(const Fields& fields) {
 LoadFixture::LoadFixture(Engine engine) : LoadFixture(engine, kSchema) {}
 
 LoadFixture::LoadFixture(Engine engine, const char* schema)
-    : m_place(engine, m_folder.File("tracker.db")), m_database(m_place.Location()) {
-    recorddb::Database::Create(m_database, recorddb::schema::ReadSchema(schema, "schema.yaml"),
-                               LayoutOn(engine));
-}
+    : m_place(engine, m_folder.File("tracker.db"), schema), m_database(m_place.Location()) {}
 
 std::string LoadFixture::Configuration(const std::string& file, std::string_view data,
                                        std::string_view type, std::string_view key,

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "engines.h"
+#include "made_database.h"
 #include "temporary_folder.h"
 #include "tool/load/load_options.h"
 
@@ -52,7 +52,7 @@ class LoadFixture : public testing::Test {
     bool IsFile() const { return m_place.IsFile(); }
 
     const TemporaryFolder m_folder;
-    const DatabasePlace m_place;
+    const MadeDatabase m_place;
     std::string m_database;
     LoadOptions m_options;
 

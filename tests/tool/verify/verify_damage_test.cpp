@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "engine_cases.h"
 #include "verify/verify_fixture.h"
 
 namespace tool {
@@ -16,14 +17,14 @@ void PrintTo(const DamageCase& damage, std::ostream* out) {
     *out << damage.name;
 }
 
-class VerifyDamageTest : public VerifyFixture, public testing::WithParamInterface<DamageCase> {};
+using VerifyDamageTest = CasesOnEachEngine<VerifyFixture, DamageCase>;
 
 TEST_P(VerifyDamageTest, ShowsAsExactlyThatDifference) {
     const auto sources = Tracker();
     ASSERT_EQ(LoadAndVerify(sources), 0) << Shown();
-    Damage(GetParam().sql);
+    Damage(TheCase().sql);
     EXPECT_EQ(Verify(sources), 1);
-    const std::string expected = GetParam().difference;
+    const std::string expected = TheCase().difference;
     EXPECT_EQ(Differences(),
               (expected.starts_with("BUG") || expected.starts_with("|") ? "" : "BUG00000001|") +
                   expected);
@@ -47,8 +48,6 @@ constexpr DamageCase kValues[] = {
      "BUG00000002|owner||ann|"},
     {"ReferenceToNothingThatNoSourceHas", "UPDATE bug SET owner = 99 WHERE dbid = 2",
      "BUG00000002|owner||(dbid 99)|"},
-    {"TextInAReferenceThatNoSourceHas", "UPDATE bug SET owner = 'ann' WHERE dbid = 2",
-     "BUG00000002|owner||(dbid 0)|"},
     {"ListMemberGone", "DELETE FROM bug__keywords WHERE record = 1 AND target = 3",
      "keywords|red,blue|red|"},
     {"ListMemberOther", "UPDATE bug__keywords SET target = 2 WHERE record = 1 AND target = 3",
@@ -110,10 +109,11 @@ constexpr DamageCase kHistory[] = {
 
 constexpr DamageCase kAttachments[] = {
     {"Content",
-     "UPDATE zt_content SET data = x'68656c6c70' WHERE sha256 = "
+     "UPDATE zt_content SET data = (SELECT data FROM zt_content WHERE sha256 <> "
+     "'2cf24dba5fb0a30e26e83b2ac5b9e29e1b161e5c1fa7425e73043362938b9824') WHERE sha256 = "
      "'2cf24dba5fb0a30e26e83b2ac5b9e29e1b161e5c1fa7425e73043362938b9824'",
      "files, a.txt, content|2cf24dba5fb0a30e26e83b2ac5b9e29e1b161e5c1fa7425e73043362938b9824|"
-     "fdd7585e08c4e2afd71dcabdb4636c89d557a3f42db9e2040c8bbd1708aa4ce7|"},
+     "d9298a10d1b0735837dc4bd85dac641b0f3cef27a47e5d53a54f2f3f5b2fcffa|"},
     {"Size", "UPDATE zt_attachment SET filesize = 6 WHERE filename = 'a.txt'",
      "files, a.txt, size|5|6|"},
     {"Name", "UPDATE zt_attachment SET filename = 'A.txt' WHERE filename = 'a.txt'",
@@ -122,21 +122,32 @@ constexpr DamageCase kAttachments[] = {
      "files, a.txt, description|the first||"},
     {"Missing", "DELETE FROM zt_attachment WHERE filename = 'a.txt'", "files|sub/a.txt||"},
     {"More",
-     "INSERT INTO zt_attachment (record_type, record, field, filename, filesize, description, "
-     "sha256) SELECT record_type, record, field, 'c.txt', filesize, description, sha256 "
+     "INSERT INTO zt_attachment (dbid, record_type, record, field, filename, filesize, "
+     "description, sha256) SELECT 9, record_type, record, field, 'c.txt', filesize, description, "
+     "sha256 "
      "FROM zt_attachment WHERE filename = 'a.txt'",
      "files||c.txt|"},
     {"Order", "UPDATE zt_attachment SET dbid = 9 WHERE filename = 'a.txt'",
      "files|a.txt,b.txt|b.txt,a.txt|in another order"},
 };
 
-std::string NameOf(const testing::TestParamInfo<DamageCase>& info) {
-    return info.param.name;
-}
+// What only the columns of a file can hold.
+constexpr DamageCase kForeign[] = {{"TextInAReferenceThatNoSourceHas",
+                                    "UPDATE bug SET owner = 'ann' WHERE dbid = 2",
+                                    "BUG00000002|owner||(dbid 0)|"}};
 
-INSTANTIATE_TEST_SUITE_P(OfValues, VerifyDamageTest, testing::ValuesIn(kValues), NameOf);
-INSTANTIATE_TEST_SUITE_P(OfHistory, VerifyDamageTest, testing::ValuesIn(kHistory), NameOf);
-INSTANTIATE_TEST_SUITE_P(OfAttachments, VerifyDamageTest, testing::ValuesIn(kAttachments), NameOf);
+const auto kNames = NamedWithEngine([](const DamageCase& damage) { return damage.name; });
+
+INSTANTIATE_TEST_SUITE_P(OfValues, VerifyDamageTest, OnEachEngineOf(testing::ValuesIn(kValues)),
+                         kNames);
+INSTANTIATE_TEST_SUITE_P(OfHistory, VerifyDamageTest, OnEachEngineOf(testing::ValuesIn(kHistory)),
+                         kNames);
+INSTANTIATE_TEST_SUITE_P(OfAttachments, VerifyDamageTest,
+                         OnEachEngineOf(testing::ValuesIn(kAttachments)), kNames);
+INSTANTIATE_TEST_SUITE_P(OfForeignValues, VerifyDamageTest,
+                         testing::Combine(testing::Values(Engine::Sqlite),
+                                          testing::ValuesIn(kForeign)),
+                         kNames);
 
 }  // namespace
 }  // namespace tool

@@ -6,7 +6,7 @@
 #include "recorddb/errors.h"
 #include "recorddb/schema.h"
 #include "recorddb/sql.h"
-#include "recorddb/store/stored_schema.h"
+#include "recorddb/store/tables/stored_schema.h"
 
 namespace {
 

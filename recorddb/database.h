@@ -77,7 +77,7 @@ class RECORDDB_API Database {
     // without a column. Throws sql::Error.
     bool HasSearchIndex(const schema::RecordType& type, const schema::Field& field);
 
-    // What the transaction under way has gathered (recorddb/store/write_batch.h).
+    // What the transaction under way has gathered (recorddb/store/batch/write_batch.h).
     WriteBatch& GetBatch() { return *m_batch; }
 
   private:

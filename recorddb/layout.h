@@ -6,7 +6,7 @@ namespace recorddb {
 // How a database keeps its tables.
 enum class Layout {
     Plain,   // the engine keeps unique keys and all references
-    Sharded  // tables can stand spread over machines: see recorddb/store/table_layout.h
+    Sharded  // tables can stand spread over machines: see recorddb/store/tables/table_layout.h
 };
 
 }  // namespace recorddb

@@ -15,10 +15,10 @@
 #include "recorddb/session.h"
 #include "recorddb/session/session_parts.h"
 #include "recorddb/sql.h"
-#include "recorddb/store/search_indexes.h"
-#include "recorddb/store/stored_schema.h"
-#include "recorddb/store/table_layout.h"
-#include "recorddb/store/write_batch.h"
+#include "recorddb/store/batch/write_batch.h"
+#include "recorddb/store/tables/search_indexes.h"
+#include "recorddb/store/tables/stored_schema.h"
+#include "recorddb/store/tables/table_layout.h"
 
 namespace recorddb {
 

@@ -2,7 +2,7 @@
 
 #include "recorddb/sql/postgres/libpq_version.h"
 #include "recorddb/sql/sqlite/sqlite_version.h"
-#include "recorddb/store/stored_schema.h"
+#include "recorddb/store/tables/stored_schema.h"
 
 namespace recorddb {
 

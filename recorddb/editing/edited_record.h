@@ -7,7 +7,7 @@
 
 #include "recorddb/editing/attachment_changes.h"
 #include "recorddb/editing/entity_def.h"
-#include "recorddb/store/record_buffer.h"
+#include "recorddb/store/batch/record_buffer.h"
 
 namespace recorddb {
 

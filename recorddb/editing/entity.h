@@ -13,12 +13,12 @@
 #include "recorddb/editing/record_writer.h"
 #include "recorddb/editing/value_rules.h"
 #include "recorddb/statistics.h"
+#include "recorddb/store/batch/write_batch.h"
 #include "recorddb/store/dbid_reservations.h"
 #include "recorddb/store/duplicate_table.h"
 #include "recorddb/store/history_table.h"
 #include "recorddb/store/key_table.h"
 #include "recorddb/store/record_tables.h"
-#include "recorddb/store/write_batch.h"
 
 namespace recorddb {
 

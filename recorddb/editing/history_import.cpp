@@ -11,7 +11,7 @@
 #include "recorddb/editing/history_reading.h"
 #include "recorddb/messages/error_message.h"
 #include "recorddb/store/atomic_write.h"
-#include "recorddb/store/next_number.h"
+#include "recorddb/store/tables/next_number.h"
 
 namespace recorddb {
 

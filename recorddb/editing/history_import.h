@@ -11,9 +11,9 @@
 #include "recorddb/record.h"
 #include "recorddb/schema.h"
 #include "recorddb/sql.h"
+#include "recorddb/store/batch/write_batch.h"
 #include "recorddb/store/history_table.h"
 #include "recorddb/store/record_tables.h"
-#include "recorddb/store/write_batch.h"
 
 namespace recorddb {
 

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "recorddb/store/tables.h"
+#include "recorddb/store/tables/tables.h"
 
 namespace recorddb {
 

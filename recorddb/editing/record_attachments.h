@@ -11,8 +11,8 @@
 #include "recorddb/attachment_folder.h"
 #include "recorddb/editing/attachment_changes.h"
 #include "recorddb/store/attachment_table.h"
+#include "recorddb/store/batch/write_batch.h"
 #include "recorddb/store/content_store.h"
-#include "recorddb/store/write_batch.h"
 
 namespace recorddb {
 

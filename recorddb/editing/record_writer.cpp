@@ -5,7 +5,7 @@
 
 #include "platform/messages/message_ids.h"
 #include "recorddb/messages/error_message.h"
-#include "recorddb/store/table_layout.h"
+#include "recorddb/store/tables/table_layout.h"
 
 namespace recorddb {
 

@@ -9,11 +9,11 @@
 #include "recorddb/editing/watched_values.h"
 #include "recorddb/errors.h"
 #include "recorddb/store/atomic_write.h"
+#include "recorddb/store/batch/write_batch.h"
 #include "recorddb/store/dbid_reservations.h"
 #include "recorddb/store/duplicate_table.h"
 #include "recorddb/store/key_table.h"
 #include "recorddb/store/record_tables.h"
-#include "recorddb/store/write_batch.h"
 
 namespace recorddb {
 

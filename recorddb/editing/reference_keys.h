@@ -12,8 +12,8 @@
 #include "recorddb/model/field_value.h"
 #include "recorddb/schema.h"
 #include "recorddb/sql.h"
+#include "recorddb/store/batch/write_batch.h"
 #include "recorddb/store/key_table.h"
-#include "recorddb/store/write_batch.h"
 
 namespace recorddb {
 

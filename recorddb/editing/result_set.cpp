@@ -10,8 +10,8 @@
 #include "recorddb/messages/error_message.h"
 #include "recorddb/model/value_text.h"
 #include "recorddb/store/bind_value.h"
-#include "recorddb/store/column_text.h"
-#include "recorddb/store/table_layout.h"
+#include "recorddb/store/tables/column_text.h"
+#include "recorddb/store/tables/table_layout.h"
 
 namespace recorddb {
 

@@ -13,9 +13,9 @@
 #include "recorddb/editing/query_statements.h"
 #include "recorddb/editing/reference_keys.h"
 #include "recorddb/model/field_value.h"
+#include "recorddb/store/batch/write_batch.h"
 #include "recorddb/store/key_table.h"
-#include "recorddb/store/search_indexes.h"
-#include "recorddb/store/write_batch.h"
+#include "recorddb/store/tables/search_indexes.h"
 
 namespace recorddb {
 

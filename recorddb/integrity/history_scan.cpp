@@ -9,7 +9,7 @@
 
 #include "platform/core/adhistory.h"
 #include "recorddb/integrity/cell_rules.h"
-#include "recorddb/store/history_expiry.h"
+#include "recorddb/store/batch/history_expiry.h"
 
 namespace recorddb {
 

@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "recorddb/integrity/cell_rules.h"
-#include "recorddb/store/cells.h"
-#include "recorddb/store/key_row.h"
-#include "recorddb/store/last_dbids.h"
-#include "recorddb/store/table_layout.h"
+#include "recorddb/store/batch/key_row.h"
+#include "recorddb/store/tables/cells.h"
+#include "recorddb/store/tables/last_dbids.h"
+#include "recorddb/store/tables/table_layout.h"
 
 namespace recorddb {
 

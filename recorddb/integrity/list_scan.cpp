@@ -8,7 +8,7 @@
 
 #include "recorddb/integrity/cell_rules.h"
 #include "recorddb/model/names.h"
-#include "recorddb/store/tables.h"
+#include "recorddb/store/tables/tables.h"
 
 namespace recorddb {
 

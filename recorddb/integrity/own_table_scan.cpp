@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "recorddb/integrity/cell_rules.h"
-#include "recorddb/store/stored_schema.h"
+#include "recorddb/store/tables/stored_schema.h"
 
 namespace recorddb {
 

@@ -9,14 +9,14 @@
 #include "recorddb/sha256.h"
 #include "recorddb/sql.h"
 #include "recorddb/store/attachment_table.h"
+#include "recorddb/store/batch/key_sets.h"
+#include "recorddb/store/batch/write_batch.h"
 #include "recorddb/store/bind_value.h"
 #include "recorddb/store/content_store.h"
 #include "recorddb/store/duplicate_table.h"
 #include "recorddb/store/history_table.h"
-#include "recorddb/store/key_sets.h"
 #include "recorddb/store/key_table.h"
 #include "recorddb/store/record_tables.h"
-#include "recorddb/store/write_batch.h"
 
 namespace recorddb {
 

@@ -16,14 +16,14 @@
 #include "recorddb/editing/watched_values.h"
 #include "recorddb/session_options.h"
 #include "recorddb/statistics.h"
+#include "recorddb/store/batch/write_batch.h"
 #include "recorddb/store/counted_record_ids.h"
 #include "recorddb/store/dbid_reservations.h"
 #include "recorddb/store/duplicate_table.h"
 #include "recorddb/store/history_table.h"
 #include "recorddb/store/key_table.h"
 #include "recorddb/store/record_tables.h"
-#include "recorddb/store/search_indexes.h"
-#include "recorddb/store/write_batch.h"
+#include "recorddb/store/tables/search_indexes.h"
 
 namespace recorddb {
 

@@ -7,10 +7,10 @@
 #include "recorddb/session/session_parts.h"
 #include "recorddb/sql.h"
 #include "recorddb/sql/savepoint.h"
-#include "recorddb/store/look_ahead.h"
-#include "recorddb/store/pending_changes.h"
-#include "recorddb/store/provisional_ids.h"
-#include "recorddb/store/touched.h"
+#include "recorddb/store/batch/look_ahead.h"
+#include "recorddb/store/batch/pending_changes.h"
+#include "recorddb/store/batch/provisional_ids.h"
+#include "recorddb/store/batch/touched.h"
 
 namespace recorddb {
 

@@ -8,7 +8,7 @@
 
 #include "recorddb/record.h"
 #include "recorddb/sql.h"
-#include "recorddb/store/write_batch.h"
+#include "recorddb/store/batch/write_batch.h"
 
 namespace recorddb {
 

@@ -7,7 +7,7 @@
 
 #include "platform/messages/message_ids.h"
 #include "recorddb/messages/error_message.h"
-#include "recorddb/store/provisional_ids.h"
+#include "recorddb/store/batch/provisional_ids.h"
 
 namespace recorddb::schema {
 

@@ -6,8 +6,8 @@
 
 #include "recorddb/schema.h"
 #include "recorddb/sql.h"
+#include "recorddb/store/batch/write_batch.h"
 #include "recorddb/store/record_ids.h"
-#include "recorddb/store/write_batch.h"
 
 namespace recorddb::schema {
 

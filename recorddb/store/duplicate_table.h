@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "recorddb/sql.h"
-#include "recorddb/store/write_batch.h"
+#include "recorddb/store/batch/write_batch.h"
 
 namespace recorddb {
 

@@ -8,9 +8,9 @@
 
 #include "recorddb/record.h"
 #include "recorddb/sql.h"
-#include "recorddb/store/history_expiry.h"
-#include "recorddb/store/pending_changes.h"
-#include "recorddb/store/write_batch.h"
+#include "recorddb/store/batch/history_expiry.h"
+#include "recorddb/store/batch/pending_changes.h"
+#include "recorddb/store/batch/write_batch.h"
 
 namespace recorddb {
 

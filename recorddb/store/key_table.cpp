@@ -4,7 +4,7 @@
 
 #include "recorddb/model/value_text.h"
 #include "recorddb/store/bind_value.h"
-#include "recorddb/store/column_text.h"
+#include "recorddb/store/tables/column_text.h"
 
 namespace recorddb {
 

@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include "recorddb/model/names.h"
-#include "recorddb/store/reference_list.h"
+#include "recorddb/store/batch/reference_list.h"
 
 namespace recorddb {
 

@@ -6,9 +6,9 @@
 #include <string>
 
 #include "recorddb/store/bind_value.h"
-#include "recorddb/store/next_number.h"
-#include "recorddb/store/table_layout.h"
-#include "recorddb/store/tables.h"
+#include "recorddb/store/tables/next_number.h"
+#include "recorddb/store/tables/table_layout.h"
+#include "recorddb/store/tables/tables.h"
 
 namespace recorddb {
 

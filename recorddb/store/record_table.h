@@ -8,9 +8,9 @@
 
 #include "recorddb/schema.h"
 #include "recorddb/sql.h"
-#include "recorddb/store/key_sets.h"
-#include "recorddb/store/record_buffer.h"
-#include "recorddb/store/write_batch.h"
+#include "recorddb/store/batch/key_sets.h"
+#include "recorddb/store/batch/record_buffer.h"
+#include "recorddb/store/batch/write_batch.h"
 
 namespace recorddb {
 

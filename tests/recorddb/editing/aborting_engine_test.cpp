@@ -7,7 +7,7 @@
 
 #include "aborting_connection.h"
 #include "recorddb/session/session_parts.h"
-#include "recorddb/store/search_indexes.h"
+#include "recorddb/store/tables/search_indexes.h"
 #include "session_fixture.h"
 
 namespace recorddb {

@@ -1,6 +1,6 @@
 // What is asked ahead is not asked again. The tests change the database unseen by the session,
 // which then still goes by what it was told ahead.
-#include "recorddb/store/look_ahead.h"
+#include "recorddb/store/batch/look_ahead.h"
 
 #include <gtest/gtest.h>
 

@@ -10,7 +10,7 @@
 #include "recorddb/errors.h"
 #include "recorddb/sql.h"
 #include "recorddb/sql/dialect.h"
-#include "recorddb/store/table_layout.h"
+#include "recorddb/store/tables/table_layout.h"
 #include "temporary_folder.h"
 
 namespace recorddb::sql {

@@ -11,7 +11,7 @@
 #include "open_database.h"
 #include "platform/messages/pamsgexception.h"
 #include "recorddb/sql/savepoint.h"
-#include "recorddb/store/tables.h"
+#include "recorddb/store/tables/tables.h"
 
 namespace recorddb::schema {
 

@@ -25,7 +25,7 @@ struct AheadWorker::Tools {
           group(session, policy, recorddb::Writing::Ahead, options.groupRecords),
           import(session, importer, group),
           expected(database->GetSchema()),
-          examiner(database->GetSchema(), ExistsIn(*database)),
+          examiner(database->GetSchema(), ExistingIn(*database)),
           examines(policy.FindsLosses(options)),
           looksAhead(options.looksAhead || database->GetConnection().ReadsManyForLess()) {}
 

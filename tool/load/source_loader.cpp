@@ -21,7 +21,7 @@ namespace {
 
 std::unique_ptr<LossSearch> SearchFor(bool losses, recorddb::Database& database, LossTaker take) {
     if (losses) {
-        return std::make_unique<LossFinder>(database.GetSchema(), ExistsIn(database),
+        return std::make_unique<LossFinder>(database.GetSchema(), ExistingIn(database),
                                             std::move(take));
     }
     return std::make_unique<NothingImportedSearch>(std::move(take));

@@ -3,7 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <optional>
 #include <string_view>
+#include <vector>
 
 #include "tool/losses/changed_text.h"
 #include "tool/packet/importer_text.h"
@@ -25,18 +28,112 @@ bool IsReferredTo(const Schema& schema, const RecordType& type, FieldKind kind) 
     });
 }
 
-// The field of `target` that the references in a record's field `name` are compared with; null when
-// it is not one field's value.
-const Field* ComparedField(const std::string& name, const ImportConfiguration& configuration,
-                           const RecordType& target) {
-    if (!target.HasStates() && target.key.size() != 1) {
-        return nullptr;
+bool HasNumberInKey(const RecordType& type) {
+    return std::any_of(type.key.begin(), type.key.end(), [&type](std::size_t part) {
+        return type.fields[part].kind == FieldKind::DbId;
+    });
+}
+
+// About so many runs of items are looked up for one list: each is a question to the database.
+constexpr std::size_t kMostRuns = 200;
+
+// Finds the records that references in one field are compared with.
+class TargetSearch {
+  public:
+    // The mapping of the field by `name` is null when there is none.
+    TargetSearch(const RecordType& target, const std::string* mapped,
+                 const KeyLosses::Existing& existing)
+        : m_target(target), m_existing(existing) {
+        const bool isOneField = target.HasStates() || target.key.size() == 1;
+        const bool isMapped = mapped != nullptr && !mapped->empty();
+        if (isMapped && (isOneField || HasNumberInKey(target))) {
+            m_field = target.FindField(*mapped);
+            m_beginsWithField = m_field != nullptr && !isOneField;
+        } else if (!target.HasStates()) {
+            // A mapping leaves a key of several fields without a number as it is.
+            m_byKey = true;
+        }
     }
-    const auto mapped = configuration.Mapping().find(name);
-    if (mapped != configuration.Mapping().end() && !mapped->second.empty()) {
-        return target.FindField(mapped->second);
+
+    // Display ids are no texts that a packet's rules could change.
+    bool IsOfUse() const { return m_byKey || m_field != nullptr; }
+
+    // Whether exactly this text is what such a record is known by.
+    bool Has(const std::string& text) const {
+        if (m_byKey) {
+            return m_existing.withKey(m_target, text);
+        }
+        if (!m_beginsWithField) {
+            return m_existing.withValue(m_target, *m_field, text) != 0;
+        }
+        const std::size_t word = std::min(text.find_first_not_of(' '), text.size());
+        const std::size_t end = std::min(text.find(' ', word), text.size());
+        const std::int64_t number = m_existing.withValue(m_target, *m_field, text.substr(0, end));
+        return number != 0 &&
+               m_existing.withKey(m_target, std::to_string(number) + text.substr(end));
     }
-    return target.HasStates() ? nullptr : &target.fields[target.key.front()];
+
+    // Why a reference that is written like this is taken for something else.
+    std::string Describe(const std::string& written, std::string_view taken) const {
+        const bool isField = m_field != nullptr && !m_beginsWithField;
+        const std::string_view known = isField                    ? m_field->name
+                                       : m_target.key.size() == 1 ? KeyName()
+                                                                  : "key";
+        return fmt::format(
+            "{} is taken for {}, and there is a {} whose {} is {}, which no "
+            "reference can name",
+            Quoted(written), taken, m_target.name, known, Quoted(written));
+    }
+
+  private:
+    std::string_view KeyName() const { return m_target.fields[m_target.key.front()].name; }
+
+    const RecordType& m_target;
+    const KeyLosses::Existing& m_existing;
+    const Field* m_field = nullptr;
+    bool m_beginsWithField = false;  // and goes on with the other parts of the key
+    bool m_byKey = false;
+};
+
+// Whether the blanks around it are all that keeps what is written from meaning a record.
+bool IsTakenForAnother(const TargetSearch& targets, const std::string& written) {
+    const std::string_view taken = Trimmed(written);
+    return taken != written && !taken.empty() && targets.Has(written);
+}
+
+// The places where the items of a list begin, and one behind its end, as if a comma stood there.
+std::vector<std::size_t> BordersOf(const std::string& list) {
+    std::vector<std::size_t> borders = {0};
+    for (std::size_t comma = list.find(','); comma != std::string::npos;
+         comma = list.find(',', comma + 1)) {
+        borders.push_back(comma + 1);
+    }
+    borders.push_back(list.size() + 1);
+    return borders;
+}
+
+// Several items of the list, one after the other, that are the name of a record together.
+std::optional<std::string> FindRun(const TargetSearch& targets, const std::string& list,
+                                   const std::vector<std::size_t>& borders) {
+    const std::size_t items = borders.size() - 1;
+    const std::size_t longest = std::max<std::size_t>(2, kMostRuns / items + 1);
+    for (std::size_t length = 2; length <= items; ++length) {
+        if (length > longest && length < items) {
+            continue;
+        }
+        for (std::size_t first = 0; first + length <= items; ++first) {
+            const std::string run =
+                list.substr(borders[first], borders[first + length] - borders[first] - 1);
+            std::string trimmed(Trimmed(run));
+            if (targets.Has(trimmed)) {
+                return trimmed;
+            }
+            if (trimmed != run && targets.Has(run)) {
+                return run;
+            }
+        }
+    }
+    return std::nullopt;
 }
 
 }  // namespace
@@ -45,15 +142,17 @@ std::string KeyLosses::OfKey(const std::string& name, const std::string& value,
                              const ImportConfiguration& configuration,
                              const RecordType& type) const {
     const Field* const field = type.FindField(name);
-    if (field == nullptr ||
-        (field->kind != FieldKind::Text && field->kind != FieldKind::Multiline)) {
+    if (field == nullptr || (field->kind != FieldKind::Text && field->kind != FieldKind::Choice &&
+                             field->kind != FieldKind::Multiline)) {
         return {};
     }
     const auto part = std::find_if(type.key.begin(), type.key.end(),
                                    [&](std::size_t index) { return &type.fields[index] == field; });
     const bool isPart = part != type.key.end();
-    const bool isAlone =
-        EqualNoCase(name, configuration.OriginalId()) || (isPart && type.key.size() == 1);
+    // A mapping can have records found by their original id, where that says which record it is.
+    const bool isMapped = EqualNoCase(name, configuration.OriginalId()) &&
+                          (type.HasStates() || type.key.size() == 1 || HasNumberInKey(type));
+    const bool isAlone = isMapped || (isPart && type.key.size() == 1);
     const bool inList = IsReferredTo(m_schema, type, FieldKind::ReferenceList);
     if ((!isPart && !isAlone) || (!inList && !IsReferredTo(m_schema, type, FieldKind::Reference))) {
         return {};
@@ -83,42 +182,31 @@ std::string KeyLosses::OfReference(const std::string& name, const std::string& v
     if (field == nullptr) {
         return {};
     }
-    const RecordType& target = m_schema.Type(field->target);
-    const Field* const compared = ComparedField(name, configuration, target);
-    if (compared == nullptr) {
+    const auto mapped = configuration.Mapping().find(name);
+    const TargetSearch targets(m_schema.Type(field->target),
+                               mapped != configuration.Mapping().end() ? &mapped->second : nullptr,
+                               m_existing);
+    if (!targets.IsOfUse()) {
         return {};
     }
-    const auto describe = [&](const std::string& written, std::string_view taken) {
-        return fmt::format(
-            "{} is taken for {}, and there is a {} whose {} is {}, which no "
-            "reference can name",
-            Quoted(written), taken, target.name, compared->name, Quoted(written));
-    };
-    const auto isOther = [&](const std::string& written) {
-        const std::string_view taken = Trimmed(written);
-        return taken != written && !taken.empty() && m_exists(target, *compared, written);
-    };
-    if (isOther(value)) {
-        return describe(value, Quoted(Trimmed(value)));
+    if (IsTakenForAnother(targets, value)) {
+        return targets.Describe(value, Quoted(Trimmed(value)));
     }
-    const std::string whole(Trimmed(value));
-    if (field->kind == FieldKind::Reference && IsBlankWord(whole) &&
-        m_exists(target, *compared, whole)) {
-        return describe(whole, "no value");
+    if (field->kind == FieldKind::Reference) {
+        const std::string whole(Trimmed(value));
+        return IsBlankWord(whole) && targets.Has(whole) ? targets.Describe(whole, "no value")
+                                                        : std::string();
     }
-    if (field->kind != FieldKind::ReferenceList || value.find(',') == std::string::npos) {
-        return {};
+    const std::vector<std::size_t> borders = BordersOf(value);
+    if (const auto run = FindRun(targets, value, borders)) {
+        return targets.Describe(*run, "several items");
     }
-    if (m_exists(target, *compared, whole)) {
-        return describe(whole, "several items");
-    }
-    for (std::size_t begin = 0; begin <= value.size();) {
-        const std::size_t end = std::min(value.find(',', begin), value.size());
-        const std::string item = value.substr(begin, end - begin);
-        if (isOther(item)) {
-            return describe(item, Quoted(Trimmed(item)));
+    for (std::size_t item = 0; item + 1 < borders.size(); ++item) {
+        const std::string written =
+            value.substr(borders[item], borders[item + 1] - borders[item] - 1);
+        if (IsTakenForAnother(targets, written)) {
+            return targets.Describe(written, Quoted(Trimmed(written)));
         }
-        begin = end + 1;
     }
     return {};
 }

@@ -1,8 +1,10 @@
 #ifndef TOOL_LOSSES_KEY_LOSSES_H
 #define TOOL_LOSSES_KEY_LOSSES_H
 
+#include <cstdint>
 #include <functional>
 #include <string>
+#include <utility>
 
 #include "recorddb/schema.h"
 #include "tool/packet/import_configuration.h"
@@ -14,13 +16,19 @@ namespace tool {
 // stored as they stand. All texts are UTF-8.
 class KeyLosses {
   public:
-    // Whether the database has a record of the type with exactly this value in the field.
-    using Exists = std::function<bool(const recorddb::schema::RecordType&,
-                                      const recorddb::schema::Field&, const std::string&)>;
+    // What is in the database.
+    struct Existing {
+        // The dbid of a record of the type with exactly this value in the field; 0 for none.
+        std::function<std::int64_t(const recorddb::schema::RecordType&,
+                                   const recorddb::schema::Field&, const std::string&)>
+            withValue;
+        // Whether this text, as it stands, is the unique key of a record of the type.
+        std::function<bool(const recorddb::schema::RecordType&, const std::string&)> withKey;
+    };
 
     // `schema` stays the caller's.
-    KeyLosses(const recorddb::schema::Schema& schema, Exists exists)
-        : m_schema(schema), m_exists(std::move(exists)) {}
+    KeyLosses(const recorddb::schema::Schema& schema, Existing existing)
+        : m_schema(schema), m_existing(std::move(existing)) {}
 
     // Why no reference can name a record of `type` by `value`, which the field `name` gives it;
     // empty when one can, or nothing refers to such records by that field.
@@ -29,14 +37,15 @@ class KeyLosses {
                       const recorddb::schema::RecordType& type) const;
 
     // Which other record the reference, or list of references, `value` in the field `name` could
-    // mean; empty when there is none.
+    // mean; empty when there is none. In a long list only short runs of items are tried, and the
+    // whole.
     std::string OfReference(const std::string& name, const std::string& value,
                             const ImportConfiguration& configuration,
                             const recorddb::schema::RecordType& type) const;
 
   private:
     const recorddb::schema::Schema& m_schema;
-    Exists m_exists;
+    Existing m_existing;
 };
 
 }  // namespace tool

@@ -23,9 +23,9 @@ namespace tool {
 // The full search: in configurations, in records, and for sources without any.
 class LossFinder final : public LossSearch {
   public:
-    // `schema` stays the caller's. `exists` looks into the database.
-    LossFinder(const recorddb::schema::Schema& schema, KeyLosses::Exists exists, LossTaker take)
-        : m_schema(schema), m_examiner(schema, std::move(exists)), m_take(std::move(take)) {}
+    // `schema` stays the caller's. `existing` looks into the database.
+    LossFinder(const recorddb::schema::Schema& schema, KeyLosses::Existing existing, LossTaker take)
+        : m_schema(schema), m_examiner(schema, std::move(existing)), m_take(std::move(take)) {}
 
     void Configure(const std::string& packet, const std::string& source,
                    const ImportConfiguration& configuration) override;

@@ -17,9 +17,9 @@ namespace tool {
 // Finds the losses of records, one by one, under the configuration in force.
 class RecordExaminer {
   public:
-    // `schema` stays the caller's. `exists` looks into the database.
-    RecordExaminer(const recorddb::schema::Schema& schema, KeyLosses::Exists exists)
-        : m_schema(schema), m_keys(schema, std::move(exists)) {}
+    // `schema` stays the caller's. `existing` looks into the database.
+    RecordExaminer(const recorddb::schema::Schema& schema, KeyLosses::Existing existing)
+        : m_schema(schema), m_keys(schema, std::move(existing)) {}
     RecordExaminer(const RecordExaminer&) = delete;
     RecordExaminer& operator=(const RecordExaminer&) = delete;
 

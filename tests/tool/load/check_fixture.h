@@ -25,6 +25,7 @@ inline std::string ReadFile(const std::string& path) {
 class CheckFixture : public LoadFixture {
   protected:
     explicit CheckFixture(Engine engine) : LoadFixture(engine) {}
+    CheckFixture(Engine engine, const char* schema) : LoadFixture(engine, schema) {}
 
     // Rehearses the load of the sources, and sees that nothing of it stays.
     int Check(std::vector<std::string> sources) {

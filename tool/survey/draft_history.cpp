@@ -49,7 +49,7 @@ class HistorySearch {
         }
         return HistoryParts{*when,
                             *who,
-                            Find(kIds),
+                            FindId(),
                             FindPart(kActions),
                             FindPart(kStatesBefore),
                             FindPart(kStatesAfter)};
@@ -82,6 +82,14 @@ class HistorySearch {
     std::optional<std::size_t> Find(std::span<const std::string_view> names) const {
         return FindThat(names, [](const AddressSurvey& address) {
             return address.severalLines == 0 && !address.dates.AreDates();
+        });
+    }
+
+    // What stands deeper is the id of something else, such as of whoever acted.
+    std::optional<std::size_t> FindId() const {
+        return FindThat(kIds, [&](const AddressSurvey& address) {
+            return address.steps.size() == At(m_element).steps.size() + 1 &&
+                   address.severalLines == 0 && !address.dates.AreDates();
         });
     }
 
@@ -140,7 +148,7 @@ bool CanFindHistory(std::string_view key) {
 }
 
 void AddHistoryValues(const SourceSurvey& source, std::size_t element, const HistoryParts& parts,
-                      DraftStep& step) {
+                      bool areRecordsToo, DraftStep& step) {
     const AddressSurvey& item = source.addresses[element];
     const auto yaml = [&](std::size_t at) {
         AddressSurvey below;
@@ -166,6 +174,13 @@ void AddHistoryValues(const SourceSurvey& source, std::size_t element, const His
     };
     if (parts.id) {
         step.values.emplace_back("id", yaml(*parts.id));
+        if (!areRecordsToo) {
+            step.notes.push_back(
+                {fmt::format("{} names entries in messages and is not kept, since history has no "
+                             "ids. Where it is needed, records of their own can have it",
+                             AddressText(source, source.addresses[*parts.id])),
+                 true});
+        }
     }
     const std::string format = source.addresses[parts.when].dates.Formats().front();
     step.values.emplace_back(

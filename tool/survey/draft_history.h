@@ -36,9 +36,10 @@ std::vector<std::size_t> UnreadByHistory(const SourceSurvey& source, std::size_t
 // Whether entries can find their record by a field of that name: they have some of their own.
 bool CanFindHistory(std::string_view key);
 
-// Adds to `step`, which belongs to a list, the values of the entries.
+// Adds to `step`, which belongs to a list, the values of the entries. `areRecordsToo` says that
+// records of their own keep what entries do not, so that nothing has to be said of it.
 void AddHistoryValues(const SourceSurvey& source, std::size_t element, const HistoryParts& parts,
-                      DraftStep& step);
+                      bool areRecordsToo, DraftStep& step);
 
 }  // namespace tool
 

@@ -276,10 +276,11 @@ class RecordDrafter {
             CanHaveHistory(parent) ? FindHistory(source, element, end) : std::nullopt;
         const std::vector<std::size_t> rest =
             history ? UnreadByHistory(source, element, end, *history) : std::vector<std::size_t>();
+        const bool isHistoryOnly = history && (!key || rest.empty());
         if (history) {
-            AddHistory(parent, element, *history);
+            AddHistory(parent, element, *history, !isHistoryOnly);
         }
-        if (history && (!key || rest.empty())) {
+        if (isHistoryOnly) {
             for (const std::size_t unread : rest) {
                 CanBeNamed(source, source.addresses[unread])
                     ? Ignore(parent, unread, "entries of history hold no such values")
@@ -320,7 +321,8 @@ class RecordDrafter {
         return row.depth == 0 && isKnown && CanFindHistory(m_draft.types[row.type].Key()->name);
     }
 
-    void AddHistory(Scope& row, std::size_t element, const HistoryParts& parts) {
+    void AddHistory(Scope& row, std::size_t element, const HistoryParts& parts,
+                    bool areRecordsToo) {
         const SourceSurvey& source = SourceAt(row.source);
         DraftType& type = TypeOf(row);
         const bool hasField =
@@ -345,7 +347,7 @@ class RecordDrafter {
         step.values.emplace_back(type.Key()->name, key.pattern.empty()
                                                        ? key.address
                                                        : fmt::format("{{text: {}}}", key.pattern));
-        AddHistoryValues(source, element, parts, step);
+        AddHistoryValues(source, element, parts, areRecordsToo, step);
         m_draft.needsZone |= source.addresses[parts.when].dates.LacksZone();
         m_draft.history.push_back(std::move(step));
     }

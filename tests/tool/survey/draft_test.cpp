@@ -146,6 +146,27 @@ TEST_F(DraftTest, MakesHistoryOfItemsThatNameATimeAndSomebody) {
                           "      before: {from: from, default: none}\n      after: to\n"));
 }
 
+TEST_F(DraftTest, SaysThatHistoryKeepsNoIds) {
+    Write("bugs.jsonl", R"({"nr":"b1","log":[{"id":"l1","at":"2020-01-02","who":"ann"}]}
+{"nr":"b2","log":[{"id":"l2","at":"2020-01-03","who":"bob"}]}
+)");
+    const Drafts drafts = Make();
+    EXPECT_THAT(drafts.Steps(), ElementsAre("bugs", "bugs"));
+    EXPECT_THAT(drafts.mapText,
+                HasSubstr("# decide: log/*/id names entries in messages and is not kept"));
+    EXPECT_THAT(drafts.mapText, HasSubstr("      id: id\n      when: at\n"));
+}
+
+TEST_F(DraftTest, TakesNoIdOfSomethingElseForThatOfAnEntry) {
+    Write("bugs.jsonl",
+          R"({"nr":"b1","log":[{"at":"2020-01-02","who":{"id":7,"name":"ann"}}]}
+{"nr":"b2","log":[{"at":"2020-01-03","who":{"id":7,"name":"ann"}}]}
+)");
+    const Drafts drafts = Make();
+    EXPECT_THAT(drafts.mapText, HasSubstr("nr: \"/nr\"\n      when: at\n      who: who/name\n"));
+    EXPECT_EQ(drafts.map.sources.at(0).ignore.at(0).text, "log/*/who/id");
+}
+
 TEST_F(DraftTest, KeepsRecordsOfWhatHistoryCannotHold) {
     Write("bugs.jsonl", R"({"nr":"b1","log":[{"id":"l1","at":"2020-01-02","who":"ann","text":"x"}]}
 {"nr":"b2","log":[{"id":"l2","at":"2020-01-03","who":"bob","text":"y"}]}
@@ -154,6 +175,7 @@ TEST_F(DraftTest, KeepsRecordsOfWhatHistoryCannotHold) {
     EXPECT_THAT(drafts.Steps(), ElementsAre("bugs", "bugs_log", "bugs"));
     EXPECT_EQ(drafts.map.steps.at(2).kind, StepKind::History);
     EXPECT_THAT(drafts.mapText, HasSubstr("cannot hold, such as log/*/text. Where"));
+    EXPECT_THAT(drafts.mapText, Not(HasSubstr("not kept"))) << "the records have the ids";
 }
 
 TEST_F(DraftTest, LeavesOutWhatHistoryCannotHoldWhereItHasNoKey) {

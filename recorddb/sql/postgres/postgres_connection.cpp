@@ -164,10 +164,10 @@ bool PostgresConnection::KeepTurn() {
     if (!m_keepsTurn) {
         m_handle.Run(m_connector.LockSql());
         m_keepsTurn = true;
+        m_othersWait = false;
         return false;
     }
-    Statement& waits = Prepare(m_connector.WaitsSql());
-    if (QueryInt(waits).value_or(0) != 0) {
+    if (std::exchange(m_othersWait, false)) {
         // The transaction under way still has it.
         m_handle.Run(m_connector.UnlockSql());
         m_keepsTurn = false;
@@ -232,10 +232,17 @@ void PostgresConnection::Run(Control control) {
     }
 }
 
+// Whether others wait is asked for KeepTurn in the same round trip.
 void PostgresConnection::Begin() {
     m_handle.GiveUpLeft();
     try {
-        NoteTurn(m_handle.Run(m_connector.BeginSql()));
+        if (m_keepsTurn) {
+            const PostgresResult waits =
+                m_handle.Run(m_connector.BeginSql() + "; " + m_connector.WaitsSql());
+            m_othersWait = waits.Int(0, 0) != 0;
+        } else {
+            NoteTurn(m_handle.Run(m_connector.BeginSql()));
+        }
     } catch (...) {
         if (EngineInTransaction()) {
             m_handle.Run("ROLLBACK");

@@ -63,6 +63,7 @@ class PostgresConnection final : public Connection {
     PostgresConnector m_connector;
     PostgresHandle m_handle;
     bool m_keepsTurn = false;
+    bool m_othersWait = false;  // when the transaction under way began; where the turn is kept
     // Where turns are counted: the number of the latest transaction for writing, whether it was
     // committed, and whether all since the last KeepTurn were this connection's.
     std::int64_t m_turn = 0;

@@ -67,6 +67,18 @@ TEST_F(RoundTripsTest, SavepointsWithoutStatementsCostNothing) {
               0);
 }
 
+TEST_F(RoundTripsTest, ATransactionThatKeepsTheTurnBeginsInOne) {
+    const auto begin = [this] {
+        auto transaction = std::make_unique<Transaction>(*m_connection);
+        m_connection->KeepTurn();
+        return transaction;
+    };
+    begin()->Commit();
+    std::unique_ptr<Transaction> transaction;
+    EXPECT_EQ(RoundTripsOf([&] { transaction = begin(); }), 1);
+    transaction->Commit();
+}
+
 TEST_F(RoundTripsTest, StatementsForLaterGoTogetherWithTheEndOfTheirSavepoint) {
     const Transaction transaction(*m_connection);
     Savepoint savepoint(*m_connection);

@@ -3,7 +3,7 @@
 
 #include <ostream>
 
-#include "tool/load/load_options.h"
+#include "tool/load/policy/load_options.h"
 
 namespace tool {
 

@@ -13,7 +13,7 @@
 #include "tool/commands/output_guard.h"
 #include "tool/html/html_load_report.h"
 #include "tool/io/write_error.h"
-#include "tool/load/load_sinks.h"
+#include "tool/load/sinks/load_sinks.h"
 #include "tool/load/source_loader.h"
 #include "tool/load/trace_file.h"
 #include "tool/losses/loss_finder.h"

@@ -7,9 +7,9 @@
 #include <ostream>
 #include <string>
 
-#include "tool/load/load_options.h"
-#include "tool/load/load_policy.h"
-#include "tool/load/load_sink.h"
+#include "tool/load/policy/load_options.h"
+#include "tool/load/policy/load_policy.h"
+#include "tool/load/sinks/load_sink.h"
 
 namespace tool {
 

@@ -3,8 +3,8 @@
 
 #include <cstddef>
 
-#include "tool/load/load_options.h"
-#include "tool/load/load_policy.h"
+#include "tool/load/policy/load_options.h"
+#include "tool/load/policy/load_policy.h"
 
 namespace tool {
 

@@ -9,7 +9,7 @@
 #include "tool/commands/command_sources.h"
 #include "tool/commands/survey_command.h"
 #include "tool/io/file_identity.h"
-#include "tool/load/load_options.h"
+#include "tool/load/policy/load_options.h"
 #include "tool/survey/survey_files.h"
 #include "tool/verify/verify_options.h"
 

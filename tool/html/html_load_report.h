@@ -6,7 +6,7 @@
 
 #include "tool/html/run_summary.h"
 #include "tool/io/replacing_file.h"
-#include "tool/load/load_sink.h"
+#include "tool/load/sinks/load_sink.h"
 
 namespace tool {
 

@@ -12,9 +12,9 @@
 #include "tool/html/finding_list.h"
 #include "tool/html/rate_samples.h"
 #include "tool/html/type_totals.h"
-#include "tool/load/load_options.h"
-#include "tool/load/load_totals.h"
-#include "tool/load/rejected_record.h"
+#include "tool/load/policy/load_options.h"
+#include "tool/load/sinks/load_totals.h"
+#include "tool/load/sinks/rejected_record.h"
 #include "tool/losses/loss.h"
 #include "tool/packet/import_configuration.h"
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tool/load/load_totals.h"
+#include "tool/load/sinks/load_totals.h"
 #include "tool/packet/import_configuration.h"
 
 namespace tool {

@@ -7,15 +7,15 @@
 #include <string>
 #include <string_view>
 
-#include "tool/load/crew.h"
-#include "tool/load/expected_searches.h"
 #include "tool/load/group_journal.h"
 #include "tool/load/group_loader.h"
-#include "tool/load/load_options.h"
-#include "tool/load/load_sinks.h"
-#include "tool/load/record_group.h"
-#include "tool/load/record_rejecter.h"
-#include "tool/load/records_ahead.h"
+#include "tool/load/policy/load_options.h"
+#include "tool/load/records/expected_searches.h"
+#include "tool/load/records/record_group.h"
+#include "tool/load/records/record_rejecter.h"
+#include "tool/load/sinks/load_sinks.h"
+#include "tool/load/workers/crew.h"
+#include "tool/load/workers/records_ahead.h"
 #include "tool/losses/loss_search.h"
 #include "tool/sources/source_walk.h"
 

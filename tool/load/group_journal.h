@@ -6,12 +6,12 @@
 
 #include "recorddb/journal.h"
 #include "tool/load/load_journal.h"
-#include "tool/load/load_sinks.h"
-#include "tool/load/load_totals.h"
 #include "tool/load/loaded_source.h"
-#include "tool/load/place.h"
-#include "tool/load/record_group.h"
-#include "tool/load/waiting_room.h"
+#include "tool/load/records/record_group.h"
+#include "tool/load/sinks/load_sinks.h"
+#include "tool/load/sinks/load_totals.h"
+#include "tool/load/sinks/place.h"
+#include "tool/load/waiting/waiting_room.h"
 #include "tool/sources/source_walk.h"
 
 namespace tool {

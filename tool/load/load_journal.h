@@ -10,7 +10,7 @@
 
 #include "recorddb/errors.h"
 #include "recorddb/journal.h"
-#include "tool/load/load_totals.h"
+#include "tool/load/sinks/load_totals.h"
 
 namespace tool {
 

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "tool/load/load_journal.h"
-#include "tool/load/load_totals.h"
+#include "tool/load/sinks/load_totals.h"
 #include "tool/packet/import_configuration.h"
 #include "tool/sources/source_walk.h"
 

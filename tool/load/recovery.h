@@ -5,9 +5,9 @@
 
 #include "recorddb/database.h"
 #include "recorddb/errors.h"
-#include "tool/load/load_options.h"
-#include "tool/load/load_policy.h"
-#include "tool/load/load_sinks.h"
+#include "tool/load/policy/load_options.h"
+#include "tool/load/policy/load_policy.h"
+#include "tool/load/sinks/load_sinks.h"
 
 namespace tool {
 

@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "recorddb/session.h"
-#include "tool/load/atomic_import.h"
 #include "tool/load/loaded_source.h"
-#include "tool/load/record_group.h"
-#include "tool/load/record_importer.h"
+#include "tool/load/records/atomic_import.h"
+#include "tool/load/records/record_group.h"
+#include "tool/load/records/record_importer.h"
 
 namespace tool {
 

@@ -7,10 +7,10 @@
 
 #include "recorddb/database.h"
 #include "tool/load/load_journal.h"
-#include "tool/load/load_options.h"
-#include "tool/load/load_sinks.h"
-#include "tool/load/record_group.h"
-#include "tool/load/unfinished_sources.h"
+#include "tool/load/policy/load_options.h"
+#include "tool/load/policy/unfinished_sources.h"
+#include "tool/load/records/record_group.h"
+#include "tool/load/sinks/load_sinks.h"
 #include "tool/sources/source_walk.h"
 
 namespace tool {

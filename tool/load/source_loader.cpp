@@ -8,7 +8,7 @@
 
 #include "tool/io/source_error.h"
 #include "tool/load/data_loader.h"
-#include "tool/load/existing_values.h"
+#include "tool/load/records/existing_values.h"
 #include "tool/losses/loss_finder.h"
 #include "tool/losses/nothing_imported.h"
 #include "tool/process/memory_watch.h"

@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "tool/io/replacing_file.h"
-#include "tool/load/load_sink.h"
+#include "tool/load/sinks/load_sink.h"
 #include "tool/sources/kind/kept_rows.h"
 
 namespace tool {

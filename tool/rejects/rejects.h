@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "tool/io/output_file.h"
-#include "tool/load/rejected_record.h"
+#include "tool/load/sinks/rejected_record.h"
 #include "tool/rejects/known_rejects.h"
 #include "tool/rejects/rejects_folder.h"
 

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <utility>
 
-#include "tool/load/load_sink.h"
+#include "tool/load/sinks/load_sink.h"
 #include "tool/rejects/rejects.h"
 
 namespace tool {

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <string_view>
 
-#include "tool/load/load_sink.h"
+#include "tool/load/sinks/load_sink.h"
 #include "tool/report/list_report.h"
 
 namespace tool {

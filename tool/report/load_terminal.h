@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "tool/load/load_options.h"
-#include "tool/load/load_sink.h"
+#include "tool/load/policy/load_options.h"
+#include "tool/load/sinks/load_sink.h"
 #include "tool/report/progress.h"
 
 namespace tool {

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "tool/load/load_totals.h"
+#include "tool/load/sinks/load_totals.h"
 #include "tool/report/loss_log.h"
 #include "tool/sources/kind/map_findings.h"
 

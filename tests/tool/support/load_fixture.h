@@ -12,7 +12,7 @@
 
 #include "made_database.h"
 #include "temporary_folder.h"
-#include "tool/load/load_options.h"
+#include "tool/load/policy/load_options.h"
 
 namespace tool {
 

@@ -40,7 +40,8 @@ TEST(PlainRecord, LeavesWhatIsNotPlainToTheStream) {
           "<record><f name=\"a\">x</g></record>", "<record><f name=\"a\">x</f></records>",
           "<record><f>x</f></record>", "<record><f title=\"a\">x</f></record>",
           "<record><f name=\"a\"/></record>", "<record a=\"b\"><f name=\"a\">x</f></record>",
-          "<record><f name=\"a\">x</f><!-- --></record>", "<f name=\"a\">x</f></record>"}) {
+          "<record><f name=\"a\">x</f><!-- --></record>", "<f name=\"a\">x</f></record>",
+          "</record><f name=\"a\">x</f></record>"}) {
         EXPECT_EQ(FieldsIn(packet), "not plain") << packet;
     }
 }

@@ -32,6 +32,22 @@ TEST(PlainReader, TakesPlainTags) {
     }
 }
 
+TEST(PlainReader, NamesAreOfLettersDigitsAndAFewMarks) {
+    const std::string first = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ_";
+    const std::string others = first + "0123456789-.";
+    for (char byte = 1; byte > 0 && byte < 0x7F; ++byte) {
+        const auto isIn = [byte](const std::string& set) {
+            return set.find(byte) == std::string::npos ? Result::kNotPlain : Result::kRead;
+        };
+        if (byte != '>') {
+            EXPECT_EQ(ResultOf(std::string("<") + byte + "b>"), isIn(first)) << byte;
+            EXPECT_EQ(ResultOf(std::string("<a") + byte + ">"), isIn(others)) << byte;
+        }
+    }
+    EXPECT_EQ(ResultOf("<\x7F>"), Result::kNotPlain);
+    EXPECT_EQ(ResultOf("<a\x7F>"), Result::kNotPlain);
+}
+
 TEST(PlainReader, LeavesTheRestAlone) {
     for (const char* const text : {"<a/>",
                                    "<a b='c'>",

@@ -11,7 +11,7 @@
 #include "tool/io/file_identity.h"
 #include "tool/load/policy/load_options.h"
 #include "tool/survey/survey_files.h"
-#include "tool/verify/verify_options.h"
+#include "tool/verify/sinks/verify_options.h"
 
 namespace tool {
 

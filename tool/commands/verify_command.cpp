@@ -14,9 +14,9 @@
 #include "tool/report/verify_report.h"
 #include "tool/report/verify_terminal.h"
 #include "tool/sources/source_checks.h"
-#include "tool/verify/lookup_tools.h"
+#include "tool/verify/records/lookup_tools.h"
+#include "tool/verify/sinks/verify_sinks.h"
 #include "tool/verify/verifier.h"
-#include "tool/verify/verify_sinks.h"
 
 namespace tool {
 

@@ -3,7 +3,7 @@
 
 #include <ostream>
 
-#include "tool/verify/verify_options.h"
+#include "tool/verify/sinks/verify_options.h"
 
 namespace tool {
 

@@ -4,7 +4,7 @@
 #include "recorddb/journal.h"
 #include "tool/html/verify_findings.h"
 #include "tool/io/replacing_file.h"
-#include "tool/verify/verify_sink.h"
+#include "tool/verify/sinks/verify_sink.h"
 
 namespace tool {
 

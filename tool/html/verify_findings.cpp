@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "tool/verify/value_pair.h"
+#include "tool/text/value_pair.h"
 
 namespace tool {
 

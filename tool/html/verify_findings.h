@@ -12,10 +12,10 @@
 #include "tool/html/example_groups.h"
 #include "tool/html/finding_list.h"
 #include "tool/html/run_summary.h"
-#include "tool/verify/data_source.h"
-#include "tool/verify/difference.h"
-#include "tool/verify/verify_options.h"
-#include "tool/verify/verify_summary.h"
+#include "tool/verify/sinks/data_source.h"
+#include "tool/verify/sinks/difference.h"
+#include "tool/verify/sinks/verify_options.h"
+#include "tool/verify/sinks/verify_summary.h"
 
 namespace tool {
 

@@ -4,7 +4,7 @@
 #include <filesystem>
 
 #include "tool/report/list_report.h"
-#include "tool/verify/verify_sink.h"
+#include "tool/verify/sinks/verify_sink.h"
 
 namespace tool {
 

@@ -9,7 +9,7 @@
 
 #include "tool/report/run_words.h"
 #include "tool/text/number_text.h"
-#include "tool/verify/value_pair.h"
+#include "tool/text/value_pair.h"
 
 namespace tool {
 

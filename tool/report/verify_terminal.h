@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "tool/report/progress.h"
-#include "tool/verify/verify_sink.h"
+#include "tool/verify/sinks/verify_sink.h"
 
 namespace tool {
 

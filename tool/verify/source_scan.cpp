@@ -6,7 +6,7 @@
 
 #include "tool/losses/loss_finder.h"
 #include "tool/sources/source_checks.h"
-#include "tool/verify/kept_fields.h"
+#include "tool/verify/records/kept_fields.h"
 
 namespace tool {
 

@@ -15,11 +15,11 @@
 #include "tool/packet/import_configuration.h"
 #include "tool/sources/source_list.h"
 #include "tool/sources/source_walk.h"
-#include "tool/verify/record_locator.h"
-#include "tool/verify/record_lookup.h"
-#include "tool/verify/record_shelf.h"
-#include "tool/verify/verify_sink.h"
-#include "tool/verify/verify_tally.h"
+#include "tool/verify/records/record_locator.h"
+#include "tool/verify/records/record_lookup.h"
+#include "tool/verify/records/record_shelf.h"
+#include "tool/verify/sinks/verify_sink.h"
+#include "tool/verify/sinks/verify_tally.h"
 
 namespace tool {
 

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "tool/process/interrupt.h"
-#include "tool/verify/extra_records.h"
-#include "tool/verify/kept_comparison.h"
+#include "tool/verify/comparison/extra_records.h"
+#include "tool/verify/comparison/kept_comparison.h"
 
 namespace tool {
 

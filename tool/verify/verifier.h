@@ -5,14 +5,14 @@
 #include "recorddb/integrity.h"
 #include "recorddb/sql.h"
 #include "tool/sources/source_list.h"
-#include "tool/verify/comparison_crew.h"
-#include "tool/verify/lookup_tools.h"
-#include "tool/verify/record_comparer.h"
-#include "tool/verify/record_shelf.h"
+#include "tool/verify/comparison/comparison_crew.h"
+#include "tool/verify/comparison/record_comparer.h"
+#include "tool/verify/records/lookup_tools.h"
+#include "tool/verify/records/record_shelf.h"
+#include "tool/verify/sinks/verify_options.h"
+#include "tool/verify/sinks/verify_sinks.h"
+#include "tool/verify/sinks/verify_tally.h"
 #include "tool/verify/source_scan.h"
-#include "tool/verify/verify_options.h"
-#include "tool/verify/verify_sinks.h"
-#include "tool/verify/verify_tally.h"
 
 namespace tool {
 

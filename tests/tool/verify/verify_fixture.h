@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "load_fixture.h"
-#include "tool/verify/verify_options.h"
+#include "tool/verify/sinks/verify_options.h"
 
 namespace tool {
 

@@ -112,4 +112,12 @@ class OnEachEngine : public Fixture, public testing::WithParamInterface<Engine> 
             return testing::PrintToString(info.param);                                         \
         })
 
+// As ON_EACH_LAYOUT, for suites that are about servers.
+#define ON_A_SERVER_IN_EACH_LAYOUT(suite)                                                \
+    INSTANTIATE_TEST_SUITE_P(On, suite,                                                  \
+                             testing::Values(Engine::Postgres, Engine::PostgresSharded), \
+                             [](const testing::TestParamInfo<Engine>& info) {            \
+                                 return testing::PrintToString(info.param);              \
+                             })
+
 #endif

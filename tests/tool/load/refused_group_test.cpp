@@ -70,7 +70,7 @@ TEST_P(RefusedGroupTest, IndexThatItsSearchesTakeStays) {
               "1");
 }
 
-ON_EACH_ENGINE(RefusedGroupTest);
+ON_EACH_LAYOUT(RefusedGroupTest);
 
 class GroupOrOneByOneTest : public testing::TestWithParam<std::tuple<Engine, std::uint64_t>> {
   protected:
@@ -88,7 +88,8 @@ TEST_P(GroupOrOneByOneTest, LoadAtRandomComesToTheSame) {
 }
 
 INSTANTIATE_TEST_SUITE_P(On, GroupOrOneByOneTest,
-                         testing::Combine(testing::Values(Engine::Sqlite, Engine::Postgres),
+                         testing::Combine(testing::Values(Engine::Sqlite, Engine::Postgres,
+                                                          Engine::PostgresSharded),
                                           testing::Range<std::uint64_t>(1, 1 + SeedsOr(2))),
                          [](const auto& test) {
                              return fmt::format("{}_seed_{}",

@@ -22,9 +22,9 @@ using Fate = ServerProxy::Fate;
 using Message = ServerProxy::Message;
 using Side = ServerProxy::Side;
 
-class KilledLoadOnServer : public LoadFixture {
+class KilledLoadOnServer : public OnEachEngine<LoadFixture> {
   protected:
-    KilledLoadOnServer() : LoadFixture(Engine::Postgres) {
+    KilledLoadOnServer() {
         std::vector<Fields> bugs;
         for (int i = 0; i < 230; ++i) {
             bugs.push_back({{"source_id", fmt::format("s{}", i)},
@@ -123,15 +123,15 @@ class KilledLoadOnServer : public LoadFixture {
     pid_t m_stopped = 0;
 };
 
-TEST_F(KilledLoadOnServer, GoesOnWhereverItWas) {
-    for (const int place : {1, 40, 90, 40}) {
+TEST_P(KilledLoadOnServer, GoesOnWhereverItWas) {
+    for (const int place : {1, 40, 120, 40}) {
         KillAt(place);
     }
     ExpectCompletion();
     EXPECT_THAT(Said(), HasSubstr("goes on behind record"));
 }
 
-TEST_F(KilledLoadOnServer, WithWorkersGoesOnWhereverItWas) {
+TEST_P(KilledLoadOnServer, WithWorkersGoesOnWhereverItWas) {
     m_workers = "4";
     for (const int place : {1, 30, 50, 30}) {
         KillAt(place);
@@ -142,7 +142,7 @@ TEST_F(KilledLoadOnServer, WithWorkersGoesOnWhereverItWas) {
 
 // The server has taken the commit of the first group, but not looked at it, when the load is killed
 // and started again.
-TEST_F(KilledLoadOnServer, BackendThatLivesOnCommitsBeforeTheNextLoadOrNever) {
+TEST_P(KilledLoadOnServer, BackendThatLivesOnCommitsBeforeTheNextLoadOrNever) {
     pid_t backend = 0;
     int commits = 0;
     Kill(
@@ -174,6 +174,8 @@ TEST_F(KilledLoadOnServer, BackendThatLivesOnCommitsBeforeTheNextLoadOrNever) {
     EXPECT_EQ(m_stopped, 0);
     ExpectCompletion();
 }
+
+ON_A_SERVER_IN_EACH_LAYOUT(KilledLoadOnServer);
 
 }  // namespace
 }  // namespace tool

@@ -73,10 +73,11 @@ std::string DumpOfServer(recorddb::Database& database) {
     for (const std::string& table :
          FirstColumn(database,
                      "SELECT tablename FROM pg_tables WHERE schemaname = "
-                     "current_schema() ORDER BY tablename")) {
+                     "current_schema() AND tablename <> 'zt_turn' ORDER BY tablename")) {
         const std::string row = table == "zt_duplicate"
                                     ? "(t.record_type, t.duplicate, t.original)::text"
                                 : table == "zt_journal" ? "(to_jsonb(t) - 'run')::text"
+                                : table == "zt_schema"  ? "to_jsonb(t)::text"
                                                         : "t::text";
         for (const std::string& text : FirstColumn(
                  database, fmt::format("SELECT {} FROM \"{}\" AS t ORDER BY 1", row, table))) {

@@ -5,6 +5,7 @@
 #include <array>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -19,33 +20,41 @@ namespace {
 
 using testing::HasSubstr;
 
-class AnyNumberOfWorkersTest : public testing::TestWithParam<std::uint64_t> {};
+class AnyNumberOfWorkersTest : public testing::TestWithParam<std::tuple<Engine, std::uint64_t>> {};
 
 TEST_P(AnyNumberOfWorkersTest, LoadAtRandomComesToTheSame) {
     if (TestServer() == nullptr) {
         GTEST_SKIP() << "there is no PostgreSQL server";
     }
+    const auto [engine, seed] = GetParam();
     constexpr std::size_t few = 3;  // records in a group
     constexpr std::array<std::size_t, 3> numbers = {2, 4, 7};
-    const std::size_t workers = numbers.at(GetParam() % numbers.size());
+    const std::size_t workers = numbers.at(seed % numbers.size());
     // The index that RandomLoad makes may refuse two values that a larger group holds at the same
     // time and smaller ones do not, so both loads have groups of one size.
-    RandomLoad alone(Engine::Postgres, GetParam());
+    RandomLoad alone(engine, seed);
     alone.SetWorkers(1, few, {});
     const std::string one = alone.Run();
     EXPECT_THAT(one, HasSubstr("rejected"));
-    RandomLoad load(Engine::Postgres, GetParam());
-    load.SetWorkers(workers, few, Pauses(GetParam()));
+    RandomLoad load(engine, seed);
+    load.SetWorkers(workers, few, Pauses(seed));
     EXPECT_EQ(load.Run(), one) << workers << " workers";
     EXPECT_GT(load.Ahead(), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, AnyNumberOfWorkersTest,
-                         testing::Range<std::uint64_t>(1, 1 + SeedsOr(1)));
+INSTANTIATE_TEST_SUITE_P(On, AnyNumberOfWorkersTest,
+                         testing::Combine(testing::Values(Engine::Postgres,
+                                                          Engine::PostgresSharded),
+                                          testing::Range<std::uint64_t>(1, 1 + SeedsOr(1))),
+                         [](const auto& test) {
+                             return fmt::format("{}_seed_{}",
+                                                testing::PrintToString(std::get<0>(test.param)),
+                                                std::get<1>(test.param));
+                         });
 
-class WorkersTest : public LoadFixture {
+class WorkersTest : public OnEachEngine<LoadFixture> {
   protected:
-    WorkersTest() : LoadFixture(Engine::Postgres) {
+    WorkersTest() {
         m_options.workers = 3;
         m_options.waitsForWorkers = true;
         m_options.report = m_folder.Path() / "report.json";
@@ -69,7 +78,7 @@ std::vector<Fields> Distinct(int count) {
     return records;
 }
 
-TEST_F(WorkersTest, RecordsAreNumberedInTheOrderOfTheSource) {
+TEST_P(WorkersTest, RecordsAreNumberedInTheOrderOfTheSource) {
     EXPECT_EQ(Load({Bugs(), Records("data.xml", Distinct(1050))}), 0);
     EXPECT_EQ(Query("SELECT count(*) FROM bug WHERE dbid = CAST(source_id AS bigint) + 1 "
                     "AND id = 'BUG' || lpad(CAST(dbid AS text), 8, '0')"),
@@ -78,7 +87,7 @@ TEST_F(WorkersTest, RecordsAreNumberedInTheOrderOfTheSource) {
     EXPECT_THAT(Report(), HasSubstr(R"("workers":{"count":3,"ahead":11,"in_turn":0})"));
 }
 
-TEST_F(WorkersTest, LaterRecordsChangeEarlierOnes) {
+TEST_P(WorkersTest, LaterRecordsChangeEarlierOnes) {
     std::vector<Fields> records;
     for (int i = 0; i < 900; ++i) {
         records.push_back({{"source_id", std::to_string(i % 90)}, {"title", std::to_string(i)}});
@@ -89,7 +98,7 @@ TEST_F(WorkersTest, LaterRecordsChangeEarlierOnes) {
               "90");
 }
 
-TEST_F(WorkersTest, LoadGoesOnWhereItStopped) {
+TEST_P(WorkersTest, LoadGoesOnWhereItStopped) {
     std::vector<Fields> records = Distinct(950);
     records[420] = {{"source_id", "odd"}, {"votes", "many"}};
     m_options.maxRejects = 0;
@@ -103,7 +112,7 @@ TEST_F(WorkersTest, LoadGoesOnWhereItStopped) {
 }
 
 // What one group merges, the group after it does not undo.
-TEST_F(WorkersTest, RefusedGroupTakesNoneOfThoseBeforeItAlong) {
+TEST_P(WorkersTest, RefusedGroupTakesNoneOfThoseBeforeItAlong) {
     Execute("CREATE UNIQUE INDEX by_hand ON bug (title)");
     Load({Bugs(kUpdate), Records("first.xml", {{{"source_id", "0"}, {"title", "taken"}}})});
     m_options.groupRecords = 2;
@@ -127,7 +136,7 @@ class WorkersAndWaitingTest : public WorkersTest {
     static constexpr int kCount = 900;
 };
 
-TEST_F(WorkersAndWaitingTest, RecordsThatNothingWaitsForAreDoneAhead) {
+TEST_P(WorkersAndWaitingTest, RecordsThatNothingWaitsForAreDoneAhead) {
     std::vector<Fields> records = Distinct(kCount);
     records[0].push_back({"owner", "late"});
     EXPECT_EQ(Load({Bugs(), Records("data.xml", records),
@@ -138,7 +147,7 @@ TEST_F(WorkersAndWaitingTest, RecordsThatNothingWaitsForAreDoneAhead) {
     EXPECT_GE(GroupsAhead(Report()), kLate);
 }
 
-TEST_F(WorkersAndWaitingTest, NothingOvertakesARecordOfItsIdThatWaits) {
+TEST_P(WorkersAndWaitingTest, NothingOvertakesARecordOfItsIdThatWaits) {
     std::vector<Fields> records = Distinct(kCount);
     records[0].push_back({"owner", "late"});
     records[850] = {{"source_id", "0"}, {"title", "later"}};
@@ -150,7 +159,7 @@ TEST_F(WorkersAndWaitingTest, NothingOvertakesARecordOfItsIdThatWaits) {
               "899later2");
 }
 
-TEST_F(WorkersAndWaitingTest, RecordIsTriedAsSoonAsWhatItWaitsForHasCome) {
+TEST_P(WorkersAndWaitingTest, RecordIsTriedAsSoonAsWhatItWaitsForHasCome) {
     std::vector<Fields> records = Distinct(kCount);
     records[0].push_back({"twin_of", "850"});
     EXPECT_EQ(Load({Bugs("<duplicate_id name=\"twin_of\"/>"), Records("data.xml", records)}), 0);
@@ -158,7 +167,7 @@ TEST_F(WorkersAndWaitingTest, RecordIsTriedAsSoonAsWhatItWaitsForHasCome) {
               "850\n0\n851");
 }
 
-TEST_F(WorkersTest, AnotherLoadOfTheSourceIsPassedOver) {
+TEST_P(WorkersTest, AnotherLoadOfTheSourceIsPassedOver) {
     const std::string data = Records("data.xml", Distinct(350));
     Load({Bugs(), data});
     EXPECT_EQ(Load({Bugs(), data}), 0);
@@ -177,27 +186,31 @@ class RehearsalWithWorkersTest : public WorkersTest {
     }
 };
 
-TEST_F(RehearsalWithWorkersTest, GroupsAreDoneAheadAndNothingStays) {
+TEST_P(RehearsalWithWorkersTest, GroupsAreDoneAheadAndNothingStays) {
     EXPECT_THAT(Check({Bugs(), Records("data.xml", Distinct(1050))}),
                 HasSubstr("1,050 records read: 1,050 would be created"));
     EXPECT_THAT(Report(), HasSubstr(R"("workers":{"count":3,"ahead":11,"in_turn":0})"));
     EXPECT_EQ(Query("SELECT count(*) FROM bug"), "0");
 }
 
-TEST_F(RehearsalWithWorkersTest, WhatAnEarlierSourceWouldHaveWrittenIsSeen) {
+TEST_P(RehearsalWithWorkersTest, WhatAnEarlierSourceWouldHaveWrittenIsSeen) {
     const std::string data = Records("data.xml", Distinct(250));
     const std::string more = Records("more.xml", Distinct(350));
     EXPECT_THAT(Check({Bugs(kUpdate), data, more}), HasSubstr("350 would be created, 250 updated"));
     EXPECT_THAT(Report(), HasSubstr(R"("ahead":4,"in_turn":3)"));
 }
 
-TEST_F(RehearsalWithWorkersTest, GroupThatTheDatabaseRefusesIsUndoneByItself) {
+TEST_P(RehearsalWithWorkersTest, GroupThatTheDatabaseRefusesIsUndoneByItself) {
     Execute("CREATE UNIQUE INDEX by_hand ON bug (title)");
     std::vector<Fields> records = Distinct(350);
     records[220][1].second = records[130][1].second;
     EXPECT_THAT(Check({Bugs(), Records("data.xml", records)}),
                 HasSubstr("349 would be created, 0 updated, 1 rejected"));
 }
+
+ON_A_SERVER_IN_EACH_LAYOUT(WorkersTest);
+ON_A_SERVER_IN_EACH_LAYOUT(WorkersAndWaitingTest);
+ON_A_SERVER_IN_EACH_LAYOUT(RehearsalWithWorkersTest);
 
 class OneWorkerTest : public LoadFixture {
   protected:

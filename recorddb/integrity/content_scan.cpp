@@ -15,8 +15,9 @@ class ContentScan {
   public:
     explicit ContentScan(CheckContext& context)
         : m_context(context),
-          m_owners(context.Query("SELECT record_type, record, field, filename, filesize "
-                                 "FROM zt_attachment WHERE sha256 = $1")) {}
+          m_owners(context.Scan("SELECT sha256, record_type, record, field, filename, filesize "
+                                "FROM zt_attachment ORDER BY sha256, dbid")),
+          m_hasOwner(context.NextRow(*m_owners)) {}
 
     ContentTotals Run() {
         const auto rows =
@@ -83,23 +84,35 @@ class ContentScan {
     }
 
     // True when an attachment has the content. Sizes are compared only where the content is not
-    // damaged.
+    // damaged. Contents and attachments are both read in the order of their hashes, so that there
+    // is no search for each content.
     bool CheckOwners() {
-        m_owners->BindAll(std::string_view(m_sha256));
         bool owned = false;
-        const sql::ResetGuard guard(*m_owners);
-        while (m_owners->Step()) {
-            owned = true;
-            const schema::RecordType* const type = m_context.FindType(m_owners->Int(0));
-            if (type != nullptr && sql::StorageOf(*m_owners, 4) == sql::Storage::Integer &&
-                m_owners->Int(4) != m_size && m_chunksSound) {
-                m_context.ReportRecord(
-                    *type, m_owners->Int(1),
-                    fmt::format("{}, {}, size", CellText(*m_owners, 2), CellText(*m_owners, 3)),
-                    CellText(*m_owners, 4), fmt::format("its content has {} bytes", m_size));
+        for (; m_hasOwner && !IsOwnerBehind(); m_hasOwner = m_context.NextRow(*m_owners)) {
+            if (IsOwner()) {
+                owned = true;
+                CheckSize();
             }
         }
-        return owned;
+        return owned || m_context.Stopped();
+    }
+
+    // Of what is no text, hashes are reported with their attachments.
+    bool OwnerHasHash() const {
+        return sql::StorageOf(*m_owners, kHashColumn) == sql::Storage::Text;
+    }
+    bool IsOwner() const { return OwnerHasHash() && m_owners->Text(kHashColumn) == m_sha256; }
+    bool IsOwnerBehind() const { return OwnerHasHash() && m_owners->Text(kHashColumn) > m_sha256; }
+
+    void CheckSize() {
+        const schema::RecordType* const type = m_context.FindType(m_owners->Int(1));
+        if (type != nullptr && sql::StorageOf(*m_owners, 5) == sql::Storage::Integer &&
+            m_owners->Int(5) != m_size && m_chunksSound) {
+            m_context.ReportRecord(
+                *type, m_owners->Int(2),
+                fmt::format("{}, {}, size", CellText(*m_owners, 3), CellText(*m_owners, 4)),
+                CellText(*m_owners, 5), fmt::format("its content has {} bytes", m_size));
+        }
     }
 
     void Report(const std::string& sha256, std::string field, std::string problem) {
@@ -113,6 +126,7 @@ class ContentScan {
 
     CheckContext& m_context;
     std::unique_ptr<sql::Statement> m_owners;
+    bool m_hasOwner;
     ContentTotals m_totals;
     std::string m_sha256;  // of the content under way
     std::optional<Sha256> m_hash;

@@ -158,13 +158,12 @@ std::vector<std::int64_t> RecordReader::FindByValue(const schema::RecordType& ty
     const bool isNumber = field.kind == schema::FieldKind::Integer ||
                           field.kind == schema::FieldKind::Reference ||
                           field.kind == schema::FieldKind::DbId;
-    FieldValue wanted;
     if (!isNumber) {
-        wanted = std::string(value);
-    } else if (const auto number = IntegerOf(value)) {
-        wanted = *number;
+        return FindWanted(m_tables->batch, type, field, std::string(value), limit);
     }
-    return FindWanted(m_tables->batch, type, field, wanted, limit);
+    const auto number = IntegerOf(value);
+    return number ? FindWanted(m_tables->batch, type, field, *number, limit)
+                  : std::vector<std::int64_t>();
 }
 
 KeyMatch RecordReader::FindKey(const schema::RecordType& type, std::string_view key,

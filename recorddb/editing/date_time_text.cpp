@@ -1,5 +1,6 @@
 #include "platform/core/addatetime.h"
-#include "recorddb/model/value_text.h"
+#include "recorddb/model/stored_values.h"
+#include "recorddb/value_text.h"
 
 namespace recorddb {
 

@@ -9,7 +9,7 @@
 #include "platform/foundation/utf.h"
 #include "platform/messages/message_ids.h"
 #include "recorddb/messages/error_message.h"
-#include "recorddb/model/value_text.h"
+#include "recorddb/model/stored_values.h"
 
 namespace recorddb {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "recorddb/model/value_text.h"
+#include "recorddb/value_text.h"
 
 namespace recorddb {
 

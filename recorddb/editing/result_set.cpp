@@ -8,10 +8,10 @@
 #include "platform/messages/message_ids.h"
 #include "recorddb/editing/reference_refusal.h"
 #include "recorddb/messages/error_message.h"
-#include "recorddb/model/value_text.h"
 #include "recorddb/store/bind_value.h"
 #include "recorddb/store/tables/column_text.h"
 #include "recorddb/store/tables/table_layout.h"
+#include "recorddb/value_text.h"
 
 namespace recorddb {
 

@@ -9,7 +9,8 @@
 #include "platform/messages/message_ids.h"
 #include "recorddb/editing/reference_refusal.h"
 #include "recorddb/messages/error_message.h"
-#include "recorddb/model/value_text.h"
+#include "recorddb/model/stored_values.h"
+#include "recorddb/value_text.h"
 
 namespace recorddb {
 

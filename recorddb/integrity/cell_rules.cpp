@@ -8,7 +8,7 @@
 
 #include "platform/foundation/utf.h"
 #include "recorddb/model/names.h"
-#include "recorddb/model/value_text.h"
+#include "recorddb/model/stored_values.h"
 
 namespace recorddb {
 

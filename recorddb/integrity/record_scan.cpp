@@ -8,7 +8,7 @@
 
 #include "recorddb/integrity/cell_rules.h"
 #include "recorddb/model/names.h"
-#include "recorddb/model/value_text.h"
+#include "recorddb/model/stored_values.h"
 #include "recorddb/store/tables/tables.h"
 
 namespace recorddb {

@@ -4,7 +4,6 @@
 
 #include "recorddb/database.h"
 #include "recorddb/editing/reference_keys.h"
-#include "recorddb/model/value_text.h"
 #include "recorddb/reader.h"
 #include "recorddb/sha256.h"
 #include "recorddb/sql.h"
@@ -17,6 +16,7 @@
 #include "recorddb/store/history_table.h"
 #include "recorddb/store/key_table.h"
 #include "recorddb/store/record_tables.h"
+#include "recorddb/value_text.h"
 
 namespace recorddb {
 

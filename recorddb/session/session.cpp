@@ -8,8 +8,8 @@
 #include "recorddb/editing/query_def.h"
 #include "recorddb/editing/result_set.h"
 #include "recorddb/messages/error_message.h"
-#include "recorddb/model/value_text.h"
 #include "recorddb/session/session_parts.h"
+#include "recorddb/value_text.h"
 
 namespace recorddb {
 

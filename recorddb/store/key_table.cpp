@@ -2,9 +2,9 @@
 
 #include <fmt/format.h>
 
-#include "recorddb/model/value_text.h"
 #include "recorddb/store/bind_value.h"
 #include "recorddb/store/tables/column_text.h"
+#include "recorddb/value_text.h"
 
 namespace recorddb {
 

@@ -4,14 +4,16 @@
 The table stands in ARCHITECTURE.md under "The arrows": a row for each folder with sources, and the folders that it may
 include besides itself, which stand further down ("everything below": all of those). A room that ends in "..." is a folder
 with all below it. Told are rooms that the table does not name, or that are not there, includes that it does not allow, and
-arrows that nothing uses.
+arrows that nothing uses; folders that hold so much that it must be more than one thing; and files of one name.
 """
+import collections
 import pathlib
 import re
 import sys
 
 HEADING = "## The arrows"
 FOLDERS = ["platform", "ztimporter", "recorddb", "tool", "tests", "bench", "fuzz", "examples"]
+MOST_PAIRS = 30  # of a header and a source of one name; either may be missing
 INCLUDE = re.compile(r'^\s*#\s*include\s*["<]([^">]+)[">]', re.MULTILINE)
 
 
@@ -71,13 +73,32 @@ def includes_of(root, path):
             yield name, str(pathlib.PurePath(name).parent)
 
 
+def overfull_folders(paths):
+    names = collections.defaultdict(set)
+    for path in paths:
+        names[path.parent].add(path.stem)
+    for folder, stems in names.items():
+        if len(stems) > MOST_PAIRS:
+            yield f"{folder}/ holds {len(stems)} headers with their sources: more than {MOST_PAIRS} are several rooms"
+
+
+def shared_names(paths):
+    places = collections.defaultdict(list)
+    for path in paths:
+        places[path.name].append(str(path))
+    for found in places.values():
+        if len(found) > 1:
+            yield f"{' and '.join(found)} have one name"
+
+
 def faults_of(root):
     table = read_table((root / "ARCHITECTURE.md").read_text(encoding="utf-8"))
     rooms = Rooms(table)
     faults = list(upward_arrows(table))
     allowed = allowed_targets(table)
     seen, used = set(), set()
-    for path in sources_of(root):
+    paths = list(sources_of(root))
+    for path in paths:
         room = rooms.room_of(str(path.parent))
         if room is None:
             faults.append(f"{path} stands in a room that the table does not name")
@@ -90,6 +111,7 @@ def faults_of(root):
             used.add((room, target))
             if target not in (room, None) and target not in allowed[room]:
                 faults.append(f"{path} includes {name}: no arrow leads from {room} to {target}")
+    faults += [*overfull_folders(paths), *shared_names(paths)]
     faults += [f"{room} has a row and no sources" for room in table if room not in seen]
     faults += [f"nothing in {room} includes anything of {target}"
                for room, targets in table.items() for target in targets or [] if (room, target) not in used]

@@ -82,6 +82,16 @@ class Arrows(unittest.TestCase):
         faults = self.faults(table=TABLE.replace("| `platform/core/` | |", "| `platform/core/` | `recorddb/` |"))
         self.assertIn("platform/core/ may include recorddb/, which has no row of its own", faults)
 
+    def test_a_folder_may_hold_thirty_headers_with_their_sources(self):
+        sources = {f"tool/io/part{number}.{ending}": "" for number in range(29) for ending in ("h", "cpp")}
+        self.assertEqual(self.faults(sources), [])  # and file.h
+        self.assertEqual(self.faults({**sources, "tool/io/more.cpp": ""}),
+                         ["tool/io/ holds 31 headers with their sources: more than 30 are several rooms"])
+
+    def test_two_files_of_one_name_are_told(self):
+        self.assertEqual(self.faults({"platform/core/file.h": ""}),
+                         ["platform/core/file.h and tool/io/file.h have one name"])
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -188,7 +188,7 @@ class RowGatherer final : public RowHandler {
 
 }  // namespace
 
-std::unique_ptr<RowReader> OpenRows(ByteSource& bytes, const SourceSurvey& survey) {
+std::unique_ptr<RowFileReader> OpenRows(ByteSource& bytes, const SourceSurvey& survey) {
     switch (survey.group.format) {
         case MapFormat::Csv:
             return std::make_unique<CsvReader>(bytes, survey.guess.csv);

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "tool/io/byte_source.h"
-#include "tool/sources/rows/row_reader.h"
+#include "tool/sources/rows/row_file_reader.h"
 #include "tool/survey/address_survey.h"
 #include "tool/survey/source_guess.h"
 #include "tool/survey/survey_files.h"
@@ -60,7 +60,7 @@ struct SourceSurvey {
 };
 
 // The reader of one of the files.
-std::unique_ptr<RowReader> OpenRows(ByteSource& bytes, const SourceSurvey& survey);
+std::unique_ptr<RowFileReader> OpenRows(ByteSource& bytes, const SourceSurvey& survey);
 
 // Reads all files of a group, in constant memory. Throws SourceError when one of them cannot be
 // read, std::system_error when a temporary file cannot be written.

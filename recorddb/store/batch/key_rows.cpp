@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "recorddb/model/value_text.h"
 #include "recorddb/store/tables/table_layout.h"
+#include "recorddb/value_text.h"
 
 namespace recorddb {
 

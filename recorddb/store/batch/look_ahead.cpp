@@ -8,13 +8,13 @@
 #include <string_view>
 
 #include "recorddb/model/names.h"
-#include "recorddb/model/value_text.h"
 #include "recorddb/sql/row_reader.h"
 #include "recorddb/store/batch/key_rows.h"
 #include "recorddb/store/batch/key_sets.h"
 #include "recorddb/store/tables/cells.h"
 #include "recorddb/store/tables/table_layout.h"
 #include "recorddb/store/tables/tables.h"
+#include "recorddb/value_text.h"
 
 namespace recorddb {
 

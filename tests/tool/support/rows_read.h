@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tool/sources/rows/row_reader.h"
+#include "tool/sources/rows/row_file_reader.h"
 
 namespace tool {
 
@@ -45,7 +45,7 @@ class RowsRead final : public RowHandler {
         bool operator==(const Entry&) const = default;
     };
 
-    explicit RowsRead(RowReader& reader) { reader.Read(*this); }
+    explicit RowsRead(RowFileReader& reader) { reader.Read(*this); }
 
     void TakeHeader(const std::vector<std::string>& columns) override { header = columns; }
     bool TakeRow(Row& row) override {

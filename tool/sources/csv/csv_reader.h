@@ -9,7 +9,7 @@
 
 #include "tool/io/byte_source.h"
 #include "tool/io/charset_decoder.h"
-#include "tool/sources/rows/row_reader.h"
+#include "tool/sources/rows/row_file_reader.h"
 
 namespace tool {
 
@@ -31,7 +31,7 @@ struct CsvFormat {
 // A row with more or fewer cells than the header has an error, as has one with a byte that is not
 // text, and one in whose quotes no end is found; after the latter, reading goes on with the next
 // line.
-class CsvReader final : public RowReader {
+class CsvReader final : public RowFileReader {
   public:
     // `bytes` outlives the object. Throws SourceError when there is no such encoding.
     CsvReader(ByteSource& bytes, CsvFormat format, RowLimits limits = {},

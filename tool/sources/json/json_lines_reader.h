@@ -7,13 +7,13 @@
 
 #include "tool/io/byte_source.h"
 #include "tool/sources/json/row_builder.h"
-#include "tool/sources/rows/row_reader.h"
+#include "tool/sources/rows/row_file_reader.h"
 
 namespace tool {
 
 // Reads JSON Lines: a JSON value on each line, in UTF-8. Empty lines are passed over. A line that
 // is no JSON costs no other one.
-class JsonLinesReader final : public RowReader {
+class JsonLinesReader final : public RowFileReader {
   public:
     // `bytes` outlives the object.
     explicit JsonLinesReader(ByteSource& bytes, RowLimits limits = {},

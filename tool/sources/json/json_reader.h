@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "tool/io/byte_source.h"
-#include "tool/sources/rows/row_reader.h"
+#include "tool/sources/rows/row_file_reader.h"
 
 namespace tool {
 
@@ -17,7 +17,7 @@ namespace tool {
 //
 // Where the text stops being JSON, nothing behind it can be read: the row that is open there, or
 // one more, has an error that says so.
-class JsonReader final : public RowReader {
+class JsonReader final : public RowFileReader {
   public:
     // The way to the array of the rows: names of members, and "*" for every element of an array.
     // Without one, rows are the elements of the document when it is an array, otherwise the

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tool/sources/rows/row.h"
-#include "tool/sources/rows/row_reader.h"
+#include "tool/sources/rows/row_file_reader.h"
 
 namespace tool {
 

@@ -28,8 +28,8 @@ std::vector<std::string> FromRow(const MapAddress& address, const MapEach* each)
     return steps;
 }
 
-std::unique_ptr<RowReader> OpenReader(const MapSource& source, ByteSource& bytes,
-                                      const RowLimits& limits) {
+std::unique_ptr<RowFileReader> OpenReader(const MapSource& source, ByteSource& bytes,
+                                          const RowLimits& limits) {
     switch (source.format) {
         case MapFormat::Csv:
             return std::make_unique<CsvReader>(bytes, source.csv, limits);

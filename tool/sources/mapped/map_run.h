@@ -20,7 +20,7 @@
 #include "tool/sources/mapped/step_plan.h"
 #include "tool/sources/mapped/step_source.h"
 #include "tool/sources/mapped/value_maker.h"
-#include "tool/sources/rows/row_reader.h"
+#include "tool/sources/rows/row_file_reader.h"
 
 namespace tool {
 

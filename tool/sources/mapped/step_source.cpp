@@ -7,7 +7,7 @@
 #include "tool/io/text_hash.h"
 #include "tool/packet/field_search.h"
 #include "tool/packet/packet_head.h"
-#include "tool/packet/record_writer.h"
+#include "tool/packet/record_markup_writer.h"
 
 namespace tool {
 
@@ -116,7 +116,7 @@ StepPackets PacketsOf(const StepPlan& plan, const recorddb::schema::Schema& sche
 }
 
 void AppendPacketRecord(const SourceValues& values, const StepPackets& packets, std::string& out) {
-    RecordWriter writer(out);
+    RecordMarkupWriter writer(out);
     for (const SourceField& field : values.fields) {
         if (field.isList) {
             writer.List(field.name, field.values);

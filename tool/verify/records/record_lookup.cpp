@@ -4,8 +4,8 @@
 
 #include <utility>
 
-#include "tool/verify/records/scratch_failure.h"
 #include "tool/verify/records/stored_text.h"
+#include "tool/verify/records/verify_scratch.h"
 
 namespace tool {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tool/verify/records/scratch_failure.h"
+#include "tool/verify/records/verify_scratch.h"
 
 namespace tool {
 

@@ -1,10 +1,8 @@
-#ifndef RECORDDB_MODEL_VALUE_TEXT_H
-#define RECORDDB_MODEL_VALUE_TEXT_H
+#ifndef RECORDDB_MODEL_STORED_VALUES_H
+#define RECORDDB_MODEL_STORED_VALUES_H
 
 #include <cstdint>
 #include <string_view>
-
-#include "recorddb/value_text.h"
 
 namespace recorddb {
 

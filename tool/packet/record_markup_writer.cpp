@@ -1,4 +1,4 @@
-#include "tool/packet/record_writer.h"
+#include "tool/packet/record_markup_writer.h"
 
 #include "tool/io/byte_set.h"
 #include "tool/packet/xml_text.h"
@@ -33,17 +33,17 @@ void AppendEscaped(std::string_view text, std::string& out) {
 
 }  // namespace
 
-RecordWriter::RecordWriter(std::string& out) : m_out(out) {
+RecordMarkupWriter::RecordMarkupWriter(std::string& out) : m_out(out) {
     m_out += "<record>\n";
 }
 
-void RecordWriter::OpenField(std::string_view field) {
+void RecordMarkupWriter::OpenField(std::string_view field) {
     m_out += "  <field name=\"";
     m_out += EscapedAttribute(field);
     m_out += "\">";
 }
 
-void RecordWriter::Text(std::string_view value, PacketPlace place) {
+void RecordMarkupWriter::Text(std::string_view value, PacketPlace place) {
     if (StandsAsItIs(value, place)) {
         AppendEscaped(value, m_out);
     } else {
@@ -51,13 +51,13 @@ void RecordWriter::Text(std::string_view value, PacketPlace place) {
     }
 }
 
-void RecordWriter::Value(std::string_view field, std::string_view value, PacketPlace place) {
+void RecordMarkupWriter::Value(std::string_view field, std::string_view value, PacketPlace place) {
     OpenField(field);
     Text(value, place);
     m_out += "</field>\n";
 }
 
-void RecordWriter::List(std::string_view field, std::span<const std::string> items) {
+void RecordMarkupWriter::List(std::string_view field, std::span<const std::string> items) {
     OpenField(field);
     bool isFirst = true;
     for (const std::string& item : items) {
@@ -68,12 +68,12 @@ void RecordWriter::List(std::string_view field, std::span<const std::string> ite
     m_out += "</field>\n";
 }
 
-void RecordWriter::OpenLines(std::string_view field) {
+void RecordMarkupWriter::OpenLines(std::string_view field) {
     OpenField(field);
     m_isFirstLine = true;
 }
 
-void RecordWriter::HistoryLine(std::span<const std::string_view> columns) {
+void RecordMarkupWriter::HistoryLine(std::span<const std::string_view> columns) {
     m_out += m_isFirstLine ? "" : "\n";
     m_isFirstLine = false;
     bool isFirst = true;
@@ -85,16 +85,16 @@ void RecordWriter::HistoryLine(std::span<const std::string_view> columns) {
 }
 
 // Every line ends, also the last one: an empty line at the end would be none otherwise.
-void RecordWriter::AttachmentLine(std::string_view line) {
+void RecordMarkupWriter::AttachmentLine(std::string_view line) {
     Text(line, PacketPlace::AttachmentLine);
     m_out += '\n';
 }
 
-void RecordWriter::CloseLines() {
+void RecordMarkupWriter::CloseLines() {
     m_out += "</field>\n";
 }
 
-void RecordWriter::End() {
+void RecordMarkupWriter::End() {
     m_out += "</record>";
 }
 

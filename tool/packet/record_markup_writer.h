@@ -1,5 +1,5 @@
-#ifndef TOOL_PACKET_RECORD_WRITER_H
-#define TOOL_PACKET_RECORD_WRITER_H
+#ifndef TOOL_PACKET_RECORD_MARKUP_WRITER_H
+#define TOOL_PACKET_RECORD_MARKUP_WRITER_H
 
 #include <span>
 #include <string>
@@ -10,10 +10,10 @@
 namespace tool {
 
 // Writes the record of a guarded packet, value by value.
-class RecordWriter {
+class RecordMarkupWriter {
   public:
     // Begins a record at the end of `out`, which outlives the object.
-    explicit RecordWriter(std::string& out);
+    explicit RecordMarkupWriter(std::string& out);
 
     // A value that a rule of packets for such a place would change is guarded.
     void Value(std::string_view field, std::string_view value, PacketPlace place);

@@ -1,5 +1,5 @@
-#ifndef TOOL_SOURCES_ROWS_ROW_READER_H
-#define TOOL_SOURCES_ROWS_ROW_READER_H
+#ifndef TOOL_SOURCES_ROWS_ROW_FILE_READER_H
+#define TOOL_SOURCES_ROWS_ROW_FILE_READER_H
 
 #include <cstddef>
 #include <cstdint>
@@ -36,12 +36,12 @@ class RowHandler {
 };
 
 // Reads a file as rows, once and in constant memory.
-class RowReader {
+class RowFileReader {
   public:
-    RowReader() = default;
-    RowReader(const RowReader&) = delete;
-    RowReader& operator=(const RowReader&) = delete;
-    virtual ~RowReader() = default;
+    RowFileReader() = default;
+    RowFileReader(const RowFileReader&) = delete;
+    RowFileReader& operator=(const RowFileReader&) = delete;
+    virtual ~RowFileReader() = default;
 
     // Reads all of it. To be called once. A row that cannot be used is handed out with an error and
     // the reading goes on, as far as rows can still be told apart. Throws SourceError when the file

@@ -38,8 +38,6 @@ constexpr std::size_t kDeepestElement = 50000;
 constexpr std::string_view kSyntheticRoot = "<fragment>\n";
 constexpr long kLinesBeforeInput = 1;
 
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
 constexpr std::string_view kReplacementCharacter = "\xEF\xBF\xBD";
 
 bool BeginsWithDeclaration(std::string_view text) {
@@ -287,8 +285,8 @@ void ExpatReader::StepOverProlog(std::string_view& head) {
         ++m_start.column;
         return;
     }
-    if (head.starts_with(kByteOrderMark)) {
-        head.remove_prefix(kByteOrderMark.size());
+    if (head.starts_with(PlainReader::kByteOrderMark)) {
+        head.remove_prefix(PlainReader::kByteOrderMark.size());
     }
     if (!BeginsWithDeclaration(head)) {
         return;

@@ -214,6 +214,9 @@ class Cutter {
 }  // namespace
 
 PlainReader::Result PlainReader::ReadTag(std::string_view text, std::size_t& at, Tag& tag) {
+    if (at == 0 && text.starts_with(kByteOrderMark)) {
+        return Result::kNotPlain;
+    }
     Cutter cutter(text, at);
     if (!cutter.CutText(tag.before)) {
         return cutter.At() == text.size() ? Result::kIncomplete : Result::kNotPlain;

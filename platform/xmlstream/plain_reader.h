@@ -23,6 +23,9 @@ class PlainReader {
     // Deeper elements are expat's, which knows how deep is too deep.
     static constexpr std::size_t kDeepest = 100;
 
+    // In front of an input it is no part of it, and anywhere else it is.
+    static constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
     enum class Result {
         kRead,
         kIncomplete,  // it may be plain, when more of the text is there
@@ -30,7 +33,8 @@ class PlainReader {
     };
 
     // Reads one tag with the text in front of it, which begins at `at` in `text`, into the queue,
-    // and moves `at` past it. Nothing is done unless it is read.
+    // and moves `at` past it. Nothing is done unless it is read. `text` is an input from its
+    // beginning.
     static Result ReadTag(std::string_view text, std::size_t& at, TokenQueue& queue);
 
     // The same for who keeps account of open elements and white space himself: that an end tag

@@ -90,6 +90,12 @@ TEST_F(ConfigurationParser, KnowsAConfigurationByTheElementThatOpensFirst) {
                         " x='1'>text"));
 }
 
+TEST_F(ConfigurationParser, KnowsAConfigurationBehindAByteOrderMark) {
+    EXPECT_TRUE(IsConfiguration("\xEF\xBB\xBF<configuration><record_type name='x'/>"));
+    EXPECT_TRUE(IsConfiguration("\xEF\xBB\xBF<configuration>"));
+    EXPECT_FALSE(IsConfiguration("<a>\xEF\xBB\xBF<configuration>"));
+}
+
 TEST_F(ConfigurationParser, KnowsOtherPacketsByWhatComesBeforeIt) {
     EXPECT_FALSE(IsConfiguration(""));
     EXPECT_FALSE(IsConfiguration("text<configuration/>"));

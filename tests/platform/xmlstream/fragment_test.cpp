@@ -68,6 +68,9 @@ TEST(Prolog, MayBeAllThereIs) {
 TEST(Prolog, StepsOverAByteOrderMark) {
     EXPECT_THAT(TokensOf("\xEF\xBB\xBF<a/>"), ElementsAre("<a>", "</a>"));
     EXPECT_THAT(TokensOf("\xEF\xBB\xBF<?xml version='1.0'?><a/>"), ElementsAre("<a>", "</a>"));
+    EXPECT_THAT(TokensOf("\xEF\xBB\xBF<a>x</a>"), ElementsAre("<a>", "'x'", "</a>"));
+    EXPECT_THAT(TokensOf("\xEF\xBB\xBF\n <a>x</a>"), ElementsAre("<a>", "'x'", "</a>"));
+    EXPECT_THAT(TokensOf("<a>\xEF\xBB\xBF</a>"), ElementsAre("<a>", "'\xEF\xBB\xBF'", "</a>"));
 }
 
 TEST(Prolog, DoesNotTakeAnotherInstructionForADeclaration) {

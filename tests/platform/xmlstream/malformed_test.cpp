@@ -132,6 +132,7 @@ TEST(MalformedXml, DeclarationsAndDoctypes) {
         {"<?xml version='1.0'?>\n<!DOCTYPE a>", 2, 3,
          "a DOCTYPE or another declaration is not allowed"},
         {"<a>\n <!ELEMENT b ANY></a>", 2, 4, "a DOCTYPE or another declaration is not allowed"},
+        {"\xEF\xBB\xBF <a>\n<!b></a>", 2, 3, "a DOCTYPE or another declaration is not allowed"},
         {"<a><![INCLUDE[x]]></a>", 1, 7, "not well-formed (invalid token)"},
         {"<?xml version='1.0'", 1, 1, "the XML declaration is not closed"},
     });

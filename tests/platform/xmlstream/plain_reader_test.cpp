@@ -67,6 +67,7 @@ TEST(PlainReader, LeavesTheRestAlone) {
                                    "\x01<a>",
                                    "\xFF<a>",
                                    "\xEF\xBF\xBF<a>",
+                                   "\xEF\xBB\xBF<a>",
                                    "<1>",
                                    "< a>",
                                    "<a\xC3\xA9>",

@@ -21,7 +21,17 @@ struct Reading {
     std::optional<XmlPosition> failed;
 
     bool HasTheTokensOf(const Reading& other) const {
-        return tokens == other.tokens && failed.has_value() == other.failed.has_value();
+        return Settled() == other.Settled() && failed.has_value() == other.failed.has_value();
+    }
+
+    // Without the text in front of a failure: how much of it is delivered depends on where the
+    // chunks of the input end.
+    std::vector<std::string> Settled() const {
+        std::vector<std::string> settled = tokens;
+        if (failed && !settled.empty() && settled.back()[0] == '\'') {
+            settled.pop_back();
+        }
+        return settled;
     }
 };
 
@@ -113,6 +123,14 @@ std::vector<std::string> TagsOf(const Reading& reading) {
     return tags;
 }
 
+// An input may have a byte order mark, a declaration or the rest of a character only where it
+// begins.
+bool MayStandAnywhere(std::string_view text) {
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    const bool isCut = !text.empty() && (static_cast<std::uint8_t>(text[0]) & 0xC0U) == 0x80U;
+    return !isCut && !text.starts_with(byteOrderMark) && !text.starts_with("<?xml");
+}
+
 // `text` after a comment so long that the stream's first chunk of input ends `border` bytes into
 // it.
 std::string Shifted(std::string_view text, std::size_t border) {
@@ -130,7 +148,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::size_t border = input.TakeChoice();
     const std::string_view text = input.Text();
     const Reading reading = Read(text);
-    if (!text.starts_with("\xEF\xBB\xBF") && !text.starts_with("<?xml")) {
+    if (MayStandAnywhere(text)) {
         Expect(Read(Shifted(text, border)).HasTheTokensOf(reading),
                "tokens do not depend on the borders of chunks");
     }

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "platform/messages/message_ids.h"
 #include "tests/ztimporter/importer_fixture.h"
 #include "tests/ztimporter/thrown_cases.h"
@@ -40,6 +42,15 @@ TEST_F(UpdateInsertTest, AnEmptyResultSetIsReleasedButNotUnbuilt) {
     ImportRecords({{{"source_id", "core-1"}}});
     ExpectErrorText(u"");
     ExpectCalls(Joined(Search("source_id", "core-1"), Lines{"GetRowCount()"}, Created()));
+}
+
+TEST_F(UpdateInsertTest, AnEmptyResultSetIsReleasedBeforeTheRecordIsCreated) {
+    GivenRowCount(u"core-1", 0);
+    ImportRecords({{{"source_id", "core-1"}}});
+    const Lines lines = m_core.Log().Lines({CallLog::Kind::kRelease, CallLog::Kind::kTrace});
+    const auto creation = std::find(lines.begin(), lines.end(), "trace: ImportRecord begins");
+    ASSERT_NE(creation, lines.end());
+    EXPECT_EQ(*(creation - 1), "release: result set of source_id = core-1");
 }
 
 TEST_F(UpdateInsertTest, ReturnsWhatCreationReturns) {

@@ -46,8 +46,8 @@ class LoadFixture : public testing::Test {
     void Execute(const std::string& sql);
 
     // All that the database holds, the definitions of a file's tables and a server's indexes among
-    // it, but for the times at which duplicates were marked, the numbers of the loads' runs, and how
-    // many transactions there were.
+    // it, but for the times at which duplicates were marked, the numbers of the loads' runs, and
+    // how many transactions there were.
     std::string Dump();
 
     bool IsFile() const { return m_place.IsFile(); }

@@ -73,7 +73,7 @@ enum class ErrorKind {
     CannotOpen,
     PermissionDenied,  // the role that works on a server lacks a right
     ConnectionLost,
-    Unsupported,  // an engine that this build has no driver for
+    Unsupported,  // the engine has nothing of the kind
     Other
 };
 

@@ -43,8 +43,9 @@ std::string ExplainFailure(const recorddb::sql::Error& error) {
             return Failed(cause, "see that the server runs and can be reached");
         case ErrorKind::CannotOpen:
         case ErrorKind::PermissionDenied:
-        case ErrorKind::Unsupported:
             return cause;
+        case ErrorKind::Unsupported:
+            return error.Sql().empty() ? cause : error.what();
         default:
             return error.what();
     }

@@ -28,6 +28,7 @@ constexpr std::pair<std::string_view, ErrorKind> kKinds[] = {
     {"XX001", ErrorKind::Corrupt},
     {"XX002", ErrorKind::Corrupt},
     {"42501", ErrorKind::PermissionDenied},
+    {"0A", ErrorKind::Unsupported},
     {"57P", ErrorKind::ConnectionLost},
     {"08", ErrorKind::ConnectionLost},
     {"28", ErrorKind::CannotOpen},

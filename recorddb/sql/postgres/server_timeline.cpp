@@ -1,5 +1,7 @@
 #include "recorddb/sql/postgres/server_timeline.h"
 
+#include "recorddb/errors.h"
+
 namespace recorddb::sql {
 
 namespace {
@@ -10,11 +12,9 @@ constexpr const char* kMayAsk =
     "FROM unnest(ARRAY['pg_control_system()', 'pg_walfile_name(pg_lsn)', "
     "'pg_current_wal_lsn()']) AS f";
 
-}  // namespace
-
 // The first eight digits of the name of the log file that is written to are the timeline. What the
 // control file says of it comes later, with a checkpoint.
-ServerTimeline TimelineOf(PostgresHandle& handle) {
+ServerTimeline Ask(PostgresHandle& handle) {
     if (handle.Run(kMayAsk).Int(0, 0) == 0) {
         return {};
     }
@@ -26,6 +26,20 @@ ServerTimeline TimelineOf(PostgresHandle& handle) {
         return {};
     }
     return {.cluster = std::string(found.Text(0, 0)), .number = found.Int(0, 1)};
+}
+
+}  // namespace
+
+// Engines that only speak as the server does may have no timelines, and say so by refusing.
+ServerTimeline TimelineOf(PostgresHandle& handle) {
+    try {
+        return Ask(handle);
+    } catch (const Error& error) {
+        if (error.Kind() != ErrorKind::Unsupported && error.Kind() != ErrorKind::PermissionDenied) {
+            throw;
+        }
+        return {};
+    }
 }
 
 }  // namespace recorddb::sql

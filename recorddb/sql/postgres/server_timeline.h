@@ -20,8 +20,8 @@ struct ServerTimeline {
     }
 };
 
-// That of a server that takes changes. Nothing is known of one that does not take any, and of one
-// that does not let the role ask (pg_control_system). Throws Error.
+// That of a server that takes changes. Nothing is known of one that does not take any, of one that
+// does not let the role ask (pg_control_system), and of one that refuses to say. Throws Error.
 ServerTimeline TimelineOf(PostgresHandle& handle);
 
 }  // namespace recorddb::sql

@@ -25,6 +25,7 @@ TEST(PostgresErrorTest, KindFollowsFromTheSqlState) {
         {"25006", ErrorKind::ReadOnly},
         {"XX001", ErrorKind::Corrupt},
         {"42501", ErrorKind::PermissionDenied},
+        {"0A000", ErrorKind::Unsupported},
         {"57P01", ErrorKind::ConnectionLost},
         {"08006", ErrorKind::ConnectionLost},
         {"28P01", ErrorKind::CannotOpen},

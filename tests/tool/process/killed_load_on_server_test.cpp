@@ -12,12 +12,14 @@
 
 #include "child_process.h"
 #include "load_fixture.h"
+#include "recorddb/database.h"
 #include "server_proxy.h"
 
 namespace tool {
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 using Fate = ServerProxy::Fate;
 using Message = ServerProxy::Message;
 using Side = ServerProxy::Side;
@@ -72,10 +74,11 @@ class KilledLoadOnServer : public OnEachEngine<LoadFixture> {
             Fate::Cut);
     }
 
-    // What the same command comes to afterwards.
-    void ExpectCompletion() {
+    // What the same command comes to afterwards; returns what it says.
+    std::string ExpectCompletion() {
         m_options.rejects = RejectsFolder();
         EXPECT_EQ(Load(m_sources), 1) << Said();
+        std::string said = Said();
         EXPECT_EQ(Query("SELECT count(*) FROM bug"), "226");
         EXPECT_EQ(Query("SELECT count(*) FROM bug WHERE id = 'BUG' || lpad(dbid::text, 8, '0')"),
                   "226");
@@ -86,6 +89,33 @@ class KilledLoadOnServer : public OnEachEngine<LoadFixture> {
                   "226 4 230 1");
         EXPECT_EQ(Query("SELECT count(*) FROM zt_journal_reject"), "4");
         EXPECT_EQ(RejectsSetAside(), 4);
+        ExpectAllAsWhenUndisturbed();
+        return said;
+    }
+
+    // The same load into another database holds the same.
+    void ExpectAllAsWhenUndisturbed() {
+        const std::string disturbed = DumpWithout(m_place.Schema());
+        const std::string database = m_database;
+        const DatabasePlace other(Engine::Postgres, "");
+        recorddb::Database::Create(
+            other.Location(),
+            recorddb::Database::Open(m_database, recorddb::Database::Mode::ReadOnly)->GetSchema());
+        m_database = other.Location();
+        m_options.rejects = m_folder.File("other rejects");
+        EXPECT_EQ(Load(m_sources), 1) << Said();
+        EXPECT_THAT(Said(), Not(HasSubstr("goes on behind")));
+        EXPECT_EQ(disturbed, DumpWithout(other.Schema()));
+        m_database = database;
+        m_options.rejects = RejectsFolder();
+    }
+
+    std::string DumpWithout(const std::string& schema) {
+        std::string dump = Dump();
+        for (std::size_t at = 0; (at = dump.find(schema, at)) != std::string::npos;) {
+            dump.erase(at, schema.size());
+        }
+        return dump;
     }
 
     std::string RejectsFolder() const { return m_folder.File("rejects"); }
@@ -127,8 +157,7 @@ TEST_P(KilledLoadOnServer, GoesOnWhereverItWas) {
     for (const int place : {1, 40, 120, 40}) {
         KillAt(place);
     }
-    ExpectCompletion();
-    EXPECT_THAT(Said(), HasSubstr("goes on behind record"));
+    EXPECT_THAT(ExpectCompletion(), HasSubstr("goes on behind record"));
 }
 
 TEST_P(KilledLoadOnServer, WithWorkersGoesOnWhereverItWas) {

@@ -1,6 +1,7 @@
 #ifndef RECORDDB_DATABASE_H
 #define RECORDDB_DATABASE_H
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -59,10 +60,11 @@ class RECORDDB_API Database {
     // outlive the database; one at a time.
     AdPtr<Session> OpenSession(const SessionOptions& options);
 
-    // Connects anew when the connection was lost, where the engine can (see sql::Connection). What
-    // was read before is forgotten. Throws DatabaseError when another record database is found in
-    // the place of this one; sql::Error.
-    void Reconnect();
+    // Connects anew when the connection was lost, where the engine can, with no more than
+    // `patience` for a server that does not answer (see sql::Connection). What was read before is
+    // forgotten. Throws DatabaseError when another record database is found in the place of this
+    // one; sql::Error.
+    void Reconnect(std::chrono::milliseconds patience);
 
     // Begins a transaction; everything written until it ends belongs to it. Throws sql::Error, and
     // std::logic_error when one is open already.

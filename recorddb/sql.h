@@ -1,6 +1,7 @@
 #ifndef RECORDDB_SQL_H
 #define RECORDDB_SQL_H
 
+#include <chrono>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
@@ -177,8 +178,9 @@ class RECORDDB_API Connection {
     // prepared anew where that is needed; executions have ended. What becomes of a transaction
     // whose commit was not answered, only the database can tell. Throws Error: for want of a
     // server, CannotOpen or ConnectionLost, after which it may be tried again; std::logic_error
-    // while a transaction is open, and where there is nothing to lose.
-    virtual void Reconnect();
+    // while a transaction is open, and where there is nothing to lose. A server that does not
+    // answer is given up within `patience`, as far as the engine lets that be said.
+    virtual void Reconnect(std::chrono::milliseconds patience);
 
     // In a transaction for writing: keeps the lock of writers beyond its end, so that no other
     // writer comes in between. When some wait, the call lets them go ahead after this transaction

@@ -187,8 +187,8 @@ Database::Database(std::unique_ptr<sql::Connection> connection, schema::Schema s
 
 Database::~Database() = default;
 
-void Database::Reconnect() {
-    m_connection->Reconnect();
+void Database::Reconnect(std::chrono::milliseconds patience) {
+    m_connection->Reconnect(patience);
     if (schema::LoadStoredSchema(*m_connection, m_location) !=
         schema::StoredSchema{m_schema.Text(), m_layout}) {
         throw DatabaseError(

@@ -15,7 +15,7 @@ std::unique_ptr<RowReader> Connection::MakeRowReader() {
     return MakeStatementRowReader(*this);
 }
 
-void Connection::Reconnect() {
+void Connection::Reconnect(std::chrono::milliseconds /*patience*/) {
     throw std::logic_error("a connection that cannot be lost is made anew");
 }
 

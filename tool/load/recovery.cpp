@@ -74,18 +74,17 @@ void Recovery::Connect(const std::string& why) {
                     why, CountOf(static_cast<std::uint64_t>(m_time.count()), "second")));
     for (int failures = 1;; ++failures) {
         try {
-            m_database.Reconnect();
+            m_database.Reconnect(Left(begin));
             m_sinks.Warn("connected again");
             return;
         } catch (const recorddb::sql::Error& error) {
             const bool mayPass = error.Kind() == ErrorKind::CannotOpen ||
                                  error.Kind() == ErrorKind::ConnectionLost ||
                                  error.Kind() == ErrorKind::Busy;
-            const auto elapsed = std::chrono::steady_clock::now() - begin;
             if (!mayPass) {
                 throw;
             }
-            if (Interrupted() != 0 || elapsed >= m_time) {
+            if (Interrupted() != 0 || Left(begin).count() <= 0) {
                 throw recorddb::sql::Error(
                     ErrorKind::ConnectionLost,
                     fmt::format("the connection was lost ({}), and there is no other one: {}", why,
@@ -93,8 +92,12 @@ void Recovery::Connect(const std::string& why) {
                     "");
             }
         }
-        Wait(WaitAfter(failures + 1));
+        Wait(std::min(WaitAfter(failures + 1), Left(begin)));
     }
+}
+
+milliseconds Recovery::Left(std::chrono::steady_clock::time_point begin) const {
+    return std::chrono::ceil<milliseconds>(begin + m_time - std::chrono::steady_clock::now());
 }
 
 }  // namespace tool

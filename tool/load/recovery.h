@@ -34,6 +34,8 @@ class Recovery {
 
   private:
     void Connect(const std::string& why);
+    // What is left of the time in which a connection is sought that was lost at `begin`.
+    std::chrono::milliseconds Left(std::chrono::steady_clock::time_point begin) const;
 
     recorddb::Database& m_database;
     LoadSinks& m_sinks;

@@ -116,14 +116,14 @@ std::unique_ptr<RowReader> PostgresConnection::MakeRowReader() {
     return std::make_unique<PostgresRowReader>(m_handle, m_arrayStatements);
 }
 
-void PostgresConnection::Reconnect() {
+void PostgresConnection::Reconnect(std::chrono::milliseconds patience) {
     if (InTransaction()) {
         throw std::logic_error("a connection is made anew while a transaction is open");
     }
     m_handle.Close();
     m_keepsTurn = false;
     m_allTurnsOwn = false;
-    m_handle.TakeOver(m_connector.Connect());
+    m_handle.TakeOver(m_connector.Connect(patience));
 }
 
 bool PostgresConnection::CanSpreadTables() {

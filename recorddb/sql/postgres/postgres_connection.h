@@ -1,6 +1,7 @@
 #ifndef RECORDDB_SQL_POSTGRES_POSTGRES_CONNECTION_H
 #define RECORDDB_SQL_POSTGRES_POSTGRES_CONNECTION_H
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -37,7 +38,7 @@ class PostgresConnection final : public Connection {
     std::unique_ptr<RowReader> MakeRowReader() override;
     bool ReadsManyForLess() const override { return true; }
     bool CanReconnect() const override { return true; }
-    void Reconnect() override;
+    void Reconnect(std::chrono::milliseconds patience) override;
     bool KeepTurn() override;
     void LetOthersWrite() override;
     std::string ShareMoment() override;

@@ -191,9 +191,11 @@ void CheckServer(int version, std::string_view name, std::string_view encoding) 
 PostgresConnector::PostgresConnector(const std::string& url, OpenMode mode)
     : m_url(ReadServerUrl(url)), m_mode(mode) {}
 
-PostgresHandle PostgresConnector::Connect() {
+PostgresHandle PostgresConnector::Connect(std::optional<std::chrono::milliseconds> patience) {
+    const auto until =
+        patience ? Until(std::chrono::steady_clock::now() + *patience) : std::nullopt;
     try {
-        return ConnectUnnamed();
+        return ConnectUnnamed(until);
     } catch (const Error& error) {
         throw Error(error.Kind(), m_url.shown + ": " + error.DriverText(), error.Sql());
     }
@@ -201,11 +203,11 @@ PostgresHandle PostgresConnector::Connect() {
 
 // A former primary that was started again lacks what was written since, and takes changes all the
 // same. Where the URL names other servers, one of them is the primary.
-PostgresHandle PostgresConnector::ConnectToCurrent() {
+PostgresHandle PostgresConnector::ConnectToCurrent(Until until) {
     ServerHosts servers(m_url.connection);
     std::string refusal;
     for (;;) {
-        PostgresHandle handle = ConnectToOneOf(servers, refusal);
+        PostgresHandle handle = ConnectToOneOf(servers, until, refusal);
         CheckServer(handle.ServerVersion(), handle.Setting("server_version"),
                     handle.Setting("server_encoding"));
         const ServerTimeline timeline = IsReadOnly() ? ServerTimeline() : TimelineOf(handle);
@@ -223,22 +225,27 @@ PostgresHandle PostgresConnector::ConnectToCurrent() {
     }
 }
 
-PostgresHandle PostgresConnector::ConnectToOneOf(const ServerHosts& servers,
+PostgresHandle PostgresConnector::ConnectToOneOf(const ServerHosts& servers, Until until,
                                                  const std::string& refusal) const {
+    std::optional<std::chrono::milliseconds> patience;
+    if (until) {
+        patience = std::chrono::duration_cast<std::chrono::milliseconds>(
+            *until - std::chrono::steady_clock::now());
+    }
     try {
-        return servers.Connect(!IsReadOnly());
+        return servers.Connect(!IsReadOnly(), patience);
     } catch (const Error& error) {
         throw Error(error.Kind(), error.DriverText() + (refusal.empty() ? "" : "; and " + refusal),
                     error.Sql());
     }
 }
 
-PostgresHandle PostgresConnector::ConnectUnnamed() {
+PostgresHandle PostgresConnector::ConnectUnnamed(Until until) {
     if (m_mode == OpenMode::Immutable) {
         throw Error(ErrorKind::Unsupported,
                     "a database on a server can always be read; leave --immutable out", "");
     }
-    PostgresHandle handle = ConnectToCurrent();
+    PostgresHandle handle = ConnectToCurrent(until);
     if (!m_backend.empty()) {
         EndFormer(handle, m_backend);
     }

@@ -1,7 +1,9 @@
 #ifndef RECORDDB_SQL_POSTGRES_POSTGRES_CONNECTOR_H
 #define RECORDDB_SQL_POSTGRES_POSTGRES_CONNECTOR_H
 
+#include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -25,9 +27,10 @@ class PostgresConnector {
     PostgresConnector(const std::string& url, OpenMode mode);
 
     // Connects, checks that the database can be used in the way that was asked for, and sets the
-    // connection up. Ends the connection that was made before, if the server still has it. Throws
-    // Error as sql::Open does.
-    PostgresHandle Connect();
+    // connection up. Ends the connection that was made before, if the server still has it. Servers
+    // that do not answer get no more than `patience` in all, where it is given (see ServerHosts).
+    // Throws Error as sql::Open does.
+    PostgresHandle Connect(std::optional<std::chrono::milliseconds> patience = {});
 
     // What begins a transaction that sees one moment and writes nothing.
     static constexpr std::string_view kBeginReading =
@@ -56,9 +59,13 @@ class PostgresConnector {
     bool IsReadOnly() const { return m_mode == OpenMode::ReadOnly; }
 
   private:
-    PostgresHandle ConnectUnnamed();
-    PostgresHandle ConnectToCurrent();
-    PostgresHandle ConnectToOneOf(const ServerHosts& servers, const std::string& refusal) const;
+    // The moment until which servers may be waited for.
+    using Until = std::optional<std::chrono::steady_clock::time_point>;
+
+    PostgresHandle ConnectUnnamed(Until until);
+    PostgresHandle ConnectToCurrent(Until until);
+    PostgresHandle ConnectToOneOf(const ServerHosts& servers, Until until,
+                                  const std::string& refusal) const;
 
     ServerUrl m_url;
     OpenMode m_mode;

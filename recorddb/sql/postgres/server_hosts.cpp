@@ -3,6 +3,7 @@
 #include <libpq-fe.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <string_view>
 #include <utility>
@@ -73,13 +74,29 @@ class Settings {
 
 // What is not said otherwise. A server that has vanished is noticed within a minute, also while an
 // answer is waited for.
+constexpr const char* kConnectTimeout = "30";
 constexpr std::pair<const char*, const char*> kDefaults[] = {
     {"fallback_application_name", "ztimport"},
-    {"connect_timeout", "30"},
+    {"connect_timeout", kConnectTimeout},
     {"keepalives_idle", "30"},
     {"keepalives_interval", "10"},
     {"keepalives_count", "3"},
     {"tcp_user_timeout", "60000"}};
+
+// The seconds that are left for each of so many servers. libpq takes 0 for no limit, and 1 for 2.
+long ShareOf(std::chrono::milliseconds patience, std::size_t servers) {
+    const auto all = std::chrono::ceil<std::chrono::seconds>(patience).count();
+    const auto count = static_cast<long>(servers);
+    return std::max(2L, (all + count - 1) / count);
+}
+
+// True where the limit that is said comes later than `seconds`. libpq is to judge what is no
+// number.
+bool IsLonger(const std::string& said, long seconds) {
+    long limit = 0;
+    const auto [end, error] = std::from_chars(said.data(), said.data() + said.size(), limit);
+    return error == std::errc() && (limit <= 0 || limit > seconds);
+}
 
 bool AreSeveral(const ConnectionOptions& options) {
     return options.Value("host").find(',') != std::string::npos ||
@@ -91,7 +108,8 @@ bool AreSeveral(const ConnectionOptions& options) {
 ServerHosts::ServerHosts(std::string url)
     : m_url(std::move(url)), m_options(ConnectionOptions::InUrl(m_url)) {}
 
-PostgresHandle ServerHosts::Connect(bool writes) const {
+PostgresHandle ServerHosts::Connect(bool writes,
+                                    std::optional<std::chrono::milliseconds> patience) const {
     // The URL is expanded in the place of `dbname`; what comes after it takes precedence over the
     // URL, what comes before it does not, but over all that the URL does not say itself.
     const ConnectionOptions said = ConnectionOptions::ForUrl(m_url);
@@ -106,6 +124,15 @@ PostgresHandle ServerHosts::Connect(bool writes) const {
     }
     settings.Add("dbname", m_url.c_str());
     settings.Add("client_encoding", "UTF8");
+    std::string limit;
+    if (patience) {
+        const long share = ShareOf(*patience, Count(said));
+        const std::string usual = said.Value("connect_timeout");
+        if (IsLonger(usual.empty() ? kConnectTimeout : usual, share)) {
+            limit = std::to_string(share);
+            settings.Add("connect_timeout", limit.c_str());
+        }
+    }
     if (m_hasLeftOut) {
         settings.Add("host", m_hosts.c_str());
         settings.Add("hostaddr", m_addresses.c_str());
@@ -127,6 +154,12 @@ bool ServerHosts::SaysWhichServers(const ConnectionOptions& said) const {
     constexpr const char* keyword = "target_session_attrs";
     return said.Value(keyword) != "any" || m_options.Says(keyword) ||
            std::getenv("PGTARGETSESSIONATTRS") != nullptr;
+}
+
+// How many servers are tried, where each name is that of one.
+std::size_t ServerHosts::Count(const ConnectionOptions& said) const {
+    return std::max(Items(m_hasLeftOut ? m_hosts : said.Value("host")).size(),
+                    Items(m_hasLeftOut ? m_addresses : said.Value("hostaddr")).size());
 }
 
 bool ServerHosts::LeaveOut(const PostgresHandle& handle) {

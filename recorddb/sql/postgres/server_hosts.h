@@ -1,6 +1,8 @@
 #ifndef RECORDDB_SQL_POSTGRES_SERVER_HOSTS_H
 #define RECORDDB_SQL_POSTGRES_SERVER_HOSTS_H
 
+#include <chrono>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,9 +20,12 @@ class ServerHosts {
     explicit ServerHosts(std::string url);
 
     // Connects to the first server that answers. When it is one of several and `writes`, those that
-    // take no changes are passed over, unless something else is said (target_session_attrs). Throws
-    // Error (CannotOpen).
-    PostgresHandle Connect(bool writes) const;
+    // take no changes are passed over, unless something else is said (target_session_attrs). For
+    // one that does not answer, it waits as long as is said (connect_timeout), and where `patience`
+    // is given no longer than that, shared among the servers; but two seconds for each in any case,
+    // which is the least that libpq waits. Throws Error (CannotOpen).
+    PostgresHandle Connect(bool writes,
+                           std::optional<std::chrono::milliseconds> patience = {}) const;
 
     // Leaves the server of a connection out of those that are connected to; false when no other one
     // is left.
@@ -28,6 +33,7 @@ class ServerHosts {
 
   private:
     bool SaysWhichServers(const ConnectionOptions& said) const;
+    std::size_t Count(const ConnectionOptions& said) const;
 
     std::string m_url;
     ConnectionOptions m_options;  // what the URL itself says

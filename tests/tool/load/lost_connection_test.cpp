@@ -208,5 +208,24 @@ TEST_F(LostConnection, EndsTheLoadWhenNoOtherOneIsToBeHadInTime) {
     }
 }
 
+// Who connects would wait for ever.
+TEST_F(LostConnection, EndsTheLoadInTimeWhenServersFallSilent) {
+    LoadOfThreeGroups load;
+    load.m_options.retryFor = std::chrono::seconds(1);
+    load.m_database += "&connect_timeout=0";
+    bool isGone = false;
+    try {
+        load.Run([&](const Message& message) {
+            const bool goes = !isGone && message.from == Side::Client && IsCommit(message);
+            isGone = isGone || goes;
+            return goes ? Fate::Cut : isGone ? Fate::Hold : Fate::Pass;
+        });
+        ADD_FAILURE() << "the load goes on";
+    } catch (const recorddb::sql::Error& error) {
+        EXPECT_EQ(error.Kind(), recorddb::sql::ErrorKind::ConnectionLost);
+        EXPECT_THAT(error.DriverText(), HasSubstr("timeout"));
+    }
+}
+
 }  // namespace
 }  // namespace tool

@@ -70,6 +70,7 @@ class ProxiedLoad : public LoadFixture {
     }
 
     using LoadFixture::ContentOf;
+    using LoadFixture::m_database;
     using LoadFixture::m_options;
     using LoadFixture::Said;
 

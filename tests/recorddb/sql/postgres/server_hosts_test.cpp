@@ -3,10 +3,17 @@
 
 #include <gtest/gtest.h>
 #include <libpq-fe.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
+#include <list>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "engines.h"
 #include "recorddb/errors.h"
@@ -17,24 +24,66 @@ namespace recorddb::sql {
 
 namespace {
 
-// A variable of the environment, which is there as long as the object.
+// As long as the object is there, a variable of the environment has this value, or none.
 class Variable {
   public:
-    Variable(const std::string& name, const std::string& value) : m_name(name) {
+    Variable(const std::string& name, const std::optional<std::string>& value) : m_name(name) {
         if (const char* const before = std::getenv(name.c_str())) {
             m_before = before;
         }
-        setenv(name.c_str(), value.c_str(), 1);
+        Set(value);
     }
     Variable(const Variable&) = delete;
     Variable& operator=(const Variable&) = delete;
-    ~Variable() {
-        m_before ? setenv(m_name.c_str(), m_before->c_str(), 1) : unsetenv(m_name.c_str());
+    ~Variable() { Set(m_before); }
+
+  private:
+    void Set(const std::optional<std::string>& value) const {
+        value ? setenv(m_name.c_str(), value->c_str(), 1) : unsetenv(m_name.c_str());
+    }
+
+    std::string m_name;
+    std::optional<std::string> m_before;
+};
+
+// An environment that says nothing to libpq, whatever the person who runs the tests has set.
+class NoVariables {
+  public:
+    NoVariables() {
+        std::vector<std::string> names;
+        for (char** entry = environ; *entry != nullptr; ++entry) {
+            const std::string_view text = *entry;
+            if (text.starts_with("PG")) {
+                names.emplace_back(text.substr(0, text.find('=')));
+            }
+        }
+        for (const std::string& name : names) {
+            m_unset.emplace_back(name, std::nullopt);
+        }
     }
 
   private:
-    std::string m_name;
-    std::optional<std::string> m_before;
+    std::list<Variable> m_unset;
+};
+
+// A server that takes connections and never says a word.
+class SilentServer {
+  public:
+    explicit SilentServer(const std::string& folder) {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        const std::string path = folder + "/.s.PGSQL.5432";
+        path.copy(address.sun_path, sizeof(address.sun_path) - 1);
+        m_socket = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        EXPECT_EQ(bind(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+        EXPECT_EQ(listen(m_socket, 8), 0);
+    }
+    SilentServer(const SilentServer&) = delete;
+    SilentServer& operator=(const SilentServer&) = delete;
+    ~SilentServer() { close(m_socket); }
+
+  private:
+    int m_socket;
 };
 
 // Services are those of the file "services" in the temporary folder.
@@ -56,8 +105,9 @@ class ServerHostsTest : public testing::Test {
     }
 
     // The values that a connection is made with.
-    static std::string Used(const std::string& url, const char* keyword, bool writes = true) {
-        const PostgresHandle handle = ServerHosts(url).Connect(writes);
+    static std::string Used(const std::string& url, const char* keyword, bool writes = true,
+                            std::optional<std::chrono::milliseconds> patience = {}) {
+        const PostgresHandle handle = ServerHosts(url).Connect(writes, patience);
         return ConnectionOptions::Of(handle.Raw()).Value(keyword);
     }
 
@@ -68,6 +118,7 @@ class ServerHostsTest : public testing::Test {
     static constexpr const char* kServiceUrl = "postgresql:///?service=ours";
 
     TemporaryFolder m_folder;
+    NoVariables m_noVariables;
     Variable m_serviceFile{"PGSERVICEFILE", m_folder.File("services")};
     std::string m_socket;
     std::string m_hosts;
@@ -80,6 +131,34 @@ TEST_F(ServerHostsTest, AnswersAreNotWaitedForEndlesslyUnlessThePersonSaysSo) {
     EXPECT_EQ(Used(url + "&connect_timeout=7", "connect_timeout"), "7");
     const Variable variable("PGCONNECT_TIMEOUT", "8");
     EXPECT_EQ(Used(url, "connect_timeout"), "8");
+}
+
+TEST_F(ServerHostsTest, PatienceIsSharedAmongTheServersAndCutsWhatIsSaid) {
+    using std::chrono::milliseconds;
+    const auto limit = [](const std::string& url, milliseconds patience) {
+        return Used(url, "connect_timeout", true, patience);
+    };
+    const std::string url = UrlAt(m_socket);
+    EXPECT_EQ(limit(url, milliseconds(5000)), "5");
+    EXPECT_EQ(limit(url, milliseconds(4001)), "5");
+    EXPECT_EQ(limit(url, milliseconds(60000)), "30");
+    EXPECT_EQ(limit(url, milliseconds(-1)), "2");
+    EXPECT_EQ(limit(url + "&connect_timeout=3", milliseconds(5000)), "3");
+    EXPECT_EQ(limit(url + "&connect_timeout=7", milliseconds(5000)), "5");
+    EXPECT_EQ(limit(url + "&connect_timeout=0", milliseconds(5000)), "5");
+    EXPECT_EQ(limit(UrlAt(m_hosts), milliseconds(5000)), "3");
+}
+
+TEST_F(ServerHostsTest, ServerThatNeverAnswersIsGivenUpWhenThePatienceEnds) {
+    const SilentServer silent(m_folder.Path().string());
+    try {
+        ServerHosts(UrlAt(m_folder.Path().string()) + "&connect_timeout=0")
+            .Connect(true, std::chrono::milliseconds(1));
+        ADD_FAILURE() << "connected";
+    } catch (const Error& error) {
+        EXPECT_EQ(error.Kind(), ErrorKind::CannotOpen);
+        EXPECT_NE(error.DriverText().find("timeout"), std::string::npos) << error.DriverText();
+    }
 }
 
 TEST_F(ServerHostsTest, ServiceComesBeforeTheEnvironmentAndWhatIsSetOtherwise) {

@@ -83,6 +83,11 @@ bool StandsInDeclaration(XML_Parser parser) {
                .starts_with("<!");
 }
 
+// How much of the input expat has told of when this event is over.
+long EndOfEvent(XML_Parser parser) {
+    return static_cast<long>(XML_GetCurrentByteIndex(parser)) + XML_GetCurrentByteCount(parser);
+}
+
 }  // namespace
 
 // The handlers that expat calls. Exceptions must not pass through C code, so they are kept until
@@ -91,6 +96,7 @@ struct ExpatReader::Callbacks {
     template <typename Event>
     static void Take(void* reader, Event event) {
         auto& self = *static_cast<ExpatReader*>(reader);
+        NoteEvent(reader);
         self.m_chunkLimit = kLargestChunkOfText;
         // The end of an empty element is reported even if its start has already stopped expat.
         if (self.m_callbackFailure || self.m_refused) {
@@ -138,9 +144,16 @@ struct ExpatReader::Callbacks {
     }
 
     // Without handlers of their own, these would reach the default handler and count as text.
-    static void Comment(void* /*reader*/, const char* /*text*/) {}
-    static void Instruction(void* /*reader*/, const char* /*target*/, const char* /*data*/) {}
-    static void CdataBorder(void* /*reader*/) {}
+    static void Comment(void* reader, const char* /*text*/) { NoteEvent(reader); }
+    static void Instruction(void* reader, const char* /*target*/, const char* /*data*/) {
+        NoteEvent(reader);
+    }
+    static void CdataBorder(void* reader) { NoteEvent(reader); }
+
+    static void NoteEvent(void* reader) {
+        auto& self = *static_cast<ExpatReader*>(reader);
+        self.m_told = EndOfEvent(self.m_expat->Get());
+    }
 };
 
 ExpatReader::ExpatReader(std::istream& input)
@@ -267,6 +280,7 @@ void ExpatReader::OpenFragment() {
     if (opened != XML_STATUS_OK) {
         ThrowOutOfMemory();
     }
+    m_told = static_cast<long>(kSyntheticRoot.size());
     XML_SetUserData(parser, this);
     XML_SetElementHandler(parser, Callbacks::StartTag, Callbacks::EndTag);
     XML_SetDefaultHandler(parser, Callbacks::Text);
@@ -377,8 +391,28 @@ void ExpatReader::RefuseOnExpatError() {
                                           Obx_String::FromUtf8(m_queue.OpenName()) + u"\"";
     } else if (error == XML_ERROR_INVALID_TOKEN && StandsInDeclaration(m_expat->Get())) {
         what = u"a DOCTYPE or another declaration is not allowed";
+    } else if (error == XML_ERROR_INVALID_TOKEN) {
+        TakeTextBeforeSectionEnd();
     }
     Refuse(XmlException::Code::kMalformed, what);
+}
+
+// expat tells of text before all that it refuses, but for the end of a section that has no
+// beginning.
+void ExpatReader::TakeTextBeforeSectionEnd() {
+    constexpr std::string_view end = "]]>";
+    int offset = 0;
+    int size = 0;
+    const char* const context = XML_GetInputContext(m_expat->Get(), &offset, &size);
+    const long untold = static_cast<long>(XML_GetCurrentByteIndex(m_expat->Get())) - m_told;
+    if (context == nullptr || untold < 0 || untold > offset || offset == size) {
+        return;
+    }
+    std::string_view text(context + offset - untold, static_cast<std::size_t>(untold) + 1);
+    if (text.ends_with(end)) {
+        text.remove_suffix(end.size());
+        m_queue.AddText(text);
+    }
 }
 
 // The text before the refused place comes first: what stands in front of a packet's first record

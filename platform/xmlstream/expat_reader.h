@@ -70,6 +70,7 @@ class ExpatReader {
     void Settle(int status);
     void Finish();
     void RefuseOnExpatError();
+    void TakeTextBeforeSectionEnd();
     // Notes a failure, which Peek throws once the text before it has been taken.
     void Refuse(XmlException::Code code, const Obx_String& what);
 
@@ -87,6 +88,7 @@ class ExpatReader {
     std::size_t m_chunkLimit;
     std::size_t m_bytesRead = 0;
     std::size_t m_deepest = 0;
+    long m_told = 0;  // bytes of what expat was given, up to the end of its last event
     std::optional<Failure> m_refused;
     std::exception_ptr m_callbackFailure;
     State m_state = State::kUnopened;

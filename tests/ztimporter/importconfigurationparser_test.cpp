@@ -109,6 +109,7 @@ TEST_F(ConfigurationParser, KnowsOtherPacketsByWhatComesBeforeIt) {
 TEST_F(ConfigurationParser, KnowsOtherPacketsByTextInFrontOfWhatCannotBeRead) {
     EXPECT_FALSE(IsConfiguration("tail</x><configuration/>"));
     EXPECT_FALSE(IsConfiguration("AT&T<configuration/>"));
+    EXPECT_FALSE(IsConfiguration("tail of a section ]]></x><configuration/>"));
     EXPECT_FALSE(IsConfiguration("\x82\xAC</x><configuration/>"));
 }
 

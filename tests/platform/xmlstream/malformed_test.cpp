@@ -176,6 +176,33 @@ TEST(MalformedXml, ComesAfterTheTextBeforeIt) {
     ExpectTextThenFailure("tail\xC3", "'tail'", 5);
 }
 
+// A packet may be cut within a section.
+TEST(MalformedXml, ComesAfterTheTextBeforeTheEndOfACutSection) {
+    ExpectTextThenFailure("tail ]]></x><record/>", "'tail '", 8);
+    ExpectTextThenFailure("tail]]]]>", "'tail]]'", 9);
+    ExpectTextThenFailure("a\nb]]>", "'a\nb'", 4);
+    ExpectTextThenFailure("a&amp;b]]>", "'a&amp;b'", 10);
+    ExpectTextThenFailure("<!-- c -->tail]]>", "'tail'", 17);
+    ExpectTextThenFailure("<?p?>tail]]>", "'tail'", 12);
+    ExpectTextThenFailure("<![CDATA[x]]>tail]]>", "'xtail'", 20);
+    const std::string tail(5000, 'x');
+    ExpectTextThenFailure(tail + "]]>", "'" + tail + "'", 5003);
+    for (std::size_t size = 2040; size < 2050; ++size) {
+        const std::string text(size, 'x');
+        ExpectTextThenFailure(text + "]]></x>", "'" + text + "'", static_cast<long>(size) + 3);
+    }
+}
+
+TEST(MalformedXml, ComesAtOnceWhereASectionIsClosedThatHasNoText) {
+    for (const char* const xml : {"]]><a/>", " \n]]><a/>", "<!-- c -->]]>"}) {
+        TokenReader reader(xml);
+        EXPECT_TRUE(FailureOf([&] { reader.Next(); })) << xml;
+    }
+    TokenReader reader("<a>]]></a>");
+    EXPECT_EQ(reader.Next(), "<a>");
+    EXPECT_TRUE(FailureOf([&] { reader.Next(); }));
+}
+
 TEST(MalformedXml, ComesAfterTheTextOfAnElement) {
     TokenReader reader("<a>text</b>");
     EXPECT_EQ(reader.Next(), "<a>");

@@ -1,6 +1,5 @@
 // Plain markup is read without expat. What is read, and how it fails, is the same with expat alone,
-// which a declaration at the front calls for. (The texts are shorter than a chunk: how much of a
-// text comes in front of a failure depends on where the chunks of the input end.)
+// which a declaration at the front calls for.
 #include "platform/xmlstream/plain_reader.h"
 
 #include <gtest/gtest.h>

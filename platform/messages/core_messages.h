@@ -77,8 +77,11 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
      u"The field \"_field_\" of a record of type \"_datatype_\" cannot refer to \"_value_\": "
      u"there is no record of type \"_refentitydef_\" with this key.",
      "A reference names a record by its unique key: its display id, or the fields that the schema "
-     "says, separated by blanks. Import the records that are referred to first, correct the value "
-     "in the source, or map the reference to the field that the source uses."},
+     "says, separated by blanks. ztimport lets the record wait for one that the same load may "
+     "still "
+     "bring, except with --whole-packets; a program that calls the importer itself imports the "
+     "records that are referred to first. Correct the value in the source, bring the record that "
+     "is missing, or map the reference to the field that the source uses."},
     {message_id::kReferenceUnclear,
      u"The field \"_field_\" of a record of type \"_datatype_\" cannot refer to \"_value_\": "
      u"several records of type \"_refentitydef_\" could be meant.",
@@ -150,14 +153,19 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
      "fault of the program that makes the call."},
     {message_id::kHistoryTextTooLong,
      u"_field_ of history entry _linenum_ is longer than _limit_ characters",
-     "A history entry has limited room for each of its texts, and nothing is cut silently. The "
-     "entry was left out, the others of the record were imported. Shorten the text in the source "
-     "and import this entry again."},
+     "A history entry has limited room for each of its texts, and nothing is cut silently. "
+     "ztimport "
+     "takes nothing of the record then. A program that calls the importer itself finds the "
+     "record's "
+     "other entries imported. Shorten the text in the source and import the record again."},
     {message_id::kHistoryNotText,
      u"History entry _linenum_ cannot be imported: its _field_ is not valid UTF-16 at index "
      u"_position_.",
-     "The text holds half of a surrogate pair, so it was damaged on its way. The entry was left "
-     "out."},
+     "The text holds half of a surrogate pair, so it was damaged on its way. ztimport takes "
+     "nothing "
+     "of the record then. A program that calls the importer itself finds the record's other "
+     "entries "
+     "imported."},
     {message_id::kHistoryNotTime,
      u"History entry _linenum_ cannot be imported: its _field_ \"_value_\" is not a date and time.",
      "Times of history entries are handed over as \"YYYY-MM-DD HH:MM:SS\", UTC. The entry was left "

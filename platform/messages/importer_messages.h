@@ -35,8 +35,10 @@ inline constexpr auto kImporterMessages = std::to_array<CatalogueMessage>({
     {message_id::kReferenceNotFound,
      u"The field \"_fieldname_\" of a record of type \"_entitydef_\" refers to a record of type "
      u"\"_refentitydef_\" that does not exist.",
-     "A reference field's value names no record. Import the records that are referred to before "
-     "those that refer to them, or correct the value in the source. The record was not imported."},
+     "A reference field's value names no record. ztimport lets the record wait for one that the "
+     "same load may still bring, except with --whole-packets; a program that calls the importer "
+     "itself imports the records that are referred to first. Correct the value in the source, or "
+     "bring the record that is missing. The record was not imported."},
     {message_id::kAttachmentFailed,
      u"The attachment with the identifier \"_attachmentid_\" could not be added.",
      "The database refused the file, most often because it does not exist below the folder for "

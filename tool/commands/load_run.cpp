@@ -89,7 +89,7 @@ std::vector<std::unique_ptr<LoadSink>> OpenSinks(const LoadKind& kind, const Loa
         sinks.push_back(kind.openReport(options.report));
     }
     if (!options.html.empty()) {
-        sinks.push_back(std::make_unique<HtmlLoadReport>(options, kind.command));
+        sinks.push_back(std::make_unique<HtmlLoadReport>(options, kind.command, kind.policy));
     }
     const std::uint64_t totalBytes = isRead ? sources.List().TotalSize() : 0;
     sinks.push_back(kind.openTerminal(options, totalBytes, out, err));

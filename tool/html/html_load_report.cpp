@@ -16,10 +16,14 @@ LoadOptions ForPage(LoadOptions options) {
 
 }  // namespace
 
-HtmlLoadReport::HtmlLoadReport(const LoadOptions& options, std::string command)
+HtmlLoadReport::HtmlLoadReport(const LoadOptions& options, std::string command,
+                               const LoadPolicy& policy)
     : m_file(options.html),
-      m_summary(
-          {std::move(command), ForPage(options), std::chrono::system_clock::now(), ZT_VERSION}) {}
+      m_summary({.command = std::move(command),
+                 .options = ForPage(options),
+                 .start = std::chrono::system_clock::now(),
+                 .version = ZT_VERSION,
+                 .isRehearsal = !policy.KeepsGroups()}) {}
 
 void HtmlLoadReport::Configures(const ImportConfiguration& configuration, const LoadTotals& soFar) {
     m_summary.StartType(configuration.RecordType(), configuration.Data(), soFar);

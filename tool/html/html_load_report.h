@@ -6,6 +6,7 @@
 
 #include "tool/html/run_summary.h"
 #include "tool/io/replacing_file.h"
+#include "tool/load/policy/load_policy.h"
 #include "tool/load/sinks/load_sink.h"
 
 namespace tool {
@@ -15,8 +16,8 @@ namespace tool {
 // file when it cannot be written; the constructor sees that before the load.
 class HtmlLoadReport final : public LoadSink {
   public:
-    // `command` is "load", or "check" for its rehearsal.
-    HtmlLoadReport(const LoadOptions& options, std::string command);
+    // `command` is the name of the command, and `policy` says whether anything is kept.
+    HtmlLoadReport(const LoadOptions& options, std::string command, const LoadPolicy& policy);
 
     void Configures(const ImportConfiguration& configuration, const LoadTotals& soFar) override;
     void PassesOver(std::uint64_t records) override { m_summary.AddLoadedBefore(records); }

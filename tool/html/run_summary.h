@@ -22,10 +22,11 @@ namespace tool {
 
 // What was asked for, and when.
 struct RunDescription {
-    std::string command;  // "load", or "check" for its rehearsal
+    std::string command;  // its name
     LoadOptions options;
     std::chrono::system_clock::time_point start;
-    std::string version;  // of the tool
+    std::string version;       // of the tool
+    bool isRehearsal = false;  // nothing of it is kept
 };
 
 // What the page about a run tells, gathered while it runs. Memory does not grow with the number of
@@ -57,7 +58,7 @@ class RunSummary {
 
     const RunDescription& Description() const { return m_description; }
     // Whether nothing of it was kept.
-    bool Rehearsed() const { return m_description.command == "check"; }
+    bool Rehearsed() const { return m_description.isRehearsal; }
     const LoadTotals& Totals() const { return m_totals; }
     // In the order in which the types were loaded first.
     const std::vector<TypeTotals>& Types() const { return m_types.Types(); }

@@ -17,7 +17,7 @@ RunSummary Start() {
     tool::LoadOptions options;
     options.database = "tracker.db";
     options.sources = {"packets"};
-    return RunSummary({"check", options, {}, "1.2.3"});
+    return RunSummary({"check", options, {}, "1.2.3", true});
 }
 
 RunSummary Checked(std::uint64_t rejected, int losses) {

@@ -1,7 +1,6 @@
 #include "ztimporter/importrecordparser.h"
 
 #include <algorithm>
-#include <array>
 #include <memory>
 #include <span>
 #include <string_view>
@@ -9,6 +8,7 @@
 #include <vector>
 
 #include "platform/core/adtext.h"
+#include "platform/foundation/markup_escapes.h"
 #include "ztimporter/entrylabels.h"
 #include "ztimporter/packetstream.h"
 #include "ztimporter/plainrecord.h"
@@ -20,24 +20,15 @@ constexpr const char16_t* kRecordParserTag = u"AdImportRecordParser";
 
 const Obx_String record_label = u"record";
 
-struct Escape {
-    std::u16string_view sequence;
-    char16_t character;
-};
-constexpr std::array<Escape, 8> kEscapeTable = {{{u"&amp;", u'&'},
-                                                 {u"&lt;", u'<'},
-                                                 {u"&gt;", u'>'},
-                                                 {u"&apos;", u'\''},
-                                                 {u"&quot;", u'"'},
-                                                 {u"&#x9;", u'\t'},
-                                                 {u"&#xA;", u'\n'},
-                                                 {u"&#xD;", u'\r'}}};
-
 // A record is found by these bytes alone; a tag with attributes or blanks is not one.
 constexpr std::string_view kRecordTag = "<record>";
 
+bool BeginsWith(std::u16string_view text, std::string_view ascii) {
+    return text.size() >= ascii.size() && std::equal(ascii.begin(), ascii.end(), text.begin());
+}
+
 // Replaces the escapes of the table from left to right; what was put in is not looked at again.
-Obx_String ReplaceEscapes(Obx_String text, std::span<const Escape> table) {
+Obx_String ReplaceEscapes(Obx_String text, std::span<const MarkupEscape> table) {
     int ampersand = text.Find(u"&");
     if (ampersand < 0) {
         return text;
@@ -48,12 +39,12 @@ Obx_String ReplaceEscapes(Obx_String text, std::span<const Escape> table) {
     std::size_t begin = 0;
     for (; ampersand >= 0; ampersand = text.Find(u"&", static_cast<int>(begin))) {
         const std::u16string_view rest = whole.substr(static_cast<std::size_t>(ampersand));
-        const auto escape = std::find_if(table.begin(), table.end(), [=](const Escape& candidate) {
-            return rest.starts_with(candidate.sequence);
-        });
+        const auto escape = std::find_if(
+            table.begin(), table.end(),
+            [=](const MarkupEscape& candidate) { return BeginsWith(rest, candidate.sequence); });
         const bool known = escape != table.end();
         out.append(whole, begin, static_cast<std::size_t>(ampersand) - begin);
-        out += known ? escape->character : u'&';
+        out += known ? static_cast<char16_t>(escape->character) : u'&';
         begin = static_cast<std::size_t>(ampersand) + (known ? escape->sequence.size() : 1);
     }
     out.append(whole, begin);
@@ -191,7 +182,7 @@ int AdImportRecordParser::GetRecordMap(CMapStringToString& map) {
 // twice ("&amp;lt;") is decoded twice. None of the other seven can arise from one of them being
 // replaced, which lets these share one pass.
 Obx_String AdImportRecordParser::UnEscape(const Obx_String& text) {
-    const std::span<const Escape> table(kEscapeTable);
+    const std::span<const MarkupEscape> table(kMarkupEscapes);
     return ReplaceEscapes(ReplaceEscapes(text, table.first(1)), table.subspan(1));
 }
 

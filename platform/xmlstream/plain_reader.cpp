@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string>
 
+#include "platform/foundation/markup_escapes.h"
 #include "platform/foundation/utf.h"
 
 namespace {
@@ -34,9 +35,6 @@ constexpr std::array<Kind, 256> KindsOfBytes() {
     return kinds;
 }
 constexpr std::array<Kind, 256> kKinds = KindsOfBytes();
-
-constexpr std::array<std::string_view, 8> kEscapes = {"&amp;",  "&lt;",  "&gt;",  "&apos;",
-                                                      "&quot;", "&#x9;", "&#xA;", "&#xD;"};
 
 Kind KindOf(char byte) {
     return kKinds[static_cast<unsigned char>(byte)];
@@ -203,8 +201,9 @@ class Cutter {
 
     bool StandsAtEscape() const {
         const std::string_view rest = m_text.substr(m_at);
-        return std::any_of(kEscapes.begin(), kEscapes.end(),
-                           [rest](std::string_view escape) { return rest.starts_with(escape); });
+        return std::any_of(
+            kMarkupEscapes.begin(), kMarkupEscapes.end(),
+            [rest](const MarkupEscape& escape) { return rest.starts_with(escape.sequence); });
     }
 
     std::string_view m_text;

@@ -5,10 +5,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <utility>
 
+#include "platform/foundation/markup_escapes.h"
 #include "platform/foundation/utf.h"
 #include "platform/foundation/white_space.h"
+#include "tool/guarded/blank_word.h"
 #include "tool/io/byte_set.h"
 
 namespace tool {
@@ -40,12 +43,12 @@ constexpr std::size_t kSize = kMark.size();
 constexpr char16_t kFirstUnit = 0xFDD0;
 constexpr char16_t kLastUnit = 0xFDEF;
 
-// What the importer makes a single character of, as it stands behind "&"; "&amp;" it reads as it is
-// meant.
-constexpr std::array<std::string_view, 7> kEscapes = {"lt;",  "gt;",  "apos;", "quot;",
-                                                      "#x9;", "#xA;", "#xD;"};
+// What the importer decodes although it belongs to the value: each "&" of a value is written as
+// "&amp;", which the importer decodes first, and then it looks for the other escapes in what came
+// of that. So "&lt;" in a value comes out as "<", while "&amp;" stays what it is.
+constexpr std::span<const MarkupEscape> kDecodedAgain = std::span(kMarkupEscapes).subspan(1);
 
-// The longest of those, without the semicolon.
+// The most characters that one of those has between "&" and the semicolon.
 constexpr std::size_t kLongestName = 4;
 
 // Which of the noncharacters the text begins with, from 0; nothing when it begins with none.
@@ -67,8 +70,9 @@ bool IsDecoded(std::string_view rest, PacketPlace place) {
     if (place == PacketPlace::AttachmentLine) {
         return rest.substr(0, kLongestName + 1).find(';') != std::string_view::npos;
     }
-    return std::any_of(kEscapes.begin(), kEscapes.end(),
-                       [rest](std::string_view escape) { return rest.starts_with(escape); });
+    return std::any_of(
+        kDecodedAgain.begin(), kDecodedAgain.end(),
+        [rest](const MarkupEscape& escape) { return rest.starts_with(escape.sequence.substr(1)); });
 }
 
 constexpr bool IsSeparator(char c, PacketPlace place) {
@@ -154,15 +158,6 @@ bool EndsWithWhiteSpace(std::string_view text) {
     return !units.empty() && IsWhiteSpace(units.back());
 }
 
-// Whether the importer takes it for the word that empties a field, whatever its letters' cases are.
-bool IsEmptyingWord(std::string_view text) {
-    constexpr std::size_t longest =
-        std::size_t{5} * 3;  // no letter's other cases take more than three bytes
-    const bool mayBe = !text.empty() && (text[0] == 'B' || text[0] == 'b');
-    return mayBe && text.size() <= longest &&
-           Obx_String::FromUtf8(text).CompareNoCase(u"BLANK") == 0;
-}
-
 // What the mark before `at` and what stands there mean; moves behind what belongs to it.
 std::string_view TakeMarked(std::string_view text, std::size_t& at) {
     const std::string_view rest = text.substr(at);
@@ -187,7 +182,7 @@ bool StandsAsItIs(std::string_view value, PacketPlace place) {
     const bool mayEmpty = isReference || place == PacketPlace::Text;
     return !SuspectsIn(place).IsIn(value) &&
            !(isTrimmed && (BeginsWithWhiteSpace(value) || EndsWithWhiteSpace(value))) &&
-           !(mayEmpty && IsEmptyingWord(value));
+           !(mayEmpty && IsBlankWord(value));
 }
 
 std::string Guarded(std::string_view value, PacketPlace place) {
@@ -206,7 +201,7 @@ std::string Guarded(std::string_view value, PacketPlace place) {
         out.insert(0, BeginsWithWhiteSpace(out) ? kMark : "");
         out += EndsWithWhiteSpace(out) ? kMark : "";
     }
-    if ((isReference || place == PacketPlace::Text) && IsEmptyingWord(out)) {
+    if ((isReference || place == PacketPlace::Text) && IsBlankWord(out)) {
         out.insert(1, kMark);
     }
     return out;

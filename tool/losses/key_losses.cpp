@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tool/guarded/blank_word.h"
 #include "tool/losses/changed_text.h"
 #include "tool/packet/importer_text.h"
 

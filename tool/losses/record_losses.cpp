@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "tool/guarded/blank_word.h"
 #include "tool/guarded/guarded_text.h"
 #include "tool/io/text_units.h"
 #include "tool/losses/changed_text.h"
@@ -15,9 +16,6 @@
 namespace tool {
 
 namespace {
-
-// The most history entries that the importer takes of one record.
-constexpr std::size_t kMostHistoryEntries = 501;
 
 bool IsBlank(std::string_view text) {
     return text.find_first_not_of(kXmlBlanks) == std::string_view::npos;

@@ -47,12 +47,6 @@ bool EqualNoCase(std::string_view a, std::string_view b) {
     return CompareNoCase(a, b) == 0;
 }
 
-bool IsBlankWord(std::string_view value) {
-    // Most values are far longer; no letter's other cases take more than three bytes.
-    constexpr std::string_view word = "BLANK";
-    return value.size() <= word.size() * 3 && EqualNoCase(value, word);
-}
-
 std::string_view TrimmedLeft(std::string_view text) {
     while (!text.empty()) {
         std::size_t size = 0;

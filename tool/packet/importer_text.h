@@ -12,9 +12,6 @@ namespace tool {
 int CompareNoCase(std::string_view a, std::string_view b);
 bool EqualNoCase(std::string_view a, std::string_view b);
 
-// True for the word "BLANK", which asks for an empty value.
-bool IsBlankWord(std::string_view value);
-
 // The part of `text` without white space, by Unicode's definition, at its left end, its right end
 // or both. The importer trims references like this.
 std::string_view TrimmedLeft(std::string_view text);

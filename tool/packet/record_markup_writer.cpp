@@ -1,5 +1,6 @@
 #include "tool/packet/record_markup_writer.h"
 
+#include "platform/foundation/markup_escapes.h"
 #include "tool/io/byte_set.h"
 #include "tool/packet/xml_text.h"
 
@@ -9,23 +10,10 @@ namespace {
 
 constexpr ByteSet kEscaped([](char c) { return c == '&' || c == '<' || c == '>' || c == '\r'; });
 
-std::string_view EscapeOf(char c) {
-    switch (c) {
-        case '&':
-            return "&amp;";
-        case '<':
-            return "&lt;";
-        case '>':
-            return "&gt;";
-        default:
-            return "&#xD;";
-    }
-}
-
 void AppendEscaped(std::string_view text, std::string& out) {
     std::size_t done = 0;
     for (std::size_t at = kEscaped.Find(text); at < text.size(); at = kEscaped.Find(text, done)) {
-        out.append(text, done, at - done).append(EscapeOf(text[at]));
+        out.append(text, done, at - done).append(MarkupEscapeOf(text[at]));
         done = at + 1;
     }
     out.append(text, done);

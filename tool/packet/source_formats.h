@@ -31,6 +31,10 @@ struct HistoryLine {
     bool operator==(const HistoryLine&) const = default;
 };
 
+// The most entries of history that the importer takes of a record's packet; it drops what is
+// beyond.
+constexpr std::size_t kMostHistoryEntries = 501;
+
 std::vector<HistoryLine> ReadHistoryLines(std::string_view value);
 
 // Four lines of an attachments value, or what is left over after the last whole four.

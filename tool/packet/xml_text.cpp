@@ -1,5 +1,6 @@
 #include "tool/packet/xml_text.h"
 
+#include "platform/foundation/markup_escapes.h"
 #include "tool/io/byte_set.h"
 
 namespace tool {
@@ -19,30 +20,10 @@ std::string EscapedAttribute(std::string_view text) {
     std::string out;
     out.reserve(text.size());
     for (const char c : text) {
-        switch (c) {
-            case '&':
-                out += "&amp;";
-                break;
-            case '<':
-                out += "&lt;";
-                break;
-            case '>':
-                out += "&gt;";
-                break;
-            case '"':
-                out += "&quot;";
-                break;
-            case '\t':
-                out += "&#x9;";
-                break;
-            case '\n':
-                out += "&#xA;";
-                break;
-            case '\r':
-                out += "&#xD;";
-                break;
-            default:
-                out += c;
+        if (kEscapedInAttributes.Has(c)) {
+            out += MarkupEscapeOf(c);
+        } else {
+            out += c;
         }
     }
     return out;

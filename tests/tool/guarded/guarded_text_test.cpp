@@ -12,6 +12,7 @@
 #include "platform/core/adtext.h"
 #include "platform/foundation/obx_string.h"
 #include "random_records.h"
+#include "tool/guarded/blank_word.h"
 #include "tool/packet/importer_fields.h"
 #include "tool/packet/importer_text.h"
 #include "tool/packet/source_formats.h"

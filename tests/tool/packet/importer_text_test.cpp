@@ -72,15 +72,6 @@ TEST(ImporterText, IsEqualWithoutRegardToCase) {
     EXPECT_FALSE(tool::EqualNoCase("a", "ab"));
 }
 
-TEST(ImporterText, AsksForAnEmptyValueByOneWord) {
-    for (const char* const word : {"BLANK", "blank", "Blank", "BLAN\xE2\x84\xAA"}) {
-        EXPECT_TRUE(tool::IsBlankWord(word)) << word;
-    }
-    for (const char* const word : {"", " BLANK", "BLANKET", "BLAN"}) {
-        EXPECT_FALSE(tool::IsBlankWord(word)) << word;
-    }
-}
-
 TEST(ImporterText, HasTheEightEscapesReplacedOneAfterTheOther) {
     EXPECT_EQ(tool::DecodePacketEscapes("&amp;&lt;&gt;&apos;&quot;&#x9;&#xA;&#xD;"),
               "&<>'\"\t\n\r");

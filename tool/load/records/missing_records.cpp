@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "recorddb/value_text.h"
+#include "tool/guarded/blank_word.h"
 #include "tool/guarded/guarded_text.h"
 #include "tool/packet/field_use.h"
 #include "tool/packet/importer_text.h"

@@ -8,13 +8,11 @@
 #include <utility>
 
 #include "tool/io/text_hash.h"
+#include "tool/packet/source_formats.h"
 
 namespace tool {
 
 namespace {
-
-// The importer takes so many entries of history from a packet, and drops what is beyond.
-constexpr std::size_t kMostEntries = 501;
 
 std::string HashOf(const MadeRecord& record) {
     std::string bytes;
@@ -85,7 +83,7 @@ void StepOutput::Gather(MadeRecord record) {
     MoveTo(m_group->values.history, record.values.history);
     MoveTo(m_group->values.attachments, record.values.attachments);
     MoveTo(m_group->rows, record.rows);
-    if (m_group->values.history.size() == kMostEntries) {
+    if (m_group->values.history.size() == kMostHistoryEntries) {
         FlushGroup();
     }
 }
@@ -187,14 +185,14 @@ void StepOutput::Join(Joined& joined, MadeRecord& part) {
 
 // A long history becomes several records of a packet. Each has the rows of its own entries.
 void StepOutput::AddPortions(MadeRecord& record, RecordSpool& spool) {
-    while (record.values.history.size() > kMostEntries) {
+    while (record.values.history.size() > kMostHistoryEntries) {
         const bool hasRows = record.rows.size() == record.values.history.size();
         std::vector<SourceHistoryEntry> history = std::exchange(record.values.history, {});
         std::vector<RowSpan> rows = hasRows ? std::exchange(record.rows, {}) : record.rows;
         MadeRecord portion = record;
-        SplitAt(kMostEntries, history, portion.values.history, record.values.history);
+        SplitAt(kMostHistoryEntries, history, portion.values.history, record.values.history);
         if (hasRows) {
-            SplitAt(kMostEntries, rows, portion.rows, record.rows);
+            SplitAt(kMostHistoryEntries, rows, portion.rows, record.rows);
         }
         spool.Add(portion);
     }

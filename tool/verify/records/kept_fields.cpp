@@ -3,6 +3,7 @@
 #include <string_view>
 #include <utility>
 
+#include "tool/guarded/blank_word.h"
 #include "tool/guarded/guarded_text.h"
 #include "tool/packet/importer_text.h"
 

@@ -21,6 +21,7 @@ class SearchIndexes;
 }
 class Session;
 class WriteBatch;
+struct DatabaseBatch;
 
 // An open record database, for one thread. A location is the path of an SQLite file, or the URL of
 // a database on a PostgreSQL server (see sql::Open). What it hands out by reference lives as long
@@ -79,10 +80,9 @@ class RECORDDB_API Database {
     // without a column. Throws sql::Error.
     bool HasSearchIndex(const schema::RecordType& type, const schema::Field& field);
 
-    // What the transaction under way has gathered (recorddb/store/batch/write_batch.h).
-    WriteBatch& GetBatch() { return *m_batch; }
-
   private:
+    friend struct DatabaseBatch;
+
     Database(std::unique_ptr<sql::Connection> connection, schema::Schema schema, Layout layout,
              std::string location);
 

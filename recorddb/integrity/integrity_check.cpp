@@ -8,6 +8,7 @@
 #include "recorddb/integrity/list_scan.h"
 #include "recorddb/integrity/own_table_scan.h"
 #include "recorddb/integrity/record_scan.h"
+#include "recorddb/store/batch/database_batch.h"
 
 namespace recorddb {
 
@@ -18,7 +19,7 @@ IntegrityTotals CheckIntegrity(Database& database, const TakeFault& take,
         ++totals.faults;
         take(fault);
     };
-    CheckContext context(database.GetBatch(), database.GetSchema(), count, keepOn);
+    CheckContext context(DatabaseBatch::Of(database), database.GetSchema(), count, keepOn);
     ScanSchemaTables(context);
     for (const schema::RecordType& type : database.GetSchema().Types()) {
         ScanRecords(context, type);

@@ -8,6 +8,7 @@
 #include "recorddb/sha256.h"
 #include "recorddb/sql.h"
 #include "recorddb/store/attachment_table.h"
+#include "recorddb/store/batch/database_batch.h"
 #include "recorddb/store/batch/key_sets.h"
 #include "recorddb/store/batch/write_batch.h"
 #include "recorddb/store/bind_value.h"
@@ -75,7 +76,7 @@ std::vector<std::int64_t> FindWanted(WriteBatch& batch, const schema::RecordType
 
 struct RecordReader::Tables {
     explicit Tables(Database& database)
-        : batch(database.GetBatch()),
+        : batch(DatabaseBatch::Of(database)),
           connection(database.GetConnection()),
           records(batch, database.GetSchema()),
           keyTable(batch, database.GetSchema()),

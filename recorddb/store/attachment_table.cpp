@@ -26,7 +26,7 @@ void AttachmentTable::Insert(std::int64_t recordType, std::int64_t record,
     sql::Statement& insert = m_connection.Prepare(
         std::string("INSERT INTO zt_attachment (record_type, record, field, filename, filesize, "
                     "description, sha256, dbid) VALUES ($1, $2, $3, $4, $5, $6, $7, ") +
-        (dbid ? "$8)" : "(SELECT coalesce(max(dbid), 0) + 1 FROM zt_attachment))"));
+        (dbid ? "$8)" : std::string(LastDbIds::kNextAttachment) + ")"));
     insert.BindAll(recordType, record, attachment.field, attachment.fileName, attachment.fileSize,
                    attachment.description, attachment.sha256);
     if (dbid) {

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 #include "recorddb/layout.h"
@@ -28,8 +29,11 @@ class LastDbIds {
     void Note(const schema::RecordType& type, std::int64_t dbid);
 
     // The dbid for the next attachment, which the caller inserts in the transaction under way;
-    // nothing in the plain layout, where the INSERT takes max(dbid) + 1.
+    // nothing in the plain layout, where the INSERT finds it as it goes, by kNextAttachment, which
+    // saves a round trip.
     std::optional<std::int64_t> NextAttachment();
+    static constexpr std::string_view kNextAttachment =
+        "(SELECT coalesce(max(dbid), 0) + 1 FROM zt_attachment)";
 
   private:
     sql::Connection& m_connection;

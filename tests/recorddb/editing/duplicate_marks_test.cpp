@@ -1,3 +1,4 @@
+#include "recorddb/store/batch/database_batch.h"
 #include "recorddb/store/duplicate_table.h"
 #include "session_fixture.h"
 
@@ -102,7 +103,7 @@ TEST_P(DuplicatesTest, CircleMadeByHandDoesNotHangTheSearch) {
     Base().GetConnection().ExecuteScript(
         "INSERT INTO zt_duplicate VALUES (5, 1, 2, ''), "
         "(5, 2, 1, '')");
-    EXPECT_FALSE(DuplicateTable(Base().GetBatch()).LeadsTo(5, 1, 3));
+    EXPECT_FALSE(DuplicateTable(DatabaseBatch::Of(Base())).LeadsTo(5, 1, 3));
 }
 
 TEST_P(DuplicatesTest, RecordsOfDifferentTypesAreRefused) {
@@ -150,7 +151,7 @@ TEST_P(DuplicatesTest, RevertDropsTheMark) {
 TEST_P(DuplicatesTest, BothEndsOfALinkAreFound) {
     Mark(Open("bug", "3"), "1");
     Mark(Open("bug", "2"), "1");
-    DuplicateTable table(Base().GetBatch());
+    DuplicateTable table(DatabaseBatch::Of(Base()));
     EXPECT_EQ(table.OriginalOf(5, 2), 1);
     EXPECT_EQ(table.OriginalOf(5, 1), std::nullopt);
     EXPECT_EQ(table.DuplicatesOf(5, 1), (std::vector<std::int64_t>{2, 3}));

@@ -1,5 +1,6 @@
 #include "recorddb/editing/entity.h"
 
+#include "recorddb/store/batch/database_batch.h"
 #include "session_fixture.h"
 
 namespace recorddb {
@@ -63,7 +64,7 @@ TEST_P(EntityTest, DbidThatNobodyReadIsChosenAtCommit) {
     const auto other = Database::Open(Location(), Database::Mode::ReadWrite);
     other->GetConnection().ExecuteScript(
         "INSERT INTO bug (dbid, id, state, title) VALUES (1, 'BUG00000001', 'NEW', 'theirs')");
-    other->GetBatch().Numbers().Note(*other->GetSchema().FindType("bug"), 1);
+    DatabaseBatch::Of(*other).Numbers().Note(*other->GetSchema().FindType("bug"), 1);
     Save(bug);
     EXPECT_EQ(Value(bug, "id"), "BUG00000002");
 }

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "recorddb/editing/reference_keys.h"
+#include "recorddb/store/batch/database_batch.h"
 #include "recorddb/store/key_table.h"
 #include "session_fixture.h"
 
@@ -141,8 +142,8 @@ TEST_P(ReferencesTest, KeyOfARecordThatContainsItselfIsReadAllTheSame) {
                                         "loop.yaml"));
     const auto database = Database::Open(Folder().File("loop.db"), Database::Mode::ReadWrite);
     database->GetConnection().ExecuteScript("INSERT INTO node (dbid, above) VALUES (1, 1)");
-    KeyTable table(database->GetBatch(), database->GetSchema());
-    ReferenceKeys keys(database->GetBatch(), database->GetSchema(), table);
+    KeyTable table(DatabaseBatch::Of(*database), database->GetSchema());
+    ReferenceKeys keys(DatabaseBatch::Of(*database), database->GetSchema(), table);
     const schema::RecordType& node = database->GetSchema().Types().front();
     EXPECT_TRUE(table.KeyOf(node, 1).has_value());
     EXPECT_EQ(keys.Find(node, "1").dbid, 0);
@@ -201,7 +202,7 @@ TEST_P(ReferencesTest, KeyOfARecordThatRefersToItselfInManyPartsComesToAnEnd) {
                                         "web.yaml"));
     const auto database = Database::Open(Folder().File("web.db"), Database::Mode::ReadWrite);
     database->GetConnection().ExecuteScript("INSERT INTO node (dbid, a, b, c) VALUES (1, 1, 1, 1)");
-    KeyTable table(database->GetBatch(), database->GetSchema());
+    KeyTable table(DatabaseBatch::Of(*database), database->GetSchema());
     EXPECT_TRUE(table.KeyOf(database->GetSchema().Types().front(), 1).has_value());
 }
 

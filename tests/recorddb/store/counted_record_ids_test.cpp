@@ -11,6 +11,7 @@
 #include "open_database.h"
 #include "platform/messages/pamsgexception.h"
 #include "recorddb/sql/savepoint.h"
+#include "recorddb/store/batch/database_batch.h"
 #include "recorddb/store/tables/tables.h"
 
 namespace recorddb::schema {
@@ -30,21 +31,22 @@ class CountedRecordIdsTest : public OnEachEngine<OpenDatabaseTest> {
         const std::string id = FormatDisplayId(bug.prefix, dbid);
         insert.BindAll(dbid, id);
         insert.Execute();
-        database.GetBatch().Numbers().Note(bug, dbid);
+        DatabaseBatch::Of(database).Numbers().Note(bug, dbid);
         return dbid;
     }
 
     void InsertUser(std::int64_t dbid) {
         Run("INSERT INTO \"user\" (dbid, login) VALUES (" + std::to_string(dbid) + ", 'odd')");
-        m_database->GetBatch().Numbers().Note(Type("user"), dbid);
+        DatabaseBatch::Of(*m_database).Numbers().Note(Type("user"), dbid);
     }
 
     void Reopen() {
         OpenDatabaseTest::Reopen();
-        m_ids.emplace(m_database->GetBatch(), TheSchema());
+        m_ids.emplace(DatabaseBatch::Of(*m_database), TheSchema());
     }
 
-    std::optional<CountedRecordIds> m_ids{std::in_place, m_database->GetBatch(), TheSchema()};
+    std::optional<CountedRecordIds> m_ids{std::in_place, DatabaseBatch::Of(*m_database),
+                                          TheSchema()};
 };
 
 TEST_P(CountedRecordIdsTest, NumbersCountFromOneInEveryType) {
@@ -93,7 +95,7 @@ TEST_P(CountedRecordIdsTest, AnotherWritersRecordsAreSeen) {
     }
     {
         const auto other = Database::Open(Path(), Database::Mode::ReadWrite);
-        CountedRecordIds otherIds(other->GetBatch(), other->GetSchema());
+        CountedRecordIds otherIds(DatabaseBatch::Of(*other), other->GetSchema());
         auto transaction = other->Begin();
         EXPECT_EQ(InsertBug(*other, otherIds), 2);
         transaction.Commit();

@@ -159,6 +159,37 @@ TEST_P(PlacedDatabaseTest, UncommittedTransactionLeavesNothing) {
     EXPECT_FALSE(database->GetJournal().Find({"a", "b"}).has_value());
 }
 
+// A server cuts what is longer; names that differ at their end would then be one.
+TEST_P(PlacedDatabaseTest, LongestNamesAreKeptWhole) {
+    const auto named = [](char end, std::size_t length) {
+        return std::string(length - 1, 'n') + end;
+    };
+    std::string yaml = "record_types:\n";
+    for (const char type : {'a', 'b'}) {
+        // A list's table is named after both: 30 and 31 characters, and two between them.
+        yaml += "  " + named(type, 30) + ":\n    key: [" + named('a', 63) + "]\n    fields:\n";
+        for (const char field : {'a', 'b'}) {
+            yaml += "      " + named(field, 63) + ": {type: text, unique: true}\n      " +
+                    named(field, 31) + ": {type: reference_list, to: " + named('a', 30) +
+                    "}\n      " + named(field, 62) + ": {type: reference, to: " + named('b', 30) +
+                    "}\n";
+        }
+    }
+    Database::Create(Path(), schema::ReadSchema(yaml, "long.yaml"));
+    const auto database = Database::Open(Path(), Database::Mode::ReadWrite);
+    for (const char type : {'a', 'b'}) {
+        const schema::RecordType& found = *database->GetSchema().FindType(named(type, 30));
+        for (const char field : {'a', 'b'}) {
+            EXPECT_TRUE(
+                database->GetConnection().HasTable(named(type, 30) + "__" + named(field, 31)));
+            database->EnsureSearchIndex(found, *found.FindField(named(field, 62)));
+        }
+        database->GetConnection().ExecuteScript("INSERT INTO " + named(type, 30) + " (dbid, " +
+                                                named('a', 63) + ", " + named('b', 63) +
+                                                ") VALUES (1, 'x', 'y')");
+    }
+}
+
 TEST_P(PlacedDatabaseTest, DatabaseOfAnotherProgramIsRefused) {
     {
         const auto connection = sql::Open(Path(), sql::OpenMode::CreateNew);

@@ -132,6 +132,10 @@ void JsonLinesReader::FillRow(Row& row) {
         m_builder.Begin(row);
         LineEvents events(m_builder);
         WideJson::sax_parse(line.begin(), line.end(), &events);
+        // The parser takes one for the end.
+        if (row.error.empty() && line.find('\0') != std::string_view::npos) {
+            m_builder.Fail("a NUL character stands behind the value, which is no part of JSON");
+        }
     }
     if (!row.error.empty()) {
         // The line may hold what is no text.

@@ -61,6 +61,9 @@ class JsonReader::Characters {
         NoteEvent();
     }
 
+    // Whether the byte that was read last is a NUL, which the parser takes for the end.
+    bool StandsAtNul() const { return m_read > 0 && m_last == '\0'; }
+
     // An event has come: the parser holds no text now.
     void NoteEvent() { m_sinceEvent = 0; }
     // Begins a copy, with the byte that was read last.
@@ -354,7 +357,10 @@ JsonReader::~JsonReader() = default;
 void JsonReader::Read(RowHandler& handler) {
     Events events(*m_characters, m_rows, m_limits, handler);
     try {
-        WideJson::sax_parse(Iterator(*m_characters), Iterator(), &events);
+        if (WideJson::sax_parse(Iterator(*m_characters), Iterator(), &events) &&
+            m_characters->StandsAtNul()) {
+            events.Fail("a NUL character stands there, which is no part of JSON");
+        }
     } catch (const TextTooLong&) {
         events.Fail(fmt::format("a text is not shorter than {} bytes", m_limits.size));
     }

@@ -17,6 +17,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::SizeIs;
 using testing::StartsWith;
+using namespace std::string_view_literals;
 
 RowsRead ReadJson(std::string_view text, std::optional<JsonReader::Path> rows = std::nullopt,
                   RowLimits limits = {}, std::size_t chunk = 65536) {
@@ -87,6 +88,17 @@ TEST(JsonReader, SaysThatNothingBehindABreakIsRead) {
     EXPECT_THAT(read.rows[1].raw, StartsWith("{\"a\":2,"));
     EXPECT_TRUE(read.rows[1].isLast);
     EXPECT_FALSE(read.rows[0].isLast);
+}
+
+TEST(JsonReader, SaysThatNothingBehindANulIsRead) {
+    for (const std::string_view rest : {"\0"sv, "\0 "sv, "\0[{\"a\":2}]"sv, " \n\0x"sv}) {
+        const RowsRead read = ReadJson("[{\"a\":1}]" + std::string(rest));
+        EXPECT_THAT(read.Values(), ElementsAre(R"({a:"1"})", HasSubstr("a NUL character"))) << rest;
+        EXPECT_TRUE(read.rows.back().isLast);
+    }
+    EXPECT_THAT(ReadJson("12\0"sv).Values(), ElementsAre("\"12\"", HasSubstr("a NUL character")));
+    EXPECT_THAT(ReadJson("[1,\0 2]"sv).Values(),
+                ElementsAre("\"1\"", HasSubstr("stops being valid JSON")));
 }
 
 TEST(JsonReader, SaysWhatALoneSurrogateCosts) {
@@ -173,6 +185,13 @@ TEST(JsonLinesReader, LosesOnlyItsLineToWhatIsNoJson) {
     EXPECT_THAT(read.rows[3].error, StartsWith("it is not valid JSON: "));
     EXPECT_EQ(read.rows[4].error, "");
     EXPECT_FALSE(read.rows[0].isLast);
+}
+
+TEST(JsonLinesReader, LosesNothingBehindANulWithoutAWord) {
+    const RowsRead read = ReadLines("{\"a\":1}\0{\"a\":2}\n12\0\xFF\n{\"a\":3}\n"sv);
+    EXPECT_THAT(read.Values(), ElementsAre(HasSubstr("a NUL character"),
+                                           HasSubstr("a NUL character"), R"({a:"3"})"));
+    EXPECT_EQ(read.rows[1].raw, "12\xEF\xBF\xBD\xEF\xBF\xBD");
 }
 
 TEST(JsonLinesReader, StepsOverALineThatIsTooLong) {

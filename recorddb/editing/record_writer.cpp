@@ -155,7 +155,7 @@ bool RecordWriter::MayBeGathered(const EditedRecord& record) const {
 // Refuses what the engine would refuse of the record because of what this session has done.
 PaMessage RecordWriter::CheckGathered(const EditedRecord& record) {
     const schema::RecordType& type = record.Type();
-    if (record.IsNew() && m_parts.batch.HasNew(type, record.dbid)) {
+    if (record.IsNew() && m_parts.batch.Pending().HasNew(type, record.dbid)) {
         return DbIdTaken(record);
     }
     if (!record.IsNew() && m_parts.tables.Records(type).Version(record.dbid) != record.version) {

@@ -64,7 +64,7 @@ bool ResultSet::ReadOperands() {
 void ResultSet::ApplyChangesOfColumns() {
     WriteBatch& batch = m_parts->batch;
     const auto changes = [&](const schema::Field* field) {
-        return field != nullptr && batch.ChangesColumn(m_query->Type(), field->index);
+        return field != nullptr && batch.Pending().ChangesColumn(m_query->Type(), field->index);
     };
     const auto& columns = m_query->Columns();
     const auto& filters = m_query->Filters();
@@ -199,15 +199,15 @@ void ResultSet::NoteReads() {
 // Puts the records that the batch has gathered where they belong, by dbid.
 void ResultSet::AddNewRecords() {
     const schema::RecordType& type = m_query->Type();
-    if (m_parts->batch.HighestNew(type) == 0) {
+    if (m_parts->batch.Pending().HighestNew(type) == 0) {
         return;
     }
-    std::vector<WriteBatch::Condition> conditions;
+    std::vector<PendingLayers::Condition> conditions;
     for (std::size_t i = 0; i < m_operands.size(); ++i) {
         conditions.push_back({m_query->Filters()[i].Field().index, m_operands[i]});
     }
     const std::size_t width = Width();
-    for (const PendingRecord* const record : m_parts->batch.NewWith(type, conditions)) {
+    for (const PendingRecord* const record : m_parts->batch.Pending().NewWith(type, conditions)) {
         const auto place = std::upper_bound(m_dbids.begin(), m_dbids.end(), record->dbid);
         const auto row = static_cast<std::size_t>(place - m_dbids.begin());
         std::vector<std::string> cells(width);

@@ -46,12 +46,14 @@ std::int64_t CountedRecordIds::Next(const RecordType& type) {
 std::int64_t CountedRecordIds::Highest(const RecordType& type) {
     // Other programs may have stored dbids below 1; here, such a number means that a record has
     // none yet.
-    return std::max({m_batch.Numbers().Of(type), m_batch.HighestNew(type), std::int64_t{0}});
+    return std::max(
+        {m_batch.Numbers().Of(type), m_batch.Pending().HighestNew(type), std::int64_t{0}});
 }
 
 void CountedRecordIds::Read(const RecordType& type, Counter& counter) {
-    counter.last = m_batch.IsAhead() ? std::max(m_batch.HighestNew(type), kFirstProvisionalId - 1)
-                                     : Highest(type);
+    counter.last = m_batch.IsAhead()
+                       ? std::max(m_batch.Pending().HighestNew(type), kFirstProvisionalId - 1)
+                       : Highest(type);
     counter.transactionCount = m_connection.TransactionCount();
     counter.undoCount = m_batch.UndoCount();
 }

@@ -23,7 +23,7 @@ std::string NowUtc() {
 
 std::optional<std::int64_t> DuplicateTable::OriginalOf(std::int64_t recordType,
                                                        std::int64_t record) {
-    if (const auto pending = m_batch.FindOriginal({recordType, record})) {
+    if (const auto pending = m_batch.Pending().FindOriginal({recordType, record})) {
         return pending;
     }
     m_batch.NoteRead({recordType, record});

@@ -42,12 +42,12 @@ void HistoryTable::Save(const RecordKey& record, std::string_view field,
 }
 
 std::vector<HistoryTimes> HistoryTable::Times(std::int64_t recordType, std::int64_t record) {
-    if (const auto* const pending = m_batch.FindTimes({recordType, record})) {
+    if (const auto* const pending = m_batch.Pending().FindTimes({recordType, record})) {
         return *pending;
     }
     // A new record has none. Should rows of an earlier record with this dbid be left over, writing
     // the new ones fails.
-    if (m_batch.HasNew(m_batch.GetSchema().Type(recordType), record)) {
+    if (m_batch.Pending().HasNew(m_batch.GetSchema().Type(recordType), record)) {
         return {};
     }
     m_batch.NoteRead({recordType, record});

@@ -90,8 +90,8 @@ std::optional<std::string> KeyTable::KeyOf(const schema::RecordType& type, std::
 std::vector<std::string> KeyTable::KeyParts(const schema::RecordType& type, std::int64_t dbid) {
     std::vector<std::string> parts;
     // The batch holds keys of new records only: a change of a key is written at once.
-    if (m_batch.HasNew(type, dbid)) {
-        const PendingRecord& pending = *m_batch.FindColumns(type, dbid);
+    if (m_batch.Pending().HasNew(type, dbid)) {
+        const PendingRecord& pending = *m_batch.Pending().FindColumns(type, dbid);
         for (const std::size_t field : type.key) {
             parts.push_back(ColumnText(pending.values[field]));
         }

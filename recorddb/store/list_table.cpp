@@ -8,7 +8,8 @@
 namespace recorddb {
 
 FieldValue ListTable::Load(std::int64_t record) {
-    if (const FieldValue* const pending = m_batch.FindList(m_type, m_field.index, record)) {
+    if (const FieldValue* const pending =
+            m_batch.Pending().FindList(m_type, m_field.index, record)) {
         return *pending;
     }
     m_batch.NoteRead(m_type, record);

@@ -157,7 +157,7 @@ std::optional<std::int64_t> RecordTable::Version(std::int64_t dbid) {
 }
 
 std::optional<std::int64_t> RecordTable::Load(std::int64_t dbid, RecordBuffer& record) {
-    if (const PendingRecord* const pending = m_batch.FindColumns(m_type, dbid)) {
+    if (const PendingRecord* const pending = m_batch.Pending().FindColumns(m_type, dbid)) {
         for (const std::size_t field : m_columns) {
             record.SetSaved(field, pending->values[field]);
         }

@@ -56,7 +56,8 @@ class KnownAnswers {
     const std::optional<std::int64_t>* FindOriginal(const RecordKey& record) const;
 
   private:
-    friend class LookAhead;  // which fills in the answers
+    friend class LookAhead;  // which fills in the answers, as does the next one
+    friend class RecordQuestions;
 
     struct Matches {
         std::int64_t dbid = 0;  // of the first one

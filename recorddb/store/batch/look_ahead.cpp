@@ -1,16 +1,13 @@
 #include "recorddb/store/batch/look_ahead.h"
 
 #include <algorithm>
-#include <deque>
-#include <functional>
-#include <memory>
 #include <set>
 #include <string_view>
 
-#include "recorddb/model/names.h"
-#include "recorddb/sql/row_reader.h"
 #include "recorddb/store/batch/key_rows.h"
 #include "recorddb/store/batch/key_sets.h"
+#include "recorddb/store/batch/question_round.h"
+#include "recorddb/store/batch/record_questions.h"
 #include "recorddb/store/tables/cells.h"
 #include "recorddb/store/tables/table_layout.h"
 #include "recorddb/store/tables/tables.h"
@@ -25,7 +22,6 @@ using schema::FieldKind;
 using schema::RecordType;
 using sql::Cell;
 using sql::CellType;
-using sql::RowColumn;
 
 // A search that finds more than one record is left to the database.
 constexpr std::size_t kMostMatches = 2;
@@ -57,58 +53,7 @@ FieldValue SearchedValue(const Field& field, const std::string& text) {
     }
 }
 
-std::int64_t IntIn(const Cell& cell) {
-    const auto* const number = std::get_if<std::int64_t>(&cell);
-    return number != nullptr ? *number : 0;
-}
-
-std::string TextIn(const Cell& cell) {
-    const auto* const text = std::get_if<std::string_view>(&cell);
-    return text != nullptr ? std::string(*text) : std::string();
-}
-
-std::vector<Cell> CellsOf(const std::set<std::int64_t>& numbers) {
-    return {numbers.begin(), numbers.end()};
-}
-std::vector<Cell> CellsOf(const std::set<RecordKey>& records) {
-    std::vector<Cell> cells;
-    for (const auto& [type, dbid] : records) {
-        cells.insert(cells.end(), {type, dbid});
-    }
-    return cells;
-}
-
 }  // namespace
-
-// Questions that are asked together.
-class LookAhead::Round {
-  public:
-    explicit Round(sql::Connection& connection) : m_reader(connection.MakeRowReader()) {}
-
-    struct Question {
-        std::string table;
-        std::vector<RowColumn> columns;
-        std::vector<RowColumn> keys;
-        std::string_view order;
-        std::size_t most = 0;
-        std::vector<Cell> cells;
-        std::deque<KeyRow> keyRows{};  // of which the cells borrow
-    };
-
-    void Ask(Question question, sql::RowReader::Take take) {
-        const Question& kept = m_questions.emplace_back(std::move(question));
-        if (!kept.cells.empty()) {
-            m_reader->Ask({kept.table, kept.columns, kept.keys, kept.cells, kept.order, kept.most},
-                          std::move(take));
-        }
-    }
-
-    void Finish() { m_reader->Finish(); }
-
-  private:
-    std::deque<Question> m_questions;  // of which the reader borrows
-    std::unique_ptr<sql::RowReader> m_reader;
-};
 
 void LookAhead::Add(const ExpectedSearch& search) {
     FieldSet fields;
@@ -155,7 +100,7 @@ bool LookAhead::FindsOnOneMachine(const RecordType& type, const FieldSet& fields
 }
 
 void LookAhead::Search() {
-    Round round(m_connection);
+    QuestionRound round(m_connection);
     for (const auto& [by, searches] : m_searches) {
         const RecordType& type = m_schema.Type(by.first);
         const std::vector<FieldSet> unique = UniqueSetsOf(type);
@@ -170,17 +115,17 @@ void LookAhead::Search() {
 
 // In the table itself. Display ids of spread types come with the dbid that is in them, which says
 // where a record stands.
-void LookAhead::SearchTable(Round& round, const RecordType& type, const FieldSet& fields,
+void LookAhead::SearchTable(QuestionRound& round, const RecordType& type, const FieldSet& fields,
                             const Searches& searches) {
     const bool isSpread = IsSpread(m_layout, type);
     const bool hasDisplayId = isSpread && type.HasStates() && fields == type.key;
-    Round::Question question = {.table = type.name,
-                                .columns = {{schema::kDbIdName, CellType::Integer},
-                                            {schema::kVersionColumn, CellType::Integer}},
-                                .keys = {},
-                                .order = schema::kDbIdName,
-                                .most = isSpread ? 0 : kMostMatches,
-                                .cells = {}};
+    QuestionRound::Question question = {.table = type.name,
+                                        .columns = {{schema::kDbIdName, CellType::Integer},
+                                                    {schema::kVersionColumn, CellType::Integer}},
+                                        .keys = {},
+                                        .order = schema::kDbIdName,
+                                        .most = isSpread ? 0 : kMostMatches,
+                                        .cells = {}};
     for (const std::size_t field : fields) {
         question.keys.push_back(ColumnOf(type.fields[field]));
     }
@@ -206,16 +151,16 @@ void LookAhead::SearchTable(Round& round, const RecordType& type, const FieldSet
               });
 }
 
-void LookAhead::SearchKeys(Round& round, const RecordType& type, const FieldSet& fields,
+void LookAhead::SearchKeys(QuestionRound& round, const RecordType& type, const FieldSet& fields,
                            const Searches& searches) {
-    Round::Question question = {.table = "zt_key",
-                                .columns = {{"record", CellType::Integer}},
-                                .keys = {{"hash", CellType::Text},
-                                         {"record_type", CellType::Integer},
-                                         {"field", CellType::Text}},
-                                .order = "record",
-                                .most = 0,
-                                .cells = {}};
+    QuestionRound::Question question = {.table = "zt_key",
+                                        .columns = {{"record", CellType::Integer}},
+                                        .keys = {{"hash", CellType::Text},
+                                                 {"record_type", CellType::Integer},
+                                                 {"field", CellType::Text}},
+                                        .order = "record",
+                                        .most = 0,
+                                        .cells = {}};
     KnownAnswers::OfType& known = m_answers.Of(type);
     std::vector<KnownAnswers::Matches*> matches;
     for (const auto& [key, wanted] : searches) {
@@ -238,7 +183,8 @@ void LookAhead::SearchKeys(Round& round, const RecordType& type, const FieldSet&
 
 // Reads what is wanted of the records that were found.
 void LookAhead::ReadFound() {
-    Round round(m_connection);
+    QuestionRound round(m_connection);
+    RecordQuestions questions(round, m_answers);
     std::map<std::int64_t, std::set<std::int64_t>> rows;      // by type
     std::map<std::int64_t, std::set<std::int64_t>> versions;  // by type
     std::set<RecordKey> histories;
@@ -272,14 +218,14 @@ void LookAhead::ReadFound() {
         }
     }
     for (const auto& [type, dbids] : rows) {
-        ReadRows(round, m_schema.Type(type), dbids);
+        questions.AskForRows(m_schema.Type(type), dbids);
     }
     for (const auto& [type, dbids] : versions) {
-        ReadVersions(round, m_schema.Type(type), dbids);
+        questions.AskForVersions(m_schema.Type(type), dbids);
     }
-    ReadTimes(round, histories);
-    ReadAttachments(round, attachments);
-    ReadOriginals(round);
+    questions.AskForTimes(histories);
+    questions.AskForAttachments(attachments);
+    questions.AskForOriginals(m_links);
     round.Finish();
 }
 
@@ -301,9 +247,10 @@ void LookAhead::ReadListed() {
     if (listed.empty()) {
         return;
     }
-    Round round(m_connection);
+    QuestionRound round(m_connection);
+    RecordQuestions questions(round, m_answers);
     for (const auto& [type, dbids] : listed) {
-        ReadRows(round, m_schema.Type(type), dbids);
+        questions.AskForRows(m_schema.Type(type), dbids);
     }
     round.Finish();
 }
@@ -322,153 +269,11 @@ void LookAhead::FollowChains() {
             return;
         }
         m_links = std::move(next);
-        Round round(m_connection);
-        ReadOriginals(round);
+        QuestionRound round(m_connection);
+        RecordQuestions questions(round, m_answers);
+        questions.AskForOriginals(m_links);
         round.Finish();
     }
-}
-
-void LookAhead::ReadVersions(Round& round, const RecordType& type,
-                             const std::set<std::int64_t>& dbids) {
-    KnownAnswers::OfType& known = m_answers.Of(type);
-    round.Ask({.table = type.name,
-               .columns = {{schema::kDbIdName, CellType::Integer},
-                           {schema::kVersionColumn, CellType::Integer}},
-               .keys = {{schema::kDbIdName, CellType::Integer}},
-               .order = schema::kDbIdName,
-               .most = 0,
-               .cells = CellsOf(dbids)},
-              [&known](std::size_t /*key*/, std::span<const Cell> row) {
-                  known.versions[IntIn(row[0])] = IntIn(row[1]);
-              });
-}
-
-void LookAhead::ReadRows(Round& round, const RecordType& type,
-                         const std::set<std::int64_t>& dbids) {
-    Round::Question question = {.table = type.name,
-                                .columns = {{schema::kDbIdName, CellType::Integer},
-                                            {schema::kVersionColumn, CellType::Integer}},
-                                .keys = {{schema::kDbIdName, CellType::Integer}},
-                                .order = schema::kDbIdName,
-                                .most = 0,
-                                .cells = CellsOf(dbids)};
-    std::vector<std::size_t> fields;
-    for (const Field& field : type.fields) {
-        if (IsPlainColumn(field)) {
-            question.columns.push_back(ColumnOf(field));
-            fields.push_back(field.index);
-        } else if (field.kind == FieldKind::ReferenceList) {
-            ReadList(round, type, field, dbids);
-        }
-    }
-    KnownAnswers::OfType& known = m_answers.Of(type);
-    round.Ask(std::move(question),
-              [&known, &type, fields](std::size_t /*key*/, std::span<const Cell> cells) {
-                  const std::int64_t dbid = IntIn(cells[0]);
-                  known.versions[dbid] = IntIn(cells[1]);
-                  KnownRow& row = known.rows[dbid];
-                  row.resize(type.fields.size());
-                  row.front() = dbid;
-                  for (std::size_t i = 0; i < fields.size(); ++i) {
-                      row[fields[i]] = ValueIn(cells[i + 2]);
-                  }
-                  // The key is unique, so the row also answers a search by it.
-                  std::vector<const FieldValue*> key;
-                  for (const std::size_t field : type.key) {
-                      key.push_back(&row[field]);
-                  }
-                  if (auto text = KeyText(0, key)) {
-                      known.searches[type.key][*std::move(text)] = {.dbid = dbid, .count = 1};
-                  }
-              });
-}
-
-void LookAhead::ReadList(Round& round, const RecordType& type, const Field& field,
-                         const std::set<std::int64_t>& dbids) {
-    auto& lists = m_answers.Of(type).lists[field.index];
-    std::vector<FieldValue*> values;
-    values.reserve(dbids.size());
-    for (const std::int64_t dbid : dbids) {
-        values.push_back(&(lists[dbid] = {}));
-    }
-    round.Ask({.table = schema::ListTableName(type, field),
-               .columns = {{"target", CellType::Integer}},
-               .keys = {{"record", CellType::Integer}},
-               .order = "position",
-               .most = 0,
-               .cells = CellsOf(dbids)},
-              [values = std::move(values)](std::size_t key, std::span<const Cell> row) {
-                  FieldValue& value = *values[key];
-                  if (!HasValue(value)) {
-                      value = ReferenceList();
-                  }
-                  std::get<ReferenceList>(value).push_back(IntIn(row[0]));
-              });
-}
-
-void LookAhead::ReadTimes(Round& round, const std::set<RecordKey>& records) {
-    std::vector<std::vector<HistoryTimes>*> times;
-    times.reserve(records.size());
-    for (const RecordKey& record : records) {
-        times.push_back(&(m_answers.m_times[record] = {}));
-    }
-    round.Ask({.table = "zt_history",
-               .columns = {{"entry", CellType::Integer},
-                           {"action_time", CellType::Text},
-                           {"expiry_time", CellType::Text}},
-               .keys = {{"record_type", CellType::Integer}, {"record", CellType::Integer}},
-               .order = "entry",
-               .most = 0,
-               .cells = CellsOf(records)},
-              [times = std::move(times)](std::size_t key, std::span<const Cell> row) {
-                  times[key]->push_back({.entry = IntIn(row[0]),
-                                         .actionTime = TextIn(row[1]),
-                                         .expiryTime = TextIn(row[2])});
-              });
-}
-
-void LookAhead::ReadAttachments(Round& round, const std::set<RecordKey>& records) {
-    std::vector<std::vector<Attachment>*> attachments;
-    attachments.reserve(records.size());
-    for (const RecordKey& record : records) {
-        attachments.push_back(&(m_answers.m_attachments[record] = {}));
-    }
-    round.Ask({.table = "zt_attachment",
-               .columns = {{"dbid", CellType::Integer},
-                           {"field", CellType::Text},
-                           {"filename", CellType::Text},
-                           {"filesize", CellType::Integer},
-                           {"description", CellType::Text},
-                           {"sha256", CellType::Text}},
-               .keys = {{"record_type", CellType::Integer}, {"record", CellType::Integer}},
-               .order = "dbid",
-               .most = 0,
-               .cells = CellsOf(records)},
-              [attachments = std::move(attachments)](std::size_t key, std::span<const Cell> row) {
-                  attachments[key]->push_back({.dbid = IntIn(row[0]),
-                                               .field = TextIn(row[1]),
-                                               .fileName = TextIn(row[2]),
-                                               .fileSize = IntIn(row[3]),
-                                               .description = TextIn(row[4]),
-                                               .sha256 = TextIn(row[5])});
-              });
-}
-
-void LookAhead::ReadOriginals(Round& round) {
-    std::vector<std::optional<std::int64_t>*> originals;
-    originals.reserve(m_links.size());
-    for (const RecordKey& record : m_links) {
-        originals.push_back(&(m_answers.m_originals[record] = std::nullopt));
-    }
-    round.Ask({.table = "zt_duplicate",
-               .columns = {{"original", CellType::Integer}},
-               .keys = {{"record_type", CellType::Integer}, {"duplicate", CellType::Integer}},
-               .order = "original",
-               .most = 0,
-               .cells = CellsOf(m_links)},
-              [originals = std::move(originals)](std::size_t key, std::span<const Cell> row) {
-                  *originals[key] = IntIn(row[0]);
-              });
 }
 
 void LookAhead::Read(std::span<const ExpectedSearch> searches) {

@@ -18,6 +18,8 @@
 
 namespace recorddb {
 
+class QuestionRound;
+
 // Reads what the work on coming records will ask the database for, in a few questions for all of
 // them. An object is used once.
 class LookAhead {
@@ -33,8 +35,6 @@ class LookAhead {
     void Read(std::span<const ExpectedSearch> searches);
 
   private:
-    class Round;
-
     struct Wanted {
         std::vector<FieldValue> values;
         bool fields = false;
@@ -49,22 +49,13 @@ class LookAhead {
     void Add(const ExpectedSearch& search);
     bool FindsOnOneMachine(const schema::RecordType& type, const FieldSet& fields) const;
     void Search();
-    void SearchTable(Round& round, const schema::RecordType& type, const FieldSet& fields,
+    void SearchTable(QuestionRound& round, const schema::RecordType& type, const FieldSet& fields,
                      const Searches& searches);
-    void SearchKeys(Round& round, const schema::RecordType& type, const FieldSet& fields,
+    void SearchKeys(QuestionRound& round, const schema::RecordType& type, const FieldSet& fields,
                     const Searches& searches);
     void ReadFound();
     void ReadListed();
     void FollowChains();
-    void ReadVersions(Round& round, const schema::RecordType& type,
-                      const std::set<std::int64_t>& dbids);
-    void ReadRows(Round& round, const schema::RecordType& type,
-                  const std::set<std::int64_t>& dbids);
-    void ReadList(Round& round, const schema::RecordType& type, const schema::Field& field,
-                  const std::set<std::int64_t>& dbids);
-    void ReadTimes(Round& round, const std::set<RecordKey>& records);
-    void ReadAttachments(Round& round, const std::set<RecordKey>& records);
-    void ReadOriginals(Round& round);
 
     sql::Connection& m_connection;
     const schema::Schema& m_schema;

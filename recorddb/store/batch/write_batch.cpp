@@ -30,6 +30,8 @@ WriteBatch::WriteBatch(sql::Connection& connection, const schema::Schema& schema
       m_layout(layout),
       m_keyRows(connection, schema, layout),
       m_lastDbIds(connection, schema, layout),
+      m_pending(schema.Types().size()),
+      m_savepoints(1),
       m_versions(schema.Types().size()),
       m_answers(schema),
       m_writer(connection, schema, layout) {
@@ -42,7 +44,6 @@ WriteBatch::WriteBatch(sql::Connection& connection, const schema::Schema& schema
             }
         }
     }
-    m_layers.push_back({PendingChanges(schema.Types().size()), nullptr});
 }
 
 WriteBatch::~WriteBatch() = default;
@@ -61,7 +62,7 @@ void WriteBatch::BeginAhead() {
 
 void WriteBatch::End() noexcept {
     DropLayer(1);
-    m_layers.front().changes.Clear();
+    m_pending.At(0).Clear();
     m_isGathering = false;
     m_reads.Switch(false);
     ForgetVersions();
@@ -70,14 +71,14 @@ void WriteBatch::End() noexcept {
 
 std::pair<PendingChanges, ReadNotes> WriteBatch::Take() {
     PendingChanges changes(m_types.size());
-    std::swap(changes, m_layers.front().changes);
+    std::swap(changes, m_pending.At(0));
     return {std::move(changes), std::exchange(m_reads, {})};
 }
 
 void WriteBatch::Adopt(PendingChanges changes) {
-    m_layers.front().changes = std::move(changes);
+    m_pending.At(0) = std::move(changes);
     for (const RecordType& type : m_schema.Types()) {
-        for (const PendingRecord& record : m_layers.front().changes.Of(type.id).All()) {
+        for (const PendingRecord& record : m_pending.At(0).Of(type.id).All()) {
             if (record.IsNew()) {
                 AddKeys(type, record);
             }
@@ -89,9 +90,7 @@ void WriteBatch::Adopt(PendingChanges changes) {
 
 // A reader needs no Apply while nothing has been gathered. Everything else is refused.
 void WriteBatch::RefuseAhead(For what) const {
-    const bool isEmpty = std::all_of(m_layers.begin(), m_layers.end(),
-                                     [](const Layer& layer) { return layer.changes.IsEmpty(); });
-    if (what == For::Writing || !isEmpty) {
+    if (what == For::Writing || !m_pending.IsEmpty()) {
         throw sql::Error(sql::ErrorKind::Other, "this has to be written in its turn", "");
     }
 }
@@ -108,23 +107,23 @@ void WriteBatch::Apply(For what) {
         throw sql::Error(sql::ErrorKind::Other, "a part of the transaction could not be written",
                          "");
     }
-    std::size_t last = m_depth;
-    while (what == For::Reading && last > 0 && m_layers[last].changes.IsEmpty()) {
+    std::size_t last = m_pending.Depth();
+    while (what == For::Reading && last > 0 && m_pending.At(last).IsEmpty()) {
         --last;
     }
     m_hasFailed = true;
     for (std::size_t layer = 0; layer <= last; ++layer) {
-        Layer& current = m_layers[layer];
-        if (layer > 0 && !current.savepoint) {
-            current.savepoint = std::make_unique<sql::Savepoint>(m_connection);
+        PendingChanges& changes = m_pending.At(layer);
+        if (layer > 0 && !m_savepoints[layer]) {
+            m_savepoints[layer] = std::make_unique<sql::Savepoint>(m_connection);
         }
-        if (!current.changes.IsEmpty()) {
-            m_answers.Forget(current.changes);
+        if (!changes.IsEmpty()) {
+            m_answers.Forget(changes);
             if (m_writes.IsOn()) {
-                m_writes.Note(m_schema, current.changes);
+                m_writes.Note(m_schema, changes);
             }
-            m_writer.Write(current.changes);
-            current.changes.Clear();
+            m_writer.Write(changes);
+            changes.Clear();
         }
     }
     m_hasFailed = false;
@@ -135,32 +134,27 @@ std::size_t WriteBatch::BeginLayer() {
     if (!m_isGathering) {
         savepoint = std::make_unique<sql::Savepoint>(m_connection);
     }
-    if (m_layers.size() == m_depth + 1) {
-        m_layers.push_back({PendingChanges(m_types.size()), nullptr});
-    }
-    ++m_depth;
-    m_layers[m_depth].savepoint = std::move(savepoint);
-    return m_depth;
+    m_savepoints.reserve(m_savepoints.size() + 1);
+    m_pending.Push();
+    m_savepoints.push_back(std::move(savepoint));
+    return m_pending.Depth();
 }
 
 void WriteBatch::ReleaseLayer(std::size_t layer) {
-    if (layer != m_depth) {
+    if (layer != m_pending.Depth()) {
         throw std::logic_error("only the innermost savepoint can be released");
     }
-    Layer& ended = m_layers[layer];
-    if (ended.savepoint) {
-        ended.savepoint->Release();
-        ended.savepoint.reset();
+    if (m_savepoints.back()) {
+        m_savepoints.back()->Release();
     }
-    ended.changes.MoveInto(m_layers[layer - 1].changes);
-    --m_depth;
+    m_savepoints.pop_back();
+    m_pending.Merge();
 }
 
 void WriteBatch::DropLayer(std::size_t layer) noexcept {
-    for (; m_depth >= layer; --m_depth) {
-        Layer& dropped = m_layers[m_depth];
-        dropped.changes.Clear();
-        dropped.savepoint.reset();
+    while (m_pending.Depth() >= layer) {
+        m_pending.Drop();
+        m_savepoints.pop_back();
         ++m_drops;
     }
     ForgetVersions();
@@ -178,7 +172,7 @@ bool WriteBatch::ChangesKey(const RecordType& type, const RecordBuffer& record) 
 
 void WriteBatch::Put(const RecordType& type, std::int64_t dbid, std::int64_t version,
                      const RecordBuffer& record) {
-    if (version != 0 && HasNew(type, dbid) && RefersToNew(type, record)) {
+    if (version != 0 && m_pending.HasNew(type, dbid) && RefersToNew(type, record)) {
         // Merged into the insertion of its record, the change could refer to a record that is
         // inserted later.
         Apply(For::Reading);
@@ -188,7 +182,7 @@ void WriteBatch::Put(const RecordType& type, std::int64_t dbid, std::int64_t ver
         AddKeys(type, change);
     }
     NoteVersion(type, dbid, change.version);
-    Top().Of(type.id).Add(std::move(change));
+    m_pending.Top().Of(type.id).Add(std::move(change));
     NoteChange();
 }
 
@@ -233,7 +227,7 @@ int WriteBatch::WaveOf(const RecordType& type, const RecordBuffer& record) const
         if (target == nullptr) {
             continue;
         }
-        if (const PendingRecord* const other = FindNew(field.target, *target)) {
+        if (const PendingRecord* const other = m_pending.FindNew(field.target, *target)) {
             wave = std::max(wave, other->wave + (field.target > type.id ? 1 : 0));
         }
     }
@@ -246,7 +240,7 @@ bool WriteBatch::RefersToNew(const RecordType& type, const RecordBuffer& record)
             field.kind == FieldKind::Reference && record.IsChanged(field.index)
                 ? std::get_if<std::int64_t>(&record.Get(field.index))
                 : nullptr;
-        return target != nullptr && FindNew(field.target, *target) != nullptr;
+        return target != nullptr && m_pending.FindNew(field.target, *target) != nullptr;
     });
 }
 
@@ -258,7 +252,7 @@ void WriteBatch::AddKeys(const RecordType& type, const PendingRecord& record) {
             values.push_back(&record.values[field]);
         }
         if (auto key = KeyText(set, values)) {
-            Top().Of(type.id).AddKey(*std::move(key), record.dbid);
+            m_pending.Top().Of(type.id).AddKey(*std::move(key), record.dbid);
         }
     }
 }
@@ -271,7 +265,7 @@ void WriteBatch::PutHistory(const RecordKey& record, std::string_view field,
     if (added.empty() && changes.empty()) {
         return;
     }
-    PendingHistory& history = Top().histories[record];
+    PendingHistory& history = m_pending.Top().histories[record];
     history.field = added.empty() ? history.field : field;
     history.added.insert(history.added.end(), added.begin(), added.end());
     for (const HistoryTimes& changed : changes) {
@@ -286,41 +280,20 @@ void WriteBatch::PutHistory(const RecordKey& record, std::string_view field,
 }
 
 void WriteBatch::PutLink(const RecordKey& duplicate, PendingLink link) {
-    Top().links.insert_or_assign(duplicate, std::move(link));
+    m_pending.Top().links.insert_or_assign(duplicate, std::move(link));
     NoteChange();
 }
 
 void WriteBatch::NoteChange() {
     ++m_changes;
-    if (++Top().count >= kMostChanges || m_layers.front().changes.count >= kMostChanges) {
+    if (++m_pending.Top().count >= kMostChanges || m_pending.At(0).count >= kMostChanges) {
         Apply(For::Reading);
     }
 }
 
-const PendingRecord* WriteBatch::FindNew(std::int64_t type, std::int64_t dbid) const {
-    return FromTop([=](const PendingChanges& changes) {
-        const PendingRecord* const record = changes.Of(type).Find(dbid);
-        return record != nullptr && record->IsNew() ? record : nullptr;
-    });
-}
-
-bool WriteBatch::HasNew(const RecordType& type, std::int64_t dbid) const {
-    return FindNew(type.id, dbid) != nullptr;
-}
-
-std::int64_t WriteBatch::HighestNew(const RecordType& type) const {
-    std::int64_t highest = 0;
-    for (std::size_t layer = 0; layer <= m_depth; ++layer) {
-        highest = std::max(highest, m_layers[layer].changes.Of(type.id).HighestNew());
-    }
-    return highest;
-}
-
 std::optional<std::int64_t> WriteBatch::KnownVersion(const RecordType& type,
                                                      std::int64_t dbid) const {
-    const PendingRecord* const record =
-        FromTop([&](const PendingChanges& changes) { return changes.Of(type.id).Find(dbid); });
-    if (record != nullptr) {
+    if (const PendingRecord* const record = m_pending.Find(type, dbid)) {
         return record->version;
     }
     const auto& versions = m_versions[static_cast<std::size_t>(type.id - 1)];
@@ -345,25 +318,9 @@ void WriteBatch::ForgetVersions() noexcept {
     }
 }
 
-const PendingRecord* WriteBatch::FindColumns(const RecordType& type, std::int64_t dbid) const {
-    return FromTop([&](const PendingChanges& changes) {
-        const PendingRecord* const record = changes.Of(type.id).Find(dbid);
-        return record != nullptr && !record->values.empty() ? record : nullptr;
-    });
-}
-
-const FieldValue* WriteBatch::FindList(const RecordType& type, std::size_t field,
-                                       std::int64_t dbid) const {
-    return FromTop([&](const PendingChanges& changes) -> const FieldValue* {
-        const PendingRecord* const record = changes.Of(type.id).Find(dbid);
-        const bool knows = record != nullptr && (record->IsNew() || record->HasList(field));
-        return knows ? &record->values[field] : nullptr;
-    });
-}
-
 std::int64_t WriteBatch::FindKey(const RecordType& type, const FieldSet& fields,
                                  const std::vector<const FieldValue*>& values) const {
-    if (HighestNew(type) == 0) {
+    if (m_pending.HighestNew(type) == 0) {
         return 0;
     }
     const auto& sets = Of(type).keySets;
@@ -372,49 +329,7 @@ std::int64_t WriteBatch::FindKey(const RecordType& type, const FieldSet& fields,
     if (set == sets.end() || !key) {
         return 0;
     }
-    return FromTop(
-        [&](const PendingChanges& changes) { return changes.Of(type.id).FindKey(*key); });
-}
-
-bool WriteBatch::ChangesColumn(const RecordType& type, std::size_t field) const {
-    return FromTop(
-        [&](const PendingChanges& changes) { return changes.Of(type.id).ChangesColumn(field); });
-}
-
-std::vector<const PendingRecord*> WriteBatch::NewWith(
-    const RecordType& type, const std::vector<Condition>& conditions) const {
-    std::vector<const PendingRecord*> matches;
-    for (std::size_t layer = 0; layer <= m_depth; ++layer) {
-        const PendingRecords& records = m_layers[layer].changes.Of(type.id);
-        if (!records.HasNew()) {
-            continue;
-        }
-        for (const PendingRecord& record : records.All()) {
-            const auto holds = [&record](const Condition& condition) {
-                return record.values[condition.field] == condition.value;
-            };
-            if (record.IsNew() && std::all_of(conditions.begin(), conditions.end(), holds)) {
-                matches.push_back(&record);
-            }
-        }
-    }
-    std::sort(matches.begin(), matches.end(),
-              [](const PendingRecord* a, const PendingRecord* b) { return a->dbid < b->dbid; });
-    return matches;
-}
-
-const std::vector<HistoryTimes>* WriteBatch::FindTimes(const RecordKey& record) const {
-    return FromTop([&](const PendingChanges& changes) -> const std::vector<HistoryTimes>* {
-        const auto found = changes.histories.find(record);
-        return found == changes.histories.end() ? nullptr : &found->second.times;
-    });
-}
-
-std::optional<std::int64_t> WriteBatch::FindOriginal(const RecordKey& duplicate) const {
-    return FromTop([&](const PendingChanges& changes) -> std::optional<std::int64_t> {
-        const auto found = changes.links.find(duplicate);
-        return found == changes.links.end() ? std::nullopt : std::optional(found->second.original);
-    });
+    return m_pending.FindKey(type, *key);
 }
 
 }  // namespace recorddb

@@ -24,6 +24,7 @@
 #include "recorddb/store/batch/key_sets.h"
 #include "recorddb/store/batch/known_answers.h"
 #include "recorddb/store/batch/pending_changes.h"
+#include "recorddb/store/batch/pending_layers.h"
 #include "recorddb/store/batch/record_buffer.h"
 #include "recorddb/store/batch/touched.h"
 #include "recorddb/store/tables/last_dbids.h"
@@ -147,9 +148,7 @@ class WriteBatch {
 
     // --- what readers lay over the database's answer ---
 
-    bool HasNew(const schema::RecordType& type, std::int64_t dbid) const;
-    // The highest dbid among new records; 0 when there is none.
-    std::int64_t HighestNew(const schema::RecordType& type) const;
+    const PendingLayers& Pending() const { return m_pending; }
 
     // The version of a record that was changed here, or was read before in this transaction.
     std::optional<std::int64_t> KnownVersion(const schema::RecordType& type,
@@ -159,39 +158,11 @@ class WriteBatch {
     // To be called after the database was written to at once.
     void ForgetVersions() noexcept;
 
-    // The newest change of the record that knows its columns; null when there is none.
-    const PendingRecord* FindColumns(const schema::RecordType& type, std::int64_t dbid) const;
-
-    // The list of a record; null when it has not changed.
-    const FieldValue* FindList(const schema::RecordType& type, std::size_t field,
-                               std::int64_t dbid) const;
-
     // The new record with these values in a set of KeySetsOf(type); 0 for none.
     std::int64_t FindKey(const schema::RecordType& type, const FieldSet& fields,
                          const std::vector<const FieldValue*>& values) const;
 
-    // Whether a column of records that the database has differs here for some record.
-    bool ChangesColumn(const schema::RecordType& type, std::size_t field) const;
-
-    struct Condition {
-        std::size_t field;
-        FieldValue value;  // none: the field has no value
-    };
-    // The new records for which all conditions hold, by dbid. They are compared as they were
-    // created: where ChangesColumn is true of a column, Apply comes first.
-    std::vector<const PendingRecord*> NewWith(const schema::RecordType& type,
-                                              const std::vector<Condition>& conditions) const;
-
-    // The times of the entries of a record whose history was changed; null for others.
-    const std::vector<HistoryTimes>* FindTimes(const RecordKey& record) const;
-
-    std::optional<std::int64_t> FindOriginal(const RecordKey& duplicate) const;
-
   private:
-    struct Layer {
-        PendingChanges changes;
-        std::unique_ptr<sql::Savepoint> savepoint;
-    };
     // What is known of one type.
     struct Type {
         std::vector<FieldSet> keySets;
@@ -201,20 +172,9 @@ class WriteBatch {
     const Type& Of(const schema::RecordType& type) const {
         return m_types[static_cast<std::size_t>(type.id - 1)];
     }
-    PendingChanges& Top() { return m_layers[m_depth].changes; }
-    // What `find` finds in the topmost layer in which it finds something.
-    template <typename Find>
-    auto FromTop(Find find) const {
-        auto found = find(m_layers[m_depth].changes);
-        for (std::size_t layer = m_depth; layer > 0 && !found; --layer) {
-            found = find(m_layers[layer - 1].changes);
-        }
-        return found;
-    }
     PendingRecord ChangeOf(const schema::RecordType& type, std::int64_t dbid, std::int64_t version,
                            const RecordBuffer& record) const;
     int WaveOf(const schema::RecordType& type, const RecordBuffer& record) const;
-    const PendingRecord* FindNew(std::int64_t type, std::int64_t dbid) const;
     bool RefersToNew(const schema::RecordType& type, const RecordBuffer& record) const;
     void AddKeys(const schema::RecordType& type, const PendingRecord& record);
     void NoteChange();
@@ -225,9 +185,8 @@ class WriteBatch {
     KeyRows m_keyRows;
     LastDbIds m_lastDbIds;
     std::vector<Type> m_types;
-    // The first is that of the transaction; those past m_depth are kept for their memory.
-    std::vector<Layer> m_layers;
-    std::size_t m_depth = 0;
+    PendingLayers m_pending;
+    std::vector<std::unique_ptr<sql::Savepoint>> m_savepoints;  // by layer, null for none
     bool m_isGathering = false;
     bool m_hasFailed = false;
     std::uint64_t m_drops = 0;

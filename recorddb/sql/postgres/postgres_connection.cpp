@@ -179,7 +179,6 @@ void PostgresConnection::LetOthersWrite() {
     if (!m_keepsTurn) {
         return;
     }
-    m_keepsTurn = false;
     try {
         m_handle.Run(m_connector.UnlockSql());
     } catch (const Error& error) {
@@ -188,6 +187,7 @@ void PostgresConnection::LetOthersWrite() {
             throw;
         }
     }
+    m_keepsTurn = false;
 }
 
 std::string PostgresConnection::ShareMoment() {

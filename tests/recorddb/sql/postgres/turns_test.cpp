@@ -1,4 +1,5 @@
 // How writers on a server take turns, one of which keeps its turn from transaction to transaction.
+#include <chrono>
 #include <future>
 
 #include "sql/sql_test.h"
@@ -27,13 +28,13 @@ class TurnsTest : public SqlTest {
         return alone;
     }
 
-    // Returns once a process of the server waits for a lock.
-    void AwaitThatItWaits(std::int64_t process) {
+    // Returns once the work waits for a lock, or has ended. `process` is the server's for it.
+    void AwaitThatItWaits(std::int64_t process, const std::future<void>& work) {
         Statement& holders = m_connection->Prepare("SELECT cardinality(pg_blocking_pids($1::int))");
-        std::int64_t count = 0;
-        while (count == 0) {
+        bool waits = false;
+        while (!waits && work.wait_for(std::chrono::seconds(0)) == std::future_status::timeout) {
             holders.BindAll(process);
-            count = QueryInt(holders).value();
+            waits = QueryInt(holders).value() != 0;
         }
     }
 };
@@ -59,7 +60,7 @@ TEST_F(TurnsTest, AWriterThatWaitsGoesAheadOfOneThatKeepsItsTurn) {
         other->ExecuteScript("INSERT INTO thing (name) VALUES ('in between')");
         transaction.Commit();
     });
-    AwaitThatItWaits(process);
+    AwaitThatItWaits(process, waiting);
 
     EXPECT_TRUE(WriteAndKeepTurn("two"));
     EXPECT_NO_THROW(waiting.get());

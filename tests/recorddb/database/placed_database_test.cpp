@@ -1,4 +1,5 @@
 // What holds of databases wherever they stand.
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -111,11 +112,11 @@ TEST_P(PlacedDatabaseTest, ViewInThePlaceOfATableIsRefused) {
     for (const std::string table : {"bug", "bug__watchers", "zt_journal"}) {
         Remove();
         GivenDatabase();
-        GivenSql((IsFile() ? "PRAGMA foreign_keys = OFF; DROP TABLE " + table
-                           : "DROP TABLE " + table + " CASCADE") +
-                 "; CREATE VIEW " + table +
-                 " AS WITH RECURSIVE n (dbid) AS (SELECT 1 UNION ALL SELECT dbid + 1 FROM n) "
-                 "SELECT dbid FROM n");
+        GivenSql(
+            fmt::format("{} {}; CREATE VIEW {} AS WITH RECURSIVE n (dbid) AS (SELECT 1 UNION ALL "
+                        "SELECT dbid + 1 FROM n) SELECT dbid FROM n",
+                        IsFile() ? "PRAGMA foreign_keys = OFF; DROP TABLE" : "DROP TABLE",
+                        IsFile() ? table : table + " CASCADE", table));
         for (const Database::Mode mode : {Database::Mode::ReadOnly, Database::Mode::ReadWrite}) {
             ExpectProblem(mode, DatabaseError::Problem::TablesChanged,
                           AllOf(HasSubstr(sql::ShownLocation(Path())),

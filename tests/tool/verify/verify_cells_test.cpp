@@ -3,7 +3,6 @@
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <cctype>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -21,6 +20,7 @@
 #include "temporary_folder.h"
 #include "tool/commands/load_command.h"
 #include "tool/commands/verify_command.h"
+#include "verify/cell_changes.h"
 #include "verify/silent_changes.h"
 
 // Every column of every table of the loaded example tracker is changed, one cell at a time and in
@@ -33,7 +33,6 @@ namespace tool {
 namespace {
 
 namespace fs = std::filesystem;
-using Row = std::vector<std::string>;  // SQL literals
 using recorddb::sql::OpenMode;
 
 const fs::path kExample = ZT_EXAMPLES "/tracker";
@@ -123,170 +122,6 @@ class LoadedExample {
     std::string m_database;
 };
 
-struct Table {
-    std::string name;
-    std::vector<std::string> columns;
-    std::vector<std::string> key;  // columns that tell a row; all of them where there is no key
-    std::vector<Row> rows;
-
-    std::size_t Index(const std::string& column) const {
-        return static_cast<std::size_t>(std::find(columns.begin(), columns.end(), column) -
-                                        columns.begin());
-    }
-
-    // The condition that only this row meets.
-    std::string Where(const Row& row) const {
-        std::string condition;
-        for (const std::string& column : key) {
-            condition += fmt::format("{}\"{}\" IS {}", condition.empty() ? "" : " AND ", column,
-                                     row[Index(column)]);
-        }
-        return condition;
-    }
-};
-
-std::vector<Row> Select(recorddb::sql::Connection& connection, const std::string& sql) {
-    const auto statement = connection.PrepareOwn(sql);
-    std::vector<Row> rows;
-    while (statement->Step()) {
-        Row& row = rows.emplace_back();
-        for (int column = 0; column < statement->ColumnCount(); ++column) {
-            row.emplace_back(statement->Text(column));
-        }
-    }
-    return rows;
-}
-
-std::vector<Table> ReadTables() {
-    const auto connection =
-        recorddb::sql::Open(LoadedExample::Get().Database(), OpenMode::ReadOnly);
-    std::vector<Table> tables;
-    for (const Row& name : Select(*connection,
-                                  "SELECT name FROM sqlite_master WHERE type = 'table' "
-                                  "AND name NOT LIKE 'sqlite_%' ORDER BY name")) {
-        Table& table = tables.emplace_back();
-        table.name = name.front();
-        std::string quoted;
-        for (const Row& column :
-             Select(*connection,
-                    fmt::format("SELECT name, pk FROM pragma_table_info('{}')", table.name))) {
-            table.columns.push_back(column[0]);
-            if (column[1] != "0") {
-                table.key.push_back(column[0]);
-            }
-            quoted += fmt::format("{}quote(\"{}\")", quoted.empty() ? "" : ", ", column[0]);
-        }
-        if (table.key.empty()) {
-            table.key = table.columns;
-        }
-        table.rows = Select(*connection, fmt::format("SELECT {} FROM \"{}\"", quoted, table.name));
-    }
-    return tables;
-}
-
-// One change of the database.
-struct Change {
-    std::string table;
-    std::string column;  // empty: of a row as a whole
-    std::string way;
-    std::string before;  // what stood in the column
-    std::string sql;
-
-    std::string Text() const { return fmt::format("{}.{} {}: {}", table, column, way, sql); }
-};
-
-bool IsNumber(const std::string& literal) {
-    return literal.front() == '-' || std::isdigit(static_cast<unsigned char>(literal.front())) != 0;
-}
-
-bool IsText(const std::string& literal) {
-    return literal.front() == '\'';
-}
-
-bool IsBlob(const std::string& literal) {
-    return literal.starts_with("X'");
-}
-
-// The literal a step further: a number plus one, a text with the next last character, a blob with
-// one more byte.
-std::string OneMore(const std::string& literal) {
-    if (IsNumber(literal)) {
-        return literal + " + 1";
-    }
-    if (IsText(literal)) {
-        return fmt::format("substr({0}, 1, length({0}) - 1) || char(unicode(substr({0}, -1)) + 1)",
-                           literal);
-    }
-    return IsBlob(literal) ? literal.substr(0, literal.size() - 1) + "00'" : "1";
-}
-
-std::string OfAnotherType(const std::string& literal) {
-    if (IsNumber(literal)) {
-        return fmt::format("'{}x'", literal);
-    }
-    return IsText(literal) ? fmt::format("CAST({} AS BLOB)", literal)
-                           : fmt::format("CAST({} AS TEXT)", IsBlob(literal) ? literal : "'7'");
-}
-
-std::string Another(const std::string& literal) {
-    if (IsNumber(literal)) {
-        return literal + " + 1000";
-    }
-    return IsText(literal) ? literal + " || 'x'" : "'x'";
-}
-
-std::string UpdateOf(const Table& table, const Row& row, const std::string& column,
-                     const std::string& value) {
-    return fmt::format("UPDATE \"{}\" SET \"{}\" = {} WHERE {};", table.name, column, value,
-                       table.Where(row));
-}
-
-// Exchanges two values, by way of one that stands nowhere else.
-std::string SwapOf(const Table& table, Row row, const Row& other, const std::string& column) {
-    const std::size_t index = table.Index(column);
-    const std::string between = IsNumber(row[index]) ? "-999983" : "'a value between'";
-    const std::string first = UpdateOf(table, row, column, between);
-    const std::string value = row[index];
-    row[index] = between;
-    return first + UpdateOf(table, other, column, value) +
-           UpdateOf(table, row, column, other[index]);
-}
-
-// All ways of changing one cell.
-std::vector<Change> ChangesOf(const Table& table, const Row& row, const std::string& column,
-                              std::mt19937_64& random) {
-    const std::size_t index = table.Index(column);
-    const std::string& before = row[index];
-    std::vector<Change> changes;
-    const auto set = [&](const char* way, const std::string& value) {
-        if (value != before) {
-            changes.push_back(
-                {table.name, column, way, before, UpdateOf(table, row, column, value)});
-        }
-    };
-    set("becomes NULL", "NULL");
-    set("becomes empty", "''");
-    set("gets another type", OfAnotherType(before));
-    set("gets another value", Another(before));
-    set("becomes one more", OneMore(before));
-    if (IsNumber(before)) {
-        set("becomes one less", before + " - 1");
-    }
-    std::vector<const Row*> others;
-    for (const Row& other : table.rows) {
-        if (other[index] != before) {
-            others.push_back(&other);
-        }
-    }
-    if (!others.empty()) {
-        const Row& other = *others[random() % others.size()];
-        set("gets the value of another row", other[index]);
-        changes.push_back({table.name, column, "is swapped with another row", before,
-                           SwapOf(table, row, other, column)});
-    }
-    return changes;
-}
-
 class VerifyCellsTest : public testing::Test {
   protected:
     VerifyCellsTest() {
@@ -339,13 +174,13 @@ TEST_F(VerifyCellsTest, NothingIsFoundWhereNothingWasChanged) {
 }
 
 TEST_F(VerifyCellsTest, EveryTableHasRowsToBeChanged) {
-    for (const Table& table : ReadTables()) {
+    for (const Table& table : ReadTables(LoadedExample::Get().Database())) {
         EXPECT_FALSE(table.rows.empty()) << table.name;
     }
 }
 
 TEST_F(VerifyCellsTest, FindsACellThatWasChanged) {
-    for (const Table& table : ReadTables()) {
+    for (const Table& table : ReadTables(LoadedExample::Get().Database())) {
         for (const std::string& column : table.columns) {
             for (const Row* const row : RowsOf(table)) {
                 for (const Change& change : ChangesOf(table, *row, column, m_random)) {
@@ -359,7 +194,7 @@ TEST_F(VerifyCellsTest, FindsACellThatWasChanged) {
 }
 
 TEST_F(VerifyCellsTest, FindsARowThatWasDeleted) {
-    for (const Table& table : ReadTables()) {
+    for (const Table& table : ReadTables(LoadedExample::Get().Database())) {
         for (const Row* const row : RowsOf(table)) {
             Check({table.name, "", "is deleted", "",
                    fmt::format("DELETE FROM \"{}\" WHERE {}", table.name, table.Where(*row))});
@@ -395,7 +230,7 @@ TEST_F(VerifyCellsTest, FindsARowThatWasAddedWhereNothingElseMayBe) {
         {"zt_record_type", "SELECT id + 1000, name || 'x', kind"},
         {"zt_schema", "SELECT *"},
     };
-    for (const Table& table : ReadTables()) {
+    for (const Table& table : ReadTables(LoadedExample::Get().Database())) {
         const auto* const added =
             std::find_if(std::begin(kAdded), std::end(kAdded),
                          [&table](const auto& other) { return table.name == other.first; });

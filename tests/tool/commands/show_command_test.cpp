@@ -1,7 +1,8 @@
+#include "tool/commands/show_command.h"
+
 #include <gmock/gmock.h>
 
 #include "load_fixture.h"
-#include "tool/commands/show_command.h"
 #include "tool/process/usage_error.h"
 
 namespace tool {

@@ -61,8 +61,8 @@ class RECORDDB_API Database {
     // outlive the database; one at a time.
     AdPtr<Session> OpenSession(const SessionOptions& options);
 
-    // Connects anew when the connection was lost, where the engine can, with no more than
-    // `patience` for a server that does not answer (see sql::Connection). What was read before is
+    // Connects anew when the connection was lost, where the engine can, and waits no longer than
+    // `patience` for a server to take it (see sql::Connection). What was read before is
     // forgotten. Throws DatabaseError when another record database is found in the place of this
     // one; sql::Error.
     void Reconnect(std::chrono::milliseconds patience);

@@ -73,7 +73,7 @@ enum class ErrorKind {
     CannotOpen,
     PermissionDenied,  // the role that works on a server lacks a right
     ConnectionLost,
-    Unsupported,  // the engine has nothing of the kind
+    Unsupported,  // the engine lacks what was asked of it
     Other
 };
 

@@ -27,9 +27,9 @@ class PostgresConnector {
     PostgresConnector(const std::string& url, OpenMode mode);
 
     // Connects, checks that the database can be used in the way that was asked for, and sets the
-    // connection up. Ends the connection that was made before, if the server still has it. Servers
-    // that do not answer get no more than `patience` in all, where it is given (see ServerHosts).
-    // Throws Error as sql::Open does.
+    // connection up. Ends the connection that was made before, if the server still has it. Where
+    // `patience` is given, no longer than that is waited until a server has taken the connection
+    // (see ServerHosts); what is asked of it afterwards has no limit. Throws as sql::Open does.
     PostgresHandle Connect(std::optional<std::chrono::milliseconds> patience = {});
 
     // What begins a transaction that sees one moment and writes nothing.

@@ -29,6 +29,7 @@ constexpr std::pair<std::string_view, ErrorKind> kKinds[] = {
     {"XX002", ErrorKind::Corrupt},
     {"42501", ErrorKind::PermissionDenied},
     {"0A", ErrorKind::Unsupported},
+    {"42883", ErrorKind::Unsupported},  // no such function
     {"57P", ErrorKind::ConnectionLost},
     {"08", ErrorKind::ConnectionLost},
     {"28", ErrorKind::CannotOpen},

@@ -209,12 +209,6 @@ class SchemaInUseTest : public PlacedDatabase {
   protected:
     SchemaInUseTest() : PlacedDatabase(Engine::Postgres) {}
 
-    void SetUp() override {
-        if (TestServer() == nullptr) {
-            GTEST_SKIP() << "there is no PostgreSQL server";
-        }
-    }
-
     void ExpectRefusal(std::string_view text) const {
         ExpectProblemOf([this] { GivenDatabase(); }, DatabaseError::Problem::FileExists,
                         HasSubstr(std::string(text)));

@@ -97,10 +97,11 @@ class KilledLoadOnServer : public OnEachEngine<LoadFixture> {
     void ExpectAllAsWhenUndisturbed() {
         const std::string disturbed = DumpWithout(m_place.Schema());
         const std::string database = m_database;
-        const DatabasePlace other(Engine::Postgres, "");
+        const DatabasePlace other(GetParam(), "");
         recorddb::Database::Create(
             other.Location(),
-            recorddb::Database::Open(m_database, recorddb::Database::Mode::ReadOnly)->GetSchema());
+            recorddb::Database::Open(m_database, recorddb::Database::Mode::ReadOnly)->GetSchema(),
+            LayoutOn(GetParam()));
         m_database = other.Location();
         m_options.rejects = m_folder.File("other rejects");
         EXPECT_EQ(Load(m_sources), 1) << Said();
@@ -131,12 +132,6 @@ class KilledLoadOnServer : public OnEachEngine<LoadFixture> {
             }
         }
         return count;
-    }
-
-    void SetUp() override {
-        if (TestServer() == nullptr) {
-            GTEST_SKIP() << "there is no PostgreSQL server";
-        }
     }
 
     void TearDown() override { Continue(); }

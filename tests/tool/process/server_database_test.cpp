@@ -6,6 +6,7 @@
 
 #include "process_fixture.h"
 #include "recorddb/sql.h"
+#include "server_role.h"
 
 namespace tool {
 namespace {
@@ -23,12 +24,6 @@ class ServerDatabase : public ProcessFixture {
                      Records("users.xml", {{{"login", "ann"}}})};
     }
 
-    void SetUp() override {
-        if (TestServer() == nullptr) {
-            GTEST_SKIP() << "there is no PostgreSQL server";
-        }
-    }
-
     std::vector<std::string> Command(const std::string& command, const std::string& database,
                                      const std::vector<std::string>& more = {}) const {
         std::vector<std::string> words = {command, database};
@@ -38,8 +33,6 @@ class ServerDatabase : public ProcessFixture {
         words.insert(words.end(), more.begin(), more.end());
         return words;
     }
-
-    static void Server(const std::string& sql) { DatabasePlace::Server().ExecuteScript(sql); }
 
     std::vector<std::string> m_sources;
 };
@@ -60,7 +53,7 @@ TEST_F(ServerDatabase, StandsInTheSchemaThatTheOptionNames) {
         Run({"show", recorddb::sql::WithSchema(TestServer(), other), "--schema", m_place.Schema()})
             .text,
         HasSubstr("bug"));
-    Server("DROP SCHEMA " + other + " CASCADE");
+    ServerRole::Server("DROP SCHEMA " + other + " CASCADE");
 }
 
 TEST_F(ServerDatabase, StandsInTheFirstSchemaOfTheSearchPathOtherwise) {
@@ -78,30 +71,32 @@ TEST_F(ServerDatabase, SchemaOptionIsNotForFiles) {
     EXPECT_THAT(answer.text, HasSubstr("is for a database on a server"));
 }
 
-// A role of the server that may connect and do nothing else.
+// What a role may do there.
 class RoleOfServerDatabase : public ServerDatabase {
   protected:
-    RoleOfServerDatabase() {
+    void SetUp() override {
         if (!IsFile()) {
-            Server("CREATE ROLE " + m_role + " LOGIN");
+            m_role.Make();
         }
     }
-    ~RoleOfServerDatabase() override {
+
+    void TearDown() override {
         if (!IsFile()) {
-            Server("DROP OWNED BY " + m_role + "; DROP ROLE " + m_role);
+            m_role.Drop();
         }
     }
 
     void Grant(const std::string& rights) const {
-        Server("GRANT USAGE ON SCHEMA " + m_place.Schema() + " TO " + m_role + "; GRANT " + rights +
-               " ON ALL TABLES IN SCHEMA " + m_place.Schema() + " TO " + m_role);
+        ServerRole::Server("GRANT USAGE ON SCHEMA " + m_place.Schema() + " TO " + m_role.Name() +
+                           "; GRANT " + rights + " ON ALL TABLES IN SCHEMA " + m_place.Schema() +
+                           " TO " + m_role.Name());
     }
 
     Answer RunAsRole(const std::string& command) const {
-        return Run(Command(command, m_database + "&user=" + m_role));
+        return Run(Command(command, m_database + "&user=" + m_role.Name()));
     }
 
-    const std::string m_role = "role_of_" + m_place.Schema();
+    const ServerRole m_role{"role_of_" + m_place.Schema()};
 };
 
 TEST_F(RoleOfServerDatabase, IsToldWhichRightItLacks) {
@@ -109,7 +104,7 @@ TEST_F(RoleOfServerDatabase, IsToldWhichRightItLacks) {
         const Answer answer = RunAsRole(command);
         EXPECT_EQ(answer.code, 3);
         EXPECT_THAT(answer.text,
-                    AllOf(HasSubstr(m_role), HasSubstr("the right USAGE on the schema"),
+                    AllOf(HasSubstr(m_role.Name()), HasSubstr("the right USAGE on the schema"),
                           HasSubstr("GRANT USAGE ON SCHEMA")))
             << command;
     }
@@ -118,7 +113,7 @@ TEST_F(RoleOfServerDatabase, IsToldWhichRightItLacks) {
         const Answer answer = RunAsRole(command);
         EXPECT_EQ(answer.code, 3);
         EXPECT_THAT(answer.text,
-                    AllOf(HasSubstr(m_role), HasSubstr("the right INSERT, UPDATE, DELETE"),
+                    AllOf(HasSubstr(m_role.Name()), HasSubstr("the right INSERT, UPDATE, DELETE"),
                           HasSubstr("GRANT SELECT, INSERT, UPDATE, DELETE ON ALL TABLES")))
             << command;
     }

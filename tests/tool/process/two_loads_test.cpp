@@ -194,12 +194,6 @@ class TwoLoadsWithWorkers : public TwoLoads {
   protected:
     TwoLoadsWithWorkers() : TwoLoads(Engine::Postgres) {}
 
-    void SetUp() override {
-        if (TestServer() == nullptr) {
-            GTEST_SKIP() << "there is no PostgreSQL server";
-        }
-    }
-
     ChildProcess Start(const std::string& name, const std::string& configuration,
                        const std::string& data) const {
         std::vector<std::string> command = Command(name, configuration, data, "2");

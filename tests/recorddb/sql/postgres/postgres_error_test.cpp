@@ -26,6 +26,7 @@ TEST(PostgresErrorTest, KindFollowsFromTheSqlState) {
         {"XX001", ErrorKind::Corrupt},
         {"42501", ErrorKind::PermissionDenied},
         {"0A000", ErrorKind::Unsupported},
+        {"42883", ErrorKind::Unsupported},
         {"57P01", ErrorKind::ConnectionLost},
         {"08006", ErrorKind::ConnectionLost},
         {"28P01", ErrorKind::CannotOpen},

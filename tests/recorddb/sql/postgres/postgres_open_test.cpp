@@ -5,6 +5,7 @@
 #include "recorddb/schema.h"
 #include "recorddb/sql/postgres/postgres_connector.h"
 #include "sample_schema.h"
+#include "server_role.h"
 #include "sql/sql_test.h"
 
 namespace recorddb::sql {
@@ -17,21 +18,23 @@ using ::testing::HasSubstr;
 // A schema with a table, and a role that may connect and do nothing else.
 class PostgresOpenTest : public SqlTest {
   protected:
-    PostgresOpenTest() : SqlTest(Engine::Postgres), m_role("role_of_" + m_place.Schema()) {
+    PostgresOpenTest() : SqlTest(Engine::Postgres) {}
+
+    void SetUp() override {
         if (!IsFile()) {
-            Server("CREATE ROLE " + m_role + " LOGIN");
-        }
-    }
-    ~PostgresOpenTest() override {
-        if (!IsFile()) {
-            m_connection.reset();
-            m_place.DropSchema();
-            Server("DROP OWNED BY " + m_role);
-            Server("DROP ROLE " + m_role);
+            m_serverRole.Make();
         }
     }
 
-    static void Server(const std::string& sql) { DatabasePlace::Server().ExecuteScript(sql); }
+    void TearDown() override {
+        if (!IsFile()) {
+            m_connection.reset();
+            m_place.DropSchema();
+            m_serverRole.Drop();
+        }
+    }
+
+    static void Server(const std::string& sql) { ServerRole::Server(sql); }
 
     // The place as the role sees it.
     std::string PathOfRole() const { return Path() + "&user=" + m_role; }
@@ -54,7 +57,8 @@ class PostgresOpenTest : public SqlTest {
         return std::string(show.Text(0));
     }
 
-    std::string m_role;
+    const ServerRole m_serverRole{"role_of_" + m_place.Schema()};
+    const std::string m_role = m_serverRole.Name();
 };
 
 TEST_F(PostgresOpenTest, WorksInItsSchemaAlone) {

@@ -22,6 +22,9 @@ struct ExpectedSearch {
     bool history = false;
     bool attachments = false;
     bool original = false;  // which record it is a duplicate of, and that one's, and so on
+    // All of that, to compare it: with the keys of the records that it refers to, and with all of
+    // its history's entries.
+    bool whole = false;
 };
 
 }  // namespace recorddb

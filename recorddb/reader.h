@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "recorddb/expected_search.h"
 #include "recorddb/export.h"
 #include "recorddb/keys.h"
 #include "recorddb/record.h"
@@ -19,9 +20,9 @@ namespace recorddb {
 class Database;
 
 // Reads what is in a database, for programs that show or compare it. It needs the memory of one
-// record, however many there are. Each operation sees the database as it is at that moment; to see
-// the same state in several of them, hold a transaction (Database::Begin) around them. Every
-// operation throws sql::Error.
+// record, however many there are, unless it is told to look ahead. Each operation sees the database
+// as it is at that moment; to see the same state in several of them, hold a transaction
+// (Database::Begin) around them. Every operation throws sql::Error.
 class RECORDDB_API RecordReader {
   public:
     // The database outlives the reader.
@@ -29,6 +30,12 @@ class RECORDDB_API RecordReader {
     RecordReader(const RecordReader&) = delete;
     RecordReader& operator=(const RecordReader&) = delete;
     ~RecordReader();
+
+    // Asks for what these searches find, in a few questions for all of them, so that the operations
+    // that follow need not ask for each record; where that saves nothing, does nothing. Takes the
+    // memory of all those records, until the next call or the end of the reader. Only in a
+    // transaction that reads, and lasts as long.
+    void LookAhead(std::span<const ExpectedSearch> searches);
 
     std::int64_t Count(const schema::RecordType& type);
 

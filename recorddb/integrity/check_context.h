@@ -7,10 +7,12 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "recorddb/integrity.h"
 #include "recorddb/schema.h"
 #include "recorddb/sql.h"
+#include "recorddb/store/batch/question_round.h"
 #include "recorddb/store/key_table.h"
 #include "recorddb/store/record_tables.h"
 
@@ -29,6 +31,7 @@ class CheckContext {
           m_schema(schema),
           m_tables(batch, schema),
           m_keys(batch, schema),
+          m_existing(schema.Types().size()),
           m_take(std::move(take)),
           m_keepOn(std::move(keepOn)) {}
 
@@ -45,6 +48,9 @@ class CheckContext {
         return m_connection.PrepareScan(sql);
     }
 
+    // Questions that are asked together.
+    QuestionRound Questions() { return QuestionRound(m_connection); }
+
     // Advances to the next row; false after the last one and when the check is to end.
     bool NextRow(sql::Statement& rows) {
         m_stopped = m_stopped || !m_keepOn(m_records);
@@ -54,7 +60,11 @@ class CheckContext {
     // True when the check is to end: then what has not been read must not be reported as missing.
     bool Stopped() const { return m_stopped; }
 
-    void AddRecord() { ++m_records; }
+    // To be called for each record that has been read.
+    void AddRecord(const schema::RecordType& type, std::int64_t dbid) {
+        ++m_records;
+        NoteExisting(type, dbid);
+    }
     std::uint64_t Records() const { return m_records; }
 
     // The record type with that number; null when there is none.
@@ -75,11 +85,18 @@ class CheckContext {
                     const sql::Statement& row, int column, std::string problem);
 
   private:
+    void NoteExisting(const schema::RecordType& type, std::int64_t dbid);
+    std::vector<bool>& ExistingOf(const schema::RecordType& type) {
+        return m_existing[static_cast<std::size_t>(type.id - 1)];
+    }
+
     sql::Connection& m_connection;
     Layout m_layout;
     const schema::Schema& m_schema;
     RecordTables m_tables;
     KeyTable m_keys;
+    // By type: the dbids, up to a bound, of which is known that there is a record.
+    std::vector<std::vector<bool>> m_existing;
     TakeFault m_take;
     KeepOn m_keepOn;
     std::uint64_t m_records = 0;

@@ -4,7 +4,11 @@
 
 #include <algorithm>
 #include <optional>
+#include <span>
+#include <string>
+#include <string_view>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "recorddb/integrity/cell_rules.h"
@@ -51,28 +55,84 @@ std::optional<KeyRow> KeyIn(const sql::Statement& row, const RecordType& type,
     return KeyRowOf(type, set, borrowed);
 }
 
-// Checks that zt_key has a row for each unique value of the records.
-void ScanRecordsForKeys(CheckContext& context, const RecordType& type, const FieldSet& set) {
-    const auto rows =
-        context.Scan(fmt::format("SELECT {0}{1} FROM {2} ORDER BY {0}", schema::kDbIdName,
-                                 ColumnsOf(type, set), sql::Quoted(type.name)));
-    const auto find = context.Query(
-        "SELECT record FROM zt_key WHERE hash = $1 AND record_type = $2 AND field = $3");
-    while (context.NextRow(*rows)) {
-        const auto key = KeyIn(*rows, type, set);
-        if (!key) {
-            continue;
+// Checks that zt_key has a row for each unique value of the records of a type, asking for those of
+// many records together.
+class UniqueValueScan {
+  public:
+    UniqueValueScan(CheckContext& context, const RecordType& type)
+        : m_context(context), m_type(type) {}
+
+    void Run(const FieldSet& set) {
+        const auto rows =
+            m_context.Scan(fmt::format("SELECT {0}{1} FROM {2} ORDER BY {0}", schema::kDbIdName,
+                                       ColumnsOf(m_type, set), sql::Quoted(m_type.name)));
+        while (m_context.NextRow(*rows)) {
+            if (auto key = KeyIn(*rows, m_type, set)) {
+                m_expected.push_back({rows->Int(0), *std::move(key)});
+            }
+            if (m_expected.size() == kTogether) {
+                Compare();
+            }
         }
-        const std::int64_t dbid = rows->Int(0);
-        find->BindAll(key->hash, type.id, key->field);
-        const auto named = sql::QueryInt(*find);
-        if (named != dbid) {
-            context.ReportRecord(type, dbid, key->field, key->value,
-                                 named ? fmt::format("zt_key has it for the dbid {}", *named)
-                                       : "zt_key does not have it, so it is not found by it");
-        }
+        Compare();
     }
-}
+
+    // How many rows of zt_key are as they have to be.
+    std::int64_t Sound() const { return m_sound; }
+
+  private:
+    static constexpr std::size_t kTogether = 1000;
+
+    struct Expected {
+        std::int64_t dbid;
+        KeyRow key;
+        std::optional<std::int64_t> named = std::nullopt;  // in zt_key
+        bool hasValue = false;
+    };
+
+    void Compare() {
+        Ask();
+        for (const Expected& expected : m_expected) {
+            m_sound += expected.named == expected.dbid && expected.hasValue ? 1 : 0;
+            if (expected.named != expected.dbid) {
+                m_context.ReportRecord(
+                    m_type, expected.dbid, expected.key.field, expected.key.value,
+                    expected.named ? fmt::format("zt_key has it for the dbid {}", *expected.named)
+                                   : "zt_key does not have it, so it is not found by it");
+            }
+        }
+        m_expected.clear();
+    }
+
+    void Ask() {
+        QuestionRound round = m_context.Questions();
+        QuestionRound::Question question = {
+            .table = "zt_key",
+            .columns = {{"record", sql::CellType::Integer}, {"value", sql::CellType::Text}},
+            .keys = {{"hash", sql::CellType::Text},
+                     {"record_type", sql::CellType::Integer},
+                     {"field", sql::CellType::Text}},
+            .order = "record",
+            .most = 0,
+            .cells = {}};
+        for (const Expected& expected : m_expected) {
+            question.cells.insert(question.cells.end(),
+                                  {std::string_view(expected.key.hash), m_type.id,
+                                   std::string_view(expected.key.field)});
+        }
+        round.Ask(std::move(question), [this](std::size_t key, std::span<const sql::Cell> row) {
+            m_expected[key].named = IntIn(row[0]);
+            const auto* const value = std::get_if<std::string_view>(&row[1]);
+            m_expected[key].hasValue = value != nullptr && *value == m_expected[key].key.value;
+        });
+        round.Finish();
+    }
+
+    CheckContext& m_context;
+    const RecordType& m_type;
+    std::vector<Expected> m_expected;
+    std::int64_t m_sound = 0;
+};
 
 // Checks that each row of zt_key belongs to a record.
 class KeyRowScan {
@@ -173,16 +233,23 @@ void ScanShardedTables(CheckContext& context) {
     if (context.GetLayout() != Layout::Sharded) {
         return;
     }
+    std::int64_t sound = 0;
     for (const RecordType& type : context.Schema().Types()) {
         if (IsSpread(Layout::Sharded, type)) {
+            UniqueValueScan scan(context, type);
             for (const FieldSet& set : UniqueSetsOf(type)) {
-                ScanRecordsForKeys(context, type, set);
+                scan.Run(set);
             }
+            sound += scan.Sound();
         }
         ScanLastDbId(context, type.id, type.name);
     }
     ScanLastDbId(context, kAttachmentNumbers, "zt_attachment");
-    KeyRowScan(context).Run();
+    // Each of these rows belongs to a record; only where there are others, they are looked for.
+    const auto count = context.Query("SELECT count(*) FROM zt_key");
+    if (sql::QueryInt(*count) != sound) {
+        KeyRowScan(context).Run();
+    }
     ScanTurn(context);
 }
 

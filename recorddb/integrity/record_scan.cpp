@@ -38,7 +38,7 @@ class RecordScan {
         const auto rows = m_context.Scan(Sql());
         while (m_context.NextRow(*rows)) {
             CheckRow(*rows);
-            m_context.AddRecord();
+            m_context.AddRecord(m_type, rows->Int(0));
         }
     }
 

@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "recorddb/database.h"
 #include "recorddb/editing/reference_keys.h"
@@ -10,6 +11,7 @@
 #include "recorddb/store/attachment_table.h"
 #include "recorddb/store/batch/database_batch.h"
 #include "recorddb/store/batch/key_sets.h"
+#include "recorddb/store/batch/look_ahead.h"
 #include "recorddb/store/batch/write_batch.h"
 #include "recorddb/store/bind_value.h"
 #include "recorddb/store/content_store.h"
@@ -92,6 +94,13 @@ struct RecordReader::Tables {
         return connection;
     }
 
+    void ForgetAhead() noexcept {
+        if (std::exchange(hasLookedAhead, false)) {
+            batch.Answers().Forget();
+        }
+    }
+
+    bool hasLookedAhead = false;
     WriteBatch& batch;
     sql::Connection& connection;
     RecordTables records;
@@ -105,7 +114,20 @@ struct RecordReader::Tables {
 
 RecordReader::RecordReader(Database& database) : m_tables(std::make_unique<Tables>(database)) {}
 
-RecordReader::~RecordReader() = default;
+RecordReader::~RecordReader() {
+    m_tables->ForgetAhead();
+}
+
+void RecordReader::LookAhead(std::span<const ExpectedSearch> searches) {
+    m_tables->ForgetAhead();
+    sql::Connection& connection = m_tables->UpToDate();
+    if (connection.ReadsManyForLess()) {
+        WriteBatch& batch = m_tables->batch;
+        m_tables->hasLookedAhead = true;
+        recorddb::LookAhead(connection, batch.GetSchema(), batch.GetLayout(), batch.Answers())
+            .Read(searches);
+    }
+}
 
 std::int64_t RecordReader::Count(const schema::RecordType& type) {
     sql::Statement& count = m_tables->UpToDate().Prepare(
@@ -191,6 +213,10 @@ std::vector<HistoryEntry> RecordReader::History(const RecordView& record) {
 }
 
 std::vector<Attachment> RecordReader::Attachments(const RecordView& record) {
+    const KnownAnswers& answers = m_tables->batch.Answers();
+    if (const auto* const answer = answers.FindAttachments({record.type->id, record.dbid})) {
+        return *answer;
+    }
     return m_tables->attachments.Load(record.type->id, record.dbid);
 }
 

@@ -83,6 +83,9 @@ void HistoryTable::SetExpiry(const RecordKey& record, const HistoryTimes& times)
 std::vector<HistoryEntry> HistoryTable::Load(std::int64_t recordType, std::int64_t record) {
     m_batch.Apply(WriteBatch::For::Reading);
     m_batch.NoteRead({recordType, record});
+    if (const auto* const answer = m_batch.Answers().FindEntries({recordType, record})) {
+        return *answer;
+    }
     sql::Statement& load = m_connection.Prepare(
         "SELECT entry, action_time, expiry_time, user_name, action_name, old_state, new_state, "
         "comments FROM zt_history WHERE record_type = $1 AND record = $2 "

@@ -28,6 +28,7 @@ void KnownAnswers::Forget() noexcept {
         type.lists.clear();
     }
     m_times.clear();
+    m_entries.clear();
     m_attachments.clear();
     m_originals.clear();
     m_isEmpty = true;
@@ -41,6 +42,7 @@ void KnownAnswers::ForgetRecord(const RecordKey& record) {
         lists.erase(record.second);
     }
     m_times.erase(record);
+    m_entries.erase(record);
     m_attachments.erase(record);
     m_originals.erase(record);
 }
@@ -80,6 +82,7 @@ void KnownAnswers::Forget(const PendingChanges& changes) {
     }
     for (const auto& [record, history] : changes.histories) {
         m_times.erase(record);
+        m_entries.erase(record);
     }
     for (const auto& [record, link] : changes.links) {
         m_originals.erase(record);
@@ -145,6 +148,11 @@ const FieldValue* KnownAnswers::FindList(const RecordType& type, std::size_t fie
 const std::vector<HistoryTimes>* KnownAnswers::FindTimes(const RecordKey& record) const {
     const auto found = m_times.find(record);
     return found == m_times.end() ? nullptr : &found->second;
+}
+
+const std::vector<HistoryEntry>* KnownAnswers::FindEntries(const RecordKey& record) const {
+    const auto found = m_entries.find(record);
+    return found == m_entries.end() ? nullptr : &found->second;
 }
 
 const std::vector<Attachment>* KnownAnswers::FindAttachments(const RecordKey& record) const {

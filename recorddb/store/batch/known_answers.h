@@ -51,6 +51,8 @@ class KnownAnswers {
     const FieldValue* FindList(const schema::RecordType& type, std::size_t field,
                                std::int64_t dbid) const;
     const std::vector<HistoryTimes>* FindTimes(const RecordKey& record) const;
+    // All entries of a record, by time and then by number.
+    const std::vector<HistoryEntry>* FindEntries(const RecordKey& record) const;
     const std::vector<Attachment>* FindAttachments(const RecordKey& record) const;
     // The record that it is a duplicate of; no value when it is none.
     const std::optional<std::int64_t>* FindOriginal(const RecordKey& record) const;
@@ -87,6 +89,7 @@ class KnownAnswers {
     bool m_isEmpty = true;
     std::vector<OfType> m_types;
     std::map<RecordKey, std::vector<HistoryTimes>> m_times;
+    std::map<RecordKey, std::vector<HistoryEntry>> m_entries;
     std::map<RecordKey, std::vector<Attachment>> m_attachments;
     std::map<RecordKey, std::optional<std::int64_t>> m_originals;
 };

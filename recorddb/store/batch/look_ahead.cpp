@@ -79,11 +79,13 @@ void LookAhead::Add(const ExpectedSearch& search) {
     if (isFirst) {
         what.values = std::move(values);
     }
-    what.fields = what.fields || search.fields;
-    what.listKeys = what.listKeys || search.listKeys;
+    what.fields = what.fields || search.fields || search.whole;
+    what.listKeys = what.listKeys || search.listKeys || search.whole;
+    what.references = what.references || search.whole;
     what.history = what.history || search.history;
-    what.attachments = what.attachments || search.attachments;
-    what.original = what.original || search.original;
+    what.entries = what.entries || search.whole;
+    what.attachments = what.attachments || search.attachments || search.whole;
+    what.original = what.original || search.original || search.whole;
 }
 
 // Many questions that each go to all machines cost more than asking for the few that turn out to be
@@ -188,6 +190,7 @@ void LookAhead::ReadFound() {
     std::map<std::int64_t, std::set<std::int64_t>> rows;      // by type
     std::map<std::int64_t, std::set<std::int64_t>> versions;  // by type
     std::set<RecordKey> histories;
+    std::set<RecordKey> entries;
     std::set<RecordKey> attachments;
     for (const auto& [by, searches] : m_searches) {
         const KnownAnswers::Searches& found =
@@ -206,8 +209,14 @@ void LookAhead::ReadFound() {
             if (wanted.fields && wanted.listKeys) {
                 m_lists.insert(record);
             }
+            if (wanted.references) {
+                m_references.insert(record);
+            }
             if (wanted.history) {
                 histories.insert(record);
+            }
+            if (wanted.entries) {
+                entries.insert(record);
             }
             if (wanted.attachments) {
                 attachments.insert(record);
@@ -224,14 +233,15 @@ void LookAhead::ReadFound() {
         questions.AskForVersions(m_schema.Type(type), dbids);
     }
     questions.AskForTimes(histories);
+    questions.AskForEntries(entries);
     questions.AskForAttachments(attachments);
     questions.AskForOriginals(m_links);
     round.Finish();
 }
 
-// Reads the records in the lists of those that were found.
-void LookAhead::ReadListed() {
-    std::map<std::int64_t, std::set<std::int64_t>> listed;  // by type
+// Reads the records that those that were found refer to.
+void LookAhead::ReadTargets() {
+    std::map<std::int64_t, std::set<std::int64_t>> targets;  // by type
     for (const auto& [typeId, dbid] : m_lists) {
         const RecordType& type = m_schema.Type(typeId);
         for (const Field& field : type.fields) {
@@ -239,17 +249,27 @@ void LookAhead::ReadListed() {
                                                ? m_answers.FindList(type, field.index, dbid)
                                                : nullptr;
             if (list != nullptr && HasValue(*list)) {
-                const auto& targets = std::get<ReferenceList>(*list);
-                listed[field.target].insert(targets.begin(), targets.end());
+                const auto& listed = std::get<ReferenceList>(*list);
+                targets[field.target].insert(listed.begin(), listed.end());
             }
         }
     }
-    if (listed.empty()) {
+    for (const auto& [typeId, dbid] : m_references) {
+        const RecordType& type = m_schema.Type(typeId);
+        const KnownRow* const row = m_answers.FindRow(type, dbid);
+        for (const Field& field : type.fields) {
+            if (row != nullptr && field.kind == FieldKind::Reference &&
+                HasValue((*row)[field.index])) {
+                targets[field.target].insert(std::get<std::int64_t>((*row)[field.index]));
+            }
+        }
+    }
+    if (targets.empty()) {
         return;
     }
     QuestionRound round(m_connection);
     RecordQuestions questions(round, m_answers);
-    for (const auto& [type, dbids] : listed) {
+    for (const auto& [type, dbids] : targets) {
         questions.AskForRows(m_schema.Type(type), dbids);
     }
     round.Finish();
@@ -284,7 +304,7 @@ void LookAhead::Read(std::span<const ExpectedSearch> searches) {
     try {
         Search();
         ReadFound();
-        ReadListed();
+        ReadTargets();
         FollowChains();
     } catch (...) {
         m_answers.Forget();

@@ -39,7 +39,9 @@ class LookAhead {
         std::vector<FieldValue> values;
         bool fields = false;
         bool listKeys = false;
+        bool references = false;  // with the fields: the records that they refer to
         bool history = false;
+        bool entries = false;
         bool attachments = false;
         bool original = false;
     };
@@ -54,7 +56,7 @@ class LookAhead {
     void SearchKeys(QuestionRound& round, const schema::RecordType& type, const FieldSet& fields,
                     const Searches& searches);
     void ReadFound();
-    void ReadListed();
+    void ReadTargets();
     void FollowChains();
 
     sql::Connection& m_connection;
@@ -62,8 +64,9 @@ class LookAhead {
     Layout m_layout;
     KnownAnswers& m_answers;
     std::map<std::pair<std::int64_t, FieldSet>, Searches> m_searches;  // by type and fields
-    std::set<RecordKey> m_lists;  // the records whose lists' records are asked for
-    std::set<RecordKey> m_links;  // the duplicates whose originals are asked for
+    std::set<RecordKey> m_lists;       // the records whose lists' records are asked for
+    std::set<RecordKey> m_references;  // the records that refer to records that are asked for
+    std::set<RecordKey> m_links;       // the duplicates whose originals are asked for
 };
 
 }  // namespace recorddb

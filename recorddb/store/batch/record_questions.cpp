@@ -1,5 +1,6 @@
 #include "recorddb/store/batch/record_questions.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <span>
@@ -135,6 +136,46 @@ void RecordQuestions::AskForTimes(const std::set<RecordKey>& records) {
                     times[key]->push_back({.entry = IntIn(row[0]),
                                            .actionTime = TextIn(row[1]),
                                            .expiryTime = TextIn(row[2])});
+                });
+}
+
+void RecordQuestions::AskForEntries(const std::set<RecordKey>& records) {
+    using Entries = std::vector<HistoryEntry>;
+    std::vector<std::pair<RecordKey, Entries*>> found;
+    found.reserve(records.size());
+    for (const RecordKey& record : records) {
+        found.emplace_back(record, &(m_answers.m_entries[record] = {}));
+    }
+    m_round.Ask({.table = "zt_history",
+                 .columns = {{"entry", CellType::Integer},
+                             {"action_time", CellType::Text},
+                             {"expiry_time", CellType::Text},
+                             {"user_name", CellType::Text},
+                             {"action_name", CellType::Text},
+                             {"old_state", CellType::Text},
+                             {"new_state", CellType::Text},
+                             {"comments", CellType::Text}},
+                 .keys = {{"record_type", CellType::Integer}, {"record", CellType::Integer}},
+                 .order = "entry",
+                 .most = 0,
+                 .cells = CellsOf(records)},
+                [found = std::move(found)](std::size_t key, std::span<const Cell> row) {
+                    const auto& [record, entries] = found[key];
+                    HistoryEntry entry = {.recordType = record.first,
+                                          .record = record.second,
+                                          .entry = IntIn(row[0]),
+                                          .actionTime = TextIn(row[1]),
+                                          .expiryTime = TextIn(row[2]),
+                                          .userName = TextIn(row[3]),
+                                          .actionName = TextIn(row[4]),
+                                          .oldState = TextIn(row[5]),
+                                          .newState = TextIn(row[6]),
+                                          .comments = TextIn(row[7])};
+                    // Those of one time come in the order of their numbers already.
+                    const auto place = std::upper_bound(
+                        entries->begin(), entries->end(), entry,
+                        [](const auto& a, const auto& b) { return a.actionTime < b.actionTime; });
+                    entries->insert(place, std::move(entry));
                 });
 }
 

@@ -21,7 +21,8 @@ class RecordQuestions {
     void AskForVersions(const schema::RecordType& type, const std::set<std::int64_t>& dbids);
     // Their columns, lists and versions.
     void AskForRows(const schema::RecordType& type, const std::set<std::int64_t>& dbids);
-    void AskForTimes(const std::set<RecordKey>& records);  // of their history
+    void AskForTimes(const std::set<RecordKey>& records);    // of their history
+    void AskForEntries(const std::set<RecordKey>& records);  // of it, as a whole
     void AskForAttachments(const std::set<RecordKey>& records);
     void AskForOriginals(const std::set<RecordKey>& duplicates);
 

@@ -1,3 +1,7 @@
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <gmock/gmock.h>
+
 #include <algorithm>
 
 #include "recorddb/reader.h"
@@ -27,6 +31,29 @@ class RecordReaderTest : public OnEachEngine<SessionTest> {
 
     const schema::RecordType& TypeOf(std::string_view name) {
         return *Base().GetSchema().FindType(name);
+    }
+
+    // What there is to know of the two bugs.
+    std::string AllOfBugs(RecordReader& reader) {
+        std::string all;
+        for (const std::int64_t dbid : {1, 2}) {
+            const RecordView bug = reader.Get(TypeOf("bug"), dbid).value();
+            all += fmt::format("{} v{} {} ", reader.Key(TypeOf("bug"), dbid), bug.version,
+                               fmt::join(bug.values, "|"));
+            for (const HistoryEntry& entry : reader.History(bug)) {
+                all += fmt::format("{} ", entry.entry) + entry.actionTime + entry.expiryTime +
+                       entry.userName + entry.actionName + entry.oldState + entry.newState +
+                       entry.comments;
+            }
+            for (const Attachment& attachment : reader.Attachments(bug)) {
+                all += fmt::format("{} {} ", attachment.dbid, attachment.fileSize) +
+                       attachment.field + attachment.fileName + attachment.description +
+                       attachment.sha256;
+            }
+            const auto original = reader.Original(bug);
+            all += original ? fmt::format("{} {}\n", original->dbid, original->key) : "\n";
+        }
+        return all;
     }
 
     Strings ValuesOf(const RecordView& record, std::string_view field) {
@@ -155,6 +182,37 @@ TEST_P(RecordReaderTest, TellsAttachmentsAndTheirContent) {
                                              ? "UPDATE zt_content SET data = CAST('abd' AS BLOB)"
                                              : "UPDATE zt_content SET data = 'abd'");
     EXPECT_NE(reader.HashContent(attachments[0]), attachments[0].sha256);
+}
+
+TEST_P(RecordReaderTest, LookingAheadChangesNoAnswer) {
+    std::filesystem::create_directory(Folder().Path() / "files");
+    Folder().Write("files/a.txt", "abc");
+    OpenSession({.attachmentsFolder = Folder().File("files")});
+    const AdEntityPtr bug = Open("bug", "2");
+    EXPECT_TRUE(bug->AddAttachment(u"files", u"a.txt", u"why").IsEmpty());
+    Core().MarkEntityAsDuplicate(bug, Open("bug", "1"),
+                                 Type("bug")->LookupActionDef(AdActionType_t::kDuplicate), 1);
+    Save(bug);
+    Base().GetConnection().ExecuteScript(
+        "INSERT INTO zt_history VALUES (5, 1, 11, 'log', '2020-01-02', NULL, 'ann', 'b', 'c', 'd', "
+        "''), (5, 1, 12, 'log', '2020-01-01', '2020-01-02', 'bob', 'b', 'c', 'd', 'why'), "
+        "(5, 1, 13, 'log', '2020-01-02', NULL, 'cat', 'b', 'c', 'd', '')");
+    const auto moment = Base().Begin();
+    RecordReader reader(Base());
+    const std::string asked = AllOfBugs(reader);
+    EXPECT_THAT(asked, testing::HasSubstr("a.txt"));
+    EXPECT_THAT(asked, testing::HasSubstr("12 2020-01-01"));
+    const schema::RecordType& type = TypeOf("bug");
+    std::vector<ExpectedSearch> searches;
+    for (const char* const dbid : {"1", "2", "3"}) {  // there is no third one
+        ExpectedSearch& search = searches.emplace_back();
+        search.type = &type;
+        search.values = {{type.FindField("dbid"), dbid}};
+        search.whole = true;
+    }
+    reader.LookAhead(searches);
+    EXPECT_EQ(AllOfBugs(reader), asked);
+    EXPECT_FALSE(reader.Get(type, 3));
 }
 
 TEST_P(RecordReaderTest, WorksOnAReadOnlyDatabase) {

@@ -49,6 +49,29 @@ TEST_F(ShardedLayoutTest, ValueThatIsNotFoundByItsKeyIsAFault) {
                                     "use in zt_attachment"));
 }
 
+// By themselves, so that all that the records need is there.
+TEST_F(ShardedLayoutTest, RowOfNoRecordIsAFault) {
+    Load(Tracker());
+    if (IsFile()) {
+        return;
+    }
+    Damage(
+        "INSERT INTO zt_key SELECT hash, record_type, 'other', value, record FROM zt_key "
+        "WHERE value = 'C-1'");
+    EXPECT_EQ(Verify(Tracker()), 1);
+    EXPECT_THAT(Faults(), HasSubstr("|the record with the dbid 1 does not have this value"));
+}
+
+TEST_F(ShardedLayoutTest, RowWithAnotherValueThanItsRecordIsAFault) {
+    Load(Tracker());
+    if (IsFile()) {
+        return;
+    }
+    Damage("UPDATE zt_key SET value = 'C-0' WHERE value = 'C-1'");
+    EXPECT_EQ(Verify(Tracker()), 1);
+    EXPECT_THAT(Faults(), HasSubstr("|C-0|the record with the dbid 1 does not have this value"));
+}
+
 TEST_F(ShardedLayoutTest, ShowTellsTheLayout) {
     std::ostringstream shown;
     ShowOptions options;

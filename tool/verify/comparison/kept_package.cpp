@@ -14,10 +14,26 @@ std::size_t EndOfSubject(const KeptPackage& package, std::size_t begin) {
     return end;
 }
 
+namespace {
+
+// The records of the database that are compared.
+std::vector<RecordNumber> SubjectsOf(const KeptPackage& package) {
+    std::vector<RecordNumber> subjects;
+    for (std::size_t begin = 0; begin < package.records.size();
+         begin = EndOfSubject(package, begin)) {
+        const KeptRecord& record = package.records[begin];
+        subjects.push_back({record.type, record.dbid});
+    }
+    return subjects;
+}
+
+}  // namespace
+
 void Compare(KeptPackage& package, RecordComparer& comparer, const ConfigurationOf& configuration,
              const std::function<void(RecordComparer&)>& more) {
     package.differences.clear();
     comparer.TakeTally();
+    comparer.LookAhead(SubjectsOf(package));
     std::size_t begin = 0;
     while (begin < package.records.size() && Interrupted() == 0) {
         const std::size_t end = EndOfSubject(package, begin);

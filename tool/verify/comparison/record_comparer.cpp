@@ -1,6 +1,7 @@
 #include "tool/verify/comparison/record_comparer.h"
 
 #include <stdexcept>
+#include <string>
 #include <utility>
 
 #include "tool/verify/comparison/attachment_comparison.h"
@@ -39,6 +40,19 @@ RecordComparer::RecordComparer(recorddb::Database& database, recorddb::RecordRea
       m_placeOf(std::move(placeOf)),
       m_exact(options.exact),
       m_tally(database.GetSchema()) {}
+
+void RecordComparer::LookAhead(const std::vector<RecordNumber>& records) {
+    std::vector<recorddb::ExpectedSearch> searches;
+    for (const RecordNumber& record : records) {
+        const auto& type = m_database.GetSchema().Type(record.type);
+        recorddb::ExpectedSearch& search = searches.emplace_back();
+        search.type = &type;
+        search.values.emplace_back(type.FindField(recorddb::schema::kDbIdName),
+                                   std::to_string(record.dbid));
+        search.whole = true;
+    }
+    m_reader.LookAhead(searches);
+}
 
 void RecordComparer::Begin(std::int64_t type, std::int64_t dbid) {
     m_expected.emplace(m_database.GetSchema().Type(type), m_resolver, m_exact);

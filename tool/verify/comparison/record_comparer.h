@@ -22,6 +22,12 @@
 
 namespace tool {
 
+// A record of the database.
+struct RecordNumber {
+    std::int64_t type;
+    std::int64_t dbid;
+};
+
 // Compares records of the database, one after the other, with all that the sources say about each.
 // For one thread.
 class RecordComparer {
@@ -33,6 +39,9 @@ class RecordComparer {
 
     // See StoredContents.
     void ContentsAreSound() { m_contents.AreSound(); }
+
+    // Asks for these records of the database together: they are compared next. Throws sql::Error.
+    void LookAhead(const std::vector<RecordNumber>& records);
 
     // Begin, Add for each record of the sources that speaks of this one of the database, in their
     // order, and End, which returns what differs. Throw sql::Error.

@@ -10,7 +10,8 @@ struct MarkupEscape {
     char character;
 };
 
-// The escapes that packets have. That of "&" itself is the first one.
+// XML's own escapes, and the references to the white space that a parser would not leave as it is.
+// That of "&" itself is the first one.
 inline constexpr std::array<MarkupEscape, 8> kMarkupEscapes = {{{"&amp;", '&'},
                                                                 {"&lt;", '<'},
                                                                 {"&gt;", '>'},

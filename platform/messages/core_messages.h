@@ -35,8 +35,8 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
     {message_id::kNoAction, u"The record type \"_datatype_\" has no action of the kind _value_.",
      "Only record types with states can change state and have duplicates (kinds 3 and 4)."},
     {message_id::kValueNotText,
-     u"The field \"_field_\" of a record of type \"_datatype_\" cannot take \"_value_\": it is "
-     u"not valid text.",
+     u"The field \"_field_\" of a record of type \"_datatype_\" cannot take \"_value_\": it is not "
+     u"valid text.",
      "The value holds half of a surrogate pair or a NUL character, so it was damaged on its way. "
      "Produce the source again."},
     {message_id::kValueTooLong,
@@ -45,12 +45,12 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
      "The schema limits the length of the field's values. Nothing is cut silently. Shorten the "
      "value in the source, or make the database with a schema that allows more."},
     {message_id::kValueNotInteger,
-     u"The field \"_field_\" of a record of type \"_datatype_\" cannot take \"_value_\": it is "
-     u"not a whole number of at most 64 bits.",
+     u"The field \"_field_\" of a record of type \"_datatype_\" cannot take \"_value_\": it is not "
+     u"a whole number of at most 64 bits.",
      "The schema says that the field holds whole numbers. Correct the value in the source."},
     {message_id::kValueNotDateTime,
-     u"The field \"_field_\" of a record of type \"_datatype_\" cannot take \"_value_\": it is "
-     u"not a valid date and time.",
+     u"The field \"_field_\" of a record of type \"_datatype_\" cannot take \"_value_\": it is not "
+     u"a valid date and time.",
      "The schema says that the field holds dates and times, written as \"YYYY-MM-DD HH:MM:SS\" or "
      "in another form of ISO 8601. The value is written otherwise, or names a date that does not "
      "exist. Correct it in the source."},
@@ -60,8 +60,8 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
      "The schema lists the values that the field can have; case matters. Correct the value in the "
      "source, or make the database with a schema that has it among the choices."},
     {message_id::kFieldOfDatabase,
-     u"The field \"_field_\" of a record of type \"_datatype_\" cannot be set to \"_value_\": "
-     u"the database fills it in.",
+     u"The field \"_field_\" of a record of type \"_datatype_\" cannot be set to \"_value_\": the "
+     u"database fills it in.",
      "The dbid and the display id of a record are given by the database. Leave the field out."},
     {message_id::kFieldNotPlain,
      u"The field \"_field_\" of a record of type \"_datatype_\" cannot be set to \"_value_\": it "
@@ -74,14 +74,13 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
      "Only reference lists take values one by one. This is a fault of the program that makes the "
      "call."},
     {message_id::kReferenceUnknown,
-     u"The field \"_field_\" of a record of type \"_datatype_\" cannot refer to \"_value_\": "
-     u"there is no record of type \"_refentitydef_\" with this key.",
+     u"The field \"_field_\" of a record of type \"_datatype_\" cannot refer to \"_value_\": there "
+     u"is no record of type \"_refentitydef_\" with this key.",
      "A reference names a record by its unique key: its display id, or the fields that the schema "
      "says, separated by blanks. ztimport lets the record wait for one that the same load may "
-     "still "
-     "bring, except with --whole-packets; a program that calls the importer itself imports the "
-     "records that are referred to first. Correct the value in the source, bring the record that "
-     "is missing, or map the reference to the field that the source uses."},
+     "still bring, except with --whole-packets; a program that calls the importer itself imports "
+     "the records that are referred to first. Correct the value in the source, bring the record "
+     "that is missing, or map the reference to the field that the source uses."},
     {message_id::kReferenceUnclear,
      u"The field \"_field_\" of a record of type \"_datatype_\" cannot refer to \"_value_\": "
      u"several records of type \"_refentitydef_\" could be meant.",
@@ -93,15 +92,12 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
      "The record named exists but is not in the list, so there is nothing to take out."},
     {message_id::kReferenceUndecided,
      u"The field \"_field_\" of a record of type \"_datatype_\" cannot refer to \"_value_\": it "
-     u"can be "
-     u"read as the key of a record of type \"_refentitydef_\" in more ways than the _limit_ that "
-     u"are "
-     u"tried (--max-reference-tries).",
+     u"can be read as the key of a record of type \"_refentitydef_\" in more ways than the _limit_ "
+     u"that are tried (--max-reference-tries).",
      "The parts of a key are separated by blanks and may have blanks in them, so a text of many "
      "words can be cut into them in very many ways. Keys are seldom that long: correct the value "
-     "in "
-     "the source. If it is right, raise the limit, or refer to the record by a field with a unique "
-     "value."},
+     "in the source. If it is right, raise the limit, or refer to the record by a field with a "
+     "unique value."},
     {message_id::kRequiredFieldEmpty,
      u"The field \"_field_\" of a record of type \"_datatype_\" is empty, but needs a value.",
      "The schema says that the field is required. Give it a value in the source."},
@@ -113,14 +109,12 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
     {message_id::kKeyNotUnique,
      u"There is a record of type \"_datatype_\" with the key \"_value_\" already (dbid _id_).",
      "The fields of the unique key together tell the records of a type apart. Either the record "
-     "was "
-     "imported before, then import it as an update; or the source has the key twice."},
+     "was imported before, then import it as an update; or the source has the key twice."},
     {message_id::kReferencedRecordGone,
      u"The field \"_field_\" of a record of type \"_datatype_\" refers to the record of type "
      u"\"_refentitydef_\" with the dbid _value_, which is gone.",
      "The record was there when the reference was set and has been removed since. Import the "
-     "record "
-     "again."},
+     "record again."},
     {message_id::kRecordChanged,
      u"The record \"_value_\" of type \"_datatype_\" was changed by somebody else: it has version "
      u"_found_, and this change was made to version _based_.",
@@ -136,8 +130,7 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
     {message_id::kConstraintBroken,
      u"The database refused a record of type \"_datatype_\": _coreinfo_",
      "The record breaks a rule that the database's tables have and that its schema does not tell, "
-     "so "
-     "the tables have been changed by hand. The text ends with the database engine's reason."},
+     "so the tables have been changed by hand. The text ends with the database engine's reason."},
     {message_id::kDbIdsUsedUp,
      u"No record of type \"_datatype_\" can be added: the dbid _value_, which a record has, is the "
      u"highest that there is.",
@@ -154,27 +147,24 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
     {message_id::kHistoryTextTooLong,
      u"_field_ of history entry _linenum_ is longer than _limit_ characters",
      "A history entry has limited room for each of its texts, and nothing is cut silently. "
-     "ztimport "
-     "takes nothing of the record then. A program that calls the importer itself finds the "
-     "record's "
-     "other entries imported. Shorten the text in the source and import the record again."},
+     "ztimport takes nothing of the record then. A program that calls the importer itself finds "
+     "the record's other entries imported. Shorten the text in the source and import the record "
+     "again."},
     {message_id::kHistoryNotText,
      u"History entry _linenum_ cannot be imported: its _field_ is not valid UTF-16 at index "
      u"_position_.",
      "The text holds half of a surrogate pair, so it was damaged on its way. ztimport takes "
-     "nothing "
-     "of the record then. A program that calls the importer itself finds the record's other "
-     "entries "
-     "imported."},
+     "nothing of the record then. A program that calls the importer itself finds the record's "
+     "other entries imported."},
     {message_id::kHistoryNotTime,
      u"History entry _linenum_ cannot be imported: its _field_ \"_value_\" is not a date and time.",
-     "Times of history entries are handed over as \"YYYY-MM-DD HH:MM:SS\", UTC. The entry was left "
-     "out. This is a fault of the program that makes the call."},
+     "Times of history entries are handed over as \"YYYY-MM-DD HH:MM:SS\", UTC. This is a fault of "
+     "the program that makes the call."},
     {message_id::kHistoryOtherType,
      u"History entry _linenum_ cannot be imported: the record type \"_datatype_\" does not have "
      u"the number _value_.",
      "The name and the number of the record type contradict each other, or there is no such type. "
-     "The entry was left out. This is a fault of the program that makes the call."},
+     "This is a fault of the program that makes the call."},
     {message_id::kHistoryNoField,
      u"History entry _linenum_ cannot be imported: the record type \"_datatype_\" has no history "
      u"field.",
@@ -183,7 +173,7 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
     {message_id::kHistoryNoRecord,
      u"History entry _linenum_ cannot be imported: there is no record of type \"_datatype_\" with "
      u"the dbid _value_.",
-     "History can be imported only for records that are in the database. The entry was left out."},
+     "History can be imported only for records that are in the database."},
     {message_id::kAttachmentNoFolder,
      u"The file \"_value_\" cannot be attached, because no folder for attachments was given.",
      "Files of attachments are read below one folder only, so that a packet cannot reach anything "
@@ -218,14 +208,12 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
      "Only fields of type attachments hold files. Correct the name of the field in the source."},
     {message_id::kAttachmentTooLarge,
      u"The file \"_value_\" cannot be attached to the field \"_field_\": it has _length_ bytes, "
-     u"and "
-     u"attachments may have _limit_ (--max-attachment-size).",
+     u"and attachments may have _limit_ (--max-attachment-size).",
      "A limit keeps a file that nobody meant to attach from filling the database. If it is meant, "
      "raise the limit and import the record's attachments again."},
     {message_id::kDuplicateOtherType,
      u"The record \"_value_\" of type \"_datatype_\" cannot be marked as a duplicate of a record "
-     u"of "
-     u"type \"_refentitydef_\".",
+     u"of type \"_refentitydef_\".",
      "A record and its duplicates are of one type. Correct the reference to the original in the "
      "source."},
     {message_id::kDuplicateNotSaved,
@@ -240,8 +228,7 @@ inline constexpr auto kCoreMessages = std::to_array<CatalogueMessage>({
      u"The record \"_value_\" of type \"_datatype_\" cannot be marked as a duplicate of \"_id_\", "
      u"which is a duplicate of it in turn.",
      "Originals would go round in a circle, directly or through other records. Decide in the "
-     "source "
-     "which of them is the original."},
+     "source which of them is the original."},
 });
 
 #endif

@@ -22,7 +22,7 @@ namespace tool {
 
 // What was asked for, and when.
 struct RunDescription {
-    std::string command;  // its name
+    std::string command;  // the command's name
     LoadOptions options;
     std::chrono::system_clock::time_point start;
     std::string version;       // of the tool

@@ -58,7 +58,8 @@ class KnownAnswers {
     const std::optional<std::int64_t>* FindOriginal(const RecordKey& record) const;
 
   private:
-    friend class LookAhead;  // which fills in the answers, as does the next one
+    // These fill in the answers.
+    friend class LookAhead;
     friend class RecordQuestions;
 
     struct Matches {

@@ -146,9 +146,10 @@ void WriteBatch::ReleaseLayer(std::size_t layer) {
     }
     if (m_savepoints.back()) {
         m_savepoints.back()->Release();
+        m_savepoints.back().reset();
     }
+    m_pending.Merge();  // which leaves the layer where it is when memory fails
     m_savepoints.pop_back();
-    m_pending.Merge();
 }
 
 void WriteBatch::DropLayer(std::size_t layer) noexcept {

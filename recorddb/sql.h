@@ -183,10 +183,10 @@ class RECORDDB_API Connection {
     virtual void Reconnect(std::chrono::milliseconds patience);
 
     // In a transaction for writing: keeps the lock of writers beyond its end, so that no other
-    // writer comes in between. When some wait, the call lets them go ahead after this transaction
-    // instead. False when somebody else may have written since the last call. Where there is no
-    // such lock (files, tables that are spread), nobody is kept from writing, and the answer is
-    // right all the same.
+    // writer comes in between. When some waited as the transaction began, the call lets them go
+    // ahead after it instead. False when somebody else may have written since the last call. Where
+    // there is no such lock (files, tables that are spread), nobody is kept from writing, and the
+    // answer is right all the same.
     virtual bool KeepTurn() { return false; }
     // Lets others write again, when no transaction is open.
     virtual void LetOthersWrite() {}

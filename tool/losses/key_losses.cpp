@@ -35,8 +35,8 @@ bool HasNumberInKey(const RecordType& type) {
     });
 }
 
-// About so many runs of items are looked up for one list: each is a question to the database.
-constexpr std::size_t kMostRuns = 200;
+// So many look-ups are made for the runs of one list: each is a question to the database.
+constexpr std::size_t kMostLookUps = 50;
 
 // Finds the records that references in one field are compared with.
 class TargetSearch {
@@ -113,29 +113,52 @@ std::vector<std::size_t> BordersOf(const std::string& list) {
     return borders;
 }
 
-// Several items of the list, one after the other, that are the name of a record together.
-std::optional<std::string> FindRun(const TargetSearch& targets, const std::string& list,
-                                   const std::vector<std::size_t>& borders) {
-    const std::size_t items = borders.size() - 1;
-    const std::size_t longest = std::max<std::size_t>(2, kMostRuns / items + 1);
-    for (std::size_t length = 2; length <= items; ++length) {
-        if (length > longest && length < items) {
-            continue;
+// Finds several items of a list, one after the other, that are the name of a record together: tries
+// the whole list, then short runs before longer ones.
+class RunSearch {
+  public:
+    RunSearch(const TargetSearch& targets, const std::string& list,
+              const std::vector<std::size_t>& borders)
+        : m_targets(targets), m_list(list), m_borders(borders) {}
+
+    std::optional<std::string> Find() {
+        const std::size_t items = m_borders.size() - 1;
+        if (items < 2) {
+            return std::nullopt;
         }
-        for (std::size_t first = 0; first + length <= items; ++first) {
-            const std::string run =
-                list.substr(borders[first], borders[first + length] - borders[first] - 1);
-            std::string trimmed(Trimmed(run));
-            if (targets.Has(trimmed)) {
-                return trimmed;
-            }
-            if (trimmed != run && targets.Has(run)) {
-                return run;
+        auto found = Try(0, items);
+        for (std::size_t length = 2; length < items; ++length) {
+            for (std::size_t first = 0; first + length <= items; ++first) {
+                if (found || m_lookUps >= kMostLookUps) {
+                    return found;
+                }
+                found = Try(first, length);
             }
         }
+        return found;
     }
-    return std::nullopt;
-}
+
+  private:
+    std::optional<std::string> Try(std::size_t first, std::size_t length) {
+        const std::string run =
+            m_list.substr(m_borders[first], m_borders[first + length] - m_borders[first] - 1);
+        std::string trimmed(Trimmed(run));
+        if (Has(trimmed)) {
+            return trimmed;
+        }
+        return trimmed != run && Has(run) ? std::optional(run) : std::nullopt;
+    }
+
+    bool Has(const std::string& run) {
+        ++m_lookUps;
+        return m_targets.Has(run);
+    }
+
+    const TargetSearch& m_targets;
+    const std::string& m_list;
+    const std::vector<std::size_t>& m_borders;
+    std::size_t m_lookUps = 0;
+};
 
 }  // namespace
 
@@ -199,7 +222,7 @@ std::string KeyLosses::OfReference(const std::string& name, const std::string& v
                                                         : std::string();
     }
     const std::vector<std::size_t> borders = BordersOf(value);
-    if (const auto run = FindRun(targets, value, borders)) {
+    if (const auto run = RunSearch(targets, value, borders).Find()) {
         return targets.Describe(*run, "several items");
     }
     for (std::size_t item = 0; item + 1 < borders.size(); ++item) {

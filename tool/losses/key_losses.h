@@ -37,8 +37,8 @@ class KeyLosses {
                       const recorddb::schema::RecordType& type) const;
 
     // Which other record the reference, or list of references, `value` in the field `name` could
-    // mean; empty when there is none. In a long list only short runs of items are tried, and the
-    // whole.
+    // mean; empty when there is none. Of a list of more than ten items only some runs are tried:
+    // the whole, and short ones from its beginning on.
     std::string OfReference(const std::string& name, const std::string& value,
                             const ImportConfiguration& configuration,
                             const recorddb::schema::RecordType& type) const;

@@ -12,7 +12,7 @@
 
 namespace tool {
 
-// Whether the text is, to the letter, the unique key of a record of the type, or of several.
+// Whether the text is, to the letter, the unique key of a record of the type.
 inline bool IsKey(recorddb::RecordReader& reader, const recorddb::schema::RecordType& type,
                   const std::string& text) {
     // A text can be read as a key in more ways than are worth trying for each run of items.
@@ -20,7 +20,7 @@ inline bool IsKey(recorddb::RecordReader& reader, const recorddb::schema::Record
     const recorddb::KeySearchLimits limits = {.maxTries = mostTries,
                                               .stopRequested = [] { return Interrupted() != 0; }};
     const recorddb::KeyMatch match = reader.FindKey(type, text, limits);
-    return match.several || (match.dbid != 0 && reader.Key(type, match.dbid) == text);
+    return match.dbid != 0 && reader.Key(type, match.dbid) == text;
 }
 
 // For the search for losses: the records of the database. It outlives what is returned.
@@ -32,8 +32,10 @@ inline KeyLosses::Existing ExistingIn(recorddb::Database& database) {
                 const auto dbids = reader->FindByValue(type, field, value, 1);
                 return dbids.empty() ? 0 : dbids.front();
             },
-            [reader](const recorddb::schema::RecordType& type, const std::string& key) {
-                return IsKey(*reader, type, key);
+            [&database](const recorddb::schema::RecordType& type, const std::string& key) {
+                // A new one each time: a reader remembers records from before their keys changed.
+                recorddb::RecordReader anew(database);
+                return IsKey(anew, type, key);
             }};
 }
 

@@ -134,7 +134,7 @@ void JsonLinesReader::FillRow(Row& row) {
         WideJson::sax_parse(line.begin(), line.end(), &events);
         // The parser takes one for the end.
         if (row.error.empty() && line.find('\0') != std::string_view::npos) {
-            m_builder.Fail("a NUL character stands behind the value, which is no part of JSON");
+            m_builder.Fail("a NUL character, which is no part of JSON, stands behind the value");
         }
     }
     if (!row.error.empty()) {

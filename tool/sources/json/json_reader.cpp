@@ -359,7 +359,7 @@ void JsonReader::Read(RowHandler& handler) {
     try {
         if (WideJson::sax_parse(Iterator(*m_characters), Iterator(), &events) &&
             m_characters->StandsAtNul()) {
-            events.Fail("a NUL character stands there, which is no part of JSON");
+            events.Fail("a NUL character, which is no part of JSON, stands behind the document");
         }
     } catch (const TextTooLong&) {
         events.Fail(fmt::format("a text is not shorter than {} bytes", m_limits.size));

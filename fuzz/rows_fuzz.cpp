@@ -63,6 +63,7 @@ Reading Read(std::string_view text, std::uint8_t format, std::size_t chunk) {
         tool::RowsRead read(*reader);
         for (tool::RowsRead::Entry& row : read.rows) {
             Expect(IsText(row.raw), "a row is text as it stands");
+            Expect(IsText(row.error), "a reason is text");
             // Of one that cannot be used, it depends on the chunks how much has been read, and
             // which of several reasons is met first.
             if (!row.error.empty()) {

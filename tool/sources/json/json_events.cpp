@@ -3,6 +3,9 @@
 #include <array>
 #include <charconv>
 
+#include "tool/io/decoding_marks.h"
+#include "tool/io/text_units.h"
+
 namespace tool {
 
 namespace {
@@ -36,7 +39,10 @@ bool JsonEvents::parse_error(std::size_t /*position*/, const std::string& /*toke
     if (why.starts_with("parse error at ")) {
         why.erase(0, why.find(": ") + 2);
     }
-    Fail(why);
+    // What it quotes can end within a character.
+    bool marked = false;
+    MarkInvalidUtf8(why.data(), why.size(), true, marked);
+    Fail(ReplaceDecodingMarks(why));
     return false;
 }
 

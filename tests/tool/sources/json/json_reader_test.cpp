@@ -101,6 +101,11 @@ TEST(JsonReader, SaysThatNothingBehindANulIsRead) {
                 ElementsAre("\"1\"", HasSubstr("stops being valid JSON")));
 }
 
+TEST(JsonReader, QuotesNoHalvesOfCharacters) {
+    EXPECT_THAT(ReadJson("{\"a\"\xC3\xA9:1}").rows.at(0).error,
+                HasSubstr("last read: '\"a\"\xEF\xBF\xBD'"));
+}
+
 TEST(JsonReader, SaysWhatALoneSurrogateCosts) {
     const RowsRead read = ReadJson(R"([{"a":1},{"a":"\ud800"},{"a":3}])");
     ASSERT_THAT(read.rows, SizeIs(2));

@@ -55,7 +55,22 @@ bool IsUtf32(std::string_view head) {
            head.starts_with("<\0\0\0"sv) || head.starts_with("\0\0\0<"sv);
 }
 
+// As XML has such names, so that one can be shown, and be a word of a command.
+bool IsEncodingName(std::string_view name) {
+    const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+    return !name.empty() && isLetter(name[0]) && std::all_of(name.begin(), name.end(), [&](char c) {
+        return isLetter(c) || (c >= '0' && c <= '9') || c == '.' || c == '_' || c == '-';
+    });
+}
+
 [[noreturn]] void RefuseEncoding(const std::string& source, const std::string& encoding) {
+    if (!IsEncodingName(encoding)) {
+        throw SourceError(
+            source +
+            ": its XML declaration names an encoding that is none, and packets are read in UTF-8 "
+            "or UTF-16 only; name UTF-8 there when the file is in it, and convert it first "
+            "otherwise");
+    }
     throw SourceError(fmt::format(
         "{0}: the file is in {1}, and packets are read in UTF-8 or UTF-16 only; convert "
         "it first, for example with iconv -f {1} -t UTF-8, and name UTF-8 in its XML "

@@ -116,6 +116,19 @@ TEST(TextDecoder, RefusesOtherEncodingsAndSaysHowToConvert) {
                 testing::HasSubstr("is in koi8-r"));
 }
 
+TEST(TextDecoder, ShowsNoEncodingThatIsNone) {
+    for (const std::string& name :
+         {"\x01\0"s, "a b"s, "$(date)"s, "8859"s, "utf-8\n"s, "\xC3\xA9"s, std::string(200, ';')}) {
+        EXPECT_EQ(Refusal(Declared(name)),
+                  "data.xml: its XML declaration names an encoding that is none, and packets are "
+                  "read in UTF-8 or UTF-16 only; name UTF-8 there when the file is in it, and "
+                  "convert it first otherwise")
+            << name;
+    }
+    EXPECT_THAT(Refusal(Declared("x-User.Defined_1")),
+                testing::HasSubstr("is in x-User.Defined_1"));
+}
+
 TEST(TextDecoder, RefusesUtf32) {
     for (const std::string& bytes :
          {"\xFF\xFE\0\0<\0\0\0"s, "\0\0\xFE\xFF\0\0\0<"s, "<\0\0\0a\0\0\0"s, "\0\0\0<\0\0\0a"s}) {

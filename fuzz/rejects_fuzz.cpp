@@ -32,6 +32,7 @@ class Rejections {
                                  .reason = std::string(text.substr(record.offset / 2, 100)),
                                  .raw = {},
                                  .defect = record.defect,
+                                 .rows = {},
                                  .openSection = record.openSection});
         }
         for (std::size_t i = 0; i < m_raws.size(); ++i) {

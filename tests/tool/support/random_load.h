@@ -145,7 +145,8 @@ class RandomLoad : public ComparedLoad {
         if (Below(6) == 0) {
             add("files", 1, Files());
         }
-        if (mayBeTwin) {
+        // What the index refuses could be refused as a twin before; the reason told is one of both.
+        if (mayBeTwin && !m_byHand) {
             add("twin_of", 5, One("id", 120 * m_times));
         }
         return fields;

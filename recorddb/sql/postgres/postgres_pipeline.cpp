@@ -1,7 +1,9 @@
 #include "recorddb/sql/postgres/postgres_pipeline.h"
 
 #include <libpq-fe.h>
+#include <sys/socket.h>
 
+#include <cstddef>
 #include <utility>
 
 #include "recorddb/errors.h"
@@ -74,15 +76,24 @@ std::vector<PostgresResult> PostgresPipeline::TakeAnswers() {
     return answers;
 }
 
+// Where the server has ended the connection in the middle, libpq may wait for answers that never
+// come, and take the connection for good all the same; then it is cut here.
 void PostgresPipeline::Leave() noexcept {
     if (!std::exchange(m_isOpen, false)) {
         return;
     }
+    // An answer and its end for each statement, and one for the whole, with some to spare.
+    std::size_t left = 2 * m_sent.size() + 8;
     m_sent.clear();
     if (!std::exchange(m_isSynced, false)) {
         PQpipelineSync(m_connection);
     }
     while (PQstatus(m_connection) == CONNECTION_OK && PQexitPipelineMode(m_connection) == 0) {
+        if (left-- == 0) {
+            shutdown(PQsocket(m_connection), SHUT_RDWR);
+            PQconsumeInput(m_connection);
+            return;
+        }
         PQclear(PQgetResult(m_connection));
     }
 }

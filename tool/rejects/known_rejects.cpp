@@ -203,9 +203,9 @@ void KnownRejects::ReadPair(const fs::path& folder, int number) {
         HashOf(InputFile(folder / RejectFileName(number, kRejectConfigurationKind)));
     const auto index = static_cast<std::uint32_t>(m_files.size());
     m_files.push_back({path});
-    bool guarded = false;
+    // Further on it would be a part of a rejected record.
+    const bool guarded = HasGuardedInstruction(file.Read(0, kPieceSize));
     ReadLines(file, [&](std::string_view line, std::uint64_t next) {
-        guarded = guarded || line == kGuardedInstruction;
         const std::string_view place = PlaceIn(line);
         if (!place.empty()) {
             m_places.push_back({KeyOf(configuration, guarded, place), index, next});

@@ -43,6 +43,16 @@ TEST_F(RejectsTest, AreNotWrittenAgainWhereTheyStandAlready) {
     EXPECT_THAT(ReadBack(), ElementsAre(kDeclaration + kBugs, "<record>a</record>", odd));
 }
 
+TEST_F(RejectsTest, AreKnownBehindARecordThatHoldsTheInstructionOfGuardedPackets) {
+    for (int run = 0; run < 2; ++run) {
+        RejectWriter writer(Directory());
+        writer.SetConfiguration(kBugs);
+        writer.Write(Rejected("<record>\n<?ztimport guarded?>\n</record>"));
+        writer.Write(Rejected("<record>b</record>"));
+        EXPECT_EQ(writer.Files().size(), run == 0 ? 2U : 0U);
+    }
+}
+
 TEST_F(RejectsTest, AreTheSameForAnotherReason) {
     for (const char* reason : {"waits for a", "waits for a, which was rejected too"}) {
         RejectWriter writer(Directory());

@@ -68,7 +68,7 @@ class RECORDDB_API Statement {
     virtual void Reset() noexcept = 0;
 
     // Columns of the current row, counted from 0. Views live until the next Step or Reset. A NULL
-    // reads as 0 or as an empty view.
+    // reads as 0 or as an empty view. Text and Blob throw Error when there is no memory for them.
     virtual bool IsNull(int column) const = 0;
     virtual std::int64_t Int(int column) const = 0;
     virtual std::string_view Text(int column) const = 0;

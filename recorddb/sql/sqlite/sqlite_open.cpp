@@ -1,7 +1,6 @@
 #include <fmt/format.h>
 #include <sqlite3.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <system_error>
@@ -10,6 +9,7 @@
 #include "recorddb/errors.h"
 #include "recorddb/sql/sqlite/sqlite_connection.h"
 #include "recorddb/sql/sqlite/sqlite_error.h"
+#include "recorddb/sql/sqlite/sqlite_statement.h"
 
 namespace recorddb::sql {
 
@@ -72,14 +72,8 @@ void Distrust(sqlite3* handle) {
 }
 
 std::int64_t ApplicationId(sqlite3* handle) {
-    std::int64_t id = 0;
-    const auto take = [](void* to, int, char** values, char**) {
-        *static_cast<std::int64_t*>(to) = std::strtoll(values[0], nullptr, 10);
-        return 0;
-    };
-    const char* const sql = "PRAGMA application_id";
-    CheckSqlite(handle, sqlite3_exec(handle, sql, take, &id, nullptr), sql);
-    return id;
+    SqliteStatement statement(handle, "PRAGMA application_id");
+    return QueryInt(statement).value();
 }
 
 // Opening alone reads nothing; this makes a file that is no database fail here and not later.

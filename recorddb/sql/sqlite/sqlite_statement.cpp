@@ -133,6 +133,11 @@ bool SqliteStatement::IsNull(int column) const {
     return sqlite3_column_type(m_statement, column) == SQLITE_NULL;
 }
 
+void SqliteStatement::CheckMemory() const {
+    const int code = sqlite3_errcode(m_handle);
+    Check(code == SQLITE_NOMEM ? code : SQLITE_OK);
+}
+
 std::int64_t SqliteStatement::Int(int column) const {
     return sqlite3_column_int64(m_statement, column);
 }
@@ -140,6 +145,7 @@ std::int64_t SqliteStatement::Int(int column) const {
 std::string_view SqliteStatement::Text(int column) const {
     const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(m_statement, column));
     if (text == nullptr) {
+        CheckMemory();
         return {};
     }
     return {text, static_cast<std::size_t>(sqlite3_column_bytes(m_statement, column))};
@@ -148,6 +154,7 @@ std::string_view SqliteStatement::Text(int column) const {
 std::span<const std::byte> SqliteStatement::Blob(int column) const {
     const auto* data = static_cast<const std::byte*>(sqlite3_column_blob(m_statement, column));
     if (data == nullptr) {
+        CheckMemory();
         return {};
     }
     return {data, static_cast<std::size_t>(sqlite3_column_bytes(m_statement, column))};

@@ -35,6 +35,9 @@ class SqliteStatement final : public Statement, public StorageTeller {
     void ReadParameters(std::string_view sql);
     int IndexOf(int parameter) const;
     void Check(int code) const;
+    // To be called for a value that the engine had none for: it is NULL, or there was no memory to
+    // copy it.
+    void CheckMemory() const;
     [[noreturn]] void Fail(int code);
 
     sqlite3* m_handle;

@@ -66,6 +66,26 @@ bool Send(int to, std::string_view bytes) {
     return true;
 }
 
+// What a server says to the clients of its other processes when one has crashed; so often that the
+// client cannot read it at once.
+std::string CrashNotices() {
+    using namespace std::string_literals;
+    const std::string fields =
+        "SWARNING\0VWARNING\0C57P02\0"
+        "Mterminating connection because of crash of another server process\0\0"s;
+    std::string notice = "N";
+    for (std::size_t place = kLengthBytes; place-- > 0;) {
+        notice += static_cast<char>((fields.size() + kLengthBytes) >> (8 * place) & 0xFFU);
+    }
+    notice += fields;
+    constexpr int times = 20'000;
+    std::string notices;
+    for (int i = 0; i < times; ++i) {
+        notices += notice;
+    }
+    return notices;
+}
+
 // Where the folder of the server's socket stands in a URL.
 std::pair<std::size_t, std::size_t> HostIn(const std::string& url) {
     constexpr std::string_view name = "host=";
@@ -237,6 +257,11 @@ void ServerProxy::End(Link& link, Fate fate) {
         m_orphans.push_back(link.server);
     } else {
         close(link.server);
+    }
+    if (fate == Fate::Crash) {
+        // In this order, so that the client has something to read after it has failed to send.
+        shutdown(link.client, SHUT_RD);
+        Send(link.client, CrashNotices());
     }
     close(link.client);
     link.client = -1;

@@ -30,6 +30,7 @@ class ServerProxy {
         Cut,     // neither it nor anything later passes: both sides find their connection closed
         Last,    // it passes, and nothing later does
         Orphan,  // the same for the client; the server keeps a connection on which nobody speaks
+        Crash,   // as Cut, and the client finds much to read before the end
         Hold     // it has to wait: it is asked about again when something has passed elsewhere
     };
 

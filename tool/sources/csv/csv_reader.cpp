@@ -92,10 +92,10 @@ bool CsvReader::Grow() {
 // False at the end of the file.
 bool CsvReader::SkipEmptyLines() {
     while (true) {
-        const std::string_view rest = std::string_view(m_text).substr(m_begin);
-        if (rest.size() < 2 && Grow()) {
+        if (m_text.size() - m_begin < 2 && Grow()) {
             continue;
         }
+        const std::string_view rest = std::string_view(m_text).substr(m_begin);
         const std::size_t length = rest.starts_with('\n') ? 1 : (rest.starts_with("\r\n") ? 2 : 0);
         if (length == 0 || m_columns < 2) {
             return !rest.empty();

@@ -85,6 +85,16 @@ TEST(CsvReader, PassesOverEmptyLinesUnlessTheyAreRowsOfOneColumn) {
     EXPECT_THAT(ReadCsv("a\n\n1\n").Values(), ElementsAre(R"({a:""})", R"({a:"1"})"));
 }
 
+TEST(CsvReader, PassesOverEmptyLinesAtTheEndWhateverTheChunksAre) {
+    for (std::size_t lines = 0; lines < 12; ++lines) {
+        for (std::size_t chunk = 1; chunk < 24; ++chunk) {
+            EXPECT_THAT(ReadCsv("a,b\n1,2\n" + std::string(lines, '\n'), {}, {}, chunk).Values(),
+                        ElementsAre(R"({a:"1",b:"2"})"))
+                << lines << ' ' << chunk;
+        }
+    }
+}
+
 TEST(CsvReader, SaysHowManyCellsARaggedRowHas) {
     const RowsRead read = ReadCsv("a,b\n1\n2,3,4\n5,6\n");
     EXPECT_THAT(read.Values(),

@@ -1,7 +1,6 @@
 #include <fmt/format.h>
 #include <yaml-cpp/eventhandler.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <fstream>
@@ -10,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/foundation/text_place.h"
 #include "recorddb/errors.h"
 #include "recorddb/model/names.h"
 #include "recorddb/schema.h"
@@ -89,11 +89,11 @@ void RefuseNul(const YamlSource& source, std::string_view text) {
     if (at == std::string_view::npos) {
         return;
     }
-    const std::string_view before = text.substr(0, at);
-    YAML::Mark place;
-    place.line = static_cast<int>(std::count(before.begin(), before.end(), '\n'));
-    place.column = static_cast<int>(at - (before.rfind('\n') + 1));
-    source.Fail(place, "not valid YAML: a NUL byte");
+    const TextPlace place = PlaceInText(text, at);
+    YAML::Mark mark;
+    mark.line = place.line;
+    mark.column = place.column;
+    source.Fail(mark, "not valid YAML: a NUL byte");
 }
 
 YAML::Node LoadDocument(const YamlSource& source, const std::string& text) {

@@ -11,6 +11,8 @@
 #include <optional>
 #include <sstream>
 
+#include "platform/foundation/text_place.h"
+
 namespace tool {
 
 namespace {
@@ -37,6 +39,14 @@ std::string NothingAt(std::string_view text, int place) {
         }
     }
     return {};
+}
+
+// The library would read on behind such a byte, or complain of something else.
+void RefuseNul(const YamlFile& file, const std::string& text) {
+    if (const std::size_t at = text.find('\0'); at != std::string::npos) {
+        const TextPlace place = PlaceInText(text, at);
+        file.Fail({place.line + 1, place.column + 1}, "this is not valid YAML: a NUL byte");
+    }
 }
 
 // Builds the tree from the library's events.
@@ -152,6 +162,7 @@ void YamlNode::AddMember(std::string key, MapPlace place, YamlNode value) {
 
 YamlNode ReadYamlTree(const std::string& text, const std::string& name) {
     const YamlFile file(name);
+    RefuseNul(file, text);
     TreeBuilder builder(text, file);
     try {
         std::istringstream stream(text);

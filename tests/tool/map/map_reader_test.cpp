@@ -111,6 +111,8 @@ TEST_P(MapRefusal, NamesThePlaceAndTheCause) {
 INSTANTIATE_TEST_SUITE_P(
     Map, MapRefusal,
     testing::Values(
+        Refusal{"ANulByte", std::string("map: 1\nsteps: [a]\n\0\n", 20),
+                "map.yaml:3:1: this is not valid YAML: a NUL byte"},
         Refusal{"NoYaml", "map: [1\n", "map.yaml:2:1: this is not valid YAML: "},
         Refusal{"Empty", "", "map.yaml:1:1: the map is empty"},
         Refusal{"OtherVersion", "map: 2\n", "map.yaml:1:6: this is version '2' of the map format"},
